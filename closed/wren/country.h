@@ -1,0 +1,35 @@
+// The country settings: how dates, times and numbers are written.
+#ifndef ORLI11_CLOSED_WREN_COUNTRY_H
+#define ORLI11_CLOSED_WREN_COUNTRY_H
+
+#include <cstdint>
+
+enum class DateOrder : int32_t { MonthDayYear = 0, DayMonthYear = 1, YearMonthDay = 2 };
+
+// Texts are in UTF-8 as the locale has them; CountryNow() gives them in the active code page.
+struct Country {
+  DateOrder dateOrder;
+  char dateSeparator[8];
+  char timeSeparator[8];
+  bool clock24;
+  int32_t pivotYear;  // two-digit years fall into pivotYear to pivotYear + 99
+  char markers[2][24];
+  char dayNames[14][48];    // Sunday to Saturday, Sun to Sat
+  char monthNames[24][48];  // January to December, Jan to Dec
+  char decimalSeparator[8];
+  char thousandsSeparator[8];  // may be empty
+  uint8_t grouping[4];         // digits of the groups from the point outward; the last one repeats
+  char currencySign[24];
+  char currencyDecimalSeparator[8];
+  char currencyThousandsSeparator[8];
+  int32_t currencyDecimals;
+  bool currencySignFirst;         // ahead of the digits
+  bool currencySpace;             // a blank between sign and digits
+  bool negativeInParentheses;     // -1.5 as (1.5), in amounts of money
+  char nameTexts[3][1200];  // dayNames, monthNames, markers as the LocaleBlock has them
+};
+
+// The settings in force, in the active code page. The record is never changed or freed.
+const Country &CountryNow();
+
+#endif

@@ -1,0 +1,14 @@
+// What the memory routines tell the tests.
+#ifndef ORLI11_CLOSED_WREN_MEMORY_H
+#define ORLI11_CLOSED_WREN_MEMORY_H
+
+#include <cstdint>
+
+// Makes every allocation of the calling thread behind the next `count` ones fail until it is called
+// again; a negative count lets all succeed. An enlargement counts as an allocation.
+void TEST_FailAllocationsAfter(int64_t count);
+
+// Blocks of WRENMemAlloc that the calling thread has been given less those it has freed.
+int64_t TEST_LiveBlocks();
+
+#endif

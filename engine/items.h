@@ -1,0 +1,39 @@
+// Context items: the rows of functions, input items and keywords.
+#ifndef ORLI11_ENGINE_ITEMS_H
+#define ORLI11_ENGINE_ITEMS_H
+
+#include <cstdint>
+
+#include "engine/handle_array.h"
+#include "orli11.h"
+
+struct ItemTable;
+
+// The parameter records behind a function's record.
+inline ParamRecord *ItemParameters(ExprItem *row) {
+  return reinterpret_cast<ParamRecord *>(row + 1);
+}
+inline const ParamRecord *ItemParameters(const ExprItem *row) {
+  return reinterpret_cast<const ParamRecord *>(row + 1);
+}
+
+// The table of a kind, or null for an unknown kind.
+ItemTable *ItemTableOf(EC ec, int32_t kind);
+
+// The first row of exactly that name, or null.
+ExprItem *ItemFind(const ItemTable *table, const char *name);
+
+// Removes the first row of that name with its routine name; 1 or 0.
+int32_t ItemRemove(EC ec, ItemTable *table, const char *name);
+
+// 1 when the first row of that name has a parameter with a mode other than 0.
+int32_t ItemHasAggregateParam(const ItemTable *table, const char *name);
+
+// The data type of the first row of that name, or -1. Keywords compare as their row says.
+int32_t InputDataType(EC ec, const char *name);
+int32_t FunctionDataType(EC ec, const char *name);
+int32_t KeywordDataType(EC ec, const char *name);
+// The result type of the first keyword of that name in any case, or -1.
+int32_t KeywordResultType(EC ec, const char *name);
+
+#endif

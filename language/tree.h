@@ -1,0 +1,96 @@
+// The parse tree: the form in which a formula lives between parsing and evaluation.
+//
+// A tree names what it refers to by text. `bound` and `boundAt` remember what the name meant when
+// it was last looked up; they are valid while the context's generation is `boundAt`.
+#ifndef ORLI11_LANGUAGE_TREE_H
+#define ORLI11_LANGUAGE_TREE_H
+
+#include <cstdint>
+
+#include "engine/handle_array.h"
+#include "orli11.h"
+
+// A node's kind is the token or character that it grew from.
+enum NodeKind : int32_t {
+  NODE_NUMBER = 0,    // left: NumberValue block
+  NODE_MOD = 37,      // operators: left and right operand, detail: date unit
+  NODE_MUL = 42,
+  NODE_ADD = 43,
+  NODE_SUB = 45,
+  NODE_DIV = 47,
+  NODE_CONCAT = 124,
+  NODE_ITEM = 258,    // left: name text
+  NODE_CALL = 259,    // left: function name, right: argument list or null, detail: call form
+  NODE_FORMULA = 261, // left: name of a formula
+  NODE_STRING = 262,  // left: text between the quotes, detail: bit 0 when it holds an escape
+  NODE_DATE = 263,    // left: date text as written
+  NODE_SET = 270,     // right: list of members
+  NODE_RANGE = 271    // left and right: bounds
+};
+
+// Call forms, in `detail` of a call.
+enum CallForm : uint16_t { kCallPlain = 0, kCallStar = 2, kCallModifier = 4 };
+
+// `dataType` of a node that failed its type rules.
+constexpr int16_t kNoType = -1;
+
+struct ExprNode {
+  int32_t kind;
+  int16_t dataType;
+  uint16_t detail;
+  int32_t offset;       // span in the text; of an operator that of the token scanned last
+  int32_t length;
+  int32_t closeOffset;  // calls: the closing parenthesis, else 0
+  uint32_t slot;        // place among the parent's children
+  void *left;
+  void *right;
+  ExprNode *parent;     // null at the root
+  void *bound;
+  uint64_t boundAt;
+};
+
+inline bool IsOperator(int32_t kind) {
+  return kind == NODE_ADD || kind == NODE_SUB || kind == NODE_MUL || kind == NODE_DIV ||
+         kind == NODE_MOD || kind == NODE_CONCAT;
+}
+// Nodes with two operands, in `left` and `right`.
+inline bool HasOperands(int32_t kind) { return IsOperator(kind) || kind == NODE_RANGE; }
+// Nodes with a list, in `right`, which may be null.
+inline bool HasList(int32_t kind) { return kind == NODE_CALL || kind == NODE_SET; }
+
+inline ExprNode *LeftOperand(const ExprNode *node) { return static_cast<ExprNode *>(node->left); }
+inline ExprNode *RightOperand(const ExprNode *node) { return static_cast<ExprNode *>(node->right); }
+inline const char *NodeText(const ExprNode *node) { return static_cast<const char *>(node->left); }
+inline HandleArray NodeList(const ExprNode *node) { return static_cast<HandleArray>(node->right); }
+
+struct ParseState;
+
+// Constructors. Each returns null only when there is no memory, with 121 in state.error; what they
+// were given then still belongs to the caller. Otherwise the node owns it.
+ExprNode *ExprNodeNew(ParseState &state);
+ExprNode *ExprNodeLeaf(ParseState &state, int32_t kind, char *text);
+ExprNode *ExprNodeNumber(ParseState &state, NumberValue *value, bool negate);
+ExprNode *ExprNodeBuild(ParseState &state, int32_t kind, void *left, void *right, CallForm form);
+
+// A range of two expressions, or null with the error in state.error.
+ExprNode *ExprNodeRange(ParseState &state, ExprNode *left, ExprNode *right);
+
+// Appends a node to a list, or to a new one for null. The list to go on with, or null when there is
+// no memory, with the old list as it was.
+HandleArray ExprListAppend(HandleArray list, ExprNode *node);
+
+// Free a node or list with all below it, in constant stack; null is accepted.
+void ExprNodeFree(ExprNode *node);
+void ExprListFree(HandleArray list);
+
+// The next node of a walk that visits every node below `root` in written order, each before its
+// children; null at the end. Needs no memory: the way back stands in the nodes.
+ExprNode *ExprNodeNext(const ExprNode *root, const ExprNode *node);
+// The same without going below `node`.
+ExprNode *ExprNodeNextBeside(const ExprNode *root, const ExprNode *node);
+
+// Number of nodes in a list (0 for null) and the node at an index.
+uint32_t ExprListCount(HandleArray list);
+ExprNode *ExprListAt(HandleArray list, uint32_t index);
+
+#endif

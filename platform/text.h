@@ -1,0 +1,32 @@
+// Text comparison, case and characters as the platform gives them, in the active code page.
+#ifndef ORLI11_PLATFORM_TEXT_H
+#define ORLI11_PLATFORM_TEXT_H
+
+#include <cstdint>
+
+// The order of two texts as people of the locale read lists: letters by alphabet, small before
+// capital among equals. 0 for equal bytes only. Null is the empty text and below everything else.
+int32_t lstrcmpA(const char *left, const char *right);
+// The same without regard to case.
+int32_t lstrcmpiA(const char *left, const char *right);
+
+char *lstrcpyA(char *target, const char *source);
+char *lstrcatA(char *target, const char *source);
+int32_t lstrlenA(const char *text);
+
+// The next character; the terminator stays where it is.
+char *CharNextA(const char *text);
+
+// Upper-cases the first `length` bytes in place.
+uint32_t CharUpperBuffA(char *text, uint32_t length);
+
+// 1 when the single byte is a letter; in UTF-8 every byte from 128 up counts as one.
+int32_t IsCharAlphaA(char byte);
+
+// The active code page of the process: 1252, 932 or 65001.
+int32_t ActiveCodePage();
+
+// True when both texts hold the same bytes; what lstrcmpA(left, right) == 0 tells, at less cost.
+bool SameText(const char *left, const char *right);
+
+#endif
