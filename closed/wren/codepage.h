@@ -1,0 +1,50 @@
+// The active code page and what a character is in it.
+//
+//   1252    every byte is a character
+//   932     a lead byte (81-9F, E0-FC) and any byte behind it are one character, every other byte
+//           is one of its own
+//   65001   UTF-8: a valid sequence is one character; a byte that starts none is one of its own
+//
+// A lead byte in front of the terminator is a character of one byte, so no walk by characters ever
+// steps over the terminator.
+#ifndef ORLI11_CLOSED_WREN_CODEPAGE_H
+#define ORLI11_CLOSED_WREN_CODEPAGE_H
+
+#include <cstddef>
+#include <cstdint>
+
+enum class CodePage : int32_t { Western = 1252, Japanese = 932, Utf8 = 65001 };
+
+// The active code page of the process.
+CodePage CodePageNow();
+
+// True for the lead bytes of code page 932.
+constexpr bool IsLeadByte932(uint8_t byte) {
+  return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+}
+
+// Bytes of the valid UTF-8 sequence at the address, 1 to 4, with its code point; 0 when there is
+// none. Overlong forms, surrogates and numbers above 10FFFF are not valid.
+size_t DecodeUtf8(const char *text, uint32_t *codePoint);
+
+// Writes the UTF-8 form of a code point (up to 10FFFF, no surrogate); returns its bytes, 1 to 4.
+size_t EncodeUtf8(uint32_t codePoint, char *target);
+
+// The code point of a byte of code page 1252; bytes without a character stand for themselves.
+uint32_t CodePointOf1252(uint8_t byte);
+
+// Bytes of the character at the address; 0 at the terminator.
+size_t LongCharBytes(const char *text, CodePage page);
+inline size_t CharBytes(const char *text, CodePage page) {
+  const auto byte = static_cast<uint8_t>(*text);
+  if (byte < 0x80) {
+    return byte != 0 ? 1 : 0;
+  }
+  return page == CodePage::Western ? 1 : LongCharBytes(text, page);
+}
+
+// True when the byte stands in names as a character of its own: a letter or digit, in 932 a
+// half-width katakana, in UTF-8 every byte from 128 up.
+bool IsNameByte(uint8_t byte, CodePage page);
+
+#endif
