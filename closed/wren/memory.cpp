@@ -31,7 +31,7 @@
 namespace {
 
 struct Block {
-  uint32_t size;      // what the caller asked for
+  uint32_t size;      // what the caller asked for; in a pool the length of its list
   uint32_t capacity;  // what is there behind the header
   Block *next;        // in a list of the pool
 };
@@ -40,22 +40,21 @@ static_assert(sizeof(Block) == 16 && alignof(std::max_align_t) == 16);
 constexpr uint32_t UNIT = 16;          // capacities of pooled blocks are multiples of it
 constexpr uint32_t POOLED_SIZE = 256;  // the largest block that is pooled
 constexpr uint32_t CLASSES = POOLED_SIZE / UNIT;
-constexpr uint16_t POOLED_BLOCKS = 64;  // blocks in one list; 256 * 64 * 17 / 2 bytes at most
-
-enum class PoolState : uint8_t { New, Open, Closed };
+constexpr uint32_t POOLED_BLOCKS = 64;  // blocks in one list; 256 * 64 * 17 / 2 bytes at most
 
 struct Pool {
   Block *lists[CLASSES];
-  uint16_t counts[CLASSES];
-  PoolState state;
-  int64_t liveBlocks;
-  int64_t allowed;  // allocations that may still succeed; negative: all
+  uint32_t longest;  // blocks that a list may hold: none before the pool opens and at thread end
+  bool closed;       // the thread is ending
+  int64_t given;     // blocks that the thread was given
+  int64_t freed;     // blocks that it has freed
+  int64_t allowed;   // allocations that may still succeed; negative: all
 };
 
 // Plain data without a constructor, at a fixed offset from the thread's base: no guard and no call
 // stands between a routine and its pool.
 constinit thread_local Pool pool
-    __attribute__((tls_model("initial-exec"))) = {{}, {}, PoolState::New, 0, -1};
+    __attribute__((tls_model("initial-exec"))) = {{}, 0, false, 0, 0, -1};
 
 void *BytesOf(Block *block) {
   return block + 1;
@@ -91,7 +90,8 @@ bool MayAllocate() {
 struct PoolRelease {
   bool armed = false;
   ~PoolRelease() {
-    pool.state = PoolState::Closed;
+    pool.closed = true;
+    pool.longest = 0;
     for (Block *&list : pool.lists) {
       while (list != nullptr) {
         Block *next = list->next;
@@ -102,66 +102,71 @@ struct PoolRelease {
   }
 };
 
-// True when freed blocks may be kept; the first question of a thread arranges for their release.
-bool OpenPool() {
+// The end of a block that its list has no room for. The first block of a thread that comes here
+// opens the pool for those behind it and arranges for its release.
+[[gnu::cold, gnu::noinline]] void FreeUnpooled(Block *block) {
   static thread_local PoolRelease release;
-  if (pool.state == PoolState::New) {
+  if (pool.longest == 0 && !pool.closed) {
     release.armed = true;
-    pool.state = PoolState::Open;
+    pool.longest = WREN_POOL != 0 ? POOLED_BLOCKS : 0;
   }
-  return pool.state == PoolState::Open;
+  std::free(block);
 }
 
-// Takes a block for `size` bytes from the pool, its bytes not yet zeroed; null when there is none.
-Block *TakePooled(uint32_t size) {
-  const uint32_t index = ClassOf(size);
-  Block *block = pool.lists[index];
-  if (block == nullptr) {
-    return nullptr;
+// Zeroes `capacity` bytes, a multiple of UNIT above 0. Most blocks have one unit or a few.
+void ClearUnits(void *bytes, uint32_t capacity) {
+  auto *unit = static_cast<char *>(bytes);
+  if (capacity > 4 * UNIT) {
+    std::memset(unit, 0, capacity);
+    return;
   }
-  pool.lists[index] = block->next;
-  --pool.counts[index];
-  return block;
+  std::memset(unit, 0, UNIT);
+  for (uint32_t at = UNIT; at < capacity; at += UNIT) {
+    std::memset(unit + at, 0, UNIT);
+  }
 }
 
-// Puts a block of a pooled capacity into the pool; false when its list is full.
-bool KeepPooled(Block *block) {
-  const uint32_t index = ClassOf(block->capacity);
-  if (pool.counts[index] == POOLED_BLOCKS || (pool.state != PoolState::Open && !OpenPool())) {
-    return false;
-  }
-  block->next = pool.lists[index];
-  pool.lists[index] = block;
-  ++pool.counts[index];
-  return true;
-}
-
+// Puts a block into the list of its capacity, or back to the heap.
 void ReleaseBlock(Block *block) {
-  if (!IsPooled(block->capacity) || !KeepPooled(block)) {
+  if (!IsPooled(block->capacity)) {
     std::free(block);
+    return;
   }
+  Block *&list = pool.lists[ClassOf(block->capacity)];
+  const uint32_t length = list == nullptr ? 1 : list->size + 1;
+  if (length > pool.longest) [[unlikely]] {
+    FreeUnpooled(block);
+    return;
+  }
+  block->size = length;
+  block->next = list;
+  list = block;
 }
 
-// A zeroed block for `size` bytes, or null. Neither counted nor limited.
-Block *ObtainBlock(uint32_t size) {
-  uint32_t capacity = size;
-  if (IsPooled(size)) {
-    capacity = (ClassOf(size) + 1) * UNIT;
-    if (Block *block = TakePooled(size)) {
-      if (capacity == UNIT) {  // the size of a value, by far the most frequent
-        std::memset(BytesOf(block), 0, UNIT);
-      } else {
-        std::memset(BytesOf(block), 0, capacity);
-      }
-      block->size = size;
-      return block;
-    }
-  }
+// A zeroed block of `capacity` bytes from the heap, or null.
+[[gnu::noinline]] Block *ObtainFromHeap(uint32_t size, uint32_t capacity) {
   auto *block = static_cast<Block *>(std::calloc(1, sizeof(Block) + size_t{capacity}));
   if (block != nullptr) {
     block->size = size;
     block->capacity = capacity;
   }
+  return block;
+}
+
+// A zeroed block for `size` bytes, or null. Neither counted nor limited.
+Block *ObtainBlock(uint32_t size) {
+  if (!IsPooled(size)) {
+    return ObtainFromHeap(size, size);
+  }
+  const uint32_t index = ClassOf(size);
+  const uint32_t capacity = (index + 1) * UNIT;
+  Block *block = pool.lists[index];
+  if (block == nullptr) {
+    return ObtainFromHeap(size, capacity);
+  }
+  pool.lists[index] = block->next;
+  ClearUnits(BytesOf(block), capacity);
+  block->size = size;
   return block;
 }
 
@@ -208,7 +213,7 @@ void TEST_FailAllocationsAfter(int64_t count) {
 }
 
 int64_t TEST_LiveBlocks() {
-  return pool.liveBlocks;
+  return pool.given - pool.freed;
 }
 
 extern "C" void *WRENMemAlloc(uint32_t size) {
@@ -219,7 +224,7 @@ extern "C" void *WRENMemAlloc(uint32_t size) {
   if (block == nullptr) {
     return nullptr;
   }
-  ++pool.liveBlocks;
+  ++pool.given;
   return BytesOf(block);
 }
 
@@ -245,7 +250,7 @@ extern "C" void *WRENMemRealloc(void *block, uint32_t size) {
 
 extern "C" void WRENMemFree(void *block) {
   if (block != nullptr) {
-    --pool.liveBlocks;
+    ++pool.freed;
     ReleaseBlock(BlockOf(block));
   }
 }
