@@ -7,10 +7,17 @@
 #include "language/parse_state.h"
 
 // The next token code. Fills tokenOffset, tokenSpan and tokenValue of the state; the value belongs
-// to the caller. After TOK_END every further call gives TOK_END.
+// to the caller. TOK_AND leaves offset and span as they were. After TOK_END every further call
+// gives TOK_END.
+//
+// A text is read as if one blank stood behind it. A match that fills the buffer and could still
+// grow stores ORL_ERR_MAXTOKEN in state.error and ends the text: TOK_END.
 int32_t ScanToken(ParseState &state);
 
 // The code of a date unit word with or without one S, in any case; 0 for any other word.
 uint16_t DateUnitOfWord(const char *word);
+
+// A token code as a person reads it, for dumps and messages.
+const char *TokenName(int32_t token);
 
 #endif

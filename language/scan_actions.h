@@ -1,0 +1,22 @@
+// What the scanner does with a match of each token rule.
+#ifndef ORLI11_LANGUAGE_SCAN_ACTIONS_H
+#define ORLI11_LANGUAGE_SCAN_ACTIONS_H
+
+#include <cstdint>
+
+#include "language/parse_state.h"
+#include "language/token_rules.h"
+
+// Results of an action that gives no token.
+enum : int32_t {
+  kRefused = -1,  // not this rule after all: try the next candidate
+  kSkipped = -2   // taken, but nothing for the parser
+};
+
+// Takes or refuses the match: the `length` bytes at the start of the buffer, terminated. The result
+// is a token code with the token's fields filled, or one of the two above.
+using RuleAction = int32_t (*)(ParseState &state, const char *text, int32_t length);
+
+extern const RuleAction kRuleActions[kTokenRuleCount];
+
+#endif

@@ -1,0 +1,77 @@
+#include "language/scan_checks.h"
+
+#include "platform/text.h"
+#include "wreni11.h"
+
+namespace {
+
+uint8_t ByteAt(const char *text, int32_t index) {
+  return static_cast<uint8_t>(text[index]);
+}
+
+bool IsTrailByte(uint8_t byte) {
+  return (byte >= 0x40 && byte <= 0x7E) || (byte >= 0x80 && byte <= 0xFC);
+}
+
+bool IsAsciiNameByte(uint8_t byte) {
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+         (byte >= '0' && byte <= '9') || byte == '@' || byte == '#' || byte == '$' || byte == '_' ||
+         byte == '.';
+}
+
+// What to say of a name whose bytes are good up to `stop`.
+int32_t AnswerAtStop(const char *text, int32_t length, int32_t stop, bool call, bool doubleByte) {
+  if (call && (text[stop] == ' ' || text[stop] == '(')) {
+    int32_t open = stop;
+    while (open < length && text[open] == ' ') open++;
+    return open == length - 1 && text[open] == '(' ? kNameGood : stop;
+  }
+  // The automaton reads a letter and a bar as a pair where "||" follows the letter.
+  const bool strayBar = !doubleByte && stop == length - 1 && text[stop] == '|';
+  return strayBar ? kNameRefused : stop;
+}
+
+}  // namespace
+
+int32_t CheckName(const char *text, int32_t length, bool call) {
+  const bool doubleByte = WRENIsDoubleByte() != 0;
+  bool quoted = false;
+  int32_t at = 0;
+  while (at < length) {
+    const uint8_t byte = ByteAt(text, at);
+    if (byte == '"' || byte == '`') {
+      quoted = !quoted;
+    } else if (IsAsciiNameByte(byte)) {
+      // Good in every code page.
+    } else if (doubleByte && WRENIsAlpha(byte) != 0) {
+      if (at == length - 1) return at;
+      at++;
+      if (!IsTrailByte(ByteAt(text, at))) return at;
+    } else {
+      const bool known = (doubleByte ? WRENIsDigit(byte) : IsCharAlphaA(text[at])) != 0;
+      if (!known && !quoted) return AnswerAtStop(text, length, at, call, doubleByte);
+    }
+    at++;
+  }
+  return kNameGood;
+}
+
+bool IsWholeLiteral(const char *text, int32_t length) {
+  if (WRENIsDoubleByte() == 0 || length == 2) return true;
+  const int32_t last = length - 1;
+  int32_t at = 1;
+  while (at < length) {
+    const uint8_t byte = ByteAt(text, at);
+    const bool quoteNext = at < last && text[at + 1] == '\'';
+    if (WRENIsAlpha(byte) != 0) {
+      at += 2;
+    } else if (quoteNext && (byte == '\'' || byte == '\\')) {
+      at += 2;
+    } else if (byte == '\'') {
+      return at == last;
+    } else {
+      at++;
+    }
+  }
+  return false;
+}

@@ -1,0 +1,21 @@
+// Checks of what the automaton cannot know: which bytes the active code page has letters and
+// double-byte characters for.
+#ifndef ORLI11_LANGUAGE_SCAN_CHECKS_H
+#define ORLI11_LANGUAGE_SCAN_CHECKS_H
+
+#include <cstdint>
+
+// Answers of CheckName besides the index of the first bad byte.
+enum : int32_t {
+  kNameGood = -1,
+  kNameRefused = -2  // the automaton took more than the name
+};
+
+// Checks the `length` bytes of a name, quoted segments and points included. With `call` the text is
+// that of a call opening: blanks and a parenthesis end it.
+int32_t CheckName(const char *text, int32_t length, bool call);
+
+// True when the text, quotes included, is one whole literal.
+bool IsWholeLiteral(const char *text, int32_t length);
+
+#endif
