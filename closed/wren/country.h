@@ -6,11 +6,12 @@
 
 enum class DateOrder : int32_t { MonthDayYear = 0, DayMonthYear = 1, YearMonthDay = 2 };
 
-// Texts are in UTF-8 as the locale has them; CountryNow() gives them in the active code page.
+// One country's settings. Texts behind their terminator are zero bytes, so equal settings are equal
+// records.
 struct Country {
   DateOrder dateOrder;
-  char dateSeparator[8];
-  char timeSeparator[8];
+  char dateSeparator[8];  // one of - . /
+  char timeSeparator[8];  // : or .
   bool clock24;
   int32_t pivotYear;  // two-digit years fall into pivotYear to pivotYear + 99
   char markers[2][24];
@@ -18,16 +19,23 @@ struct Country {
   char monthNames[24][48];  // January to December, Jan to Dec
   char decimalSeparator[8];
   char thousandsSeparator[8];  // may be empty
-  uint8_t grouping[4];         // digits of the groups from the point outward; the last one repeats
+  uint8_t grouping[4];         // digits of the groups from the point outward; the last one repeats,
+                               // and a 0 ends the grouping
   char currencySign[24];
+  char currencyCode[8];  // the three letters of the currency, for where the sign has no form
   char currencyDecimalSeparator[8];
   char currencyThousandsSeparator[8];
   int32_t currencyDecimals;
-  bool currencySignFirst;         // ahead of the digits
-  bool currencySpace;             // a blank between sign and digits
-  bool negativeInParentheses;     // -1.5 as (1.5), in amounts of money
-  char nameTexts[3][1200];  // dayNames, monthNames, markers as the LocaleBlock has them
+  bool currencySignFirst;      // ahead of the digits
+  bool currencySpace;          // a blank between sign and digits
+  bool negativeInParentheses;  // -1.5 as (1.5), in amounts of money
+  char nameTexts[3][1200];     // dayNames, monthNames, markers as the LocaleBlock has them
+
+  bool operator==(const Country &) const = default;
 };
+
+// The conventions of the United States, in ASCII: the names that are always understood.
+const Country &CountryBuiltIn();
 
 // The settings in force, in the active code page. The record is never changed or freed.
 const Country &CountryNow();

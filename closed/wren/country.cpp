@@ -1,0 +1,455 @@
+// Country settings from the system's locales.
+//
+// A locale's settings are read once, when the locale is chosen, into a CountrySet: the settings in
+// the three code pages. A set is complete before it is published and never changes again, so
+// readers need no lock. Old sets stay, since readers may hold a record of theirs; choosing the same
+// settings again takes the old set.
+#include "closed/wren/country.h"
+
+#include <iconv.h>
+#include <langinfo.h>
+#include <locale.h>
+
+#include <atomic>
+#include <climits>
+#include <cstring>
+#include <mutex>
+#include <new>
+
+#include "closed/wren/codepage.h"
+#include "wreni11.h"
+
+namespace {
+
+constexpr Country kUnitedStates = {
+    .dateOrder = DateOrder::MonthDayYear,
+    .dateSeparator = "/",
+    .timeSeparator = ":",
+    .clock24 = false,
+    .pivotYear = 1950,
+    .markers = {"AM", "PM"},
+    .dayNames = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday",
+                 "Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"},
+    .monthNames = {"January",   "February", "March",    "April",    "May", "June", "July", "August",
+                   "September", "October",  "November", "December", "Jan", "Feb",  "Mar",  "Apr",
+                   "May",       "Jun",      "Jul",      "Aug",      "Sep", "Oct",  "Nov",  "Dec"},
+    .decimalSeparator = ".",
+    .thousandsSeparator = ",",
+    .grouping = {3, 3, 3, 3},
+    .currencySign = "$",
+    .currencyCode = "USD",
+    .currencyDecimalSeparator = ".",
+    .currencyThousandsSeparator = ",",
+    .currencyDecimals = 2,
+    .currencySignFirst = true,
+    .currencySpace = false,
+    .negativeInParentheses = true,
+    .nameTexts = {";Sunday;Monday;Tuesday;Wednesday;Thursday;Friday;Saturday"
+                  ";Sun;Mon;Tue;Wed;Thu;Fri;Sat",
+                  ";January;February;March;April;May;June;July;August;September;October;November"
+                  ";December;Jan;Feb;Mar;Apr;May;Jun;Jul;Aug;Sep;Oct;Nov;Dec",
+                  ";AM;PM"},
+};
+
+// ---- Conversion
+// ----------------------------------------------------------------------------------
+
+constexpr const char *kBlanks = " \t";
+constexpr iconv_t kSameCharset = nullptr;
+
+struct Converter {
+  iconv_t handle;  // kSameCharset: bytes stay as they are
+  bool works;
+
+  Converter(const char *to, const char *from)
+      : handle(strcmp(to, from) == 0 ? kSameCharset : iconv_open(to, from)),
+        works(handle == kSameCharset || reinterpret_cast<intptr_t>(handle) != -1) {}
+  ~Converter() {
+    if (works && handle != kSameCharset) {
+      iconv_close(handle);
+    }
+  }
+  Converter(const Converter &) = delete;
+  Converter &operator=(const Converter &) = delete;
+};
+
+bool IsAscii(const char *text) {
+  while (*text > 0) {
+    text++;
+  }
+  return *text == 0;
+}
+
+// Converts `text`, without blanks at its ends, into the `room` bytes at `target` and fills the rest
+// with zeros. False, with an empty target, when the text does not fit or has no form there.
+bool ConvertText(const Converter &converter, char *target, size_t room, const char *text) {
+  memset(target, 0, room);
+  text += strspn(text, kBlanks);
+  size_t length = strlen(text);
+  while (length > 0 && strchr(kBlanks, text[length - 1]) != nullptr) {
+    length--;
+  }
+  if (IsAscii(text) || converter.handle == kSameCharset) {
+    if (length >= room) {
+      return false;
+    }
+    memcpy(target, text, length);
+    return true;
+  }
+  if (!converter.works) {
+    return false;
+  }
+  char *in = const_cast<char *>(text);  // iconv only reads
+  char *out = target;
+  size_t left = room - 1;
+  // A result above 0 counts characters that were replaced by others.
+  const bool done = iconv(converter.handle, &in, &length, &out, &left) == 0 && length == 0;
+  iconv(converter.handle, nullptr, nullptr, nullptr, nullptr);
+  if (!done) {
+    memset(target, 0, room);
+  }
+  return done;
+}
+
+// Converts a group of names all or none, so that no two languages mix; the target keeps what it had
+// when a name has no form there. A ";" would part a name in the LocaleBlock.
+template <size_t Count, size_t Room>
+void ConvertNames(const Converter &converter, char (&target)[Count][Room],
+                  const char *const (&texts)[Count]) {
+  char names[Count][Room];
+  for (size_t i = 0; i < Count; i++) {
+    if (!ConvertText(converter, names[i], Room, texts[i]) || names[i][0] == 0 ||
+        strchr(names[i], ';') != nullptr) {
+      return;
+    }
+  }
+  memcpy(target, names, sizeof names);
+}
+
+template <size_t Count, size_t Room>
+void JoinNames(char *target, const char (&names)[Count][Room]) {
+  static_assert(Count * Room < sizeof Country::nameTexts[0]);
+  memset(target, 0, sizeof Country::nameTexts[0]);
+  for (size_t i = 0; i < Count; i++) {
+    *target++ = ';';
+    const size_t length = strlen(names[i]);
+    memcpy(target, names[i], length);
+    target += length;
+  }
+}
+
+// A separator that the code page does not have becomes a blank: the unknown ones are all kinds of
+// thin blanks.
+template <size_t Room>
+void ConvertSeparator(const Converter &converter, char (&target)[Room], const char *text) {
+  if (strcmp(text, " ") == 0 || !ConvertText(converter, target, Room, text)) {
+    memset(target, 0, Room);
+    target[0] = ' ';
+  }
+}
+
+// ---- Reading a locale
+// ----------------------------------------------------------------------------
+
+struct LocaleHandle {
+  locale_t locale;
+
+  LocaleHandle(int mask, const char *name) : locale(newlocale(mask, name, nullptr)) {}
+  ~LocaleHandle() {
+    if (locale != nullptr) {
+      freelocale(locale);
+    }
+  }
+  LocaleHandle(const LocaleHandle &) = delete;
+  LocaleHandle &operator=(const LocaleHandle &) = delete;
+
+  const char *Text(nl_item item) const { return nl_langinfo_l(item, locale); }
+  int Number(nl_item item) const { return static_cast<signed char>(*nl_langinfo_l(item, locale)); }
+};
+
+bool IsBuiltInName(const char *name) {
+  return strcmp(name, "C") == 0 || strcmp(name, "POSIX") == 0 || strncmp(name, "C.", 2) == 0;
+}
+
+// What the letters of a locale's date or time format tell, in the order of their appearance.
+struct FormatLetters {
+  char letters[32];
+  char separator;  // the first of `separators` behind the first letter; 0: none
+};
+
+FormatLetters ReadFormat(const char *format, const char *separators) {
+  FormatLetters result = {};
+  size_t count = 0;
+  for (; *format != 0; format++) {
+    if (*format != '%') {
+      if (count > 0 && result.separator == 0 && strchr(separators, *format) != nullptr) {
+        result.separator = *format;
+      }
+      continue;
+    }
+    format += 1 + strspn(format + 1, "-_0^#+EO123456789");  // flags, width, alternative forms
+    // Composite letters stand for a format of their own.
+    const char *plain = *format == 'D'   ? "mdy"
+                        : *format == 'F' ? "Ymd"
+                        : *format == 'T' ? "HMS"
+                        : *format == 'R' ? "HM"
+                        : *format == 'r' ? "IMSp"
+                                         : nullptr;
+    const char single[2] = {*format, 0};
+    if (result.separator == 0 && plain != nullptr) {
+      const char inner = *format == 'D' ? '/' : *format == 'F' ? '-' : ':';
+      result.separator = strchr(separators, inner) != nullptr ? inner : '\0';
+    }
+    for (const char *p = plain != nullptr ? plain : single; *p != 0; p++) {
+      if (count + 1 < sizeof result.letters) {
+        result.letters[count++] = *p;
+      }
+    }
+    if (*format == 0) {
+      break;
+    }
+  }
+  return result;
+}
+
+DateOrder OrderOf(const FormatLetters &format) {
+  const size_t first = strcspn(format.letters, "mbBhdeYyGgC");
+  switch (format.letters[first]) {
+    case 'd':
+    case 'e':
+      return DateOrder::DayMonthYear;
+    case 'Y':
+    case 'y':
+    case 'G':
+    case 'g':
+    case 'C':
+      return DateOrder::YearMonthDay;
+    default:
+      return DateOrder::MonthDayYear;
+  }
+}
+
+constexpr nl_item kDayItems[14] = {DAY_1,   DAY_2,   DAY_3,   DAY_4,   DAY_5,   DAY_6,   DAY_7,
+                                   ABDAY_1, ABDAY_2, ABDAY_3, ABDAY_4, ABDAY_5, ABDAY_6, ABDAY_7};
+constexpr nl_item kMonthItems[24] = {MON_1,   MON_2,   MON_3,   MON_4,    MON_5,    MON_6,
+                                     MON_7,   MON_8,   MON_9,   MON_10,   MON_11,   MON_12,
+                                     ABMON_1, ABMON_2, ABMON_3, ABMON_4,  ABMON_5,  ABMON_6,
+                                     ABMON_7, ABMON_8, ABMON_9, ABMON_10, ABMON_11, ABMON_12};
+constexpr nl_item kMarkerItems[2] = {AM_STR, PM_STR};
+
+template <size_t Count, size_t Room>
+void ReadNames(const LocaleHandle &locale, const Converter &converter, char (&target)[Count][Room],
+               const nl_item (&items)[Count]) {
+  const char *texts[Count];
+  for (size_t i = 0; i < Count; i++) {
+    texts[i] = locale.Text(items[i]);
+  }
+  ConvertNames(converter, target, texts);
+}
+
+void ReadDates(const LocaleHandle &locale, Country &country) {
+  const FormatLetters date = ReadFormat(locale.Text(D_FMT), "-./");
+  const FormatLetters time = ReadFormat(locale.Text(T_FMT), ":.");
+  country.dateOrder = OrderOf(date);
+  country.dateSeparator[0] = date.separator != 0 ? date.separator : '/';
+  country.timeSeparator[0] = time.separator != 0 ? time.separator : ':';
+  country.clock24 = strpbrk(time.letters, "Ilp") == nullptr;
+  const Converter converter("UTF-8", locale.Text(_NL_TIME_CODESET));
+  ReadNames(locale, converter, country.dayNames, kDayItems);
+  ReadNames(locale, converter, country.monthNames, kMonthItems);
+  ReadNames(locale, converter, country.markers, kMarkerItems);
+}
+
+void ReadNumbers(const LocaleHandle &locale, Country &country) {
+  const Converter converter("UTF-8", locale.Text(_NL_NUMERIC_CODESET));
+  ConvertSeparator(converter, country.decimalSeparator, locale.Text(RADIXCHAR));
+  ConvertSeparator(converter, country.thousandsSeparator, locale.Text(THOUSEP));
+  const char *groups = locale.Text(__GROUPING);
+  uint8_t size = 0;
+  bool more = true;
+  for (uint8_t &target : country.grouping) {
+    if (more && *groups != 0) {
+      // The largest and the negative number both say that no group follows.
+      more = *groups > 0 && *groups < CHAR_MAX;
+      size = more ? static_cast<uint8_t>(*groups++) : 0;
+    }
+    target = size;
+  }
+  if (country.grouping[0] == 0) {
+    memset(country.thousandsSeparator, 0, sizeof country.thousandsSeparator);
+  }
+}
+
+void ReadMoney(const LocaleHandle &locale, Country &country) {
+  const Converter converter("UTF-8", locale.Text(_NL_MONETARY_CODESET));
+  if (!ConvertText(converter, country.currencyCode, sizeof country.currencyCode,
+                   locale.Text(__INT_CURR_SYMBOL))) {
+    memset(country.currencyCode, 0, sizeof country.currencyCode);
+  }
+  if (!ConvertText(converter, country.currencySign, sizeof country.currencySign,
+                   locale.Text(__CURRENCY_SYMBOL)) ||
+      country.currencySign[0] == 0) {
+    memset(country.currencySign, 0, sizeof country.currencySign);
+    memcpy(country.currencySign, country.currencyCode, sizeof country.currencyCode);
+  }
+  if (*locale.Text(__MON_DECIMAL_POINT) != 0) {
+    ConvertSeparator(converter, country.currencyDecimalSeparator, locale.Text(__MON_DECIMAL_POINT));
+    ConvertSeparator(converter, country.currencyThousandsSeparator,
+                     locale.Text(__MON_THOUSANDS_SEP));
+  }
+  const int decimals = locale.Number(__FRAC_DIGITS);
+  country.currencyDecimals = decimals >= 0 && decimals < SCHAR_MAX ? decimals : 2;
+  country.currencySignFirst = locale.Number(__P_CS_PRECEDES) != 0;
+  country.currencySpace = locale.Number(__P_SEP_BY_SPACE) == 1;
+  country.negativeInParentheses = locale.Number(__N_SIGN_POSN) == 0;
+}
+
+struct Category {
+  int mask;
+  nl_item name;
+  void (*read)(const LocaleHandle &, Country &);
+};
+
+constexpr Category kCategories[] = {
+    {LC_TIME_MASK, _NL_LOCALE_NAME(LC_TIME), ReadDates},
+    {LC_NUMERIC_MASK, _NL_LOCALE_NAME(LC_NUMERIC), ReadNumbers},
+    {LC_MONETARY_MASK, _NL_LOCALE_NAME(LC_MONETARY), ReadMoney},
+};
+
+// Reads the settings of a locale, in UTF-8. A category that is the C locale's keeps the built-in
+// settings, and so does one whose locale is not installed when the environment chose it ("").
+bool ReadLocale(const char *name, Country &country) {
+  country = kUnitedStates;
+  for (const Category &category : kCategories) {
+    const LocaleHandle locale(category.mask, name);
+    if (locale.locale == nullptr) {
+      if (*name != 0) {
+        return false;
+      }
+    } else if (!IsBuiltInName(locale.Text(category.name))) {
+      category.read(locale, country);
+    }
+  }
+  return true;
+}
+
+// ---- Sets
+// ----------------------------------------------------------------------------------------
+
+struct CountrySet {
+  Country source;         // in UTF-8
+  Country inCodePage[3];  // 1252, 932, UTF-8
+  CountrySet *older;
+};
+
+template <size_t Count, size_t Room>
+void ConvertGroup(const Converter &converter, char (&target)[Count][Room],
+                  const char (&source)[Count][Room], const char (&fallback)[Count][Room]) {
+  const char *texts[Count];
+  for (size_t i = 0; i < Count; i++) {
+    texts[i] = source[i];
+  }
+  memcpy(target, fallback, sizeof target);
+  ConvertNames(converter, target, texts);
+}
+
+void ConvertCountry(const Country &source, const char *charset, Country &target) {
+  const Converter converter(charset, "UTF-8");
+  target = source;
+  ConvertGroup(converter, target.dayNames, source.dayNames, kUnitedStates.dayNames);
+  ConvertGroup(converter, target.monthNames, source.monthNames, kUnitedStates.monthNames);
+  ConvertGroup(converter, target.markers, source.markers, kUnitedStates.markers);
+  JoinNames(target.nameTexts[0], target.dayNames);
+  JoinNames(target.nameTexts[1], target.monthNames);
+  JoinNames(target.nameTexts[2], target.markers);
+  ConvertSeparator(converter, target.decimalSeparator, source.decimalSeparator);
+  ConvertSeparator(converter, target.thousandsSeparator, source.thousandsSeparator);
+  ConvertSeparator(converter, target.currencyDecimalSeparator, source.currencyDecimalSeparator);
+  ConvertSeparator(converter, target.currencyThousandsSeparator, source.currencyThousandsSeparator);
+  if (!ConvertText(converter, target.currencySign, sizeof target.currencySign,
+                   source.currencySign)) {
+    memcpy(target.currencySign, source.currencyCode, sizeof source.currencyCode);
+  }
+}
+
+void FillSet(CountrySet &set, const Country &source) {
+  set.source = source;
+  ConvertCountry(source, "CP1252", set.inCodePage[0]);
+  ConvertCountry(source, "CP932", set.inCodePage[1]);
+  ConvertCountry(source, "UTF-8", set.inCodePage[2]);
+}
+
+std::mutex changing;           // guards the making of sets
+CountrySet *newest = nullptr;  // all sets made so far
+CountrySet firstSet;           // needs no memory, so the first choice cannot fail for lack of it
+std::atomic<CountrySet *> current = nullptr;
+
+// The set of these settings, made when there is none yet; null when there is no memory. The caller
+// holds `changing`.
+CountrySet *SetOf(const Country &source) {
+  for (CountrySet *set = newest; set != nullptr; set = set->older) {
+    if (set->source == source) {
+      return set;
+    }
+  }
+  CountrySet *set = &firstSet;
+  if (newest != nullptr) {
+    void *block = WRENMemAlloc(sizeof(CountrySet));
+    if (block == nullptr) {
+      return nullptr;
+    }
+    set = new (block) CountrySet;
+  }
+  FillSet(*set, source);
+  set->older = newest;
+  newest = set;
+  return set;
+}
+
+// Publishes the set of a locale. False, with nothing changed, when there is none or no memory.
+bool Choose(const char *localeName) {
+  Country country;
+  if (!ReadLocale(localeName, country)) {
+    return false;
+  }
+  CountrySet *set = SetOf(country);
+  if (set == nullptr) {
+    return false;
+  }
+  current.store(set, std::memory_order_release);
+  return true;
+}
+
+// Chooses the environment's settings unless a choice has been made meanwhile.
+const CountrySet &FirstChoice() {
+  const std::lock_guard<std::mutex> lock(changing);
+  if (current.load(std::memory_order_acquire) == nullptr) {
+    Choose("");
+  }
+  return *current.load(std::memory_order_acquire);
+}
+
+}  // namespace
+
+const Country &CountryBuiltIn() {
+  return kUnitedStates;
+}
+
+const Country &CountryNow() {
+  const CountrySet *chosen = current.load(std::memory_order_acquire);
+  const CountrySet &set = chosen != nullptr ? *chosen : FirstChoice();
+  switch (CodePageNow()) {
+    case CodePage::Japanese:
+      return set.inCodePage[1];
+    case CodePage::Utf8:
+      return set.inCodePage[2];
+    case CodePage::Western:
+      break;
+  }
+  return set.inCodePage[0];
+}
+
+int32_t WRENSetCountry(const char *localeName) {
+  const std::lock_guard<std::mutex> lock(changing);
+  return Choose(localeName != nullptr ? localeName : "") ? 1 : 0;
+}
