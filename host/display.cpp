@@ -1,0 +1,70 @@
+#include "host/display.h"
+
+#include <clocale>
+#include <cwchar>
+
+namespace {
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+constexpr std::string_view kDots = "...";
+
+/* The picture of a control character: U+2400 and up, U+2421 for the one behind the letters. */
+std::string ControlPicture(wchar_t code) {
+  const unsigned place = code == 0x7F ? 0x21U : static_cast<unsigned>(code);
+  return {'\xE2', '\x90', static_cast<char>(0x80U + place)};
+}
+
+}  // namespace
+
+void DisplayStart() {
+  /* The widths of characters come from this locale; it is always there with the C library. */
+  static_cast<void>(std::setlocale(LC_CTYPE, "C.UTF-8"));
+}
+
+DisplayCharacter DisplayNext(std::string_view text) {
+  DisplayCharacter result;
+  wchar_t code = 0;
+  std::mbstate_t state = {};
+  const size_t bytes = std::mbrtowc(&code, text.data(), text.size(), &state);
+  if (bytes > text.size()) { /* incomplete or wrong */
+    result.bytes = 1;
+    result.width = 1;
+    result.shown = kReplacement;
+    return result;
+  }
+  result.bytes = bytes == 0 ? 1 : bytes;
+  const int width = wcwidth(code);
+  if (code < 0x20 || code == 0x7F) {
+    result.shown = ControlPicture(code);
+    result.width = 1;
+  } else if (width < 0) {
+    result.shown = kReplacement;
+    result.width = 1;
+  } else {
+    result.shown = text.substr(0, bytes);
+    result.width = static_cast<size_t>(width);
+  }
+  return result;
+}
+
+std::string DisplayLine(std::string_view text, size_t most, size_t &width) {
+  std::string line;
+  std::string cut; /* the line so far as it can be given with the dots behind it */
+  size_t cutWidth = 0;
+  width = 0;
+  while (!text.empty()) {
+    const DisplayCharacter next = DisplayNext(text);
+    if (width + next.width > most) {
+      width = cutWidth + kDots.size();
+      return cut.append(kDots);
+    }
+    line += next.shown;
+    width += next.width;
+    if (width + kDots.size() <= most) {
+      cut = line;
+      cutWidth = width;
+    }
+    text.remove_prefix(next.bytes);
+  }
+  return line;
+}

@@ -1,0 +1,23 @@
+/* display.h - text as a terminal shows it: which bytes are one character, how wide it is. */
+#ifndef ORLI11_HOST_DISPLAY_H
+#define ORLI11_HOST_DISPLAY_H
+
+#include <string>
+#include <string_view>
+
+/* One character of a text. A control character is shown by its picture and a byte that is no UTF-8
+ * by the replacement character, so that no text can steer the terminal. */
+struct DisplayCharacter {
+  std::string shown;
+  size_t bytes = 0; /* taken from the text, at least 1 */
+  size_t width = 0; /* columns on the terminal: 0, 1 or 2 */
+};
+
+/* Sets the process up for the two routines below. Numbers and dates stay as they were. */
+void DisplayStart();
+/* The character at the start of a text that is not empty. */
+DisplayCharacter DisplayNext(std::string_view text);
+/* The whole text on one line, with its width, cut to at most `most` columns. */
+std::string DisplayLine(std::string_view text, size_t most, size_t &width);
+
+#endif

@@ -1,0 +1,10 @@
+/* messages.h - the words for the message ids of the engine. */
+#ifndef ORLI11_HOST_MESSAGES_H
+#define ORLI11_HOST_MESSAGES_H
+
+#include <cstdint>
+
+/* The text for an id of FormulaError, or a general one for an id that has none. */
+const char *MessageText(int32_t id);
+
+#endif
