@@ -1,0 +1,29 @@
+/* contexts.h - contexts of the engine to measure in. */
+#ifndef ORLI11_BENCH_CONTEXTS_H
+#define ORLI11_BENCH_CONTEXTS_H
+
+#include <orli11.h>
+
+#include <string>
+
+/* How many rows a context has of each kind. The input items are Item0, Item1 and so on, all Numbers
+ * of value 12.5; the functions F0, F1 ... give back their one Number; the formulas Sum0, Sum1 ...
+ * add two items. */
+struct ContextSize {
+  int items, functions, formulas;
+};
+
+/* A new context of that size, beside which it has the built-in functions and the Number items
+ * Amount (12.5) and Tax (0.07). Ends the program with a message when that fails. */
+EC MakeContext(const ContextSize &size);
+
+/* Parses a formula that has to be right. */
+HEXP MustParse(EC ec, const std::string &text, const char *name);
+
+/* The value routine behind Amount, and the one behind Tax. */
+int32_t AmountValue(EC ec, HEXP exp, int32_t size, void **value, const char *name);
+int32_t TaxValue(EC ec, HEXP exp, int32_t size, void **value, const char *name);
+
+void AddItem(EC ec, const std::string &name, int16_t type, OrlValueProc routine);
+
+#endif

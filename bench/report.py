@@ -1,0 +1,91 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks and prints the figures that matter, with their ratios.
+
+    bench/report.py [PROGRAM]        PROGRAM: build/release/bin/orli_bench
+
+Each benchmark runs several times, in random order; the least time counts, since everything else
+that a machine does only adds. Exit status 1 when a benchmark failed or a cost grows by more than
+MOST_GROWTH from 10 to 20,000 rows.
+"""
+
+import json
+import pathlib
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+MOST_GROWTH = 1.5
+REPETITIONS = 7
+KINDS = ("items", "functions", "formulas")
+COUNTS = (10, 1000, 20000)
+OPERATIONS = (
+    ("ScaleParse", "parse anew"),
+    ("ScaleParseDestroy", "parse and destroy"),
+    ("ScaleEvaluate", "evaluate"),
+    ("ScaleLookup", "look up"),
+)
+
+
+def measure(program):
+    """The least time of each benchmark in nanoseconds, and the counters, by its name."""
+    command = [program, "--benchmark_format=json", f"--benchmark_repetitions={REPETITIONS}",
+               "--benchmark_min_time=0.05", "--benchmark_enable_random_interleaving=true"]
+    run = subprocess.run(command, cwd=ROOT, stdout=subprocess.PIPE, check=True, text=True)
+    best = {}
+    for row in json.loads(run.stdout)["benchmarks"]:
+        if row.get("error_occurred"):
+            sys.exit(f"{row['name']}: {row['error_message']}")
+        if row["run_type"] != "iteration":
+            continue
+        unit = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}[row["time_unit"]]
+        time = row["cpu_time"] * unit
+        name = row["run_name"]
+        if name not in best or time < best[name]["ns"]:
+            best[name] = dict(row, ns=time)
+    return best
+
+
+def report_evaluation(best):
+    engine, limit = best["EvaluateAmount"]["ns"], best["EvaluateAmountLimit"]["ns"]
+    print("Evaluate Amount*2+Tax, two value routines")
+    print(f"  engine                      {engine:10.1f} ns")
+    print(f"  two calls, two operations   {limit:10.1f} ns    engine / this: {engine / limit:.2f}")
+    print("\nEvaluate over the rows of data/weather.csv")
+    for name, row in best.items():
+        if name.startswith("Weather/"):
+            print(f"  {name.split('/')[1]:26}{1e9 / row['items_per_second']:12.1f} ns a row")
+
+
+def report_parsing(best):
+    print("\nParse by length")
+    for name, row in best.items():
+        if name.startswith("Parse/"):
+            size = row["bytes"]
+            print(f"  {size:8.0f} bytes            {row['ns']:12.1f} ns    {row['ns'] / size:6.2f} ns a byte")
+
+
+def report_scale(best):
+    print(f"\nOne operation by the rows of a context: ns, and the growth from {COUNTS[0]} to {COUNTS[-1]}")
+    print(f"  {'':31}" + "".join(f"{count:>10}" for count in COUNTS) + f"{'growth':>10}")
+    good = True
+    for routine, words in OPERATIONS:
+        for kind in KINDS:
+            times = [best[f"{routine}/{kind}/{count}"]["ns"] for count in COUNTS]
+            growth = times[-1] / times[0]
+            verdict = "" if growth <= MOST_GROWTH else f"  OVER {MOST_GROWTH}"
+            good = good and not verdict
+            print(f"  {words + ', ' + kind:31}" + "".join(f"{time:10.1f}" for time in times) +
+                  f"{growth:10.2f}{verdict}")
+    return good
+
+
+def main():
+    program = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin/orli_bench"
+    best = measure(pathlib.Path(program).resolve())
+    report_evaluation(best)
+    report_parsing(best)
+    sys.exit(0 if report_scale(best) else 1)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,122 @@
+/* The cost of one parse, one evaluation and one lookup by the number of rows in the context. The
+ * row that is used is the last of its kind, the worst for a search from the front. */
+#include <benchmark/benchmark.h>
+
+#include "bench/contexts.h"
+
+namespace {
+
+enum Kind { kItems, kFunctions, kFormulas };
+constexpr int kFew = 10;
+
+struct Scale {
+  EC ec;
+  std::string last; /* name of the last row of the kind */
+  std::string text; /* a formula that uses it */
+};
+
+Scale MakeScale(Kind kind, int64_t count) {
+  ContextSize size = {kFew, kFew, kFew};
+  const int rows = static_cast<int>(count);
+  const std::string number = std::to_string(rows - 1);
+  Scale scale;
+  switch (kind) {
+    case kItems:
+      size.items = rows;
+      scale.last = "Item" + number;
+      scale.text = scale.last + " * 2 + Tax";
+      break;
+    case kFunctions:
+      size.functions = rows;
+      scale.last = "F" + number;
+      scale.text = scale.last + "(Amount) * 2 + Tax";
+      break;
+    case kFormulas:
+      size.formulas = rows;
+      scale.last = "Sum" + number;
+      scale.text = scale.last + "() * 2 + Tax";
+      break;
+  }
+  scale.ec = MakeContext(size);
+  return scale;
+}
+
+void ScaleParse(benchmark::State &state, Kind kind) {
+  const Scale scale = MakeScale(kind, state.range(0));
+  HEXP exp = MustParse(scale.ec, "Amount", "Measured");
+  FormulaError error;
+  uint16_t type = 0;
+  for ([[maybe_unused]] auto step : state) {
+    if (ORLParseFormula(scale.ec, exp, scale.text.c_str(), "Measured", &error, &type) == nullptr) {
+      state.SkipWithError("the formula does not parse");
+      break;
+    }
+  }
+  ORLDestroyEC(scale.ec);
+}
+
+/* A new formula and its end, as a host does for a text that it only checks. */
+void ScaleParseDestroy(benchmark::State &state, Kind kind) {
+  const Scale scale = MakeScale(kind, state.range(0));
+  FormulaError error;
+  uint16_t type = 0;
+  for ([[maybe_unused]] auto step : state) {
+    HEXP exp = ORLParseFormula(scale.ec, nullptr, scale.text.c_str(), nullptr, &error, &type);
+    if (ORLDestroyEXP(scale.ec, exp) == 0 || exp == nullptr) {
+      state.SkipWithError("the formula does not parse or does not go");
+      break;
+    }
+  }
+  ORLDestroyEC(scale.ec);
+}
+
+void ScaleEvaluate(benchmark::State &state, Kind kind) {
+  const Scale scale = MakeScale(kind, state.range(0));
+  HEXP exp = MustParse(scale.ec, scale.text, "Measured");
+  NumberValue value = {};
+  for ([[maybe_unused]] auto step : state) {
+    if (ORLEvaluateExpression(scale.ec, exp, sizeof value, &value) == 0) {
+      state.SkipWithError("no value");
+      break;
+    }
+    benchmark::DoNotOptimize(value);
+  }
+  ORLDestroyEC(scale.ec);
+}
+
+/* The lookup alone, through the routine that does little else. */
+void ScaleLookup(benchmark::State &state, Kind kind) {
+  const Scale scale = MakeScale(kind, state.range(0));
+  HEXP exp = kind == kItems ? MustParse(scale.ec, scale.last, "Measured") : nullptr;
+  bool found = true;
+  for ([[maybe_unused]] auto step : state) {
+    switch (kind) {
+      case kItems:
+        found = ORLGetSimpleInputSubClass(scale.ec, exp) == 0;
+        break;
+      case kFunctions: /* its parameter is by value: 0, found or not */
+        found = ORLIsItemAggregate(scale.ec, ORL_FUNCTION, scale.last.c_str()) == 0;
+        break;
+      case kFormulas:
+        found = ORLHEXPFromName(scale.ec, scale.last.c_str()) != nullptr;
+        break;
+    }
+    benchmark::DoNotOptimize(found);
+  }
+  if (!found) {
+    state.SkipWithError("not found");
+  }
+  ORLDestroyEC(scale.ec);
+}
+
+#define SCALE(routine)                                                                 \
+  BENCHMARK_CAPTURE(routine, items, kItems)->Arg(kFew)->Arg(1000)->Arg(20000);         \
+  BENCHMARK_CAPTURE(routine, functions, kFunctions)->Arg(kFew)->Arg(1000)->Arg(20000); \
+  BENCHMARK_CAPTURE(routine, formulas, kFormulas)->Arg(kFew)->Arg(1000)->Arg(20000)
+
+SCALE(ScaleParse);
+SCALE(ScaleParseDestroy);
+SCALE(ScaleEvaluate);
+SCALE(ScaleLookup);
+
+}  // namespace
