@@ -1,0 +1,12 @@
+#!/bin/bash
+# build.sh PRESET [CMAKE-ARGUMENT...] - configures and builds one preset of CMakePresets.json; says
+# nothing but what goes wrong.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+preset=$1
+shift
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+{ cmake --preset "$preset" "$@" && cmake --build --preset "$preset"; } >"$log" 2>&1 || { cat "$log"; exit 1; }
+# A build that works can still warn.
+grep -A3 -E 'warning:' "$log" || true

@@ -1,0 +1,32 @@
+#!/bin/bash
+# install.sh GROUP... - installs the Debian packages of the groups that are not there yet.
+#   build  what the libraries, the host program, the tests and the benchmarks are built with
+#   check  what .ci/run needs beyond that
+set -euo pipefail
+
+build="g++ cmake ninja-build python3 libcli11-dev libcsv-dev libgtest-dev libbenchmark-dev"
+check="clang clang-tidy clang-format libclang-rt-14-dev"
+
+missing=""
+for group in "$@"; do
+  case $group in
+    build | check) ;;
+    *) echo "install.sh: no such group: $group" >&2; exit 2 ;;
+  esac
+  for package in ${!group}; do
+    state=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$state" = installed ] || missing+=" $package"
+  done
+done
+[ -n "$missing" ] || exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+  command -v sudo >/dev/null || { echo "install.sh: run this as root, or install sudo; missing:$missing" >&2; exit 1; }
+  as_root=(sudo)
+fi
+echo "Installing what is missing:$missing"
+quiet_apt() { "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0 "$@" </dev/null; }
+quiet_apt update
+# shellcheck disable=SC2086 # a list of names
+quiet_apt install -y --no-install-recommends $missing >/dev/null

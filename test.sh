@@ -1,0 +1,8 @@
+#!/bin/bash
+# test.sh - builds the release and runs all its tests; installs what that needs (Debian 12).
+set -euo pipefail
+cd "$(dirname "$0")"
+scripts/install.sh build
+echo "Building build/release ..."
+scripts/build.sh release
+ctest --preset release -j "$(nproc)"
