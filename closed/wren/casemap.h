@@ -1,0 +1,47 @@
+// Characters as numbers, and their case.
+//
+// A character's code is its byte in 1252, the byte or the two bytes of the pair (lead byte first)
+// in 932, and the code point in UTF-8, where a byte that starts no valid sequence has a code beyond
+// all code points. Case mappings keep the count of bytes, so texts change case in place.
+#ifndef ORLI11_CLOSED_WREN_CASEMAP_H
+#define ORLI11_CLOSED_WREN_CASEMAP_H
+
+#include <cstddef>
+#include <cstdint>
+
+#include "closed/wren/codepage.h"
+
+// Each step-th code from `first` to `last` maps to itself plus `delta`.
+struct CaseRun {
+  uint32_t first, last, step;
+  int32_t delta;
+};
+
+// Code of bytes that are no UTF-8: STRAY_BYTE + byte.
+constexpr uint32_t STRAY_BYTE = 0x110000;
+
+struct TextChar {
+  uint32_t code;
+  size_t bytes;  // 0 at the terminator
+};
+
+TextChar CharAt(const char *text, CodePage page);
+
+uint32_t UpperCode(uint32_t code, CodePage page);
+uint32_t LowerCode(uint32_t code, CodePage page);
+
+// What two characters have in common that are equal but for case. (Capital of the small letter:
+// some letters have two small forms, some two capital ones.)
+uint32_t CaselessCode(uint32_t code, CodePage page);
+
+// Writes the bytes of a character; as many as its TextChar tells.
+void WriteChar(char *target, uint32_t code, CodePage page);
+
+// True for the characters that words consist of: letters, digits and what belongs to them. False
+// for blanks, punctuation, symbols and stray bytes.
+bool IsWordCode(uint32_t code, CodePage page);
+
+// True for the apostrophes, straight and curled.
+bool IsApostrophe(uint32_t code, CodePage page);
+
+#endif
