@@ -1,6 +1,7 @@
 #include "resources/string_table.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 

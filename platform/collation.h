@@ -1,0 +1,19 @@
+// The order of texts as people read lists, in the active code page.
+//
+// Texts compare by their letters first: signs, then digits, then the Latin alphabet, then all other
+// characters by their code. Between texts with the same letters the first accent that differs
+// decides (plain before accented), then the first letter that differs in case (small before
+// capital). So "cote" < "Cote" < "côte" < "coter". Ligatures stand where they are spelled out: "æ"
+// behind "ae", "ß" behind "ss". The order is the library's own and the same on every machine.
+#ifndef ORLI11_PLATFORM_COLLATION_H
+#define ORLI11_PLATFORM_COLLATION_H
+
+#include <cstdint>
+
+enum class CaseRule { Counts, Ignored };
+
+// -1, 0 or 1. Linear in the shorter text. With CaseRule::Counts 0 means that only characters with
+// several forms of one case (as both small sigmas) may differ.
+int32_t CollateTexts(const char *left, const char *right, CaseRule caseRule);
+
+#endif
