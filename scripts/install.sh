@@ -4,7 +4,7 @@
 #   check  what .ci/run needs beyond that
 set -euo pipefail
 
-build="g++ cmake ninja-build python3 libcli11-dev libcsv-dev libgtest-dev libbenchmark-dev"
+build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev libgtest-dev libbenchmark-dev"
 check="clang clang-tidy clang-format libclang-rt-14-dev"
 
 missing=""
