@@ -26,6 +26,9 @@ ExprItem *ItemFind(const ItemTable *table, const char *name);
 // Removes the first row of that name with its routine name; 1 or 0.
 int32_t ItemRemove(EC ec, ItemTable *table, const char *name);
 
+// Frees all rows of a table and the table.
+void ItemTableFree(ItemTable *table);
+
 // 1 when the first row of that name has a parameter with a mode other than 0.
 int32_t ItemHasAggregateParam(const ItemTable *table, const char *name);
 

@@ -127,11 +127,11 @@ typedef struct {
 /* A function, an input item or a keyword, as the host declares it. The parameter records of a
  * function follow directly behind the record: see ORL_EXPR_ITEM_WITH. */
 typedef struct {
-  int16_t kind;      /* ORL_FUNCTION, ORL_INPUT or ORL_KEYWORD */
-  int16_t dataType;  /* of a function its result */
-  char *routineName; /* may be null; the context keeps a copy */
-  void *routine;     /* OrlFunctionProc or OrlValueProc; null: the context's lookup is asked */
-  char name[65];     /* as it stands in formulas, at most 64 bytes */
+  int16_t kind;       /* ORL_FUNCTION, ORL_INPUT or ORL_KEYWORD */
+  int16_t dataType;   /* of a function its result */
+  char *routineName;  /* may be null; the context keeps a copy */
+  void *routine;      /* OrlFunctionProc or OrlValueProc; null: the context's lookup is asked */
+  char name[65];      /* as it stands in formulas, at most 64 bytes */
   int16_t paramCount; /* functions: parameter records; negative: written without parentheses */
   union {
     uint16_t firstOptional; /* functions */
@@ -337,8 +337,8 @@ ORL_API void FUNWinIniChange(void);
 ORL_API int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text);
 
 /* The built-in functions, each an OrlFunctionProc. */
-#define ORL_FUNCTION_ROUTINE(name)                                                      \
-  ORL_API int32_t name(EC ec, HEXP exp, int32_t resultSize, void **result,              \
+#define ORL_FUNCTION_ROUTINE(name)                                         \
+  ORL_API int32_t name(EC ec, HEXP exp, int32_t resultSize, void **result, \
                        const char *functionName, void **args)
 ORL_FUNCTION_ROUTINE(FUNDateAddDay);
 ORL_FUNCTION_ROUTINE(FUNDateYear);

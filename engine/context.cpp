@@ -1,0 +1,127 @@
+#include "engine/context.h"
+
+#include <cstring>
+
+#include "functions/date_text.h"
+#include "platform/text.h"
+
+char *CopyText(const char *text) {
+  const size_t size = std::strlen(text) + 1;
+  if (size > UINT32_MAX) {
+    return nullptr;
+  }
+  char *copy = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size)));
+  if (copy != nullptr) {
+    std::memcpy(copy, text, size);
+  }
+  return copy;
+}
+
+bool ReplaceText(char **field, const char *text) {
+  char *copy = CopyText(text);
+  WRENMemFree(*field);
+  *field = copy;
+  return copy != nullptr;
+}
+
+EC ORLCreateEC(void *owner, OrlLookupProc lookup, OrlRenameProc rename, uint16_t flags) {
+  EC ec = static_cast<EC>(WRENMemAlloc(sizeof(ExprContext)));
+  if (ec == nullptr) {
+    return nullptr;
+  }
+  ec->owner = owner;
+  ec->lookupProc = lookup;
+  ec->renameProc = rename;
+  ec->flags = flags;
+  ec->concatAllowed = (flags & ORL_FLAG_NO_CONCAT) == 0 ? 1 : 0;
+  for (uint16_t &number : ec->nextNumber) {
+    number = 1;
+  }
+  ec->keywords.index.ignoreCase = true;
+  ec->keywords.index.codePage = ActiveCodePage();
+  ec->generation = 1;  // above the 0 of a node that was never looked up
+  return ec;
+}
+
+void ORLSetHelpPath(EC ec, const char *path, int32_t helpContext) {
+  if (ec == nullptr) {
+    return;
+  }
+  ec->helpContext = helpContext;
+  if (path != nullptr && std::strlen(path) < sizeof ec->helpPath) {
+    std::strcpy(ec->helpPath, path);
+  }
+}
+
+void ORLSetDateConvert(EC ec, const char *template1, const char *template2, const char *template3,
+                       uint16_t convertFlags) {
+  if (ec == nullptr) {
+    return;
+  }
+  ec->dateConvertFlags = convertFlags;
+  const char *const templates[] = {template1, template2, template3};
+  for (int32_t i = 0; i < 3; i++) {
+    if (templates[i] != nullptr) {
+      ReplaceText(&ec->dateConvert[i], templates[i]);
+    }
+  }
+}
+
+int32_t ORLSetDatePicture(EC ec, const char *picture1, const char *picture2, const char *picture3) {
+  if (ec == nullptr) {
+    return 1;
+  }
+  const char *const pictures[] = {picture1, picture2, picture3};
+  for (int32_t i = 0; i < 3; i++) {
+    WRENMemFree(ec->pictures[i]);
+    ec->pictures[i] = nullptr;
+    if (pictures[i] != nullptr && pictures[i][0] != '\0') {
+      ec->pictures[i] = CopyText(pictures[i]);
+    }
+  }
+  ec->pictureWidth = DatePictureWidth(ec->dateConvertFlags, ec->pictures, ec->dateConvert);
+  return 1;
+}
+
+void ORLSetListValuesCallback(EC ec, OrlListValuesProc proc) {
+  if (ec != nullptr) {
+    ec->listValuesProc = proc;
+  }
+}
+
+void ORLSetDelPermissionCallback(EC ec, OrlDelPermissionProc proc) {
+  if (ec != nullptr) {
+    ec->delPermissionProc = proc;
+  }
+}
+
+intptr_t ORLSetUserLong(EC ec, intptr_t value) {
+  if (ec == nullptr) {
+    return 0;
+  }
+  const intptr_t before = ec->userLong;
+  ec->userLong = value;
+  return before;
+}
+
+intptr_t ORLGetUserLong(EC ec) {
+  return ec == nullptr ? 0 : ec->userLong;
+}
+
+void *ORLMemAlloc(uint32_t size) {
+  return WRENMemAlloc(size);
+}
+
+void *ORLMemRealloc(void *block, uint32_t size) {
+  return block == nullptr ? nullptr : WRENMemRealloc(block, size);
+}
+
+void ORLMemFree(void *block) {
+  if (block != nullptr) {
+    WRENMemFree(block);
+  }
+}
+
+uint32_t ORLMemSize(const void *block) {
+  return block == nullptr ? 0 : WRENMemSize(block);
+}

@@ -1,0 +1,78 @@
+// The expression context: the record behind an EC.
+#ifndef ORLI11_ENGINE_CONTEXT_H
+#define ORLI11_ENGINE_CONTEXT_H
+
+#include <cstdint>
+
+#include "engine/handle_array.h"
+#include "engine/name_index.h"
+#include "orli11.h"
+
+// One of the three tables of items: rows in the order of adding, and the index of their names.
+struct ItemTable {
+  HandleArray rows;  // pointers to ExprItem; null until the first one
+  NameIndex index;
+};
+
+// Groups of operator callbacks, in the order in which a context holds and stores them.
+enum OperatorGroup : int32_t {
+  kGroupAdd,
+  kGroupSub,
+  kGroupMul,
+  kGroupDiv,
+  kGroupConcat,
+  kGroupCount
+};
+constexpr int32_t kOperatorTypes = 4;
+
+struct OperatorSlots {
+  char *names[kOperatorTypes];
+  OrlOperatorProc procs[kOperatorTypes];
+};
+
+// Which base text and counter a generated name takes.
+enum ExpressionClass : int32_t { kClassFormula, kClassRange, kClassSet, kClassCount };
+
+constexpr int32_t kHelpPathSize = 520;
+
+struct ExprContext {
+  void *owner;              // a window handle of the host or null
+  HandleArray expressions;  // pointers to Expression; null when there is none
+  ItemTable functions;
+  ItemTable inputs;
+  ItemTable keywords;
+  OrlLookupProc lookupProc;
+  int32_t concatAllowed;
+  intptr_t userLong;
+  uint16_t nextNumber[kClassCount];
+  char *pictures[3];
+  int32_t pictureWidth;
+  OrlDelPermissionProc delPermissionProc;
+  OrlListValuesProc listValuesProc;
+  OrlRenameProc renameProc;
+  uint16_t flags;
+  char *dateConvert[3];
+  uint16_t dateConvertFlags;
+  OperatorSlots operators[kGroupCount];
+  int32_t helpContext;
+  char helpPath[kHelpPathSize];
+
+  NameIndex expressionNames;
+  NameIndex mentions;   // names that stored trees refer to as formulas, with a count each
+  uint64_t generation;  // raised by every change of a table: what was looked up before is stale
+  uint64_t walkNumber;  // of the last walk through named formulas
+};
+
+// Tells everything that remembers a lookup that the tables have changed.
+inline void ContextChanged(EC ec) {
+  ec->generation++;
+}
+
+// A copy of a text in a block of WRENMemAlloc, or null when there is no memory.
+char *CopyText(const char *text);
+
+// Frees what an owned text field holds and stores a copy of `text` there. False when there is no
+// memory; then the field is null.
+bool ReplaceText(char **field, const char *text);
+
+#endif

@@ -1,0 +1,57 @@
+// Expression records: stored formulas, ranges and sets.
+#ifndef ORLI11_ENGINE_EXPRESSIONS_H
+#define ORLI11_ENGINE_EXPRESSIONS_H
+
+#include <cstdint>
+
+#include "engine/context.h"
+#include "orli11.h"
+
+struct ExprNode;
+struct Evaluation;
+
+// What a walk through named formulas knows of an expression that it has entered.
+enum class WalkState : uint8_t { Open, No, Yes };
+
+struct Expression {
+  ExprNode *tree;  // owned
+  char *name;      // owned
+  ExprContext *context;
+  uint16_t dataType;  // of the root at the time of the parse
+  char *text;         // owned, as the host gave it
+
+  NameEntry entry;  // in the context's expressionNames
+
+  // The walk through named formulas that came here last, and its way back.
+  uint64_t walkNumber;
+  Expression *walkCaller;
+  ExprNode *walkReturn;
+  WalkState walkState;
+
+  // The evaluation that is inside this expression, to end one that runs in a circle.
+  const Evaluation *evaluation;
+};
+
+// The name that a new expression of the class gets when it has none, in a buffer of the calling
+// thread that the next call overwrites; null when every number is taken.
+const char *GeneratedName(EC ec, ExpressionClass which);
+
+// Adds a record at the end of the table. 1, or 0 for a null context or when the table cannot grow,
+// with everything as it was; then the record still belongs to the caller.
+int32_t ExpressionTableAppend(EC ec, Expression *expression);
+
+// The data type of the first expression of that name, or -1.
+int32_t ExpressionDataType(EC ec, const char *name);
+
+// Frees a record that is in no table, with all it holds; null is accepted.
+void ExpressionFree(Expression *expression);
+
+// The number of NODE_FORMULA in stored trees that name a formula.
+uint32_t MentionCount(EC ec, const char *name);
+
+// Count the formulas that a tree refers to as mentioned, or no longer. MentionsAdd is false, with
+// nothing counted, when there is no memory.
+bool MentionsAdd(EC ec, const ExprNode *tree);
+void MentionsRemove(EC ec, const ExprNode *tree);
+
+#endif

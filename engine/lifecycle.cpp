@@ -1,0 +1,131 @@
+// What becomes of contexts and expressions: copy, clone, guarded delete and destroy.
+#include "analysis/usage.h"
+#include "engine/context.h"
+#include "engine/expressions.h"
+#include "engine/items.h"
+#include "language/tree.h"
+
+namespace {
+
+void FreeExpressions(EC ec) {
+  const uint32_t count = HandleArrayRows(ec->expressions);
+  for (uint32_t i = 0; i < count; i++) {
+    Expression *expression = static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i));
+    if (expression != nullptr) {
+      MentionsRemove(ec, expression->tree);
+      ExpressionFree(expression);
+    }
+  }
+  if (ec->expressions != nullptr) {
+    HandleArrayFree(ec->expressions);
+  }
+  NameIndexFree(ec->expressionNames);
+  NameIndexFree(ec->mentions);
+}
+
+void FreeTexts(EC ec) {
+  for (int32_t i = 0; i < 3; i++) {
+    WRENMemFree(ec->pictures[i]);
+    WRENMemFree(ec->dateConvert[i]);
+  }
+  for (OperatorSlots &slots : ec->operators) {
+    for (char *name : slots.names) {
+      WRENMemFree(name);
+    }
+  }
+}
+
+void CopyDateSettings(EC copy, EC ec) {
+  if (ec->dateConvert[0] != nullptr || ec->dateConvert[1] != nullptr ||
+      ec->dateConvert[2] != nullptr) {
+    ORLSetDateConvert(copy, ec->dateConvert[0], ec->dateConvert[1], ec->dateConvert[2],
+                      ec->dateConvertFlags);
+  }
+  if (ec->pictures[0] != nullptr) {
+    ORLSetDatePicture(copy, ec->pictures[0], ec->pictures[1], ec->pictures[2]);
+  }
+}
+
+void CopyItems(EC copy, const ItemTable &table) {
+  const uint32_t count = HandleArrayRows(table.rows);
+  for (uint32_t i = 0; i < count; i++) {
+    const ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(table.rows, i));
+    if (item != nullptr) {
+      ORLAddExpressionItem(copy, item);
+    }
+  }
+}
+
+void CopyExpressions(EC copy, EC ec) {
+  const uint32_t count = HandleArrayRows(ec->expressions);
+  for (uint32_t i = 0; i < count; i++) {
+    const Expression *expression =
+        static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i));
+    if (expression != nullptr && expression->text != nullptr) {
+      uint16_t dataType = 0;
+      ORLParseString(copy, expression->text, expression->name == nullptr ? "" : expression->name,
+                     nullptr, &dataType);
+    }
+  }
+}
+
+}  // namespace
+
+int32_t ORLDestroyEC(EC ec) {
+  if (ec != nullptr) {
+    FreeExpressions(ec);
+    ItemTableFree(&ec->inputs);
+    ItemTableFree(&ec->functions);
+    ItemTableFree(&ec->keywords);
+    FreeTexts(ec);
+    WRENMemFree(ec);
+  }
+  return 1;
+}
+
+EC ORLCopyEC(EC ec) {
+  EC copy =
+      ec == nullptr ? nullptr : ORLCreateEC(ec->owner, ec->lookupProc, ec->renameProc, ec->flags);
+  if (copy == nullptr) {
+    return nullptr;
+  }
+  copy->userLong = ec->userLong;
+  copy->delPermissionProc = ec->delPermissionProc;
+  copy->listValuesProc = ec->listValuesProc;
+  CopyDateSettings(copy, ec);
+  CopyItems(copy, ec->functions);
+  CopyItems(copy, ec->inputs);
+  CopyItems(copy, ec->keywords);
+  CopyExpressions(copy, ec);
+  return copy;
+}
+
+HEXP ORLCloneExpression(EC ec, HEXP exp, const char *newName, uint16_t *dataType) {
+  if (ec == nullptr || exp == nullptr || exp->text == nullptr || dataType == nullptr) {
+    return nullptr;
+  }
+  const bool usable =
+      newName != nullptr && newName[0] != '\0' && ORLIsExpNameUnique(ec, nullptr, newName) != 0;
+  return ORLParseString(ec, exp->text, usable ? newName : nullptr, nullptr, dataType);
+}
+
+int32_t ORLDestroyEXP(EC ec, HEXP exp) {
+  if (exp == nullptr) {
+    return 1;
+  }
+  const int32_t ordinal = ORLGetExpressionOrdinal(ec, exp);
+  if (ordinal < 0 || ORLIsNamedFormulaUsed(ec, exp->name) != 0) {
+    return 0;
+  }
+  if (HandleArrayRows(ec->expressions) > 1) {
+    ec->expressions = HandleArrayRemove(ec->expressions, ordinal);
+  } else {
+    HandleArrayFree(ec->expressions);
+    ec->expressions = nullptr;
+  }
+  NameIndexRemove(ec->expressionNames, exp->entry);
+  MentionsRemove(ec, exp->tree);
+  ContextChanged(ec);
+  ExpressionFree(exp);
+  return 1;
+}

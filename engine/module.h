@@ -1,0 +1,36 @@
+// The module: its handle, the texts it keeps at hand and the default context.
+#ifndef ORLI11_ENGINE_MODULE_H
+#define ORLI11_ENGINE_MODULE_H
+
+#include <cstdint>
+
+#include "engine/context.h"
+
+// Not null once the load work is done.
+extern void *moduleHandle;
+
+// The context of ORLValidName without one; null when it could not be made.
+extern EC defaultContext;
+
+// Data type labels of the signature display.
+enum TypeLabel : int32_t {
+  kLabelNumber,
+  kLabelDate,
+  kLabelString,
+  kLabelAny,
+  kLabelKeyword,
+  kLabelCount
+};
+
+// The texts that the module loads once.
+struct ModuleTexts {
+  char baseNames[kClassCount][128];  // of generated names
+  char editorTitles[kClassCount][128];
+  char typeLabels[kLabelCount][40];
+};
+extern ModuleTexts moduleTexts;
+
+// The module entry. Only the first call with `reason` 1 does any work. Always 1.
+int32_t ModuleEntry(void *instance, uint32_t reason, void *reserved);
+
+#endif

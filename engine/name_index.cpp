@@ -1,0 +1,248 @@
+#include "engine/name_index.h"
+
+#include <sys/random.h>
+
+#include <cstring>
+
+#include "platform/text.h"
+#include "wreni11.h"
+
+namespace {
+
+constexpr uint64_t kFirstBuckets = 16;
+// Item names have at most 64 bytes; a longer text is in no index that ignores case.
+constexpr size_t kFoldedSize = 65;
+
+// Names come from strangers, so the hash is keyed anew in each process: nobody can prepare names
+// that all fall into one bucket.
+struct HashKey {
+  uint64_t multiplier, start;
+};
+
+HashKey hashKey = {0x9E3779B97F4A7C15ULL, 0xD1B54A32D192ED03ULL};
+
+uint64_t MixHash(uint64_t hash, uint64_t word) {
+  __extension__ typedef unsigned __int128 Wide;
+  const Wide product = static_cast<Wide>(hash ^ word) * hashKey.multiplier;
+  return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
+}
+
+uint64_t HashBytes(const char *text, size_t size) {
+  uint64_t hash = MixHash(hashKey.start, size);
+  while (size > 0) {
+    const size_t step = size < sizeof(uint64_t) ? size : sizeof(uint64_t);
+    uint64_t word = 0;
+    std::memcpy(&word, text, step);
+    hash = MixHash(hash + step, word);
+    text += step;
+    size -= step;
+  }
+  return hash;
+}
+
+// Capitals first, then small letters: brings together what either mapping alone would keep apart.
+bool FoldName(const char *name, char (&folded)[kFoldedSize]) {
+  const size_t size = std::strlen(name);
+  if (size >= kFoldedSize) {
+    return false;
+  }
+  std::memcpy(folded, name, size + 1);
+  WRENStrUpper(folded);
+  WRENStrLower(folded);
+  return true;
+}
+
+uint64_t HashName(const NameIndex &index, const char *name) {
+  char folded[kFoldedSize];
+  if (index.ignoreCase && FoldName(name, folded)) {
+    name = folded;
+  }
+  return HashBytes(name, std::strlen(name));
+}
+
+bool SameName(const NameIndex &index, const char *left, const char *right) {
+  return index.ignoreCase ? lstrcmpiA(left, right) == 0 : std::strcmp(left, right) == 0;
+}
+
+NameEntry **BucketOf(NameIndex &index, uint64_t hash) {
+  return index.buckets == nullptr ? &index.single : &index.buckets[hash & (index.bucketCount - 1)];
+}
+
+NameEntry *FindName(NameIndex &index, const char *name, uint64_t hash) {
+  NameEntry *entry = *BucketOf(index, hash);
+  while (entry != nullptr && (entry->hash != hash || !SameName(index, entry->name, name))) {
+    entry = entry->next;
+  }
+  return entry;
+}
+
+// Puts the entry where `old` hangs in its bucket; null takes `old` out.
+void ReplaceInBucket(NameIndex &index, NameEntry *old, NameEntry *entry) {
+  NameEntry **link = BucketOf(index, old->hash);
+  while (*link != old) {
+    link = &(*link)->next;
+  }
+  if (entry == nullptr) {
+    *link = old->next;
+  } else {
+    entry->next = old->next;
+    *link = entry;
+  }
+}
+
+void Insert(NameIndex &index, NameEntry &entry) {
+  entry.next = entry.nextSame = entry.prevSame = nullptr;
+  entry.lastSame = &entry;
+  NameEntry *first = FindName(index, entry.name, entry.hash);
+  if (first == nullptr) {
+    NameEntry **bucket = BucketOf(index, entry.hash);
+    entry.next = *bucket;
+    *bucket = &entry;
+    return;
+  }
+  NameEntry *before = first->lastSame;  // a new row nearly always goes to an end
+  if (entry.order < first->order) {
+    entry.nextSame = first;
+    entry.lastSame = first->lastSame;
+    first->prevSame = &entry;
+    ReplaceInBucket(index, first, &entry);
+    return;
+  }
+  while (before->order > entry.order) {
+    before = before->prevSame;
+  }
+  entry.prevSame = before;
+  entry.nextSame = before->nextSame;
+  if (entry.nextSame == nullptr) {
+    first->lastSame = &entry;
+  } else {
+    entry.nextSame->prevSame = &entry;
+  }
+  before->nextSame = &entry;
+}
+
+void TakeOut(NameIndex &index, NameEntry &entry) {
+  if (entry.prevSame == nullptr) {
+    NameEntry *heir = entry.nextSame;
+    if (heir != nullptr) {
+      heir->prevSame = nullptr;
+      heir->lastSame = entry.lastSame;
+    }
+    ReplaceInBucket(index, &entry, heir);
+    return;
+  }
+  entry.prevSame->nextSame = entry.nextSame;
+  if (entry.nextSame != nullptr) {
+    entry.nextSame->prevSame = entry.prevSame;
+    return;
+  }
+  FindName(index, entry.name, entry.hash)->lastSame = entry.prevSame;
+}
+
+// Chains all entries through `next` and leaves the buckets empty.
+NameEntry *TakeAll(NameIndex &index) {
+  NameEntry *all = nullptr;
+  const uint64_t count = index.buckets == nullptr ? 1 : index.bucketCount;
+  NameEntry **buckets = index.buckets == nullptr ? &index.single : index.buckets;
+  for (uint64_t i = 0; i < count; i++) {
+    NameEntry *first = buckets[i];
+    buckets[i] = nullptr;
+    while (first != nullptr) {
+      NameEntry *nextName = first->next;
+      for (NameEntry *entry = first; entry != nullptr; entry = entry->nextSame) {
+        entry->next = all;
+        all = entry;
+      }
+      first = nextName;
+    }
+  }
+  return all;
+}
+
+void PutAll(NameIndex &index, NameEntry *all, bool hashAgain) {
+  while (all != nullptr) {
+    NameEntry *next = all->next;
+    if (hashAgain) {
+      all->hash = HashName(index, all->name);
+    }
+    Insert(index, *all);
+    all = next;
+  }
+}
+
+void Grow(NameIndex &index) {
+  if (index.entryCount < index.bucketCount) {
+    return;
+  }
+  const uint64_t count = index.bucketCount == 0 ? kFirstBuckets : index.bucketCount * 2;
+  NameEntry **buckets =
+      static_cast<NameEntry **>(WRENMemAlloc(static_cast<uint32_t>(count * sizeof(NameEntry *))));
+  if (buckets == nullptr) {
+    return;  // longer chains, the same answers
+  }
+  NameEntry *all = TakeAll(index);
+  WRENMemFree(index.buckets);
+  index.buckets = buckets;
+  index.bucketCount = count;
+  PutAll(index, all, false);
+}
+
+// Case follows the code page: after a change of it the names are hashed again.
+void FollowCodePage(NameIndex &index) {
+  if (!index.ignoreCase) {
+    return;
+  }
+  const int32_t codePage = ActiveCodePage();
+  if (codePage != index.codePage) {
+    index.codePage = codePage;
+    PutAll(index, TakeAll(index), true);
+  }
+}
+
+}  // namespace
+
+void NameIndexSeed() {
+  HashKey random = {0, 0};
+  if (getrandom(&random, sizeof random, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof random)) {
+    hashKey = random;
+    hashKey.multiplier |= 1;
+  }
+}
+
+void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name, void *row) {
+  FollowCodePage(index);
+  Grow(index);
+  entry.name = name;
+  entry.row = row;
+  entry.hash = HashName(index, name);
+  entry.order = ++index.lastOrder;
+  Insert(index, entry);
+  index.entryCount++;
+}
+
+void NameIndexRemove(NameIndex &index, NameEntry &entry) {
+  FollowCodePage(index);
+  TakeOut(index, entry);
+  index.entryCount--;
+}
+
+void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name) {
+  FollowCodePage(index);
+  TakeOut(index, entry);
+  entry.name = name;
+  entry.hash = HashName(index, name);
+  Insert(index, entry);
+}
+
+NameEntry *NameIndexFirst(NameIndex &index, const char *name) {
+  if (index.entryCount == 0 || name == nullptr) {
+    return nullptr;
+  }
+  FollowCodePage(index);
+  return FindName(index, name, HashName(index, name));
+}
+
+void NameIndexFree(NameIndex &index) {
+  WRENMemFree(index.buckets);
+  index = NameIndex{};
+}

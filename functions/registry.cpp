@@ -1,0 +1,91 @@
+#include "functions/registry.h"
+
+#include <atomic>
+#include <charconv>
+#include <cstring>
+
+#include "engine/items.h"
+#include "engine/module.h"
+#include "platform/strings.h"
+
+namespace {
+
+constexpr int32_t kRowTextSize = 129;
+constexpr int16_t kMostParameters = 7;
+// Every full name begins with the same three letters, which the display name leaves out.
+constexpr size_t kPrefixLength = 3;
+
+// Raised by the host when the settings of the system have changed.
+std::atomic<int32_t> systemSettingsChanged{1};
+
+struct WorkingRow {
+  ExprItem item;
+  ParamRecord parameters[kMostParameters];
+};
+static_assert(sizeof(WorkingRow) == sizeof(ExprItem) + kMostParameters * sizeof(ParamRecord));
+
+struct WorkingTexts {
+  char row[kRowTextSize];
+  char fullName[kRowTextSize];
+};
+
+// Cuts the next comma-separated field off `*at`; empty at the end.
+const char *NextField(char **at) {
+  char *field = *at;
+  char *comma = std::strchr(field, ',');
+  if (comma == nullptr) {
+    *at = field + std::strlen(field);
+  } else {
+    *comma = '\0';
+    *at = comma + 1;
+  }
+  return field;
+}
+
+int16_t NextNumber(char **at) {
+  const char *field = NextField(at);
+  int16_t number = 0;
+  std::from_chars(field, field + std::strlen(field), number);
+  return number;
+}
+
+// Fills the working row from its text: full name, result type, parameter count, parameter types.
+void FillRow(WorkingRow *row, WorkingTexts *texts) {
+  char *at = texts->row;
+  std::strcpy(texts->fullName, NextField(&at));
+  const size_t length = std::strlen(texts->fullName);
+  const char *display = texts->fullName + (length < kPrefixLength ? length : kPrefixLength);
+  std::memset(row->item.name, 0, sizeof row->item.name);
+  std::strncpy(row->item.name, display, sizeof row->item.name - 1);
+  row->item.routineName = texts->fullName;
+  row->item.routine = RoutineByName(texts->fullName);
+  row->item.dataType = NextNumber(&at);
+  const int16_t count = NextNumber(&at);
+  row->item.paramCount = count < kMostParameters ? count : kMostParameters;
+  for (int16_t i = 0; i < row->item.paramCount; i++) {
+    row->parameters[i].dataType = static_cast<uint16_t>(NextNumber(&at));
+  }
+}
+
+}  // namespace
+
+int32_t FUNDefineFunctions(EC ec) {
+  WorkingRow *row = static_cast<WorkingRow *>(WRENMemAlloc(sizeof(WorkingRow)));
+  WorkingTexts *texts = static_cast<WorkingTexts *>(WRENMemAlloc(sizeof(WorkingTexts)));
+  bool ok = row != nullptr && texts != nullptr;
+  for (uint32_t id = kFirstFunctionRow; ok && id <= kLastFunctionRow; id++) {
+    if (LoadStringA(moduleHandle, id, texts->row, kRowTextSize) == 0) {
+      continue;
+    }
+    row->item.kind = ORL_FUNCTION;
+    FillRow(row, texts);
+    ok = ORLAddExpressionItem(ec, &row->item) != 0;
+  }
+  WRENMemFree(texts);
+  WRENMemFree(row);
+  return ok ? 1 : 0;
+}
+
+void FUNWinIniChange(void) {
+  systemSettingsChanged.store(1, std::memory_order_relaxed);
+}
