@@ -42,9 +42,9 @@ struct ParseState {
 
   // Scanner input.
   const char *textStart;
-  const char *cursor;   // the next byte to read
-  bool blankGiven;      // the one blank behind the text has been delivered
-  bool nameCheckMode;   // ORLValidName is running
+  const char *cursor;  // the next byte to read
+  bool blankGiven;     // the one blank behind the text has been delivered
+  bool nameCheckMode;  // ORLValidName is running
 
   // Scanner buffer: the current token and what was read ahead of it.
   int32_t bufferEnd;    // bytes held
@@ -53,7 +53,7 @@ struct ParseState {
 
   // The token handed to the parser.
   int32_t tokenOffset, tokenSpan;
-  void *tokenValue;     // a block that the receiver owns, or null
+  void *tokenValue;  // a block that the receiver owns, or null
 
   // Words that are pending until a node takes them.
   uint16_t dateUnit;

@@ -12,20 +12,20 @@
 
 // A node's kind is the token or character that it grew from.
 enum NodeKind : int32_t {
-  NODE_NUMBER = 0,    // left: NumberValue block
-  NODE_MOD = 37,      // operators: left and right operand, detail: date unit
+  NODE_NUMBER = 0,  // left: NumberValue block
+  NODE_MOD = 37,    // operators: left and right operand, detail: date unit
   NODE_MUL = 42,
   NODE_ADD = 43,
   NODE_SUB = 45,
   NODE_DIV = 47,
   NODE_CONCAT = 124,
-  NODE_ITEM = 258,    // left: name text
-  NODE_CALL = 259,    // left: function name, right: argument list or null, detail: call form
-  NODE_FORMULA = 261, // left: name of a formula
-  NODE_STRING = 262,  // left: text between the quotes, detail: bit 0 when it holds an escape
-  NODE_DATE = 263,    // left: date text as written
-  NODE_SET = 270,     // right: list of members
-  NODE_RANGE = 271    // left and right: bounds
+  NODE_ITEM = 258,     // left: name text
+  NODE_CALL = 259,     // left: function name, right: argument list or null, detail: call form
+  NODE_FORMULA = 261,  // left: name of a formula
+  NODE_STRING = 262,   // left: text between the quotes, detail: bit 0 when it holds an escape
+  NODE_DATE = 263,     // left: date text as written
+  NODE_SET = 270,      // right: list of members
+  NODE_RANGE = 271     // left and right: bounds
 };
 
 // Call forms, in `detail` of a call.
@@ -38,13 +38,13 @@ struct ExprNode {
   int32_t kind;
   int16_t dataType;
   uint16_t detail;
-  int32_t offset;       // span in the text; of an operator that of the token scanned last
+  int32_t offset;  // span in the text; of an operator that of the token scanned last
   int32_t length;
   int32_t closeOffset;  // calls: the closing parenthesis, else 0
   uint32_t slot;        // place among the parent's children
   void *left;
   void *right;
-  ExprNode *parent;     // null at the root
+  ExprNode *parent;  // null at the root
   void *bound;
   uint64_t boundAt;
 };
@@ -54,14 +54,26 @@ inline bool IsOperator(int32_t kind) {
          kind == NODE_MOD || kind == NODE_CONCAT;
 }
 // Nodes with two operands, in `left` and `right`.
-inline bool HasOperands(int32_t kind) { return IsOperator(kind) || kind == NODE_RANGE; }
+inline bool HasOperands(int32_t kind) {
+  return IsOperator(kind) || kind == NODE_RANGE;
+}
 // Nodes with a list, in `right`, which may be null.
-inline bool HasList(int32_t kind) { return kind == NODE_CALL || kind == NODE_SET; }
+inline bool HasList(int32_t kind) {
+  return kind == NODE_CALL || kind == NODE_SET;
+}
 
-inline ExprNode *LeftOperand(const ExprNode *node) { return static_cast<ExprNode *>(node->left); }
-inline ExprNode *RightOperand(const ExprNode *node) { return static_cast<ExprNode *>(node->right); }
-inline const char *NodeText(const ExprNode *node) { return static_cast<const char *>(node->left); }
-inline HandleArray NodeList(const ExprNode *node) { return static_cast<HandleArray>(node->right); }
+inline ExprNode *LeftOperand(const ExprNode *node) {
+  return static_cast<ExprNode *>(node->left);
+}
+inline ExprNode *RightOperand(const ExprNode *node) {
+  return static_cast<ExprNode *>(node->right);
+}
+inline const char *NodeText(const ExprNode *node) {
+  return static_cast<const char *>(node->left);
+}
+inline HandleArray NodeList(const ExprNode *node) {
+  return static_cast<HandleArray>(node->right);
+}
 
 struct ParseState;
 
@@ -74,6 +86,10 @@ ExprNode *ExprNodeBuild(ParseState &state, int32_t kind, void *left, void *right
 
 // A range of two expressions, or null with the error in state.error.
 ExprNode *ExprNodeRange(ParseState &state, ExprNode *left, ExprNode *right);
+
+// A set of the listed members; of no type when they do not fit together, with the error in
+// state.error. Null only when there is no memory.
+ExprNode *ExprNodeSet(ParseState &state, HandleArray list);
 
 // Appends a node to a list, or to a new one for null. The list to go on with, or null when there is
 // no memory, with the old list as it was.

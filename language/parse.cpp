@@ -1,0 +1,217 @@
+// The parse entries: texts to stored expressions, and the test of names.
+#include <cstring>
+
+#include "analysis/usage.h"
+#include "engine/context.h"
+#include "engine/expressions.h"
+#include "engine/module.h"
+#include "language/parse_state.h"
+#include "language/parser.h"
+#include "language/scanner.h"
+
+namespace {
+
+enum class NameVerdict : uint8_t { Valid, Invalid, NoMemory };
+
+// A name is one token that reads as a name and holds no blanks at its ends.
+NameVerdict CheckName(EC ec, const char *name) {
+  ParseState &state = CurrentParseState();
+  ResetParseState(state, ec, name, true);
+  if (RunParser(state) != 0) {
+    return state.error.id == ORL_ERR_MEMORY ? NameVerdict::NoMemory : NameVerdict::Invalid;
+  }
+  const bool isName = state.root->kind == NODE_ITEM;
+  ExprNodeFree(state.root);
+  state.root = nullptr;
+  if (!isName) {
+    return NameVerdict::Invalid;
+  }
+  char *folded = CopyText(name);
+  if (folded == nullptr) {
+    return NameVerdict::NoMemory;
+  }
+  WRENStrFold(folded);
+  const bool same = WRENStrEqualNoCase(folded, name) != 0;
+  WRENMemFree(folded);
+  return same ? NameVerdict::Valid : NameVerdict::Invalid;
+}
+
+ExpressionClass ClassOf(const ExprNode *root) {
+  return root->kind == NODE_SET     ? kClassSet
+         : root->kind == NODE_RANGE ? kClassRange
+                                    : kClassFormula;
+}
+
+uint16_t StoredType(const ExprNode *root) {
+  const uint16_t type = static_cast<uint16_t>(root->dataType);
+  return type == NODE_STRING  ? uint16_t{ORL_TYPE_STRING}
+         : type == TOK_NUMBER ? uint16_t{ORL_TYPE_NUMBER}
+                              : type;
+}
+
+// The tree of a text, or null with the error set. A date-shaped text that read on as something else
+// and then failed counts as a bad date.
+ExprNode *ParseText(ParseState &state, EC ec, const char *text) {
+  ResetParseState(state, ec, text, false);
+  if (std::strlen(text) >= INT32_MAX) {
+    SetError(state, ORL_ERR_MAXTOKEN, 0, 0);
+    return nullptr;
+  }
+  if (RunParser(state) == 0 && state.root != nullptr) {
+    ExprNode *tree = state.root;
+    state.root = nullptr;
+    return tree;
+  }
+  if (state.badDateSeen) {
+    SetError(state, ORL_ERR_INVALIDDATE, state.badDateOffset, state.badDateLength);
+  }
+  return nullptr;
+}
+
+// Gives the record its name and text and checks what goes beyond the text itself. False with the
+// error set.
+bool CompleteExpression(ParseState &state, EC ec, Expression *expression, const char *text,
+                        const char *name) {
+  if (name == nullptr || name[0] == '\0') {
+    name = GeneratedName(ec, ClassOf(expression->tree));
+  }
+  expression->text = CopyText(text);
+  expression->name = name == nullptr ? nullptr : CopyText(name);
+  if (expression->text == nullptr || expression->name == nullptr) {
+    SetError(state, ORL_ERR_MEMORY, 0, 0);
+    return false;
+  }
+  const NameVerdict verdict = CheckName(ec, expression->name);
+  if (verdict != NameVerdict::Valid) {
+    if (verdict == NameVerdict::NoMemory) {
+      SetError(state, ORL_ERR_MEMORY, 0, 0);
+    } else {
+      SetError(state, ORL_ERR_NAME, 0, WRENStrLen(text));
+    }
+    return false;
+  }
+  const ExprNode *recursive = FormulaRefersTo(ec, expression->name, expression->tree);
+  if (recursive != nullptr) {
+    SetError(state, ORL_ERR_RECURSIVE, recursive->offset, recursive->length);
+    return false;
+  }
+  return true;
+}
+
+// A new expression that is in no table yet, or null with the error in `error`, if given.
+Expression *ExpressionFromText(EC ec, const char *text, const char *name, FormulaError *error,
+                               uint16_t *dataType) {
+  ParseState &state = CurrentParseState();
+  Expression *expression = static_cast<Expression *>(WRENMemAlloc(sizeof(Expression)));
+  bool ok = false;
+  if (expression == nullptr) {
+    SetError(state, ORL_ERR_MEMORY, 0, 0);
+  } else {
+    expression->context = ec;
+    expression->tree = ParseText(state, ec, text);
+    if (expression->tree != nullptr) {
+      expression->dataType = *dataType = StoredType(expression->tree);
+      ok = CompleteExpression(state, ec, expression, text, name);
+    }
+  }
+  if (ok) {
+    return expression;
+  }
+  ExpressionFree(expression);
+  if (error != nullptr) {
+    *error = state.error;
+  }
+  return nullptr;
+}
+
+// Ends a parse entry after its text was good: the new record goes, the error is told.
+HEXP Refuse(Expression *expression, int32_t id, int32_t length, FormulaError *error) {
+  ExpressionFree(expression);
+  FormulaError &target = error == nullptr ? CurrentParseState().error : *error;
+  target = FormulaError{id, 0, length};
+  return nullptr;
+}
+
+// Moves the content of the new record, which is freed, into a stored one. False when there is no
+// memory to count the references; then nothing has changed.
+bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
+  if (!MentionsAdd(ec, fresh->tree)) {
+    return false;
+  }
+  if (ec->renameProc != nullptr && std::strcmp(exp->name, fresh->name) != 0) {
+    ec->renameProc(ec, exp->name, fresh->name);
+  }
+  MentionsRemove(ec, exp->tree);
+  NameIndexRename(ec->expressionNames, exp->entry, fresh->name);
+  ExprNodeFree(exp->tree);
+  WRENMemFree(exp->text);
+  WRENMemFree(exp->name);
+  exp->tree = fresh->tree;
+  exp->text = fresh->text;
+  exp->name = fresh->name;
+  exp->dataType = fresh->dataType;
+  WRENMemFree(fresh);
+  ContextChanged(ec);
+  return true;
+}
+
+}  // namespace
+
+int32_t ORLValidName(EC ec, const char *name, FormulaError *error) {
+  if (name == nullptr) {
+    name = "";
+  }
+  if (ec == nullptr) {
+    ec = defaultContext;
+  }
+  const bool valid = ec != nullptr && CheckName(ec, name) == NameVerdict::Valid;
+  if (error != nullptr) {
+    *error = FormulaError{ORL_ERR_INPUT, 0, WRENStrLen(name)};
+  }
+  return valid ? 1 : 0;
+}
+
+HEXP ORLParseString(EC ec, const char *text, const char *name, FormulaError *error,
+                    uint16_t *dataType) {
+  if (ec == nullptr || dataType == nullptr) {
+    return nullptr;
+  }
+  Expression *fresh = ExpressionFromText(ec, text == nullptr ? "" : text, name, error, dataType);
+  if (fresh == nullptr || ExpressionTableAppend(ec, fresh) != 0) {
+    return fresh;
+  }
+  return Refuse(fresh, ORL_ERR_MEMORY, 0, error);
+}
+
+HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name, FormulaError *error,
+                     uint16_t *dataType) {
+  if (ec == nullptr || dataType == nullptr) {
+    return nullptr;
+  }
+  Expression *fresh = ExpressionFromText(ec, text == nullptr ? "" : text, name, error, dataType);
+  if (fresh == nullptr) {
+    return nullptr;
+  }
+  const int32_t length = WRENStrLen(text);
+  if (ORLIsExpNameUnique(ec, exp, fresh->name) == 0) {
+    return Refuse(fresh, ORL_ERR_DUPNAME, length, error);
+  }
+  if (exp == nullptr) {
+    return ExpressionTableAppend(ec, fresh) != 0 ? fresh
+                                                 : Refuse(fresh, ORL_ERR_MEMORY, length, error);
+  }
+  if (ORLIsNamedFormulaUsed(ec, fresh->name) != 0 && exp->dataType != fresh->dataType) {
+    return Refuse(fresh, ORL_ERR_EXPDATATYPE, length, error);
+  }
+  return ReplaceContent(ec, exp, fresh) ? exp : Refuse(fresh, ORL_ERR_MEMORY, 0, error);
+}
+
+int32_t ORLInputNameIsKeyword(char *target, const char *source) {
+  const bool isWord = DateUnitOfWord(source) != 0;
+  const size_t length = std::strlen(source);
+  std::memmove(target + (isWord ? 1 : 0), source, length + 1);
+  if (isWord) {
+    target[0] = '_';
+  }
+  return isWord ? 1 : 0;
+}
