@@ -1,0 +1,201 @@
+#include "analysis/usage.h"
+
+#include "engine/items.h"
+#include "platform/text.h"
+
+namespace {
+
+void Enter(const UsageWalk &walk, Expression *expression, Expression *caller, ExprNode *from) {
+  expression->walkNumber = walk.number;
+  expression->walkState = WalkState::Open;
+  expression->walkCaller = caller;
+  expression->walkReturn = from;
+}
+
+// A match inside an expression is a match of all that led there.
+bool AnswerYes(Expression *expression) {
+  for (; expression != nullptr; expression = expression->walkCaller) {
+    expression->walkState = WalkState::Yes;
+  }
+  return true;
+}
+
+// Visits each node below `root` and of the formulas that it refers to, in written order, until
+// `match` is true for one. `self` is the expression whose tree it is, or null for a tree that is
+// not stored. The way back stands in the expressions, so any depth needs no memory.
+template <class Match>
+bool Walk(UsageWalk &walk, ExprNode *root, Expression *self, Match match) {
+  Expression *current = self;
+  ExprNode *tree = root;
+  ExprNode *node = root;
+  if (self != nullptr) {
+    Enter(walk, self, nullptr, nullptr);
+  }
+  for (;;) {
+    while (node != nullptr) {
+      if (current == self) {
+        walk.topNode = node;
+      }
+      if (match(node)) {
+        return AnswerYes(current);
+      }
+      Expression *target = node->kind == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
+      if (target != nullptr && target->walkNumber != walk.number) {
+        Enter(walk, target, current, node);
+        current = target;
+        node = tree = target->tree;
+        continue;
+      }
+      if (target != nullptr && target->walkState == WalkState::Yes) {
+        return AnswerYes(current);
+      }
+      if (target != nullptr && target->walkState == WalkState::Open) {
+        walk.circular = true;
+      }
+      node = ExprNodeNext(tree, node);
+    }
+    if (current != nullptr) {
+      current->walkState = WalkState::No;
+    }
+    if (current == self) {
+      return false;
+    }
+    const ExprNode *from = current->walkReturn;
+    current = current->walkCaller;
+    tree = current == nullptr ? root : current->tree;
+    node = ExprNodeNext(tree, from);
+  }
+}
+
+// A new number makes every answer of an earlier walk void.
+void Renew(UsageWalk &walk) {
+  walk.number = ++walk.ec->walkNumber;
+  walk.generation = walk.ec->generation;
+  walk.circular = false;
+}
+
+template <class Match>
+int32_t Ask(EC ec, HEXP exp, Match match) {
+  if (ec == nullptr || exp == nullptr) {
+    return 0;
+  }
+  UsageWalk walk = UsageWalkBegin(ec);
+  return Walk(walk, exp->tree, exp, match) ? 1 : 0;
+}
+
+bool NodeUsesItem(const ExprNode *node, int32_t kind, const char *name) {
+  switch (node->kind) {
+    case NODE_ITEM:
+      return kind == ORL_INPUT && SameText(NodeText(node), name);
+    case NODE_CALL:
+      return kind == ORL_FUNCTION && SameText(NodeText(node), name);
+    case NODE_FORMULA:
+      return kind == ORL_FORMULA && SameText(NodeText(node), name);
+    default:
+      return false;
+  }
+}
+
+bool IsCallWithItem(const ExprNode *node, const char *functionName, const char *itemName) {
+  if (node->kind != NODE_CALL || !SameText(NodeText(node), functionName)) {
+    return false;
+  }
+  const uint32_t count = ExprListCount(NodeList(node));
+  for (uint32_t i = 0; i < count; i++) {
+    const ExprNode *argument = ExprListAt(NodeList(node), i);
+    if (argument->kind == NODE_ITEM && SameText(NodeText(argument), itemName)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+UsageWalk UsageWalkBegin(EC ec) {
+  UsageWalk walk = {ec, 0, 0, false, nullptr};
+  Renew(walk);
+  return walk;
+}
+
+Expression *BoundFormula(EC ec, ExprNode *node) {
+  if (node->boundAt != ec->generation) {
+    node->bound = ORLHEXPFromName(ec, NodeText(node));
+    node->boundAt = ec->generation;
+  }
+  return static_cast<Expression *>(node->bound);
+}
+
+bool ItemUsedBy(UsageWalk &walk, HEXP exp, int32_t kind, const char *name) {
+  if (walk.circular || walk.generation != walk.ec->generation) {
+    Renew(walk);
+  }
+  if (exp->walkNumber == walk.number) {
+    return exp->walkState == WalkState::Yes;
+  }
+  return Walk(walk, exp->tree, exp,
+              [=](const ExprNode *node) { return NodeUsesItem(node, kind, name); });
+}
+
+const ExprNode *FormulaRefersTo(EC ec, const char *name, ExprNode *tree) {
+  auto refers = [=](const ExprNode *node) { return NodeUsesItem(node, ORL_FORMULA, name); };
+  if (MentionCount(ec, name) == 0) {
+    // No stored formula names it, so only this tree itself can.
+    for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
+      if (refers(node)) {
+        return node;
+      }
+    }
+    return nullptr;
+  }
+  UsageWalk walk = UsageWalkBegin(ec);
+  return Walk(walk, tree, nullptr, refers) ? walk.topNode : nullptr;
+}
+
+int32_t ORLIsItemUsed(EC ec, HEXP exp, int32_t kind, const char *name) {
+  if (name == nullptr) {
+    return 0;
+  }
+  return Ask(ec, exp, [=](const ExprNode *node) { return NodeUsesItem(node, kind, name); });
+}
+
+int32_t ORLIsNamedFormulaUsed(EC ec, const char *name) {
+  // A formula is used by some expression exactly when some stored tree names it.
+  return ec != nullptr && name != nullptr && MentionCount(ec, name) > 0 ? 1 : 0;
+}
+
+int32_t ORLIsItemUsedInComplex(EC ec, const char *name) {
+  if (ec == nullptr || name == nullptr) {
+    return 0;
+  }
+  // One walk for all: what it has passed without a match holds none for the next expression either.
+  UsageWalk walk = UsageWalkBegin(ec);
+  const uint32_t count = HandleArrayRows(ec->expressions);
+  for (uint32_t i = 0; i < count; i++) {
+    HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i));
+    if (ORLIsExpressionSimple(ec, exp) == 0 && ORLIsExpressionSimpleInput(ec, exp) == 0 &&
+        ItemUsedBy(walk, exp, ORL_INPUT, name)) {
+      return 1;
+    }
+  }
+  return 0;
+}
+
+int32_t ORLIsFunctionVariableUsed(EC ec, HEXP exp, const char *functionName, const char *itemName) {
+  if (functionName == nullptr || itemName == nullptr) {
+    return 0;
+  }
+  return Ask(ec, exp,
+             [=](const ExprNode *node) { return IsCallWithItem(node, functionName, itemName); });
+}
+
+int32_t ORLIsItemAggregate(EC ec, int32_t kind, const char *name) {
+  const ItemTable *table = ec == nullptr ? nullptr : ItemTableOf(ec, kind);
+  return table == nullptr ? 0 : ItemHasAggregateParam(table, name);
+}
+
+int32_t ORLIsAggregateUsed(EC ec, HEXP exp) {
+  return Ask(ec, exp, [=](const ExprNode *node) {
+    return node->kind == NODE_CALL && ItemHasAggregateParam(&ec->functions, NodeText(node)) != 0;
+  });
+}

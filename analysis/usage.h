@@ -1,0 +1,32 @@
+// Usage queries: what an expression uses, through the formulas that it refers to.
+#ifndef ORLI11_ANALYSIS_USAGE_H
+#define ORLI11_ANALYSIS_USAGE_H
+
+#include <cstdint>
+
+#include "engine/expressions.h"
+#include "language/tree.h"
+
+// A walk enters each formula once. Answers stand in the expressions and hold for further questions
+// of the same kind while the tables of the context stay as they are.
+struct UsageWalk {
+  EC ec;
+  uint64_t generation;  // of the context when the walk began
+  uint64_t number;
+  bool circular;            // formulas refer to each other in a circle: no answer may be kept
+  const ExprNode *topNode;  // the node of the first tree at which the walk stands
+};
+
+UsageWalk UsageWalkBegin(EC ec);
+
+// ORLIsItemUsed for one expression after the other.
+bool ItemUsedBy(UsageWalk &walk, HEXP exp, int32_t kind, const char *name);
+
+// The formula that a NODE_FORMULA names at present, or null.
+Expression *BoundFormula(EC ec, ExprNode *node);
+
+// The recursion check: does a tree that is to be stored under `name` refer to that name, itself or
+// through stored formulas? Returns the node of the tree that does, or null.
+const ExprNode *FormulaRefersTo(EC ec, const char *name, ExprNode *tree);
+
+#endif
