@@ -1,0 +1,94 @@
+// The evaluation entries: values into the host's memory.
+#include <cstring>
+
+#include "engine/expressions.h"
+#include "evaluation/evaluator.h"
+#include "language/tree.h"
+
+namespace {
+
+bool IsEvaluable(EC ec, HEXP exp) {
+  return ec != nullptr && exp != nullptr && exp->tree != nullptr;
+}
+
+bool IsText(const Value &value) {
+  return value.form == ValueForm::Text || value.form == ValueForm::Literal;
+}
+
+// With size 0 the buffer receives the size that the text needs.
+int32_t DeliverText(const Value &value, int32_t size, void *buffer) {
+  const uint32_t needed = value.length + 1;
+  if (size == 0) {
+    const int32_t told = static_cast<int32_t>(needed);
+    std::memcpy(buffer, &told, sizeof told);
+    return 1;
+  }
+  if (size < 0) {
+    return 0;
+  }
+  const uint32_t room = static_cast<uint32_t>(size);
+  std::memcpy(buffer, value.text, room < needed ? room : needed);
+  return 1;
+}
+
+int32_t Deliver(const Value &value, int32_t size, void *buffer) {
+  if (value.form == ValueForm::Number) {
+    std::memcpy(buffer, &value.number, sizeof value.number);
+    return 1;
+  }
+  return IsText(value) ? DeliverText(value, size, buffer) : 0;
+}
+
+// The host's block with room for the text and one byte more, or null.
+void *RoomFor(void *block, uint32_t size) {
+  if (block == nullptr) {
+    return ORLMemAlloc(size);
+  }
+  return ORLMemSize(block) < size ? ORLMemRealloc(block, size) : block;
+}
+
+int32_t DeliverBlock(const Value &value, int32_t *length, void **buffer) {
+  if (value.form == ValueForm::Number) {
+    if (*buffer == nullptr) {
+      return 0;
+    }
+    std::memcpy(*buffer, &value.number, sizeof value.number);
+    return 1;
+  }
+  if (!IsText(value)) {
+    return 0;
+  }
+  const uint32_t needed = value.length + 1;
+  void *block = RoomFor(*buffer, needed + 1);
+  if (block == nullptr) {
+    return 0;
+  }
+  std::memcpy(block, value.text, needed);
+  *buffer = block;
+  if (length != nullptr) {
+    *length = static_cast<uint16_t>(needed);
+  }
+  return 1;
+}
+
+}  // namespace
+
+int32_t ORLEvaluateExpression(EC ec, HEXP exp, int32_t size, void *buffer) {
+  if (!IsEvaluable(ec, exp) || buffer == nullptr) {
+    return 0;
+  }
+  Value value = EvaluateExpression(ec, exp);
+  const int32_t result = Deliver(value, size, buffer);
+  ValueFree(value);
+  return result;
+}
+
+int32_t ORLEvaluateExpressionExt(EC ec, HEXP exp, int32_t *length, void **buffer) {
+  if (!IsEvaluable(ec, exp) || buffer == nullptr) {
+    return 0;
+  }
+  Value value = EvaluateExpression(ec, exp);
+  const int32_t result = DeliverBlock(value, length, buffer);
+  ValueFree(value);
+  return result;
+}

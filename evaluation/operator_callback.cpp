@@ -1,0 +1,32 @@
+#include "engine/context.h"
+
+namespace {
+
+// ORDER OPERATOR: the codes of ORLSetOperatorCallback, which are not the order of the groups.
+constexpr OperatorGroup kGroupOfCode[] = {kGroupAdd, kGroupSub, kGroupDiv, kGroupMul, kGroupConcat};
+constexpr int16_t kOperatorCodes = sizeof kGroupOfCode / sizeof kGroupOfCode[0];
+static_assert(kOperatorCodes == kGroupCount);
+
+}  // namespace
+
+int32_t ORLSetOperatorCallback(EC ec, int16_t op, int16_t dataType, const char *name) {
+  if (ec == nullptr) {
+    return 0;
+  }
+  void *routine = ec->lookupProc == nullptr || name == nullptr ? nullptr : ec->lookupProc(name);
+  if (op < 0 || op >= kOperatorCodes || dataType < 0 || dataType >= kOperatorTypes) {
+    return 1;
+  }
+  OperatorSlots &slots = ec->operators[kGroupOfCode[op]];
+  slots.procs[dataType] = reinterpret_cast<OrlOperatorProc>(routine);
+  if (name == nullptr) {
+    WRENMemFree(slots.names[dataType]);
+    slots.names[dataType] = nullptr;
+    return 1;
+  }
+  if (!ReplaceText(&slots.names[dataType], name)) {
+    ORLDestroyEC(ec);
+    return 0;
+  }
+  return 1;
+}
