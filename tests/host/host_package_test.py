@@ -1,0 +1,136 @@
+"""What others build against: exported names, headers, the README's host, an installed copy."""
+
+import os
+import re
+import subprocess
+
+import support
+
+LIBRARIES = ("ORLI11", "WRENI11", "PAVNI11")
+HEADERS = ("engine/orli11.h", "closed/wren/wreni11.h", "closed/pavn/pavni11.h")
+INCLUDES = [f"-I{support.ROOT / folder}" for folder in ("engine", "closed/wren", "closed/pavn")]
+CC = os.environ.get("ORLI_CC", "cc")
+CXX = os.environ.get("ORLI_CXX", "c++")
+
+
+def listed_names(library):
+    lines = (support.ROOT / f"cmake/exports/{library}.txt").read_text().splitlines()
+    return {line.strip() for line in lines if line.strip() and not line.startswith("#")}
+
+
+def blocks(text, language):
+    return re.findall(rf"^```{language}\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
+
+
+class Libraries(support.FolderCase):
+    def test_export_the_listed_names_and_no_others(self):
+        for library in LIBRARIES:
+            with self.subTest(library=library):
+                path = support.BUILD / f"lib/lib{library}.so"
+                output = subprocess.check_output(["nm", "-D", "--defined-only", path], text=True)
+                names = [line.split()[-1] for line in output.splitlines() if " A " not in line]
+                exported = {name.split("@")[0] for name in names}
+                self.assertEqual(exported, listed_names(library))
+
+    def test_need_nothing_but_each_other_and_the_language(self):
+        system = {"libstdc++.so.6", "libm.so.6", "libgcc_s.so.1", "libc.so.6",
+                  "ld-linux-x86-64.so.2"}
+        for library in LIBRARIES:
+            with self.subTest(library=library):
+                path = support.BUILD / f"lib/lib{library}.so"
+                output = subprocess.check_output(["objdump", "-p", path], text=True)
+                needed = set(re.findall(r"NEEDED\s+(\S+)", output))
+                self.assertTrue(needed)
+                self.assertLessEqual(needed - system, {f"lib{name}.so" for name in LIBRARIES})
+
+
+class Headers(support.FolderCase):
+    def test_stand_alone_in_c_and_cpp(self):
+        strict = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Werror", "-fsyntax-only"]
+        for compiler, language, standard in ((CC, "c", "c11"), (CXX, "c++", "c++20")):
+            for header in HEADERS:
+                with self.subTest(header=header, standard=standard):
+                    source = self.file(f'#include "{os.path.basename(header)}"\nint main(void) {{ return 0; }}\n',
+                                       "alone.txt")
+                    run = subprocess.run([compiler, "-x", language, f"-std={standard}", *strict,
+                                          *INCLUDES, source], capture_output=True, text=True,
+                                         check=False)
+                    self.assertEqual(run.returncode, 0, run.stderr)
+
+
+class Readme(support.FolderCase):
+    def setUp(self):
+        super().setUp()
+        self.text = (support.ROOT / "README.md").read_text()
+
+    def test_host_compiles_as_it_stands_and_prints_what_the_page_says(self):
+        (source,) = blocks(self.text, "c")
+        self.assertLessEqual(len(source.splitlines()), 33)
+        (self.folder / "host.c").write_text(source)
+        # The page is for a reader in the project's folder, who has the release.
+        os.symlink(support.ROOT / "engine", self.folder / "engine")
+        os.symlink(support.ROOT / "closed", self.folder / "closed")
+        (self.folder / "build/release").mkdir(parents=True)
+        os.symlink(support.BUILD / "lib", self.folder / "build/release/lib")
+        (session,) = [block for block in blocks(self.text, "console") if "host.c" in block]
+        commands = [line[2:] for line in session.splitlines() if line.startswith("$ ")]
+        expected = "".join(line + "\n" for line in session.splitlines() if not line.startswith("$ "))
+        for command in commands[:-1]:
+            subprocess.run(command, shell=True, cwd=self.folder, check=True, env=support.ENVIRONMENT)
+        output = subprocess.check_output(commands[-1], shell=True, cwd=self.folder, text=True,
+                                         env=support.ENVIRONMENT)
+        self.assertTrue(expected)
+        self.assertEqual(output, expected)
+
+    def test_shows_what_the_demo_prints(self):
+        (shown,) = [block for block in blocks(self.text, "console") if "orli items" in block]
+        output = subprocess.check_output([support.ROOT / "scripts/demo.sh", support.ORLI], text=True,
+                                         env=support.ENVIRONMENT)
+        without_time = re.compile(r"(rows? in) [0-9.]+ s, [0-9]+ rows")
+        self.assertIn("rows per second", shown)
+        self.assertEqual(without_time.sub(r"\1", output).strip(),
+                         without_time.sub(r"\1", shown).strip())
+
+    def test_links_lead_to_files(self):
+        for target in re.findall(r"\]\(([^)#:]+)\)", self.text):
+            self.assertTrue((support.ROOT / target).exists(), target)
+
+
+class Install(support.FolderCase):
+    def test_an_installed_copy_works_where_it_was_put(self):
+        environment = dict(support.ENVIRONMENT, DESTDIR=str(self.folder))
+        subprocess.run(["cmake", "--install", support.BUILD, "--prefix", "/opt/orli"],
+                       env=environment, check=True, capture_output=True)
+        program = self.folder / "opt/orli/bin/orli"
+        output = subprocess.check_output([program, "check", support.WEATHER, "wind * 2"], text=True,
+                                         env=support.ENVIRONMENT)
+        self.assertEqual(output, "Number\n")
+        self.assertEqual(self.compile_with_package_file(), "0.29999999999999999\n")
+
+    def compile_with_package_file(self):
+        (package,) = self.folder.glob("opt/orli/lib*/**/orli11.pc")
+        environment = dict(support.ENVIRONMENT, PKG_CONFIG_PATH=str(package.parent))
+        flags = subprocess.check_output(["pkg-config", "--cflags", "--libs", "orli11"], text=True,
+                                        env=environment).split()
+        source = self.file("""#include <orli11.h>
+#include <pavni11.h>
+#include <stdio.h>
+int main(void) {
+  EC ec = ORLCreateEC(NULL, NULL, NULL, 0);
+  uint16_t type;
+  NumberValue value;
+  double number = 0;
+  HEXP exp = ORLParseString(ec, "0.1 + 0.2", NULL, NULL, &type);
+  if (ORLEvaluateExpression(ec, exp, sizeof value, &value) == 1) WRENNumToDouble(&value, &number);
+  printf("%.17g\\n", number);
+  return !ORLDestroyEC(ec);
+}
+""", "user.c")
+        program = self.folder / "user"
+        rpath = [f"-Wl,-rpath,{flag[2:]}" for flag in flags if flag.startswith("-L")]
+        subprocess.run([CC, source, "-o", program, *flags, *rpath], check=True)
+        return subprocess.check_output([program], text=True, env=support.ENVIRONMENT)
+
+
+if __name__ == "__main__":
+    support.main()
