@@ -10,6 +10,7 @@
 #include <langinfo.h>
 #include <locale.h>
 
+#include <algorithm>
 #include <atomic>
 #include <climits>
 #include <cstring>
@@ -55,17 +56,18 @@ constexpr Country kUnitedStates = {
 // ----------------------------------------------------------------------------------
 
 constexpr const char *kBlanks = " \t";
-constexpr iconv_t kSameCharset = nullptr;
 
 struct Converter {
-  iconv_t handle;  // kSameCharset: bytes stay as they are
+  bool same;  // bytes stay as they are
+  iconv_t handle;
   bool works;
 
   Converter(const char *to, const char *from)
-      : handle(strcmp(to, from) == 0 ? kSameCharset : iconv_open(to, from)),
-        works(handle == kSameCharset || reinterpret_cast<intptr_t>(handle) != -1) {}
+      : same(strcmp(to, from) == 0),
+        handle(same ? nullptr : iconv_open(to, from)),
+        works(same || reinterpret_cast<intptr_t>(handle) != -1) {}
   ~Converter() {
-    if (works && handle != kSameCharset) {
+    if (works && !same) {
       iconv_close(handle);
     }
   }
@@ -89,11 +91,11 @@ bool ConvertText(const Converter &converter, char *target, size_t room, const ch
   while (length > 0 && strchr(kBlanks, text[length - 1]) != nullptr) {
     length--;
   }
-  if (IsAscii(text) || converter.handle == kSameCharset) {
+  if (IsAscii(text) || converter.same) {
     if (length >= room) {
       return false;
     }
-    memcpy(target, text, length);
+    std::copy_n(text, length, target);
     return true;
   }
   if (!converter.works) {

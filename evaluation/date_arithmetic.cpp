@@ -1,0 +1,156 @@
+// Every step carries into the next larger unit until days or years move. Amounts and carries are
+// computed in 64 bits, so no 32-bit amount can overflow.
+#include "evaluation/date_arithmetic.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "closed/wren/gregorian.h"
+#include "pavni11.h"
+
+namespace {
+
+// A field that counts from 0 to size - 1.
+struct TimeUnit {
+  int32_t DateTimeParts::*field;
+  int64_t size;
+};
+// From the smallest; each carries into the one behind it and the last into days.
+constexpr TimeUnit kTimeUnits[] = {
+    {&DateTimeParts::second, 60}, {&DateTimeParts::minute, 60}, {&DateTimeParts::hour, 24}};
+
+// Takes a date apart; false for a value that is no date.
+bool Decode(const NumberValue &date, DateTimeParts &parts) {
+  if (date.length == 0) {
+    return false;
+  }
+  PAVNNumberToDate(date.payload, date.length, &parts);
+  return parts.month != 0;
+}
+
+void Encode(NumberValue *result, const DateTimeParts &parts) {
+  result->length = static_cast<uint8_t>(PAVNDateToNumber(result->payload, &parts));
+}
+
+bool FitsInt32(int64_t value) {
+  return value >= INT32_MIN && value <= INT32_MAX;
+}
+
+// Moves the date by days; the time of day stays.
+bool MoveDays(DateTimeParts &parts, int64_t days) {
+  const int64_t sum = PAVNDateToDays(&parts) + days;
+  if (!FitsInt32(sum)) {
+    return false;
+  }
+  const DateTimeParts kept = parts;
+  PAVNDaysToDate(static_cast<int32_t>(sum), &parts);
+  parts.hour = kept.hour;
+  parts.minute = kept.minute;
+  parts.second = kept.second;
+  parts.fraction = kept.fraction;
+  return true;
+}
+
+// Moves the date by years. The day stays as it is: 29 February can reach the encoder in a common
+// year, and becomes the 28th there.
+bool MoveYears(DateTimeParts &parts, int64_t years) {
+  const int64_t sum = parts.year + years;
+  if (!FitsInt32(sum)) {
+    return false;
+  }
+  parts.year = static_cast<int32_t>(sum);
+  return true;
+}
+
+void ClampDay(DateTimeParts &parts) {
+  parts.day = std::min(parts.day, DaysInMonth(parts.month, parts.year));
+}
+
+// Moves the date by months; a day that the month does not have becomes its last. A move into
+// another year is a move by years first, to a day that exists, and by the months left then: 29
+// February comes to 28 February of the other year before it comes to another month.
+bool MoveMonths(DateTimeParts &parts, int64_t months) {
+  const int64_t sum = parts.month + months;
+  int64_t month = sum;
+  int64_t years = 0;
+  if (sum > 12) {
+    years = (sum - 1) / 12;
+    month = (sum - 1) % 12 + 1;
+  } else if (sum < 1) {
+    years = -(-sum / 12 + 1);
+    month = sum % 12 + 12;
+  }
+  if (!MoveYears(parts, years)) {
+    return false;
+  }
+  if (years != 0) {
+    ClampDay(parts);
+  }
+  parts.month = static_cast<int32_t>(month);
+  ClampDay(parts);
+  return true;
+}
+
+// Moves the date by a time unit, the index in kTimeUnits.
+bool MoveTime(DateTimeParts &parts, int64_t amount, size_t unit) {
+  for (; unit < std::size(kTimeUnits); unit++) {
+    const TimeUnit &row = kTimeUnits[unit];
+    const int64_t sum = parts.*row.field + amount;
+    amount = sum >= 0 ? sum / row.size : -((-sum + row.size - 1) / row.size);
+    parts.*row.field = static_cast<int32_t>(sum - amount * row.size);
+  }
+  return amount == 0 || MoveDays(parts, amount);
+}
+
+}  // namespace
+
+int32_t DaysInMonth(int32_t month, int32_t year) {
+  return IsIn(month, 1, 12) ? DaysOfMonth(month, year) : 31;
+}
+
+void DateArithmetic(NumberValue *result, const NumberValue *date, const NumberValue *amount,
+                    int32_t op, uint16_t unit) {
+  *result = {};
+  DateTimeParts parts;
+  if (!Decode(*date, parts)) {
+    return;
+  }
+  const int64_t n = op == '+' ? int64_t{WRENNumToInt(amount)} : -int64_t{WRENNumToInt(amount)};
+  bool moved = false;
+  switch (unit) {
+    case kUnitNone:
+    case kUnitDay:
+      moved = MoveDays(parts, n);
+      break;
+    case kUnitMonth:
+      moved = MoveMonths(parts, n);
+      break;
+    case kUnitYear:
+      moved = MoveYears(parts, n);
+      break;
+    case kUnitHour:
+      moved = MoveTime(parts, n, 2);
+      break;
+    case kUnitMinute:
+      moved = MoveTime(parts, n, 1);
+      break;
+    case kUnitSecond:
+      moved = MoveTime(parts, n, 0);
+      break;
+    default:
+      break;
+  }
+  if (moved) {
+    Encode(result, parts);
+  }
+}
+
+void DateDifference(NumberValue *result, const NumberValue *left, const NumberValue *right) {
+  DateTimeParts leftParts;
+  DateTimeParts rightParts;
+  if (!Decode(*left, leftParts) || !Decode(*right, rightParts)) {
+    WRENNumSetNull(result);
+    return;
+  }
+  WRENNumFromInt(result, PAVNDateToDays(&leftParts) - PAVNDateToDays(&rightParts));
+}

@@ -1,0 +1,146 @@
+#include "functions/date_text.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "pavni11.h"
+
+namespace {
+
+// The three forms of a date text in the order in which they are tried, each with the number of its
+// picture.
+struct DateForm {
+  int32_t mode;
+  int32_t code;
+};
+constexpr DateForm kForms[] = {
+    {WREN_FMT_DATE, kDateForm},          // pictures[0]
+    {WREN_FMT_DATETIME, kDateTimeForm},  // pictures[1]
+    {WREN_FMT_TIME, kTimeForm},          // pictures[2]
+};
+
+// The locale's part of the format record, loaded at its first use for the life of the process.
+const LocaleBlock &LocaleOnce() {
+  static const LocaleBlock block = [] {
+    LocaleBlock loaded;
+    WRENFmtLoadLocale(&loaded);
+    return loaded;
+  }();
+  return block;
+}
+
+// Prepares the record to write by the picture instead of the country settings.
+void UsePicture(FormatRecord &record, const char *picture) {
+  const LocaleBlock &locale = LocaleOnce();
+  record.picture = picture;
+  record.picture2 = picture;
+  record.dateOrder = locale.dateOrder;
+  record.clock24 = locale.clock24;
+  record.dayNames = locale.dayNames;
+  record.monthNames = locale.monthNames;
+  record.markers = locale.markers;
+  record.useCountry = 0;
+  record.pivotYear = locale.pivotYear;
+  record.flags &= ~WREN_FMT_FLAG_RETRY;
+}
+
+void Decode(const NumberValue &date, DateTimeParts &parts) {
+  PAVNNumberToDate(date.payload, date.length, &parts);
+}
+
+int32_t ParseInMode(FormatRecord &record, int32_t mode) {
+  record.mode = mode;
+  return WRENFmtParseDate(&record);
+}
+
+}  // namespace
+
+int32_t DateFromText(NumberValue *target, const char *text) {
+  FormatRecord record;
+  WRENFmtInit(&record);
+  record.input = text;
+  record.useCountry = 1;
+  if (ParseInMode(record, WREN_FMT_DATETIME) == 0) {
+    record.flags |= WREN_FMT_FLAG_RETRY;
+    if (ParseInMode(record, WREN_FMT_TIME) == 0) {
+      return 0;
+    }
+  }
+  NumberValue date = {};
+  date.length = static_cast<uint8_t>(PAVNDateToNumber(date.payload, &record.parts));
+  *target = date;
+  return 1;
+}
+
+int32_t DateRewriteText(const char *text, char *buffer, const char *picture1, const char *picture2,
+                        const char *picture3) {
+  const char *const pictures[] = {picture1, picture2, picture3};
+  static_assert(std::size(pictures) == std::size(kForms));
+  buffer[0] = 0;
+  FormatRecord record;
+  WRENFmtInit(&record);
+  record.input = text;
+  record.useCountry = 1;
+  for (size_t i = 0; i < std::size(kForms); i++) {
+    if (ParseInMode(record, kForms[i].mode) == 0) {
+      continue;
+    }
+    record.flags &= ~WREN_FMT_FLAG_SHORT;
+    record.output = buffer;
+    if (pictures[i] != nullptr) {
+      UsePicture(record, pictures[i]);
+      WRENFmtDate(&record);
+    }
+    return kForms[i].code;
+  }
+  return kNoDateForm;
+}
+
+int32_t DateToTextPicture(const NumberValue *date, const char *picture, char *buffer) {
+  buffer[0] = 0;
+  if (date->length == 0) {
+    return 1;
+  }
+  if (WRENFmtCheckDatePicture(picture) == 0) {
+    return 0;
+  }
+  FormatRecord record;
+  WRENFmtInit(&record);
+  record.mode = WREN_FMT_DATETIME;
+  record.output = buffer;
+  UsePicture(record, picture);
+  Decode(*date, record.parts);
+  return WRENFmtDate(&record);
+}
+
+int32_t DateToTextDefault(const NumberValue *date, char *buffer) {
+  buffer[0] = 0;
+  if (date->length == 0) {
+    return 1;
+  }
+  FormatRecord record;
+  WRENFmtInit(&record);
+  record.mode = WREN_FMT_DATETIME;
+  record.output = buffer;
+  record.useCountry = 1;
+  Decode(*date, record.parts);
+  return WRENFmtDate(&record);
+}
+
+int32_t DatePictureWidth(uint16_t convertFlags, const char *const pictures[3],
+                         const char *const templates[3]) {
+  constexpr uint16_t kWithTemplates = 2;
+  FormatRecord record;
+  WRENFmtInit(&record);
+  int32_t width = 0;
+  int32_t longestTemplate = 0;
+  for (size_t i = 0; i < std::size(kForms); i++) {
+    if (pictures[i] != nullptr) {
+      UsePicture(record, pictures[i]);
+      record.mode = kForms[i].mode;
+      width = WRENFmtWidth(&record, width);
+    }
+    longestTemplate = std::max(longestTemplate, WRENStrLen(templates[i]));
+  }
+  return (convertFlags & kWithTemplates) != 0 ? width + longestTemplate : width;
+}
