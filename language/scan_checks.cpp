@@ -57,12 +57,12 @@ int32_t CheckName(const char *text, int32_t length, bool call) {
 }
 
 bool IsWholeLiteral(const char *text, int32_t length) {
-  if (WRENIsDoubleByte() == 0 || length == 2) return true;
+  if (WRENIsDoubleByte() == 0) return true;
   const int32_t last = length - 1;
   int32_t at = 1;
   while (at < length) {
     const uint8_t byte = ByteAt(text, at);
-    const bool quoteNext = at < last && text[at + 1] == '\'';
+    const bool quoteNext = text[at + 1] == '\'';
     if (WRENIsAlpha(byte) != 0) {
       at += 2;
     } else if (quoteNext && (byte == '\'' || byte == '\\')) {

@@ -11,11 +11,11 @@ enum : int32_t {
   kNameRefused = -2  // the automaton took more than the name
 };
 
-// Checks the `length` bytes of a name, quoted segments and points included. With `call` the text is
+// Checks the `length` bytes and terminator of a name, quoted segments and points included. With `call` the text is
 // that of a call opening: blanks and a parenthesis end it.
 int32_t CheckName(const char *text, int32_t length, bool call);
 
-// True when the text, quotes included, is one whole literal.
+// True when the `length` bytes, quotes included, are one whole literal. A terminator follows them.
 bool IsWholeLiteral(const char *text, int32_t length);
 
 #endif
