@@ -171,12 +171,13 @@ int32_t ORLGetExpressionOrdinal(EC ec, HEXP exp) {
   if (rows == nullptr) {
     return -1;
   }
-  uint32_t at = 0;
-  while (at < count && rows[at] != exp) {
-    at++;
+  // From the end: what was made last is asked for most.
+  uint32_t at = count;
+  while (at > 0 && rows[at - 1] != exp) {
+    at--;
   }
   HandleArrayUnlock(ec->expressions);
-  return at < count ? static_cast<int32_t>(at) : -1;
+  return static_cast<int32_t>(at) - 1;
 }
 
 int32_t ORLGetExpressionTextLength(EC /*ec*/, HEXP exp) {

@@ -47,7 +47,7 @@ void AcceptBlock(Evaluation &run, int16_t type, void *block, Value *value) {
   const uint32_t size = WRENMemSize(block);
   if (IsNumberType(type)) {
     if (size >= kNumberBlockSize) {
-      std::memcpy(&value->number, block, sizeof value->number);
+      CopyNumber(&value->number, block);
       value->form = ValueForm::Number;
     }
     if (size == kNumberBlockSize && run.spare == nullptr) {
@@ -270,7 +270,7 @@ uint32_t UnescapeString(char *target, const char *source) {
 void ComputeLeaf(Evaluation &run, ExprNode *node, Value *value) {
   switch (node->kind) {
     case NODE_NUMBER:
-      std::memcpy(&value->number, node->left, sizeof value->number);
+      CopyNumber(&value->number, node->left);
       value->form = ValueForm::Number;
       break;
     case NODE_DATE:

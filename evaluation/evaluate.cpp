@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "engine/expressions.h"
-#include "evaluation/evaluator.h"
+#include "evaluation/evaluation.h"
 #include "language/tree.h"
 
 namespace {
@@ -33,7 +33,7 @@ int32_t DeliverText(const Value &value, int32_t size, void *buffer) {
 
 int32_t Deliver(const Value &value, int32_t size, void *buffer) {
   if (value.form == ValueForm::Number) {
-    std::memcpy(buffer, &value.number, sizeof value.number);
+    CopyNumber(static_cast<NumberValue *>(buffer), &value.number);
     return 1;
   }
   return IsText(value) ? DeliverText(value, size, buffer) : 0;
@@ -52,7 +52,7 @@ int32_t DeliverBlock(const Value &value, int32_t *length, void **buffer) {
     if (*buffer == nullptr) {
       return 0;
     }
-    std::memcpy(*buffer, &value.number, sizeof value.number);
+    CopyNumber(static_cast<NumberValue *>(*buffer), &value.number);
     return 1;
   }
   if (!IsText(value)) {
@@ -77,9 +77,10 @@ int32_t ORLEvaluateExpression(EC ec, HEXP exp, int32_t size, void *buffer) {
   if (!IsEvaluable(ec, exp) || buffer == nullptr) {
     return 0;
   }
-  Value value = EvaluateExpression(ec, exp);
-  const int32_t result = Deliver(value, size, buffer);
-  ValueFree(value);
+  Evaluation run;
+  const Value *value = EvaluationRun(run, ec, exp);
+  const int32_t result = value == nullptr ? 0 : Deliver(*value, size, buffer);
+  EvaluationEnd(run);
   return result;
 }
 
@@ -87,8 +88,9 @@ int32_t ORLEvaluateExpressionExt(EC ec, HEXP exp, int32_t *length, void **buffer
   if (!IsEvaluable(ec, exp) || buffer == nullptr) {
     return 0;
   }
-  Value value = EvaluateExpression(ec, exp);
-  const int32_t result = DeliverBlock(value, length, buffer);
-  ValueFree(value);
+  Evaluation run;
+  const Value *value = EvaluationRun(run, ec, exp);
+  const int32_t result = value == nullptr ? 0 : DeliverBlock(*value, length, buffer);
+  EvaluationEnd(run);
   return result;
 }

@@ -77,6 +77,31 @@ struct Evaluation {
   GrowingStack<CallFrame, 4> calls;
 };
 
+// Computes an expression. Returns its value, which stays the run's, or null when there is none.
+// EvaluationEnd must follow in either case.
+const Value *EvaluationRun(Evaluation &run, EC ec, HEXP exp);
+void EvaluationEnd(Evaluation &run);
+
+// Copies a number in the pieces in which numbers are stored: reading a value in one piece that was
+// just written in several makes the processor wait.
+inline void CopyNumber(NumberValue *target, const void *source) {
+  const uint8_t *bytes = static_cast<const uint8_t *>(source);
+  uint32_t head = 0;
+  uint64_t low = 0;
+  std::memcpy(&head, bytes + 1, sizeof head);
+  std::memcpy(&low, bytes + 5, sizeof low);
+  target->length = bytes[0];
+  std::memcpy(target->payload, &head, sizeof head);
+  std::memcpy(target->payload + 4, &low, sizeof low);
+}
+
+inline void ValueFree(Value &value) {
+  if (value.form == ValueForm::Text || value.form == ValueForm::Opaque) {
+    WRENMemFree(value.text);
+  }
+  value.form = ValueForm::None;
+}
+
 // Bytes of a fresh result or value block.
 constexpr uint32_t kNumberBlockSize = sizeof(NumberValue);
 constexpr uint32_t kTextBlockSize = 50;

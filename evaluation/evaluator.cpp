@@ -184,28 +184,6 @@ void Walk(Evaluation &run, HEXP exp) {
   }
 }
 
-// Frees what the walk left, but for the value at the bottom of the stack of one that ended well.
-Value Finish(Evaluation &run, bool complete) {
-  while (run.formulas.count > 0) {
-    LeaveFormula(run);
-  }
-  Value result;
-  result.form = ValueForm::None;
-  result.text = nullptr;
-  if (complete && run.values.count == 1) {
-    result = run.values.items[0];
-    run.values.count = 0;
-  }
-  for (uint32_t i = 0; i < run.values.count; i++) {
-    ValueFree(run.values.items[i]);
-  }
-  WRENMemFree(run.spare);
-  StackEnd(run.values);
-  StackEnd(run.formulas);
-  StackEnd(run.calls);
-  return result;
-}
-
 }  // namespace
 
 const ExprItem *BoundFunction(EC ec, ExprNode *node) {
@@ -227,8 +205,7 @@ const ExprItem *BoundFunction(EC ec, ExprNode *node) {
   return row;
 }
 
-Value EvaluateExpression(EC ec, HEXP exp) {
-  Evaluation run;
+const Value *EvaluationRun(Evaluation &run, EC ec, HEXP exp) {
   run.ec = ec;
   run.expression = nullptr;
   run.spare = nullptr;
@@ -237,12 +214,19 @@ Value EvaluateExpression(EC ec, HEXP exp) {
   StackBegin(run.formulas);
   StackBegin(run.calls);
   Walk(run, exp);
-  return Finish(run, !run.outOfMemory);
+  const Value *value = run.values.items;
+  return run.outOfMemory || value->form == ValueForm::None ? nullptr : value;
 }
 
-void ValueFree(Value &value) {
-  if (value.form == ValueForm::Text || value.form == ValueForm::Opaque) {
-    WRENMemFree(value.text);
+void EvaluationEnd(Evaluation &run) {
+  while (run.formulas.count > 0) {
+    LeaveFormula(run);
   }
-  value.form = ValueForm::None;
+  for (uint32_t i = 0; i < run.values.count; i++) {
+    ValueFree(run.values.items[i]);
+  }
+  WRENMemFree(run.spare);
+  StackEnd(run.values);
+  StackEnd(run.formulas);
+  StackEnd(run.calls);
 }

@@ -22,11 +22,6 @@ struct Value {
   char *text;
 };
 
-// Computes an expression. The value's block, if it has one, is the caller's to free with ValueFree.
-Value EvaluateExpression(EC ec, HEXP exp);
-
-void ValueFree(Value &value);
-
 // Copies a string literal without its escapes: a doubled quote and a quote behind a backslash
 // become one quote. `target` has room for the source. Returns the bytes written without the
 // terminator.
