@@ -445,7 +445,8 @@ int TakeAt(Run &run, size_t at, size_t *taken) {
   MatchAll(m, at);
   Places reached = m.wanted;
   for (const Places ends : m.ends) reached |= ends;
-  const auto last = static_cast<size_t>(63 - std::countl_zero(reached));
+  size_t last = 63;
+  while (last > at && (reached >> last & 1) == 0) last--;
   const bool asksOn = (m.wanted >> last & 1) != 0 && last < m.bytes.size();
   const auto read = static_cast<int32_t>(asksOn ? last + 1 : last);
   if (read > run.token.delivered) run.token.delivered = read;

@@ -42,7 +42,7 @@ bool HasText(int32_t token) {
 }
 
 std::string PrintToken(const ScannedToken &token, const std::string &text) {
-  const std::string name = TokenName(token.code);
+  std::string name = TokenName(token.code);
   if (token.code == TOK_AND || token.code == TOK_END) return name;
   std::string result = name + "@" + std::to_string(token.offset) + "+" + std::to_string(token.span);
   if (token.code == TOK_NUMBER) {
@@ -58,7 +58,7 @@ void AddKeyword(EC ec, const char *name, uint16_t caseSensitive) {
   ExprItem row = {};
   row.kind = ORL_KEYWORD;
   row.dataType = 300;
-  std::strcpy(row.name, name);
+  std::snprintf(row.name, sizeof row.name, "%s", name);
   row.caseSensitive = caseSensitive;
   EXPECT_EQ(ORLAddExpressionItem(ec, &row), 1);
 }
@@ -66,7 +66,7 @@ void AddKeyword(EC ec, const char *name, uint16_t caseSensitive) {
 }  // namespace
 
 EC NewScanContext() {
-  const EC ec = ORLCreateEC(nullptr, nullptr, nullptr, 0);
+  EC ec = ORLCreateEC(nullptr, nullptr, nullptr, 0);
   AddKeyword(ec, kLooseKeyword, 0);
   AddKeyword(ec, kExactKeyword, 1);
   return ec;
