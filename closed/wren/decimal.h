@@ -114,7 +114,7 @@ inline bool DecimalLoad(const NumberValue *value, Decimal *d) {
   std::memcpy(&head, value->payload, sizeof head);
   std::memcpy(&low, value->payload + 4, sizeof low);
   d->coefficient = static_cast<Uint128>(head << 1 >> 9) << 64 | low;
-  d->exponent = static_cast<int8_t>(head & 0xFF);
+  d->exponent = static_cast<int32_t>(head << 24) >> 24;
   d->negative = head >> 31 != 0;
   return DecimalIsCanonical(*d);
 }

@@ -197,7 +197,8 @@ void WriteConversions(Source *s, std::ostream &out) {
     double asDouble = 0;
     WRENNumToDouble(&value, &asDouble);
     out << "todouble " << text << " - " << Hex(asDouble) << '\n';
-    const std::string smaller = Digits(s, 1 + Below(s, 12)) + "E-" + std::to_string(Below(s, 4));
+    const std::string smaller = (Below(s, 2) != 0 ? "-" : "") + Digits(s, 1 + Below(s, 12)) + "E-" +
+                                std::to_string(Below(s, 4));
     const NumberValue small = Number(smaller);
     out << "toint " << smaller << " - " << WRENNumToInt(&small) << '\n';
     const uint64_t bits = s->engine();
