@@ -45,11 +45,18 @@ int32_t lstrcmpiA(const char *left, const char *right) {
 }
 
 char *lstrcpyA(char *target, const char *source) {
-  return target == nullptr ? nullptr : std::strcpy(target, TextOrEmpty(source));
+  if (target != nullptr) {
+    source = TextOrEmpty(source);
+    std::memcpy(target, source, std::strlen(source) + 1);
+  }
+  return target;
 }
 
 char *lstrcatA(char *target, const char *source) {
-  return target == nullptr ? nullptr : std::strcat(target, TextOrEmpty(source));
+  if (target != nullptr) {
+    lstrcpyA(target + std::strlen(target), source);
+  }
+  return target;
 }
 
 int32_t lstrlenA(const char *text) {

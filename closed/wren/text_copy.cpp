@@ -96,8 +96,8 @@ extern "C" void WRENStrReplace(char *target, const char *source, const char *rep
   const size_t head = BytesOfChars(source, position, page);
   const char *tail = source + head + BytesOfChars(source + head, n, page);
   const size_t middle = std::strlen(replacement);
-  std::memcpy(target, source, head);
-  std::memcpy(target + head, replacement, middle);
+  CopyBytes(target, source, head);
+  CopyBytes(target + head, replacement, middle);
   CopyBytes(target + head + middle, tail, std::strlen(tail));
 }
 

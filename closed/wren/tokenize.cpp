@@ -155,7 +155,7 @@ extern "C" int32_t WRENStrScan(const char *text, const char *pattern) {
     return found == nullptr ? -1 : CountResult(static_cast<size_t>(found - text));
   }
   constexpr size_t SHORT_PATTERN = 64;
-  uint32_t shortBorders[SHORT_PATTERN];
+  uint32_t shortBorders[SHORT_PATTERN] = {};
   const size_t length = std::strlen(pattern);
   if (length <= SHORT_PATTERN) {
     FillBorders(shortBorders, pattern, length);
