@@ -4,10 +4,14 @@
     python3 scripts/make_case_table.py > closed/wren/casemap_table.h
 
 The mappings are the simple ones of the Unicode character data that keep the count of UTF-8 bytes,
-so that a text can change case in place. With --list it prints every mapping instead, one
-"codepoint upper lower" in hexadecimal per line behind a line with the version of the data; the
-tests compare the library with that list.
+so that a text can change case in place.
+
+    python3 scripts/make_case_table.py --list cp1252|cp932|utf-8
+
+prints every character of a code page that has case instead, one "bytes upper lower" in hexadecimal
+per line behind a line with the version of the data; the tests compare the library with that list.
 """
+import itertools
 import sys
 import unicodedata
 
@@ -24,24 +28,40 @@ def simple_lower(char):
     return char.lower() if len(char.lower()) == 1 else char
 
 
-def mapping(function):
-    """{code point: mapped code point} for all characters that change and keep their length."""
-    result = {}
-    for code in range(0x80, 0x110000):
-        if 0xD800 <= code < 0xE000:
+def characters(encoding):
+    """Every character above ASCII with its bytes; in cp932 some characters have two codes."""
+    if encoding == "utf-8":
+        codes = (code for code in range(0x80, 0x110000) if not 0xD800 <= code < 0xE000)
+        for char in map(chr, codes):
+            yield char, char.encode()
+        return
+    singles = (bytes([byte]) for byte in range(0x80, 0x100))
+    pairs = (bytes(pair) for pair in itertools.product(range(0x81, 0xFD), range(0x40, 0xFD)))
+    for data in itertools.chain(singles, pairs if encoding == "cp932" else ()):
+        try:
+            char = data.decode(encoding)
+        except UnicodeDecodeError:
             continue
-        char = chr(code)
-        mapped = function(char)
-        if mapped != char and len(mapped.encode()) == len(char.encode()):
-            result[code] = ord(mapped)
+        if len(char) == 1:
+            yield char, data
+
+
+def mapping(function, encoding):
+    """{bytes: mapped bytes} for all characters that change and keep their count of bytes."""
+    result = {}
+    for char, data in characters(encoding):
+        mapped = function(char).encode(encoding, errors="replace")
+        if function(char) != char and len(mapped) == len(data) and mapped != b"?":
+            result[data] = mapped
     return result
 
 
 def runs(pairs):
     """Rows [first, last, step, delta]: each step-th code point from first to last moves by delta."""
     rows = []
-    for code, mapped in pairs.items():
-        delta = mapped - code
+    for data, mapped in pairs.items():
+        code = ord(data.decode())
+        delta = ord(mapped.decode()) - code
         if rows and rows[-1][3] == delta:
             first, last, step, _ = rows[-1]
             gap = code - last
@@ -79,10 +99,12 @@ def print_table(upper, lower):
 
 def print_list(upper, lower):
     print(unicodedata.unidata_version)
-    for code in sorted(upper.keys() | lower.keys()):
-        print(f"{code:X} {upper.get(code, code):X} {lower.get(code, code):X}")
+    for data in sorted(upper.keys() | lower.keys()):
+        print(data.hex(), upper.get(data, data).hex(), lower.get(data, data).hex())
 
 
 if __name__ == "__main__":
-    show = print_list if sys.argv[1:] == ["--list"] else print_table
-    show(mapping(simple_upper), mapping(simple_lower))
+    if sys.argv[1:2] == ["--list"]:
+        print_list(mapping(simple_upper, sys.argv[2]), mapping(simple_lower, sys.argv[2]))
+    else:
+        print_table(mapping(simple_upper, "utf-8"), mapping(simple_lower, "utf-8"))

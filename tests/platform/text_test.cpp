@@ -1,0 +1,135 @@
+// The order of texts, case and characters as the platform gives them.
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "tests/wren/text_model.h"
+#include "wreni11.h"
+
+namespace {
+
+// The fields of a list that ";" separates.
+std::vector<std::string> Fields(const char *list) {
+  std::vector<std::string> fields = {""};
+  for (; *list != 0; ++list) {
+    if (*list == ';') {
+      fields.emplace_back();
+    } else {
+      fields.back() += *list;
+    }
+  }
+  return fields;
+}
+
+TEST(PlatformTextTest, ListsComeInTheOrderOfTheAlphabet) {
+  const std::pair<int32_t, const char *> lists[] = {
+      {1252,
+       "; ;-;1;10;2;a;A;\xE1;\xC1;\xE4;\xAA;ab;aB;Ab;AB;ae;\xE6;\xC6;af;cote;Cote;cot\xE9;c\xF4te;"
+       "coter;o;\xF6;\xF8;oe;\x9C;p;ss;\xDF;st;Zebra;zebras;zebu;\xB5"},
+      {932, "; ;\x81\x40;1;a;A;b;\x82\x81z;\x82\x60z;\x82\xA0;\x83\x41;\x83\xBF;\x83\x9F;\x88\x9F"},
+      {65001,
+       ";\xE2\x80\x93;3;e;E;\xC3\xA9;\xC3\x89;e\xC3\xA9;\xC3\xA9z;i;\xC4\xB0;\xC4\xB1;l;\xC5\x82;"
+       "\xC5\x81;s;\xC5\xA1;ss;\xC3\x9F;z;\xC5\xBC;\xCE\xB1;\xCE\x91;\xCF\x82;\xD0\xB0;\xD0\x90;"
+       "\xE3\x81\x82;\xF0\x90\x90\xA8;\xF0\x90\x90\x80"},
+  };
+  for (const auto &[page, list] : lists) {
+    const CodePageScope scope(page);
+    const std::vector<std::string> texts = Fields(list);
+    for (size_t left = 0; left < texts.size(); ++left) {
+      for (size_t right = 0; right < texts.size(); ++right) {
+        EXPECT_EQ(left < right   ? -1
+                  : left > right ? 1
+                                 : 0,
+                  lstrcmpA(texts[left].c_str(), texts[right].c_str()))
+            << page << ": " << Shown(texts[left]) << " and " << Shown(texts[right]);
+      }
+    }
+  }
+  EXPECT_EQ(0, lstrcmpA(nullptr, ""));
+  EXPECT_EQ(-1, lstrcmpA(nullptr, "a"));
+  EXPECT_EQ(1, lstrcmpiA("A", nullptr));
+}
+
+TEST(PlatformTextTest, BothOrdersAreOrders) {
+  std::mt19937 random(4404);
+  for (const int32_t page : CODE_PAGES) {
+    const CodePageScope scope(page);
+    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
+      const std::string a = RandomText(random, page, 3);
+      const std::string b = RandomText(random, page, 3);
+      const std::string c = RandomText(random, page, 3);
+      SCOPED_TRACE(std::to_string(page) + Shown(a) + Shown(b) + Shown(c));
+      EXPECT_EQ(a == b, lstrcmpA(a.c_str(), b.c_str()) == 0);
+      EXPECT_EQ(a == b, SameText(a.c_str(), b.c_str()));
+      EXPECT_EQ(WRENStrEqualNoCase(a.c_str(), b.c_str()), lstrcmpiA(a.c_str(), b.c_str()) == 0);
+      for (const auto compare : {lstrcmpA, lstrcmpiA}) {
+        EXPECT_EQ(compare(a.c_str(), b.c_str()), -compare(b.c_str(), a.c_str()));
+        if (compare(a.c_str(), b.c_str()) <= 0 && compare(b.c_str(), c.c_str()) <= 0) {
+          EXPECT_LE(compare(a.c_str(), c.c_str()), 0);
+        }
+      }
+    }
+  }
+}
+
+// Without case two characters are equal exactly when the case operations say so, and never merely
+// because they stand at the same place of the alphabet.
+TEST(PlatformTextTest, EveryPairOfLatinLettersIsToldApart) {
+  for (const int32_t page : {1252, 65001}) {
+    const CodePageScope scope(page);
+    std::vector<std::string> all = {"AE", "SS", "TH", "IJ", "OE"};
+    for (uint32_t code = 1; code < (page == 1252 ? 0x100U : 0x250U); ++code) {
+      all.push_back(page == 1252 ? std::string(1, static_cast<char>(code)) : Utf8Of(code));
+    }
+    for (const std::string &left : all) {
+      for (const std::string &right : all) {
+        ASSERT_EQ(WRENStrEqualNoCase(left.c_str(), right.c_str()),
+                  lstrcmpiA(left.c_str(), right.c_str()) == 0)
+            << page << Shown(left) << Shown(right);
+      }
+    }
+  }
+}
+
+TEST(PlatformTextTest, UpperCaseStaysWithinTheBytesGiven) {
+  std::mt19937 random(5505);
+  for (const int32_t page : CODE_PAGES) {
+    const CodePageScope scope(page);
+    for (int round = 0; round < 5000 && !HasFailure(); ++round) {
+      const std::string text = RandomText(random, page, 6) + std::string(1, '\0') + "tail";
+      const size_t length = random() % (text.size() + 1);
+      SCOPED_TRACE(std::to_string(page) + Shown(text) + " for " + std::to_string(length));
+      // The model: each piece between zeros as WRENStrUpper has it.
+      std::string expected = text.substr(0, length);
+      for (size_t at = 0; at < length; at += std::strlen(&expected[at]) + 1) {
+        WRENStrUpper(&expected[at]);
+      }
+      const auto buffer = ExactBuffer(length);
+      std::memcpy(buffer.get(), text.data(), length);
+      EXPECT_EQ(length, CharUpperBuffA(buffer.get(), static_cast<uint32_t>(length)));
+      EXPECT_EQ(Shown(expected), Shown(std::string(buffer.get(), length)));
+    }
+  }
+}
+
+TEST(PlatformTextTest, CharactersAndCodePage) {
+  for (const int32_t page : CODE_PAGES) {
+    const CodePageScope scope(page);
+    EXPECT_EQ(page, ActiveCodePage());
+    for (int byte = 0; byte < 256; ++byte) {
+      const bool digit = byte >= '0' && byte <= '9';
+      EXPECT_EQ(digit ? 0 : WRENIsDigit(byte), IsCharAlphaA(static_cast<char>(byte)))
+          << page << ": " << byte;
+    }
+  }
+  char target[8] = "";
+  EXPECT_STREQ("abc", lstrcatA(lstrcpyA(target, "ab"), "c"));
+  EXPECT_STREQ("", lstrcatA(lstrcpyA(target, nullptr), nullptr));
+  EXPECT_EQ(target, CharNextA(target)) << "the terminator stays";
+  EXPECT_EQ(0, lstrlenA(nullptr));
+}
+
+}  // namespace

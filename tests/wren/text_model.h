@@ -1,0 +1,38 @@
+// A plain model of text in a code page: the characters as separate strings.
+#ifndef ORLI11_TESTS_WREN_TEXT_MODEL_H
+#define ORLI11_TESTS_WREN_TEXT_MODEL_H
+
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+using Chars = std::vector<std::string>;
+
+constexpr int32_t CODE_PAGES[] = {1252, 932, 65001};
+
+// Makes a code page the active one for a block of a test; the default one comes back behind it.
+struct CodePageScope {
+  explicit CodePageScope(int32_t page);
+  ~CodePageScope();
+  CodePageScope(const CodePageScope &) = delete;
+  CodePageScope &operator=(const CodePageScope &) = delete;
+};
+
+// The characters of a text. In UTF-8 a character is what is the encoding of some code point.
+Chars SplitChars(const std::string &text, int32_t page);
+std::string JoinChars(const Chars &chars, size_t first, size_t count);
+std::string Utf8Of(uint32_t codePoint);
+
+// Text of up to `most` pieces that are apt to break a walk: characters of every length, bytes that
+// are no character, blanks, quotes, delimiters.
+std::string RandomText(std::mt19937 &random, int32_t page, size_t most);
+
+// A heap block of exactly `bytes` bytes, filled with 7E, so that a sanitizer sees a byte too much.
+std::unique_ptr<char[]> ExactBuffer(size_t bytes);
+
+// The bytes in a form that a failure can be read in.
+std::string Shown(const std::string &text);
+
+#endif
