@@ -232,7 +232,7 @@ int32_t Sign(uint32_t left, uint32_t right) {
 
 }  // namespace
 
-int32_t CollateTexts(const char *left, const char *right, CaseRule caseRule) {
+int32_t CollateTexts(const char *left, const char *right) {
   const int32_t page = ActiveCodePage();
   CollationWalk leftWalk = {left, page, {}};
   CollationWalk rightWalk = {right, page, {}};
@@ -250,8 +250,5 @@ int32_t CollateTexts(const char *left, const char *right, CaseRule caseRule) {
     accents = accents != 0 ? accents : Sign(one.accent, other.accent);
     cases = cases != 0 ? cases : Sign(one.capital ? 1 : 0, other.capital ? 1 : 0);
   }
-  if (accents != 0 || caseRule == CaseRule::Ignored) {
-    return accents;
-  }
-  return cases;
+  return accents != 0 ? accents : cases;
 }

@@ -10,10 +10,8 @@
 
 #include <cstdint>
 
-enum class CaseRule { Counts, Ignored };
-
-// -1, 0 or 1. Linear in the shorter text. With CaseRule::Counts 0 means that only characters with
-// several forms of one case (as both small sigmas) may differ.
-int32_t CollateTexts(const char *left, const char *right, CaseRule caseRule);
+// -1, 0 or 1. Linear in the shorter text. 0 means that no more than forms of the same case differ,
+// as both small sigmas do.
+int32_t CollateTexts(const char *left, const char *right);
 
 #endif

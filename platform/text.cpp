@@ -30,7 +30,7 @@ int32_t lstrcmpA(const char *left, const char *right) {
   if (bytes == 0) {
     return 0;
   }
-  const int32_t order = CollateTexts(left, right, CaseRule::Counts);
+  const int32_t order = CollateTexts(left, right);
   return order != 0 ? order : bytes;
 }
 
@@ -40,8 +40,8 @@ int32_t lstrcmpiA(const char *left, const char *right) {
   if (WRENStrEqualNoCase(left, right) != 0) {
     return 0;
   }
-  const int32_t order = CollateTexts(left, right, CaseRule::Ignored);
-  return order != 0 ? order : CompareBytes(left, right);
+  // Case decides between equal letters alone, and those were found equal above.
+  return CollateTexts(left, right);
 }
 
 char *lstrcpyA(char *target, const char *source) {
