@@ -48,8 +48,9 @@ void ORLSetHelpPath(EC ec, const char *path, int32_t helpContext) {
     return;
   }
   ec->helpContext = helpContext;
-  if (path != nullptr && std::strlen(path) < sizeof ec->helpPath) {
-    std::strcpy(ec->helpPath, path);
+  const size_t size = path == nullptr ? 0 : std::strlen(path) + 1;
+  if (size > 0 && size <= sizeof ec->helpPath) {
+    std::memcpy(ec->helpPath, path, size);
   }
 }
 

@@ -118,7 +118,7 @@ int32_t ExpressionTableAppend(EC ec, Expression *expression) {
 }
 
 int32_t ExpressionDataType(EC ec, const char *name) {
-  const HEXP exp = ORLHEXPFromName(ec, name);
+  HEXP exp = ORLHEXPFromName(ec, name);
   return exp == nullptr ? -1 : exp->dataType;
 }
 

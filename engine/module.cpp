@@ -11,24 +11,24 @@ namespace {
 constexpr uint32_t kProcessAttach = 1;
 
 struct TextToLoad {
-  uint32_t id;
   char *buffer;
+  uint32_t id;
   int32_t size;
 };
 
 void LoadModuleTexts() {
   const TextToLoad texts[] = {
-      {208, moduleTexts.baseNames[kClassFormula], 128},
-      {214, moduleTexts.baseNames[kClassRange], 128},
-      {215, moduleTexts.baseNames[kClassSet], 128},
-      {207, moduleTexts.editorTitles[kClassFormula], 128},
-      {212, moduleTexts.editorTitles[kClassRange], 128},
-      {213, moduleTexts.editorTitles[kClassSet], 128},
-      {227, moduleTexts.typeLabels[kLabelNumber], 40},
-      {228, moduleTexts.typeLabels[kLabelDate], 40},
-      {229, moduleTexts.typeLabels[kLabelString], 40},
-      {230, moduleTexts.typeLabels[kLabelAny], 40},
-      {231, moduleTexts.typeLabels[kLabelKeyword], 40},
+      {moduleTexts.baseNames[kClassFormula], 208, 128},
+      {moduleTexts.baseNames[kClassRange], 214, 128},
+      {moduleTexts.baseNames[kClassSet], 215, 128},
+      {moduleTexts.editorTitles[kClassFormula], 207, 128},
+      {moduleTexts.editorTitles[kClassRange], 212, 128},
+      {moduleTexts.editorTitles[kClassSet], 213, 128},
+      {moduleTexts.typeLabels[kLabelNumber], 227, 40},
+      {moduleTexts.typeLabels[kLabelDate], 228, 40},
+      {moduleTexts.typeLabels[kLabelString], 229, 40},
+      {moduleTexts.typeLabels[kLabelAny], 230, 40},
+      {moduleTexts.typeLabels[kLabelKeyword], 231, 40},
   };
   for (const TextToLoad &text : texts) {
     LoadStringA(moduleHandle, text.id, text.buffer, text.size);

@@ -176,7 +176,7 @@ void Grow(NameIndex &index) {
   }
   const uint64_t count = index.bucketCount == 0 ? kFirstBuckets : index.bucketCount * 2;
   NameEntry **buckets =
-      static_cast<NameEntry **>(WRENMemAlloc(static_cast<uint32_t>(count * sizeof(NameEntry *))));
+      static_cast<NameEntry **>(WRENMemAlloc(static_cast<uint32_t>(count * sizeof(void *))));
   if (buckets == nullptr) {
     return;  // longer chains, the same answers
   }

@@ -52,8 +52,9 @@ int16_t NextNumber(char **at) {
 // Fills the working row from its text: full name, result type, parameter count, parameter types.
 void FillRow(WorkingRow *row, WorkingTexts *texts) {
   char *at = texts->row;
-  std::strcpy(texts->fullName, NextField(&at));
-  const size_t length = std::strlen(texts->fullName);
+  const char *fullName = NextField(&at);
+  const size_t length = std::strlen(fullName);
+  std::memcpy(texts->fullName, fullName, length + 1);
   const char *display = texts->fullName + (length < kPrefixLength ? length : kPrefixLength);
   std::memset(row->item.name, 0, sizeof row->item.name);
   std::strncpy(row->item.name, display, sizeof row->item.name - 1);

@@ -168,11 +168,11 @@ bool Number(Production p, StackEntry &entry, bool negate) {
   return true;
 }
 
-// What a call production has beside the name.
+// What a call production has beside the name, by the place in its right side; 0 is the name itself.
 struct CallShape {
   CallForm form;
-  StackEntry *params;  // null without arguments
-  StackEntry *marker;  // the star or the modifier word, null without
+  int32_t params;  // the arguments, 0 without
+  int32_t marker;  // the star or the modifier word, 0 without
   bool parenthesis;
 };
 
@@ -186,7 +186,7 @@ bool PointsAtMarker(const CallShape &shape, int32_t id) {
 
 bool Call(Production p, const CallShape &shape) {
   ParseState &state = p.state;
-  void *list = shape.params == nullptr ? nullptr : shape.params->value;
+  void *list = shape.params == 0 ? nullptr : p.rhs[shape.params].value;
   ExprNode *node = ExprNodeBuild(state, NODE_CALL, p.rhs[0].value, list, shape.form);
   if (shape.form == kCallModifier) {
     state.modifier = 0;
@@ -195,11 +195,11 @@ bool Call(Production p, const CallShape &shape) {
     return false;
   }
   TakeOver(p.rhs[0]);
-  if (shape.params != nullptr) {
-    TakeOver(*shape.params);
+  if (shape.params != 0) {
+    TakeOver(p.rhs[shape.params]);
   }
   if (node->dataType == kNoType) {
-    PlaceError(state, PointsAtMarker(shape, state.error.id) ? *shape.marker : p.rhs[0]);
+    PlaceError(state, p.rhs[PointsAtMarker(shape, state.error.id) ? shape.marker : 0]);
     return FailWith(node);
   }
   node->offset = p.rhs[0].offset;
@@ -263,17 +263,17 @@ bool RunAction(ParseState &state, int32_t production, StackEntry *rhs, void **re
     case 28:
       return Number(p, rhs[0], false);
     case 29:
-      return Call(p, {kCallPlain, nullptr, nullptr, false});
+      return Call(p, {kCallPlain, 0, 0, false});
     case 30:
-      return Call(p, {kCallStar, nullptr, &rhs[1], true});
+      return Call(p, {kCallStar, 0, 1, true});
     case 31:
-      return Call(p, {kCallModifier, nullptr, &rhs[1], true});
+      return Call(p, {kCallModifier, 0, 1, true});
     case 32:
-      return Call(p, {kCallPlain, nullptr, nullptr, true});
+      return Call(p, {kCallPlain, 0, 0, true});
     case 33:
-      return Call(p, {kCallModifier, &rhs[2], &rhs[1], true});
+      return Call(p, {kCallModifier, 2, 1, true});
     case 34:
-      return Call(p, {kCallPlain, &rhs[1], nullptr, true});
+      return Call(p, {kCallPlain, 1, 0, true});
     default:
       return Refuse(p, ORL_ERR_GENERAL, 0, 0);
   }

@@ -259,7 +259,7 @@ bool TypeOperatorAllowed(EC ec, int32_t kind, int16_t leftType) {
 }
 
 void TypeOperator(ParseState &state, ExprNode *node) {
-  const EC ec = state.context;
+  EC ec = state.context;
   const int16_t leftType = LeftOperand(node)->dataType;
   const ExprNode *right = RightOperand(node);
   node->detail = state.dateUnit;
@@ -281,7 +281,7 @@ void TypeOperator(ParseState &state, ExprNode *node) {
 }
 
 void TypeCall(ParseState &state, ExprNode *node, CallForm form) {
-  const EC ec = state.context;
+  EC ec = state.context;
   const char *name = NodeText(node);
   node->detail = form;
   node->dataType = static_cast<int16_t>(FunctionDataType(ec, name));
@@ -296,7 +296,7 @@ void TypeCall(ParseState &state, ExprNode *node, CallForm form) {
     }
     return;
   }
-  const HEXP formula = ORLHEXPFromName(ec, name);
+  HEXP formula = ORLHEXPFromName(ec, name);
   if (formula == nullptr || formula->tree == nullptr) {
     SetError(state, ORL_ERR_FUNC, 0, 0);
   } else if (formula->tree->kind == NODE_SET || formula->tree->kind == NODE_RANGE) {
