@@ -46,18 +46,16 @@ std::string NameColumn(EC ec, Column &column) {
     column.name = header;
     return {};
   }
-  if (hasQuote && header.find('`') != std::string::npos) {
-    return "has a name with both kinds of quotes, \" and `, which no formula can write";
-  }
   const char quote = hasQuote ? '`' : '"';
   column.name = quote + header + quote;
   if (column.name.size() > kLongestName) {
     return "has a name that needs quotes and is then " + std::to_string(column.name.size()) +
            " bytes long; names have at most 64";
   }
+  /* Backticks do not help every name with a double quote. */
   return ORLValidName(ec, column.name.c_str(), nullptr) == 1
              ? std::string()
-             : "has a name that no formula can write: " + column.name;
+             : "has a name that no formula can write: " + header;
 }
 
 bool CheckDuplicates(const ScanState &state, std::string &error) {

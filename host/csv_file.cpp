@@ -15,6 +15,7 @@ constexpr size_t kLongestField = size_t{16} << 20;
 
 /* What the two callbacks of the CSV parser work on. */
 struct ReadState {
+  const CsvFile *csv = nullptr;
   CsvRow row;
   int64_t line = 1;      /* the parser's present line */
   int lastEnd = 0;       /* byte that ended the row before */
@@ -57,7 +58,7 @@ void OnField(void *field, size_t length, void *user) {
     state.row.line = state.line;
   }
   if (length != 0 && std::memchr(text, 0, length) != nullptr) {
-    Fail(state, "a zero byte; the file is no text in UTF-8");
+    Fail(state, At(*state.csv, state.line, "a zero byte; the file is no text in UTF-8"));
     return;
   }
   state.afterEnd = false;
@@ -180,6 +181,7 @@ bool CsvRead(CsvFile &csv, CsvRowProc proc, void *user, std::string &error) {
   std::rewind(csv.file);
   error.clear();
   ReadState state;
+  state.csv = &csv;
   state.proc = proc;
   state.user = user;
   state.error = &error;

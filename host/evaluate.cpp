@@ -118,7 +118,6 @@ int Evaluate(EvalState &state) {
     return Complain(error, EXIT_WRONG);
   }
   state.output.format = state.options->format;
-  ProgressStart(state.progress);
   const bool good = CsvRead(state.session->csv, ComputeRow, &state, error);
   OutputEnd(state.output);
   /* The rows before the summary that tells about them, also when both go to one place. */

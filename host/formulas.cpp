@@ -51,38 +51,48 @@ bool CheckNames(EC ec, const std::vector<Formula> &formulas, std::string &error)
   return true;
 }
 
-/* Whether the unknown function of an error is a formula that itself could not be defined: then they
- * wait for each other. */
-bool WaitsForAnother(const std::vector<Formula> &formulas, const Formula &formula,
-                     const FormulaError &error) {
-  const auto offset = static_cast<size_t>(std::max(error.offset, 0));
-  if (error.id != ORL_ERR_FUNC || offset > formula.text.size()) {
-    return false;
-  }
-  const std::string called = formula.text.substr(offset, static_cast<size_t>(error.length));
-  return std::any_of(formulas.begin(), formulas.end(), [&called](const Formula &other) {
-    return other.exp == nullptr &&
-           (called == other.name || called.rfind(other.name + "(", 0) == 0 ||
-            called.rfind(other.name + " ", 0) == 0);
-  });
+/* Tries to define a formula; false when it is wrong in a way that later formulas cannot mend. */
+bool TryDefine(EC ec, Formula &formula) {
+  uint16_t type = 0;
+  formula.exp = ORLParseFormula(ec, nullptr, formula.text.c_str(), formula.name.c_str(),
+                                &formula.problem, &type);
+  formula.type = formula.exp == nullptr ? -1 : type;
+  return formula.exp != nullptr || formula.problem.id == ORL_ERR_FUNC;
 }
 
-bool Report(const std::vector<Formula> &formulas, const Formula &formula,
-            const FormulaError &problem, std::string &error) {
-  error = "formula " + formula.title + ": " + ErrorWithPlace(formula.text, problem);
-  if (WaitsForAnother(formulas, formula, problem)) {
-    error += "The formulas given call each other in a circle.\n";
-  }
+/* Whether the unknown function that a formula calls is one of those given. */
+bool WaitsForAnother(const std::vector<Formula> &formulas, const Formula &formula) {
+  const auto offset = static_cast<size_t>(std::max(formula.problem.offset, 0));
+  const auto length = static_cast<size_t>(std::max(formula.problem.length, 0));
+  std::string called = formula.text.substr(std::min(offset, formula.text.size()), length);
+  called.erase(called.find_last_not_of(" (") + 1);
+  return std::any_of(formulas.begin(), formulas.end(),
+                     [&called](const Formula &other) { return called == other.name; });
+}
+
+bool Report(const Formula &formula, std::string &error) {
+  error = "formula " + formula.title + ": " + ErrorWithPlace(formula.text, formula.problem);
   return false;
 }
 
-/* Defines one formula; true also when it calls a function that may come later. */
-bool TryDefine(EC ec, Formula &formula, FormulaError &problem) {
-  uint16_t type = 0;
-  formula.exp =
-      ORLParseFormula(ec, nullptr, formula.text.c_str(), formula.name.c_str(), &problem, &type);
-  formula.type = formula.exp == nullptr ? -1 : type;
-  return formula.exp != nullptr || problem.id == ORL_ERR_FUNC;
+/* True when no formula is left undefined. Otherwise the cause is the first that calls what nobody
+ * gave; without one they wait for each other. */
+bool AllDefined(const std::vector<Formula> &formulas, std::string &error) {
+  const Formula *waiting = nullptr;
+  for (const Formula &formula : formulas) {
+    if (formula.exp != nullptr) {
+      continue;
+    }
+    if (!WaitsForAnother(formulas, formula)) {
+      return Report(formula, error);
+    }
+    waiting = waiting == nullptr ? &formula : waiting;
+  }
+  if (waiting != nullptr) {
+    Report(*waiting, error);
+    error += "The formulas given call each other in a circle.\n";
+  }
+  return waiting == nullptr;
 }
 
 }  // namespace
@@ -110,27 +120,17 @@ bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error) {
   /* A formula can call only what is defined; so those that call a later one wait for a round. */
   for (bool moved = true; moved;) {
     moved = false;
-    const Formula *waiting = nullptr;
-    FormulaError first = {};
     for (Formula &formula : formulas) {
-      FormulaError problem = {};
       if (formula.exp != nullptr) {
         continue;
       }
-      if (!TryDefine(ec, formula, problem)) {
-        return Report(formulas, formula, problem, error);
+      if (!TryDefine(ec, formula)) {
+        return Report(formula, error);
       }
       moved = moved || formula.exp != nullptr;
-      if (formula.exp == nullptr && waiting == nullptr) {
-        waiting = &formula;
-        first = problem;
-      }
-    }
-    if (!moved && waiting != nullptr) {
-      return Report(formulas, *waiting, first, error);
     }
   }
-  return true;
+  return AllDefined(formulas, error);
 }
 
 std::string ErrorWithPlace(const std::string &text, const FormulaError &error) {

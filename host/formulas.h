@@ -12,6 +12,7 @@ struct Formula {
   std::string title; /* the name without quotes around it, as the output shows it */
   HEXP exp = nullptr;
   int32_t type = -1;
+  FormulaError problem = {}; /* why it is not defined */
 };
 
 /* Takes NAME=TEXT apart. The name may be in quotes, where a "=" of its own may stand. False with a

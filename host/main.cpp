@@ -22,7 +22,7 @@ constexpr const char *kDescription =
     "where the name is not a plain one. DATA.csv may be - for standard input.\n";
 
 constexpr const char *kFooter =
-    "\nExamples:\n"
+    "Examples:\n"
     "  orli items data/weather.csv\n"
     "  orli check data/weather.csv 'temp_max - temp_min'\n"
     "  orli eval data/weather.csv --formula range='temp_max - temp_min' \\\n"
@@ -36,47 +36,52 @@ struct CommandLine {
   EvalOptions eval;
 };
 
-CLI::App *AddCommand(CLI::App &app, const char *name, const char *description) {
-  CLI::App *command = app.add_subcommand(name, description);
-  command->failure_message(CLI::FailureMessage::simple);
-  return command;
+/* A check that says nothing about itself in the help. */
+CLI::Validator Silent(CLI::Validator validator) {
+  validator.description("");
+  return validator;
+}
+
+void AddData(CLI::App *command, CommandLine &line) {
+  command->add_option("DATA.csv", line.data, "The file, or - for standard input")
+      ->required()
+      ->type_name("");
 }
 
 void AddItems(CLI::App &app, CommandLine &line, int &status) {
-  CLI::App *items = AddCommand(app, "items", "List the columns: name, type, rows filled, example");
-  items->add_option("DATA.csv", line.data, "The file")->required();
+  CLI::App *items = app.add_subcommand("items", "List columns: name, type, rows filled, example");
+  AddData(items, line);
   items->final_callback([&line, &status] { status = RunItems(line.data); });
 }
 
 void AddFunctions(CLI::App &app, int &status) {
-  CLI::App *functions = AddCommand(app, "functions", "List the functions and their argument types");
+  CLI::App *functions = app.add_subcommand("functions", "List functions and their argument types");
   functions->final_callback([&status] { status = RunFunctions(); });
 }
 
 void AddCheck(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *check =
-      AddCommand(app, "check", "Tell the type of a formula, or what is wrong with it and where");
-  check->add_option("DATA.csv", line.data, "The file")->required();
-  check->add_option("TEXT", line.text, "The formula")->required();
+      app.add_subcommand("check", "Tell a formula's type, or what is wrong and where");
+  AddData(check, line);
+  check->add_option("TEXT", line.text, "The formula")->required()->type_name("");
   check->final_callback([&line, &status] { status = RunCheck(line.data, line.text); });
 }
 
 void AddEval(CLI::App &app, CommandLine &line, int &status) {
-  CLI::App *eval = AddCommand(app, "eval", "Compute formulas for each row");
-  eval->add_option("DATA.csv", line.data, "The file")->required();
+  CLI::App *eval = app.add_subcommand("eval", "Compute formulas for each row");
+  AddData(eval, line);
   eval->add_option(
           "-f,--formula", line.eval.formulas,
-          "A formula, NAME=TEXT; as often as wanted. Formulas may call each other, in any\n"
-          "order, by NAME()")
+          "A formula; as often as wanted. Formulas may\ncall each other, in any order: NAME()")
       ->required()
       ->type_name("NAME=TEXT")
       ->allow_extra_args(false);
   eval->add_option("-n,--limit", line.eval.limit, "Compute the first N rows only")
       ->type_name("N")
-      ->check(CLI::NonNegativeNumber);
-  eval->add_option("--format", line.format, "How the rows are written: table or csv")
+      ->check(Silent(CLI::NonNegativeNumber));
+  eval->add_option("--format", line.format, "How the rows are written; a table if not told")
       ->type_name("table|csv")
-      ->check(CLI::IsMember({"table", "csv"}));
+      ->check(Silent(CLI::IsMember({"table", "csv"})));
   eval->final_callback([&line, &status] {
     line.eval.data = line.data;
     line.eval.format = line.format == "csv" ? OUTPUT_CSV : OUTPUT_TABLE;
@@ -84,16 +89,25 @@ void AddEval(CLI::App &app, CommandLine &line, int &status) {
   });
 }
 
+void StyleHelp(CLI::App &app) {
+  constexpr size_t kColumn = 44;
+  app.get_formatter()->column_width(kColumn);
+  app.get_formatter()->label("REQUIRED", "(required)");
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.get_formatter()->label("Subcommands", "Commands");
+}
+
 int Run(int argc, char **argv) {
   CommandLine line;
   int status = EXIT_GOOD;
   CLI::App app(kDescription, "orli");
   app.require_subcommand(1);
-  app.footer(kFooter);
+  StyleHelp(app);
   AddItems(app, line, status);
   AddFunctions(app, status);
   AddCheck(app, line, status);
   AddEval(app, line, status);
+  app.footer(kFooter);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &help) {

@@ -19,7 +19,7 @@ int CountDigits(const char *text) {
   return digits;
 }
 
-bool NumberCell(const NumberValue &value, std::string &cell) {
+bool PlainNumber(const NumberValue &value, std::string &cell) {
   std::array<char, kFormatRoom> text;
   FormatRecord record;
   WRENFmtInit(&record);
@@ -30,6 +30,37 @@ bool NumberCell(const NumberValue &value, std::string &cell) {
   record.number = value;
   const bool good = WRENFmtNumber(&record) == 1;
   cell = good ? text.data() : "";
+  return good;
+}
+
+NumberValue NumberOf(const char *text) {
+  NumberValue value;
+  WRENNumFromText(&value, text);
+  return value;
+}
+
+/* One digit before the point and an exponent, for a number that has too many zeros to write out.
+ * Steps by ten are exact. */
+bool NumberWithExponent(NumberValue value, std::string &cell) {
+  const NumberValue one = NumberOf("1");
+  const NumberValue ten = NumberOf("10");
+  const NumberValue tenth = NumberOf("0.1");
+  NumberValue zero;
+  WRENNumSetZero(&zero);
+  const bool negative = WRENNumCompare(&value, &zero) < 0;
+  if (negative) {
+    WRENNumNegate(&value);
+  }
+  int exponent = 0;
+  for (; WRENNumCompare(&value, &ten) >= 0; ++exponent) {
+    WRENNumMul(&value, &value, &tenth);
+  }
+  for (; WRENNumCompare(&value, &one) < 0 && WRENNumIsZero(&value) == 0; --exponent) {
+    WRENNumMul(&value, &value, &ten);
+  }
+  std::string digits;
+  const bool good = PlainNumber(value, digits);
+  cell = (negative ? "-" : "") + digits + "e" + std::to_string(exponent);
   return good;
 }
 
@@ -90,5 +121,6 @@ bool CellFromValue(int32_t type, const void *value, std::string &cell) {
     cell.clear();
     return true;
   }
-  return type == ORL_TYPE_DATE ? DateCell(number, cell) : NumberCell(number, cell);
+  return type == ORL_TYPE_DATE ? DateCell(number, cell)
+                               : PlainNumber(number, cell) || NumberWithExponent(number, cell);
 }

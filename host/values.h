@@ -12,9 +12,10 @@ bool NumberFromField(const char *text, NumberValue *value);
 /* ISO dates, and what the country settings allow; a time alone is no date. */
 bool DateFromField(const char *text, NumberValue *value);
 
-/* The text of a computed value of type Number, Date or String: plain decimal digits, an ISO date
- * with the time when it is not midnight, the text itself. Null values give the empty text. False
- * when a number has more digits than a text of the engine holds. */
+/* The text of a computed value of type Number, Date or String: plain decimal digits
+ * (with an exponent where they are more than 99), an ISO date with the time when it is not
+ * midnight, the text itself. Null values give the empty text. False when the engine cannot write
+ * the value. */
 bool CellFromValue(int32_t type, const void *value, std::string &cell);
 
 #endif

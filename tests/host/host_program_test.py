@@ -9,7 +9,7 @@ import threading
 import support
 from support import run
 
-SMALL = "day,amount,tax,note\n2024-01-31,10,0.5,a\n2024-02-29 13:05:09,,0.25,\"b, \"\"c\"\"\"\n,-3,1e2,\n"
+SMALL = "sold,amount,tax,note\n2024-01-31,10,0.5,a\n2024-02-29 13:05:09,,0.25,\"b, \"\"c\"\"\"\n,-3,1e2,\n"
 
 
 class Columns(support.FolderCase):
@@ -24,7 +24,7 @@ class Columns(support.FolderCase):
         self.assertEqual(output.decode(), """\
 name    type    filled  example
 ------  ------  ------  ----------
-day     Date         2  2024-01-31
+sold    Date         2  2024-01-31
 amount  Number       2  10
 tax     Number       3  0.5
 note    String       2  a
@@ -54,7 +54,7 @@ note    String       2  a
             ("wind", "wind"), ("wind speed", '"wind speed"'), ("2nd", '"2nd"'), ("AND", '"AND"'),
             ("Day", '"Day"'), ("hours", '"hours"'), ("a-b", '"a-b"'), ("x.y", "x.y"),
             ("x.", '"x."'), ("a.b.c.d", '"a.b.c.d"'), ("@pi", '"@pi"'), ("größe", "größe"),
-            ("日本", "日本"), ("naïve café", '"naïve café"'), ('5" pipe', '`5" pipe`'),
+            ("日本", "日本"), ("naïve café", '"naïve café"'), ('5"pipe', '`5"pipe`'),
             ("it`s", '"it`s"'), ("n" * 64, "n" * 64), ("n n" + "n" * 59, '"n n' + "n" * 59 + '"'),
             ("two\nlines", '"two\nlines"'), ("It's", '"It\'s"'), ("a||b", '"a||b"'),
         )
@@ -107,7 +107,8 @@ note    String       2  a
             (b"a,,c\n1,2,3\n", "column 2 has no name"),
             (b"a," + b"n" * 65 + b"\n1,2\n", "column 2 has a name of 65 bytes; names have at most 64"),
             (b"a," + b"n n" + b"n" * 60 + b"\n1,2\n", "needs quotes and is then 65 bytes long"),
-            (b'a,"""`"\n1,2\n', "both kinds of quotes"),
+            (b'a,"""`"\n1,2\n', 'has a name that no formula can write: "`'),
+            (b'a,"5"" pipe"\n1,2\n', 'has a name that no formula can write: 5" pipe'),
             (b"a,b\n" + b'"' + b"x" * (17 << 20), "a field of more than 16 MiB"),
         )
         for content, words in rows:
@@ -136,18 +137,14 @@ class Check(support.FolderCase):
     def test_tells_the_type(self):
         path = self.file(SMALL)
         rows = (
-            ("amount * tax", "Number"), ("day + 3 DAYS", "Date"), ("day - day", "Number"),
+            ("amount * tax", "Number"), ("sold + 3 DAYS", "Date"), ("sold - sold", "Number"),
             ("note || 'x'", "String"), ("amount AND tax", "range of Number"),
-            ("day, day + 1", "set of Date"), ("'a', note", "set of String"), ("-1", "Number"),
-            ("items", None),
+            ("sold, sold + 1", "set of Date"), ("'a', note", "set of String"), ("-1", "Number"),
         )
         for text, expected in rows:
             with self.subTest(text=text):
                 status, output, errors = run("check", path, "--", text)
-                if expected is not None:
-                    self.assertEqual((status, output.decode(), errors), (0, expected + "\n", b""))
-                else:
-                    self.assertEqual((status, errors), (1, b""))
+                self.assertEqual((status, output.decode(), errors), (0, expected + "\n", b""))
 
     def test_underlines_what_is_wrong(self):
         path = self.file(SMALL)
@@ -158,12 +155,12 @@ class Check(support.FolderCase):
             ("", "ERR_SYNTAX: Incomplete or invalid formula\n  \n  ^\n"),
             ("amount\t+ ;", "ERR_UNKNOWNCHAR: This character is not allowed here.\n"
                             "  amount  + ;\n            ^\n"),
-            ("1 +\nday", "ERR_TYPENUM: Input item, constant, or function must be Number data type.\n"
-                         "  1 +\n  day\n  ^^^\n"),
-            ("note || 'ä' || day", "ERR_TYPESTR: Literal or function must be String data type.\n"
-                                   "  note || 'ä' || day\n                 ^^^\n"),
-            ("amount AND day", "ERR_BETWEEN: Data types must match.\n"
-                               "  amount AND day\n             ^^^\n"),
+            ("1 +\nsold", "ERR_TYPENUM: Input item, constant, or function must be Number data type.\n"
+                         "  1 +\n  sold\n  ^^^^\n"),
+            ("note || 'ä' || sold", "ERR_TYPESTR: Literal or function must be String data type.\n"
+                                   "  note || 'ä' || sold\n                 ^^^^\n"),
+            ("amount AND sold", "ERR_BETWEEN: Data types must match.\n"
+                               "  amount AND sold\n             ^^^^\n"),
         )
         for text, expected in rows:
             with self.subTest(text=text):
@@ -177,10 +174,10 @@ class Eval(support.FolderCase):
 
     def test_table(self):
         status, output, errors = self.evaluate(
-            "--formula", "day=day", "--formula", "total=amount + tax", "--formula", "note=note")
+            "--formula", "sold=sold", "--formula", "total=amount + tax", "--formula", "note=note")
         self.assertEqual(status, 0, errors)
         self.assertEqual(output.decode(), """\
-day                  total  note
+sold                 total  note
 -------------------  -----  ------
 2024-01-31            10.5  a
 2024-02-29 13:05:09   0.25  b, "c"
@@ -191,7 +188,7 @@ day                  total  note
     def test_columns_of_a_table_fit_wide_and_foreign_text(self):
         content = "a,b\nxyz,1\n日本,22\né,333\n\"p\tq\nr\",4\n"
         _, output, _ = self.evaluate("-f", "text=a", "-f", "n=b", content=content)
-        self.assertEqual(output.decode(), "text    n\n-----  ---\nxyz      1\n日本    22\n"
+        self.assertEqual(output.decode(), "text     n\n-----  ---\nxyz      1\n日本    22\n"
                          "é      333\np␉q␊r    4\n")
 
     def test_a_long_table_keeps_the_widths_of_its_start(self):
@@ -224,11 +221,25 @@ day                  total  note
                 self.assertTrue(errors.startswith(f"{rows} row".encode()), errors)
 
     def test_a_formula_without_value_is_empty_and_counted(self):
-        # Its table function has no routine in a build where the last column is told as missing.
-        status, output, errors = self.evaluate("--format", "csv", "-f", "a=tax",
-                                               "-f", "long=day + 99999999 DAYS - day")
-        self.assertEqual(status, 0, errors)
-        self.assertEqual(len(output.splitlines()), 4)
+        listed = run("functions")[1].decode()
+        call = re.search(r"^(\w+)\(Number, Number\) .*not available$", listed, re.MULTILINE)
+        if call is None:
+            self.skipTest("every function of two numbers has a routine")
+        status, output, errors = self.evaluate("--format", "csv", "-f", "a=tax", "-f",
+                                               f"b={call[1]}(tax, 2)", "--limit", "2")
+        self.assertEqual((status, output), (0, b"a,b\r\n0.5,\r\n0.25,\r\n"))
+        self.assertIn(b"orli: formula b has no value in 2 of 2 rows\n", errors)
+
+    def test_numbers_are_written_exactly(self):
+        rows = (("0.1 + 0.2", "0.3"), ("1 / 3", "0." + "3" * 26), ("1000000 * 1000000", "1" + "0" * 12),
+                ("-0.5", "-0.5"), ("12.50", "12.5"), ("big * 1", "1" + "0" * 90),
+                ("big * 1234567890123 * 0.5", "6.172839450615e101"), ("big * -1 * 10000000000", "-1e100"),
+                ("small / 10000000000", "1e-110"))
+        for text, expected in rows:
+            with self.subTest(text=text):
+                status, output, errors = self.evaluate("--format", "csv", "-f", f"f={text}",
+                                                       content="big,small\n1e90,1e-100\n")
+                self.assertEqual((status, output.decode()), (0, f"f\r\n{expected}\r\n"), errors)
 
     def test_wrong_formulas(self):
         rows = (
@@ -247,7 +258,7 @@ day                  total  note
              "The formulas given call each other in a circle.\n"),
             (["a=a() + 1"], "orli: formula a: ERR_FUNC: Unknown function.\n  a() + 1\n  ^^\n"
                             "The formulas given call each other in a circle.\n"),
-            (["a=b()", "b=d()"], "orli: formula a: ERR_FUNC: Unknown function.\n  b()\n  ^^\n"),
+            (["a=b()", "b=d()"], "orli: formula b: ERR_FUNC: Unknown function.\n  d()\n  ^^\n"),
         )
         for formulas, expected in rows:
             with self.subTest(formulas=formulas):
@@ -304,9 +315,9 @@ class CommandLine(support.FolderCase):
                 self.assertEqual(calls.pop(call), names[int(result)])
         self.assertEqual(calls, {})
         missing = {row[0].split("(")[0] for row in rows if row[2:] == ["not available"]}
-        exported = (support.ROOT / "cmake/exports/ORLI11.txt").read_text().split()
-        self.assertEqual(missing, {call[0].split("(")[0] for call in rows
-                                   if "FUN" + call[0].split("(")[0] not in exported})
+        # The list of exported names marks what is not built yet.
+        listed = (support.ROOT / "cmake/exports/ORLI11.txt").read_text()
+        self.assertEqual(missing, set(re.findall(r"^- FUN(\w+)", listed, re.MULTILINE)))
 
     def test_a_reader_that_goes_away_ends_the_run_quietly(self):
         path = self.file("a\n" + "1\n" * 200000)

@@ -42,8 +42,8 @@ FORMULAS = (
     ("third", "precipitation / 3 / 7", lambda row: PRECIPITATION(row) / 3 / 7),
     ("ratio", "temp_max / wind", lambda row: HIGH(row) / WIND(row)),
     ("through_zero", "temp_max / (wind - wind)", lambda row: decimal.Decimal(0)),
-    ("year", "DateYear(date)", lambda row: decimal.Decimal(date_of(row).year)),
-    ("month", "DateMonth(date)", lambda row: decimal.Decimal(date_of(row).month)),
+    ("year_of", "DateYear(date)", lambda row: decimal.Decimal(date_of(row).year)),
+    ("month_of", "DateMonth(date)", lambda row: decimal.Decimal(date_of(row).month)),
     ("quarter", "DateQuarter(date)", lambda row: decimal.Decimal((date_of(row).month + 2) // 3)),
     # 0 is Saturday; Python's weeks begin on Monday with 0.
     ("weekday", "WeekDay(date)", lambda row: decimal.Decimal((date_of(row).weekday() + 2) % 7)),
