@@ -33,6 +33,6 @@ void Parse(benchmark::State &state) {
   state.counters["bytes"] = static_cast<double>(text.size());
   ORLDestroyEC(ec);
 }
-BENCHMARK(Parse)->Arg(kShort)->Arg(200)->Arg(2000)->Arg(20000)->Arg(200000);
+BENCHMARK(Parse)->Arg(kShort)->Arg(200)->Arg(2000)->Arg(20000)->Arg(200000)->Arg(2000000);
 
 }  // namespace

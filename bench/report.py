@@ -58,10 +58,10 @@ def report_evaluation(best):
 
 def report_parsing(best):
     print("\nParse by length")
-    for name, row in best.items():
-        if name.startswith("Parse/"):
-            size = row["bytes"]
-            print(f"  {size:8.0f} bytes            {row['ns']:12.1f} ns    {row['ns'] / size:6.2f} ns a byte")
+    rows = [row for name, row in best.items() if name.startswith("Parse/")]
+    for row in sorted(rows, key=lambda row: row["bytes"]):
+        size = row["bytes"]
+        print(f"  {size:8.0f} bytes             {row['ns']:12.1f} ns    {row['ns'] / size:6.2f} ns a byte")
 
 
 def report_scale(best):
