@@ -168,16 +168,12 @@ void Walk(Evaluation &run, HEXP exp) {
   FormulaFrame *frame = StackPush(run.formulas);
   *frame = FormulaFrame{exp, nullptr, exp->evaluation};
   exp->evaluation = &run;
-  run.expression = exp;
   Position at = Down(exp->tree);
-  while (!run.outOfMemory) {
+  while (run.formulas.count > 0 && !run.outOfMemory) {
     if (at.down) {
       at = GoDown(run, at.node);
     } else if (at.node == run.expression->tree) {
       at = Up(LeaveFormula(run));
-      if (at.node == nullptr) {
-        return;
-      }
     } else {
       at = GoUp(run, at.node);
     }
@@ -207,7 +203,7 @@ const ExprItem *BoundFunction(EC ec, ExprNode *node) {
 
 const Value *EvaluationRun(Evaluation &run, EC ec, HEXP exp) {
   run.ec = ec;
-  run.expression = nullptr;
+  run.expression = exp;
   run.spare = nullptr;
   run.outOfMemory = false;
   StackBegin(run.values);
