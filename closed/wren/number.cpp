@@ -174,8 +174,12 @@ void Divide(NumberValue *result, const Decimal &a, const Decimal &b) {
 bool CutBelow(Decimal *d, int64_t place) {
   const int64_t drop = place - d->exponent;
   if (drop <= 0) return false;
-  d->coefficient = drop < kPowers ? d->coefficient / kPowersOfTen.of[drop] : 0;
-  d->exponent = static_cast<int32_t>(d->exponent + drop);
+  if (drop < kPowers) {
+    d->coefficient /= kPowersOfTen.of[drop];
+    d->exponent += static_cast<int32_t>(drop);
+  } else {
+    *d = {};
+  }
   return true;
 }
 
@@ -264,13 +268,13 @@ void WRENNumRound(NumberValue *result, const NumberValue *value, int32_t decimal
     return;
   }
   const int64_t drop = -static_cast<int64_t>(decimals) - d.exponent;
-  if (drop <= 0 || d.coefficient == 0) {
+  if (drop <= 0) {
     DecimalStore(result, d);
+  } else if (drop >= kPowers) {
+    DecimalStore(result, {});
   } else {
-    d.coefficient = DecimalDropDigits(d.coefficient, drop);
-    // Where `drop` is beyond all digits the coefficient is zero, and its exponent without meaning.
-    d.exponent = drop < kPowers ? static_cast<int32_t>(d.exponent + drop) : 0;
-    DecimalFinish(result, d.coefficient, d.exponent, d.negative);
+    DecimalFinish(result, DecimalDropDigits(d.coefficient, drop),
+                  d.exponent + static_cast<int32_t>(drop), d.negative);
   }
 }
 
@@ -281,7 +285,7 @@ void WRENNumTruncate(NumberValue *value, int32_t precision, int32_t decimals) {
     return;
   }
   const int64_t lead = static_cast<int64_t>(DecimalDigitCount(d.coefficient)) + d.exponent;
-  const int64_t byPrecision = lead - (precision > 0 ? precision : 0);
+  const int64_t byPrecision = lead - precision;
   const int64_t byDecimals = -static_cast<int64_t>(decimals);
   if (CutBelow(&d, byPrecision > byDecimals ? byPrecision : byDecimals)) {
     DecimalFinish(value, d.coefficient, d.exponent, d.negative);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
@@ -20,16 +21,19 @@ NumberValue Number(const char *text) {
   return value;
 }
 
+template <size_t Room>
+void Set(char (&target)[Room], const char *text) {
+  std::snprintf(target, Room, "%s", text);
+}
+
 // Countries whose ways differ from the built-in one; their locales need not be installed.
 Country With(const char *decimal, const char *thousands, const char *sign, bool signFirst) {
   Country country = CountryBuiltIn();
-  for (char *target : {country.decimalSeparator, country.currencyDecimalSeparator}) {
-    std::strcpy(target, decimal);
-  }
-  for (char *target : {country.thousandsSeparator, country.currencyThousandsSeparator}) {
-    std::strcpy(target, thousands);
-  }
-  std::strcpy(country.currencySign, sign);
+  Set(country.decimalSeparator, decimal);
+  Set(country.currencyDecimalSeparator, decimal);
+  Set(country.thousandsSeparator, thousands);
+  Set(country.currencyThousandsSeparator, thousands);
+  Set(country.currencySign, sign);
   country.currencySignFirst = signFirst;
   country.currencySpace = !signFirst;
   country.negativeInParentheses = signFirst;
@@ -52,7 +56,7 @@ Country Indian() {
 
 Country Swiss() {  // amounts with a point, plain numbers with a comma
   Country country = With(",", "'", "CHF", true);
-  std::strcpy(country.currencyDecimalSeparator, ".");
+  Set(country.currencyDecimalSeparator, ".");
   country.currencySpace = true;
   country.negativeInParentheses = false;
   return country;
@@ -369,11 +373,12 @@ TEST_F(NumberFormat, PicturesInOtherCodePages) {
             "\x95\x5C"
             "5");
   EXPECT_EQ(UnderPicture("0\x83", "5", BuiltIn()), "5\x83") << "a lead byte at the end";
+  EXPECT_EQ(UnderPicture("\"\x83\"0", "5", BuiltIn()), "failed") << "no quote but a second byte";
   ASSERT_EQ(WRENSetCodePage(65001), 1);
   EXPECT_EQ(UnderPicture("0 \xE2\x82\xAC", "5", BuiltIn()), "5 \xE2\x82\xAC");
   FormatRecord record = CountryRecord(WREN_FMT_NUMBER, "0");
   Country country = German();
-  std::strcpy(country.thousandsSeparator, "\xE2\x80\xAF");
+  Set(country.thousandsSeparator, "\xE2\x80\xAF");
   for (const char *text : {"1\342\200\257234,5", "1\302\240234,5", "1 234,5"}) {
     record.input = text;
     EXPECT_EQ(ParseNumberBy(&record, country), 1) << text;
