@@ -41,9 +41,13 @@ int32_t WRENFmtWidth(FormatRecord *record, int32_t width) {
       for (int32_t hour = 10; hour < 24; hour += 12) {
         sample.parts = {month, day, 2000, hour, 59, 59, 999999};
         const DateTextResult result = WriteDateText(sample);
-        widest = std::max(widest, result == DateTextResult::TooLong
-                                      ? kDateTextRoom - 1
-                                      : static_cast<int32_t>(strlen(text)));
+        if (result == DateTextResult::Refused) {
+          return width;
+        }
+        if (result == DateTextResult::TooLong) {
+          return std::max(width, kDateTextRoom - 1);
+        }
+        widest = std::max(widest, static_cast<int32_t>(strlen(text)));
       }
     }
   }

@@ -1,0 +1,29 @@
+// What the tests of dates share.
+#ifndef ORLI11_TESTS_DATES_DATE_SUPPORT_H
+#define ORLI11_TESTS_DATES_DATE_SUPPORT_H
+
+#include <string>
+
+#include "pavni11.h"
+
+// The C locale's conventions and code page 1252, again at the end of the scope.
+struct PlainSettings {
+  PlainSettings();
+  ~PlainSettings();
+  PlainSettings(const PlainSettings &) = delete;
+  PlainSettings &operator=(const PlainSettings &) = delete;
+};
+
+// "2012-01-31 10:30:15.250000", without the fraction when it is zero.
+std::string Iso(const DateTimeParts &parts);
+// The same for a stored date; "null" for a null one.
+std::string Iso(const NumberValue &date);
+
+DateTimeParts Parts(int32_t year, int32_t month, int32_t day, int32_t hour = 0, int32_t minute = 0,
+                    int32_t second = 0, int32_t fraction = 0);
+// A stored date by its text as Iso() writes it, or without the time; "null" for the null date.
+NumberValue Stored(const std::string &iso);
+NumberValue Number(int32_t value);
+std::string NumberText(const NumberValue &value);
+
+#endif
