@@ -197,6 +197,14 @@ TEST(Names, ThatMeanSomethingElseGiveNoValue) {
        },
        "none"},
       {"formula gone", "Total() + 1", moveTotal, "none"},
+      {"formula has another name", "Total() + 1",
+       [](EC ec) { Store(ec, ORLHEXPFromName(ec, "Total"), "3", "Moved"); }, "none"},
+      {"another formula has its name", "Total() + 1",
+       [](EC ec) {
+         Store(ec, ORLHEXPFromName(ec, "Total"), "3", "Moved");
+         Store(ec, nullptr, "70", "Total");
+       },
+       "71"},
       {"formula is text now", "Total() + 1",
        [&](EC ec) { moveTotal(ec), Parse(ec, "'abc'", "Total"); }, "none"},
       {"formula is a range now", "Total() + 1",
