@@ -13,27 +13,20 @@ namespace {
 
 enum class NameVerdict : uint8_t { Valid, Invalid, NoMemory };
 
-// A name is one token that reads as a name and holds no blanks at its ends.
+// A name is one token that reads as a name and is the whole text: blanks at its ends or parentheses
+// around it are no part of a name.
 NameVerdict CheckName(EC ec, const char *name) {
   ParseState &state = CurrentParseState();
   ResetParseState(state, ec, name, true);
   if (RunParser(state) != 0) {
     return state.error.id == ORL_ERR_MEMORY ? NameVerdict::NoMemory : NameVerdict::Invalid;
   }
-  const bool isName = state.root->kind == NODE_ITEM;
+  const ExprNode *root = state.root;
+  const bool isName =
+      root->kind == NODE_ITEM && root->offset == 0 && root->length == WRENStrLen(name);
   ExprNodeFree(state.root);
   state.root = nullptr;
-  if (!isName) {
-    return NameVerdict::Invalid;
-  }
-  char *folded = CopyText(name);
-  if (folded == nullptr) {
-    return NameVerdict::NoMemory;
-  }
-  WRENStrFold(folded);
-  const bool same = WRENStrEqualNoCase(folded, name) != 0;
-  WRENMemFree(folded);
-  return same ? NameVerdict::Valid : NameVerdict::Invalid;
+  return isName ? NameVerdict::Valid : NameVerdict::Invalid;
 }
 
 ExpressionClass ClassOf(const ExprNode *root) {
