@@ -112,12 +112,14 @@ Chars AllCharacters(int32_t page) {
   Chars all;
   for (uint32_t code = 0x80; code < end; ++code) {
     std::string bytes = {static_cast<char>(code)};
+    bool whole = code < 0xD800 || code > 0xDFFF;  // no surrogate
     if (page == 65001) {
       bytes = Utf8Of(code);
-    } else if (code >= 0x100) {
-      bytes.insert(0, 1, static_cast<char>(code >> 8));
+    } else {
+      bytes.insert(0, code < 0x100 ? 0 : 1, static_cast<char>(code >> 8));
+      whole = bytes.back() != 0 && SplitChars(bytes, page).size() == 1;
     }
-    if (bytes.back() != 0 && SplitChars(bytes, page).size() == 1) {
+    if (whole) {
       all.push_back(bytes);
     }
   }
