@@ -62,7 +62,8 @@ TEST(Registry, EveryRowCanBeCalled) {
       if (i != 0) arguments += ", ";
       arguments += literals[ItemParameters(row)[i].dataType];
     }
-    const std::string text = name + "(" + arguments;
+    std::string text = name;
+    text.append("(").append(arguments);
     EXPECT_EQ(Outcome(Parse(ec, text + ")")), "type " + std::to_string(row->dataType)) << text;
     EXPECT_EQ(Parse(ec, text + ", 1)").error.id, ORL_ERR_NUMPARMSHI) << text;
   }
