@@ -8,5 +8,8 @@ shift
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 { cmake --preset "$preset" "$@" && cmake --build --preset "$preset"; } >"$log" 2>&1 || { cat "$log"; exit 1; }
-# A build that works can still warn.
-grep -A3 -E 'warning:' "$log" || true
+# A build that works can still warn. With sanitizers g++ warns about the code of its own library.
+case $preset in
+  asan | tsan) ;;
+  *) grep -A3 -E 'warning:' "$log" || true ;;
+esac
