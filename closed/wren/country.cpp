@@ -52,8 +52,7 @@ constexpr Country kUnitedStates = {
                   ";AM;PM"},
 };
 
-// ---- Conversion
-// ----------------------------------------------------------------------------------
+// ---- Conversion ----
 
 constexpr const char *kBlanks = " \t";
 
@@ -150,8 +149,7 @@ void ConvertSeparator(const Converter &converter, char (&target)[Room], const ch
   }
 }
 
-// ---- Reading a locale
-// ----------------------------------------------------------------------------
+// ---- Reading a locale ----
 
 struct LocaleHandle {
   locale_t locale;
@@ -335,8 +333,7 @@ bool ReadLocale(const char *name, Country &country) {
   return true;
 }
 
-// ---- Sets
-// ----------------------------------------------------------------------------------------
+// ---- Sets ----
 
 struct CountrySet {
   Country source;         // in UTF-8

@@ -10,8 +10,7 @@
 
 namespace {
 
-// ---- Reading a picture
-// ---------------------------------------------------------------------------
+// ---- Reading a picture ----
 
 enum class Field : uint8_t {
   End,
@@ -179,8 +178,7 @@ PictureFacts ReadPicture(const char *picture) {
   }
 }
 
-// ---- Writing
-// -------------------------------------------------------------------------------------
+// ---- Writing ----
 
 struct DateWriter {
   char *text;

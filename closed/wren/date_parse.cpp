@@ -74,11 +74,15 @@ bool SkipBlanks(Cursor &cursor) {
   return cursor.at > start;
 }
 
+// A number beyond every part of a date is none: a long one is given up at once.
 bool ReadNumber(Cursor &cursor, Number &number) {
   number = {0, 0};
   while (IsDigit(Peek(cursor))) {
-    number.value = std::min(number.value * 10 + (*cursor.at++ - '0'), kHugeNumber);
+    number.value = number.value * 10 + (*cursor.at++ - '0');
     number.digits = std::min(number.digits + 1, kHugeNumber);
+    if (number.value >= kHugeNumber) {
+      return false;
+    }
   }
   return number.digits > 0;
 }
@@ -95,8 +99,7 @@ bool ReadFraction(Cursor &cursor, int32_t &microseconds) {
   return cursor.at > start;
 }
 
-// ---- Names
-// ---------------------------------------------------------------------------------------
+// ---- Names ----
 
 bool CopyText(std::string_view text, char (&target)[kWordRoom]) {
   if (text.empty() || text.size() >= kWordRoom) {
@@ -183,8 +186,7 @@ bool ReadMarker(Cursor &cursor, const Conventions &conventions, int32_t &half) {
   return false;
 }
 
-// ---- Times
-// ---------------------------------------------------------------------------------------
+// ---- Times ----
 
 // Reads a time up to the end of the text. `lone` tells whether an hour alone, without minutes and
 // without a marker, is a time.
@@ -224,8 +226,7 @@ bool IsTime(Cursor cursor, const Conventions &conventions) {
   return ReadTime(cursor, conventions, false, parts);
 }
 
-// ---- Dates
-// ---------------------------------------------------------------------------------------
+// ---- Dates ----
 
 int32_t YearOf(const Number &number, int32_t pivotYear) {
   if (number.digits > 2) {

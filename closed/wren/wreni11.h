@@ -28,8 +28,9 @@ extern "C" {
 #endif
 
 /* A number or a date: `length` bytes of payload, 0 for the null value. A number is an exact decimal
- * of up to 26 significant digits; a date holds the seven fields of DateTimeParts. The payload is
- * the library's own; equal values have equal bytes. */
+ * of up to 26 significant digits between 10^-128 and 10^153; a date holds the seven fields of
+ * DateTimeParts, and counts as null where a number is wanted. The payload is the library's own;
+ * equal values have equal bytes. */
 typedef struct {
   uint8_t length;
   uint8_t payload[12];
@@ -58,11 +59,12 @@ WREN_API uint32_t WRENMemSize(const void *block);
 WREN_API int32_t WRENStrLen(const char *text);
 /* Characters of the text, 0 for null. */
 WREN_API int32_t WRENStrChars(const char *text);
-/* The address n characters on, at most the terminator. */
+/* The address n characters on, at most the terminator; null for null. */
 WREN_API char *WRENStrAdvance(const char *text, int32_t n);
-/* The first character that is the single byte `byte`, or null; never a trail byte. */
+/* The first character that is the single byte `byte`, or null; never a trail byte. The terminator
+ * is not found. */
 WREN_API char *WRENStrChr(const char *text, int32_t byte);
-/* The address of the first byte that is no blank (32). */
+/* The address of the first byte that is no blank (32); null for null. */
 WREN_API char *WRENStrSkipBlanks(const char *text);
 /* 1 when the first n characters of both texts are the same, exactly. */
 WREN_API int32_t WRENStrHasPrefix(const char *text, const char *prefix, int32_t n);
@@ -91,7 +93,8 @@ WREN_API void WRENStrMid(char *target, const char *source, int32_t position, int
 WREN_API void WRENStrReplace(char *target, const char *source, const char *replacement,
                              int32_t position, int32_t n);
 /* Strip blanks at both ends, at the end; a capital at the start of each word and small letters
- * behind it. Target and source may be the same. */
+ * behind it. A word is a run of letters and digits, an apostrophe between two of them included.
+ * Target and source may be the same. */
 WREN_API void WRENStrTrim(char *target, const char *source);
 WREN_API void WRENStrRTrim(char *target, const char *source);
 WREN_API void WRENStrProper(char *target, const char *source);
@@ -155,21 +158,21 @@ WREN_API void WRENNumFromText(NumberValue *result, const char *source);
 
 /* What a picture needs of the country settings. The texts belong to the library and stay. */
 typedef struct {
-  int32_t dateOrder;       /* 0 month-day-year, 1 day-month-year, 2 year-month-day */
-  int32_t clock24;         /* 1 when hours count to 24 */
-  int32_t pivotYear;       /* two-digit years fall into pivotYear to pivotYear + 99 */
-  const char *dayNames;    /* fourteen names, each behind a ";": Sunday to Saturday, Sun to Sat */
-  const char *monthNames;  /* twenty-four: January to December, Jan to Dec */
-  const char *markers;     /* two: before and after noon */
+  int32_t dateOrder;      /* 0 month-day-year, 1 day-month-year, 2 year-month-day */
+  int32_t clock24;        /* 1 when hours count to 24 */
+  int32_t pivotYear;      /* two-digit years fall into pivotYear to pivotYear + 99 */
+  const char *dayNames;   /* fourteen names, each behind a ";": Sunday to Saturday, Sun to Sat */
+  const char *monthNames; /* twenty-four: January to December, Jan to Dec */
+  const char *markers;    /* two: before and after noon */
 } LocaleBlock;
 
 enum {
-  WREN_FMT_DATE = 1,      /* a date */
-  WREN_FMT_TIME = 2,      /* a time */
-  WREN_FMT_DATETIME = 3,  /* a date with or without a time */
-  WREN_FMT_NUMBER = 4,    /* a plain number */
-  WREN_FMT_CURRENCY = 5,  /* an amount of money */
-  WREN_FMT_PICTURE = 6,   /* a number under `numberPicture` */
+  WREN_FMT_DATE = 1,     /* a date */
+  WREN_FMT_TIME = 2,     /* a time */
+  WREN_FMT_DATETIME = 3, /* a date with or without a time */
+  WREN_FMT_NUMBER = 4,   /* a plain number */
+  WREN_FMT_CURRENCY = 5, /* an amount of money */
+  WREN_FMT_PICTURE = 6,  /* a number under `numberPicture` */
 
   WREN_FMT_FLAG_RETRY = 1,  /* a second attempt at the same text; no effect on the result */
   WREN_FMT_FLAG_SHORT = 4,  /* reserved: set by nothing, cleared before rewriting */
@@ -179,23 +182,23 @@ enum {
 /* The parameters of one format operation, on the caller's stack; cleared by WRENFmtInit. `output`
  * must have room for 100 bytes: no operation writes more than 99 characters and the terminator. */
 typedef struct {
-  int32_t mode;            /* WREN_FMT_DATE to WREN_FMT_PICTURE */
-  const char *input;       /* text to parse */
-  char *output;            /* receives the text */
-  const char *picture;     /* date picture, twice */
+  int32_t mode;        /* WREN_FMT_DATE to WREN_FMT_PICTURE */
+  const char *input;   /* text to parse */
+  char *output;        /* receives the text */
+  const char *picture; /* date picture, twice */
   const char *picture2;
-  int32_t dateOrder;       /* from the LocaleBlock, as are the next four */
+  int32_t dateOrder; /* from the LocaleBlock, as are the next four */
   int32_t clock24;
   const char *dayNames;
   const char *monthNames;
   const char *markers;
-  int32_t useCountry;      /* 1: by the country settings; 0: by the picture or the fields below */
-  DateTimeParts parts;     /* what a parse yields, what a format reads */
-  int32_t pivotYear;       /* from the LocaleBlock */
+  int32_t useCountry;  /* 1: by the country settings; 0: by the picture or the fields below */
+  DateTimeParts parts; /* what a parse yields, what a format reads */
+  int32_t pivotYear;   /* from the LocaleBlock */
   const char *numberPicture;
   char thousandsSeparator; /* 0: none */
   char decimalSeparator;
-  int32_t fixedDecimals;   /* 1: `decimals` holds */
+  int32_t fixedDecimals; /* 1: `decimals` holds */
   int32_t decimals;
   int32_t flags;
   NumberValue number;
