@@ -10,18 +10,15 @@
 namespace {
 
 void Work(int number, int *faults) {
-  HostData host;
   const std::string value = std::to_string(number);
-  host.values = {{"Amount", value}, {"Start", "2012-01-31"}, {"Name", "T" + value}};
-  const OwnedContext context = StandardContext(ORL_FLAG_RANGES, &host);
-  EC ec = context.get();
-  const std::string spaces(static_cast<size_t>(number), ' ');
+  HostedContext ec(ORL_FLAG_RANGES);
+  ec.host.values = {{"Amount", value}, {"Start", "2012-01-31"}, {"Name", "T" + value}};
   struct Row {
     std::string text, outcome, value;
   };
   const std::vector<Row> rows = {
       {"Amount * 2 + 0.5", "type 0", std::to_string(2 * number) + ".5"},
-      {spaces + "Amount + Nope", "102@" + std::to_string(number + 9) + "+4", ""},
+      {std::string(value.size(), ' ') + "Amount + Nope", "102@10+4", ""},
       {"Name || 'x'", "type 2", "'T" + value + "x'"},
       {"Start + Amount DAYS", "type 1", "2012-02-0" + value},
       {"13/45/99 +", "123@0+8", ""},
@@ -33,8 +30,6 @@ void Work(int number, int *faults) {
       *faults += Outcome(parsed) != row.outcome;
       *faults += parsed.exp != nullptr && Evaluate(ec, parsed.exp) != row.value;
     }
-    const std::string name = NameOf(ec, Parse(ec, "1").exp);
-    *faults += name.compare(0, 7, "Formula") != 0;
     *faults += ORLValidName(nullptr, "a name", nullptr) != 0;
   }
 }
@@ -42,10 +37,10 @@ void Work(int number, int *faults) {
 TEST(Threads, ContextEach) {
   std::vector<int> faults(4);
   std::vector<std::thread> threads;
-  threads.reserve(4);
-  WRENSetCountry("C");
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back(&Work, i + 1, &faults[static_cast<size_t>(i)]);
+  for (int &count : faults) {
+    const int number = static_cast<int>(threads.size()) + 1;
+    threads.emplace_back(&Work, number,
+                         &count);  // NOLINT(performance-inefficient-vector-operation)
   }
   for (std::thread &thread : threads) thread.join();
   EXPECT_EQ(faults, std::vector<int>(4, 0));

@@ -10,153 +10,103 @@
 
 namespace {
 
-using Names = std::set<std::string>;
-
 OwnedContext UsageContext() {
   OwnedContext context(ORLCreateEC(nullptr, nullptr, nullptr, ORL_FLAG_RANGES));
   EC ec = context.get();
-  AddInput(ec, "Amount", 0);
-  AddInput(ec, "Tax", 0);
-  AddInput(ec, "Bonus", 0);
+  for (const char *item : {"Amount", "Tax", "Bonus"}) AddInput(ec, item, 0);
   AddKeyword(ec, "Net Sales", 300, 0, 0);
   AddFunction(ec, {"F", 0, {{0, 0, 0}}, 0, 0, 0, nullptr});
   AddFunction(ec, {"G", 0, {{0, 0, 0}, {1, 0, 0}}, 0, 0, ORL_FUNC_EXPRESSION, nullptr});
   AddFunction(ec, {"K", 0, {{0, 300, 0}}, 0, 0, 0, nullptr});
-  AddFunction(ec, {"Z", 0, {}, 0, 0, 0, nullptr});
   return context;
 }
 
 TEST(Usage, Rows) {
   const OwnedContext context = UsageContext();
   EC ec = context.get();
-  EXPECT_EQ(ORLIsNamedFormulaUsed(ec, "A"), 0);
-  EXPECT_EQ(ORLIsItemUsedInComplex(ec, "Amount"), 0);
-  HEXP a = Parse(ec, "Amount", "A").exp;
-  EXPECT_EQ(ORLIsItemUsedInComplex(ec, "Amount"), 0);
-  HEXP b = Parse(ec, "A()+1", "B").exp;
-  EXPECT_EQ(ORLIsItemUsedInComplex(ec, "Amount"), 1);
-  HEXP c = Parse(ec, "F(Amount+1)", "C").exp;
-  HEXP d = Parse(ec, "F(Amount)", "D").exp;
-  HEXP nested = Parse(ec, "F(F(Tax))", "E").exp;
-  HEXP set = Parse(ec, "1, Bonus + 1, K(Net Sales)", "S").exp;
-  HEXP range = Parse(ec, "1 AND D()", "R").exp;
-  HEXP aggregate = Parse(ec, "1 + G(1, Tax)", "H").exp;
-  HEXP through = Parse(ec, "Z() + F(H())", "I").exp;
+  Make(ec, "F(Amount)", "D");
+  Make(ec, "1, Bonus + 1, K(Net Sales)", "S");
+  Make(ec, "1 AND D()", "R");
+  Make(ec, "1 + G(1, Tax)", "H");
+  HEXP through = Make(ec, "F(H())", "I");
   struct Row {
-    HEXP exp;
+    const char *formula;
+    int32_t kind;
     const char *name;
-    int32_t kind, used;
+    int32_t used;
   };
   const Row rows[] = {
-      {b, "Amount", 1, 1},       {b, "A", 2, 1},           {b, "B", 2, 0},
-      {d, "amount", 1, 0},       {d, "F", 0, 1},           {d, "F", 1, 0},
-      {d, "Amount", 3, 0},       {d, "F", 3, 0},           {d, "Amount", 7, 0},
-      {d, "F", -1, 0},           {c, "Amount", 1, 1},      {a, "F", 0, 0},
-      {set, "Bonus", 1, 1},      {set, "Tax", 1, 0},       {set, "K", 0, 1},
-      {set, "Net Sales", 1, 1},  {set, "net sales", 1, 0}, {set, "Net Sales", 3, 0},
-      {range, "Amount", 1, 1},   {range, "D", 2, 1},       {range, "F", 0, 1},
-      {through, "G", 0, 1},      {through, "Tax", 1, 1},   {through, "Z", 0, 1},
-      {nullptr, "Amount", 1, 0},
+      {"D", 1, "amount", 0}, {"D", 1, "F", 0},         {"D", -1, "F", 0},
+      {"D", 3, "Amount", 0}, {"D", 7, "Amount", 0},    {"D", 3, "F", 0},
+      {"S", 1, "Bonus", 1},  {"S", 1, "Net Sales", 1}, {"S", 1, "net sales", 0},
+      {"S", 0, "K", 1},      {"S", 3, "Net Sales", 0}, {"R", 1, "Amount", 1},
+      {"R", 2, "D", 1},      {"R", 0, "F", 1},
   };
   for (const Row &row : rows) {
-    EXPECT_EQ(ORLIsItemUsed(ec, row.exp, row.kind, row.name), row.used)
-        << (row.exp == nullptr ? "null" : NameOf(ec, row.exp)) << " " << row.kind << row.name;
+    EXPECT_EQ(ORLIsItemUsed(ec, ORLHEXPFromName(ec, row.formula), row.kind, row.name), row.used)
+        << row.formula << " " << row.kind << row.name;
   }
-  EXPECT_EQ(ORLIsNamedFormulaUsed(ec, "A"), 1);
-  EXPECT_EQ(ORLIsNamedFormulaUsed(ec, "B"), 0);
-  EXPECT_EQ(ORLIsFunctionVariableUsed(ec, d, "F", "Amount"), 1);
-  EXPECT_EQ(ORLIsFunctionVariableUsed(ec, c, "F", "Amount"), 0);
-  EXPECT_EQ(ORLIsFunctionVariableUsed(ec, nested, "F", "Tax"), 1);
-  EXPECT_EQ(ORLIsFunctionVariableUsed(ec, range, "F", "Amount"), 1);
-  EXPECT_EQ(ORLIsFunctionVariableUsed(ec, through, "Z", "Tax"), 0);
-  EXPECT_EQ(ORLIsFunctionVariableUsed(ec, nullptr, "F", "Amount"), 0);
-  EXPECT_EQ(ORLIsAggregateUsed(ec, aggregate), 1);
-  EXPECT_EQ(ORLIsAggregateUsed(ec, through), 1);
-  EXPECT_EQ(ORLIsAggregateUsed(ec, set), 0);
-  EXPECT_EQ(ORLIsAggregateUsed(ec, nullptr), 0);
+  EXPECT_EQ(ORLIsFunctionVariableUsed(ec, ORLHEXPFromName(ec, "R"), "F", "Amount"), 1);
   for (int32_t kind : {-1, 0, 1, 2, 3}) {
-    EXPECT_EQ(ORLIsItemAggregate(ec, kind, "G"), kind == 0 ? 1 : 0) << kind;
-    EXPECT_EQ(ORLIsItemAggregate(ec, kind, "F"), 0) << kind;
-    EXPECT_EQ(ORLIsItemAggregate(ec, kind, "Amount"), 0) << kind;
-    EXPECT_EQ(ORLIsItemAggregate(ec, kind, "Net Sales"), 0) << kind;
+    for (const char *name : {"F", "G", "Amount", "Net Sales"}) {
+      EXPECT_EQ(ORLIsItemAggregate(ec, kind, name), kind == 0 && *name == 'G') << kind << name;
+    }
   }
   // What is gone counts as a dead end.
+  EXPECT_EQ(ORLIsAggregateUsed(ec, through), 1);
   ORLDelExpItemNoCheck(ec, ORL_FUNCTION, "G");
   EXPECT_EQ(ORLIsAggregateUsed(ec, through), 0);
   EXPECT_EQ(ORLIsItemUsed(ec, through, 0, "G"), 1);
-  ASSERT_NE(Store(ec, aggregate, "1", "Renamed").exp, nullptr);
+  ASSERT_NE(Store(ec, ORLHEXPFromName(ec, "H"), "1", "Renamed").exp, nullptr);
   EXPECT_EQ(ORLIsItemUsed(ec, through, 1, "Tax"), 0);
   EXPECT_EQ(ORLIsItemUsed(ec, through, 2, "H"), 1);
 }
 
-// ---- Random contexts against a model that holds each formula's direct uses ----
+// ---- Random contexts against a model that holds what each formula uses ----
+
+const char *const kItems[] = {"Amount", "Tax", "Bonus"};
 
 struct Model {
   std::string name;
-  Names items, functions, formulas, pairs;  // pairs: "F/Amount" for a call with the bare item
-  bool bare;                                // the text is one item
+  std::set<std::string> uses;  // kind and name, "1Tax"; "F/Tax" for a call with just that item
+  bool isItem, isSet;
 };
 
-std::string RandomTerm(std::mt19937 &random, const std::vector<Model> &known, int depth,
-                       Model &model);
-
-// An argument of `function`; notes the pair when it is a bare item.
-std::string RandomArgument(std::mt19937 &random, const std::vector<Model> &known, int depth,
-                           const std::string &function, Model &model) {
-  static const std::vector<std::string> items = {"Amount", "Tax", "Bonus"};
-  if (depth > 0 && random() % 2 == 0) {
-    const std::string plus = random() % 2 == 0 ? " + 1" : "";
-    Model inner = {};
-    const std::string text = RandomTerm(random, known, depth - 1, inner);
-    if (plus.empty() && inner.bare) model.pairs.insert(function + "/" + text);
-    model.items.insert(inner.items.begin(), inner.items.end());
-    model.functions.insert(inner.functions.begin(), inner.functions.end());
-    model.formulas.insert(inner.formulas.begin(), inner.formulas.end());
-    model.pairs.insert(inner.pairs.begin(), inner.pairs.end());
-    return text + plus;
-  }
-  const std::string &item = items[random() % items.size()];
-  model.items.insert(item);
-  model.pairs.insert(function + "/" + item);
-  return item;
+bool IsItem(const std::string &text) {
+  return text == kItems[0] || text == kItems[1] || text == kItems[2];
 }
 
 std::string RandomTerm(std::mt19937 &random, const std::vector<Model> &known, int depth,
-                       Model &model) {
-  static const std::vector<std::string> items = {"Amount", "Tax", "Bonus"};
+                       std::set<std::string> &uses) {
   const auto form = random() % 6;
-  if (form == 0) return "1";
-  if (form == 1 && !known.empty()) {
-    const std::string &name = known[random() % known.size()].name;
-    model.formulas.insert(name);
-    return name + "()";
+  if (form == 0 || known.empty()) return "1";
+  if (form == 1) {
+    const Model &other = known[random() % known.size()];
+    if (other.isSet) return "2";  // a set cannot be referred to
+    uses.insert(other.uses.begin(), other.uses.end());
+    uses.insert("2" + other.name);
+    return other.name + "()";
   }
-  if (form < 4 && depth > 0) {
-    const std::string function = form == 2 ? "F" : "G";
-    model.functions.insert(function);
-    const std::string first = RandomArgument(random, known, depth - 1, function, model);
-    if (function == "F") return "F(" + first + ")";
-    return "G(" + first + ", " + RandomArgument(random, known, depth - 1, function, model) + ")";
+  if (form > 3 || depth == 0) {
+    const std::string item = kItems[random() % 3];
+    uses.insert("1" + item);
+    return item;
   }
-  const std::string &item = items[random() % items.size()];
-  model.items.insert(item);
-  model.bare = true;
-  return item;
-}
-
-bool Contains(const Names &names, const std::string &name) {
-  return names.count(name) != 0;
-}
-
-// The model with the uses of all formulas that it refers to, themselves closed already.
-void Close(Model &model, const std::vector<Model> &known) {
-  for (const Model &other : known) {
-    if (!Contains(model.formulas, other.name)) continue;
-    model.items.insert(other.items.begin(), other.items.end());
-    model.functions.insert(other.functions.begin(), other.functions.end());
-    model.pairs.insert(other.pairs.begin(), other.pairs.end());
-    model.formulas.insert(other.formulas.begin(), other.formulas.end());
+  const std::string function = form == 2 ? "F" : "G";
+  uses.insert("0" + function);
+  std::string text;
+  for (auto left = form - 1; left > 0; --left) {
+    std::string argument = RandomTerm(random, known, depth - 1, uses);
+    if (IsItem(argument)) {
+      if (random() % 3 == 0) {
+        argument += " + 1";
+      } else {
+        uses.insert(function + "/" + argument);
+      }
+    }
+    text += (text.empty() ? "(" : ", ") + argument;
   }
+  return function + text + ")";
 }
 
 TEST(Usage, RandomContextsAgainstModel) {
@@ -165,56 +115,44 @@ TEST(Usage, RandomContextsAgainstModel) {
     const OwnedContext context = UsageContext();
     EC ec = context.get();
     std::vector<Model> models;
+    std::vector<std::string> names = {"1Amount", "1Tax", "1Bonus", "0F", "0G", "0K"};
     for (int i = 0; i < 12; ++i) {
-      Model model = {};
-      std::string text = RandomTerm(random, models, 3, model);
+      Model model = {"N" + std::to_string(i), {}, false, false};
+      std::string text = RandomTerm(random, models, 3, model.uses);
       for (auto more = random() % 3; more > 0; --more) {
-        text += (random() % 2 == 0 ? " * " : ", ") + RandomTerm(random, models, 2, model);
-        model.bare = false;
+        model.isSet = model.isSet || random() % 8 == 0;
+        text += (model.isSet ? ", " : " * ") + RandomTerm(random, models, 2, model.uses);
       }
-      // A set cannot be referred to, so its commas become another operator now and then.
-      if (i % 3 != 2 && text.find(", ") != std::string::npos) model.name = "Set";
-      model.name += "N" + std::to_string(i);
-      HEXP exp = Parse(ec, text, model.name.c_str()).exp;
-      ASSERT_NE(exp, nullptr) << text;
-      if (ORLIsExpRange(ec, exp, 1) != 0) {
-        ORLDestroyEXP(ec, exp);
-        continue;
-      }
-      Close(model, models);
+      model.isItem = IsItem(text);
+      Make(ec, text, model.name);
       models.push_back(model);
+      names.push_back("2" + model.name);
     }
-    Names usedFormulas;
-    for (size_t i = 0; i < models.size(); ++i) {
-      const Model &model = models[i];
+    std::set<std::string> used, usedInComplex;
+    for (const Model &model : models) {
       HEXP exp = ORLHEXPFromName(ec, model.name.c_str());
-      SCOPED_TRACE(model.name + " = " + TextOf(ec, exp));
-      for (const char *item : {"Amount", "Tax", "Bonus"}) {
-        EXPECT_EQ(ORLIsItemUsed(ec, exp, 1, item), Contains(model.items, item)) << item;
+      SCOPED_TRACE(Snapshot(ec) + model.name);
+      for (const std::string &name : names) {
+        EXPECT_EQ(ORLIsItemUsed(ec, exp, name[0] - '0', name.c_str() + 1), model.uses.count(name))
+            << name;
+      }
+      for (const char *item : kItems) {
         for (const std::string function : {"F", "G"}) {
           EXPECT_EQ(ORLIsFunctionVariableUsed(ec, exp, function.c_str(), item),
-                    Contains(model.pairs, function + "/" + item))
+                    model.uses.count(function + "/" + item))
               << function << item;
         }
       }
-      for (const char *function : {"F", "G", "Z"}) {
-        EXPECT_EQ(ORLIsItemUsed(ec, exp, 0, function), Contains(model.functions, function));
-      }
-      EXPECT_EQ(ORLIsAggregateUsed(ec, exp), Contains(model.functions, "G"));
-      for (const Model &other : models) {
-        EXPECT_EQ(ORLIsItemUsed(ec, exp, 2, other.name.c_str()),
-                  Contains(model.formulas, other.name))
-            << other.name;
-      }
-      usedFormulas.insert(model.formulas.begin(), model.formulas.end());
+      EXPECT_EQ(ORLIsAggregateUsed(ec, exp), model.uses.count("0G"));
+      used.insert(model.uses.begin(), model.uses.end());
+      if (!model.isItem) usedInComplex.insert(model.uses.begin(), model.uses.end());
     }
-    for (const Model &model : models) {
-      EXPECT_EQ(ORLIsNamedFormulaUsed(ec, model.name.c_str()), Contains(usedFormulas, model.name));
-    }
-    for (const char *item : {"Amount", "Tax", "Bonus"}) {
-      bool complex = false;
-      for (const Model &model : models) complex |= Contains(model.items, item) && !model.bare;
-      EXPECT_EQ(ORLIsItemUsedInComplex(ec, item), complex) << item;
+    for (const std::string &name : names) {
+      if (name[0] == '2') {
+        EXPECT_EQ(ORLIsNamedFormulaUsed(ec, name.c_str() + 1), used.count(name)) << name;
+      } else if (name[0] == '1') {
+        EXPECT_EQ(ORLIsItemUsedInComplex(ec, name.c_str() + 1), usedInComplex.count(name)) << name;
+      }
     }
     if (testing::Test::HasFailure()) return;
   }
