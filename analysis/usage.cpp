@@ -70,7 +70,7 @@ bool Walk(UsageWalk &walk, ExprNode *root, Expression *self, Match match) {
 // A new number makes every answer of an earlier walk void.
 void Renew(UsageWalk &walk) {
   walk.number = ++walk.ec->walkNumber;
-  walk.generation = walk.ec->generation;
+  walk.revision = walk.ec->revision;
   walk.circular = false;
 }
 
@@ -127,7 +127,7 @@ Expression *BoundFormula(EC ec, ExprNode *node) {
 }
 
 bool ItemUsedBy(UsageWalk &walk, HEXP exp, int32_t kind, const char *name) {
-  if (walk.circular || walk.generation != walk.ec->generation) {
+  if (walk.circular || walk.revision != walk.ec->revision) {
     Renew(walk);
   }
   if (exp->walkNumber == walk.number) {

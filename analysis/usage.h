@@ -11,7 +11,7 @@
 // of the same kind while the tables of the context stay as they are.
 struct UsageWalk {
   EC ec;
-  uint64_t generation;  // of the context when the walk began
+  uint64_t revision;  // of the context when the walk began
   uint64_t number;
   bool circular;            // formulas refer to each other in a circle: no answer may be kept
   const ExprNode *topNode;  // the node of the first tree at which the walk stands

@@ -108,21 +108,3 @@ intptr_t ORLSetUserLong(EC ec, intptr_t value) {
 intptr_t ORLGetUserLong(EC ec) {
   return ec == nullptr ? 0 : ec->userLong;
 }
-
-void *ORLMemAlloc(uint32_t size) {
-  return WRENMemAlloc(size);
-}
-
-void *ORLMemRealloc(void *block, uint32_t size) {
-  return block == nullptr ? nullptr : WRENMemRealloc(block, size);
-}
-
-void ORLMemFree(void *block) {
-  if (block != nullptr) {
-    WRENMemFree(block);
-  }
-}
-
-uint32_t ORLMemSize(const void *block) {
-  return block == nullptr ? 0 : WRENMemSize(block);
-}

@@ -35,6 +35,8 @@ enum ExpressionClass : int32_t { kClassFormula, kClassRange, kClassSet, kClassCo
 
 constexpr int32_t kHelpPathSize = 520;
 
+struct DeleteRun;
+
 struct ExprContext {
   void *owner;              // a window handle of the host or null
   HandleArray expressions;  // pointers to Expression; null when there is none
@@ -58,14 +60,18 @@ struct ExprContext {
   char helpPath[kHelpPathSize];
 
   NameIndex expressionNames;
-  NameIndex mentions;   // names that stored trees refer to as formulas, with a count each
-  uint64_t generation;  // raised by every change of a table: what was looked up before is stale
-  uint64_t walkNumber;  // of the last walk through named formulas
+  NameIndex mentions;    // names that stored trees refer to as formulas, with a count each
+  uint64_t generation;   // raised when a name may come to mean something else: lookups are stale
+  uint64_t revision;     // raised by every change of a tree or table: answers about use are stale
+  uint64_t walkNumber;   // of the last walk through named formulas
+  DeleteRun *deleteRun;  // the guarded delete that is going on, or null
+  uint64_t lastDeleteRun;
 };
 
-// Tells everything that remembers a lookup that the tables have changed.
+// A row has come, gone or changed its name.
 inline void ContextChanged(EC ec) {
   ec->generation++;
+  ec->revision++;
 }
 
 // A copy of a text in a block of WRENMemAlloc, or null when there is no memory.

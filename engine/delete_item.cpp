@@ -1,135 +1,231 @@
-// The guarded delete of an item: its users go first, and of them those that nobody refers to.
-#include <cstring>
+// The guarded delete of an item: the host destroys what uses it, and of that first what nothing
+// refers to.
+//
+// A first pass in table order hands over the users that nothing refers to and puts the others off.
+// Then rounds go over those put off, in table order, and hand over what has become free meanwhile.
+// An expression becomes free when the last reference to its name goes, so a round need not ask all
+// of them: two queues hold the places of the free ones, for this round and for the next.
+//
+// The host may destroy other expressions than it is asked to. Nothing is kept that this could make
+// dangle: places are orders of the table, which never come back, and are looked up when needed.
+#include "engine/delete_item.h"
+
+#include <algorithm>
+#include <functional>
 
 #include "analysis/usage.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
+#include "engine/host_call.h"
 #include "engine/items.h"
 
 namespace {
 
-// Expressions that use the item and are in use themselves.
-struct PendingList {
-  HEXP *entries;
+// Places of expressions, the lowest on top.
+struct PlaceQueue {
+  uint64_t *places;
   uint32_t count;
+  uint32_t room;
 };
+
+bool QueuePush(PlaceQueue &queue, uint64_t place) {
+  if (queue.count == queue.room) {
+    const uint32_t room = queue.room == 0 ? 64 : queue.room * 2;
+    const uint32_t size = room * static_cast<uint32_t>(sizeof(uint64_t));
+    void *grown = WRENMemRealloc(queue.places, size);
+    if (grown == nullptr) {
+      return false;
+    }
+    queue.places = static_cast<uint64_t *>(grown);
+    queue.room = room;
+  }
+  queue.places[queue.count++] = place;
+  std::push_heap(queue.places, queue.places + queue.count, std::greater<>());
+  return true;
+}
+
+uint64_t QueuePop(PlaceQueue &queue) {
+  std::pop_heap(queue.places, queue.places + queue.count, std::greater<>());
+  return queue.places[--queue.count];
+}
+
+}  // namespace
 
 struct DeleteRun {
   EC ec;
   ItemTable *table;
   const char *name;
   OrlDeleteProc proc;
-  PendingList pending;
+  uint64_t number;  // marks what this run has put off
+  uint64_t place;   // of the expression that was handed over last
+  PlaceQueue thisRound;
+  PlaceQueue nextRound;
+  bool rounds;  // the first pass is over
+  bool lost;    // a place could not be noted: the next round asks all
   bool ok;
+  DeleteRun *outer;  // a run whose host routine began this one
 };
 
-// Hands one expression to the host. True when it is gone.
-bool HandOver(DeleteRun &run, HEXP exp) {
-  ExprItem *row = ItemFind(run.table, run.name);
-  if (row == nullptr) {
-    return false;
-  }
-  run.ok = run.proc != nullptr && run.proc(run.ec, exp, row) != 0;
-  return run.ok;
-}
+namespace {
 
-// The host may have destroyed more than it was asked to: what is not in the table any more is
-// dropped from the list.
-void DropVanished(DeleteRun &run, uint32_t countBefore) {
-  if (HandleArrayRows(run.ec->expressions) + 1 >= countBefore) {
-    return;
-  }
-  uint32_t kept = 0;
-  for (uint32_t i = 0; i < run.pending.count; i++) {
-    if (ORLGetExpressionOrdinal(run.ec, run.pending.entries[i]) >= 0) {
-      run.pending.entries[kept++] = run.pending.entries[i];
+// The index of the first expression at or behind a place. Tables are in the order of places.
+uint32_t IndexFrom(EC ec, uint64_t place) {
+  uint32_t low = 0;
+  uint32_t high = HandleArrayRows(ec->expressions);
+  while (low < high) {
+    const uint32_t middle = low + (high - low) / 2;
+    const HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, middle));
+    if (exp->entry.order < place) {
+      low = middle + 1;
     } else {
-      run.pending.entries[i] = nullptr;
+      high = middle;
     }
   }
-  run.pending.count = kept;
+  return low;
 }
 
-// Without room for the list the expression is left alone.
-void PutOff(DeleteRun &run, HEXP exp, uint32_t room) {
-  if (run.pending.entries == nullptr) {
-    run.pending.entries =
-        static_cast<HEXP *>(WRENMemAlloc(static_cast<uint32_t>(room * sizeof(HEXP))));
-  }
-  if (run.pending.entries != nullptr) {
-    run.pending.entries[run.pending.count++] = exp;
+HEXP ExpressionFrom(EC ec, uint64_t place) {
+  return static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, IndexFrom(ec, place)));
+}
+
+bool IsPutOff(const DeleteRun &run, HEXP exp) {
+  return exp->deleteRun == run.number;
+}
+
+bool IsFree(const DeleteRun &run, HEXP exp) {
+  return IsPutOff(run, exp) && ORLIsNamedFormulaUsed(run.ec, exp->name) == 0;
+}
+
+// Hands an expression to the host, which destroys it. Without the row there is nothing to hand
+// over, and the expression is let go.
+void HandOver(DeleteRun &run, HEXP exp) {
+  ExprItem *row = ItemFind(run.table, run.name);
+  run.place = exp->entry.order;
+  exp->deleteRun = 0;
+  if (row != nullptr) {
+    run.ok = run.proc != nullptr && CallHost([&] { return run.proc(run.ec, exp, row); }) != 0;
   }
 }
 
 void FirstPass(DeleteRun &run, int32_t kind) {
-  const uint32_t room = HandleArrayRows(run.ec->expressions);
   UsageWalk walk = UsageWalkBegin(run.ec);
-  uint32_t index = 0;
-  for (uint32_t left = room; left > 0 && run.ok; left--) {
-    HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, index));
-    if (exp == nullptr) {
+  HEXP exp = ExpressionFrom(run.ec, 0);
+  while (run.ok && exp != nullptr) {
+    run.place = exp->entry.order;
+    if (ItemUsedBy(walk, exp, kind, run.name)) {
+      if (ORLIsNamedFormulaUsed(run.ec, exp->name) != 0) {
+        exp->deleteRun = run.number;
+      } else {
+        const uint64_t revision = run.ec->revision;
+        HandOver(run, exp);
+        // One expression that nothing refers to is gone: what was found of the others still holds.
+        walk.revision = run.ec->revision == revision + 1 ? run.ec->revision : walk.revision;
+      }
+    }
+    exp = ExpressionFrom(run.ec, run.place + 1);
+  }
+}
+
+// Fills the queue of the next round by asking all, for the first round and when a place was lost.
+void AskAll(DeleteRun &run) {
+  run.lost = false;
+  run.nextRound.count = 0;
+  for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
+    HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
+    if (IsFree(run, exp) && !QueuePush(run.nextRound, exp->entry.order)) {
+      run.lost = true;  // what fits is handed over; the rest in the round after
       return;
     }
-    if (!ItemUsedBy(walk, exp, kind, run.name)) {
-      index++;
-    } else if (ORLIsNamedFormulaUsed(run.ec, exp->name) != 0) {
-      PutOff(run, exp, room);
-      index++;
-    } else {
-      const uint32_t count = HandleArrayRows(run.ec->expressions);
-      if (HandOver(run, exp)) {
-        DropVanished(run, count);
-      } else {
-        index++;
+  }
+}
+
+void Round(DeleteRun &run) {
+  std::swap(run.thisRound, run.nextRound);
+  run.place = 0;
+  while (run.ok && run.thisRound.count > 0) {
+    const uint64_t place = QueuePop(run.thisRound);
+    HEXP exp = ExpressionFrom(run.ec, place);
+    if (exp != nullptr && exp->entry.order == place && IsFree(run, exp)) {
+      HandOver(run, exp);
+    }
+  }
+}
+
+// Without memory for a single place the first free expression is handed over directly.
+void HandOverFirstFree(DeleteRun &run) {
+  for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
+    HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
+    if (IsFree(run, exp)) {
+      HandOver(run, exp);
+      return;
+    }
+  }
+}
+
+bool AnyPutOff(const DeleteRun &run) {
+  for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
+    if (IsPutOff(run, static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i)))) {
+      return true;
+    }
+  }
+  return false;
+}
+
+void Rounds(DeleteRun &run) {
+  run.rounds = true;
+  AskAll(run);
+  while (run.ok && (run.nextRound.count > 0 || run.lost)) {
+    const bool lost = run.lost;
+    if (run.nextRound.count == 0) {
+      HandOverFirstFree(run);
+    }
+    Round(run);
+    if (lost || run.lost) {
+      AskAll(run);
+    }
+  }
+  // What is still in use now can never be let go: the host keeps what it was asked to destroy.
+  run.ok = run.ok && !AnyPutOff(run);
+}
+
+}  // namespace
+
+void DeleteRunUnmentioned(DeleteRun *run, const char *name) {
+  for (; run != nullptr; run = run->outer) {
+    const NameEntry *entry = run->rounds ? NameIndexFirst(run->ec->expressionNames, name) : nullptr;
+    for (; entry != nullptr; entry = entry->nextSame) {
+      HEXP exp = static_cast<HEXP>(entry->row);
+      if (IsPutOff(*run, exp)) {
+        PlaceQueue &queue = entry->order > run->place ? run->thisRound : run->nextRound;
+        run->lost = !QueuePush(queue, entry->order) || run->lost;
       }
     }
   }
 }
 
-// One round over the pending list. Entries that are still in use stay on it.
-void Round(DeleteRun &run) {
-  uint32_t kept = 0;
-  for (uint32_t i = 0; i < run.pending.count && run.ok; i++) {
-    HEXP exp = run.pending.entries[i];
-    if (ORLIsNamedFormulaUsed(run.ec, exp->name) != 0) {
-      run.pending.entries[kept++] = exp;
-      continue;
-    }
-    const uint32_t count = HandleArrayRows(run.ec->expressions);
-    HandOver(run, exp);
-    if (HandleArrayRows(run.ec->expressions) + 1 < count) {
-      // Close the gap behind what is kept, so that the list holds just what is still to be seen.
-      const uint32_t behind = run.pending.count - (i + 1);
-      std::memmove(run.pending.entries + kept, run.pending.entries + i + 1, behind * sizeof(HEXP));
-      run.pending.count = kept + behind;
-      DropVanished(run, count);
-      return;
-    }
-  }
-  run.pending.count = kept;
-}
-
-}  // namespace
-
 int32_t ORLDeleteExpItem(EC ec, int32_t kind, const char *name, OrlDeleteProc proc) {
   if (ec == nullptr || name == nullptr) {
     return 1;
   }
-  ItemTable *table = kind == ORL_INPUT ? &ec->inputs : &ec->functions;
-  DeleteRun run = {ec, table, name, proc, {nullptr, 0}, true};
-  FirstPass(run, kind);
-  uint32_t before = run.pending.count + 1;
-  while (run.ok && run.pending.count > 0) {
-    if (run.pending.count == before) {
-      run.ok = false;  // a round without progress: what the host keeps can never be let go
-      break;
-    }
-    before = run.pending.count;
-    Round(run);
+  DeleteRun run = {};
+  run.ec = ec;
+  run.table = kind == ORL_INPUT ? &ec->inputs : &ec->functions;
+  run.name = name;
+  run.proc = proc;
+  run.number = ++ec->lastDeleteRun;
+  run.ok = true;
+  if (ItemFind(run.table, name) == nullptr) {
+    return 1;
   }
-  WRENMemFree(run.pending.entries);
+  run.outer = ec->deleteRun;
+  ec->deleteRun = &run;
+  FirstPass(run, kind);
+  Rounds(run);
+  ec->deleteRun = run.outer;
+  WRENMemFree(run.thisRound.places);
+  WRENMemFree(run.nextRound.places);
   if (run.ok) {
-    ItemRemove(ec, table, name);
+    ItemRemove(ec, run.table, name);
   }
   return run.ok ? 1 : 0;
 }

@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "engine/delete_item.h"
+#include "engine/host_call.h"
 #include "engine/items.h"
 #include "engine/module.h"
 #include "language/tree.h"
@@ -41,6 +43,7 @@ void MentionsRemoveOne(EC ec, const char *name) {
   Mention *mention = MentionOf(ec, name);
   if (mention != nullptr && --mention->count == 0) {
     NameIndexRemove(ec->mentions, mention->entry);
+    DeleteRunUnmentioned(ec->deleteRun, mention->name);
     WRENMemFree(mention);
   }
 }
@@ -141,8 +144,8 @@ int32_t ORLEnumExpressions(EC ec, OrlEnumExpressionProc proc) {
   }
   int32_t result = 0;
   for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
-    result = proc(ec, static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i)),
-                  static_cast<int32_t>(i));
+    HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i));
+    result = CallHost([=] { return proc(ec, exp, static_cast<int32_t>(i)); });
     if (result == 0) {
       break;
     }
@@ -163,21 +166,7 @@ HEXP ORLHEXPFromOrdinal(EC ec, int32_t ordinal) {
 }
 
 int32_t ORLGetExpressionOrdinal(EC ec, HEXP exp) {
-  if (ec == nullptr || exp == nullptr || ec->expressions == nullptr) {
-    return -1;
-  }
-  const uint32_t count = HandleArrayRows(ec->expressions);
-  void **rows = static_cast<void **>(HandleArrayLock(ec->expressions, 0));
-  if (rows == nullptr) {
-    return -1;
-  }
-  // From the end: what was made last is asked for most.
-  uint32_t at = count;
-  while (at > 0 && rows[at - 1] != exp) {
-    at--;
-  }
-  HandleArrayUnlock(ec->expressions);
-  return static_cast<int32_t>(at) - 1;
+  return ec == nullptr || exp == nullptr ? -1 : HandleArrayFindPointer(ec->expressions, exp);
 }
 
 int32_t ORLGetExpressionTextLength(EC /*ec*/, HEXP exp) {

@@ -28,6 +28,8 @@ struct Expression {
   ExprNode *walkReturn;
   WalkState walkState;
 
+  uint64_t deleteRun;  // the guarded delete that has put the expression off
+
   // The evaluation that is inside this expression, to end one that runs in a circle.
   const Evaluation *evaluation;
 };

@@ -118,6 +118,22 @@ void *HandleArrayPointerAt(HandleArray array, uint32_t index) {
   return pointer;
 }
 
+int32_t HandleArrayFindPointer(HandleArray array, const void *pointer) {
+  if (array == nullptr) {
+    return -1;
+  }
+  uint32_t at = HandleArrayRows(array);
+  void **elements = static_cast<void **>(HandleArrayLock(array, 0));
+  if (elements == nullptr) {
+    return -1;
+  }
+  while (at > 0 && elements[at - 1] != pointer) {
+    at--;
+  }
+  HandleArrayUnlock(array);
+  return static_cast<int32_t>(at) - 1;
+}
+
 bool HandleArrayAppendPointer(HandleArray *table, void *pointer) {
   HandleArray array =
       *table == nullptr ? HandleArrayCreate(sizeof(void *), 1) : HandleArrayAppend(*table);

@@ -17,7 +17,7 @@ constexpr uint32_t kMaxTableRows = 65535;
 // than kMaxTableRows elements or no memory.
 HandleArray HandleArrayCreate(int32_t elementSize, int32_t count);
 
-// Frees the block; what the elements point to is the caller's.
+// Frees the block; what the elements point to is the caller's. Null is accepted.
 void HandleArrayFree(HandleArray array);
 
 // Locks the block and returns the address of an element; null, with no lock held, when the index is
@@ -43,6 +43,10 @@ inline uint32_t HandleArrayRows(HandleArray array) {
 
 // The pointer at an index of a table of pointers, or null.
 void *HandleArrayPointerAt(HandleArray array, uint32_t index);
+
+// The index of a pointer in a table of pointers, or -1. Searches from the end, where tables grow
+// and shrink most.
+int32_t HandleArrayFindPointer(HandleArray array, const void *pointer);
 
 // Appends a pointer to the table in `*table`, creating it when it is null. False when there is no
 // room, with the table as it was.

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "engine/context.h"
+#include "engine/host_call.h"
 #include "platform/text.h"
 
 namespace {
@@ -26,11 +27,8 @@ uint32_t ItemSize(const ExprItem *item) {
   return static_cast<uint32_t>(sizeof(ExprItem) + parameters * sizeof(ParamRecord));
 }
 
-// The row's fixed fields and its own parameters; a function written without parentheses has room
-// for one record that the caller need not have laid there.
 void CopyItem(ExprItem *target, const ExprItem *source) {
-  const bool bare = source->kind != ORL_FUNCTION || source->paramCount < 0;
-  std::memcpy(static_cast<void *>(target), source, bare ? sizeof(ExprItem) : ItemSize(source));
+  std::memcpy(static_cast<void *>(target), source, ItemSize(source));
   target->name[sizeof target->name - 1] = '\0';
   target->routineName = nullptr;
 }
@@ -42,15 +40,6 @@ NameEntry *FirstEntry(const ItemTable *table, const char *name) {
 
 ExprItem *ItemOf(NameEntry *entry) {
   return static_cast<ExprItem *>(entry->row);
-}
-
-// Searches from the end, where a table is usually shortened.
-int32_t PositionOf(HandleArray rows, const ExprItem *item) {
-  int32_t position = static_cast<int32_t>(HandleArrayRows(rows)) - 1;
-  while (position >= 0 && HandleArrayPointerAt(rows, static_cast<uint32_t>(position)) != item) {
-    position--;
-  }
-  return position;
 }
 
 int32_t DataTypeOf(const ItemTable *table, const char *name) {
@@ -86,7 +75,7 @@ int32_t ItemRemove(EC ec, ItemTable *table, const char *name) {
   if (item == nullptr) {
     return 0;
   }
-  HandleArrayRemove(table->rows, PositionOf(table->rows, item));
+  HandleArrayRemove(table->rows, HandleArrayFindPointer(table->rows, item));
   ItemRow *row = RowOf(item);
   NameIndexRemove(table->index, row->entry);
   WRENMemFree(item->routineName);
@@ -104,9 +93,7 @@ void ItemTableFree(ItemTable *table) {
       WRENMemFree(RowOf(item));
     }
   }
-  if (table->rows != nullptr) {
-    HandleArrayFree(table->rows);
-  }
+  HandleArrayFree(table->rows);
   NameIndexFree(table->index);
 }
 
@@ -170,7 +157,7 @@ int32_t ORLAddExpressionItem(EC ec, const ExprItem *row) {
   if (row->routineName != nullptr) {
     item->routineName = CopyText(row->routineName);
     if (ec->lookupProc != nullptr && row->routine == nullptr) {
-      item->routine = ec->lookupProc(row->routineName);
+      item->routine = CallHost([=] { return ec->lookupProc(row->routineName); });
     }
   }
   return 1;
@@ -184,7 +171,7 @@ void ORLEnumExpItems(EC ec, int32_t kind, OrlEnumItemProc proc, void *user) {
   for (uint32_t i = 0; i < HandleArrayRows(table->rows); i++) {
     const ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(table->rows, i));
     if (item != nullptr) {
-      proc(ec, item->name, user);
+      CallHost([=] { proc(ec, item->name, user); });
     }
   }
 }

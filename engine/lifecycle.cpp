@@ -1,4 +1,4 @@
-// What becomes of contexts and expressions: copy, clone, guarded delete and destroy.
+// What becomes of contexts and expressions: copy, clone and destroy.
 #include "analysis/usage.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
@@ -16,9 +16,7 @@ void FreeExpressions(EC ec) {
       ExpressionFree(expression);
     }
   }
-  if (ec->expressions != nullptr) {
-    HandleArrayFree(ec->expressions);
-  }
+  HandleArrayFree(ec->expressions);
   NameIndexFree(ec->expressionNames);
   NameIndexFree(ec->mentions);
 }

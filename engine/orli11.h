@@ -11,7 +11,8 @@
  * 5. A failure leaves the context as it was, unless told otherwise.
  * 6. Different threads may work on different contexts; one context belongs to one thread at a time.
  *    Host routines run on the caller's thread, inside the engine's call, and must not change the
- *    context that is being evaluated or walked.
+ *    context that is being evaluated or walked, unless told otherwise. An exception that one of
+ *    them throws ends there, as if it had returned 0 or null.
  */
 #ifndef ORLI11_H
 #define ORLI11_H
@@ -132,7 +133,8 @@ typedef struct {
   char *routineName;  /* may be null; the context keeps a copy */
   void *routine;      /* OrlFunctionProc or OrlValueProc; null: the context's lookup is asked */
   char name[65];      /* as it stands in formulas, at most 64 bytes */
-  int16_t paramCount; /* functions: parameter records; negative: written without parentheses */
+  int16_t paramCount; /* functions: parameter records; negative: written without parentheses, with
+                         one record behind it */
   union {
     uint16_t firstOptional; /* functions */
     uint16_t subClass;      /* input items: a code of the host's */
@@ -168,7 +170,8 @@ typedef int32_t (*OrlRenameProc)(EC ec, const char *oldName, const char *newName
  * for success; 0: no value. */
 typedef int32_t (*OrlValueProc)(EC ec, HEXP exp, int32_t size, void **value, const char *name);
 /* Computes a function: as OrlValueProc, with one entry of `args` for each declared parameter, null
- * for an argument that has no value or is not there; `args` is null without an argument list. */
+ * for an argument that has no value or is not there; `args` is null without an argument list. What
+ * an entry points to is the engine's, lasts for the call, and is no block of its own. */
 typedef int32_t (*OrlFunctionProc)(EC ec, HEXP exp, int32_t resultSize, void **result,
                                    const char *name, void **args);
 /* Computes an operator on numbers in place of the built-in arithmetic. */
@@ -181,6 +184,9 @@ typedef int32_t (*OrlEnumExpressionProc)(EC ec, HEXP exp, int32_t ordinal);
 /* Asked to destroy an expression that uses `row`: nonzero when it is destroyed, 0 to stop. */
 typedef int32_t (*OrlDeleteProc)(EC ec, HEXP exp, ExprItem *row);
 typedef int32_t (*OrlDelPermissionProc)(EC ec, HEXP exp, void *dialog);
+/* Told of the formula that ended a load. */
+typedef void (*OrlErrorProc)(EC ec, const char *text, const FormulaError *error);
+typedef int32_t (*OrlHelpProc)(int32_t command, intptr_t data);
 typedef void (*OrlListValuesProc)(EC ec, const char *name, void *list, int32_t first,
                                   int32_t *more);
 
@@ -231,7 +237,8 @@ ORL_API void ORLEnumExpItems(EC ec, int32_t kind, OrlEnumItemProc proc, void *us
 /* Deletes the first row of that name, used or not; 1 or 0. */
 ORL_API int32_t ORLDelExpItemNoCheck(EC ec, int32_t kind, const char *name);
 /* Deletes an input item (kind 1) or function (any other kind) after `proc` has destroyed every
- * expression that uses it, users first. 0 when `proc` returned 0; then the row stays. */
+ * expression that uses it, users first. 0 when `proc` returned 0 or kept what it was asked to
+ * destroy; then the row stays. 1 when there is no such row. `proc` may destroy expressions. */
 ORL_API int32_t ORLDeleteExpItem(EC ec, int32_t kind, const char *name, OrlDeleteProc proc);
 /* Sends the names of the kind to a combo box of the window system; returns their number. */
 ORL_API int32_t ORLLoadComboBox(EC ec, int32_t kind, void *comboHandle);
@@ -259,7 +266,8 @@ ORL_API int32_t ORLIsExpNameUnique(EC ec, HEXP exp, const char *name);
 /* Parses the text of `exp` again into a new expression; a name that is null, empty or taken is
  * replaced by a generated one. *dataType receives the type. Null when the text does not parse. */
 ORL_API HEXP ORLCloneExpression(EC ec, HEXP exp, const char *newName, uint16_t *dataType);
-/* 1 when the expression is gone (also for null), 0 when another one refers to it. */
+/* 1 when the expression is gone (also for null), 0 when another one refers to it or it is not in
+ * this context. */
 ORL_API int32_t ORLDestroyEXP(EC ec, HEXP exp);
 /* 1 when `which` is 1 and the expression is a set, or `which` is 2 and it is a range. */
 ORL_API int32_t ORLIsExpRange(EC ec, HEXP exp, int16_t which);
@@ -278,7 +286,8 @@ ORL_API uint16_t ORLGetExpressionDataType(EC ec, HEXP exp);
 ORL_API int32_t ORLValidName(EC ec, const char *name, FormulaError *error);
 /* Parses and checks a text and stores it as a new expression; null on failure, with *error (may be
  * null) telling why. A null or empty name is replaced by a generated one; the name is not compared
- * with others. *dataType (not null) receives the type. After a success *error has no meaning. */
+ * with others. *dataType (not null) receives the type. After a success *error has no meaning. For a
+ * null context or dataType *error receives message 106. */
 ORL_API HEXP ORLParseString(EC ec, const char *text, const char *name, FormulaError *error,
                             uint16_t *dataType);
 /* As ORLParseString, but the name must be unique, and with an `exp` that expression receives the

@@ -1,6 +1,7 @@
 // What a single node comes to: literals, input items, operators and calls.
 #include <cstring>
 
+#include "engine/host_call.h"
 #include "engine/items.h"
 #include "evaluation/date_arithmetic.h"
 #include "evaluation/evaluation.h"
@@ -16,17 +17,7 @@ bool IsNumberType(int16_t type) {
   return type == ORL_TYPE_NUMBER || type == ORL_TYPE_DATE;
 }
 
-// ---- Routines of the host and their blocks ----
-
-// A routine of the host that throws gave no value; the exception goes no further.
-template <class Routine>
-int32_t CallHost(Routine routine) noexcept {
-  try {
-    return routine();
-  } catch (...) {
-    return 0;
-  }
-}
+// ---- The blocks of routines ----
 
 void *TakeBlock(Evaluation &run, int16_t type) {
   if (!IsNumberType(type)) {

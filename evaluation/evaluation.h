@@ -112,8 +112,8 @@ void ComputeLeaf(Evaluation &run, ExprNode *node, Value *value);
 void ComputeOperator(Evaluation &run, const ExprNode *node, Value *left, Value *right);
 void ComputeCall(Evaluation &run, const CallFrame &call, Value *arguments, Value *value);
 
-// The row behind a call as it is now, or null when it is gone, has no routine, or no longer fits
-// the call that was parsed.
+// The row behind a call as it is now, or null when it is gone, has no routine, or came back with
+// other types than the call was parsed with.
 const ExprItem *BoundFunction(EC ec, ExprNode *node);
 
 // True when the evaluator has a rule for the operator and its type.

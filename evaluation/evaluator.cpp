@@ -63,15 +63,10 @@ ExprNode *LeaveFormula(Evaluation &run) {
   return frame.caller;
 }
 
-bool HasText(const ExprNode *node) {
-  return node->kind == NODE_ITEM || node->kind == NODE_CALL || node->kind == NODE_FORMULA ||
-         node->kind == NODE_STRING || node->kind == NODE_DATE;
-}
-
 // An argument by name: a copy of the node's text. A node without text leaves the entry empty.
 void PushName(Evaluation &run, const ExprNode *argument) {
   Value *value = PushValue(run);
-  char *copy = value != nullptr && HasText(argument) ? CopyText(NodeText(argument)) : nullptr;
+  char *copy = value != nullptr && HasText(argument->kind) ? CopyText(NodeText(argument)) : nullptr;
   if (copy != nullptr) {
     value->form = ValueForm::Opaque;
     value->text = copy;
@@ -142,8 +137,7 @@ Position GoDown(Evaluation &run, ExprNode *node) {
       return Up(node);
     }
     default:
-      return IsOperator(node->kind) && HasOperatorRule(node) ? Down(LeftOperand(node))
-                                                             : GiveUp(run, node);
+      return HasOperatorRule(node) ? Down(LeftOperand(node)) : GiveUp(run, node);
   }
 }
 
@@ -187,15 +181,12 @@ const ExprItem *BoundFunction(EC ec, ExprNode *node) {
     return static_cast<const ExprItem *>(node->bound);
   }
   const ExprItem *row = ItemFind(&ec->functions, NodeText(node));
-  if (row != nullptr) {
-    // The tree keeps the types that it was parsed with; the row may have come back with others.
-    FormulaError error;
-    const bool fits = row->routine != nullptr && TypeCheckCall(ec, NodeList(node), NodeText(node),
-                                                               &error, node->detail, 0) != 0;
-    const int16_t type =
-        row->dataType == ORL_TYPE_FOLLOWS ? TypeCallResult(ec, NodeList(node)) : row->dataType;
-    row = fits && type == node->dataType ? row : nullptr;
-  }
+  // The tree keeps the types that it was parsed with; the row may have come back with others, and
+  // its routine would then take one kind of block for another.
+  const bool usable = row != nullptr && row->routine != nullptr &&
+                      (row->dataType == node->dataType || row->dataType == ORL_TYPE_FOLLOWS) &&
+                      TypeArgumentsFit(NodeList(node), row);
+  row = usable ? row : nullptr;
   node->bound = const_cast<ExprItem *>(row);
   node->boundAt = ec->generation;
   return row;

@@ -1,4 +1,5 @@
 #include "engine/context.h"
+#include "engine/host_call.h"
 
 namespace {
 
@@ -13,7 +14,10 @@ int32_t ORLSetOperatorCallback(EC ec, int16_t op, int16_t dataType, const char *
   if (ec == nullptr) {
     return 0;
   }
-  void *routine = ec->lookupProc == nullptr || name == nullptr ? nullptr : ec->lookupProc(name);
+  void *routine = nullptr;
+  if (ec->lookupProc != nullptr && name != nullptr) {
+    routine = CallHost([=] { return ec->lookupProc(name); });
+  }
   if (op < 0 || op >= kOperatorCodes || dataType < 0 || dataType >= kOperatorTypes) {
     return 1;
   }

@@ -18,11 +18,7 @@ constexpr size_t kPrefixLength = 3;
 // Raised by the host when the settings of the system have changed.
 std::atomic<int32_t> systemSettingsChanged{1};
 
-struct WorkingRow {
-  ExprItem item;
-  ParamRecord parameters[kMostParameters];
-};
-static_assert(sizeof(WorkingRow) == sizeof(ExprItem) + kMostParameters * sizeof(ParamRecord));
+using WorkingRow = ORL_EXPR_ITEM_WITH(kMostParameters);
 
 struct WorkingTexts {
   char row[kRowTextSize];
@@ -50,7 +46,8 @@ int16_t NextNumber(char **at) {
 }
 
 // Fills the working row from its text: full name, result type, parameter count, parameter types.
-void FillRow(WorkingRow *row, WorkingTexts *texts) {
+// False for a row with more parameters than there is room for.
+bool FillRow(WorkingRow *row, WorkingTexts *texts) {
   char *at = texts->row;
   const char *fullName = NextField(&at);
   const size_t length = std::strlen(fullName);
@@ -61,11 +58,11 @@ void FillRow(WorkingRow *row, WorkingTexts *texts) {
   row->item.routineName = texts->fullName;
   row->item.routine = RoutineByName(texts->fullName);
   row->item.dataType = NextNumber(&at);
-  const int16_t count = NextNumber(&at);
-  row->item.paramCount = count < kMostParameters ? count : kMostParameters;
-  for (int16_t i = 0; i < row->item.paramCount; i++) {
+  row->item.paramCount = NextNumber(&at);
+  for (int16_t i = 0; i < row->item.paramCount && i < kMostParameters; i++) {
     row->parameters[i].dataType = static_cast<uint16_t>(NextNumber(&at));
   }
+  return row->item.paramCount <= kMostParameters;
 }
 
 }  // namespace
@@ -79,8 +76,7 @@ int32_t FUNDefineFunctions(EC ec) {
       continue;
     }
     row->item.kind = ORL_FUNCTION;
-    FillRow(row, texts);
-    ok = ORLAddExpressionItem(ec, &row->item) != 0;
+    ok = FillRow(row, texts) && ORLAddExpressionItem(ec, &row->item) != 0;
   }
   WRENMemFree(texts);
   WRENMemFree(row);

@@ -33,9 +33,12 @@ int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text) {
   }
   const bool fits =
       *result != nullptr && resultSize > 0 && needed <= static_cast<size_t>(resultSize);
-  if (!fits && FUNResizeResult(result, static_cast<uint32_t>(needed)) == 0) {
-    return 0;
+  if (!fits && needed > WRENMemSize(*result)) {
+    // A text that is longer than its block cannot lie in it, so the source outlives the resize.
+    if (FUNResizeResult(result, static_cast<uint32_t>(needed)) == 0) {
+      return 0;
+    }
   }
-  memcpy(*result, source, needed);
+  memmove(*result, source, needed);  // the text may lie in the block
   return 1;
 }

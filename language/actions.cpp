@@ -49,11 +49,15 @@ bool FailWith(ExprNode *node) {
   return false;
 }
 
+bool Refuse(Production p, int32_t id, int32_t offset, int32_t length) {
+  SetError(p.state, id, offset, length);
+  return false;
+}
+
 bool FormulaOfExpr(Production p) {
   ExprNode *root = NodeOf(p.rhs[0]);
   if (root->dataType > 255) {
-    SetError(p.state, ORL_ERR_KEYWORD, 0, kWholeText);
-    return false;
+    return Refuse(p, ORL_ERR_KEYWORD, 0, kWholeText);
   }
   p.state.root = root;
   return Pass(p, p.rhs[0]);
@@ -87,8 +91,7 @@ bool FormulaOfRange(Production p) {
 bool Listed(Production p, StackEntry *list, StackEntry &member) {
   HandleArray longer = ExprListAppend(list == nullptr ? nullptr : ListOf(*list), NodeOf(member));
   if (longer == nullptr) {
-    SetError(p.state, ORL_ERR_MEMORY, 0, 0);
-    return false;
+    return Refuse(p, ORL_ERR_MEMORY, 0, 0);
   }
   TakeOver(member);
   if (list != nullptr) {
@@ -136,11 +139,6 @@ bool OperatorWithUnit(Production p, int32_t kind) {
   }
   *p.result = p.state.root = node;
   return node != nullptr;
-}
-
-bool Refuse(Production p, int32_t id, int32_t offset, int32_t length) {
-  SetError(p.state, id, offset, length);
-  return false;
 }
 
 bool Leaf(Production p, int32_t kind) {

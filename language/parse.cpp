@@ -4,6 +4,7 @@
 #include "analysis/usage.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
+#include "engine/host_call.h"
 #include "engine/module.h"
 #include "language/parse_state.h"
 #include "language/parser.h"
@@ -118,7 +119,7 @@ Expression *ExpressionFromText(EC ec, const char *text, const char *name, Formul
 }
 
 // Ends a parse entry after its text was good: the new record goes, the error is told.
-HEXP Refuse(Expression *expression, int32_t id, int32_t length, FormulaError *error) {
+HEXP RefuseRecord(Expression *expression, int32_t id, int32_t length, FormulaError *error) {
   ExpressionFree(expression);
   FormulaError &target = error == nullptr ? CurrentParseState().error : *error;
   target = FormulaError{id, 0, length};
@@ -131,8 +132,9 @@ bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
   if (!MentionsAdd(ec, fresh->tree)) {
     return false;
   }
-  if (ec->renameProc != nullptr && std::strcmp(exp->name, fresh->name) != 0) {
-    ec->renameProc(ec, exp->name, fresh->name);
+  const bool renamed = std::strcmp(exp->name, fresh->name) != 0;
+  if (renamed && ec->renameProc != nullptr) {
+    CallHost([=] { return ec->renameProc(ec, exp->name, fresh->name); });
   }
   MentionsRemove(ec, exp->tree);
   NameIndexRename(ec->expressionNames, exp->entry, fresh->name);
@@ -144,7 +146,11 @@ bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
   exp->name = fresh->name;
   exp->dataType = fresh->dataType;
   WRENMemFree(fresh);
-  ContextChanged(ec);
+  if (renamed) {
+    ContextChanged(ec);
+  } else {
+    ec->revision++;  // every name still finds what it found before
+  }
   return true;
 }
 
@@ -167,19 +173,19 @@ int32_t ORLValidName(EC ec, const char *name, FormulaError *error) {
 HEXP ORLParseString(EC ec, const char *text, const char *name, FormulaError *error,
                     uint16_t *dataType) {
   if (ec == nullptr || dataType == nullptr) {
-    return nullptr;
+    return RefuseRecord(nullptr, ORL_ERR_GENERAL, 0, error);
   }
   Expression *fresh = ExpressionFromText(ec, text == nullptr ? "" : text, name, error, dataType);
   if (fresh == nullptr || ExpressionTableAppend(ec, fresh) != 0) {
     return fresh;
   }
-  return Refuse(fresh, ORL_ERR_MEMORY, 0, error);
+  return RefuseRecord(fresh, ORL_ERR_MEMORY, 0, error);
 }
 
 HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name, FormulaError *error,
                      uint16_t *dataType) {
   if (ec == nullptr || dataType == nullptr) {
-    return nullptr;
+    return RefuseRecord(nullptr, ORL_ERR_GENERAL, 0, error);
   }
   Expression *fresh = ExpressionFromText(ec, text == nullptr ? "" : text, name, error, dataType);
   if (fresh == nullptr) {
@@ -187,16 +193,16 @@ HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name, Formul
   }
   const int32_t length = WRENStrLen(text);
   if (ORLIsExpNameUnique(ec, exp, fresh->name) == 0) {
-    return Refuse(fresh, ORL_ERR_DUPNAME, length, error);
+    return RefuseRecord(fresh, ORL_ERR_DUPNAME, length, error);
   }
   if (exp == nullptr) {
     return ExpressionTableAppend(ec, fresh) != 0 ? fresh
-                                                 : Refuse(fresh, ORL_ERR_MEMORY, length, error);
+                                                 : RefuseRecord(fresh, ORL_ERR_MEMORY, 0, error);
   }
   if (ORLIsNamedFormulaUsed(ec, fresh->name) != 0 && exp->dataType != fresh->dataType) {
-    return Refuse(fresh, ORL_ERR_EXPDATATYPE, length, error);
+    return RefuseRecord(fresh, ORL_ERR_EXPDATATYPE, length, error);
   }
-  return ReplaceContent(ec, exp, fresh) ? exp : Refuse(fresh, ORL_ERR_MEMORY, 0, error);
+  return ReplaceContent(ec, exp, fresh) ? exp : RefuseRecord(fresh, ORL_ERR_MEMORY, 0, error);
 }
 
 int32_t ORLInputNameIsKeyword(char *target, const char *source) {

@@ -45,9 +45,7 @@ ExprNode *DeepestFirst(ExprNode *node) {
 void FreeAlone(ExprNode *node) {
   if (!HasOperands(node->kind)) {
     WRENMemFree(node->left);
-    if (node->right != nullptr) {
-      HandleArrayFree(NodeList(node));
-    }
+    HandleArrayFree(NodeList(node));
   }
   WRENMemFree(node);
 }

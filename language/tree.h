@@ -62,6 +62,12 @@ inline bool HasList(int32_t kind) {
   return kind == NODE_CALL || kind == NODE_SET;
 }
 
+// Nodes with a text in `left`.
+inline bool HasText(int32_t kind) {
+  return kind == NODE_ITEM || kind == NODE_CALL || kind == NODE_FORMULA || kind == NODE_STRING ||
+         kind == NODE_DATE;
+}
+
 inline ExprNode *LeftOperand(const ExprNode *node) {
   return static_cast<ExprNode *>(node->left);
 }
@@ -91,8 +97,8 @@ ExprNode *ExprNodeRange(ParseState &state, ExprNode *left, ExprNode *right);
 // state.error. Null only when there is no memory.
 ExprNode *ExprNodeSet(ParseState &state, HandleArray list);
 
-// Appends a node to a list, or to a new one for null. The list to go on with, or null when there is
-// no memory, with the old list as it was.
+// Appends a node to a list, or to a new one for null. The list to go on with, or null when it is
+// full or there is no memory, with the old list as it was.
 HandleArray ExprListAppend(HandleArray list, ExprNode *node);
 
 // Free a node or list with all below it, in constant stack; null is accepted.

@@ -174,6 +174,11 @@ Expectation ExpectedOf(const ExprItem *function, HandleArray list, int32_t index
   return {row, type};
 }
 
+bool TypeFits(uint16_t expected, const ExprNode *argument) {
+  return expected == ORL_TYPE_FOLLOWS || expected == ORL_TYPE_ANY ||
+         expected == static_cast<uint16_t>(argument->dataType);
+}
+
 int32_t CheckByName(EC ec, const ExprItem *function, const ParamRecord &parameter,
                     const ExprNode *argument, uint16_t modifier, FormulaError *error) {
   if (argument->kind != NODE_ITEM) {
@@ -193,7 +198,7 @@ int32_t CheckByName(EC ec, const ExprItem *function, const ParamRecord &paramete
 
 int32_t CheckModifier(const ExprItem *function, uint16_t form, uint16_t modifier,
                       FormulaError *error) {
-  constexpr uint16_t kTakesModifier = 19;
+  constexpr uint16_t kTakesModifier = ORL_FUNC_MODIFIER | 2 | ORL_FUNC_NEEDS_DISTINCT;
   const bool needsDistinct = (function->itemFlags & ORL_FUNC_NEEDS_DISTINCT) != 0;
   if (form == kCallModifier) {
     if ((function->itemFlags & kTakesModifier) == 0) {
@@ -296,15 +301,18 @@ void TypeCall(ParseState &state, ExprNode *node, CallForm form) {
     }
     return;
   }
-  HEXP formula = ORLHEXPFromName(ec, name);
-  if (formula == nullptr || formula->tree == nullptr) {
+  const int32_t type = ExpressionDataType(ec, name);
+  if (type == -1) {
     SetError(state, ORL_ERR_FUNC, 0, 0);
-  } else if (formula->tree->kind == NODE_SET || formula->tree->kind == NODE_RANGE) {
+    return;
+  }
+  const ExprNode *root = ORLHEXPFromName(ec, name)->tree;
+  if (root->kind == NODE_SET || root->kind == NODE_RANGE) {
     SetError(state, ORL_ERR_IMBEDDEDRANGE, 0, 0);
   } else {
     node->kind = NODE_FORMULA;
     node->detail = kCallPlain;
-    node->dataType = static_cast<int16_t>(formula->dataType);
+    node->dataType = static_cast<int16_t>(type);
     if (node->right != nullptr || form != kCallPlain) {
       node->dataType = kNoType;
       SetError(state, ORL_ERR_EXPPARMS, 0, 0);
@@ -369,8 +377,7 @@ int32_t TypeCheckCall(EC ec, HandleArray list, const char *name, FormulaError *e
   for (int32_t i = 0; i < count; i++) {
     const ExprNode *argument = ExprListAt(list, static_cast<uint32_t>(i));
     const Expectation expected = ExpectedOf(function, list, i, count);
-    if (expected.type != ORL_TYPE_FOLLOWS && expected.type != ORL_TYPE_ANY &&
-        expected.type != static_cast<uint16_t>(argument->dataType)) {
+    if (!TypeFits(expected.type, argument)) {
       return Fail(error, MismatchOf(expected.type), argument);
     }
     const ParamRecord parameter = ParameterAt(function, expected.row);
@@ -380,6 +387,18 @@ int32_t TypeCheckCall(EC ec, HandleArray list, const char *name, FormulaError *e
     }
   }
   return 1;
+}
+
+bool TypeArgumentsFit(HandleArray list, const ExprItem *function) {
+  const int32_t listed = static_cast<int32_t>(ExprListCount(list));
+  for (int32_t i = 0; i < listed && i < function->paramCount; i++) {
+    const Expectation expected = ExpectedOf(function, list, i, listed);
+    const ExprNode *argument = ExprListAt(list, static_cast<uint32_t>(i));
+    if (ItemParameters(function)[i].mode != 1 && !TypeFits(expected.type, argument)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 int16_t TypeCallResult(EC ec, HandleArray list) {
