@@ -74,6 +74,22 @@ void Renew(UsageWalk &walk) {
   walk.circular = false;
 }
 
+// What the stored expression of a name refers to does not refer back to it, or it would not have
+// been stored: storing it anew need not go there again. Only where a name has been given twice this
+// does not hold.
+void MarkHarmless(const UsageWalk &walk, Expression *stored) {
+  if (stored == nullptr || walk.ec->hadDuplicates) {
+    return;
+  }
+  for (ExprNode *node = stored->tree; node != nullptr; node = ExprNodeNext(stored->tree, node)) {
+    Expression *target = node->kind == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
+    if (target != nullptr) {
+      Enter(walk, target, nullptr, nullptr);
+      target->walkState = WalkState::No;
+    }
+  }
+}
+
 template <class Match>
 int32_t Ask(EC ec, HEXP exp, Match match) {
   if (ec == nullptr || exp == nullptr) {
@@ -149,6 +165,7 @@ const ExprNode *FormulaRefersTo(EC ec, const char *name, ExprNode *tree) {
     return nullptr;
   }
   UsageWalk walk = UsageWalkBegin(ec);
+  MarkHarmless(walk, ORLHEXPFromName(ec, name));
   return Walk(walk, tree, nullptr, refers) ? walk.topNode : nullptr;
 }
 

@@ -115,6 +115,7 @@ int32_t ExpressionTableAppend(EC ec, Expression *expression) {
     MentionsRemove(ec, expression->tree);
     return 0;
   }
+  ec->hadDuplicates = ec->hadDuplicates || ORLHEXPFromName(ec, expression->name) != nullptr;
   NameIndexAppend(ec->expressionNames, expression->entry, expression->name, expression);
   ContextChanged(ec);
   return 1;
