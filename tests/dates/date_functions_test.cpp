@@ -1,290 +1,248 @@
-// The date functions as the evaluator and hosts call them, and their result blocks.
+// The date functions as the evaluator and hosts call them, their result blocks, and the conversions
+// between a date and its text.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <climits>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "closed/wren/memory.h"
+#include "functions/date_text.h"
 #include "functions/result_block.h"
 #include "orli11.h"
 #include "tests/dates/date_support.h"
 
 namespace {
 
-// Calls a routine with entries for its arguments and a result block of `size` bytes, as the
-// evaluator does; the result as text.
-struct Call {
-  OrlFunctionProc routine;
-  int32_t size;
-};
-
-std::string ResultText(int32_t size, const void *block) {
-  if (size == 50) {
-    return static_cast<const char *>(block);
-  }
-  NumberValue value;
-  memcpy(&value, block, sizeof value);
-  return value.length == 10 && Iso(value) != "0000-00-00 00:00:00" ? Iso(value) : NumberText(value);
-}
-
-std::string Result(const Call &call, void **args) {
-  void *result = WRENMemAlloc(static_cast<uint32_t>(call.size));
-  // What was in the block must not show through.
-  memset(result, 0xEE, static_cast<size_t>(call.size));
-  EXPECT_EQ(call.routine(nullptr, nullptr, call.size, &result, "name", args), 1);
-  std::string text = ResultText(call.size, result);
-  WRENMemFree(result);
-  return text;
-}
-
 constexpr int32_t kValue = 13;
 constexpr int32_t kText = 50;
 
-TEST(DateFunctions, OfOneDate) {
-  const PlainSettings settings;
-  const struct {
-    const char *name;
-    Call call;
-    const char *ofWinter;   // 2000-02-10 12:30:45.5, a Thursday
-    const char *ofEvening;  // 1999-12-31 21:30:15, a Friday
-    const char *ofNull;
-  } rows[] = {
-      {"Year", {FUNDateYear, kValue}, "2000", "1999", "null"},
-      {"Month", {FUNDateMonth, kValue}, "2", "12", "null"},
-      {"Day", {FUNDateDay, kValue}, "10", "31", "null"},
-      {"Hour", {FUNDateHour, kValue}, "12", "21", "null"},
-      {"Minute", {FUNDateMinute, kValue}, "30", "30", "null"},
-      {"Second", {FUNDateSecond, kValue}, "45", "15", "null"},
-      {"Quarter", {FUNDateQuarter, kValue}, "1", "4", "null"},
-      {"WeekDay", {FUNWeekDay, kValue}, "5", "6", "null"},
-      {"MonthBegin",
-       {FUNDateMonthBegin, kValue},
-       "2000-02-01 00:00:00",
-       "1999-12-01 00:00:00",
-       "null"},
-      {"MonthEnd", {FUNDateMonthEnd, kValue}, "2000-02-29 00:00:00", "1999-12-31 00:00:00", "null"},
-      {"ToStr", {FUNDateToStr, kText}, "02/10/2000 12:30:45.5 PM", "12/31/1999 09:30:15 PM", ""},
-  };
-  NumberValue winter = Stored("2000-02-10 12:30:45.500000");
-  NumberValue evening = Stored("1999-12-31 21:30:15");
-  NumberValue null = {};
-  void *missing[] = {nullptr};
-  for (const auto &row : rows) {
-    SCOPED_TRACE(row.name);
-    void *args[] = {&winter};
-    EXPECT_EQ(Result(row.call, args), row.ofWinter);
-    args[0] = &evening;
-    EXPECT_EQ(Result(row.call, args), row.ofEvening);
-    args[0] = &null;
-    EXPECT_EQ(Result(row.call, args), row.ofNull);
-    EXPECT_EQ(Result(row.call, missing), row.ofNull);
-    EXPECT_EQ(Result(row.call, nullptr), row.ofNull);
-  }
-}
-
-TEST(DateFunctions, QuartersAndWeekdays) {
-  const char *const quarters = "111222333444";
-  for (int32_t month = 1; month <= 12; month++) {
-    NumberValue date = Stored("2012-" + std::to_string(month) + "-15");
-    void *args[] = {&date};
-    EXPECT_EQ(Result({FUNDateQuarter, kValue}, args), std::string(1, quarters[month - 1])) << month;
-  }
-  // 7 January 2012 is a Saturday.
-  for (int32_t day = 0; day < 7; day++) {
-    NumberValue date = Stored("2012-01-" + std::to_string(7 + day));
-    void *args[] = {&date};
-    EXPECT_EQ(Result({FUNWeekDay, kValue}, args), std::to_string(day)) << Iso(date);
-  }
-  NumberValue february = Stored("1900-02-10");
-  void *args[] = {&february};
-  EXPECT_EQ(Result({FUNDateMonthEnd, kValue}, args), "1900-02-28 00:00:00");
-}
-
-TEST(DateFunctions, AddDay) {
-  NumberValue date = Stored("2012-02-28 10:30:15");
-  NumberValue null = {};
-  const struct {
-    NumberValue days;
-    const char *result;
-  } rows[] = {
-      {Number(2), "2012-03-01 10:30:15"}, {Number(-59), "2011-12-31 10:30:15"},
-      {null, "2012-02-28 10:30:15"},      {Number(INT32_MAX), "null"},
-      {Number(INT32_MIN), "null"},
-  };
-  for (const auto &row : rows) {
-    NumberValue days = row.days;
-    void *args[] = {&date, &days};
-    EXPECT_EQ(Result({FUNDateAddDay, kValue}, args), row.result) << NumberText(row.days);
-    args[0] = &null;
-    EXPECT_EQ(Result({FUNDateAddDay, kValue}, args), "null");
-  }
-  void *noDays[] = {&date, nullptr};
-  EXPECT_EQ(Result({FUNDateAddDay, kValue}, noDays), "2012-02-28 10:30:15");
-  EXPECT_EQ(Result({FUNDateAddDay, kValue}, nullptr), "null");
-}
-
-TEST(DateFunctions, Construct) {
-  const struct {
-    std::vector<int32_t> fields;
-    const char *result;
-  } rows[] = {
-      {{2012, 1, 31, 10, 30, 15}, "2012-01-31 10:30:15"},
-      {{2012, 2, 31, 0, 0, 0}, "2012-02-29 00:00:00"},
-      {{2012, 13, 1, 0, 0, 0}, "null"},
-      {{2012, 1, 32, 0, 0, 0}, "null"},
-      {{0, 1, 1, 0, 0, 0}, "null"},
-      {{10000, 1, 1, 0, 0, 0}, "null"},
-      {{2012, 1, 1, 24, 0, 0}, "null"},
-      {{2012, 1, 1, 0, -1, 0}, "null"},
-      {{12, 1, 1, 0, 0, 59}, "0012-01-01 00:00:59"},
-  };
-  for (const auto &row : rows) {
-    NumberValue values[6];
-    void *args[6];
-    for (size_t i = 0; i < 6; i++) {
-      values[i] = Number(row.fields[i]);
-      args[i] = &values[i];
+// Calls a routine as the evaluator does; the result as text. An argument is a Number ("5"), a date
+// ("2012-01-31"), "null", a text ("'text"), or "" for an entry that is missing.
+std::string Call(OrlFunctionProc routine, int32_t size, const std::vector<std::string> &texts) {
+  std::vector<NumberValue> values(texts.size());
+  std::vector<void *> args(texts.size());
+  for (size_t i = 0; i < texts.size(); i++) {
+    const std::string &text = texts[i];
+    args[i] = text.empty() ? nullptr : &values[i];
+    if (text.starts_with("'")) {
+      args[i] = const_cast<char *>(text.c_str() + 1);  // routines only read
+    } else if (text.find('-', 1) != std::string::npos) {
+      values[i] = Stored(text);
+    } else if (text != "null") {
+      WRENNumFromText(&values[i], text.c_str());
     }
-    EXPECT_EQ(Result({FUNDateConstruct, kValue}, args), row.result) << "year " << row.fields[0];
   }
-  // Null and missing fields count as 0.
-  NumberValue year = Number(2012);
-  NumberValue one = Number(1);
-  NumberValue null = {};
-  void *partly[] = {&year, &one, &one, &null, nullptr, &null};
-  EXPECT_EQ(Result({FUNDateConstruct, kValue}, partly), "2012-01-01 00:00:00");
-  void *nothing[6] = {};
-  EXPECT_EQ(Result({FUNDateConstruct, kValue}, nothing), "null");
-  EXPECT_EQ(Result({FUNDateConstruct, kValue}, nullptr), "null");
+  void *block = WRENMemAlloc(static_cast<uint32_t>(size));
+  // What was in the block must not show through.
+  memset(block, 0xEE, static_cast<size_t>(size));
+  EXPECT_EQ(routine(nullptr, nullptr, size, &block, "name", args.empty() ? nullptr : args.data()),
+            1);
+  std::string result = static_cast<char *>(block);
+  if (size == kValue) {
+    NumberValue value;
+    memcpy(&value, block, sizeof value);
+    result = value.length == 10 ? Iso(value) : NumberText(value);
+  }
+  WRENMemFree(block);
+  return result;
 }
 
-TEST(DateFunctions, Iff) {
-  NumberValue below = Stored("2001-01-01");
-  NumberValue equal = Stored("2002-02-02");
-  NumberValue above = Stored("2003-03-03");
-  NumberValue null = {};
+TEST(DateFunctions, OfOneDate) {
+  using namespace std::chrono;
+  std::mt19937_64 random(1);
+  for (int i = 0; i < 2000; i++) {
+    const sys_seconds moment = RandomMoment(random);
+    const DateTimeParts p = Parts(moment);
+    const weekday day{floor<days>(moment)};
+    const year_month_day_last end = year{p.year} / p.month / last;
+    const std::pair<OrlFunctionProc, std::string> rows[] = {
+        {FUNDateYear, std::to_string(p.year)},
+        {FUNDateMonth, std::to_string(p.month)},
+        {FUNDateDay, std::to_string(p.day)},
+        {FUNDateHour, std::to_string(p.hour)},
+        {FUNDateMinute, std::to_string(p.minute)},
+        {FUNDateSecond, std::to_string(p.second)},
+        {FUNDateQuarter, std::string(1, "111222333444"[p.month - 1])},
+        {FUNWeekDay, std::to_string((day - Saturday).count())},
+        {FUNDateMonthBegin, Iso(Parts(p.year, p.month, 1))},
+        {FUNDateMonthEnd, Iso(Parts(sys_days{end}))},
+    };
+    for (const auto &[routine, result] : rows) {
+      ASSERT_EQ(Call(routine, kValue, {Iso(p) + ".5"}), result) << Iso(p) << " row " << &result;
+      for (const char *none : {"null", ""}) {
+        ASSERT_EQ(Call(routine, kValue, {none}), "null");
+      }
+      ASSERT_EQ(Call(routine, kValue, {}), "null");
+    }
+  }
+}
+
+TEST(DateFunctions, Rows) {
+  const PlainSettings settings;
   const struct {
-    NumberValue selector;
+    OrlFunctionProc routine;
+    int32_t size;
+    std::vector<std::string> args;
     const char *result;
-  } rows[] = {{Number(-5), "2001-01-01 00:00:00"},
-              {Number(0), "2002-02-02 00:00:00"},
-              {null, "2002-02-02 00:00:00"},
-              {Number(7), "2003-03-03 00:00:00"}};
-  for (const auto &row : rows) {
-    NumberValue selector = row.selector;
-    void *args[] = {&selector, &below, &equal, &above};
-    EXPECT_EQ(Result({FUNDateIFF, kValue}, args), row.result) << NumberText(selector);
-    void *nulls[] = {&selector, &null, nullptr, &null};
-    EXPECT_EQ(Result({FUNDateIFF, kValue}, nulls), "null") << NumberText(selector);
-  }
-  EXPECT_EQ(Result({FUNDateIFF, kValue}, nullptr), "null");
-}
-
-TEST(DateFunctions, TextAndPicture) {
-  const PlainSettings settings;
-  NumberValue date = Stored("2012-01-31 21:30:15");
-  NumberValue null = {};
-  char picture[] = "d. MMMM yyyy";
-  char bad[] = "x";
-  void *args[] = {&date, picture};
-  EXPECT_EQ(Result({FUNDateToStrPicture, kText}, args), "31. January 2012");
-  void *badArgs[] = {&date, bad};
-  EXPECT_EQ(Result({FUNDateToStrPicture, kText}, badArgs), "");
-  void *nullDate[] = {&null, bad};
-  EXPECT_EQ(Result({FUNDateToStrPicture, kText}, nullDate), "");
-  void *noPicture[] = {&date, nullptr};
-  EXPECT_EQ(Result({FUNDateToStrPicture, kText}, noPicture), "");
-  EXPECT_EQ(Result({FUNDateToStrPicture, kText}, nullptr), "");
-
-  char text[] = "Jan 31, 2012 9:30 pm";
-  char noDate[] = "no date";
-  void *textArgs[] = {text};
-  EXPECT_EQ(Result({FUNStrToDate, kValue}, textArgs), "2012-01-31 21:30:00");
-  void *noDateArgs[] = {noDate};
-  EXPECT_EQ(Result({FUNStrToDate, kValue}, noDateArgs), "null");
-  EXPECT_EQ(Result({FUNStrToDate, kValue}, nullptr), "null");
-}
-
-// A text of 49 characters fits into the block, one of 50 enlarges it, and without memory the
-// routine fails and leaves the block valid.
-TEST(ResultBlock, GrowsWithTheText) {
-  const PlainSettings settings;
-  NumberValue date = Stored("2012-01-31");
-  for (const size_t length : {size_t{49}, size_t{50}, size_t{99}}) {
-    const std::string picture = "dd'" + std::string(length - 2, 'z') + "'";
-    std::vector<char> pictureText(picture.c_str(), picture.c_str() + picture.size() + 1);
-    void *args[] = {&date, pictureText.data()};
-    void *result = WRENMemAlloc(50);
-    void *const before = result;
-    TEST_FailAllocationsAfter(0);
-    const int32_t withoutMemory = FUNDateToStrPicture(nullptr, nullptr, 50, &result, "", args);
-    TEST_FailAllocationsAfter(-1);
-    EXPECT_EQ(withoutMemory, length < 50 ? 1 : 0) << length;
-    EXPECT_EQ(result, before) << length;
-    EXPECT_EQ(FUNDateToStrPicture(nullptr, nullptr, 50, &result, "", args), 1);
-    EXPECT_EQ(std::string(static_cast<char *>(result)), "31" + std::string(length - 2, 'z'));
-    EXPECT_EQ(WRENMemSize(result), length < 50 ? 50U : length + 1) << length;
-    WRENMemFree(result);
-  }
-}
-
-TEST(ResultBlock, Routines) {
-  void *block = nullptr;
-  TEST_FailAllocationsAfter(0);
-  EXPECT_EQ(FUNResizeResult(&block, 10), 0);
-  EXPECT_EQ(FUNStrVarResult(&block, 0, "text"), 0);
-  TEST_FailAllocationsAfter(-1);
-  EXPECT_EQ(block, nullptr);
-  EXPECT_EQ(FUNResizeResult(&block, 10), 1);
-  EXPECT_EQ(WRENMemSize(block), 10U);
-  EXPECT_EQ(FUNStrVarResult(&block, 10, "123456789"), 1);
-  EXPECT_EQ(WRENMemSize(block), 10U);
-  EXPECT_EQ(FUNStrVarResult(&block, 10, "1234567890"), 1);
-  EXPECT_STREQ(static_cast<char *>(block), "1234567890");
-  EXPECT_EQ(WRENMemSize(block), 11U);
-  EXPECT_EQ(FUNStrVarResult(&block, 11, nullptr), 1);
-  EXPECT_STREQ(static_cast<char *>(block), "");
-  WRENMemFree(block);
-  block = nullptr;
-  EXPECT_EQ(FUNStrVarResult(&block, 50, "new"), 1);
-  EXPECT_STREQ(static_cast<char *>(block), "new");
-  WRENMemFree(block);
-  EXPECT_EQ(FUNStrVarResult(nullptr, 50, "x"), 0);
-}
-
-TEST(ResultBlock, BytesOfCharacters) {
-  const PlainSettings settings;
-  const struct {
-    int32_t codePage, n, bytes;
   } rows[] = {
-      {1252, 5, 5},
-      {932, 5, 10},
-      {65001, 5, 20},
-      {932, -3, -6},
-      {932, INT32_MAX, INT32_MAX},
-      {65001, INT32_MIN, INT32_MIN},
-      {65001, 0, 0},
-      {1252, INT32_MAX, INT32_MAX},
+      // clang-format off
+      {FUNDateAddDay, kValue, {"2012-02-28 10:30:15", "2"}, "2012-03-01 10:30:15"},
+      {FUNDateAddDay, kValue, {"2012-02-28", "null"}, "2012-02-28 00:00:00"},
+      {FUNDateAddDay, kValue, {"2012-02-28", ""}, "2012-02-28 00:00:00"},
+      {FUNDateAddDay, kValue, {"null", "2"}, "null"},
+      {FUNDateAddDay, kValue, {}, "null"},
+      {FUNDateConstruct, kValue, {"2012", "1", "31", "10", "30", "15"}, "2012-01-31 10:30:15"},
+      {FUNDateConstruct, kValue, {"2012", "2", "31", "0", "0", "0"}, "2012-02-29 00:00:00"},
+      {FUNDateConstruct, kValue, {"2012", "13", "1", "0", "0", "0"}, "null"},
+      {FUNDateConstruct, kValue, {"2012", "1", "1", "null", "", "null"}, "2012-01-01 00:00:00"},
+      {FUNDateConstruct, kValue, {"", "", "", "", "", ""}, "null"},
+      {FUNDateConstruct, kValue, {}, "null"},
+      {FUNDateIFF, kValue, {"-5", "2001-01-01", "2002-02-02", "2003-03-03"}, "2001-01-01 00:00:00"},
+      {FUNDateIFF, kValue, {"0", "2001-01-01", "2002-02-02", "2003-03-03"}, "2002-02-02 00:00:00"},
+      {FUNDateIFF, kValue, {"null", "2001-01-01", "2002-02-02", "2003-03-03"}, "2002-02-02 00:00:00"},
+      {FUNDateIFF, kValue, {"7", "2001-01-01", "2002-02-02", "2003-03-03"}, "2003-03-03 00:00:00"},
+      {FUNDateIFF, kValue, {"-5", "null", "2002-02-02", "2003-03-03"}, "null"},
+      {FUNDateIFF, kValue, {"0", "2001-01-01", "", "2003-03-03"}, "null"},
+      {FUNDateIFF, kValue, {}, "null"},
+      {FUNDateToStr, kText, {"1999-12-31 21:30:15"}, "12/31/1999 09:30:15 PM"},
+      {FUNDateToStr, kText, {"null"}, ""},
+      {FUNDateToStr, kText, {}, ""},
+      {FUNDateToStrPicture, kText, {"2012-01-31", "'d. MMMM yyyy"}, "31. January 2012"},
+      {FUNDateToStrPicture, kText, {"2012-01-31", "'x"}, ""},
+      {FUNDateToStrPicture, kText, {"2012-01-31", ""}, ""},
+      {FUNDateToStrPicture, kText, {}, ""},
+      {FUNStrToDate, kValue, {"'Jan 31, 2012 9:30 pm"}, "2012-01-31 21:30:00"},
+      {FUNStrToDate, kValue, {"'10:30:15"}, "1900-01-01 10:30:15"},
+      {FUNStrToDate, kValue, {"'12 Ja"}, "null"},
+      {FUNStrToDate, kValue, {}, "null"},
+      // clang-format on
   };
   for (const auto &row : rows) {
-    WRENSetCodePage(row.codePage);
-    EXPECT_EQ(FUNCharBytes(row.n), row.bytes) << row.codePage << ": " << row.n;
+    EXPECT_EQ(Call(row.routine, row.size, row.args), row.result)
+        << "row " << &row - rows << testing::PrintToString(row.args);
   }
 }
 
 TEST(DateFunctions, WithoutAResultBlockTheyFail) {
   NumberValue date = Stored("2012-01-31");
   void *args[] = {&date, &date, &date, &date, &date, &date};
-  void *none = nullptr;
   for (const OrlFunctionProc routine :
        {FUNDateYear, FUNDateMonthEnd, FUNDateAddDay, FUNDateConstruct, FUNDateIFF, FUNStrToDate}) {
-    EXPECT_EQ(routine(nullptr, nullptr, kValue, &none, "", args), 0);
+    void *block = nullptr;
+    EXPECT_EQ(routine(nullptr, nullptr, kValue, &block, "", args), 0);
     EXPECT_EQ(routine(nullptr, nullptr, kValue, nullptr, "", args), 0);
     NumberValue small = {};
-    void *block = &small;
+    block = &small;
     EXPECT_EQ(routine(nullptr, nullptr, 12, &block, "", args), 0);
   }
+}
+
+// A text of 49 characters fits into the block, one of 50 enlarges it, and without memory the
+// routine fails and leaves the block valid.
+TEST(ResultBlock, GrowsWithTheText) {
+  for (const size_t length : {size_t{49}, size_t{50}, size_t{99}}) {
+    const std::string text(length, 'z');
+    void *block = nullptr;
+    TEST_FailAllocationsAfter(0);
+    EXPECT_EQ(FUNStrVarResult(&block, 0, "text"), 0);
+    EXPECT_EQ(FUNResizeResult(&block, 50), 0);
+    TEST_FailAllocationsAfter(-1);
+    EXPECT_EQ(FUNResizeResult(&block, 50), 1);
+    void *const before = block;
+    TEST_FailAllocationsAfter(0);
+    EXPECT_EQ(FUNStrVarResult(&block, 50, text.c_str()), length < 50 ? 1 : 0) << length;
+    TEST_FailAllocationsAfter(-1);
+    EXPECT_EQ(block, before) << length;
+    EXPECT_EQ(FUNStrVarResult(&block, 50, text.c_str()), 1);
+    EXPECT_STREQ(static_cast<char *>(block), text.c_str());
+    EXPECT_EQ(WRENMemSize(block), length < 50 ? 50U : length + 1) << length;
+    EXPECT_EQ(FUNStrVarResult(&block, 50, nullptr), 1);
+    EXPECT_STREQ(static_cast<char *>(block), "");
+    WRENMemFree(block);
+  }
+  EXPECT_EQ(FUNStrVarResult(nullptr, 50, "x"), 0);
+}
+
+TEST(ResultBlock, BytesOfCharacters) {
+  const PlainSettings settings;
+  const int32_t rows[][3] = {{1252, 5, 5},
+                             {932, 5, 10},
+                             {65001, 5, 20},
+                             {932, -3, -6},
+                             {65001, 0, 0},
+                             {932, INT32_MAX, INT32_MAX},
+                             {65001, INT32_MIN, INT32_MIN},
+                             {1252, INT32_MAX, INT32_MAX}};
+  for (const auto &[codePage, n, bytes] : rows) {
+    WRENSetCodePage(codePage);
+    EXPECT_EQ(FUNCharBytes(n), bytes) << codePage << ": " << n;
+  }
+}
+
+TEST(DateFromText, LeavesTheTargetWhenItFails) {
+  for (const char *text : {"12 Ja", "", static_cast<const char *>(nullptr)}) {
+    NumberValue target = Stored("2012-01-31");
+    EXPECT_EQ(DateFromText(&target, text), 0);
+    EXPECT_EQ(Iso(target), "2012-01-31 00:00:00") << testing::PrintToString(text);
+  }
+}
+
+TEST(DateRewriteText, FormsAndTheirPictures) {
+  const PlainSettings settings;
+  const struct {
+    const char *text;
+    int32_t code;
+    const char *rewritten;
+  } rows[] = {
+      {"Jan 5, 2012", kDateForm, "D 2012-01-05"},
+      {"Jan 5, 2012 9:04 pm", kDateTimeForm, "DT 2012-01-05 21:04:00"},
+      {"10:30:15", kTimeForm, "T 10:30:15"},
+      {"hello", kNoDateForm, ""},
+      {nullptr, kNoDateForm, ""},
+  };
+  for (const auto &[text, code, rewritten] : rows) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    char buffer[kDateTextSize] = "before";
+    const char *pictures[] = {"'D' yyyy-MM-dd", "'DT' yyyy-MM-dd HH:mm:ss", "'T' HH:mm:ss"};
+    EXPECT_EQ(DateRewriteText(text, buffer, pictures[0], pictures[1], pictures[2]), code);
+    EXPECT_STREQ(buffer, rewritten);
+    // Without a picture, or with a bad one, the form is still known.
+    for (const char *picture : {static_cast<const char *>(nullptr), "bad"}) {
+      strcpy(buffer, "before");
+      EXPECT_EQ(DateRewriteText(text, buffer, picture, picture, picture), code);
+      EXPECT_STREQ(buffer, "");
+    }
+  }
+}
+
+TEST(DateToText, WhatHasNoTextGivesZero) {
+  const PlainSettings settings;
+  char buffer[kDateTextSize] = "before";
+  const NumberValue date = Stored("2012-01-31");
+  const NumberValue null = {};
+  const NumberValue noDate = Number(5);
+  EXPECT_EQ(DateToTextPicture(&null, "bad", buffer) + DateToTextDefault(&null, buffer), 2);
+  EXPECT_EQ(DateToTextDefault(&noDate, buffer), 0);
+  EXPECT_EQ(DateToTextPicture(&noDate, "d", buffer), 0);
+  EXPECT_EQ(DateToTextPicture(&date, nullptr, buffer), 0);
+  EXPECT_EQ(DateToTextPicture(&date, ("dd '" + std::string(97, 'z') + "'").c_str(), buffer), 0);
+  EXPECT_STREQ(buffer, "");
+  EXPECT_EQ(DateToTextDefault(&date, buffer) + DateToTextPicture(&date, "d", buffer), 2);
+}
+
+TEST(DatePictureWidth, WidestPictureAndTemplate) {
+  const PlainSettings settings;
+  const char *const none[3] = {};
+  const char *const pictures[3] = {"yyyy-MM-dd", nullptr, "dddd"};
+  const char *const longest[3] = {"d", "dddd MMMM", "bad"};
+  const char *const templates[3] = {"{d '%s'}", nullptr, "TIME('%s')x"};
+  EXPECT_EQ(DatePictureWidth(0, pictures, templates), 10);
+  EXPECT_EQ(DatePictureWidth(2, pictures, templates), 21);
+  EXPECT_EQ(DatePictureWidth(0xFFFD, longest, templates), 19);
+  EXPECT_EQ(DatePictureWidth(2, none, templates), 11);
 }
 
 }  // namespace

@@ -1,22 +1,16 @@
 #include "tests/dates/date_support.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
-#include <cstring>
 
-namespace {
-
-void SetPlain() {
+PlainSettings::PlainSettings() {
   WRENSetCountry("C");
   WRENSetCodePage(1252);
 }
-
-}  // namespace
-
-PlainSettings::PlainSettings() {
-  SetPlain();
-}
 PlainSettings::~PlainSettings() {
-  SetPlain();
+  WRENSetCountry("C");
+  WRENSetCodePage(1252);
 }
 
 std::string Iso(const DateTimeParts &p) {
@@ -60,4 +54,43 @@ NumberValue Number(int32_t value) {
 
 std::string NumberText(const NumberValue &value) {
   return WRENNumIsNull(&value) != 0 ? "null" : std::to_string(WRENNumToInt(&value));
+}
+
+std::chrono::sys_seconds RandomMoment(std::mt19937_64 &random) {
+  return kFirst + std::chrono::seconds{random() % static_cast<uint64_t>((kEnd - kFirst).count())};
+}
+
+DateTimeParts Parts(std::chrono::sys_seconds moment) {
+  const auto day = std::chrono::floor<std::chrono::days>(moment);
+  const std::chrono::year_month_day date{day};
+  const auto time = static_cast<int32_t>((moment - day).count());
+  return Parts(int{date.year()}, static_cast<int32_t>(unsigned{date.month()}),
+               static_cast<int32_t>(unsigned{date.day()}), time / 3600, time / 60 % 60, time % 60);
+}
+
+FormatRecord Record(int32_t mode, int32_t order) {
+  FormatRecord record;
+  WRENFmtInit(&record);
+  LocaleBlock locale;
+  WRENFmtLoadLocale(&locale);
+  record.mode = mode;
+  record.useCountry = order == kOrderOfCountry ? 1 : 0;
+  record.dateOrder = order;
+  record.pivotYear = locale.pivotYear;
+  record.dayNames = locale.dayNames;
+  record.monthNames = locale.monthNames;
+  record.markers = locale.markers;
+  return record;
+}
+
+std::string Read(int32_t mode, const std::string &text, int32_t order) {
+  FormatRecord record = Record(mode, order);
+  record.input = text.c_str();
+  record.parts = Parts(7, 7, 7);
+  if (WRENFmtParseDate(&record) != 0) {
+    return Iso(record.parts);
+  }
+  EXPECT_EQ(Iso(record.parts), "0007-07-07 00:00:00")
+      << "a refused text changed the parts: " << text;
+  return "no";
 }

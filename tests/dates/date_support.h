@@ -2,6 +2,8 @@
 #ifndef ORLI11_TESTS_DATES_DATE_SUPPORT_H
 #define ORLI11_TESTS_DATES_DATE_SUPPORT_H
 
+#include <chrono>
+#include <random>
 #include <string>
 
 #include "pavni11.h"
@@ -25,5 +27,17 @@ DateTimeParts Parts(int32_t year, int32_t month, int32_t day, int32_t hour = 0, 
 NumberValue Stored(const std::string &iso);
 NumberValue Number(int32_t value);
 std::string NumberText(const NumberValue &value);
+
+// The standard library's calendar: any moment of ours, and the parts of a moment.
+constexpr std::chrono::sys_seconds kFirst = std::chrono::sys_days{std::chrono::year{1} / 1 / 1};
+constexpr std::chrono::sys_seconds kEnd = std::chrono::sys_days{std::chrono::year{10000} / 1 / 1};
+std::chrono::sys_seconds RandomMoment(std::mt19937_64 &random);
+DateTimeParts Parts(std::chrono::sys_seconds moment);
+
+// A record that goes by the names of the locale in the order given, or by the country settings.
+constexpr int32_t kOrderOfCountry = -1;
+FormatRecord Record(int32_t mode, int32_t order = kOrderOfCountry);
+// What the text reads as in a mode: Iso() of the parts, "no" when it is refused.
+std::string Read(int32_t mode, const std::string &text, int32_t order = kOrderOfCountry);
 
 #endif
