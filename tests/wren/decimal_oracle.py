@@ -1,100 +1,130 @@
-"""Checks results of the decimal arithmetic against the exact decimals of Python.
+"""Prints cases of decimal arithmetic with what the exact decimals of Python make of them:
 
-The only argument names a file with one case a line:
+    <operation> <left> <right> <result>
 
-    <operation> <operand> <operand> <result>
-
-Numbers stand as <coefficient>E<exponent>, the null value as "null", doubles in hexadecimal. Prints
-the first wrong lines and the count of cases of each operation, and exits with 1 if one is wrong.
+A number as a result stands as the bytes of its payload, a double as its own, both in hexadecimal.
 """
 
-import collections
 import decimal
-import sys
+import itertools
+import random
+import struct
 
-DIGITS, LOWEST, HIGHEST = 26, -128, 127
-FORM = decimal.Context(prec=DIGITS, rounding=decimal.ROUND_HALF_UP, Emin=LOWEST + DIGITS - 1,
-                       Emax=HIGHEST + DIGITS - 1, traps=[])
+CASES = 25000  # of each operation
+FORM = decimal.Context(prec=26, rounding=decimal.ROUND_HALF_UP, Emin=-103, Emax=152, traps=[])
 EXACT = decimal.Context(prec=2000, rounding=decimal.ROUND_HALF_UP, traps=[])
+SPECIAL = """0 1 0.5 0.25 2 3 -7 10 0.49 1E-128 5E-128 1E-100 1E25 1E26 1E152 5E126 4.9999E126 1E127
+    99999999999999999999999999E127 -99999999999999999999999999E127 99999999999999999999999999
+    10000000000000000000000001 99999999999999999999999999E-128 18446744073709551615
+    18446744073709551616 2147483647.9 2147483648 -2147483648.9 -2147483649""".split()
+TEXTS = """-0 0.000 000000e-5 1. 001 +1 .5 50e-2 5E-1 0.50000000000000000000000000000000000000000000
+    -12345e-1 -0.12345E+4 -1234.50 0.1e27 10e25 1E0026 100000000000000000000000000 1e27 1E153
+    999999999999999999999999999.9 99999999999999999999999999.4 99999999999999999999999998.5
+    +9999999999999999999999999.9e1 0.5e-128 0.49e-128 1.49e-128 10e-129 0.1e-127""".split()
+DOUBLES = [-0.0, 1024.0, 5e-324, 1e300, -1e300, float("inf"), float("nan")]
+SHAPES = [(1, 18, 0, 0), (1, 9, -4, 0), (18, 21, -24, 0), (1, 26, -128, -100), (1, 26, 100, 127),
+          (26, 26, -30, 29), (26, 26, -30, 29)]  # least and most digits, least and most exponent
+R = random.Random(20240607)
+D = EXACT.create_decimal
 
 
-def canonical(value):
-    """The text of the one form that a value has."""
+def payload(value):
     if not value.is_finite():
         return "null"
     sign, digits, exponent = value.as_tuple()
-    coefficient = int("".join(map(str, digits)))
-    if coefficient == 0:
-        return "0E0"
-    while exponent < 0 and coefficient % 10 == 0:
-        coefficient //= 10
-        exponent += 1
-    while exponent > 0 and coefficient * 10 < 10 ** DIGITS:
-        coefficient *= 10
-        exponent -= 1
-    return f"{'-' if sign else ''}{coefficient}E{exponent}"
+    c = int("".join(map(str, digits)))
+    while exponent < 0 and c % 10 == 0:
+        c, exponent = c // 10, exponent + 1
+    while exponent > 0 and c < 10 ** 25:
+        c, exponent = c * 10, exponent - 1
+    head = exponent & 255 | c >> 64 << 8 | (c > 0 and sign) << 31
+    return struct.pack("=IQ", head, c & 2 ** 64 - 1).hex()
 
 
-def number(text):
-    return EXACT.create_decimal(text)
+def digits_of(count):
+    return f"{R.randrange(10 ** count):0{count}}"
+
+
+def signed(text):
+    return R.choice(["-", ""]) + text.lstrip("-")
+
+
+def number():
+    kind = R.randrange(9)
+    if kind == 0:
+        return signed(R.choice(SPECIAL))
+    if kind == 1:  # few digits among zeros
+        return signed(f"{R.randint(1, 9) * 10 ** R.randint(1, 25) + R.randrange(10)}")
+    least, most, low, high = SHAPES[kind - 2]
+    return signed(f"{digits_of(R.randint(least, most))}E{R.randint(low, high)}")
+
+
+def partner(left):
+    """Often a number that puts the result at or next to a tie or to a power of ten."""
+    kind = R.randrange(4)
+    half = R.choice(["5", "49", "51", "4999999999", "5000000001"])
+    place = D(left).as_tuple().exponent - len(half) + (R.randrange(8) == 0)
+    if kind == 0 and place >= -128:
+        return signed(f"{half}E{place}")
+    return signed(str(2 ** R.randrange(40))) if kind == 1 else number()
 
 
 def shift(value, decimals, rounding):
-    if decimals > 1000:
-        return value
-    if decimals < -1000:
-        return decimal.Decimal(0)
-    return value.quantize(decimal.Decimal((0, (1,), -decimals)), rounding, EXACT)
+    if abs(decimals) > 1000:
+        return value if decimals > 0 else D(0)
+    return value.quantize(D((0, (1,), -decimals)), rounding, EXACT)
 
 
-def rounded(value, decimals):
-    return FORM.plus(shift(value, int(decimals), decimal.ROUND_HALF_UP))
+def truncated(value, precision, decimals):
+    cut = decimal.Context(prec=min(max(precision, 1), 300), rounding=decimal.ROUND_DOWN, traps=[])
+    return cut.plus(shift(value, decimals, decimal.ROUND_DOWN)) if precision > 0 else D(0)
 
 
-def truncated(value, argument):
-    precision, decimals = map(int, argument.split(","))
-    if precision <= 0:
-        return decimal.Decimal(0)
-    cut = decimal.Context(prec=min(precision, 300), rounding=decimal.ROUND_DOWN, traps=[])
-    return FORM.plus(cut.plus(shift(value, decimals, decimal.ROUND_DOWN)))
+def long_text():
+    """Digits far beyond the form, at times with a tie or almost one behind the 26th."""
+    text = digits_of(R.randint(1, 45))
+    if R.randrange(3) == 0:
+        text = "1" + digits_of(25) + R.choice(["5", "4999999999999999999"])
+        text += R.choice("09") * R.randrange(40)
+    point = R.randint(0, len(text))
+    return signed(f"{text[:point]}.{text[point:]}") + R.choice(["", f"e{R.randint(-200, 199)}"])
 
 
-def integer(value):
-    return str(max(-2 ** 31, min(2 ** 31 - 1, int(value))))
-
-
-EXPECTED = {
-    "add": lambda a, b: canonical(FORM.add(number(a), number(b))),
-    "sub": lambda a, b: canonical(FORM.subtract(number(a), number(b))),
-    "mul": lambda a, b: canonical(FORM.multiply(number(a), number(b))),
-    "div": lambda a, b: canonical(FORM.divide(number(a), number(b))) if number(b) else "null",
-    "cmp": lambda a, b: str(int(EXACT.compare(number(a), number(b)))),
-    "round": lambda a, b: canonical(rounded(number(a), b)),
-    "truncate": lambda a, b: canonical(truncated(number(a), b)),
-    "text": lambda a, b: canonical(FORM.create_decimal(a)),
-    "toint": lambda a, b: integer(number(a)),
-    "todouble": lambda a, b: (float(number(a)) + 0.0).hex(),  # zero has no sign
-    "fromdouble": lambda a, b: canonical(FORM.create_decimal(repr(float.fromhex(a)))),
-}
+def random_double():
+    bits = R.getrandbits(64)
+    return R.choice([struct.unpack("=d", struct.pack("=Q", bits))[0],
+                     (bits >> 11) * 2.0 ** R.randint(-90, 9)])
 
 
 def main():
-    counts, wrong = collections.Counter(), 0
-    with open(sys.argv[1], encoding="ascii") as cases:
-        for line in cases:
-            operation, left, right, result = line.split()
-            expected = EXPECTED[operation](left, right)
-            if operation == "todouble":
-                result = float.fromhex(result).hex()
-            counts[operation] += 1
-            if result != expected:
-                wrong += 1
-                if wrong <= 20:
-                    print(f"WRONG {operation} {left} {right}: {result}, expected {expected}")
-    for operation in EXPECTED:
-        print("count", operation, counts[operation])
-    return 1 if wrong else 0
+    pairs = list(itertools.product(SPECIAL, SPECIAL))
+    for name, compute in {"add": FORM.add, "sub": FORM.subtract, "mul": FORM.multiply,
+                          "div": FORM.divide}.items():
+        for left, right in pairs + [(a, partner(a)) for a in (number() for _ in range(CASES))]:
+            print(name, left, right, payload(compute(D(left), D(right))))
+    for text in TEXTS:
+        print("text", text, "-", payload(FORM.create_decimal(text)))
+    for value in DOUBLES + [random_double() for _ in range(CASES)]:
+        print("fromdouble", value.hex(), "-", payload(FORM.create_decimal(repr(value))))
+    for text in SPECIAL + [number() for _ in range(CASES)]:
+        value, near = D(text), FORM.add(D(text), D(partner(text)))
+        near = near if near.is_finite() else value
+        print("cmp", text, near, int(EXACT.compare(value, near)))
+        decimals = R.randint(-20, 19) - value.as_tuple().exponent
+        if R.randrange(20) == 0:
+            decimals = R.choice([-2 ** 31, 1 - 2 ** 31, -400, 400, 2 ** 31 - 1])
+        precision = R.choice([300, 300, 300, R.randint(-1, 28)])
+        rounded = FORM.plus(shift(value, decimals, decimal.ROUND_HALF_UP))
+        print("round", text, decimals, payload(rounded))
+        print(f"truncate {text} {precision},{decimals}",
+              payload(FORM.plus(truncated(value, precision, decimals))))
+        print("todouble", text, "-", struct.pack("=d", float(value) + 0.0).hex())  # zero has no sign
+        small = R.choice([text, signed(f"{digits_of(R.randint(1, 12))}E-{R.randrange(4)}")])
+        print("toint", small, "-", max(-2 ** 31, min(2 ** 31 - 1, int(D(small)))))
+        whole = R.choice([-2 ** 63, 2 ** 63 - 1, R.getrandbits(63) >> R.randrange(64)])
+        print("fromlong", whole, "-", payload(D(whole)))
+        print("text", long := long_text(), "-", payload(FORM.create_decimal(long)))
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()

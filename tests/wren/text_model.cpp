@@ -1,5 +1,7 @@
 #include "text_model.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <cstring>
 
@@ -14,19 +16,13 @@ CodePageScope::~CodePageScope() {
 }
 
 std::string Utf8Of(uint32_t codePoint) {
-  auto byte = [](uint32_t value) { return static_cast<char>(value); };
-  if (codePoint < 0x80) {
-    return {byte(codePoint)};
+  constexpr uint32_t ROOM[] = {0x80, 0x20, 0x10, 0x08};  // what the first byte can hold
+  constexpr uint32_t MARK[] = {0, 0xC0, 0xE0, 0xF0};
+  std::string tail;
+  for (; codePoint >= ROOM[tail.size()]; codePoint /= 64) {
+    tail.insert(tail.begin(), static_cast<char>(0x80 + codePoint % 64));
   }
-  if (codePoint < 0x800) {
-    return {byte(0xC0 + codePoint / 64), byte(0x80 + codePoint % 64)};
-  }
-  if (codePoint < 0x10000) {
-    return {byte(0xE0 + codePoint / 4096), byte(0x80 + codePoint / 64 % 64),
-            byte(0x80 + codePoint % 64)};
-  }
-  return {byte(0xF0 + codePoint / 262144), byte(0x80 + codePoint / 4096 % 64),
-          byte(0x80 + codePoint / 64 % 64), byte(0x80 + codePoint % 64)};
+  return static_cast<char>(MARK[tail.size()] + codePoint) + tail;
 }
 
 namespace {
@@ -64,10 +60,12 @@ Chars SplitChars(const std::string &text, int32_t page) {
   return chars;
 }
 
-std::string JoinChars(const Chars &chars, size_t first, size_t count) {
+std::string JoinChars(const Chars &chars, int64_t first, int64_t count) {
   std::string text;
-  for (size_t index = first; index < chars.size() && index - first < count; ++index) {
-    text += chars[index];
+  for (int64_t index = 0; index < std::ssize(chars); ++index) {
+    if (index >= first && index - first < count) {
+      text += chars[static_cast<size_t>(index)];
+    }
   }
   return text;
 }
@@ -104,4 +102,15 @@ std::string Shown(const std::string &text) {
     shown += part;
   }
   return shown + "\"";
+}
+
+std::vector<std::string> LinesOf(const std::string &command) {
+  std::vector<std::string> lines;
+  char line[1000];
+  FILE *pipe = popen(command.c_str(), "r");
+  while (pipe != nullptr && std::fgets(line, sizeof(line), pipe) != nullptr) {
+    lines.emplace_back(line);
+  }
+  EXPECT_TRUE(pipe != nullptr && pclose(pipe) == 0) << command;
+  return lines;
 }

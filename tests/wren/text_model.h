@@ -22,7 +22,8 @@ struct CodePageScope {
 
 // The characters of a text. In UTF-8 a character is what is the encoding of some code point.
 Chars SplitChars(const std::string &text, int32_t page);
-std::string JoinChars(const Chars &chars, size_t first, size_t count);
+// A count below 0 is none; all that there are for one beyond the end.
+std::string JoinChars(const Chars &chars, int64_t first, int64_t count);
 std::string Utf8Of(uint32_t codePoint);
 
 // Text of up to `most` pieces that are apt to break a walk: characters of every length, bytes that
@@ -34,5 +35,8 @@ std::unique_ptr<char[]> ExactBuffer(size_t bytes);
 
 // The bytes in a form that a failure can be read in.
 std::string Shown(const std::string &text);
+
+// The lines that a command prints; it is a failure when the command fails.
+std::vector<std::string> LinesOf(const std::string &command);
 
 #endif
