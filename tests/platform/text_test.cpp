@@ -11,40 +11,27 @@
 
 namespace {
 
-// The fields of a list that ";" separates.
-std::vector<std::string> Fields(const char *list) {
-  std::vector<std::string> fields = {""};
-  for (; *list != 0; ++list) {
-    if (*list == ';') {
-      fields.emplace_back();
-    } else {
-      fields.back() += *list;
-    }
-  }
-  return fields;
-}
-
 TEST(PlatformTextTest, ListsComeInTheOrderOfTheAlphabet) {
-  const std::pair<int32_t, const char *> lists[] = {
-      {1252,
-       "; ;-;1;10;2;a;A;\xE1;\xC1;\xE4;\xAA;ab;aB;Ab;AB;ae;\xE6;\xC6;af;cote;Cote;cot\xE9;c\xF4te;"
-       "coter;o;\xF6;\xF8;oe;\x9C;p;ss;\xDF;st;Zebra;zebras;zebu;\xB5"},
-      {932, "; ;\x81\x40;1;a;A;b;\x82\x81z;\x82\x60z;\x82\xA0;\x83\x41;\x83\xBF;\x83\x9F;\x88\x9F"},
-      {65001,
-       ";\xE2\x80\x93;3;e;E;\xC3\xA9;\xC3\x89;e\xC3\xA9;\xC3\xA9z;i;\xC4\xB0;\xC4\xB1;l;\xC5\x82;"
-       "\xC5\x81;s;\xC5\xA1;ss;\xC3\x9F;z;\xC5\xBC;\xCE\xB1;\xCE\x91;\xCF\x82;\xD0\xB0;\xD0\x90;"
-       "\xE3\x81\x82;\xF0\x90\x90\xA8;\xF0\x90\x90\x80"},
+  // clang-format off
+  const std::pair<int32_t, Chars> lists[] = {
+      {1252, {"", " ", "-", "1", "10", "2", "a", "A", "\xE1", "\xC1", "\xE4", "\xAA", "ab", "aB",
+              "Ab", "AB", "ae", "\xE6", "\xC6", "af", "cote", "Cote", "cot\xE9", "c\xF4te", "coter",
+              "o", "\xF6", "\xF8", "oe", "\x9C", "p", "ss", "\xDF", "st", "Zebra", "zebras", "zebu",
+              "\xB5"}},
+      {932, {"", " ", "\x81\x40", "1", "a", "A", "b", "\x82\x81z", "\x82\x60z", "\x82\xA0",
+             "\x83\x41", "\x83\xBF", "\x83\x9F", "\x88\x9F"}},
+      {65001, {"", "\xE2\x80\x93", "3", "e", "E", "\xC3\xA9", "\xC3\x89", "e\xC3\xA9", "\xC3\xA9z",
+               "i", "\xC4\xB0", "\xC4\xB1", "l", "\xC5\x82", "\xC5\x81", "s", "\xC5\xA1", "ss",
+               "\xC3\x9F", "z", "\xC5\xBC", "\xCE\xB1", "\xCE\x91", "\xCF\x82", "\xD0\xB0",
+               "\xD0\x90", "\xE3\x81\x82", "\xF0\x90\x90\xA8", "\xF0\x90\x90\x80"}},
   };
-  for (const auto &[page, list] : lists) {
+  // clang-format on
+  for (const auto &[page, texts] : lists) {
     const CodePageScope scope(page);
-    const std::vector<std::string> texts = Fields(list);
-    for (size_t left = 0; left < texts.size(); ++left) {
-      for (size_t right = 0; right < texts.size(); ++right) {
-        EXPECT_EQ(left < right   ? -1
-                  : left > right ? 1
-                                 : 0,
-                  lstrcmpA(texts[left].c_str(), texts[right].c_str()))
-            << page << ": " << Shown(texts[left]) << " and " << Shown(texts[right]);
+    for (auto left = texts.begin(); left != texts.end(); ++left) {
+      for (auto right = texts.begin(); right != texts.end(); ++right) {
+        EXPECT_EQ((left > right) - (left < right), lstrcmpA(left->c_str(), right->c_str()))
+            << page << ": " << Shown(*left) << " and " << Shown(*right);
       }
     }
   }
