@@ -112,7 +112,7 @@ TEST(StoredDate, BytesCompareAsTimesDo) {
   }
 }
 
-TEST(StoredDate, OtherBytesGiveZeros) {
+TEST(StoredDate, OtherBytesGiveZerosAndNullPointersNothing) {
   Payload good;
   ASSERT_EQ(Encode(Parts(2000, 2, 29, 23, 59, 59, 999999), good), 10);
   const std::pair<size_t, uint8_t> changes[] = {{0, 0xFF}, {2, 0},   {2, 13}, {3, 0},
@@ -126,9 +126,7 @@ TEST(StoredDate, OtherBytesGiveZeros) {
   for (const int32_t length : {INT32_MIN, -1, 0, 1, 9, 11, 12, INT32_MAX}) {
     EXPECT_EQ(Decode(good, length), Fields{}) << "length " << length;
   }
-}
-
-TEST(StoredDate, NullPointersAreHarmless) {
+  // Null pointers are harmless.
   Payload payload = {};
   DateTimeParts parts = Parts(2000, 1, 1);
   EXPECT_EQ(PAVNDateToNumber(nullptr, &parts), 0);

@@ -80,70 +80,45 @@ TEST(Country, BuiltInConventions) {
   }
 }
 
-TEST_F(CountryOfLocale, Settings) {
-  const struct {
-    const char *locale;
-    DateOrder order;
-    const char *text;  // of 31 December 1999, 21:30:15
-    const char *decimal, *thousands;
-    bool signFirst;
-    int32_t decimals;
-  } rows[] = {
-      // clang-format off
-      {"de_DE.UTF-8", DateOrder::DayMonthYear, "31.12.1999 21:30:15", ",", ".", false, 2},
-      {"ja_JP.UTF-8", DateOrder::YearMonthDay, "1999/12/31 21:30:15", ".", ",", true, 0},
-      {"fi_FI.UTF-8", DateOrder::DayMonthYear, "31.12.1999 21.30.15", ",", "\xE2\x80\xAF", false, 2},
-      {"en_GB.UTF-8", DateOrder::DayMonthYear, "31/12/1999 21:30:15", ".", ",", true, 2},
-      // clang-format on
-  };
-  for (const auto &row : rows) {
-    SCOPED_TRACE(row.locale);
-    ASSERT_EQ(WRENSetCountry(row.locale), 1);
-    const Country &country = CountryNow();
-    EXPECT_EQ(country.dateOrder, row.order);
-    EXPECT_TRUE(country.clock24);
-    EXPECT_STREQ(country.decimalSeparator, row.decimal);
-    EXPECT_STREQ(country.thousandsSeparator, row.thousands);
-    EXPECT_EQ(country.grouping[0], 3);
-    EXPECT_EQ(country.currencySignFirst, row.signFirst);
-    EXPECT_EQ(country.currencyDecimals, row.decimals);
-    EXPECT_FALSE(country.negativeInParentheses);
-    char text[kDateTextRoom];
-    FormatRecord record = Record(WREN_FMT_DATETIME);
-    record.output = text;
-    record.parts = Parts(1999, 12, 31, 21, 30, 15);
-    EXPECT_EQ(WRENFmtDate(&record), 1);
-    EXPECT_STREQ(text, row.text);
-    EXPECT_EQ(Read(WREN_FMT_DATETIME, text), "1999-12-31 21:30:15");
-  }
-}
-
 // Names come in the active code page; a language that does not fit into it gives way to English.
-TEST_F(CountryOfLocale, NamesFollowTheCodePage) {
+// The numbers' conventions are decimal separator, thousands separator, size of the first group,
+// currency sign first, decimals of amounts, negative amounts in parentheses.
+TEST_F(CountryOfLocale, SettingsAndNames) {
   const struct {
     const char *locale;
     int32_t codePage;
-    const char *march, *sunday, *beforeNoon, *currency;
+    const char *text, *numbers, *names;  // the text is that of 31 December 1999, 21:30:15
   } rows[] = {
       // clang-format off
-      {"de_DE.UTF-8", 1252, "M\xE4rz", "Sonntag", "AM", "\x80"},
-      {"de_DE.UTF-8", 65001, "M\xC3\xA4rz", "Sonntag", "AM", "\xE2\x82\xAC"},
-      {"de_DE.UTF-8", 932, "March", "Sonntag", "AM", "EUR"},
-      {"ja_JP.UTF-8", 1252, "March", "Sunday", "AM", "JPY"},
-      {"ja_JP.UTF-8", 932, "3\x8C\x8E", "\x93\xFA\x97\x6A\x93\xFA", "\x8C\xDF\x91\x4F", "\x81\x8F"},
-      {"fr_FR.UTF-8", 1252, "mars", "dimanche", "AM", "\x80"},
+      {"de_DE.UTF-8", 1252, "31.12.1999 21:30:15", ",.3020", "M\xE4rz Sonntag AM \x80"},
+      {"de_DE.UTF-8", 65001, "31.12.1999 21:30:15", ",.3020", "M\xC3\xA4rz Sonntag AM \xE2\x82\xAC"},
+      {"de_DE.UTF-8", 932, "31.12.1999 21:30:15", ",.3020", "March Sonntag AM EUR"},
+      {"ja_JP.UTF-8", 1252, "1999/12/31 21:30:15", ".,3100", "March Sunday AM JPY"},
+      {"ja_JP.UTF-8", 932, "1999/12/31 21:30:15", ".,3100", "3\x8C\x8E \x93\xFA\x97\x6A\x93\xFA \x8C\xDF\x91\x4F \x81\x8F"},
+      {"fr_FR.UTF-8", 1252, "31/12/1999 21:30:15", ", 3020", "mars dimanche AM \x80"},
+      {"fi_FI.UTF-8", 65001, "31.12.1999 21.30.15", ",\xE2\x80\xAF""3020", "maaliskuu sunnuntai AM \xE2\x82\xAC"},
+      {"en_GB.UTF-8", 1252, "31/12/1999 21:30:15", ".,3120", "March Sunday am \xA3"},
       // clang-format on
   };
   for (const auto &row : rows) {
     SCOPED_TRACE(std::string(row.locale) + " in " + std::to_string(row.codePage));
     ASSERT_EQ(WRENSetCountry(row.locale), 1);
     WRENSetCodePage(row.codePage);
-    LocaleBlock block;
-    WRENFmtLoadLocale(&block);
-    EXPECT_EQ(NameOfList(block.monthNames, 2), row.march);
-    EXPECT_EQ(NameOfList(block.dayNames, 0), row.sunday);
-    EXPECT_EQ(NameOfList(block.markers, 0), row.beforeNoon);
-    EXPECT_STREQ(CountryNow().currencySign, row.currency);
+    const Country &country = CountryNow();
+    std::string numbers = std::string(country.decimalSeparator) + country.thousandsSeparator;
+    for (const int32_t number :
+         {int32_t{country.grouping[0]}, int32_t{country.currencySignFirst},
+          country.currencyDecimals, int32_t{country.negativeInParentheses}}) {
+      numbers += std::to_string(number);
+    }
+    EXPECT_EQ(numbers, row.numbers);
+    const FormatRecord names = Record(WREN_FMT_DATETIME, 0);
+    std::string joined(NameOfList(names.monthNames, 2));
+    joined.append(" ").append(NameOfList(names.dayNames, 0)).append(" ");
+    joined.append(NameOfList(names.markers, 0)).append(" ").append(country.currencySign);
+    EXPECT_EQ(joined, row.names);
+    EXPECT_EQ(Write(Record(WREN_FMT_DATETIME), Parts(1999, 12, 31, 21, 30, 15)), row.text);
+    EXPECT_EQ(Read(WREN_FMT_DATETIME, row.text), "1999-12-31 21:30:15");
   }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
 
 PlainSettings::PlainSettings() {
   WRENSetCountry("C");
@@ -93,4 +94,14 @@ std::string Read(int32_t mode, const std::string &text, int32_t order) {
   EXPECT_EQ(Iso(record.parts), "0007-07-07 00:00:00")
       << "a refused text changed the parts: " << text;
   return "no";
+}
+
+std::string Write(FormatRecord record, const DateTimeParts &parts) {
+  char text[101];
+  memset(text, 'x', sizeof text);
+  record.output = text;
+  record.parts = parts;
+  const bool good = WRENFmtDate(&record) != 0;
+  EXPECT_EQ(text[100], 'x') << "the output passed its 100 bytes";
+  return good ? text : std::string("no") + text;
 }

@@ -39,5 +39,7 @@ constexpr int32_t kOrderOfCountry = -1;
 FormatRecord Record(int32_t mode, int32_t order = kOrderOfCountry);
 // What the text reads as in a mode: Iso() of the parts, "no" when it is refused.
 std::string Read(int32_t mode, const std::string &text, int32_t order = kOrderOfCountry);
+// The text of a date by the record; "no" when it is refused, with what the output is then.
+std::string Write(FormatRecord record, const DateTimeParts &parts);
 
 #endif

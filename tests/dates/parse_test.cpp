@@ -184,10 +184,6 @@ TEST(ParseDate, Forms) {
   for (const auto &row : rows) {
     EXPECT_EQ(Read(row.mode, row.text, row.order), row.result) << row.text.substr(0, 40);
   }
-}
-
-TEST(ParseDate, OtherModesAreRefused) {
-  const PlainSettings settings;
   for (const int32_t mode : {-1, 0, 4, 6, INT32_MAX}) {
     EXPECT_EQ(Read(mode, "1/2/2012"), "no") << "mode " << mode;
   }
