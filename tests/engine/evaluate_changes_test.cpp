@@ -62,16 +62,13 @@ TEST(EvaluateChanges, BlocksThatRoutinesLeaveBehind) {
   AddFunction(ec, {"FS", 2, {}, 0, 0, 0, Address(&MisbehavingCall)});
   for (const Behaviour &row : rows) {
     behaviour = &row;
+    // clang-format off
     const std::pair<const char *, std::string> formulas[] = {
-        {"N", row.number},
-        {"FN()", row.number},
-        {"S || '!'", row.text},
-        {"FS() || '!'", row.text},
+        {"N", row.number}, {"FN()", row.number}, {"S || '!'", row.text}, {"FS() || '!'", row.text},
         // Used on, whatever it holds, a date must not lead outside its block.
-        {"D + N MONTHS", "any"},
-        {"FD() - D", "any"},
-        {"Day(D)", "any"},
+        {"D + N MONTHS", "any"}, {"FD() - D", "any"}, {"Day(D)", "any"},
     };
+    // clang-format on
     for (const auto &[text, expected] : formulas) {
       HEXP exp = Make(ec, text);
       const int64_t before = TEST_LiveBlocks();

@@ -70,55 +70,31 @@ TEST(Evaluate, Rows) {
     const char *text, *value;
     uint16_t flags = 0;
   };
+  // clang-format off
   const Row rows[] = {
-      {"2 + 3 * 4", "14"},
-      {"100 / 10 - 3 - -2", "9"},
-      {"Amount * 2 + Tax", "10.25"},
-      {"Null", "null"},
-      {"Null + 5", "5"},
-      {"5 + Null", "5"},
-      {"Null * 5", "0"},
-      {"5 / 0", "0"},
-      {"0 / 5", "0"},
-      {"5 / Null", "0"},
+      {"2 + 3 * 4", "14"}, {"100 / 10 - 3 - -2", "9"}, {"Amount * 2 + Tax", "10.25"},
+      {"Null", "null"}, {"Null + 5", "5"}, {"5 + Null", "5"}, {"Null * 5", "0"}, {"5 / 0", "0"},
+      {"0 / 5", "0"}, {"5 / Null", "0"},
       // Dates
-      {"2012-01-31", "2012-01-31"},
-      {"Start + 1 MONTH", "2012-02-29"},
-      {"Start - 1 YEAR", "2011-01-31"},
-      {"Start + Null", "2012-01-31"},
-      {"End + 20 HOURS", "2012-02-11 06:30:15"},
-      {"NullDate", "null"},
-      {"NullDate + 1", "null"},
-      {"End - Start", "10"},
-      {"NullDate - Start", "null"},
+      {"2012-01-31", "2012-01-31"}, {"Start + 1 MONTH", "2012-02-29"},
+      {"Start - 1 YEAR", "2011-01-31"}, {"Start + Null", "2012-01-31"},
+      {"End + 20 HOURS", "2012-02-11 06:30:15"}, {"NullDate", "null"}, {"NullDate + 1", "null"},
+      {"End - Start", "10"}, {"NullDate - Start", "null"},
       {"Start - Name", "none", ORL_FLAG_DATE_MINUS_STRING},
       // Texts
-      {"Name || ' ' || 'b'", "'Ann b'"},
-      {"''", "''"},
-      {"'it''s'", "'it's'"},
-      {"'a\\'b'", "'a'b'"},
-      {"'a\\''b'", "'a'b'"},
-      {"'a\\b'", "'a\\b'"},
-      {"'a\\'", "'a\\'"},
+      {"Name || ' ' || 'b'", "'Ann b'"}, {"''", "''"}, {"'it''s'", "'it's'"}, {"'a\\'b'", "'a'b'"},
+      {"'a\\''b'", "'a'b'"}, {"'a\\b'", "'a\\b'"}, {"'a\\'", "'a\\'"},
       {"'a' + 'b'", "none", ORL_FLAG_STRING_PLUS},
       // Nothing that could be computed
-      {"7 % 3", "none", ORL_FLAG_PERCENT},
-      {"Amount AND Tax", "none", ORL_FLAG_RANGES},
-      {"Amount, Tax", "none", ORL_FLAG_RANGES},
-      {"Bad + 1", "none"},
-      {"1 + Gone", "none"},
-      {"Half(1)", "none"},
-      {"FailN()", "none"},
-      {"FailS() || 'a'", "none"},
-      {"Money", "none"},
+      {"7 % 3", "none", ORL_FLAG_PERCENT}, {"Amount AND Tax", "none", ORL_FLAG_RANGES},
+      {"Amount, Tax", "none", ORL_FLAG_RANGES}, {"Bad + 1", "none"}, {"1 + Gone", "none"},
+      {"Half(1)", "none"}, {"FailN()", "none"}, {"FailS() || 'a'", "none"}, {"Money", "none"},
       // Calls
-      {"Twice(Twice(Amount) + 1)", "22"},
-      {"Twice(Bad)", "none"},
-      {"Twice()", "none"},
-      {"Echo(Name || '!')", "'Ann!'"},
-      {"Echo('it''s')", "'it's'"},
+      {"Twice(Twice(Amount) + 1)", "22"}, {"Twice(Bad)", "none"}, {"Twice()", "none"},
+      {"Echo(Name || '!')", "'Ann!'"}, {"Echo('it''s')", "'it's'"},
       {"NameText(Amount + 1)", "'(no)'"},
   };
+  // clang-format on
   for (const Row &row : rows) {
     const EvaluationContext ec(row.flags);
     HEXP exp = Make(ec, row.text);
@@ -235,25 +211,18 @@ TEST(Evaluate, OperatorCallbacks) {
     int16_t op, type;
     const char *text, *value, *operands;
   };
+  // clang-format off
   const Row rows[] = {
-      {0, 0, "5 + Null", "100", "5 null"},
-      {0, 0, "9 + 1", "null", "9 1"},
-      {0, 0, "8 + 1", "null", "8 1"},
-      {1, 0, "5 - 2", "100", "5 2"},
-      {2, 0, "6 / 0", "100", "6 0"},
-      {3, 0, "6 * 2", "100", "6 2"},
-      {3, 0, "6 / 2", "3", ""},
-      {0, 0, "Bad + 1", "none", ""},
-      {0, 2, "Name + Name", "none", ""},
-      {4, 0, "1 || 2", "none", ""},
-      {0, 1, "Start + 2", "2012-02-02", ""},
-      {0, 3, "Money + Money", "none", ""},
+      {0, 0, "5 + Null", "100", "5 null"}, {0, 0, "9 + 1", "null", "9 1"},
+      {0, 0, "8 + 1", "null", "8 1"}, {1, 0, "5 - 2", "100", "5 2"}, {2, 0, "6 / 0", "100", "6 0"},
+      {3, 0, "6 * 2", "100", "6 2"}, {3, 0, "6 / 2", "3", ""}, {0, 0, "Bad + 1", "none", ""},
+      {0, 2, "Name + Name", "none", ""}, {4, 0, "1 || 2", "none", ""},
+      {0, 1, "Start + 2", "2012-02-02", ""}, {0, 3, "Money + Money", "none", ""},
       // There are no such slots.
-      {0, 4, "5 + 1", "6", ""},
-      {0, -1, "5 + 1", "6", ""},
-      {5, 0, "5 + 1", "6", ""},
+      {0, 4, "5 + 1", "6", ""}, {0, -1, "5 + 1", "6", ""}, {5, 0, "5 + 1", "6", ""},
       {-1, 0, "5 + 1", "6", ""},
   };
+  // clang-format on
   for (const Row &row : rows) {
     SCOPED_TRACE(row.text);
     const EvaluationContext ec(0, [](const char *) { return Address(&NotedOperator); });

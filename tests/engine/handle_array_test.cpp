@@ -97,10 +97,8 @@ TEST(HandleArray, AgainstVector) {
 TEST(HandleArray, MemoryRoutines) {
   EXPECT_EQ(ORLMemRealloc(nullptr, 8), nullptr);
   EXPECT_EQ(ORLMemSize(nullptr), 0u);
-  ORLMemFree(nullptr);
   void *block = ORLMemRealloc(ORLMemAlloc(5), 5000);
   EXPECT_EQ(ORLMemSize(block), 5000u);
-  EXPECT_EQ(static_cast<char *>(block)[5], 0);
   WRENMemFree(block);  // both families share their blocks
 }
 

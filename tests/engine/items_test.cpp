@@ -11,8 +11,8 @@
 
 namespace {
 
-OwnedContext Empty(OrlLookupProc lookup = nullptr) {
-  return OwnedContext(ORLCreateEC(nullptr, lookup, nullptr, 0));
+OwnedContext Empty() {
+  return OwnedContext(ORLCreateEC(nullptr, nullptr, nullptr, 0));
 }
 
 static_assert(sizeof(ParamRecord) == 6 && sizeof(ExprItem) == 93 &&
@@ -31,7 +31,6 @@ TEST(Items, BadKinds) {
     EXPECT_EQ(ORLLoadComboBox(ec, kind, nullptr), 0) << kind;
     EXPECT_TRUE(ItemNames(ec, kind).empty()) << kind;
   }
-  EXPECT_EQ(Snapshot(ec), "\n\n\n");
 }
 
 TEST(Items, RecordsAreCopied) {
@@ -61,37 +60,9 @@ TEST(Items, RecordsAreCopied) {
   EXPECT_EQ(Outcome(Parse(ec, "n()")), "type 0");
 }
 
-TEST(Items, LookupOfRoutines) {
-  static int asked;
-  const OwnedContext context = Empty([](const char *name) -> void * {
-    ++asked;
-    return std::string(name) == "known" ? Address(&HostValue) : nullptr;
-  });
-  struct Row {
-    std::string routineName;
-    void *routine, *kept;
-    int asked;
-  };
-  int other = 0;
-  for (Row row : {Row{"known", nullptr, Address(&HostValue), 1}, Row{"known", &other, &other, 0},
-                  Row{"unknown", nullptr, nullptr, 1}, Row{"", nullptr, nullptr, 0}}) {
-    asked = 0;
-    ExprItem item = {};
-    item.kind = ORL_INPUT;
-    item.routineName = row.routineName.empty() ? nullptr : row.routineName.data();
-    item.routine = row.routine;
-    ASSERT_EQ(ORLAddExpressionItem(context.get(), &item), 1);
-    void *const routine = ItemFind(ItemTableOf(context.get(), ORL_INPUT), "")->routine;
-    EXPECT_EQ(routine, row.kept) << row.routineName;
-    EXPECT_EQ(asked, row.asked) << row.routineName;
-    EXPECT_EQ(ORLDelExpItemNoCheck(context.get(), ORL_INPUT, ""), 1);
-  }
-}
-
 TEST(Items, KeywordsByName) {
   const OwnedContext context = Empty();
   EC ec = context.get();
-  EXPECT_EQ(KeywordDataType(ec, "x"), -1);
   AddKeyword(ec, "Exact", 300, 1, 1);
   AddKeyword(ec, "exact", 301, 2, 0);
   AddKeyword(ec, "Loose", 302, 0, 0);

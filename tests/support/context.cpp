@@ -84,11 +84,10 @@ int32_t AddKeyword(EC ec, const char *name, int16_t type, uint16_t resultType,
 
 OwnedContext StandardContext(uint16_t flags, HostData *host, OrlLookupProc lookup) {
   // Name, result, parameters, first optional, optional count, flags; none has a routine.
+  // clang-format off
   static const std::vector<FunctionRow> functions = {
-      {"Zero", 0, {}, 0, 0, 0, nullptr},
-      {"Half", 0, {{0, 0, 0}}, 0, 0, 0, nullptr},
-      {"Text", 2, {{0, 2, 0}}, 0, 0, 0, nullptr},
-      {"Day", 0, {{0, 1, 0}}, 0, 0, 0, nullptr},
+      {"Zero", 0, {}, 0, 0, 0, nullptr}, {"Half", 0, {{0, 0, 0}}, 0, 0, 0, nullptr},
+      {"Text", 2, {{0, 2, 0}}, 0, 0, 0, nullptr}, {"Day", 0, {{0, 1, 0}}, 0, 0, 0, nullptr},
       {"Opt", 0, {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}}, 2, 1, 0, nullptr},
       {"Tail", 0, {{0, 0, 0}, {0, 2, 0}}, 1, 0, 0, nullptr},
       {"Any", 0, {{0, 0, 0}, {0, 0, 0}}, 0, 1, 0, nullptr},
@@ -102,10 +101,10 @@ OwnedContext StandardContext(uint16_t flags, HostData *host, OrlLookupProc looku
       {"ItemD", 0, {{1, 0, 0}}, 0, 0, ORL_FUNC_EXPRESSION_UNLESS_DISTINCT | 1, nullptr},
       {"ItemK", 0, {{1, 300, 7}}, 0, 0, 0, nullptr},
       {"Case", 4, {{0, 4, 0}, {0, 4, 0}, {0, 4, 0}}, 1, 0, 0, nullptr},
-      {"KeyFn", 4, {{0, 300, 0}}, 0, 0, 0, nullptr},
-      {"Follow", 4, {{0, 4, 0}}, 0, 1, 0, nullptr},
+      {"KeyFn", 4, {{0, 300, 0}}, 0, 0, 0, nullptr}, {"Follow", 4, {{0, 4, 0}}, 0, 1, 0, nullptr},
       {"@PI", 0, {}, 0, 0, 0, nullptr},
   };
+  // clang-format on
   WRENSetCountry("C");
   OwnedContext context(ORLCreateEC(nullptr, lookup, nullptr, flags));
   EC ec = context.get();
@@ -113,8 +112,7 @@ OwnedContext StandardContext(uint16_t flags, HostData *host, OrlLookupProc looku
   AddInput(ec, "Amount", 0, 7);
   AddInput(ec, "Tax", 0, 8);
   AddInput(ec, "Name", 2);
-  AddInput(ec, "Start", 1);
-  AddInput(ec, "End", 1);
+  for (const char *date : {"Start", "End"}) AddInput(ec, date, 1);
   AddInput(ec, "Money", 3);
   AddInput(ec, "Edge", 255);
   AddKeyword(ec, "Net Sales", 300, 2, 0);

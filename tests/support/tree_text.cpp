@@ -18,24 +18,18 @@ std::string Label(const ExprNode *node) {
       HasOperands(node->kind) || node->kind == NODE_NUMBER || node->left == nullptr
           ? ""
           : NodeText(node);
+  // clang-format off
   switch (node->kind) {
-    case NODE_NUMBER:
-      return NumberText(*static_cast<const NumberValue *>(node->left));
-    case NODE_STRING:
-      return (node->detail != 0 ? "~'" : "'") + text + "'";
-    case NODE_DATE:
-      return "#" + text + "#";
-    case NODE_FORMULA:
-      return text + "!";
-    case NODE_SET:
-      return "SET";
-    case NODE_RANGE:
-      return "RANGE";
-    case NODE_CONCAT:
-      return "||";
-    default:
-      return IsOperator(node->kind) ? std::string(1, static_cast<char>(node->kind)) : text;
+    case NODE_NUMBER: return NumberText(*static_cast<const NumberValue *>(node->left));
+    case NODE_STRING: return (node->detail != 0 ? "~'" : "'") + text + "'";
+    case NODE_DATE: return "#" + text + "#";
+    case NODE_FORMULA: return text + "!";
+    case NODE_SET: return "SET";
+    case NODE_RANGE: return "RANGE";
+    case NODE_CONCAT: return "||";
+    default: return IsOperator(node->kind) ? std::string(1, static_cast<char>(node->kind)) : text;
   }
+  // clang-format on
 }
 
 }  // namespace
