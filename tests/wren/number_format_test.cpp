@@ -219,7 +219,7 @@ TEST(NumberFormat, ParseRefuses) {
 std::string UnderPicture(const std::string &picture, const char *number,
                          const Country &country = kBuiltIn) {
   FormatRecord record = Record(WREN_FMT_PICTURE, number, picture.c_str());
-  const std::string text = Formatted(record, country);
+  std::string text = Formatted(record, country);
   if (WRENFmtCheckNumberPicture(&record) == 0) {
     EXPECT_EQ("failed", text) << picture;
     return "bad";
