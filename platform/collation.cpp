@@ -38,7 +38,7 @@ struct LatinLetter {
 };
 
 // clang-format off
-constexpr LatinLetter LATIN[] = {
+constexpr LatinLetter kLatin[] = {
     {0x00AA, "A", OTHER}, {0x00BA, "O", OTHER}, {0x00C0, "A", GRAVE},             // ª º À
     {0x00C1, "A", ACUTE}, {0x00C2, "A", CIRCUMFLEX}, {0x00C3, "A", TILDE},        // Á Â Ã
     {0x00C4, "A", DIAERESIS}, {0x00C5, "A", RING}, {0x00C6, "AE", LIGATURE},      // Ä Å Æ
@@ -81,7 +81,7 @@ struct ByteLetter {
   uint8_t byte;
   uint16_t codePoint;
 };
-constexpr ByteLetter LETTERS_1252[] = {
+constexpr ByteLetter kLetters1252[] = {
     {0x83, 0x0192}, {0x8A, 0x0160}, {0x8C, 0x0152}, {0x8E, 0x017D}, {0x9F, 0x0178},
 };
 
@@ -89,11 +89,11 @@ constexpr ByteLetter LETTERS_1252[] = {
 struct CodeRange {
   uint32_t first, last;
 };
-constexpr CodeRange SIGNS[] = {
+constexpr CodeRange kSigns[] = {
     {0x0000, 0x00B4}, {0x00B6, 0x00BF}, {0x00D7, 0x00D7}, {0x00F7, 0x00F7},  // all but µ
     {0x2000, 0x2BFF}, {0x3000, 0x3004},
 };
-constexpr CodeRange SIGNS_932[] = {
+constexpr CodeRange kSigns932[] = {
     {0x00A0, 0x00A5}, {0x8140, 0x81FC},
 };
 // clang-format on
@@ -106,7 +106,7 @@ enum KeyClass : uint32_t {
   KEY_OTHER = 4U << 24
 };
 
-constexpr size_t LONGEST_CHAR = 4;
+constexpr size_t kLongestChar = 4;
 
 // A character of one key, or the part of a ligature.
 struct CollationUnit {
@@ -166,29 +166,29 @@ const LatinLetter *FindLatin(uint32_t code, size_t count, int32_t page) {
   if (page == 932 || (page == 65001 && count == 1)) {
     return nullptr;
   }
-  for (const ByteLetter &letter : LETTERS_1252) {
+  for (const ByteLetter &letter : kLetters1252) {
     if (page == 1252 && letter.byte == code) {
       code = letter.codePoint;
     }
   }
   const LatinLetter *row = std::lower_bound(
-      std::begin(LATIN), std::end(LATIN), code,
+      std::begin(kLatin), std::end(kLatin), code,
       [](const LatinLetter &left, uint32_t wanted) { return left.codePoint < wanted; });
-  return row != std::end(LATIN) && row->codePoint == code ? row : nullptr;
+  return row != std::end(kLatin) && row->codePoint == code ? row : nullptr;
 }
 
 bool IsSign(uint32_t code, size_t count, int32_t page) {
   if (page == 932) {
-    return IsIn(SIGNS_932, code);
+    return IsIn(kSigns932, code);
   }
-  return !(page == 65001 && count == 1) && IsIn(SIGNS, code);
+  return !(page == 65001 && count == 1) && IsIn(kSigns, code);
 }
 
 // The unit of a character from 128 up, and the second one of a ligature.
 CollationUnit LongUnit(const char *text, size_t count, int32_t page, CollationUnit *second) {
   // The character alone, as the case operations work on texts.
-  char bytes[LONGEST_CHAR + 1] = {};
-  char small[LONGEST_CHAR + 1] = {};
+  char bytes[kLongestChar + 1] = {};
+  char small[kLongestChar + 1] = {};
   std::copy_n(text, count, bytes);
   std::copy_n(text, count, small);
   WRENStrLower(small);

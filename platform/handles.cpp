@@ -14,7 +14,7 @@ struct MovableBlock {
 
 namespace {
 
-constexpr uint64_t LARGEST_BLOCK = UINT32_MAX;
+constexpr uint64_t kLargestBlock = UINT32_MAX;
 
 // Makes room for `size` bytes: for half as much again as there was, so that growing step by step
 // moves each byte a bounded number of times; for `size` alone when there is no memory for more.
@@ -24,7 +24,7 @@ bool MakeRoom(MovableBlock *block, uint64_t size) {
     return true;
   }
   uint64_t wanted = room + room / 2;
-  wanted = wanted > LARGEST_BLOCK ? LARGEST_BLOCK : wanted;
+  wanted = wanted > kLargestBlock ? kLargestBlock : wanted;
   void *bytes = nullptr;
   if (wanted > size) {
     bytes = WRENMemRealloc(block->bytes, static_cast<uint32_t>(wanted));
@@ -42,7 +42,7 @@ bool MakeRoom(MovableBlock *block, uint64_t size) {
 }  // namespace
 
 GlobalHandle GlobalAlloc(uint32_t /*flags*/, uint64_t size) {
-  if (size > LARGEST_BLOCK) {
+  if (size > kLargestBlock) {
     return nullptr;
   }
   auto *block = static_cast<MovableBlock *>(WRENMemAlloc(sizeof(MovableBlock)));
@@ -59,7 +59,7 @@ GlobalHandle GlobalAlloc(uint32_t /*flags*/, uint64_t size) {
 }
 
 GlobalHandle GlobalReAlloc(GlobalHandle handle, uint64_t size, uint32_t /*flags*/) {
-  if (handle == nullptr || size > LARGEST_BLOCK || !MakeRoom(handle, size)) {
+  if (handle == nullptr || size > kLargestBlock || !MakeRoom(handle, size)) {
     return nullptr;
   }
   if (size > handle->size) {

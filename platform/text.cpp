@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t LONGEST_CHAR = 4;
+constexpr size_t kLongestChar = 4;
 
 const char *TextOrEmpty(const char *text) {
   return text == nullptr ? "" : text;
@@ -75,8 +75,8 @@ uint32_t CharUpperBuffA(char *text, uint32_t length) {
   while (at < length) {
     // One character at a time, on its own: nothing ends the buffer but its length. A character that
     // the end cuts through is a byte without case.
-    char character[LONGEST_CHAR + 1] = {};
-    std::copy_n(text + at, std::min<size_t>(LONGEST_CHAR, length - at), character);
+    char character[kLongestChar + 1] = {};
+    std::copy_n(text + at, std::min<size_t>(kLongestChar, length - at), character);
     const auto bytes = std::max<std::ptrdiff_t>(1, CharNextA(character) - character);
     character[bytes] = 0;
     WRENStrUpper(character);

@@ -6,7 +6,7 @@
 namespace {
 
 // clang-format off
-constexpr StringRow ROWS[] = {
+constexpr StringRow kRows[] = {
     // Messages of the language, by the ids of FormulaError; 104 is a caption of the error box.
     {100, "ERR_TYPENUM: Input item, constant, or function must be Number data type."},
     {101, "ERR_PARM: Parameter must be an input item."},
@@ -114,8 +114,8 @@ constexpr StringRow ROWS[] = {
 // clang-format on
 
 constexpr bool IdsAscend() {
-  for (size_t index = 1; index < std::size(ROWS); ++index) {
-    if (ROWS[index - 1].id >= ROWS[index].id) {
+  for (size_t index = 1; index < std::size(kRows); ++index) {
+    if (kRows[index - 1].id >= kRows[index].id) {
       return false;
     }
   }
@@ -126,12 +126,12 @@ static_assert(IdsAscend(), "StringText searches by halves");
 }  // namespace
 
 std::span<const StringRow> StringTable() {
-  return ROWS;
+  return kRows;
 }
 
 const char *StringText(uint32_t id) {
   const StringRow *row =
-      std::lower_bound(std::begin(ROWS), std::end(ROWS), id,
+      std::lower_bound(std::begin(kRows), std::end(kRows), id,
                        [](const StringRow &left, uint32_t wanted) { return left.id < wanted; });
-  return row != std::end(ROWS) && row->id == id ? row->text : nullptr;
+  return row != std::end(kRows) && row->id == id ? row->text : nullptr;
 }

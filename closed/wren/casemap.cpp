@@ -50,7 +50,7 @@ constexpr CodeRange SEPARATORS[] = {
     {0xFF01, 0xFF0F}, {0xFF1A, 0xFF20}, {0xFF3B, 0xFF40}, {0xFF5B, 0xFF65},  // full-width
     {0xFFFC, 0xFFFD},
     {0x1F000, 0x1FAFF},                  // pictures
-    {STRAY_BYTE, UINT32_MAX},
+    {kStrayByte, UINT32_MAX},
 };
 
 // Characters of 932 that separate words. 8152 to 815B are marks inside words.
@@ -90,7 +90,7 @@ TextChar CharAt(const char *text, CodePage page) {
   }
   uint32_t code = 0;
   if (DecodeUtf8(text, &code) == 0) {
-    code = STRAY_BYTE + first;
+    code = kStrayByte + first;
   }
   return {code, bytes};
 }
@@ -130,7 +130,7 @@ uint32_t CaselessCode(uint32_t code, CodePage page) {
 }
 
 void WriteChar(char *target, uint32_t code, CodePage page) {
-  if (code >= 0x80 && page == CodePage::Utf8 && code < STRAY_BYTE) {
+  if (code >= 0x80 && page == CodePage::Utf8 && code < kStrayByte) {
     EncodeUtf8(code, target);
     return;
   }

@@ -17,8 +17,8 @@ struct CaseRun {
   int32_t delta;
 };
 
-// Code of bytes that are no UTF-8: STRAY_BYTE + byte.
-constexpr uint32_t STRAY_BYTE = 0x110000;
+// Code of bytes that are no UTF-8: kStrayByte + byte.
+constexpr uint32_t kStrayByte = 0x110000;
 
 struct TextChar {
   uint32_t code;

@@ -9,7 +9,7 @@ namespace {
 constinit std::atomic<CodePage> activePage{CodePage::Western};
 
 // Code points of the bytes 80 to 9F of code page 1252; 0 where there is no character.
-constexpr uint16_t HIGH_1252[32] = {
+constexpr uint16_t kHigh1252[32] = {
     0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,  // 80: € ‚ƒ„…†‡
     0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,       // 88: ˆ‰Š‹Œ Ž
     0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,  // 90:  ‘’“”•–—
@@ -20,7 +20,7 @@ constexpr uint16_t HIGH_1252[32] = {
 struct ByteRange {
   uint8_t first, last;
 };
-constexpr ByteRange LETTERS_1252[] = {
+constexpr ByteRange kLetters1252[] = {
     {0x83, 0x83}, {0x8A, 0x8A}, {0x8C, 0x8C}, {0x8E, 0x8E}, {0x9A, 0x9A},  // ƒ Š Œ Ž š
     {0x9C, 0x9C}, {0x9E, 0x9F}, {0xAA, 0xAA}, {0xB5, 0xB5}, {0xBA, 0xBA},  // œ žŸ ª µ º
     {0xC0, 0xD6}, {0xD8, 0xF6}, {0xF8, 0xFF},                              // all but × and ÷
@@ -32,7 +32,7 @@ bool IsAsciiNameByte(uint8_t byte) {
 }
 
 bool IsHighLetter1252(uint8_t byte) {
-  for (const ByteRange range : LETTERS_1252) {
+  for (const ByteRange range : kLetters1252) {
     if (byte >= range.first && byte <= range.last) {
       return true;
     }
@@ -94,19 +94,19 @@ size_t DecodeUtf8(const char *text, uint32_t *codePoint) {
 }
 
 size_t EncodeUtf8(uint32_t codePoint, char *target) {
-  constexpr uint8_t MARKS[5] = {0, 0x00, 0xC0, 0xE0, 0xF0};
+  constexpr uint8_t kMarks[5] = {0, 0x00, 0xC0, 0xE0, 0xF0};
   const size_t length = codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
   for (size_t index = length - 1; index > 0; --index) {
     target[index] = static_cast<char>(0x80 | (codePoint & 0x3F));
     codePoint >>= 6;
   }
-  target[0] = static_cast<char>(MARKS[length] | codePoint);
+  target[0] = static_cast<char>(kMarks[length] | codePoint);
   return length;
 }
 
 uint32_t CodePointOf1252(uint8_t byte) {
-  if (byte >= 0x80 && byte <= 0x9F && HIGH_1252[byte - 0x80] != 0) {
-    return HIGH_1252[byte - 0x80];
+  if (byte >= 0x80 && byte <= 0x9F && kHigh1252[byte - 0x80] != 0) {
+    return kHigh1252[byte - 0x80];
   }
   return byte;
 }

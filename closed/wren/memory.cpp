@@ -4,7 +4,7 @@
 //                                                  ^ what the caller holds
 //
 // Every block comes from the C heap by itself, so the pool is no more than a cache: a block of up
-// to POOLED_SIZE bytes that is freed goes to the list of its capacity in the pool of the freeing
+// to kPooledSize bytes that is freed goes to the list of its capacity in the pool of the freeing
 // thread, and the next request for that capacity on this thread takes it from there. A value of 13
 // bytes so costs a few nanoseconds instead of a call of the heap. The lists are short, and they go
 // back to the heap when the thread ends. Sanitizers see every block, without a pool.
@@ -37,13 +37,13 @@ struct Block {
 };
 static_assert(sizeof(Block) == 16 && alignof(std::max_align_t) == 16);
 
-constexpr uint32_t UNIT = 16;          // capacities of pooled blocks are multiples of it
-constexpr uint32_t POOLED_SIZE = 256;  // the largest block that is pooled
-constexpr uint32_t CLASSES = POOLED_SIZE / UNIT;
-constexpr uint32_t POOLED_BLOCKS = 64;  // blocks in one list; 256 * 64 * 17 / 2 bytes at most
+constexpr uint32_t kUnitBytes = 16;    // capacities of pooled blocks are multiples of it
+constexpr uint32_t kPooledSize = 256;  // the largest block that is pooled
+constexpr uint32_t kClasses = kPooledSize / kUnitBytes;
+constexpr uint32_t kPooledBlocks = 64;  // blocks in one list; 256 * 64 * 17 / 2 bytes at most
 
 struct Pool {
-  Block *lists[CLASSES];
+  Block *lists[kClasses];
   uint32_t longest;  // blocks that a list may hold: none before the pool opens and at thread end
   bool closed;       // the thread is ending
   int64_t given;     // blocks that the thread was given
@@ -66,11 +66,11 @@ Block *BlockOf(void *bytes) {
 
 // The list of blocks for `size` bytes; size 0 shares the first one.
 uint32_t ClassOf(uint32_t size) {
-  return size == 0 ? 0 : (size - 1) / UNIT;
+  return size == 0 ? 0 : (size - 1) / kUnitBytes;
 }
 
 bool IsPooled(uint32_t size) {
-  return WREN_POOL != 0 && size <= POOLED_SIZE;
+  return WREN_POOL != 0 && size <= kPooledSize;
 }
 
 // Counts one allocation against the limit of the tests; false when it has to fail.
@@ -108,21 +108,21 @@ struct PoolRelease {
   static thread_local PoolRelease release;
   if (pool.longest == 0 && !pool.closed) {
     release.armed = true;
-    pool.longest = WREN_POOL != 0 ? POOLED_BLOCKS : 0;
+    pool.longest = WREN_POOL != 0 ? kPooledBlocks : 0;
   }
   std::free(block);
 }
 
-// Zeroes `capacity` bytes, a multiple of UNIT above 0. Most blocks have one unit or a few.
+// Zeroes `capacity` bytes, a multiple of kUnitBytes above 0. Most blocks have one unit or a few.
 void ClearUnits(void *bytes, uint32_t capacity) {
   auto *unit = static_cast<char *>(bytes);
-  if (capacity > 4 * UNIT) {
+  if (capacity > 4 * kUnitBytes) {
     std::memset(unit, 0, capacity);
     return;
   }
-  std::memset(unit, 0, UNIT);
-  for (uint32_t at = UNIT; at < capacity; at += UNIT) {
-    std::memset(unit + at, 0, UNIT);
+  std::memset(unit, 0, kUnitBytes);
+  for (uint32_t at = kUnitBytes; at < capacity; at += kUnitBytes) {
+    std::memset(unit + at, 0, kUnitBytes);
   }
 }
 
@@ -159,7 +159,7 @@ Block *ObtainBlock(uint32_t size) {
     return ObtainFromHeap(size, size);
   }
   const uint32_t index = ClassOf(size);
-  const uint32_t capacity = (index + 1) * UNIT;
+  const uint32_t capacity = (index + 1) * kUnitBytes;
   Block *block = pool.lists[index];
   if (block == nullptr) {
     return ObtainFromHeap(size, capacity);
@@ -197,7 +197,7 @@ Block *ShrinkBlock(Block *block, uint32_t size) {
   if (IsPooled(block->capacity) || size >= block->capacity / 2) {
     return block;
   }
-  const uint32_t capacity = IsPooled(size) ? POOLED_SIZE + 1 : size;  // it stays out of the pool
+  const uint32_t capacity = IsPooled(size) ? kPooledSize + 1 : size;  // it stays out of the pool
   auto *smaller = static_cast<Block *>(std::realloc(block, sizeof(Block) + size_t{capacity}));
   if (smaller == nullptr) {
     return block;

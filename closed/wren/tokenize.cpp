@@ -154,10 +154,10 @@ extern "C" int32_t WRENStrScan(const char *text, const char *pattern) {
     const char *found = std::strstr(text, pattern);
     return found == nullptr ? -1 : CountResult(static_cast<size_t>(found - text));
   }
-  constexpr size_t SHORT_PATTERN = 64;
-  uint32_t shortBorders[SHORT_PATTERN] = {};
+  constexpr size_t kShortPattern = 64;
+  uint32_t shortBorders[kShortPattern] = {};
   const size_t length = std::strlen(pattern);
-  if (length <= SHORT_PATTERN) {
+  if (length <= kShortPattern) {
     FillBorders(shortBorders, pattern, length);
     return ScanChars(text, pattern, length, shortBorders, page);
   }
