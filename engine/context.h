@@ -55,12 +55,12 @@ struct ExprContext {
   uint16_t flags;
   char *dateConvert[3];
   uint16_t dateConvertFlags;
+  bool hadDuplicates;  // two expressions have had one name: circles of references can exist
   OperatorSlots operators[kGroupCount];
   int32_t helpContext;
   char helpPath[kHelpPathSize];
 
   NameIndex expressionNames;
-  bool hadDuplicates;    // two expressions have had one name: circles of references can exist
   NameIndex mentions;    // names that stored trees refer to as formulas, with a count each
   uint64_t generation;   // raised when a name may come to mean something else: lookups are stale
   uint64_t revision;     // raised by every change of a tree or table: answers about use are stale
