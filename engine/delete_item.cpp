@@ -74,7 +74,7 @@ uint32_t IndexFrom(EC ec, uint64_t place) {
   uint32_t high = HandleArrayRows(ec->expressions);
   while (low < high) {
     const uint32_t middle = low + (high - low) / 2;
-    const HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, middle));
+    HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, middle));
     if (exp->entry.order < place) {
       low = middle + 1;
     } else {

@@ -31,9 +31,8 @@ int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text) {
   if (needed > UINT32_MAX) {
     return 0;
   }
-  const bool fits =
-      *result != nullptr && resultSize > 0 && needed <= static_cast<size_t>(resultSize);
-  if (!fits && needed > WRENMemSize(*result)) {
+  const bool fits = resultSize > 0 && needed <= static_cast<size_t>(resultSize);
+  if (*result == nullptr || (!fits && needed > WRENMemSize(*result))) {
     // A text that is longer than its block cannot lie in it, so the source outlives the resize.
     if (FUNResizeResult(result, static_cast<uint32_t>(needed)) == 0) {
       return 0;
