@@ -32,7 +32,7 @@ sys_seconds Moved(sys_seconds moment, int64_t amount, uint16_t unit) {
   const year_month_day date{floor<days>(moment)};
   if (unit == kUnitMonth || unit == kUnitYear) {
     amount *= unit == kUnitYear ? 12 : 1;
-    const int64_t limit = 12 * 10000;
+    const int64_t limit = 120000;
     if (amount < -limit || amount > limit) {
       return kEnd;
     }
@@ -87,23 +87,23 @@ TEST(DateArithmetic, OtherOperatorsUnitsAndValues) {
   const NumberValue number = Number(1000000);
   const struct {
     NumberValue date, amount;
-    int32_t op;
     uint16_t unit;
+    int32_t op;
     const char *result;
   } rows[] = {
-      {Stored("2000-02-29"), Number(13), '+', kUnitMonth, "2001-03-28 00:00:00"},
-      {Stored("2000-02-29"), Number(1), '+', kUnitMonth, "2000-03-29 00:00:00"},
-      {date, Number(1), '*', kUnitDay, "2012-01-30 10:30:15"},
-      {date, Number(1), 0, kUnitDay, "2012-01-30 10:30:15"},
-      {date, null, '+', kUnitMonth, "2012-01-31 10:30:15"},
-      {date, Number(1), '+', 3, "null"},
-      {date, Number(1), '+', 64, "null"},
-      {date, Number(0), '+', 65535, "null"},
-      {null, Number(1), '+', kUnitDay, "null"},
-      {number, number, '+', kUnitDay, "null"},
-      {number, number, '+', kUnitMonth, "null"},
-      {number, number, '+', kUnitYear, "null"},
-      {number, number, '+', kUnitHour, "null"},
+      {Stored("2000-02-29"), Number(13), kUnitMonth, '+', "2001-03-28 00:00:00"},
+      {Stored("2000-02-29"), Number(1), kUnitMonth, '+', "2000-03-29 00:00:00"},
+      {date, Number(1), kUnitDay, '*', "2012-01-30 10:30:15"},
+      {date, Number(1), kUnitDay, 0, "2012-01-30 10:30:15"},
+      {date, null, kUnitMonth, '+', "2012-01-31 10:30:15"},
+      {date, Number(1), 3, '+', "null"},
+      {date, Number(1), 64, '+', "null"},
+      {date, Number(0), 65535, '+', "null"},
+      {null, Number(1), kUnitDay, '+', "null"},
+      {number, number, kUnitDay, '+', "null"},
+      {number, number, kUnitMonth, '+', "null"},
+      {number, number, kUnitYear, '+', "null"},
+      {number, number, kUnitHour, '+', "null"},
   };
   for (const auto &row : rows) {
     EXPECT_EQ(Move(row.date, row.amount, row.op, row.unit), row.result)

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <strings.h>
 
+#include <array>
 #include <chrono>
 #include <climits>
 #include <random>
@@ -84,9 +85,12 @@ std::string Model(int32_t mode, const std::string &text, int32_t order) {
       const bool numeric = i == 0;
       const bool colon = numeric && (*m[1].second == ':' || *m[2].second == ':');
       // Where year, month and day stand.
-      const char *at = i == 3 || (numeric && order != 1) ? "\3\1\2" : "\3\2\1";
+      std::array<size_t, 3> at = {3, 2, 1};
+      if (i == 3 || (numeric && order != 1)) {
+        at = {3, 1, 2};
+      }
       if (i < 3 && (m[1].length() > 2 || (numeric && order == 2 && m[3].length() < 3))) {
-        at = "\1\2\3";
+        at = {1, 2, 3};
       }
       const bool good = IsDate(p, m[at[0]], m[at[1]], m[at[2]]) && !(colon && isTime) &&
                         (!m[4].matched || (mode == WREN_FMT_DATETIME && IsTime(p, m)));

@@ -28,7 +28,7 @@ TEST(DatePicture, Rows) {
       {1252, "yyyy-MM-dd", "2012-01-05", "1999-12-31"},
       {1252, "YY/M/d D.DD", "12/1/5 5.05", "99/12/31 31.31"},
       {1252, "dddd, d. MMMM YYYY", "Thursday, 5. January 2012", "Friday, 31. December 1999"},
-      {1252, "ddd MMM", "Thu Jan", "Fri Dec"},
+      {1252, "DDDD ddd MMM", "Thursday Thu Jan", "Friday Fri Dec"},
       {1252, "HH:mm:ss H:m:s S.SS", "09:04:07 9:4:7 7.07", "21:30:15 21:30:15 15.15"},
       {1252, "hh:mm h", "09:04 9", "21:30 21"},
       {1252, "hh:mm AM/PM h", "09:04 AM 9", "09:30 PM 9"},
@@ -133,7 +133,7 @@ TEST(DateText, WidthIsExact) {
     }
     EXPECT_EQ(widest, static_cast<size_t>(width)) << picture;
   }
-  for (const size_t length : {98, 5000000}) {
+  for (const size_t length : {size_t{98}, size_t{5000000}}) {
     const std::string picture = "dd'" + std::string(length, 'z') + "'";
     FormatRecord record = ByPicture(picture.c_str());
     EXPECT_EQ(Write(record, kMorning), "no") << length;
