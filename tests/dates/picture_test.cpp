@@ -34,6 +34,7 @@ TEST(DatePicture, Rows) {
       {1252, "hh:mm AM/PM h", "09:04 AM 9", "09:30 PM 9"},
       {1252, "h am/pm A/P", "9 am A", "9 pm P"},
       {1252, "a/p HH", "a 09", "p 21"},
+      {1252, "am/pm", "am", "pm"},
       {1252, "s.f F.fff f.FFFFFF", "7.0 0.001 0.001200", "15.9 9.987 9.987654"},
       // A small m next to an hour or a second is the minute, elsewhere the month.
       {1252, "dd.mm.yyyy HH:mm", "05.01.2012 09:04", "31.12.1999 21:30"},
@@ -106,6 +107,10 @@ TEST(DateText, NamesOfTheRecord) {
   record.monthNames = ";EINS";
   record.markers = ";VOR;NACH";
   EXPECT_EQ(Write(record, kMorning), "T five EINS  vor");
+  record.markers = ";MV;MN";
+  record.picture = "A/P";
+  EXPECT_EQ(Write(record, kMorning), "A") << "markers with the same first letter";
+  record.picture = record.picture2;
   record.dayNames = record.monthNames = record.markers = nullptr;
   EXPECT_EQ(Write(record, kMorning), "Thursday Thu January Jan am");
 }
