@@ -28,8 +28,8 @@ int32_t Misbehave(void **value) {
     ORLMemFree(*value);
     *value = behaviour->size == 0 ? nullptr : ORLMemAlloc(static_cast<uint32_t>(behaviour->size));
   }
-  if (behaviour->filled) std::memset(*value, 'x', ORLMemSize(*value));
-  if (behaviour->result < 0) throw behaviour->what;
+  if (behaviour->filled && *value != nullptr) std::memset(*value, 'x', ORLMemSize(*value));
+  if (behaviour->result < 0) throw 1;
   return behaviour->result;
 }
 int32_t MisbehavingItem(EC, HEXP, int32_t, void **value, const char *) {

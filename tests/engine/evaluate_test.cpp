@@ -145,6 +145,7 @@ TEST(Evaluate, IntoABuffer) {
     NumberValue number;
     return WRENNumFromInt(&number, 5), number;
   }();
+  const std::string eight = std::string("ABCDEFGH").append(1, '\0');
   const std::string number(reinterpret_cast<const char *>(&five), sizeof five);
   struct Row {
     const char *text;
@@ -153,8 +154,7 @@ TEST(Evaluate, IntoABuffer) {
   };
   for (const Row &row :
        {Row{"'ABCD' || 'EFGH'", 5, 1, "ABCDE"}, Row{"'ABCD' || 'EFGH'", 8, 1, "ABCDEFGH"},
-        Row{"'ABCD' || 'EFGH'", 9, 1, std::string("ABCDEFGH", 9)},
-        Row{"'ABCDEFGH'", 20, 1, std::string("ABCDEFGH", 9)},
+        Row{"'ABCD' || 'EFGH'", 9, 1, eight}, Row{"'ABCDEFGH'", 20, 1, eight},
         Row{"'ABCDEFGH'", 0, 1, std::string("\x09\0\0\0", 4)}, Row{"'ABCDEFGH'", -1, 0, ""},
         Row{"Amount", 0, 1, number}, Row{"Amount", 100, 1, number}, Row{"Bad", 13, 0, ""},
         Row{"Money", 13, 0, ""}, Row{"FailS()", 13, 0, ""}}) {

@@ -113,23 +113,22 @@ int32_t DestroyAsked(EC ec, HEXP exp, ExprItem *row) {
 TEST(Items, DeletionAsksForTheUsersFirst) {
   struct Row {
     const char *item;
-    int32_t kind;
     std::vector<const char *> texts;  // of A, B and so on
-    char refused, pretended;
     const char *asked, *left;
-    int32_t result;
+    int32_t kind = 1, result = 1;
+    char refused = 0, pretended = 0;
   };
   // clang-format off
   const Row rows[] = {
-      {"X", 1, {"X", "A() + 1", "1"}, 0, 0, "BA", "C", 1},
-      {"X", 1, {"X", "A()", "B() + A()", "X"}, 0, 0, "CDBA", "", 1},
-      {"X", 0, {"X() + 1", "X"}, 0, 0, "A", "B", 1},
-      {"X", 1, {"X", "A()", "2"}, 'B', 0, "B", "ABC", 0},
-      {"X", 1, {"X", "A()", "2"}, 'A', 0, "BA", "AC", 0},
-      {"X", 1, {"X", "A()", "2"}, 0, 'B', "B", "ABC", 0},
-      {"X", 1, {"2"}, 0, 0, "", "A", 1},
-      {"X", 1, {}, 0, 0, "", "", 1},
-      {"Unknown", 1, {"X"}, 0, 0, "", "A", 1},
+      {"X", {"X", "A() + 1", "1"}, "BA", "C"},
+      {"X", {"X", "A()", "B() + A()", "X"}, "CDBA", ""},
+      {"X", {"X() + 1", "X"}, "A", "B", 0},
+      {"X", {"X", "A()", "2"}, "B", "ABC", 1, 0, 'B'},
+      {"X", {"X", "A()", "2"}, "BA", "AC", 1, 0, 'A'},
+      {"X", {"X", "A()", "2"}, "B", "ABC", 1, 0, 0, 'B'},
+      {"X", {"2"}, "", "A"},
+      {"X", {}, "", ""},
+      {"Unknown", {"X"}, "", "A"},
   };
   // clang-format on
   for (const Row &row : rows) {

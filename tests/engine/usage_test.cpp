@@ -31,16 +31,15 @@ TEST(Usage, Rows) {
   HEXP through = Make(ec, "F(H())", "I");
   struct Row {
     const char *formula;
-    int32_t kind;
+    int32_t kind, used;
     const char *name;
-    int32_t used;
   };
   const Row rows[] = {
-      {"D", 1, "amount", 0}, {"D", 1, "F", 0},         {"D", -1, "F", 0},
-      {"D", 3, "Amount", 0}, {"D", 7, "Amount", 0},    {"D", 3, "F", 0},
-      {"S", 1, "Bonus", 1},  {"S", 1, "Net Sales", 1}, {"S", 1, "net sales", 0},
-      {"S", 0, "K", 1},      {"S", 3, "Net Sales", 0}, {"R", 1, "Amount", 1},
-      {"R", 2, "D", 1},      {"R", 0, "F", 1},
+      {"D", 1, 0, "amount"}, {"D", 1, 0, "F"},         {"D", -1, 0, "F"},
+      {"D", 3, 0, "Amount"}, {"D", 7, 0, "Amount"},    {"D", 3, 0, "F"},
+      {"S", 1, 1, "Bonus"},  {"S", 1, 1, "Net Sales"}, {"S", 1, 0, "net sales"},
+      {"S", 0, 1, "K"},      {"S", 3, 0, "Net Sales"}, {"R", 1, 1, "Amount"},
+      {"R", 2, 1, "D"},      {"R", 0, 1, "F"},
   };
   for (const Row &row : rows) {
     EXPECT_EQ(ORLIsItemUsed(ec, ORLHEXPFromName(ec, row.formula), row.kind, row.name), row.used)
@@ -88,25 +87,25 @@ std::string RandomTerm(std::mt19937 &random, const std::vector<Model> &known, in
     return other.name + "()";
   }
   if (form > 3 || depth == 0) {
-    const std::string item = kItems[random() % 3];
+    std::string item = kItems[random() % 3];
     uses.insert("1" + item);
     return item;
   }
   const std::string function = form == 2 ? "F" : "G";
   uses.insert("0" + function);
-  std::string text;
+  std::string text = function + "(";
   for (auto left = form - 1; left > 0; --left) {
     std::string argument = RandomTerm(random, known, depth - 1, uses);
     if (IsItem(argument)) {
       if (random() % 3 == 0) {
-        argument += " + 1";
+        argument.append(" + 1");
       } else {
-        uses.insert(function + "/" + argument);
+        uses.insert(std::string(function).append("/").append(argument));
       }
     }
-    text += (text.empty() ? "(" : ", ") + argument;
+    text.append(text.back() == '(' ? "" : ", ").append(argument);
   }
-  return function + text + ")";
+  return text + ")";
 }
 
 TEST(Usage, RandomContextsAgainstModel) {
