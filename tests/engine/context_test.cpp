@@ -36,6 +36,17 @@ TEST(Context, NullHandles) {
   EXPECT_EQ(ORLHEXPFromOrdinal(nullptr, 0), nullptr);
   EXPECT_EQ(ORLCloneExpression(nullptr, nullptr, nullptr, &type), nullptr);
   EXPECT_EQ(ORLCloneExpression(ec, nullptr, "Z", &type), nullptr);
+  FormulaError error = {};
+  EXPECT_EQ(ORLParseString(nullptr, "1", "Z", &error, &type), nullptr);
+  EXPECT_EQ(error.id, ORL_ERR_GENERAL);
+  EXPECT_EQ(ORLParseString(ec, nullptr, nullptr, &error, &type), nullptr);
+  EXPECT_EQ(error.id, ORL_ERR_SYNTAX);
+  EXPECT_NE(ORLParseString(ec, "1", nullptr, &error, &type), nullptr);
+  int32_t names = 0;
+  ORLEnumExpItems(
+      ec, ORL_INPUT, [](EC, const char *, void *user) { ++*static_cast<int32_t *>(user); }, &names);
+  EXPECT_GT(names, 0);
+  EXPECT_EQ(ORLLoadComboBox(ec, ORL_INPUT, nullptr), names);
 }
 
 TEST(Context, Settings) {
