@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "closed/wren/gregorian.h"
+#include "evaluation/stored_date.h"
 #include "pavni11.h"
 
 namespace {
@@ -18,19 +19,6 @@ struct TimeUnit {
 // From the smallest; each carries into the one behind it and the last into days.
 constexpr TimeUnit kTimeUnits[] = {
     {&DateTimeParts::second, 60}, {&DateTimeParts::minute, 60}, {&DateTimeParts::hour, 24}};
-
-// Takes a date apart; false for a value that is no date.
-bool Decode(const NumberValue &date, DateTimeParts &parts) {
-  if (date.length == 0) {
-    return false;
-  }
-  PAVNNumberToDate(date.payload, date.length, &parts);
-  return parts.month != 0;
-}
-
-void Encode(NumberValue *result, const DateTimeParts &parts) {
-  result->length = static_cast<uint8_t>(PAVNDateToNumber(result->payload, &parts));
-}
 
 bool FitsInt32(int64_t value) {
   return value >= INT32_MIN && value <= INT32_MAX;
@@ -112,7 +100,7 @@ void DateArithmetic(NumberValue *result, const NumberValue *date, const NumberVa
                     int32_t op, uint16_t unit) {
   *result = {};
   DateTimeParts parts;
-  if (!Decode(*date, parts)) {
+  if (!DecodeDate(*date, &parts)) {
     return;
   }
   const int64_t n = op == '+' ? int64_t{WRENNumToInt(amount)} : -int64_t{WRENNumToInt(amount)};
@@ -141,14 +129,14 @@ void DateArithmetic(NumberValue *result, const NumberValue *date, const NumberVa
       break;
   }
   if (moved) {
-    Encode(result, parts);
+    EncodeDate(result, parts);
   }
 }
 
 void DateDifference(NumberValue *result, const NumberValue *left, const NumberValue *right) {
   DateTimeParts leftParts;
   DateTimeParts rightParts;
-  if (!Decode(*left, leftParts) || !Decode(*right, rightParts)) {
+  if (!DecodeDate(*left, &leftParts) || !DecodeDate(*right, &rightParts)) {
     WRENNumSetNull(result);
     return;
   }

@@ -2,6 +2,7 @@
 // entry, or no arguments at all) counts as a null value, and a result block that is missing makes
 // the routine fail.
 #include "evaluation/date_arithmetic.h"
+#include "evaluation/stored_date.h"
 #include "functions/date_text.h"
 #include "orli11.h"
 #include "pavni11.h"
@@ -29,13 +30,8 @@ NumberValue *ResultOf(void **result, int32_t resultSize) {
 
 DateTimeParts PartsOf(const NumberValue &date) {
   DateTimeParts parts;
-  PAVNNumberToDate(date.payload, date.length, &parts);
+  DecodeDate(date, &parts);
   return parts;
-}
-
-void StoreDate(NumberValue *result, const DateTimeParts &parts) {
-  *result = kNull;
-  result->length = static_cast<uint8_t>(PAVNDateToNumber(result->payload, &parts));
 }
 
 // The Number that `number` makes of the date's parts; null for a null date.
@@ -68,7 +64,7 @@ int32_t DayOfMonth(int32_t resultSize, void **result, void *const *args, bool la
   DateTimeParts parts = PartsOf(date);
   parts.day = last ? DaysInMonth(parts.month, parts.year) : 1;
   parts.hour = parts.minute = parts.second = parts.fraction = 0;
-  StoreDate(target, parts);
+  EncodeDate(target, parts);
   return 1;
 }
 
@@ -156,13 +152,13 @@ int32_t FUNDateConstruct(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **res
   for (int32_t i = 0; i < 6; i++) {
     fields[i] = WRENNumToInt(&ValueOf(args, i));
   }
-  StoreDate(target, {.month = fields[1],
-                     .day = fields[2],
-                     .year = fields[0],
-                     .hour = fields[3],
-                     .minute = fields[4],
-                     .second = fields[5],
-                     .fraction = 0});
+  EncodeDate(target, {.month = fields[1],
+                      .day = fields[2],
+                      .year = fields[0],
+                      .hour = fields[3],
+                      .minute = fields[4],
+                      .second = fields[5],
+                      .fraction = 0});
   return 1;
 }
 

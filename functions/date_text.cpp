@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "pavni11.h"
+#include "evaluation/stored_date.h"
 
 namespace {
 
@@ -44,10 +44,6 @@ void UsePicture(FormatRecord &record, const char *picture) {
   record.flags &= ~WREN_FMT_FLAG_RETRY;
 }
 
-void Decode(const NumberValue &date, DateTimeParts &parts) {
-  PAVNNumberToDate(date.payload, date.length, &parts);
-}
-
 int32_t ParseInMode(FormatRecord &record, int32_t mode) {
   record.mode = mode;
   return WRENFmtParseDate(&record);
@@ -66,9 +62,7 @@ int32_t DateFromText(NumberValue *target, const char *text) {
       return 0;
     }
   }
-  NumberValue date = {};
-  date.length = static_cast<uint8_t>(PAVNDateToNumber(date.payload, &record.parts));
-  *target = date;
+  EncodeDate(target, record.parts);
   return 1;
 }
 
@@ -109,7 +103,7 @@ int32_t DateToTextPicture(const NumberValue *date, const char *picture, char *bu
   record.mode = WREN_FMT_DATETIME;
   record.output = buffer;
   UsePicture(record, picture);
-  Decode(*date, record.parts);
+  DecodeDate(*date, &record.parts);
   return WRENFmtDate(&record);
 }
 
@@ -123,7 +117,7 @@ int32_t DateToTextDefault(const NumberValue *date, char *buffer) {
   record.mode = WREN_FMT_DATETIME;
   record.output = buffer;
   record.useCountry = 1;
-  Decode(*date, record.parts);
+  DecodeDate(*date, &record.parts);
   return WRENFmtDate(&record);
 }
 

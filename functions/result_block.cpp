@@ -17,8 +17,7 @@ int32_t FUNResizeResult(void **result, uint32_t newSize) {
 }
 
 int32_t FUNCharBytes(int32_t n) {
-  constexpr int32_t kUtf8 = 65001;
-  const int64_t most = WRENIsDoubleByte() != 0 ? 2 : ActiveCodePage() == kUtf8 ? 4 : 1;
+  const int64_t most = WRENIsDoubleByte() != 0 ? 2 : ActiveCodePage() == kCodePageUtf8 ? 4 : 1;
   return static_cast<int32_t>(std::clamp<int64_t>(n * most, INT32_MIN, INT32_MAX));
 }
 

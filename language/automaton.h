@@ -8,7 +8,7 @@
 // To find a token the scanner runs until the dead state, then walks back over the states it
 // recorded: the longest match is tried first, at one length the earlier rule.
 //
-// For «12 ab+» the run goes 12 (word, number and date forms end here), blank, a, b (the mark of a
+// For «12 ab+» the run goes 12 (numbers and the date rule end here), blank, a, b (the mark of a
 // time's "am"), + (the byte that must follow). It stands at a match of the date rule, which is cut
 // behind the b. When the scanner's action refuses that, the next match on the way back is the
 // number 12.

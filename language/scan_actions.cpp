@@ -4,6 +4,7 @@
 
 #include "engine/context.h"
 #include "engine/items.h"
+#include "evaluation/date_arithmetic.h"
 #include "functions/date_text.h"
 #include "language/scan_checks.h"
 #include "language/scanner.h"
@@ -15,8 +16,9 @@ struct WordCode {
   uint16_t code;
 };
 
-constexpr WordCode kDateUnits[] = {{"DAY", 1},  {"MONTH", 2},   {"YEAR", 4},
-                                   {"HOUR", 8}, {"MINUTE", 16}, {"SECOND", 32}};
+constexpr WordCode kDateUnits[] = {{"DAY", kUnitDay},       {"MONTH", kUnitMonth},
+                                   {"YEAR", kUnitYear},     {"HOUR", kUnitHour},
+                                   {"MINUTE", kUnitMinute}, {"SECOND", kUnitSecond}};
 constexpr WordCode kModifiers[] = {{"DISTINCT", kModifierDistinct}, {"ALL", kModifierAll}};
 
 char Capital(char byte) {

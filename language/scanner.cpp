@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr int32_t kUtf8CodePage = 65001;
-
 // RunAutomaton: the buffer is full and the match could go on.
 constexpr int32_t kOverflow = -1;
 
@@ -34,7 +32,7 @@ void DropPreviousToken(ParseState &state) {
 // Runs as far as any rule goes, reading what the buffer does not hold. Records the state behind
 // each byte and returns their number. Where no byte could go on, none is read.
 int32_t RunAutomaton(ParseState &state) {
-  const uint8_t *classOf = ActiveCodePage() == kUtf8CodePage ? kByteClassUtf8 : kByteClass;
+  const uint8_t *classOf = ActiveCodePage() == kCodePageUtf8 ? kByteClassUtf8 : kByteClass;
   uint8_t at = kStartState;
   int32_t length = 0;
   while (!kStates[at].ends) {

@@ -50,8 +50,8 @@ constexpr TokenDefinition kTokenDefinitions[] = {
     {"separator", R"([-./:\\])"},
     {"point", R"([.:])"},
     {"tail", R"(","[ ]* | [ ]+)"},
-    // The forms 1-2-99 and 1/2.99; 1.2/99; 1.2.99; 1-Jan-99; Jan 1, 99. 1 Jan 99 is read up to its
-    // second letter, for a time may stand behind a number as in "1 am".
+    // The forms 1-2-99 and 1/2.99; 1.2/99; 1.2.99; 1-Jan-99; Jan 1, 99. 1 Jan 99, which ends
+    // behind its second letter where a time follows: the letters may be a marker as in "1 am".
     {"date", R"({number}{dash}{number}{separator}{number} |
                 {number}{point}{number}{dash}{number} |
                 {number}{point}{number}{point}{number} |

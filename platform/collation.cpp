@@ -151,7 +151,7 @@ uint32_t CharCode(const char *bytes, size_t count, int32_t page) {
   if (count == 1) {
     return first;
   }
-  if (page == 932) {
+  if (page == kCodePage932) {
     return uint32_t{first} << 8 | static_cast<uint8_t>(bytes[1]);
   }
   uint32_t code = first & (0x7FU >> count);
@@ -163,7 +163,7 @@ uint32_t CharCode(const char *bytes, size_t count, int32_t page) {
 
 // The row of a letter, or null. Letters of 932 have none.
 const LatinLetter *FindLatin(uint32_t code, size_t count, int32_t page) {
-  if (page == 932 || (page == 65001 && count == 1)) {
+  if (page == kCodePage932 || (page == kCodePageUtf8 && count == 1)) {
     return nullptr;
   }
   for (const ByteLetter &letter : kLetters1252) {
@@ -178,10 +178,10 @@ const LatinLetter *FindLatin(uint32_t code, size_t count, int32_t page) {
 }
 
 bool IsSign(uint32_t code, size_t count, int32_t page) {
-  if (page == 932) {
+  if (page == kCodePage932) {
     return IsIn(kSigns932, code);
   }
-  return !(page == 65001 && count == 1) && IsIn(kSigns, code);
+  return !(page == kCodePageUtf8 && count == 1) && IsIn(kSigns, code);
 }
 
 // The unit of a character from 128 up, and the second one of a ligature.

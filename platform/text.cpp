@@ -96,9 +96,10 @@ int32_t IsCharAlphaA(char byte) {
 
 int32_t ActiveCodePage() {
   if (WRENIsDoubleByte() != 0) {
-    return 932;
+    return kCodePage932;
   }
-  return WRENIsLeadByteAt("\xC3\xA9") != 0 ? 65001 : 1252;  // two bytes are one character in UTF-8
+  return WRENIsLeadByteAt("\xC3\xA9") != 0 ? kCodePageUtf8
+                                           : 1252;  // two bytes are one character in UTF-8
 }
 
 bool SameText(const char *left, const char *right) {

@@ -24,6 +24,8 @@ uint32_t CharUpperBuffA(char *text, uint32_t length);
 int32_t IsCharAlphaA(char byte);
 
 // The active code page of the process: 1252, 932 or 65001.
+constexpr int32_t kCodePage932 = 932;
+constexpr int32_t kCodePageUtf8 = 65001;
 int32_t ActiveCodePage();
 
 // True when both texts hold the same bytes; what lstrcmpA(left, right) == 0 tells, at less cost.

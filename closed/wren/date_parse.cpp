@@ -37,11 +37,11 @@ struct Cursor {
 };
 
 struct Number {
-  int32_t value;  // saturates above every year
+  int32_t value;
   int32_t digits;
 };
 
-constexpr int32_t kHugeNumber = 99999999;
+constexpr int32_t kMostDigits = 9;  // of a number in a date; more would be beyond every year
 constexpr size_t kWordRoom = 48;
 
 bool IsBlank(char c) {
@@ -74,15 +74,15 @@ bool SkipBlanks(Cursor &cursor) {
   return cursor.at > start;
 }
 
-// A number beyond every part of a date is none: a long one is given up at once.
+// A run of more digits than any part of a date has is given up at once, zeros or not.
 bool ReadNumber(Cursor &cursor, Number &number) {
   number = {0, 0};
   while (IsDigit(Peek(cursor))) {
-    number.value = number.value * 10 + (*cursor.at++ - '0');
-    number.digits = std::min(number.digits + 1, kHugeNumber);
-    if (number.value >= kHugeNumber) {
+    if (number.digits == kMostDigits) {
       return false;
     }
+    number.value = number.value * 10 + (*cursor.at++ - '0');
+    number.digits++;
   }
   return number.digits > 0;
 }

@@ -1,0 +1,23 @@
+// Dates between their stored form and their parts.
+#ifndef ORLI11_EVALUATION_STORED_DATE_H
+#define ORLI11_EVALUATION_STORED_DATE_H
+
+#include "pavni11.h"
+
+// Takes a date apart; false, with all parts zero, for null and for a value that is no date.
+inline bool DecodeDate(const NumberValue &date, DateTimeParts *parts) {
+  *parts = DateTimeParts{};
+  if (date.length == 0) {
+    return false;
+  }
+  PAVNNumberToDate(date.payload, date.length, parts);
+  return parts->month != 0;
+}
+
+// Stores parts; null for those of no calendar.
+inline void EncodeDate(NumberValue *result, const DateTimeParts &parts) {
+  *result = NumberValue{};
+  result->length = static_cast<uint8_t>(PAVNDateToNumber(result->payload, &parts));
+}
+
+#endif
