@@ -25,7 +25,7 @@ TEST(Registry, Rows) {
   std::string signatures, missing;
   for (const std::string &name : ItemNames(ec, ORL_FUNCTION)) {
     const ExprItem *row = ItemFind(ItemTableOf(ec, ORL_FUNCTION), name.c_str());
-    EXPECT_EQ(row->routineName, "FUN" + name);
+    EXPECT_EQ(std::string(row->routineName), "FUN" + name);
     EXPECT_EQ(row->firstOptional + row->optionalCount + row->itemFlags, 0) << name;
     signatures += name + " " + std::to_string(row->dataType) + ":";
     std::string call = name;
