@@ -2,13 +2,17 @@
 
 #include <pavni11.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <string_view>
 
 namespace {
 
 constexpr int kMostDigits = 26;
 constexpr size_t kFormatRoom = 100;
+constexpr size_t kMicrosecondDigits = 6;
+constexpr std::string_view kBlanks = " \t\r\n";
 
 int CountDigits(const char *text) {
   int digits = 0;
@@ -64,6 +68,17 @@ bool NumberWithExponent(NumberValue value, std::string &cell) {
   return good;
 }
 
+/* "." and the digits of the microseconds without zeros at the end; nothing when there are none. */
+std::string FractionDigits(int32_t microseconds) {
+  if (microseconds == 0) {
+    return {};
+  }
+  std::string digits = std::to_string(microseconds);
+  digits.insert(0, kMicrosecondDigits - digits.size(), '0');
+  digits.erase(digits.find_last_not_of('0') + 1);
+  return "." + digits;
+}
+
 bool DateCell(const NumberValue &value, std::string &cell) {
   std::array<char, kFormatRoom> text;
   FormatRecord record;
@@ -81,12 +96,73 @@ bool DateCell(const NumberValue &value, std::string &cell) {
   record.useCountry = 0;
   PAVNNumberToDate(value.payload, value.length, &record.parts);
   const DateTimeParts &parts = record.parts;
-  const bool midnight = parts.hour == 0 && parts.minute == 0 && parts.second == 0;
+  const bool midnight =
+      parts.hour == 0 && parts.minute == 0 && parts.second == 0 && parts.fraction == 0;
   record.picture = midnight ? "yyyy-MM-dd" : "yyyy-MM-dd hh:mm:ss";
   record.picture2 = record.picture;
   const bool good = WRENFmtDate(&record) == 1;
-  cell = good ? text.data() : "";
+  cell = good ? text.data() + FractionDigits(parts.fraction) : "";
   return good;
+}
+
+bool IsDigit(char byte) {
+  return byte >= '0' && byte <= '9';
+}
+
+/* How the country writes the numbers of a date. */
+struct NumbersOfDate {
+  char separator;
+  bool yearFirst;
+};
+
+NumbersOfDate CountryNumbers() {
+  std::array<char, kFormatRoom> text = {};
+  FormatRecord record;
+  WRENFmtInit(&record);
+  record.mode = WREN_FMT_DATE;
+  record.output = text.data();
+  record.useCountry = 1;
+  record.parts = {12, 31, 1999, 0, 0, 0, 0};
+  WRENFmtDate(&record);
+  const std::string_view shown(text.data());
+  const size_t place = shown.find_first_not_of("0123456789");
+  LocaleBlock locale;
+  WRENFmtLoadLocale(&locale);
+  return {place == std::string_view::npos ? '/' : shown[place], locale.dateOrder == 2};
+}
+
+/* The digits at the start of the text, which moves behind them. */
+size_t SkipDigits(std::string_view &text) {
+  size_t count = 0;
+  while (count < text.size() && IsDigit(text[count])) {
+    ++count;
+  }
+  text.remove_prefix(count);
+  return count;
+}
+
+/* Whether three numbers at the start are written as a date and not as a version or an address: with
+ * the country's separator, or as ISO has it; a year of two or four digits; a blank or a T in front
+ * of the time. What begins otherwise is as good as the library says. */
+bool LooksLikeDate(std::string_view text) {
+  static const NumbersOfDate country = CountryNumbers();
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  const size_t first = SkipDigits(text);
+  if (first == 0 || text.size() < 2 || !IsDigit(text[1])) {
+    return true;
+  }
+  const char separator = text[0];
+  text.remove_prefix(1);
+  SkipDigits(text);
+  const bool iso = separator == '-' && first == 4;
+  if (text.empty() || text[0] != separator || !(iso || separator == country.separator)) {
+    return false;
+  }
+  text.remove_prefix(1);
+  const size_t last = SkipDigits(text);
+  const size_t year = first > 2 || (country.yearFirst && last <= 2) ? first : last;
+  return (year == 2 || year == 4) &&
+         (text.empty() || text[0] == 'T' || kBlanks.find(text[0]) != std::string_view::npos);
 }
 
 }  // namespace
@@ -102,7 +178,7 @@ bool DateFromField(const char *text, NumberValue *value) {
   record.mode = WREN_FMT_DATETIME;
   record.input = text;
   record.useCountry = 1;
-  if (WRENFmtParseDate(&record) == 0) {
+  if (WRENFmtParseDate(&record) == 0 || !LooksLikeDate(text)) {
     return false;
   }
   std::memset(value, 0, sizeof *value);
