@@ -5,6 +5,7 @@
 #include <cstring>
 #include <numeric>
 
+#include "host/display.h"
 #include "host/values.h"
 
 namespace {
@@ -55,7 +56,7 @@ std::string NameColumn(EC ec, Column &column) {
   /* Backticks do not help every name with a double quote. */
   return ORLValidName(ec, column.name.c_str(), nullptr) == 1
              ? std::string()
-             : "has a name that no formula can write: " + header;
+             : "has a name that no formula can write: " + DisplayName(header);
 }
 
 bool CheckDuplicates(const ScanState &state, std::string &error) {
@@ -68,7 +69,8 @@ bool CheckDuplicates(const ScanState &state, std::string &error) {
   for (size_t i = 1; i < order.size(); ++i) {
     if (columns[order[i]].header == columns[order[i - 1]].header) {
       error = state.csv->path + ": columns " + std::to_string(order[i - 1] + 1) + " and " +
-              std::to_string(order[i] + 1) + " have the same name: " + columns[order[i]].header;
+              std::to_string(order[i] + 1) +
+              " have the same name: " + DisplayName(columns[order[i]].header);
       return false;
     }
   }

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "host/display.h"
+
 namespace {
 
 constexpr size_t kChunk = 1 << 16;
@@ -150,7 +152,11 @@ bool SpoolToFile(CsvFile &csv, std::string &error) {
 
 bool CsvOpen(const char *path, CsvFile &csv, std::string &error) {
   const bool isInput = std::strcmp(path, "-") == 0;
-  csv.path = isInput ? "standard input" : path;
+  csv.path = isInput ? "standard input" : DisplayName(path);
+  if (*path == '\0') {
+    error = "the name of the file is empty";
+    return false;
+  }
   csv.file = isInput ? stdin : std::fopen(path, "rb");
   struct stat status = {};
   if (csv.file == nullptr || fstat(fileno(csv.file), &status) != 0) {

@@ -7,6 +7,7 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 constexpr std::string_view kDots = "...";
+constexpr size_t kLongestName = 200;
 
 /* The picture of a control character: U+2400 and up, U+2421 for the one behind the letters. */
 std::string ControlPicture(wchar_t code) {
@@ -67,4 +68,9 @@ std::string DisplayLine(std::string_view text, size_t most, size_t &width) {
     text.remove_prefix(next.bytes);
   }
   return line;
+}
+
+std::string DisplayName(std::string_view text) {
+  size_t width = 0;
+  return DisplayLine(text, kLongestName, width);
 }

@@ -19,5 +19,7 @@ void DisplayStart();
 DisplayCharacter DisplayNext(std::string_view text);
 /* The whole text on one line, with its width, cut to at most `most` columns. */
 std::string DisplayLine(std::string_view text, size_t most, size_t &width);
+/* The text on one line as messages show it, cut when it is very long. */
+std::string DisplayName(std::string_view text);
 
 #endif

@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "host/commands.h"
+#include "host/display.h"
 #include "host/formulas.h"
 #include "host/progress.h"
 #include "host/session.h"
@@ -64,8 +65,8 @@ bool ComputeRow(const CsvRow &row, void *user, std::string &error) {
   return std::ferror(stdout) == 0;
 }
 
-/* Formulas from the command line, defined and able to have a value. */
-bool Prepare(EvalState &state, std::string &error) {
+/* Takes the formulas from the command line. */
+bool TakeArguments(EvalState &state, std::string &error) {
   for (const std::string &argument : state.options->formulas) {
     Formula formula;
     if (!FormulaFromArgument(argument, formula, error)) {
@@ -73,6 +74,11 @@ bool Prepare(EvalState &state, std::string &error) {
     }
     state.formulas.push_back(formula);
   }
+  return true;
+}
+
+/* Defines the formulas; each must be able to have a value. */
+bool Prepare(EvalState &state, std::string &error) {
   EC ec = state.session->ec;
   if (!FormulasDefine(ec, state.formulas, error)) {
     return false;
@@ -80,7 +86,8 @@ bool Prepare(EvalState &state, std::string &error) {
   for (const Formula &formula : state.formulas) {
     const bool set = ORLIsExpRange(ec, formula.exp, 1) == 1;
     if (set || ORLIsExpRange(ec, formula.exp, 2) == 1) {
-      error = "formula " + formula.title + " is a " + (set ? "set" : "range") + " and has no value";
+      error = "formula " + DisplayName(formula.title) + " is a " + (set ? "set" : "range") +
+              " and has no value";
       return false;
     }
     state.output.columns.push_back({formula.title, formula.type == ORL_TYPE_NUMBER});
@@ -106,7 +113,7 @@ void ReportMissing(const EvalState &state) {
     const int64_t missing = state.results[i].missing;
     if (missing != 0) {
       std::fprintf(stderr, "orli: formula %s has no value in %lld of %lld rows\n",
-                   state.formulas[i].title.c_str(), static_cast<long long>(missing),
+                   DisplayName(state.formulas[i].title).c_str(), static_cast<long long>(missing),
                    static_cast<long long>(state.rows));
     }
   }
@@ -137,6 +144,9 @@ int RunEval(const EvalOptions &options) {
   Session session;
   EvalState state{&session, &options, {}, {}, {}, {}, {}, 0, false};
   std::string error;
+  if (!TakeArguments(state, error)) {
+    return Complain(error, EXIT_USAGE);
+  }
   ProgressStart(state.progress);
   const bool open = SessionOpen(options.data.c_str(), session, state.progress, error);
   const int status = open ? Evaluate(state) : Complain(error, EXIT_WRONG);

@@ -1,13 +1,17 @@
 #include "host/formulas.h"
 
 #include <algorithm>
+#include <map>
+#include <string_view>
 
+#include "host/display.h"
 #include "host/messages.h"
 #include "host/underline.h"
 
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
+constexpr size_t kNobody = static_cast<size_t>(-1);
 
 bool IsQuote(char byte) {
   return byte == '"' || byte == '`';
@@ -30,69 +34,67 @@ size_t FindEquals(const std::string &argument) {
   return argument.find('=', from);
 }
 
-bool CheckNames(EC ec, const std::vector<Formula> &formulas, std::string &error) {
+/* Where each name stands among the formulas. */
+using Places = std::map<std::string_view, size_t>;
+
+bool CheckNames(EC ec, const std::vector<Formula> &formulas, Places &places, std::string &error) {
   for (size_t i = 0; i < formulas.size(); ++i) {
     const std::string &name = formulas[i].name;
     if (ORLValidName(ec, name.c_str(), nullptr) == 0) {
-      error = "not a valid formula name: " + name;
+      error = "not a valid formula name: " + DisplayName(name);
       return false;
     }
     if (ORLIsExpNameUnique(ec, nullptr, name.c_str()) == 0) {
-      error = "formula " + name + " has the name of a function";
+      error = "formula " + DisplayName(name) + " has the name of a function";
       return false;
     }
-    for (size_t k = 0; k < i; ++k) {
-      if (formulas[k].name == name) {
-        error = "two formulas have the name " + name;
-        return false;
-      }
+    if (!places.emplace(name, i).second) {
+      error = "two formulas have the name " + DisplayName(name);
+      return false;
     }
   }
   return true;
 }
 
-/* Tries to define a formula; false when it is wrong in a way that later formulas cannot mend. */
-bool TryDefine(EC ec, Formula &formula) {
+void TryDefine(EC ec, Formula &formula) {
   uint16_t type = 0;
   formula.exp = ORLParseFormula(ec, nullptr, formula.text.c_str(), formula.name.c_str(),
                                 &formula.problem, &type);
   formula.type = formula.exp == nullptr ? -1 : type;
-  return formula.exp != nullptr || formula.problem.id == ORL_ERR_FUNC;
 }
 
-/* Whether the unknown function that a formula calls is one of those given. */
-bool WaitsForAnother(const std::vector<Formula> &formulas, const Formula &formula) {
+/* The formula not yet defined whose call is the error of another; kNobody when the error is of a
+ * kind that no later formula mends. */
+size_t AwaitedBy(const Formula &formula, const std::vector<Formula> &formulas,
+                 const Places &places) {
+  if (formula.problem.id != ORL_ERR_FUNC) {
+    return kNobody;
+  }
   const auto offset = static_cast<size_t>(std::max(formula.problem.offset, 0));
   const auto length = static_cast<size_t>(std::max(formula.problem.length, 0));
-  std::string called = formula.text.substr(std::min(offset, formula.text.size()), length);
-  called.erase(called.find_last_not_of(" (") + 1);
-  return std::any_of(formulas.begin(), formulas.end(),
-                     [&called](const Formula &other) { return called == other.name; });
+  std::string_view called(formula.text);
+  called = called.substr(std::min(offset, called.size()), length);
+  called = called.substr(0, called.find_last_not_of(" (") + 1);
+  const auto found = places.find(called);
+  const bool awaited = found != places.end() && formulas[found->second].exp == nullptr;
+  return awaited ? found->second : kNobody;
 }
 
-bool Report(const Formula &formula, std::string &error) {
-  error = "formula " + formula.title + ": " + ErrorWithPlace(formula.text, formula.problem);
-  return false;
-}
-
-/* True when no formula is left undefined. Otherwise the cause is the first that calls what nobody
- * gave; without one they wait for each other. */
-bool AllDefined(const std::vector<Formula> &formulas, std::string &error) {
-  const Formula *waiting = nullptr;
-  for (const Formula &formula : formulas) {
-    if (formula.exp != nullptr) {
-      continue;
-    }
-    if (!WaitsForAnother(formulas, formula)) {
-      return Report(formula, error);
-    }
-    waiting = waiting == nullptr ? &formula : waiting;
+/* The words for formulas that call each other in a circle, or one that calls itself. `awaited` has
+ * for each formula the one that it waits for; `start` leads into the circle. */
+std::string CircleMessage(const std::vector<Formula> &formulas, const std::vector<size_t> &awaited,
+                          size_t start) {
+  for (size_t steps = 0; steps < formulas.size(); ++steps) {
+    start = awaited[start];
   }
-  if (waiting != nullptr) {
-    Report(*waiting, error);
-    error += "The formulas given call each other in a circle.\n";
+  if (awaited[start] == start) {
+    return "formula " + DisplayName(formulas[start].title) + " calls itself";
   }
-  return waiting == nullptr;
+  std::string names = formulas[start].title;
+  for (size_t i = awaited[start]; i != start; i = awaited[i]) {
+    names += ", " + formulas[i].title;
+  }
+  return "formulas call each other in a circle: " + DisplayName(names);
 }
 
 }  // namespace
@@ -100,7 +102,7 @@ bool AllDefined(const std::vector<Formula> &formulas, std::string &error) {
 bool FormulaFromArgument(const std::string &argument, Formula &formula, std::string &error) {
   const size_t equals = FindEquals(argument);
   if (equals == std::string::npos) {
-    error = "a formula is given as NAME=TEXT, not as " + argument;
+    error = "a formula is given as NAME=TEXT, not as " + DisplayName(argument);
     return false;
   }
   formula.name = Trimmed(argument.substr(0, equals));
@@ -114,23 +116,41 @@ bool FormulaFromArgument(const std::string &argument, Formula &formula, std::str
 }
 
 bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error) {
-  if (!CheckNames(ec, formulas, error)) {
+  Places places;
+  if (!CheckNames(ec, formulas, places, error)) {
     return false;
   }
-  /* A formula can call only what is defined; so those that call a later one wait for a round. */
-  for (bool moved = true; moved;) {
-    moved = false;
-    for (Formula &formula : formulas) {
+  /* A formula can call only what is defined. One that calls another too early is tried again when
+   * that one is there. */
+  std::vector<size_t> awaited(formulas.size(), kNobody);
+  std::vector<std::vector<size_t>> waiting(formulas.size());
+  for (size_t first = 0; first < formulas.size(); ++first) {
+    std::vector<size_t> ready = {first};
+    while (!ready.empty()) {
+      const size_t i = ready.back();
+      Formula &formula = formulas[i];
+      ready.pop_back();
+      TryDefine(ec, formula);
       if (formula.exp != nullptr) {
+        ready.insert(ready.end(), waiting[i].begin(), waiting[i].end());
         continue;
       }
-      if (!TryDefine(ec, formula)) {
-        return Report(formula, error);
+      awaited[i] = AwaitedBy(formula, formulas, places);
+      if (awaited[i] == kNobody) {
+        error = "formula " + DisplayName(formula.title) + ": " +
+                ErrorWithPlace(formula.text, formula.problem);
+        return false;
       }
-      moved = moved || formula.exp != nullptr;
+      waiting[awaited[i]].push_back(i);
     }
   }
-  return AllDefined(formulas, error);
+  for (size_t i = 0; i < formulas.size(); ++i) {
+    if (formulas[i].exp == nullptr) {
+      error = CircleMessage(formulas, awaited, i);
+      return false;
+    }
+  }
+  return true;
 }
 
 std::string ErrorWithPlace(const std::string &text, const FormulaError &error) {

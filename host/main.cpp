@@ -2,8 +2,11 @@
 #include <orli11.h>
 #include <CLI/CLI.hpp>
 
+#include <charconv>
 #include <csignal>
 #include <cstdio>
+#include <limits>
+#include <string_view>
 
 #include "host/commands.h"
 #include "host/display.h"
@@ -28,11 +31,11 @@ constexpr const char *kFooter =
     "  orli eval data/weather.csv --formula range='temp_max - temp_min' \\\n"
     "                             --formula half='range() / 2' --limit 5\n"
     "\n"
-    "A text that begins with a minus stands behind --, as in: orli check DATA.csv -- '-1 + wind'\n"
+    "A text that begins with a minus stands behind --, as in: orli check DATA.csv -- '-.5 + wind'\n"
     "Exit status: 0 done, 1 the data or a formula is wrong, 2 the command line is wrong.";
 
 struct CommandLine {
-  std::string data, text, format;
+  std::string data, text, format, limit;
   EvalOptions eval;
 };
 
@@ -40,6 +43,23 @@ struct CommandLine {
 CLI::Validator Silent(CLI::Validator validator) {
   validator.description("");
   return validator;
+}
+
+/* The rows that a limit allows; -1 when it is no whole number from 0 up. */
+int64_t RowsOfLimit(std::string_view text) {
+  int64_t rows = -1;
+  const std::from_chars_result result =
+      std::from_chars(text.data(), text.data() + text.size(), rows);
+  const bool good = result.ec == std::errc() && result.ptr == text.data() + text.size();
+  return good && rows >= 0 ? rows : -1;
+}
+
+std::string CheckLimit(const std::string &text) {
+  if (RowsOfLimit(text) >= 0) {
+    return {};
+  }
+  return "'" + text + "' is no whole number from 0 to " +
+         std::to_string(std::numeric_limits<int64_t>::max());
 }
 
 void AddData(CLI::App *command, CommandLine &line) {
@@ -76,14 +96,15 @@ void AddEval(CLI::App &app, CommandLine &line, int &status) {
       ->required()
       ->type_name("NAME=TEXT")
       ->allow_extra_args(false);
-  eval->add_option("-n,--limit", line.eval.limit, "Compute the first N rows only")
+  eval->add_option("-n,--limit", line.limit, "Compute the first N rows only")
       ->type_name("N")
-      ->check(Silent(CLI::NonNegativeNumber));
+      ->check(CheckLimit);
   eval->add_option("--format", line.format, "How the rows are written; a table if not told")
       ->type_name("table|csv")
       ->check(Silent(CLI::IsMember({"table", "csv"})));
   eval->final_callback([&line, &status] {
     line.eval.data = line.data;
+    line.eval.limit = line.limit.empty() ? -1 : RowsOfLimit(line.limit);
     line.eval.format = line.format == "csv" ? OUTPUT_CSV : OUTPUT_TABLE;
     status = RunEval(line.eval);
   });
@@ -94,7 +115,30 @@ void StyleHelp(CLI::App &app) {
   app.get_formatter()->column_width(kColumn);
   app.get_formatter()->label("REQUIRED", "(required)");
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.get_formatter()->label("Subcommands", "Commands");
+}
+
+int ComplainOfUsage(const std::string &message) {
+  return Complain(DisplayName(message) + "; orli --help tells more", EXIT_USAGE);
+}
+
+/* What is wrong with the command line, in words that name the argument. An option that nobody knows
+ * goes first: the parser takes it away and then misses what it may have stood for. */
+std::string UsageMessage(const CLI::App &app, const CLI::ParseError &error) {
+  for (const std::string &argument : app.remaining(true)) {
+    if (argument.size() > 1 && argument.front() == '-' && argument != "--") {
+      return "unknown option: " + argument +
+             " (a name or text that begins with a minus stands behind --)";
+    }
+  }
+  if (app.get_subcommands().empty()) {
+    return "no command is given";
+  }
+  std::string message = error.what();
+  const size_t missing = message.find(": 1 required");
+  if (missing != std::string::npos && error.get_name() == "ArgumentMismatch") {
+    return message.substr(0, missing) + " needs a value behind it";
+  }
+  return message;
 }
 
 int Run(int argc, char **argv) {
@@ -108,13 +152,17 @@ int Run(int argc, char **argv) {
   AddCheck(app, line, status);
   AddEval(app, line, status);
   app.footer(kFooter);
+  const std::string first = argc > 1 ? argv[1] : "-";
+  const auto isFirst = [&first](const CLI::App *command) { return command->get_name() == first; };
+  if (first.rfind('-', 0) != 0 && app.get_subcommands(isFirst).empty()) {
+    return ComplainOfUsage("unknown command: '" + first + "'");
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &help) {
     return app.exit(help);
   } catch (const CLI::ParseError &error) {
-    std::string message = error.what();
-    return Complain(message + " (orli --help tells more)", EXIT_USAGE);
+    return ComplainOfUsage(UsageMessage(app, error));
   }
   return status;
 }

@@ -40,6 +40,10 @@ note    String       2  a
             (("2024-01-31", "2024-02-30"), "String"), (("2024-13-01", ""), "String"),
             (("2024-01-31", "5"), "String"), (("5", "2024-01-31"), "String"),
             (("10:30", "11:45"), "String"), (("12/31/2024", "1/2/2024"), "Date"),
+            (("1.2.3", ""), "String"), (("10.11.12.13", ""), "String"), (("31.12.2012", ""), "String"),
+            (("1/2/3", ""), "String"), (("1-2-2012", ""), "String"), (("2012-01-02-03", ""), "String"),
+            (("2012/12/31", "12/31/12 10pm"), "Date"), (("12 Jan 2012", "12-Jan-2012"), "Date"),
+            (("2024-01-31T10:30", "2024-01-31 10:30:15.25"), "Date"),
             (("1234567890123456789012345", "1"), "Number"),
             (("1234567890123456789012345678901234", "1"), "String"),
             (("0." + "0" * 30 + "1", "1"), "Number"),
@@ -48,6 +52,21 @@ note    String       2  a
             content = "x,y\n" + "".join(f'"{field}",1\n' for field in fields)
             with self.subTest(fields=fields):
                 self.assertEqual(self.types(content)[0], expected)
+
+    def test_dates_of_a_country_have_its_own_form(self):
+        command = ["localedef", "-f", "UTF-8", "-i", "de_DE", self.folder / "de_DE.UTF-8"]
+        try:
+            subprocess.run(command, check=True, capture_output=True)
+        except (OSError, subprocess.CalledProcessError):
+            self.skipTest("localedef or its sources are missing")
+        rows = (("31.12.2012", b"Date"), ("31.12.12 10:30", b"Date"), ("2012-12-31", b"Date"),
+                ("12 Dez 2012", b"Date"), ("1.2.3", b"String"), ("10.11.12.13", b"String"),
+                ("1/12/2012", b"String"))
+        for field, expected in rows:
+            with self.subTest(field=field):
+                _, output, errors = run("items", self.file(f"x,y\n{field},1\n"),
+                                        LC_ALL="de_DE.UTF-8", LOCPATH=str(self.folder))
+                self.assertEqual(output.splitlines()[2].split()[1], expected, errors)
 
     def test_names_are_told_as_formulas_write_them(self):
         rows = (
@@ -104,6 +123,8 @@ note    String       2  a
             (b'a,b\n1,2\n3,"4\n5,6\n', "line 3: a double quote"),
             (b'a,b\n1,2\n3,4"5\n', "line 3: a double quote"),
             (b"a,b,a\n1,2,3\n", "columns 1 and 3 have the same name: a"),
+            (b'"a\nb","a\nb"\n1,2\n', "columns 1 and 2 have the same name: a\u240ab"),
+            (b'"a\n""`"\n1\n', 'has a name that no formula can write: a\u240a"`'),
             (b"a,,c\n1,2,3\n", "column 2 has no name"),
             (b"a," + b"n" * 65 + b"\n1,2\n", "column 2 has a name of 65 bytes; names have at most 64"),
             (b"a," + b"n n" + b"n" * 60 + b"\n1,2\n", "needs quotes and is then 65 bytes long"),
@@ -131,6 +152,8 @@ note    String       2  a
             status, output, errors = run("check", path, "1")
             self.assertEqual((status, output), (1, b""))
             self.assertEqual(errors.decode(), f"orli: {path}: {words}\n")
+        self.assertEqual(run("items", ""), (1, b"", b"orli: the name of the file is empty\n"))
+        self.assertIn("two\u240alines: No such file".encode(), run("items", "two\nlines")[2])
 
 
 class Check(support.FolderCase):
@@ -241,6 +264,15 @@ sold                 total  note
                                                        content="big,small\n1e90,1e-100\n")
                 self.assertEqual((status, output.decode()), (0, f"f\r\n{expected}\r\n"), errors)
 
+    def test_dates_are_written_with_what_they_have(self):
+        fields = ("2024-01-31 00:00:00.5", "2024-01-31 10:30:15.000120", "2024-01-31 10:30:15",
+                  "2024-01-31 00:00:00", "1/31/2024 0:00:00.000001")
+        _, output, _ = self.evaluate("--format", "csv", "-f", "d=d",
+                                     content="d,e\n" + "".join(f"{field},1\n" for field in fields))
+        self.assertEqual(output.decode().splitlines()[1:], [
+            "2024-01-31 00:00:00.5", "2024-01-31 10:30:15.00012", "2024-01-31 10:30:15",
+            "2024-01-31", "2024-01-31 00:00:00.000001"])
+
     def test_wrong_formulas(self):
         rows = (
             (["a=amount +"], "orli: formula a: ERR_SYNTAX: Incomplete or invalid formula\n"
@@ -250,14 +282,16 @@ sold                 total  note
             (["=amount"], "orli: not a valid formula name: \n"),
             (["DAY=amount"], "orli: not a valid formula name: DAY\n"),
             (["StrLeft=amount"], "orli: formula StrLeft has the name of a function\n"),
-            (["amount"], "orli: a formula is given as NAME=TEXT, not as amount\n"),
+            (["x\ny=1"], "orli: not a valid formula name: x\u240ay\n"),
+            (['"x\ny"=1', '"x\ny"=2'], 'orli: two formulas have the name "x\u240ay"\n'),
+            (['"x\ny"=1, 2'], "orli: formula x\u240ay is a set and has no value\n"),
+            (['"x\ny"=q'], "orli: formula x\u240ay: ERR_VAR: Unknown input item.\n  q\n  ^\n"),
             (["a=amount, tax"], "orli: formula a is a set and has no value\n"),
             (["a=amount AND tax"], "orli: formula a is a range and has no value\n"),
             (["a=b() + 1", "b=c()", "c=a()"],
-             "orli: formula a: ERR_FUNC: Unknown function.\n  b() + 1\n  ^^\n"
-             "The formulas given call each other in a circle.\n"),
-            (["a=a() + 1"], "orli: formula a: ERR_FUNC: Unknown function.\n  a() + 1\n  ^^\n"
-                            "The formulas given call each other in a circle.\n"),
+             "orli: formulas call each other in a circle: a, b, c\n"),
+            (["z=a()", "a=b() + 1", "b=a()"], "orli: formulas call each other in a circle: a, b\n"),
+            (["a=a() + 1"], "orli: formula a calls itself\n"),
             (["a=b()", "b=d()"], "orli: formula b: ERR_FUNC: Unknown function.\n  d()\n  ^^\n"),
         )
         for formulas, expected in rows:
@@ -292,6 +326,28 @@ class CommandLine(support.FolderCase):
                 status, output, errors = run(*arguments)
                 self.assertEqual((status, output), (2, b""))
                 self.assertRegex(errors.decode(), r"^orli: [^\n]+\n$")
+
+    def test_wrong_command_lines_are_told_what_is_wrong(self):
+        path = str(self.file(SMALL))
+        limit = "--limit: '{}' is no whole number from 0 to 9223372036854775807"
+        behind = "unknown option: {} (a name or text that begins with a minus stands behind --)"
+        rows = [(("eval", path, "-f", "a=1", "--limit", text), limit.format(text))
+                for text in ("-1", "abc", "0x2", "1.5", "", "9" * 20)]
+        rows += [
+            (("foo",), "unknown command: 'foo'"), (("fo\no", "--help"), "unknown command: 'fo\u240ao'"),
+            ((), "no command is given"), (("check", path, "-a + 1"), behind.format("-a + 1")),
+            (("items", "-x.csv"), behind.format("-x.csv")),
+            (("check", path, "--limit"), behind.format("--limit")),
+            (("eval", path, "-f", "a=1", "--limit"), "--limit needs a value behind it"),
+        ]
+        for arguments, words in rows:
+            with self.subTest(arguments=arguments):
+                expected = f"orli: {words}; orli --help tells more\n"
+                self.assertEqual(run(*arguments), (2, b"", expected.encode()))
+        # What is no formula is told before the file is read.
+        self.assertEqual(run("eval", "missing.csv", "-f", "x"),
+                         (2, b"", b"orli: a formula is given as NAME=TEXT, not as x\n"))
+        self.assertEqual(run("check", path, "--", "-.5 + tax")[:2], (0, b"Number\n"))
 
     def test_names_of_commands_are_no_commands_inside_one(self):
         path = self.file("items,eval\n1,2\n")

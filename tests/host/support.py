@@ -15,10 +15,10 @@ WEATHER = ROOT / "data/weather.csv"
 ENVIRONMENT = dict(os.environ, LC_ALL="C")
 
 
-def run(*arguments, stdin=b""):
+def run(*arguments, stdin=b"", **variables):
     """Runs orli; its status, and what it wrote to both outputs as bytes."""
-    result = subprocess.run([ORLI, *arguments], input=stdin, capture_output=True, env=ENVIRONMENT,
-                            check=False)
+    result = subprocess.run([ORLI, *arguments], input=stdin, capture_output=True, check=False,
+                            env=dict(ENVIRONMENT, **variables))
     return result.returncode, result.stdout, result.stderr
 
 
