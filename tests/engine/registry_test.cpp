@@ -52,7 +52,8 @@ TEST(Registry, Rows) {
             "NumberTruncate 0:00, StrLower 2:2, NumberIFF 0:0000, DateIFF 1:0111, DateToStrPicture "
             "2:12, NumberToStrPicture 2:02, StrTrim 2:2, StrTranslate 2:222, Power 0:00, WeekDay "
             "0:1, DateQuarter 0:1, ");
-  EXPECT_EQ(ItemFind(ItemTableOf(ec, ORL_FUNCTION), "WeekDay")->routine, Address(&FUNWeekDay));
+  void *const weekDay = ItemFind(ItemTableOf(ec, ORL_FUNCTION), "WeekDay")->routine;
+  EXPECT_EQ(weekDay, Address(&FUNWeekDay));
   EXPECT_EQ(Evaluate(ec, Make(ec, "DateYear(2012-01-31)")), "2012");
   EXPECT_EQ(FUNDefineFunctions(ec), 1);  // twice is no fault
   EXPECT_EQ(ItemNames(ec, ORL_FUNCTION).size(), 92u);
