@@ -50,11 +50,14 @@ struct Model {
                    formulas.end());
   }
   Answer Next() { return answers[asked.size() % answers.size()]; }
-  bool HandOver(std::string name) {
+  bool HandOver(const std::string &name) {
     const Answer answer = Next();
     asked += name;
     if (answer == Answer::Destroy || answer == Answer::DestroyMore) Destroy(name);
-    if (answer == Answer::DestroyMore && !formulas.empty()) Destroy(formulas.front().name);
+    if (answer == Answer::DestroyMore && !formulas.empty()) {
+      const std::string first = formulas.front().name;
+      Destroy(first);
+    }
     return answer != Answer::Refuse;
   }
   bool Delete() {
