@@ -1,18 +1,6 @@
 # orli_objects(NAME SOURCE...): the object files of one room of the house.
 function(orli_objects name)
-  set(sources "")
-  foreach(source IN LISTS ARGN)
-    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${source})
-      list(APPEND sources ${source})
-    else()
-      message(STATUS "not there yet: ${name}/${source}")
-    endif()
-  endforeach()
-  if(NOT sources)
-    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp "")
-    set(sources ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp)
-  endif()
-  add_library(${name} OBJECT ${sources})
+  add_library(${name} OBJECT ${ARGN})
 endfunction()
 
 # orli_shared_library(NAME HEADER file OBJECTS room... LINKS library...): libNAME.so, which exports
