@@ -117,9 +117,13 @@ void FirstPass(DeleteRun &run, int32_t kind) {
         exp->deleteRun = run.number;
       } else {
         const uint64_t revision = run.ec->revision;
+        const uint32_t rows = HandleArrayRows(run.ec->expressions);
         HandOver(run, exp);
-        // One expression that nothing refers to is gone: what was found of the others still holds.
-        walk.revision = run.ec->revision == revision + 1 ? run.ec->revision : walk.revision;
+        // Where just one expression has gone, which nothing referred to, what was found of the
+        // others still holds.
+        if (run.ec->revision == revision + 1 && HandleArrayRows(run.ec->expressions) + 1 == rows) {
+          walk.revision = run.ec->revision;
+        }
       }
     }
     exp = ExpressionFrom(run.ec, run.place + 1);

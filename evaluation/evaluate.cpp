@@ -71,26 +71,29 @@ int32_t DeliverBlock(const Value &value, int32_t *length, void **buffer) {
   return 1;
 }
 
+// Computes the expression and lets `deliver` take the value while the evaluation still holds it.
+template <class Delivery>
+int32_t EvaluateFor(EC ec, HEXP exp, Delivery deliver) {
+  Evaluation run;
+  const Value *value = EvaluationRun(run, ec, exp);
+  const int32_t result = value == nullptr ? 0 : deliver(*value);
+  EvaluationEnd(run);
+  return result;
+}
+
 }  // namespace
 
 int32_t ORLEvaluateExpression(EC ec, HEXP exp, int32_t size, void *buffer) {
   if (!IsEvaluable(ec, exp) || buffer == nullptr) {
     return 0;
   }
-  Evaluation run;
-  const Value *value = EvaluationRun(run, ec, exp);
-  const int32_t result = value == nullptr ? 0 : Deliver(*value, size, buffer);
-  EvaluationEnd(run);
-  return result;
+  return EvaluateFor(ec, exp, [=](const Value &value) { return Deliver(value, size, buffer); });
 }
 
 int32_t ORLEvaluateExpressionExt(EC ec, HEXP exp, int32_t *length, void **buffer) {
   if (!IsEvaluable(ec, exp) || buffer == nullptr) {
     return 0;
   }
-  Evaluation run;
-  const Value *value = EvaluationRun(run, ec, exp);
-  const int32_t result = value == nullptr ? 0 : DeliverBlock(*value, length, buffer);
-  EvaluationEnd(run);
-  return result;
+  return EvaluateFor(ec, exp,
+                     [=](const Value &value) { return DeliverBlock(value, length, buffer); });
 }

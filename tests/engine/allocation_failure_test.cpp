@@ -172,6 +172,7 @@ TEST(AllocationFailure, EverythingElse) {
     uint16_t type = 0;
     return ORLCloneExpression(ec, ORLHEXPFromName(ec, "Two"), nullptr, &type) != nullptr;
   });
+  Sweep("check a name", State::Same, [](EC ec) { return ORLValidName(ec, "Fine", nullptr) == 1; });
   Sweep("add an item", State::Same, &AddRow);
   Sweep("define functions", State::MayDiffer, [](EC ec) { return FUNDefineFunctions(ec) == 1; });
   Sweep("delete an item", State::MayDiffer, &DeleteRow,
