@@ -345,7 +345,10 @@ ORL_API void FUNWinIniChange(void);
  * the text does not fit into resultSize bytes. 1, or 0 when there is no memory. */
 ORL_API int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text);
 
-/* The built-in functions, each an OrlFunctionProc. */
+/* The built-in functions, each an OrlFunctionProc, in the order of a context's function table. What
+ * they take and give stands in docs/functions.md. A host may call them by itself, with `result`
+ * pointing to a block of WRENMemAlloc: 13 bytes for a Number or Date, any size for a text. Each
+ * returns 1, or 0 with the block still valid when there is no room or no memory for the result. */
 #define ORL_FUNCTION_ROUTINE(name)                                         \
   ORL_API int32_t name(EC ec, HEXP exp, int32_t resultSize, void **result, \
                        const char *functionName, void **args)
@@ -360,11 +363,41 @@ ORL_FUNCTION_ROUTINE(FUNDateMonthBegin);
 ORL_FUNCTION_ROUTINE(FUNDateMonthEnd);
 ORL_FUNCTION_ROUTINE(FUNDateToStr);
 ORL_FUNCTION_ROUTINE(FUNDateConstruct);
+ORL_FUNCTION_ROUTINE(FUNStrMid);
+ORL_FUNCTION_ROUTINE(FUNStrRight);
+ORL_FUNCTION_ROUTINE(FUNStrLeft);
+ORL_FUNCTION_ROUTINE(FUNStrLength);
+ORL_FUNCTION_ROUTINE(FUNStrRTrim);
+ORL_FUNCTION_ROUTINE(FUNStrLTrim);
+ORL_FUNCTION_ROUTINE(FUNStrRepeat);
+ORL_FUNCTION_ROUTINE(FUNStrPad);
+ORL_FUNCTION_ROUTINE(FUNStrCompare);
+ORL_FUNCTION_ROUTINE(FUNStrIFF);
+ORL_FUNCTION_ROUTINE(FUNStrCase);
+ORL_FUNCTION_ROUTINE(FUNStrProper);
+ORL_FUNCTION_ROUTINE(FUNStrReplace);
+ORL_FUNCTION_ROUTINE(FUNStrScan);
+ORL_FUNCTION_ROUTINE(FUNStrSpaces);
+ORL_FUNCTION_ROUTINE(FUNStrToDate);
+ORL_FUNCTION_ROUTINE(FUNStrToNumber);
+ORL_FUNCTION_ROUTINE(FUNStrUpper);
+ORL_FUNCTION_ROUTINE(FUNNumberAbsolute);
+ORL_FUNCTION_ROUTINE(FUNNumberMod);
+ORL_FUNCTION_ROUTINE(FUNNumberToStr);
+ORL_FUNCTION_ROUTINE(FUNNumberToCurrency);
+ORL_FUNCTION_ROUTINE(FUNNumberCountryFmt);
+ORL_FUNCTION_ROUTINE(FUNNumberRound);
+ORL_FUNCTION_ROUTINE(FUNNumberTruncate);
+ORL_FUNCTION_ROUTINE(FUNStrLower);
+ORL_FUNCTION_ROUTINE(FUNNumberIFF);
 ORL_FUNCTION_ROUTINE(FUNDateIFF);
 ORL_FUNCTION_ROUTINE(FUNDateToStrPicture);
+ORL_FUNCTION_ROUTINE(FUNNumberToStrPicture);
+ORL_FUNCTION_ROUTINE(FUNStrTrim);
+ORL_FUNCTION_ROUTINE(FUNStrTranslate);
+ORL_FUNCTION_ROUTINE(FUNPower);
 ORL_FUNCTION_ROUTINE(FUNWeekDay);
 ORL_FUNCTION_ROUTINE(FUNDateQuarter);
-ORL_FUNCTION_ROUTINE(FUNStrToDate);
 
 /* Called when a process lets go of the library; does nothing. Always 1. */
 ORL_API int32_t WEP(int32_t code);

@@ -1,32 +1,13 @@
-// The built-in functions on dates. Each is an OrlFunctionProc. An argument without a value (a null
-// entry, or no arguments at all) counts as a null value, and a result block that is missing makes
-// the routine fail.
+// The built-in functions on dates. Each is an OrlFunctionProc.
 #include "evaluation/date_arithmetic.h"
 #include "evaluation/stored_date.h"
+#include "functions/arguments.h"
 #include "functions/date_text.h"
+#include "functions/result_block.h"
 #include "orli11.h"
 #include "pavni11.h"
 
 namespace {
-
-constexpr NumberValue kNull = {};
-
-const NumberValue &ValueOf(void *const *args, int32_t index) {
-  const void *entry = args != nullptr ? args[index] : nullptr;
-  return entry != nullptr ? *static_cast<const NumberValue *>(entry) : kNull;
-}
-
-const char *TextOf(void *const *args, int32_t index) {
-  const void *entry = args != nullptr ? args[index] : nullptr;
-  return entry != nullptr ? static_cast<const char *>(entry) : "";
-}
-
-// The result block of a Number or Date, or null when it has no room for one.
-NumberValue *ResultOf(void **result, int32_t resultSize) {
-  return result != nullptr && resultSize >= static_cast<int32_t>(sizeof(NumberValue))
-             ? static_cast<NumberValue *>(*result)
-             : nullptr;
-}
 
 DateTimeParts PartsOf(const NumberValue &date) {
   DateTimeParts parts;
@@ -37,11 +18,11 @@ DateTimeParts PartsOf(const NumberValue &date) {
 // The Number that `number` makes of the date's parts; null for a null date.
 int32_t NumberOfDate(int32_t resultSize, void **result, void *const *args,
                      int32_t (*number)(const DateTimeParts &)) {
-  NumberValue *target = ResultOf(result, resultSize);
+  NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
     return 0;
   }
-  const NumberValue &date = ValueOf(args, 0);
+  const NumberValue &date = NumberArgument(args, 0);
   if (date.length == 0) {
     WRENNumSetNull(target);
   } else {
@@ -52,13 +33,13 @@ int32_t NumberOfDate(int32_t resultSize, void **result, void *const *args,
 
 // The month's first or last day at midnight; null for a null date.
 int32_t DayOfMonth(int32_t resultSize, void **result, void *const *args, bool last) {
-  NumberValue *target = ResultOf(result, resultSize);
+  NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
     return 0;
   }
-  const NumberValue &date = ValueOf(args, 0);
+  const NumberValue &date = NumberArgument(args, 0);
   if (date.length == 0) {
-    *target = kNull;
+    *target = kNullNumber;
     return 1;
   }
   DateTimeParts parts = PartsOf(date);
@@ -133,24 +114,24 @@ int32_t FUNDateMonthEnd(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **resu
 
 int32_t FUNDateAddDay(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                       const char * /*name*/, void **args) {
-  NumberValue *target = ResultOf(result, resultSize);
+  NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
     return 0;
   }
-  DateArithmetic(target, &ValueOf(args, 0), &ValueOf(args, 1), '+', kUnitDay);
+  DateArithmetic(target, &NumberArgument(args, 0), &NumberArgument(args, 1), '+', kUnitDay);
   return 1;
 }
 
 // The arguments are year, month, day, hour, minute, second; what no calendar has makes a null date.
 int32_t FUNDateConstruct(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                          const char * /*name*/, void **args) {
-  NumberValue *target = ResultOf(result, resultSize);
+  NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
     return 0;
   }
   int32_t fields[6];
   for (int32_t i = 0; i < 6; i++) {
-    fields[i] = WRENNumToInt(&ValueOf(args, i));
+    fields[i] = CountArgument(args, i);
   }
   EncodeDate(target, {.month = fields[1],
                       .day = fields[2],
@@ -165,15 +146,11 @@ int32_t FUNDateConstruct(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **res
 // The first, second or third date for a number below, equal to or above zero; null counts as zero.
 int32_t FUNDateIFF(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
-  NumberValue *target = ResultOf(result, resultSize);
+  NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
     return 0;
   }
-  NumberValue zero;
-  WRENNumFromLong(&zero, 0);
-  const NumberValue &selector = ValueOf(args, 0);
-  const int32_t sign = selector.length == 0 ? 0 : WRENNumCompare(&selector, &zero);
-  *target = ValueOf(args, 2 + (sign > 0 ? 1 : sign < 0 ? -1 : 0));
+  *target = NumberArgument(args, SelectedArgument(args));
   return 1;
 }
 
@@ -181,26 +158,26 @@ int32_t FUNDateIFF(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
 int32_t FUNDateToStr(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
   char text[kDateTextSize];
-  DateToTextDefault(&ValueOf(args, 0), text);
+  DateToTextDefault(&NumberArgument(args, 0), text);
   return FUNStrVarResult(result, resultSize, text);
 }
 
 int32_t FUNDateToStrPicture(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                             const char * /*name*/, void **args) {
   char text[kDateTextSize];
-  DateToTextPicture(&ValueOf(args, 0), TextOf(args, 1), text);
+  DateToTextPicture(&NumberArgument(args, 0), TextArgument(args, 1), text);
   return FUNStrVarResult(result, resultSize, text);
 }
 
 // Null for a text that is no date.
 int32_t FUNStrToDate(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
-  NumberValue *target = ResultOf(result, resultSize);
+  NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
     return 0;
   }
-  if (DateFromText(target, TextOf(args, 0)) == 0) {
-    *target = kNull;
+  if (DateFromText(target, TextArgument(args, 0)) == 0) {
+    *target = kNullNumber;
   }
   return 1;
 }

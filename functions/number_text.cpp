@@ -1,0 +1,61 @@
+#include "functions/number_text.h"
+
+namespace {
+
+// A cleared record for a number, by the country settings.
+FormatRecord CountryRecord(int32_t mode) {
+  FormatRecord record;
+  WRENFmtInit(&record);
+  record.mode = mode;
+  record.useCountry = 1;
+  record.flags |= WREN_FMT_FLAG_NUMBER;
+  return record;
+}
+
+int32_t Format(FormatRecord &record, const NumberValue *value, char *buffer) {
+  buffer[0] = 0;
+  record.output = buffer;
+  record.number = *value;
+  return WRENFmtNumber(&record);
+}
+
+}  // namespace
+
+int32_t NumberFromText(NumberValue *value, const char *text) {
+  FormatRecord record = CountryRecord(WREN_FMT_NUMBER);
+  record.input = text;
+  if (WRENFmtParseNumber(&record) == 0) {
+    WRENNumSetNull(value);
+    WRENNumSetZero(value);
+    return 0;
+  }
+  *value = record.number;
+  return 1;
+}
+
+int32_t NumberFormatPicture(const NumberValue *value, const char *picture, char *buffer) {
+  buffer[0] = 0;
+  FormatRecord record = CountryRecord(WREN_FMT_PICTURE);
+  record.numberPicture = picture;
+  return WRENFmtCheckNumberPicture(&record) != 0 ? Format(record, value, buffer) : 0;
+}
+
+int32_t NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buffer) {
+  FormatRecord record = CountryRecord(WREN_FMT_NUMBER);
+  record.useCountry = 0;
+  record.thousandsSeparator = 0;
+  record.decimalSeparator = '.';
+  record.fixedDecimals = 1;
+  record.decimals = decimals;
+  return Format(record, value, buffer);
+}
+
+int32_t NumberFormatCountry(const NumberValue *value, char *buffer) {
+  FormatRecord record = CountryRecord(WREN_FMT_NUMBER);
+  return Format(record, value, buffer);
+}
+
+int32_t NumberFormatCurrency(const NumberValue *value, char *buffer) {
+  FormatRecord record = CountryRecord(WREN_FMT_CURRENCY);
+  return Format(record, value, buffer);
+}

@@ -1,0 +1,23 @@
+// Conversions between a Number and its text.
+#ifndef ORLI11_FUNCTIONS_NUMBER_TEXT_H
+#define ORLI11_FUNCTIONS_NUMBER_TEXT_H
+
+#include <cstdint>
+
+#include "wreni11.h"
+
+// Number text is built in buffers of this size: 99 characters and the terminator.
+constexpr int32_t kNumberTextSize = 100;
+
+// Reads a number by the country settings. 1, or 0 with the Number zero in `value`.
+int32_t NumberFromText(NumberValue *value, const char *text);
+
+// Write a Number into `buffer` of kNumberTextSize bytes; empty for a null Number. 1, or 0 with the
+// buffer empty when the picture is bad or the text too long.
+int32_t NumberFormatPicture(const NumberValue *value, const char *picture, char *buffer);
+// Independent of the country: a full stop, no grouping, `decimals` digits behind the point.
+int32_t NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buffer);
+int32_t NumberFormatCountry(const NumberValue *value, char *buffer);
+int32_t NumberFormatCurrency(const NumberValue *value, char *buffer);
+
+#endif
