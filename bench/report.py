@@ -4,8 +4,8 @@
     bench/report.py [PROGRAM]        PROGRAM: build/release/bin/orli_bench
 
 Each benchmark runs several times, in random order; the least time counts, since everything else
-that a machine does only adds. Exit status 1 when a benchmark failed or a cost grows by more than
-MOST_GROWTH from 10 to 20,000 rows.
+that a machine does only adds. Exit status 1 when a benchmark failed, when a cost grows by more than
+MOST_GROWTH from 10 to 20,000 rows, or when a function's does so by the byte from short to long texts.
 """
 
 import json
@@ -15,6 +15,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 MOST_GROWTH = 1.5
+MOST_GROWTH_OF_A_BYTE = 3  # long texts leave the processor's caches
 REPETITIONS = 7
 KINDS = ("items", "functions", "formulas")
 COUNTS = (10, 1000, 20000)
@@ -56,6 +57,26 @@ def report_evaluation(best):
             print(f"  {name.split('/')[1]:26}{1e9 / row['items_per_second']:12.1f} ns a row")
 
 
+def report_functions(best):
+    print("\nFormulas with functions, and the same work in plain C++")
+    for name, row in best.items():
+        if name.startswith("Function/"):
+            limit = best[name.replace("Function", "FunctionLimit")]["ns"]
+            print(f"  {row['ns']:8.1f} ns {limit:8.1f} ns {row['ns'] / limit:6.2f}  {row['label']}")
+    print("\nFunctions by the length of their text: ns a byte")
+    rows = {}
+    for name, row in best.items():
+        if name.startswith("LongText/"):
+            rows.setdefault(row["label"], []).append((row["bytes"], row["ns"] / row["bytes"]))
+    good = True
+    for label, costs in rows.items():
+        costs = [cost for _, cost in sorted(costs)]
+        verdict = "" if costs[-1] <= MOST_GROWTH_OF_A_BYTE * costs[0] else f"  OVER {MOST_GROWTH_OF_A_BYTE} TIMES"
+        good = good and not verdict
+        print("".join(f"{cost:8.2f}" for cost in costs) + f"  {label}{verdict}")
+    return good
+
+
 def report_parsing(best):
     print("\nParse by length")
     rows = [row for name, row in best.items() if name.startswith("Parse/")]
@@ -83,8 +104,9 @@ def main():
     program = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin/orli_bench"
     best = measure(pathlib.Path(program).resolve())
     report_evaluation(best)
+    good = report_functions(best)
     report_parsing(best)
-    sys.exit(0 if report_scale(best) else 1)
+    sys.exit(0 if report_scale(best) and good else 1)
 
 
 if __name__ == "__main__":

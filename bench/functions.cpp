@@ -1,0 +1,134 @@
+/* Formulas with functions, each beside the same work in plain C++ on ready values; and functions
+ * whose cost must grow with their texts and no faster. */
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "bench/contexts.h"
+
+namespace {
+
+constexpr const char *kName = "mary ann o'connor";
+
+int32_t NameValue(EC /*ec*/, HEXP /*exp*/, int32_t size, void **value, const char * /*name*/) {
+  return FUNStrVarResult(value, size, kName);
+}
+
+struct FunctionRow {
+  const char *formula;
+  const char *expected;
+  std::string (*plain)(std::string name, double amount);
+};
+
+std::string PlainProper(std::string name, double /*amount*/) {
+  bool inWord = false;
+  for (char &letter : name) {
+    const int byte = static_cast<unsigned char>(letter);
+    letter = static_cast<char>(inWord ? std::tolower(byte) : std::toupper(byte));
+    inWord = std::isalnum(byte) != 0 || letter == '\'';
+  }
+  return name;
+}
+
+std::string PlainPicture(std::string /*name*/, double amount) {
+  char text[100];
+  std::snprintf(text, sizeof text, "%.2f", amount);
+  return text;
+}
+
+std::string PlainReplace(std::string name, double /*amount*/) {
+  return name.replace(5, 3, "lee");
+}
+
+std::string PlainJoined(std::string name, double amount) {
+  return PlainProper(std::move(name), amount) + ", " + PlainPicture("", amount);
+}
+
+constexpr FunctionRow kRows[] = {
+    {"StrProper(Name)", "Mary Ann O'connor", PlainProper},
+    {"StrReplace(Name, 5, 3, 'lee')", "mary lee o'connor", PlainReplace},
+    {"NumberToStrPicture(Amount, '#,##0.00')", "12.50", PlainPicture},
+    {"StrProper(Name) || ', ' || NumberToStrPicture(Amount, '#,##0.00')",
+     "Mary Ann O'connor, 12.50", PlainJoined},
+};
+
+/* One row by the engine. */
+void Function(benchmark::State &state) {
+  const FunctionRow &row = kRows[state.range(0)];
+  EC ec = MakeContext({0, 0, 0});
+  AddItem(ec, "Name", ORL_TYPE_STRING, NameValue);
+  HEXP exp = MustParse(ec, row.formula, "Measured");
+  char text[100] = "";
+  for ([[maybe_unused]] auto step : state) {
+    if (ORLEvaluateExpression(ec, exp, sizeof text, text) == 0) {
+      state.SkipWithError("no value");
+      break;
+    }
+    benchmark::DoNotOptimize(text);
+  }
+  if (std::strcmp(text, row.expected) != 0) {
+    state.SkipWithError("a wrong value");
+  }
+  state.SetLabel(row.formula);
+  ORLDestroyEC(ec);
+}
+BENCHMARK(Function)->DenseRange(0, std::size(kRows) - 1);
+
+/* The same row without an engine. */
+void FunctionLimit(benchmark::State &state) {
+  const FunctionRow &row = kRows[state.range(0)];
+  double amount = 12.5;
+  const char *name = kName;
+  std::string text;
+  for ([[maybe_unused]] auto step : state) {
+    benchmark::DoNotOptimize(amount);
+    benchmark::DoNotOptimize(name);
+    text = row.plain(name, amount);
+    benchmark::DoNotOptimize(text);
+  }
+  if (text != row.expected) {
+    state.SkipWithError("a wrong value");
+  }
+}
+BENCHMARK(FunctionLimit)->DenseRange(0, std::size(kRows) - 1);
+
+/* ---- By length ------------------------------------------------------------------------------- */
+
+/* Searches and lists that match almost everywhere, which is where slow ways show. */
+constexpr const char *kLongRows[] = {
+    "StrScan(Long, StrRight(Long, NumberRound(StrLength(Long) / 2, 0)) || 'b')",
+    "StrTranslate('b', StrRepeat('february,', NumberRound(StrLength(Long) / 9, 0)), 'x')",
+    "StrProper(StrPad(StrRepeat('ab', NumberRound(StrLength(Long) / 2, 0)), StrLength(Long)))",
+};
+
+int32_t LongValue(EC ec, HEXP /*exp*/, int32_t size, void **value, const char * /*name*/) {
+  return FUNStrVarResult(value, size, reinterpret_cast<const char *>(ORLGetUserLong(ec)));
+}
+
+void LongText(benchmark::State &state) {
+  EC ec = MakeContext({0, 0, 0});
+  const std::string text(static_cast<size_t>(state.range(1)), 'a');
+  ORLSetUserLong(ec, reinterpret_cast<intptr_t>(text.c_str()));
+  AddItem(ec, "Long", ORL_TYPE_STRING, LongValue);
+  HEXP exp = MustParse(ec, kLongRows[state.range(0)], "Measured");
+  int32_t length = 0;
+  void *block = ORLMemAlloc(1);
+  for ([[maybe_unused]] auto step : state) {
+    if (ORLEvaluateExpressionExt(ec, exp, &length, &block) == 0) {
+      state.SkipWithError("no value");
+      break;
+    }
+  }
+  ORLMemFree(block);
+  state.SetLabel(kLongRows[state.range(0)]);
+  state.counters["bytes"] = static_cast<double>(text.size());
+  ORLDestroyEC(ec);
+}
+BENCHMARK(LongText)->ArgsProduct({{0, 1, 2}, {1000, 100000, 1000000}});
+
+}  // namespace
