@@ -24,7 +24,7 @@ struct EvalOptions {
 
 /* The columns of a file: name, type, filled rows, example. */
 int RunItems(const std::string &data);
-/* The functions: signature, result, and those that this build cannot compute. */
+/* The functions: signature and description. */
 int RunFunctions();
 /* The type of a formula, or its error with the place underlined. */
 int RunCheck(const std::string &data, const std::string &text);

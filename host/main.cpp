@@ -75,7 +75,8 @@ void AddItems(CLI::App &app, CommandLine &line, int &status) {
 }
 
 void AddFunctions(CLI::App &app, int &status) {
-  CLI::App *functions = app.add_subcommand("functions", "List functions and their argument types");
+  CLI::App *functions =
+      app.add_subcommand("functions", "List functions: arguments, result, description");
   functions->final_callback([&status] { status = RunFunctions(); });
 }
 

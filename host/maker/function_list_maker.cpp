@@ -1,0 +1,106 @@
+// Makes the list that `orli functions` prints from the page of the functions: the heading and the
+// first line of each. Run by the build with the page and the file to write; a page that is not of
+// the form ends the build with the line that is at fault.
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+const std::string kMark = "### ";
+
+// What stays within 80 columns behind the indent of the program's output.
+constexpr size_t kMostColumns = 76;
+
+[[noreturn]] void GiveUp(const char *file, size_t line, const char *message) {
+  std::fprintf(stderr, "%s:%zu: error: %s\n", file, line, message);
+  std::exit(1);
+}
+
+std::vector<std::string> LinesOf(const char *file) {
+  std::ifstream stream(file);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line);
+  }
+  if (lines.empty()) {
+    GiveUp(file, 1, "the page cannot be read or is empty");
+  }
+  return lines;
+}
+
+// What is wrong with a line that stands where a description should, or null.
+const char *FaultOf(const std::string &description) {
+  if (description.empty() || description.front() == '#' || description.front() == '|') {
+    return "a heading of a function needs a blank line and a line of description behind it";
+  }
+  if (description.back() != '.') {
+    return "the description of a function is one line that ends with a full stop";
+  }
+  for (const char byte : description) {
+    // A byte is a column then.
+    if (byte < ' ' || byte > '~') {
+      return "the description of a function is plain ASCII";
+    }
+  }
+  return description.size() > kMostColumns ? "the description of a function is too long" : nullptr;
+}
+
+std::string Quoted(const std::string &text) {
+  std::string quoted = "\"";
+  for (const char byte : text) {
+    if (byte == '"' || byte == '\\') {
+      quoted += '\\';
+    }
+    quoted += byte;
+  }
+  return quoted + "\"";
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  if (argc != 3) {
+    GiveUp("function_list_maker", 0, "usage: function_list_maker PAGE OUTPUT");
+  }
+  const char *page = argv[1];
+  const std::vector<std::string> lines = LinesOf(page);
+  const auto lineAt = [&lines](size_t i) { return i < lines.size() ? lines[i] : std::string(); };
+  const std::string type = "(Number|Date|String)";
+  const std::string parameter = "[a-z]\\w*: " + type;
+  const std::regex form("([A-Z]\\w*)\\((" + parameter + "(, " + parameter + ")*)?\\): " + type);
+  std::set<std::string> names;
+  std::string list;
+  for (size_t i = 0; i < lines.size(); i++) {
+    if (!lines[i].starts_with(kMark)) {
+      continue;
+    }
+    const std::string signature = lines[i].substr(kMark.size());
+    std::smatch parts;
+    if (!std::regex_match(signature, parts, form)) {
+      GiveUp(page, i + 1, "the heading is not of the form Name(argument: Type, ...): Type");
+    }
+    if (!names.insert(parts[1]).second) {
+      GiveUp(page, i + 1, "the page has this function twice");
+    }
+    const std::string description = lineAt(i + 1).empty() ? lineAt(i + 2) : std::string();
+    const char *fault = FaultOf(description);
+    if (fault != nullptr || !lineAt(i + 3).empty()) {
+      GiveUp(page, i + 1, fault != nullptr ? fault : "the description takes more than one line");
+    }
+    list += "  {" + Quoted(signature) + ",\n   " + Quoted(description) + "},\n";
+  }
+  if (names.empty()) {
+    GiveUp(page, lines.size(), "the page has no function");
+  }
+  std::ofstream output(argv[2]);
+  output << list << std::flush;
+  if (!output.good()) {
+    GiveUp(argv[2], 1, "the list cannot be written");
+  }
+  return 0;
+}
