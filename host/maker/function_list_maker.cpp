@@ -3,6 +3,7 @@
 // the form ends the build with the line that is at fault.
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fstream>
 #include <regex>
 #include <set>
@@ -61,13 +62,8 @@ std::string Quoted(const std::string &text) {
   return quoted + "\"";
 }
 
-}  // namespace
-
-int main(int argc, char **argv) {
-  if (argc != 3) {
-    GiveUp("function_list_maker", 0, "usage: function_list_maker PAGE OUTPUT");
-  }
-  const char *page = argv[1];
+// The rows of the list: a signature and a description for each function of the page.
+std::string ListOf(const char *page) {
   const std::vector<std::string> lines = LinesOf(page);
   const auto lineAt = [&lines](size_t i) { return i < lines.size() ? lines[i] : std::string(); };
   const std::string type = "(Number|Date|String)";
@@ -97,10 +93,24 @@ int main(int argc, char **argv) {
   if (names.empty()) {
     GiveUp(page, lines.size(), "the page has no function");
   }
-  std::ofstream output(argv[2]);
-  output << list << std::flush;
-  if (!output.good()) {
-    GiveUp(argv[2], 1, "the list cannot be written");
+  return list;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  if (argc != 3) {
+    GiveUp("function_list_maker", 0, "usage: function_list_maker PAGE OUTPUT");
+  }
+  try {
+    const std::string list = ListOf(argv[1]);
+    std::ofstream output(argv[2]);
+    output << list << std::flush;
+    if (!output.good()) {
+      GiveUp(argv[2], 1, "the list cannot be written");
+    }
+  } catch (const std::exception &error) {
+    GiveUp(argv[1], 1, error.what());
   }
   return 0;
 }

@@ -108,7 +108,7 @@ TEST(PicturesPage, TablesGiveTheirResults) {
       const auto formula = formulas.find(row.head[0] + ", " + row.head[i]);
       if (formula == formulas.end()) continue;
       std::string argument = std::regex_replace(row.cells[0], std::regex("'"), "''");
-      if (row.head[0] == "Picture") argument = "'" + argument + "'";
+      if (row.head[0] == "Picture") argument.insert(0, "'").append("'");
       EXPECT_EQ(ResultOf(ec, formula->second + argument + ")"), "'" + row.cells.at(i) + "'")
           << row.place << ": " << row.cells[0];
       results++;
