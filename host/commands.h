@@ -22,6 +22,27 @@ struct EvalOptions {
   OutputFormat format = OUTPUT_TABLE;
 };
 
+/* What a column of a report holds: the groups' own values or a figure of their rows. */
+enum ReportFigure {
+  REPORT_BY,
+  REPORT_COUNT,
+  REPORT_SUM,
+  REPORT_MEAN,
+  REPORT_LEAST,
+  REPORT_GREATEST
+};
+
+struct ReportColumn {
+  ReportFigure figure = REPORT_BY;
+  std::string argument; /* NAME=TEXT; NAME for REPORT_COUNT */
+};
+
+struct ReportOptions {
+  std::string data;
+  std::vector<ReportColumn> columns;
+  OutputFormat format = OUTPUT_TABLE;
+};
+
 /* The columns of a file: name, type, filled rows, example. */
 int RunItems(const std::string &data);
 /* The functions: signature and description. */
@@ -30,6 +51,9 @@ int RunFunctions();
 int RunCheck(const std::string &data, const std::string &text);
 /* Formulas computed for each row. */
 int RunEval(const EvalOptions &options);
+/* Rows grouped by the values of formulas, a row for each group in the order of these values. Null
+ * values do not count in a figure; one without values is an empty cell. */
+int RunReport(const ReportOptions &options);
 
 /* Writes an error and returns `status`. */
 int Complain(const std::string &message, int status);

@@ -2,6 +2,7 @@
 #include <orli11.h>
 #include <CLI/CLI.hpp>
 
+#include <array>
 #include <charconv>
 #include <csignal>
 #include <cstdio>
@@ -30,6 +31,8 @@ constexpr const char *kFooter =
     "  orli check data/weather.csv 'temp_max - temp_min'\n"
     "  orli eval data/weather.csv --formula range='temp_max - temp_min' \\\n"
     "                             --formula half='range() / 2' --limit 5\n"
+    "  orli report data/weather.csv --by sky=weather --count reports \\\n"
+    "                               --sum rain=precipitation --greatest warmest=temp_max\n"
     "\n"
     "A text that begins with a minus stands behind --, as in: orli check DATA.csv -- '-.5 + wind'\n"
     "Exit status: 0 done, 1 the data or a formula is wrong, 2 the command line is wrong.";
@@ -37,6 +40,7 @@ constexpr const char *kFooter =
 struct CommandLine {
   std::string data, text, format, limit;
   EvalOptions eval;
+  ReportOptions report;
 };
 
 /* A check that says nothing about itself in the help. */
@@ -62,10 +66,24 @@ std::string CheckLimit(const std::string &text) {
          std::to_string(std::numeric_limits<int64_t>::max());
 }
 
+int ComplainOfUsage(const std::string &message) {
+  return Complain(DisplayName(message) + "; orli --help tells more", EXIT_USAGE);
+}
+
 void AddData(CLI::App *command, CommandLine &line) {
   command->add_option("DATA.csv", line.data, "The file, or - for standard input")
       ->required()
       ->type_name("");
+}
+
+void AddFormat(CLI::App *command, CommandLine &line) {
+  command->add_option("--format", line.format, "How the rows are written; a table if not told")
+      ->type_name("table|csv")
+      ->check(Silent(CLI::IsMember({"table", "csv"})));
+}
+
+OutputFormat FormatOf(const CommandLine &line) {
+  return line.format == "csv" ? OUTPUT_CSV : OUTPUT_TABLE;
 }
 
 void AddItems(CLI::App &app, CommandLine &line, int &status) {
@@ -100,14 +118,65 @@ void AddEval(CLI::App &app, CommandLine &line, int &status) {
   eval->add_option("-n,--limit", line.limit, "Compute the first N rows only")
       ->type_name("N")
       ->check(CheckLimit);
-  eval->add_option("--format", line.format, "How the rows are written; a table if not told")
-      ->type_name("table|csv")
-      ->check(Silent(CLI::IsMember({"table", "csv"})));
+  AddFormat(eval, line);
   eval->final_callback([&line, &status] {
     line.eval.data = line.data;
     line.eval.limit = line.limit.empty() ? -1 : RowsOfLimit(line.limit);
-    line.eval.format = line.format == "csv" ? OUTPUT_CSV : OUTPUT_TABLE;
+    line.eval.format = FormatOf(line);
     status = RunEval(line.eval);
+  });
+}
+
+/* The options of a report that make a column each. */
+struct ReportOption {
+  ReportFigure figure;
+  const char *name, *type, *help;
+};
+
+constexpr std::array<ReportOption, 6> kReportOptions = {{
+    {REPORT_BY, "--by", "NAME=TEXT", "Rows of the same value of a formula are one group"},
+    {REPORT_COUNT, "--count", "NAME", "The rows of each group"},
+    {REPORT_SUM, "--sum", "NAME=TEXT", "The sum of a formula's values in each group"},
+    {REPORT_MEAN, "--mean", "NAME=TEXT", "Their mean"},
+    {REPORT_LEAST, "--least", "NAME=TEXT", "The least number or earliest date"},
+    {REPORT_GREATEST, "--greatest", "NAME=TEXT", "The greatest number or latest date"},
+}};
+
+/* The columns of a report in the order of the command line. */
+std::vector<ReportColumn> ReportColumns(const CLI::App &report) {
+  std::vector<ReportColumn> columns;
+  std::array<size_t, kReportOptions.size()> taken = {}; /* values of each option so far */
+  for (const CLI::Option *option : report.parse_order()) {
+    for (size_t i = 0; i < kReportOptions.size(); ++i) {
+      if (option->get_name() == kReportOptions[i].name) {
+        columns.push_back({kReportOptions[i].figure, option->results().at(taken[i]++)});
+      }
+    }
+  }
+  return columns;
+}
+
+void AddReport(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *report =
+      app.add_subcommand("report", "Group the rows and compute figures of each group");
+  AddData(report, line);
+  for (const ReportOption &option : kReportOptions) {
+    /* The values are taken from the options themselves, for the sake of their order. */
+    report
+        ->add_option_function<std::vector<std::string>>(
+            option.name, [](const std::vector<std::string> & /*values*/) {}, option.help)
+        ->type_name(option.type)
+        ->allow_extra_args(false);
+  }
+  AddFormat(report, line);
+  report->footer("Columns stand in the order of their options, each as often as wanted.");
+  report->final_callback([report, &line, &status] {
+    line.report.data = line.data;
+    line.report.columns = ReportColumns(*report);
+    line.report.format = FormatOf(line);
+    status = line.report.columns.empty()
+                 ? ComplainOfUsage("a report needs --by, --count or another figure")
+                 : RunReport(line.report);
   });
 }
 
@@ -116,10 +185,6 @@ void StyleHelp(CLI::App &app) {
   app.get_formatter()->column_width(kColumn);
   app.get_formatter()->label("REQUIRED", "(required)");
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-}
-
-int ComplainOfUsage(const std::string &message) {
-  return Complain(DisplayName(message) + "; orli --help tells more", EXIT_USAGE);
 }
 
 /* What is wrong with the command line, in words that name the argument. An option that nobody knows
@@ -152,6 +217,7 @@ int Run(int argc, char **argv) {
   AddFunctions(app, status);
   AddCheck(app, line, status);
   AddEval(app, line, status);
+  AddReport(app, line, status);
   app.footer(kFooter);
   const std::string first = argc > 1 ? argv[1] : "-";
   const auto isFirst = [&first](const CLI::App *command) { return command->get_name() == first; };
