@@ -1,13 +1,14 @@
 // Makes the list that `orli functions` prints from the page of the functions: the heading and the
 // first line of each. Run by the build with the page and the file to write; a page that is not of
 // the form ends the build with the line that is at fault.
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -32,6 +33,35 @@ std::vector<std::string> LinesOf(const char *file) {
     GiveUp(file, 1, "the page cannot be read or is empty");
   }
   return lines;
+}
+
+// Takes a text off the front of the rest.
+bool Take(std::string_view &rest, std::string_view text) {
+  const bool there = rest.starts_with(text);
+  rest.remove_prefix(there ? text.size() : 0);
+  return there;
+}
+
+// Takes a word off whose first letter is one of these.
+bool TakeWord(std::string_view &rest, char first, char last) {
+  const bool good = !rest.empty() && rest.front() >= first && rest.front() <= last;
+  while (!rest.empty() && std::isalnum(static_cast<unsigned char>(rest.front())) != 0) {
+    rest.remove_prefix(1);
+  }
+  return good;
+}
+
+bool TakeType(std::string_view &rest) {
+  return Take(rest, "Number") || Take(rest, "Date") || Take(rest, "String");
+}
+
+// Name(argument: Type, ...): Type
+bool IsSignature(std::string_view rest) {
+  bool good = TakeWord(rest, 'A', 'Z') && Take(rest, "(");
+  for (bool more = good && !rest.starts_with(')'); more; more = good && Take(rest, ", ")) {
+    good = TakeWord(rest, 'a', 'z') && Take(rest, ": ") && TakeType(rest);
+  }
+  return good && Take(rest, "): ") && TakeType(rest) && rest.empty();
 }
 
 // What is wrong with a line that stands where a description should, or null.
@@ -66,9 +96,6 @@ std::string Quoted(const std::string &text) {
 std::string ListOf(const char *page) {
   const std::vector<std::string> lines = LinesOf(page);
   const auto lineAt = [&lines](size_t i) { return i < lines.size() ? lines[i] : std::string(); };
-  const std::string type = "(Number|Date|String)";
-  const std::string parameter = "[a-z]\\w*: " + type;
-  const std::regex form("([A-Z]\\w*)\\((" + parameter + "(, " + parameter + ")*)?\\): " + type);
   std::set<std::string> names;
   std::string list;
   for (size_t i = 0; i < lines.size(); i++) {
@@ -76,11 +103,10 @@ std::string ListOf(const char *page) {
       continue;
     }
     const std::string signature = lines[i].substr(kMark.size());
-    std::smatch parts;
-    if (!std::regex_match(signature, parts, form)) {
+    if (!IsSignature(signature)) {
       GiveUp(page, i + 1, "the heading is not of the form Name(argument: Type, ...): Type");
     }
-    if (!names.insert(parts[1]).second) {
+    if (!names.insert(signature.substr(0, signature.find('('))).second) {
       GiveUp(page, i + 1, "the page has this function twice");
     }
     const std::string description = lineAt(i + 1).empty() ? lineAt(i + 2) : std::string();
