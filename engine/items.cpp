@@ -9,28 +9,37 @@
 
 namespace {
 
-// A row as its table owns it: the index entry ahead of the record, the parameters behind it.
+// A row as its table owns it: the index entry ahead of the record, the parameters behind it. What
+// the record says of its kind may come from outside; only `hasParameters` tells what is behind it.
 struct ItemRow {
   NameEntry entry;
+  bool hasParameters;
   ExprItem item;
 };
 
-ItemRow *RowOf(ExprItem *item) {
-  return reinterpret_cast<ItemRow *>(reinterpret_cast<char *>(item) - offsetof(ItemRow, item));
+ItemRow *RowOf(const ExprItem *item) {
+  const char *start = reinterpret_cast<const char *>(item) - offsetof(ItemRow, item);
+  return reinterpret_cast<ItemRow *>(const_cast<char *>(start));
 }
 
-uint32_t ItemSize(const ExprItem *item) {
-  size_t parameters = 0;
-  if (item->kind == ORL_FUNCTION) {
-    parameters = item->paramCount < 0 ? 1 : static_cast<size_t>(item->paramCount);
+size_t ParameterBytes(const ExprItem *item) {
+  const size_t records = item->paramCount < 0 ? 1 : static_cast<size_t>(item->paramCount);
+  return records * sizeof(ParamRecord);
+}
+
+// A row of its own with a copy of the record, without routine name, that no table knows yet; null
+// when there is no memory.
+ItemRow *NewRow(const ExprItem *record, bool hasParameters) {
+  const size_t size = sizeof(ExprItem) + (hasParameters ? ParameterBytes(record) : 0);
+  ItemRow *row =
+      static_cast<ItemRow *>(WRENMemAlloc(static_cast<uint32_t>(offsetof(ItemRow, item) + size)));
+  if (row != nullptr) {
+    row->hasParameters = hasParameters;
+    std::memcpy(static_cast<void *>(&row->item), record, size);
+    row->item.name[sizeof row->item.name - 1] = '\0';
+    row->item.routineName = nullptr;
   }
-  return static_cast<uint32_t>(sizeof(ExprItem) + parameters * sizeof(ParamRecord));
-}
-
-void CopyItem(ExprItem *target, const ExprItem *source) {
-  std::memcpy(static_cast<void *>(target), source, ItemSize(source));
-  target->name[sizeof target->name - 1] = '\0';
-  target->routineName = nullptr;
+  return row;
 }
 
 NameEntry *FirstEntry(const ItemTable *table, const char *name) {
@@ -99,7 +108,7 @@ void ItemTableFree(ItemTable *table) {
 
 int32_t ItemHasAggregateParam(const ItemTable *table, const char *name) {
   const ExprItem *item = ItemFind(table, name);
-  if (item == nullptr || item->kind != ORL_FUNCTION) {
+  if (item == nullptr || !RowOf(item)->hasParameters) {
     return 0;
   }
   const ParamRecord *parameters = ItemParameters(item);
@@ -135,32 +144,57 @@ int32_t KeywordResultType(EC ec, const char *name) {
   return entry == nullptr ? -1 : ItemOf(entry)->resultType;
 }
 
-int32_t ORLAddExpressionItem(EC ec, const ExprItem *row) {
-  ItemTable *table = ec == nullptr || row == nullptr ? nullptr : ItemTableOf(ec, row->kind);
-  if (table == nullptr) {
-    return 0;
-  }
-  const uint32_t size = ItemSize(row);
-  ItemRow *added =
-      static_cast<ItemRow *>(WRENMemAlloc(static_cast<uint32_t>(offsetof(ItemRow, item)) + size));
-  if (added == nullptr) {
-    return 0;
-  }
-  ExprItem *item = &added->item;
-  CopyItem(item, row);
-  if (!HandleArrayAppendPointer(&table->rows, item)) {
-    WRENMemFree(added);
-    return 0;
-  }
-  NameIndexAppend(table->index, added->entry, item->name, item);
+void ItemRename(EC ec, ItemTable *table, ExprItem *row, const char *name) {
+  char fresh[sizeof row->name] = {};
+  std::memcpy(fresh, name, std::strlen(name));
+  NameIndexRename(table->index, RowOf(row)->entry, fresh);
+  std::memcpy(row->name, fresh, sizeof fresh);
+  RowOf(row)->entry.name = row->name;
   ContextChanged(ec);
-  if (row->routineName != nullptr) {
-    item->routineName = CopyText(row->routineName);
-    if (ec->lookupProc != nullptr && row->routine == nullptr) {
-      item->routine = CallHost([=] { return ec->lookupProc(row->routineName); });
+}
+
+bool ItemAppendEmpty(ItemTable *table) {
+  return HandleArrayAppendPointer(&table->rows, nullptr);
+}
+
+ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record) {
+  ItemRow *row = NewRow(record, false);
+  if (row == nullptr) {
+    return nullptr;
+  }
+  row->item.routine = nullptr;
+  const int32_t last = static_cast<int32_t>(HandleArrayRows(table->rows)) - 1;
+  *static_cast<void **>(HandleArrayLock(table->rows, last)) = &row->item;
+  HandleArrayUnlock(table->rows);
+  NameIndexAppend(table->index, row->entry, row->item.name, &row->item);
+  ContextChanged(ec);
+  return &row->item;
+}
+
+int32_t ItemAdd(EC ec, ItemTable *table, const ExprItem *record) {
+  ItemRow *row = NewRow(record, table == &ec->functions);
+  if (row == nullptr) {
+    return 0;
+  }
+  ExprItem *item = &row->item;
+  if (!HandleArrayAppendPointer(&table->rows, item)) {
+    WRENMemFree(row);
+    return 0;
+  }
+  NameIndexAppend(table->index, row->entry, item->name, item);
+  ContextChanged(ec);
+  if (record->routineName != nullptr) {
+    item->routineName = CopyText(record->routineName);
+    if (ec->lookupProc != nullptr && record->routine == nullptr) {
+      item->routine = CallHost([=] { return ec->lookupProc(record->routineName); });
     }
   }
   return 1;
+}
+
+int32_t ORLAddExpressionItem(EC ec, const ExprItem *row) {
+  ItemTable *table = ec == nullptr || row == nullptr ? nullptr : ItemTableOf(ec, row->kind);
+  return table == nullptr ? 0 : ItemAdd(ec, table, row);
 }
 
 void ORLEnumExpItems(EC ec, int32_t kind, OrlEnumItemProc proc, void *user) {

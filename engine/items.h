@@ -26,6 +26,19 @@ ExprItem *ItemFind(const ItemTable *table, const char *name);
 // Removes the first row of that name with its routine name; 1 or 0.
 int32_t ItemRemove(EC ec, ItemTable *table, const char *name);
 
+// Adds a copy of a record to a table, as ORLAddExpressionItem does, whatever kind the record names;
+// only in the table of functions are there parameter records behind it. 1 or 0.
+int32_t ItemAdd(EC ec, ItemTable *table, const ExprItem *record);
+
+// Gives a row of the table another name, of at most 64 bytes; its place stays.
+void ItemRename(EC ec, ItemTable *table, ExprItem *row, const char *name);
+
+// For tables that are filled from a stored form: an empty element at the end of the table, and the
+// row that goes into it, with everything but its routine and routine name. Both are false or null
+// when there is no room or memory.
+bool ItemAppendEmpty(ItemTable *table);
+ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record);
+
 // Frees all rows of a table and the table.
 void ItemTableFree(ItemTable *table);
 

@@ -44,12 +44,12 @@ void CopyDateSettings(EC copy, EC ec) {
   }
 }
 
-void CopyItems(EC copy, const ItemTable &table) {
+void CopyItems(EC copy, ItemTable &target, const ItemTable &table) {
   const uint32_t count = HandleArrayRows(table.rows);
   for (uint32_t i = 0; i < count; i++) {
     const ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(table.rows, i));
     if (item != nullptr) {
-      ORLAddExpressionItem(copy, item);
+      ItemAdd(copy, &target, item);
     }
   }
 }
@@ -91,9 +91,9 @@ EC ORLCopyEC(EC ec) {
   copy->delPermissionProc = ec->delPermissionProc;
   copy->listValuesProc = ec->listValuesProc;
   CopyDateSettings(copy, ec);
-  CopyItems(copy, ec->functions);
-  CopyItems(copy, ec->inputs);
-  CopyItems(copy, ec->keywords);
+  CopyItems(copy, copy->functions, ec->functions);
+  CopyItems(copy, copy->inputs, ec->inputs);
+  CopyItems(copy, copy->keywords, ec->keywords);
   CopyExpressions(copy, ec);
   return copy;
 }
