@@ -8,6 +8,7 @@
 #include "engine/module.h"
 #include "language/parse_state.h"
 #include "language/parser.h"
+#include "language/reparse.h"
 #include "language/scanner.h"
 
 namespace {
@@ -126,6 +127,14 @@ HEXP RefuseRecord(Expression *expression, int32_t id, int32_t length, FormulaErr
   return nullptr;
 }
 
+// Gives a stored expression another tree, whose references are counted.
+void ReplaceTree(EC ec, Expression *expression, ExprNode *tree) {
+  MentionsRemove(ec, expression->tree);
+  ExprNodeFree(expression->tree);
+  expression->tree = tree;
+  expression->dataType = StoredType(tree);
+}
+
 // Moves the content of the new record, which is freed, into a stored one. False when there is no
 // memory to count the references; then nothing has changed.
 bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
@@ -136,15 +145,12 @@ bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
   if (renamed && ec->renameProc != nullptr) {
     CallHost([=] { return ec->renameProc(ec, exp->name, fresh->name); });
   }
-  MentionsRemove(ec, exp->tree);
+  ReplaceTree(ec, exp, fresh->tree);
   NameIndexRename(ec->expressionNames, exp->entry, fresh->name);
-  ExprNodeFree(exp->tree);
   WRENMemFree(exp->text);
   WRENMemFree(exp->name);
-  exp->tree = fresh->tree;
   exp->text = fresh->text;
   exp->name = fresh->name;
-  exp->dataType = fresh->dataType;
   WRENMemFree(fresh);
   if (renamed) {
     ContextChanged(ec);
@@ -155,6 +161,25 @@ bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
 }
 
 }  // namespace
+
+bool ReparseExpression(EC ec, Expression *expression, const char *text) {
+  ParseState &state = CurrentParseState();
+  const FormulaError before = state.error;
+  ExprNode *tree = ParseText(state, ec, text);
+  state.error = before;
+  if (tree == nullptr) {
+    return false;
+  }
+  const bool fits =
+      StoredType(tree) == expression->dataType || ORLIsNamedFormulaUsed(ec, expression->name) == 0;
+  if (!fits || FormulaRefersTo(ec, expression->name, tree) != nullptr || !MentionsAdd(ec, tree)) {
+    ExprNodeFree(tree);
+    return false;
+  }
+  ReplaceTree(ec, expression, tree);
+  ContextChanged(ec);
+  return true;
+}
 
 int32_t ORLValidName(EC ec, const char *name, FormulaError *error) {
   if (name == nullptr) {

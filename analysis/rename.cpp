@@ -1,0 +1,130 @@
+// Rename: an input item or a function gets another name, and every formula follows.
+//
+// The text of a formula follows word by word, whatever the words mean in it. Its tree is made anew
+// from the new text where that parses; elsewhere only the names of items are replaced in it.
+#include <cstring>
+
+#include "analysis/token_walk.h"
+#include "engine/context.h"
+#include "engine/expressions.h"
+#include "engine/items.h"
+#include "language/reparse.h"
+#include "language/tree.h"
+#include "platform/text.h"
+
+namespace {
+
+struct Names {
+  const char *before;
+  const char *after;
+};
+
+// How often the old name stands in the text as a token, in any case of its letters.
+int64_t CountTokens(const char *text, char *token, const Names &names) {
+  int64_t count = 0;
+  for (TokenStretch stretch; NextStretch(&text, token, &stretch);) {
+    count += WRENStrEqualNoCase(token, names.before) != 0 ? 1 : 0;
+  }
+  return count;
+}
+
+// Copies the text with every such token replaced; all between them stays.
+void ReplaceTokens(const char *source, char *target, const Names &names, char *token) {
+  for (TokenStretch stretch; NextStretch(&source, token, &stretch);) {
+    const bool found = WRENStrEqualNoCase(token, names.before) != 0;
+    const size_t kept = static_cast<size_t>(found ? stretch.lead : stretch.length);
+    std::memcpy(target, stretch.text, kept);
+    target += kept;
+    if (found) {
+      lstrcpyA(target, names.after);
+      target += std::strlen(names.after);
+    }
+  }
+}
+
+// Gives the items of that name in a tree the new one; without memory an item keeps the old one.
+void RenameInTree(ExprNode *tree, const Names &names) {
+  for (ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
+    if (node->kind != NODE_ITEM || !SameText(NodeText(node), names.before)) {
+      continue;
+    }
+    char *text = CopyText(names.after);
+    if (text != nullptr) {
+      WRENMemFree(node->left);
+      node->left = text;
+    }
+  }
+}
+
+bool TreeHasItem(const ExprNode *tree, const char *name) {
+  for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
+    if (node->kind == NODE_ITEM && SameText(NodeText(node), name)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// A copy of the text with `count` tokens replaced, or null when there is no memory. A longer name
+// makes the block larger by what it needs, a shorter one leaves the size as it was.
+char *RenamedText(char *text, int64_t count, char *token, const Names &names) {
+  const int64_t growth = int64_t{WRENStrLen(names.after)} - WRENStrLen(names.before);
+  const int64_t size = int64_t{WRENMemSize(text)} + (growth > 0 ? growth * count : 0);
+  char *renamed =
+      size <= INT32_MAX ? static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size))) : nullptr;
+  if (renamed != nullptr) {
+    ReplaceTokens(text, renamed, names, token);
+  }
+  return renamed;
+}
+
+// 1, or 0 without memory, with the expression as it was.
+int32_t RenameInExpression(EC ec, HEXP exp, const Names &names) {
+  if (exp == nullptr) {
+    return 1;
+  }
+  char *token = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(WRENStrLen(exp->text)) + 1));
+  if (token == nullptr) {
+    return 0;
+  }
+  const int64_t count = CountTokens(exp->text, token, names);
+  if (count == 0 && !TreeHasItem(exp->tree, names.before)) {
+    WRENMemFree(token);
+    return 1;
+  }
+  char *text = RenamedText(exp->text, count, token, names);
+  WRENMemFree(token);
+  if (text == nullptr) {
+    return 0;
+  }
+  if (!ReparseExpression(ec, exp, text)) {
+    RenameInTree(exp->tree, names);
+    ContextChanged(ec);
+  }
+  WRENMemFree(exp->text);
+  exp->text = text;
+  return 1;
+}
+
+}  // namespace
+
+int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName, const char *newName) {
+  if (ec == nullptr || oldName == nullptr || newName == nullptr) {
+    return 0;
+  }
+  ItemTable *table = ItemTableOf(ec, kind == ORL_FUNCTION ? ORL_FUNCTION : ORL_INPUT);
+  ExprItem *row = ItemFind(table, oldName);
+  if (row == nullptr || std::strlen(newName) >= sizeof row->name) {
+    return 0;
+  }
+  char before[sizeof row->name];
+  char after[sizeof row->name];
+  std::memcpy(before, row->name, sizeof before);
+  lstrcpyA(after, newName);  // which may be a text that goes, as that of the row itself
+  ItemRename(ec, table, row, after);
+  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
+    RenameInExpression(ec, static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i)),
+                       {before, after});
+  }
+  return 0;
+}

@@ -1,0 +1,25 @@
+// The walk through a formula's text word by word, as rename and the editor take it. It is coarser
+// than the scanner: it knows double quotes and separators and nothing else.
+#ifndef ORLI11_ANALYSIS_TOKEN_WALK_H
+#define ORLI11_ANALYSIS_TOKEN_WALK_H
+
+#include <cstdint>
+
+// What stands between tokens. A line feed and the single quote are not among it.
+inline constexpr char kTokenDelimiters[] = " \t\r()*+-/|%,";
+inline constexpr int32_t kTokenQuote = 34;
+
+// One step: `text` to `text + length` is used up, its first `lead` bytes are delimiters, the rest
+// is the token. Put together the stretches are the whole text; a tail of delimiters has an empty
+// token.
+struct TokenStretch {
+  const char *text;
+  int32_t length;
+  int32_t lead;
+};
+
+// Takes the next stretch from `*text` and moves on; false at the end. `token` receives the token
+// with a terminator and must have room for the whole text.
+bool NextStretch(const char **text, char *token, TokenStretch *stretch);
+
+#endif
