@@ -332,6 +332,44 @@ ORL_API int32_t ORLIsItemAggregate(EC ec, int32_t kind, const char *name);
 /* 1 when the expression calls a function that has such a parameter. */
 ORL_API int32_t ORLIsAggregateUsed(EC ec, HEXP exp);
 
+/* Gives an input item (a kind other than 0) or a function (0) another name, of at most 64 bytes.
+ * The formulas follow: in their texts each word that is the old name in any case, outside double
+ * quotes, and their trees with it. Always 0: nothing is told of success, an unknown name or a lack
+ * of memory, which leaves the formula that it struck as it was. */
+ORL_API int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName,
+                                        const char *newName);
+
+/* ---- Stored form ----------------------------------------------------------------------------- */
+
+/* A context can be laid down in a flat block, which docs/block-format.md describes, and read back
+ * into a new one: operator names, input items, and with them the formulas, ranges and sets. The
+ * host keeps the bytes. Functions, keywords and settings are not stored. */
+
+/* The bytes that ORLGetECBlock needs, with the formulas or without; 1 for a null context. */
+ORL_API int32_t ORLGetECBlockSize(EC ec, int32_t includeFormulas);
+/* Lays the block down in the host's `buffer` of `capacity` bytes, at least 1, and returns the bytes
+ * that were laid down. What does not fit is left out, and the block is then of no use, unless
+ * `capacity` is the size without formulas. */
+ORL_API int32_t ORLGetECBlock(EC ec, int32_t capacity, void *buffer);
+/* Reads a block of `size` bytes into a context that has its functions and keywords and nothing
+ * else. Routines are looked up again by their names, formulas parsed again; `loadFormulas` 0 leaves
+ * the formulas out. A formula that no longer parses opens the formula editor, in blocks of the
+ * versions 0 and 1 it ends the load. `errorProc`, which may be null, hears of the formula that
+ * ended the load. The block is not kept. 1 when everything was read, else 0; then the context holds
+ * what was read before, and should be destroyed. */
+ORL_API int32_t ORLSetECContents(EC ec, int32_t size, const void *block, int32_t loadFormulas,
+                                 OrlErrorProc errorProc);
+
+/* ---- Formula editor -------------------------------------------------------------------------- */
+
+/* Lets the user write a formula, range or set over `parentWindow`, or change `exp`, of at most
+ * `textLimit` bytes (0: no limit of its own). The stored expression, or null when the user
+ * cancelled. As long as no window system is attached the result is null at once. */
+ORL_API HEXP ORLBuildExpression(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit);
+/* Shows a text with its faulty place and the message. 1 when the user has closed it, -1 when there
+ * is no window system to show it. */
+ORL_API int32_t ORLErrorDisplay(void *parentWindow, const char *text, const FormulaError *error);
+
 /* ---- Function library ------------------------------------------------------------------------ */
 
 /* Adds the 46 built-in functions to a context; 1, or 0 on failure, where rows already added

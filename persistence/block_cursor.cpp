@@ -1,0 +1,46 @@
+#include "persistence/block_cursor.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "persistence/block_format.h"
+
+const char *TakeBytes(BlockCursor &cursor, int64_t count, Behind behind) {
+  const int64_t end = cursor.position + count;
+  if (!cursor.ok || end > cursor.size || (end == cursor.size && behind == Behind::More)) {
+    cursor.ok = false;
+    return nullptr;
+  }
+  const char *taken = cursor.bytes + cursor.position;
+  cursor.position = end;
+  return taken;
+}
+
+const char *TakeText(BlockCursor &cursor, Behind behind) {
+  const char *text = cursor.bytes + cursor.position;
+  const int64_t left = cursor.size - cursor.position;
+  const void *end = left > 0 ? std::memchr(text, 0, static_cast<size_t>(left)) : nullptr;
+  if (end == nullptr) {
+    cursor.ok = false;
+    return nullptr;
+  }
+  return TakeBytes(cursor, static_cast<const char *>(end) - text + 1, behind);
+}
+
+int32_t PeekTag(const BlockCursor &cursor) {
+  uint16_t tag = 0;
+  if (cursor.size - cursor.position < static_cast<int64_t>(sizeof tag)) {
+    return -1;
+  }
+  std::memcpy(&tag, cursor.bytes + cursor.position, sizeof tag);
+  return tag;
+}
+
+int32_t TakeSectionHeader(BlockCursor &cursor) {
+  const char *header = TakeBytes(cursor, kSectionHeaderSize, Behind::More);
+  int16_t count = 0;
+  if (header != nullptr) {
+    std::memcpy(&count, header + sizeof(uint16_t), sizeof count);
+  }
+  return std::max<int32_t>(count, 0);
+}

@@ -1,0 +1,30 @@
+// Reading a block from its start on. Nothing behind its last byte is ever looked at.
+#ifndef ORLI11_PERSISTENCE_BLOCK_CURSOR_H
+#define ORLI11_PERSISTENCE_BLOCK_CURSOR_H
+
+#include <cstdint>
+
+struct BlockCursor {
+  const char *bytes;
+  int64_t size;
+  int64_t position;  // bytes used so far
+  bool ok;           // cleared for good when the block is too short
+};
+
+// Whether more must follow behind what is taken, or the block may end there.
+enum class Behind : uint8_t { More, MayEnd };
+
+// Takes that many bytes; null, with ok cleared, when the block is too short.
+const char *TakeBytes(BlockCursor &cursor, int64_t count, Behind behind);
+
+// Takes a text with its zero byte; the text stays in the block. Null, with ok cleared, when it does
+// not end in the block.
+const char *TakeText(BlockCursor &cursor, Behind behind);
+
+// The 16 bits at the cursor, which stays; -1 when fewer are left.
+int32_t PeekTag(const BlockCursor &cursor);
+
+// Takes tag and count of a section. A count below 1 means no rows.
+int32_t TakeSectionHeader(BlockCursor &cursor);
+
+#endif

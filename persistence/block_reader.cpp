@@ -1,0 +1,223 @@
+// The reader of EC blocks, all versions.
+#include <cstddef>
+#include <cstring>
+
+#include "engine/context.h"
+#include "engine/host_call.h"
+#include "engine/items.h"
+#include "persistence/block_cursor.h"
+#include "persistence/block_format.h"
+#include "persistence/formula_loader.h"
+
+namespace {
+
+struct VersionRules {
+  int32_t start;       // offset of the operator area
+  int32_t inputSize;   // fixed bytes of an input row
+  bool functions;      // has a section of functions, which is stepped over
+  bool reportAverage;  // the inputs take the subclass that ReportAverage asks for
+  bool loadsInOrder;   // no reference to a later formula, no repair
+};
+
+constexpr VersionRules kVersions[] = {
+    {0, kOldestInputSize, true, true, true},
+    {1, sizeof(StoredOldInput), false, true, true},
+    {1, sizeof(StoredInput), false, true, false},
+    {1, sizeof(StoredInput), false, false, false},
+};
+
+struct BlockLoad {
+  EC ec;
+  int32_t version;
+  const VersionRules *rules;
+  BlockCursor cursor;
+  bool renaming;  // version 0: a name was a date unit, and the formulas have to follow
+};
+
+void *LookUp(EC ec, const char *routineName) {
+  return CallHost([=] { return ec->lookupProc(routineName); });
+}
+
+// Takes over an operator name; false when there is no memory or the host does not know it.
+bool SetOperator(EC ec, OperatorSlots &slots, int32_t type, const char *name) {
+  char *copy = CopyText(name);
+  if (copy == nullptr) {
+    return false;
+  }
+  OrlOperatorProc proc = nullptr;
+  if (ec->lookupProc != nullptr) {
+    proc = reinterpret_cast<OrlOperatorProc>(LookUp(ec, copy));
+    if (proc == nullptr) {
+      WRENMemFree(copy);
+      copy = nullptr;
+    }
+  }
+  WRENMemFree(slots.names[type]);
+  slots.names[type] = copy;
+  slots.procs[type] = proc;
+  return copy != nullptr;
+}
+
+// Reads the operator names; false at the first that fails.
+bool ReadOperators(BlockLoad &load) {
+  constexpr int32_t kLastName = kGroupCount * kOperatorTypes - 1;
+  for (int32_t i = 0; i <= kLastName; i++) {
+    const char *name = TakeText(load.cursor, Behind::MayEnd);
+    if (name == nullptr) {
+      return false;
+    }
+    OperatorSlots &slots = load.ec->operators[i / kOperatorTypes];
+    if (name[0] != '\0' && !SetOperator(load.ec, slots, i % kOperatorTypes, name)) {
+      return false;
+    }
+    if (i < kLastName && load.cursor.position == load.cursor.size) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The record that an input row's fixed bytes stand for.
+ExprItem RecordOf(BlockLoad &load, const char *bytes) {
+  ExprItem record = {};
+  if (load.rules->inputSize == sizeof(StoredInput)) {
+    StoredInput stored;
+    std::memcpy(&stored, bytes, sizeof stored);
+    record.kind = stored.kind;
+    record.dataType = stored.dataType;
+    std::memcpy(record.name, stored.name, sizeof record.name);
+    record.paramCount = stored.paramCount;
+    record.subClass = stored.subClass;
+    record.optionalCount = stored.optionalCount;
+    record.itemFlags = stored.itemFlags;
+    return record;
+  }
+  StoredOldInput stored = {};
+  std::memcpy(&stored, bytes, static_cast<size_t>(load.rules->inputSize));
+  char name[sizeof stored.name + 1] = {};
+  std::memcpy(name, stored.name, sizeof stored.name);
+  record.kind = stored.kind;
+  record.dataType = stored.dataType;
+  record.paramCount = stored.paramCount;
+  record.subClass = stored.subClass;
+  record.optionalCount = stored.optionalCount;
+  record.itemFlags = stored.itemFlags;
+  if (load.version == kVersion0) {
+    load.renaming = ORLInputNameIsKeyword(record.name, name) != 0 || load.renaming;
+  } else {
+    std::memcpy(record.name, name, std::strlen(name));
+  }
+  return record;
+}
+
+// Reads one input row; false when it failed. An element without a row may then stay behind.
+bool ReadInput(BlockLoad &load) {
+  EC ec = load.ec;
+  const bool appended = ItemAppendEmpty(&ec->inputs);
+  const char *bytes = TakeBytes(load.cursor, load.rules->inputSize, Behind::More);
+  if (!appended || bytes == nullptr) {
+    return false;
+  }
+  const ExprItem record = RecordOf(load, bytes);
+  ExprItem *row = ItemFillLast(ec, &ec->inputs, &record);
+  const char *routineName = row != nullptr ? TakeText(load.cursor, Behind::MayEnd) : nullptr;
+  if (routineName == nullptr) {
+    return false;
+  }
+  row->routineName = CopyText(routineName);
+  if (row->routineName == nullptr) {
+    return false;
+  }
+  if (ec->lookupProc == nullptr) {
+    return true;
+  }
+  row->routine = LookUp(ec, row->routineName);
+  return row->routine != nullptr;
+}
+
+// In blocks of before ReportAverage knew its items' subclass, all items have that one.
+void TakeReportAverageClass(EC ec) {
+  const ExprItem *function = ItemFind(&ec->functions, "ReportAverage");
+  if (function == nullptr || function->paramCount < 1) {
+    return;
+  }
+  const uint16_t subClass = ItemParameters(function)[0].subClass;
+  for (uint32_t i = 0; i < HandleArrayRows(ec->inputs.rows); i++) {
+    ExprItem *row = static_cast<ExprItem *>(HandleArrayPointerAt(ec->inputs.rows, i));
+    if (row != nullptr) {
+      row->subClass = subClass;
+    }
+  }
+  ContextChanged(ec);
+}
+
+bool ReadInputs(BlockLoad &load) {
+  const int32_t count = TakeSectionHeader(load.cursor);
+  for (int32_t i = 0; i < count; i++) {
+    if (!ReadInput(load)) {
+      return false;
+    }
+  }
+  if (load.cursor.ok && load.rules->reportAverage) {
+    TakeReportAverageClass(load.ec);
+  }
+  return load.cursor.ok;
+}
+
+bool StepOverFunctions(BlockLoad &load) {
+  const int32_t count = TakeSectionHeader(load.cursor);
+  for (int32_t i = 0; i < count; i++) {
+    const char *row = TakeBytes(load.cursor, kOldestInputSize, Behind::MayEnd);
+    if (row == nullptr) {
+      return false;
+    }
+    int16_t parameters = 0;
+    std::memcpy(&parameters, row + offsetof(StoredOldInput, paramCount), sizeof parameters);
+    const int32_t bytes = parameters > 0 ? parameters * kStoredParameterSize : 0;
+    if (TakeBytes(load.cursor, bytes, Behind::MayEnd) == nullptr ||
+        TakeText(load.cursor, Behind::MayEnd) == nullptr) {
+      return false;
+    }
+  }
+  return load.cursor.ok;
+}
+
+bool ReadFormulas(BlockLoad &load, OrlErrorProc errorProc) {
+  const int32_t count = TakeSectionHeader(load.cursor);
+  if (!load.cursor.ok) {
+    return false;
+  }
+  return load.rules->loadsInOrder
+             ? LoadOldFormulas(load.ec, load.cursor, count, load.version == kVersion0,
+                               load.renaming, errorProc)
+             : LoadFormulas(load.ec, load.cursor, count, errorProc);
+}
+
+// The sections behind the operator area, where there are any. What stands behind the last known one
+// is not looked at.
+bool ReadSections(BlockLoad &load, bool loadFormulas, OrlErrorProc errorProc) {
+  if (PeekTag(load.cursor) == kTagInputs && !ReadInputs(load)) {
+    return false;
+  }
+  if (load.rules->functions && PeekTag(load.cursor) == kTagFunctions && !StepOverFunctions(load)) {
+    return false;
+  }
+  return PeekTag(load.cursor) != kTagFormulas || !loadFormulas || ReadFormulas(load, errorProc);
+}
+
+}  // namespace
+
+int32_t ORLSetECContents(EC ec, int32_t size, const void *block, int32_t loadFormulas,
+                         OrlErrorProc errorProc) {
+  const char *bytes = static_cast<const char *>(block);
+  if (ec == nullptr || bytes == nullptr || size < 1) {
+    return 0;
+  }
+  const auto version = static_cast<uint8_t>(bytes[0]);
+  if (version > kVersion3) {
+    return 0;
+  }
+  const VersionRules &rules = kVersions[version];
+  BlockLoad load = {ec, version, &rules, {bytes, size, rules.start, true}, false};
+  return ReadOperators(load) && ReadSections(load, loadFormulas != 0, errorProc) ? 1 : 0;
+}

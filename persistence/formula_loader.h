@@ -1,0 +1,17 @@
+// The formulas of a block, parsed again from their texts.
+#ifndef ORLI11_PERSISTENCE_FORMULA_LOADER_H
+#define ORLI11_PERSISTENCE_FORMULA_LOADER_H
+
+#include "orli11.h"
+#include "persistence/block_cursor.h"
+
+// Read `count` rows of versions 2 and 3: a formula may refer to one stored behind it, and one that
+// does not parse opens the editor. False when the load has failed.
+bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc);
+
+// Read `count` rows of versions 0 and 1, in order. In version 0 names that are date units, and with
+// `renaming` the words of all texts, get a "_" in front.
+bool LoadOldFormulas(EC ec, BlockCursor &cursor, int32_t count, bool version0, bool renaming,
+                     OrlErrorProc errorProc);
+
+#endif

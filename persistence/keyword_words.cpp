@@ -1,0 +1,47 @@
+#include "persistence/keyword_words.h"
+
+#include <cstring>
+
+#include "analysis/token_walk.h"
+#include "engine/orli11.h"
+#include "wreni11.h"
+
+namespace {
+
+// Longer tokens are no unit words.
+constexpr int32_t kLongestWord = 15;
+
+// A changed word has three letters at least and a delimiter ahead of it, or begins the text.
+uint32_t RoomForRenamed(size_t length) {
+  return static_cast<uint32_t>(length + length / 3 + 2);
+}
+
+}  // namespace
+
+char *RenameKeywordWords(const char *text) {
+  const size_t length = std::strlen(text);
+  if (length > INT32_MAX / 2) {
+    return nullptr;
+  }
+  char *renamed = static_cast<char *>(WRENMemAlloc(RoomForRenamed(length)));
+  char *token = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(length + 1)));
+  if (renamed == nullptr || token == nullptr) {
+    WRENMemFree(renamed);
+    WRENMemFree(token);
+    return nullptr;
+  }
+  char *target = renamed;
+  for (TokenStretch stretch; NextStretch(&text, token, &stretch);) {
+    char word[kLongestWord + 2];
+    const bool changes =
+        stretch.length - stretch.lead <= kLongestWord && ORLInputNameIsKeyword(word, token) != 0;
+    std::memcpy(target, stretch.text, static_cast<size_t>(stretch.length));
+    if (changes) {
+      std::strcpy(target + stretch.lead, word);
+    }
+    target += stretch.length + (changes ? 1 : 0);
+  }
+  *target = '\0';
+  WRENMemFree(token);
+  return renamed;
+}

@@ -1,0 +1,65 @@
+// The formulas of versions 0 and 1: one after the other, and the first that fails ends the load.
+#include <cstring>
+
+#include "engine/host_call.h"
+#include "persistence/formula_loader.h"
+#include "persistence/keyword_words.h"
+#include "wreni11.h"
+
+namespace {
+
+// What a row is parsed as: the stored texts, or changed copies that are to be freed.
+struct OldFormula {
+  const char *text;
+  const char *name;
+  char *ownText;
+  char *ownName;
+};
+
+// Changes name and text of version 0 where they need it; false without memory.
+bool ChangeWords(OldFormula &formula, bool &renaming) {
+  formula.ownName =
+      static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(std::strlen(formula.name) + 2)));
+  if (formula.ownName == nullptr) {
+    return false;
+  }
+  renaming = ORLInputNameIsKeyword(formula.ownName, formula.name) != 0 || renaming;
+  if (!renaming) {
+    return true;
+  }
+  formula.ownText = RenameKeywordWords(formula.text);
+  formula.text = formula.ownText;
+  formula.name = formula.ownName;
+  return formula.text != nullptr;
+}
+
+bool ParseOld(EC ec, const OldFormula &formula, const char *storedText, OrlErrorProc errorProc) {
+  FormulaError error = {};
+  uint16_t dataType = 0;
+  if (ORLParseString(ec, formula.text, formula.name, &error, &dataType) != nullptr) {
+    return true;
+  }
+  if (errorProc != nullptr) {
+    CallHost([&] { errorProc(ec, storedText, &error); });
+  }
+  return false;
+}
+
+}  // namespace
+
+bool LoadOldFormulas(EC ec, BlockCursor &cursor, int32_t count, bool version0, bool renaming,
+                     OrlErrorProc errorProc) {
+  bool ok = true;
+  for (int32_t i = 0; i < count && ok; i++) {
+    const char *text = TakeText(cursor, Behind::MayEnd);
+    const char *name = text != nullptr ? TakeText(cursor, Behind::MayEnd) : nullptr;
+    if (name == nullptr) {
+      return false;
+    }
+    OldFormula formula = {text, name, nullptr, nullptr};
+    ok = (!version0 || ChangeWords(formula, renaming)) && ParseOld(ec, formula, text, errorProc);
+    WRENMemFree(formula.ownText);
+    WRENMemFree(formula.ownName);
+  }
+  return ok;
+}

@@ -1,0 +1,36 @@
+#include "persistence/recovery.h"
+
+#include <cstring>
+
+#include "engine/context.h"
+#include "wreni11.h"
+
+RecoveryState &CurrentRecovery() {
+  static thread_local RecoveryState state;
+  return state;
+}
+
+PendingRow *AwaitedRow(const RecoveryState &recovery, const char *text, const FormulaError &error) {
+  char word[256];
+  const int64_t length = error.length;
+  if (recovery.pending == nullptr || error.offset < 0 || length < 1 ||
+      length > static_cast<int64_t>(sizeof word) || error.offset + length > WRENStrLen(text)) {
+    return nullptr;
+  }
+  std::memcpy(word, text + error.offset, static_cast<size_t>(length));
+  word[length - 1] = '\0';  // over the parenthesis
+  WRENStrRTrim(word, word);
+  return PendingRowOf(*recovery.pending, word);
+}
+
+HEXP RepairFormula(EC ec, const char *text, const FormulaError &error) {
+  RecoveryState &recovery = CurrentRecovery();
+  recovery.active = true;
+  recovery.deferred = nullptr;
+  recovery.text = text;
+  recovery.name = text + std::strlen(text) + 1;
+  recovery.error = error;
+  HEXP repaired = ORLBuildExpression(ec->owner, ec, nullptr, 0);
+  recovery.active = false;
+  return repaired;
+}
