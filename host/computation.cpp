@@ -91,7 +91,7 @@ int ComputeRows(Computation &computation, const RowConsumer &consumer) {
   }
   RowReader reader{&computation, &consumer};
   const bool good = CsvRead(computation.session.csv, ComputeRow, &reader, error);
-  consumer.end();
+  consumer.end(good);
   /* The rows before the summary that tells about them, also when both go to one place. */
   static_cast<void>(std::fflush(stdout));
   ProgressEnd(computation.progress);

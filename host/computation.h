@@ -31,7 +31,7 @@ struct Computation {
 struct RowConsumer {
   std::function<bool(std::string &error)> begin; /* the formulas are defined, no row is read */
   std::function<bool()> row;                     /* the results of a row are there */
-  std::function<void()> end;                     /* all rows were read, or a failure ends them */
+  std::function<void(bool good)> end;            /* no more rows; not good after a failure */
 };
 
 /* Takes one more formula, NAME=TEXT. False with a message. */

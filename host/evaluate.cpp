@@ -46,6 +46,6 @@ int RunEval(const EvalOptions &options) {
     WriteRow(computation, cells, output);
     return std::ferror(stdout) == 0;
   };
-  consumer.end = [&output] { OutputEnd(output); };
+  consumer.end = [&output](bool /*good*/) { OutputEnd(output); };
   return ComputationRun(computation, options.data, consumer);
 }

@@ -262,6 +262,11 @@ int RunReport(const ReportOptions &options) {
     AddRow(report);
     return true;
   };
-  consumer.end = [&] { WriteGroups(report, output); };
+  consumer.end = [&](bool good) {
+    /* Figures of some of the rows would look like those of all. */
+    if (good) {
+      WriteGroups(report, output);
+    }
+  };
   return ComputationRun(report.computation, options.data, consumer);
 }
