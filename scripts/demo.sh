@@ -34,11 +34,11 @@ run() {
   echo
 }
 
-# Shows the last rows of a longer output.
-run_tail() {
-  echo "$(command_of "$@") | tail -n 3"
-  { "$program" "$@" | tail -n 3; } 2>&1
-  echo
+# A line of the shell, shown as it stands.
+run_line() {
+  orli() { "$program" "$@"; }
+  printf '$ %s\n' "$1"
+  eval "$1" 2>&1
 }
 
 run items data/weather.csv
@@ -50,11 +50,26 @@ run eval data/weather.csv --limit 5 \
   --formula "next_report=date + 7 DAYS" \
   --formula "quarter=DateQuarter(date)" \
   --formula "label=weather || ' in ' || DateToStrPicture(date, 'MMMM yyyy')"
-run_tail eval data/weather.csv \
-  --formula "reported=date" \
-  --formula "until_new_year=DateConstruct(DateYear(date) + 1, 1, 1, 0, 0, 0) - date" \
-  --formula "wind_kmh=wind * 18 / 5" \
-  --formula "month_end=DateMonthEnd(date)"
 run check data/weather.csv "temp_max - temp_min"
 run check data/weather.csv "date + 7 DAYS AND date + 8 DAYS"
 run check data/weather.csv "DateYear(date) * 12 + DateMonth(weather)"
+run_line "$(cat <<'END'
+orli report data/weather.csv --format csv \
+    --by nr='DateMonth(date)' \
+    --sum rain='precipitation / 4' \
+    --mean dry='NumberIFF(precipitation, 0, 1, 0)' \
+    --mean mean='(temp_max + temp_min) / 2' \
+    --least low=temp_min --greatest high=temp_max \
+    --greatest frost="DateIFF(temp_min, date, StrToDate(''), StrToDate(''))" |
+  orli eval - \
+    --formula '"month"'="DateToStrPicture(DateConstruct(2012, nr, 1, 0, 0, 0), 'MMMM')" \
+    --formula '"rain, mm"'='NumberRound(rain, 0)' \
+    --formula '" "'="StrRepeat('=', rain / 10)" \
+    --formula '"dry days"'="StrRight(StrSpaces(8) || NumberToStrPicture(dry, '0%'), 8)" \
+    --formula '"mean"'="StrRight(StrSpaces(4) || NumberToStrPicture(mean, '0.0'), 4)" \
+    --formula '"from, to"'="NumberToStr(low, 0) || ' to ' || NumberToStr(high, 0)" \
+    --formula '"last frost"'="StrRight(' ' || DateToStrPicture(frost, 'd MMM yyyy'), 11)" \
+    --formula feels="StrProper(StrCase(mean / 6, 'cold,cool,mild,warm')) || ' and ' ||
+                     StrIFF(dry - 0.5, 'wet', 'even', 'dry')"
+END
+)"

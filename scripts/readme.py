@@ -9,7 +9,7 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 shown = subprocess.check_output([ROOT / "scripts/demo.sh", pathlib.Path(sys.argv[1]).resolve()], text=True)
 page = ROOT / "README.md"
-text, count = re.subn(r"(## What the demo prints\n\n).*?(?=\nThe last one)",
+text, count = re.subn(r"(## What the demo prints\n\n).*?(?=\nThe last check)",
                       lambda match: match[1] + "```console\n" + shown.strip() + "\n```\n",
                       page.read_text(), count=1, flags=re.DOTALL)
 assert count == 1, "README.md has no place for the demo"
