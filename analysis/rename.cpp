@@ -78,8 +78,20 @@ char *RenamedText(char *text, int64_t count, char *token, const Names &names) {
   return renamed;
 }
 
+// True while the host renames from a routine that an evaluation has called: values of that
+// evaluation may stand in any tree, so no tree may go.
+bool IsBeingEvaluated(EC ec) {
+  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
+    HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i));
+    if (exp != nullptr && exp->evaluation != nullptr) {
+      return true;
+    }
+  }
+  return false;
+}
+
 // 1, or 0 without memory, with the expression as it was.
-int32_t RenameInExpression(EC ec, HEXP exp, const Names &names) {
+int32_t RenameInExpression(EC ec, HEXP exp, const Names &names, bool mayReparse) {
   if (exp == nullptr) {
     return 1;
   }
@@ -97,7 +109,7 @@ int32_t RenameInExpression(EC ec, HEXP exp, const Names &names) {
   if (text == nullptr) {
     return 0;
   }
-  if (!ReparseExpression(ec, exp, text)) {
+  if (!mayReparse || !ReparseExpression(ec, exp, text)) {
     RenameInTree(exp->tree, names);
     ContextChanged(ec);
   }
@@ -122,9 +134,10 @@ int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName, const 
   std::memcpy(before, row->name, sizeof before);
   lstrcpyA(after, newName);  // which may be a text that goes, as that of the row itself
   ItemRename(ec, table, row, after);
+  const bool mayReparse = !IsBeingEvaluated(ec);
   for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
     RenameInExpression(ec, static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i)),
-                       {before, after});
+                       {before, after}, mayReparse);
   }
   return 0;
 }
