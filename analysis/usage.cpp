@@ -1,16 +1,10 @@
 #include "analysis/usage.h"
 
+#include "analysis/formula_walk.h"
 #include "engine/items.h"
 #include "platform/text.h"
 
 namespace {
-
-void Enter(const UsageWalk &walk, Expression *expression, Expression *caller, ExprNode *from) {
-  expression->walkNumber = walk.number;
-  expression->walkState = WalkState::Open;
-  expression->walkCaller = caller;
-  expression->walkReturn = from;
-}
 
 // A match inside an expression is a match of all that led there.
 bool AnswerYes(Expression *expression) {
@@ -29,7 +23,7 @@ bool Walk(UsageWalk &walk, ExprNode *root, Expression *self, Match match) {
   ExprNode *tree = root;
   ExprNode *node = root;
   if (self != nullptr) {
-    Enter(walk, self, nullptr, nullptr);
+    EnterExpression(walk.number, self, nullptr, nullptr);
   }
   for (;;) {
     while (node != nullptr) {
@@ -41,7 +35,7 @@ bool Walk(UsageWalk &walk, ExprNode *root, Expression *self, Match match) {
       }
       Expression *target = node->kind == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
       if (target != nullptr && target->walkNumber != walk.number) {
-        Enter(walk, target, current, node);
+        EnterExpression(walk.number, target, current, node);
         current = target;
         node = tree = target->tree;
         continue;
@@ -84,7 +78,7 @@ void MarkHarmless(const UsageWalk &walk, Expression *stored) {
   for (ExprNode *node = stored->tree; node != nullptr; node = ExprNodeNext(stored->tree, node)) {
     Expression *target = node->kind == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
     if (target != nullptr) {
-      Enter(walk, target, nullptr, nullptr);
+      EnterExpression(walk.number, target, nullptr, nullptr);
       target->walkState = WalkState::No;
     }
   }

@@ -27,6 +27,8 @@ struct Expression {
   Expression *walkCaller;
   ExprNode *walkReturn;
   WalkState walkState;
+  int64_t walkPlace;   // how far the walk is in the text, or what it has summed up
+  int64_t walkLength;  // of the text, for walks that need it
 
   uint64_t deleteRun;  // the guarded delete that has put the expression off
 

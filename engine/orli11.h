@@ -332,6 +332,23 @@ ORL_API int32_t ORLIsItemAggregate(EC ec, int32_t kind, const char *name);
 /* 1 when the expression calls a function that has such a parameter. */
 ORL_API int32_t ORLIsAggregateUsed(EC ec, HEXP exp);
 
+/* ---- Extended text --------------------------------------------------------------------------- */
+
+/* The text of an expression made self-contained: each reference to a named formula becomes that
+ * formula's text in parentheses, at every depth. With marks, calls of functions whose `itemFlags`
+ * have ORL_FUNC_ESCAPE stand in the ODBC escape " {fn F() } ", and dates under the pictures and
+ * templates of the context; formulas that are spliced in are marked only in a context with date
+ * pictures. A text with a formula spliced in has at most 65,535 bytes. */
+
+/* The bytes that the text can take at most, without its terminator; 0 for a null expression. */
+ORL_API int32_t ORLGetExtendedTextLength(EC ec, HEXP exp, int32_t withMarks);
+/* Writes the text to `buffer` of `size` bytes, at least 1, cut where it is longer. The bytes of
+ * what stands there less 1: -1 for an empty text. 0 with an empty `buffer` on failure: the text is
+ * too long, or formulas refer to each other in a circle. */
+ORL_API int32_t ORLGetExtendedText(EC ec, HEXP exp, int32_t size, char *buffer, int32_t withMarks);
+
+/* ---- Rename ---------------------------------------------------------------------------------- */
+
 /* Gives an input item (a kind other than 0) or a function (0) another name, of at most 64 bytes.
  * The formulas follow: in their texts each word that is the old name in any case, outside double
  * quotes, and their trees with it. Always 0: nothing is told of success, an unknown name or a lack

@@ -1,0 +1,308 @@
+// Extended text: a formula made self-contained for a reader outside the engine. Each reference to a
+// named formula becomes that formula's text in parentheses, at every depth; with marks, calls of
+// functions that are so declared stand in the ODBC escape for scalar functions, and dates stand
+// under the pictures and templates of the context.
+//
+// The places come from the trees. A text is walked from its start to its end, and what replaces a
+// place is written as the walk comes by: once into nothing, to learn the length, and then into the
+// host's buffer. So no memory is needed, and a text that grows beyond bounds is found out early.
+#include <algorithm>
+#include <cstring>
+
+#include "analysis/formula_walk.h"
+#include "analysis/usage.h"
+#include "engine/context.h"
+#include "engine/items.h"
+#include "functions/date_text.h"
+#include "language/tree.h"
+
+namespace {
+
+constexpr char kOpenMark[] = " {fn ";
+constexpr char kCloseMark[] = " } ";
+constexpr int32_t kMarksLength = sizeof kOpenMark + sizeof kCloseMark - 2;
+
+// A text into which formulas were spliced is no longer than this.
+constexpr int64_t kLongestSpliced = UINT16_MAX;
+
+struct Target {
+  char *buffer;    // null: nothing is written, only counted
+  int64_t room;    // bytes that may be written
+  int64_t length;  // of the whole text so far
+};
+
+struct Expansion {
+  EC ec;
+  bool topMarks;   // the expression itself is marked
+  bool bodyMarks;  // the formulas spliced into it are
+  uint64_t walkNumber;
+  bool spliced;
+  Target target;
+};
+
+void Put(Target &target, const char *text, int64_t length) {
+  if (target.buffer != nullptr && target.length < target.room) {
+    const int64_t written = std::min(length, target.room - target.length);
+    std::memcpy(target.buffer + target.length, text, static_cast<size_t>(written));
+  }
+  target.length += length;
+}
+
+void PutText(Target &target, const char *text) {
+  Put(target, text, static_cast<int64_t>(std::strlen(text)));
+}
+
+// Writes what stands ahead of `offset` and was not written yet.
+void PutUpTo(Target &target, Expression &expression, int64_t offset) {
+  if (offset > expression.walkPlace) {
+    Put(target, expression.text + expression.walkPlace, offset - expression.walkPlace);
+    expression.walkPlace = offset;
+  }
+}
+
+// True when the node's text stands at its place. After a rename that left a formula without a parse
+// it may not, and the place is then left alone.
+bool StandsAt(const Expression &expression, const ExprNode *node) {
+  const int64_t length = WRENStrLen(NodeText(node));
+  return node->offset >= 0 && node->offset + length <= expression.walkLength &&
+         std::memcmp(expression.text + node->offset, NodeText(node), static_cast<size_t>(length)) ==
+             0;
+}
+
+// The same for a name with its parentheses; without them there is no closing one to go by.
+bool StandsWithParentheses(const Expression &expression, const ExprNode *node) {
+  return StandsAt(expression, node) && node->closeOffset > node->offset &&
+         node->closeOffset < expression.walkLength && expression.text[node->closeOffset] == ')';
+}
+
+bool IsMarkedFunction(EC ec, const ExprNode *node) {
+  const ExprItem *row =
+      node->kind == NODE_CALL ? ItemFind(&ec->functions, NodeText(node)) : nullptr;
+  return row != nullptr && (row->itemFlags & ORL_FUNC_ESCAPE) != 0;
+}
+
+// ---- Dates --------------------------------------------------------------------------------------
+
+// The template for a form of date text, or null.
+const char *TemplateOf(EC ec, int32_t form) {
+  constexpr uint16_t kUseTemplates = 2;
+  if ((ec->dateConvertFlags & kUseTemplates) == 0) {
+    return nullptr;
+  }
+  return form == kDateForm       ? ec->dateConvert[0]
+         : form == kDateTimeForm ? ec->dateConvert[1]
+         : form == kTimeForm     ? ec->dateConvert[2]
+                                 : nullptr;
+}
+
+// Writes the template with the date in the place of its first "%s"; "%%" stands for a percent sign.
+void PutTemplate(Target &target, const char *text, const char *date) {
+  bool placed = false;
+  for (; *text != '\0'; text++) {
+    const bool percent = text[0] == '%' && text[1] == '%';
+    if (!placed && text[0] == '%' && text[1] == 's') {
+      PutText(target, date);
+      placed = true;
+      text++;
+    } else {
+      Put(target, text, 1);
+      text += percent ? 1 : 0;
+    }
+  }
+}
+
+// Writes a date in the form that the context asks for; it stays as it is where there is none.
+void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node) {
+  char date[kDateTextSize];
+  const int32_t form =
+      DateRewriteText(NodeText(node), date, ec->pictures[0], ec->pictures[1], ec->pictures[2]);
+  const char *text = TemplateOf(ec, form);
+  if (date[0] == '\0' || !StandsAt(expression, node)) {
+    return;
+  }
+  PutUpTo(target, expression, node->offset);
+  if (text != nullptr) {
+    PutTemplate(target, text, date);
+  } else {
+    PutText(target, date);
+  }
+  expression.walkPlace = node->offset + WRENStrLen(NodeText(node));
+}
+
+// ---- The walk -----------------------------------------------------------------------------------
+
+// What is written when the walk comes to a node.
+void Arrive(Expansion &expansion, Expression &expression, const ExprNode *node, bool marks) {
+  if (!marks) {
+    return;
+  }
+  if (node->kind == NODE_DATE) {
+    PutDate(expansion.target, expansion.ec, expression, node);
+  } else if (IsMarkedFunction(expansion.ec, node) && StandsWithParentheses(expression, node)) {
+    PutUpTo(expansion.target, expression, node->offset);
+    PutText(expansion.target, kOpenMark);
+  }
+}
+
+// Writes the closing marks of the calls that the walk leaves on its way from one node to the next
+// of the same tree, or to its end.
+void Leave(Expansion &expansion, Expression &expression, const ExprNode *from, const ExprNode *next,
+           bool marks) {
+  const ExprNode *stays = next != nullptr ? next->parent : nullptr;
+  for (const ExprNode *node = from; marks && node != stays; node = node->parent) {
+    if (IsMarkedFunction(expansion.ec, node) && StandsWithParentheses(expression, node)) {
+      PutUpTo(expansion.target, expression, node->closeOffset + 1);
+      PutText(expansion.target, kCloseMark);
+    }
+  }
+}
+
+// The formula to be spliced in at a node, or null.
+Expression *FormulaToSplice(const Expansion &expansion, const Expression &expression,
+                            ExprNode *node) {
+  if (node->kind != NODE_FORMULA || !StandsWithParentheses(expression, node)) {
+    return nullptr;
+  }
+  return BoundFormula(expansion.ec, node);
+}
+
+void Enter(const Expansion &expansion, Expression *expression, Expression *caller, ExprNode *from) {
+  EnterExpression(expansion.walkNumber, expression, caller, from);
+  expression->walkLength = WRENStrLen(expression->text);
+}
+
+// Writes the expanded text of an expression. False when it is too long or has no end.
+bool Expand(Expansion &expansion, Expression *top) {
+  Target &target = expansion.target;
+  expansion.walkNumber = ++expansion.ec->walkNumber;
+  Enter(expansion, top, nullptr, nullptr);
+  Expression *current = top;
+  ExprNode *node = top->tree;
+  for (;;) {
+    bool marks = current == top ? expansion.topMarks : expansion.bodyMarks;
+    if (node != nullptr) {
+      Arrive(expansion, *current, node, marks);
+      Expression *body = FormulaToSplice(expansion, *current, node);
+      if (body != nullptr) {
+        if (body->walkNumber == expansion.walkNumber && body->walkState == WalkState::Open) {
+          return false;  // the formulas refer to each other in a circle
+        }
+        PutUpTo(target, *current, node->offset);
+        PutText(target, "(");
+        expansion.spliced = true;
+        Enter(expansion, body, current, node);
+        current = body;
+        node = body->tree;
+        continue;
+      }
+    } else {
+      PutText(target, current->text + current->walkPlace);
+      current->walkState = WalkState::No;
+      if (current == top) {
+        return !expansion.spliced || target.length <= kLongestSpliced;
+      }
+      PutText(target, ")");
+      node = current->walkReturn;
+      current = current->walkCaller;
+      current->walkPlace = node->closeOffset + 1;
+      marks = current == top ? expansion.topMarks : expansion.bodyMarks;
+    }
+    if (expansion.spliced && target.length > kLongestSpliced) {
+      return false;
+    }
+    const ExprNode *from = node;
+    node = ExprNodeNext(current->tree, node);
+    Leave(expansion, *current, from, node, marks);
+  }
+}
+
+// ---- The bound ----------------------------------------------------------------------------------
+
+// What one node adds to the length of its text, formulas aside.
+int64_t GrowthOfNode(EC ec, const ExprNode *node, bool withMarks) {
+  if (node->kind == NODE_DATE && withMarks) {
+    return std::max<int64_t>(int64_t{ec->pictureWidth} - WRENStrLen(NodeText(node)), 0);
+  }
+  return IsMarkedFunction(ec, node) ? kMarksLength : 0;
+}
+
+// The sums stay far from the ends of their type, and at these bounds once they have met them.
+void AddGrowth(Expression &expression, int64_t growth) {
+  expression.walkPlace =
+      std::clamp<int64_t>(expression.walkPlace + growth, -int64_t{INT32_MAX}, INT32_MAX);
+}
+
+// What the splice of a formula adds, whose own growth is known. The parentheses of the reference
+// count as those of the splice.
+int64_t GrowthOfSplice(const Expression &body, const ExprNode *reference) {
+  return body.walkPlace + WRENStrLen(body.text) - WRENStrLen(NodeText(reference));
+}
+
+// By how much the text can grow at most. Each formula is summed up once, however often it is
+// referred to.
+int64_t ExtendedGrowth(EC ec, Expression *top, bool withMarks) {
+  const uint64_t number = ++ec->walkNumber;
+  EnterExpression(number, top, nullptr, nullptr);
+  Expression *current = top;
+  ExprNode *node = top->tree;
+  for (;;) {
+    if (node != nullptr) {
+      Expression *body = node->kind == NODE_FORMULA ? BoundFormula(ec, node) : nullptr;
+      if (body != nullptr && body->walkNumber != number) {
+        EnterExpression(number, body, current, node);
+        current = body;
+        node = body->tree;
+        continue;
+      }
+      if (body == nullptr) {
+        AddGrowth(*current, GrowthOfNode(ec, node, withMarks));
+      } else {
+        AddGrowth(*current,
+                  body->walkState == WalkState::Open ? INT32_MAX : GrowthOfSplice(*body, node));
+      }
+    } else {
+      current->walkState = WalkState::No;
+      if (current == top) {
+        return current->walkPlace;
+      }
+      const Expression &body = *current;
+      node = current->walkReturn;
+      current = current->walkCaller;
+      AddGrowth(*current, GrowthOfSplice(body, node));
+    }
+    node = ExprNodeNext(current->tree, node);
+  }
+}
+
+}  // namespace
+
+int32_t ORLGetExtendedTextLength(EC ec, HEXP exp, int32_t withMarks) {
+  if (ec == nullptr || exp == nullptr) {
+    return 0;
+  }
+  if (exp->tree->kind == NODE_DATE && ec->pictureWidth != 0 && withMarks != 0) {
+    return ec->pictureWidth;
+  }
+  const int64_t bound = WRENStrLen(exp->text) + ExtendedGrowth(ec, exp, withMarks != 0);
+  return static_cast<int32_t>(std::clamp<int64_t>(bound, 0, INT32_MAX));
+}
+
+int32_t ORLGetExtendedText(EC ec, HEXP exp, int32_t size, char *buffer, int32_t withMarks) {
+  if (size < 1 || buffer == nullptr) {
+    return 0;
+  }
+  buffer[0] = '\0';
+  if (ec == nullptr || exp == nullptr) {
+    return 0;
+  }
+  const bool marks = withMarks != 0;
+  Expansion expansion = {ec, marks, marks && ec->pictureWidth != 0, 0, false, {nullptr, 0, 0}};
+  if (!Expand(expansion, exp)) {
+    return 0;
+  }
+  expansion.target = {buffer, size - 1, 0};
+  Expand(expansion, exp);
+  const int64_t length = std::min<int64_t>(expansion.target.length, size - 1);
+  buffer[length] = '\0';
+  return static_cast<int32_t>(length) - 1;
+}

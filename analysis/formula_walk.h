@@ -1,0 +1,18 @@
+// Steps that walks through named formulas share. The way back stands in the expressions, so no
+// depth of references needs memory.
+#ifndef ORLI11_ANALYSIS_FORMULA_WALK_H
+#define ORLI11_ANALYSIS_FORMULA_WALK_H
+
+#include "engine/expressions.h"
+
+// Enters an expression for the walk of that number, from a node of the caller's tree.
+inline void EnterExpression(uint64_t walkNumber, Expression *expression, Expression *caller,
+                            ExprNode *from) {
+  expression->walkNumber = walkNumber;
+  expression->walkState = WalkState::Open;
+  expression->walkCaller = caller;
+  expression->walkReturn = from;
+  expression->walkPlace = 0;
+}
+
+#endif
