@@ -26,6 +26,7 @@ struct FormulaLoad {
   uint64_t *thisPass;  // a bit for each row that the running pass still tries
   uint64_t *nextPass;  // the same for the pass behind it
   int32_t words;       // of each
+  HEXP *sorted;        // room for all rows' expressions
   int32_t current;     // the row that is being parsed
   int32_t putOff;      // rows that are put off
   bool reordered;      // a row was parsed out of stored order
@@ -166,10 +167,7 @@ bool RowsAreTheTable(const FormulaLoad &load) {
   if (rows != load.names.count) {
     return false;
   }
-  auto **sorted = static_cast<HEXP *>(WRENMemAlloc(static_cast<uint32_t>(rows) * sizeof(HEXP)));
-  if (sorted == nullptr) {
-    return false;
-  }
+  HEXP *sorted = load.sorted;
   for (int32_t i = 0; i < rows; i++) {
     sorted[i] = load.names.rows[i].parsed;
   }
@@ -180,7 +178,6 @@ bool RowsAreTheTable(const FormulaLoad &load) {
     same = std::binary_search(sorted, sorted + rows,
                               static_cast<HEXP>(HandleArrayPointerAt(load.ec->expressions, row)));
   }
-  WRENMemFree(sorted);
   return same;
 }
 
@@ -197,7 +194,11 @@ void RestoreOrder(FormulaLoad &load) {
   ContextChanged(ec);
 }
 
-// Room for the rows, and for the bits of two passes.
+void *Room(int32_t count, size_t size) {
+  return WRENMemAlloc(static_cast<uint32_t>(count) * static_cast<uint32_t>(size));
+}
+
+// Room for the rows, for the bits of two passes, and for what puts the rows into order.
 bool PrepareRows(FormulaLoad &load, int32_t count, const BlockCursor &cursor) {
   // A row has two bytes at least, so a count beyond the block costs nothing.
   const int64_t left = cursor.size - cursor.position;
@@ -206,12 +207,11 @@ bool PrepareRows(FormulaLoad &load, int32_t count, const BlockCursor &cursor) {
   load.names.first = cursor.bytes + cursor.position;
   load.names.bytes = left;
   load.names.count = rows;
-  load.names.rows = static_cast<PendingRow *>(
-      WRENMemAlloc(static_cast<uint32_t>(rows) * static_cast<uint32_t>(sizeof(PendingRow))));
-  load.thisPass = static_cast<uint64_t *>(WRENMemAlloc(2 * static_cast<uint32_t>(load.words) *
-                                                       static_cast<uint32_t>(sizeof(uint64_t))));
-  load.nextPass = load.thisPass + load.words;
-  return load.names.rows != nullptr && load.thisPass != nullptr;
+  load.names.rows = static_cast<PendingRow *>(Room(rows, sizeof(PendingRow)));
+  load.thisPass = static_cast<uint64_t *>(Room(2 * load.words, sizeof(uint64_t)));
+  load.nextPass = load.thisPass != nullptr ? load.thisPass + load.words : nullptr;
+  load.sorted = static_cast<HEXP *>(Room(rows, sizeof(HEXP)));
+  return load.names.rows != nullptr && load.thisPass != nullptr && load.sorted != nullptr;
 }
 
 void FreeRows(FormulaLoad &load, uint64_t *passes) {
@@ -220,6 +220,7 @@ void FreeRows(FormulaLoad &load, uint64_t *passes) {
   }
   NameIndexFree(load.names.index);
   WRENMemFree(load.names.rows);
+  WRENMemFree(load.sorted);
   WRENMemFree(passes);
 }
 

@@ -4,11 +4,15 @@
 
 #include <cstring>
 #include <functional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "closed/wren/memory.h"
 #include "engine/context.h"
+#include "engine/expressions.h"
 #include "engine/items.h"
+#include "language/tree.h"
 #include "support/context.h"
 
 namespace {
@@ -185,6 +189,90 @@ TEST(AllocationFailure, EverythingElse) {
   });
   Sweep("operator callback", State::Dead,
         [](EC ec) { return ORLSetOperatorCallback(ec, 0, 0, "routine") == 1; });
+}
+
+// A renamed row is renamed whatever happens; each formula has followed or is as it was.
+TEST(AllocationFailure, Rename) {
+  const auto rename = [](EC ec) {
+    ORLRenameExpressionItem(ec, ORL_INPUT, "Spare", "Another");
+    EXPECT_EQ(ItemFind(&ec->inputs, "Spare"), nullptr);
+    bool done = true;
+    for (const char *name : {"Here", "There"}) {
+      HEXP exp = ORLHEXPFromName(ec, name);
+      const bool renamed = TextOf(ec, exp).find("Spare") == std::string::npos;
+      EXPECT_EQ(TextOf(ec, exp), renamed ? "Another + Half(Another)" : "Spare + Half(Spare)");
+      done = done && ORLIsItemUsed(ec, exp, ORL_INPUT, "Spare") == 0 &&
+             LeftOperand(exp->tree)->length == 7;
+    }
+    return done;
+  };
+  Sweep("rename", State::MayDiffer, rename, [](EC ec) {
+    AddInput(ec, "Spare", 0);
+    for (const char *name : {"Here", "There"}) Make(ec, "Spare + Half(Spare)", name);
+  });
+}
+
+std::vector<std::string> reports;
+
+// One load of a block of Net, B and C, where B waits for C and Net for both, with the n-th
+// allocation failing. A failure has been reported at most once, for a formula.
+bool Load(const std::string &block, const char *formulas, int64_t n) {
+  const OwnedContext target(ORLCreateEC(
+      nullptr, [](const char *) { return Address(&HostValue); }, nullptr, 0));
+  EC ec = target.get();
+  const auto report = [](EC, const char *text, const FormulaError *error) {
+    reports.push_back(std::string(text) + ": " + Outcome({nullptr, *error, 0}));
+  };
+  reports.clear();
+  TEST_FailAllocationsAfter(n);
+  const int32_t result =
+      ORLSetECContents(ec, static_cast<int32_t>(block.size()), block.data(), 1, report);
+  TEST_FailAllocationsAfter(-1);
+  if (result != 0) {
+    EXPECT_EQ(Snapshot(ec), std::string("\n_Days;\n\n") + formulas);
+    EXPECT_TRUE(reports.empty());
+  } else if (!reports.empty()) {
+    EXPECT_EQ(reports.size(), 1);
+    EXPECT_NE(reports[0].find(": 121@0+0"), std::string::npos) << reports[0];
+  }
+  return result != 0;
+}
+
+// With operator names, an item, and in the oldest form words that change. Writing needs no memory.
+TEST(AllocationFailure, WriteAndRead) {
+  const OwnedContext source(ORLCreateEC(nullptr, nullptr, nullptr, 0));
+  EC ec = source.get();
+  for (const int16_t op : {int16_t{0}, int16_t{4}}) ORLSetOperatorCallback(ec, op, 0, "Operate");
+  AddInput(ec, "_Days", 0);
+  for (const char *name : {"Net", "B", "C"}) Make(ec, "1", name);
+  Store(ec, ORLHEXPFromName(ec, "B"), "C() + 1", "B");
+  Store(ec, ORLHEXPFromName(ec, "Net"), "_Days * B()", "Net");
+  std::string block(static_cast<size_t>(ORLGetECBlockSize(ec, 1)), '#');
+  const auto size = static_cast<int32_t>(block.size());
+  TEST_FailAllocationsAfter(0);
+  EXPECT_EQ(ORLGetECBlock(ec, size, block.data()), size);
+  TEST_FailAllocationsAfter(-1);
+  using namespace std::string_literals;
+  const std::string oldest = std::string(20, '\0') + "\xFA\0\1\0\1"s + std::string(11, '\0') +
+                             "Days"s + std::string(38, '\0') + "Get\0\xFC\0\3\0"s +
+                             "1\0C\0C() + 1\0B\0Days * B()\0Net\0"s;
+  const std::pair<std::string, const char *> blocks[] = {
+      {block, "Net:0=_Days * B()\nB:0=C() + 1\nC:0=1\n"},
+      {oldest, "C:0=1\nB:0=C() + 1\nNet:0=_Days * B()\n"}};
+  for (const auto &[stored, formulas] : blocks) {
+    SCOPED_TRACE("version " + std::to_string(stored[0]));
+    std::set<std::string> reported;
+    int64_t n = 0;
+    for (bool done = false; !done && n < 5000 && !HasFailure(); ++n) {
+      SCOPED_TRACE("allocation " + std::to_string(n));
+      const int64_t before = TEST_LiveBlocks();
+      done = Load(stored, formulas, n);
+      reported.insert(reports.begin(), reports.end());
+      ASSERT_EQ(TEST_LiveBlocks(), before) << "leak";
+    }
+    EXPECT_LT(n, 5000);
+    EXPECT_EQ(reported.size(), 3);  // each formula has run out of memory
+  }
 }
 
 TEST(AllocationFailure, DestroyNeedsNoMemoryAndNoHost) {
