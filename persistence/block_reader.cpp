@@ -138,8 +138,8 @@ bool ReadInput(BlockLoad &load) {
 // In blocks of before ReportAverage knew its items' subclass, all items have that one.
 void TakeReportAverageClass(EC ec) {
   const ExprItem *function = ItemFind(&ec->functions, "ReportAverage");
-  if (function == nullptr || function->paramCount < 1) {
-    return;
+  if (function == nullptr || function->paramCount == 0) {
+    return;  // a negative count has one parameter behind it
   }
   const uint16_t subClass = ItemParameters(function)[0].subClass;
   for (uint32_t i = 0; i < HandleArrayRows(ec->inputs.rows); i++) {
