@@ -1,0 +1,171 @@
+// The formula editor: its state, and the routines that its files call in each other.
+//
+// Each routine is told by the events and controls of the dialog that it works on. All run on the
+// thread of the dialog; there is one editor at a time.
+#ifndef ORLI11_EDITOR_EDITOR_H
+#define ORLI11_EDITOR_EDITOR_H
+
+#include <cstdint>
+
+#include "orli11.h"
+#include "platform/windows.h"
+
+// What is written in the editor: the kind of a text, and the mode of the dialog.
+enum EditorMode : int32_t { kModeFormula, kModeRange, kModeSet, kModeCount };
+
+// Controls of the editor dialog.
+enum EditorControl : int32_t {
+  kButtonOk = 1,
+  kButtonCancel = 2,
+  kEditText = 100,
+  kEditName = 101,
+  kButtonCopy = 102,
+  kButtonCut = 103,
+  kButtonPaste = 104,
+  kButtonWrap = 105,
+  kListItems = 106,
+  kListFunctions = 107,
+  kButtonPlus = 108,
+  kButtonMinus = 109,
+  kButtonTimes = 110,
+  kButtonDivide = 111,
+  kButtonConcat = 112,
+  kGroupOperators = 113,
+  kListFormulas = 114,
+  kLabelName = 115,
+  kButtonDelete = 116,
+  kButtonSelect = 117,
+  kButtonShowText = 118,
+  kGroupDigits = 119,
+  kButtonDigit0 = 120,
+  kButtonDigit9 = 129,
+  kButtonPoint = 130,
+  kButtonClear = 131,
+  kButtonApply = 132,
+  kButtonValues = 133,
+  kOptionFormula = 134,
+  kOptionRange = 135,
+  kOptionSet = 136,
+  kLabelFormulas = 137,
+  kLabelMode = 138,
+  kEditStatus = 139
+};
+
+// The one list of the values dialog, and the one edit of the text view.
+constexpr int32_t kListValues = 100;
+constexpr int32_t kEditView = 100;
+
+// Private messages.
+enum EditorMessage : uint32_t {
+  kMessageErrorShown = 1025,        // error box: it has been painted for the first time
+  kMessageShowExpression = 1124,    // text view; wParam: mode, lParam: HEXP or null
+  kMessageTakeItem = 1125,          // values dialog; lParam: name of the data item
+  kMessageSelectPlaceholder = 1126  // editor
+};
+
+// What the entry points hand to the dialog, on their stack.
+struct BuildRecord {
+  EC ec;
+  HEXP exp;
+  HEXP result;
+  uint16_t textLimit;
+};
+
+constexpr int32_t kLabelSize = 129;  // "Expression" and its kin, at most 128 characters
+
+struct EditorState {
+  BuildRecord *record;
+  EC ec;
+  HEXP currentExp;      // shown in the two edits; null for a new text
+  int32_t editorMode;   // EditorMode
+  char valuesItem[65];  // the data item whose values are to open at start, or empty
+  char expressionWord[kLabelSize];
+  char expressionTail[kLabelSize + 8];  // [,Expression...]
+  char anyTail[kLabelSize + 8];         // [,Any...]
+  void *rowBitmaps[kModeCount];         // all null when rows have none
+  int32_t bitmapWidth, bitmapHeight;
+  OrlTextMetrics metrics;
+  OrlWindow textViewWindow;
+  OrlWindow valuesWindow;
+  int32_t valuesMore;
+  int32_t itemValueType;
+  OrlWindowProc controlProcs[kEditStatus + 1];  // the controls' own procedures, by control id
+};
+
+// The state of the editor that runs on this thread.
+EditorState &CurrentEditor();
+
+// The window system in force, or null.
+const OrlWindowSystem *Windows();
+
+// True with a list values routine and outside recovery: modes, row bitmaps and values are there.
+bool EditorHasModes();
+
+// A string of the table by its id in a buffer of the calling thread that the next call overwrites;
+// empty for an unknown id.
+const char *EditorString(uint32_t id);
+
+// ---- Frame (frame.cpp, layout.cpp, entry.cpp)
+// ------------------------------------------------------
+
+bool OrlFindExact(OrlWindow list, const char *name, int32_t *row);
+void OrlInitDialog(OrlWindow dialog);
+bool OrlIsHiddenExpression(EC ec, HEXP exp);
+void OrlShowCurrent(OrlWindow dialog);
+void OrlSetMode(OrlWindow dialog, int32_t target, bool interactive);
+void OrlSetTitle(OrlWindow dialog);
+void OrlSetStatus(OrlWindow dialog);
+void OrlEnableEditButtons(OrlWindow dialog);
+void OrlEnableDelete(OrlWindow dialog);
+void OrlEnableShowText(OrlWindow dialog);
+void OrlCaptionByRow(OrlWindow dialog);
+void OrlCaptionValues(OrlWindow dialog);
+void OrlHelpRequest(OrlWindow dialog, OrlWindow control, OrlHelpProc callback);
+void OrlLayoutFormulas(OrlWindow dialog);
+
+// ---- Lists and insertion (insertion.cpp, templates.cpp, rows.cpp, controls.cpp)
+// --------------------
+
+void OrlInsertItem(OrlWindow list);
+// Appends the parameter template of a function to the name in `buffer` of `size` bytes; false when
+// it has no room.
+bool OrlBuildTemplate(char *buffer, int32_t size, const ExprItem *item);
+void OrlInsertText(OrlWindow edit, const char *text, int32_t length);
+void OrlSelectPlaceholder(OrlWindow dialog);
+void OrlSeedText(OrlWindow dialog);
+void OrlWrapSelection(OrlWindow edit);
+void OrlDrawFormulaRow(const OrlDrawItem *draw);
+void *OrlRowBitmap(int32_t row, const char *text);
+
+// ---- Save and delete (save.cpp, select.cpp)
+// --------------------------------------------------------
+
+// The kind of a stored expression, by its root.
+int32_t KindOfExpression(HEXP exp);
+HEXP OrlSaveText(OrlWindow dialog);
+bool OrlAskSave(OrlWindow dialog);
+void OrlSelectFormula(OrlWindow dialog);
+void OrlDeleteSelected(OrlWindow dialog);
+
+// ---- Side windows and error boxes (text_view.cpp, values.cpp, error_box.cpp)
+// ------------------------
+
+void OrlOpenTextView(OrlWindow dialog);
+void OrlOpenValues(OrlWindow dialog);
+void OrlFillValues(OrlWindow dialog, int32_t first);
+void OrlSyncValuesButton(OrlWindow dialog, int32_t first);
+// Writes a text as a String literal; `target` has room for twice its length and 3 bytes.
+void OrlQuoteString(char *target, const char *text);
+intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaError *error);
+
+// ---- Texts of controls (control_text.cpp)
+// -----------------------------------------------------------
+
+// Copies in blocks of WRENMemAlloc, to be freed by the caller; null without memory.
+char *TextOfWindow(OrlWindow window);
+char *TextOfRow(OrlWindow list, int32_t row);
+
+// A row of list 114 whose data is this ordinal, or -1.
+int32_t RowOfOrdinal(OrlWindow list, int32_t ordinal);
+
+#endif
