@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "orli11.h"
-#include "platform/windows.h"
+#include "platform/window_system.h"
 
 // What is written in the editor: the kind of a text, and the mode of the dialog.
 enum EditorMode : int32_t { kModeFormula, kModeRange, kModeSet, kModeCount };
@@ -95,11 +95,11 @@ struct EditorState {
 // The state of the editor that runs on this thread.
 EditorState &CurrentEditor();
 
-// The window system in force, or null.
-const OrlWindowSystem *Windows();
-
 // True with a list values routine and outside recovery: modes, row bitmaps and values are there.
 bool EditorHasModes();
+
+// `currentExp`, or null, also in the state, when the host has destroyed that expression meanwhile.
+HEXP OrlCurrentExpression();
 
 // A string of the table by its id in a buffer of the calling thread that the next call overwrites;
 // empty for an unknown id.
@@ -130,7 +130,9 @@ void OrlInsertItem(OrlWindow list);
 // Appends the parameter template of a function to the name in `buffer` of `size` bytes; false when
 // it has no room.
 bool OrlBuildTemplate(char *buffer, int32_t size, const ExprItem *item);
-void OrlInsertText(OrlWindow edit, const char *text, int32_t length);
+// Puts the first `length` bytes of a text in place of the edit's selection. The offset where they
+// stand then, or -1 when there is no memory, with the edit as it was.
+int32_t OrlInsertText(OrlWindow edit, const char *text, int32_t length);
 void OrlSelectPlaceholder(OrlWindow dialog);
 void OrlSeedText(OrlWindow dialog);
 void OrlWrapSelection(OrlWindow edit);
