@@ -13,6 +13,7 @@
 #include "analysis/usage.h"
 #include "engine/context.h"
 #include "engine/items.h"
+#include "functions/date_template.h"
 #include "functions/date_text.h"
 #include "language/tree.h"
 
@@ -95,22 +96,6 @@ const char *TemplateOf(EC ec, int32_t form) {
                                  : nullptr;
 }
 
-// Writes the template with the date in the place of its first "%s"; "%%" stands for a percent sign.
-void PutTemplate(Target &target, const char *text, const char *date) {
-  bool placed = false;
-  for (; *text != '\0'; text++) {
-    const bool percent = text[0] == '%' && text[1] == '%';
-    if (!placed && text[0] == '%' && text[1] == 's') {
-      PutText(target, date);
-      placed = true;
-      text++;
-    } else {
-      Put(target, text, 1);
-      text += percent ? 1 : 0;
-    }
-  }
-}
-
 // Writes a date in the form that the context asks for; it stays as it is where there is none.
 void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node) {
   char date[kDateTextSize];
@@ -122,7 +107,8 @@ void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node
   }
   PutUpTo(target, expression, node->offset);
   if (text != nullptr) {
-    PutTemplate(target, text, date);
+    FillDateTemplate(text, date,
+                     [&target](const char *part, int64_t length) { Put(target, part, length); });
   } else {
     PutText(target, date);
   }

@@ -10,6 +10,7 @@
 #include "language/parser.h"
 #include "language/reparse.h"
 #include "language/scanner.h"
+#include "language/trial.h"
 
 namespace {
 
@@ -135,6 +136,24 @@ void ReplaceTree(EC ec, Expression *expression, ExprNode *tree) {
   expression->dataType = StoredType(tree);
 }
 
+// A record that ORLParseFormula can store as `exp`, or as a new expression for null; null with the
+// error told when it can not.
+Expression *CheckedFormula(EC ec, HEXP exp, const char *text, const char *name, FormulaError *error,
+                           uint16_t *dataType) {
+  Expression *fresh = ExpressionFromText(ec, text, name, error, dataType);
+  if (fresh == nullptr) {
+    return nullptr;
+  }
+  if (ORLIsExpNameUnique(ec, exp, fresh->name) == 0) {
+    return RefuseRecord(fresh, ORL_ERR_DUPNAME, WRENStrLen(text), error);
+  }
+  if (exp != nullptr && exp->dataType != fresh->dataType &&
+      ORLIsNamedFormulaUsed(ec, fresh->name) != 0) {
+    return RefuseRecord(fresh, ORL_ERR_EXPDATATYPE, WRENStrLen(text), error);
+  }
+  return fresh;
+}
+
 // Moves the content of the new record, which is freed, into a stored one. False when there is no
 // memory to count the references; then nothing has changed.
 bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
@@ -212,22 +231,28 @@ HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name, Formul
   if (ec == nullptr || dataType == nullptr) {
     return RefuseRecord(nullptr, ORL_ERR_GENERAL, 0, error);
   }
-  Expression *fresh = ExpressionFromText(ec, text == nullptr ? "" : text, name, error, dataType);
+  Expression *fresh = CheckedFormula(ec, exp, text == nullptr ? "" : text, name, error, dataType);
   if (fresh == nullptr) {
     return nullptr;
   }
-  const int32_t length = WRENStrLen(text);
-  if (ORLIsExpNameUnique(ec, exp, fresh->name) == 0) {
-    return RefuseRecord(fresh, ORL_ERR_DUPNAME, length, error);
+  const bool stored =
+      exp == nullptr ? ExpressionTableAppend(ec, fresh) != 0 : ReplaceContent(ec, exp, fresh);
+  if (!stored) {
+    return RefuseRecord(fresh, ORL_ERR_MEMORY, 0, error);
   }
-  if (exp == nullptr) {
-    return ExpressionTableAppend(ec, fresh) != 0 ? fresh
-                                                 : RefuseRecord(fresh, ORL_ERR_MEMORY, 0, error);
-  }
-  if (ORLIsNamedFormulaUsed(ec, fresh->name) != 0 && exp->dataType != fresh->dataType) {
-    return RefuseRecord(fresh, ORL_ERR_EXPDATATYPE, length, error);
-  }
-  return ReplaceContent(ec, exp, fresh) ? exp : RefuseRecord(fresh, ORL_ERR_MEMORY, 0, error);
+  return exp == nullptr ? fresh : exp;
+}
+
+int32_t KindOfTree(const ExprNode *root) {
+  return ClassOf(root);
+}
+
+int32_t TrialKind(EC ec, HEXP exp, const char *text, const char *name) {
+  uint16_t dataType = 0;
+  Expression *fresh = CheckedFormula(ec, exp, text, name, nullptr, &dataType);
+  const int32_t kind = fresh == nullptr ? -1 : KindOfTree(fresh->tree);
+  ExpressionFree(fresh);
+  return kind;
 }
 
 int32_t ORLInputNameIsKeyword(char *target, const char *source) {

@@ -1,0 +1,29 @@
+// Date conversion templates: a text with one "%s" for the date; "%%" stands for a percent sign.
+#ifndef ORLI11_FUNCTIONS_DATE_TEMPLATE_H
+#define ORLI11_FUNCTIONS_DATE_TEMPLATE_H
+
+#include <cstdint>
+#include <cstring>
+
+// Hands the parts of a template filled with a date to `put` (text, length), one after the other.
+// Only the first "%s" is filled; every other byte stands for itself.
+template <typename Put>
+void FillDateTemplate(const char *text, const char *date, Put put) {
+  bool filled = false;
+  while (*text != '\0') {
+    const size_t plain = std::strcspn(text, "%");
+    if (plain != 0) {
+      put(text, static_cast<int64_t>(plain));
+      text += plain;
+    } else if (!filled && text[1] == 's') {
+      put(date, static_cast<int64_t>(std::strlen(date)));
+      filled = true;
+      text += 2;
+    } else {
+      put("%", 1);
+      text += text[1] == '%' ? 2 : 1;
+    }
+  }
+}
+
+#endif
