@@ -7,4 +7,14 @@
 // What ORLSetWindowSystem was given last, or null.
 const OrlWindowSystem *Windows();
 
+// As long as one of these lives, the window system in force stays: whoever runs a modal dialog
+// keeps one meanwhile.
+class DialogInUse {
+ public:
+  DialogInUse();
+  ~DialogInUse();
+  DialogInUse(const DialogInUse &) = delete;
+  DialogInUse &operator=(const DialogInUse &) = delete;
+};
+
 #endif

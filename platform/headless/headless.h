@@ -1,7 +1,7 @@
 /* headless.h - a window system without a screen, and the user in front of it.
  *
- * It keeps the whole state of dialogs and controls and obeys the contract of platform/windows.h, but
- * shows nothing: a script, a routine of the host's, plays the user and reads everything back.
+ * It keeps the whole state of dialogs and controls and obeys the contract of platform/windows.h,
+ * but shows nothing: a script, a routine of the host's, plays the user and reads everything back.
  *
  *   static int32_t Script(void *user, OrlWindow window) {
  *     ORLHeadlessType(window, 100, "1 + 1");
@@ -19,9 +19,9 @@
  *    copies a text into `buffer` of `size` bytes cuts it to fit, terminates it and returns the
  *    length of the whole text; buffer may be null with a size of 0.
  * 3. Actions do what a user can do, by events through the procedures of the windows. 1 when it was
- *    done; 0 when no user could: the window has gone or is hidden or disabled, or does not belong to
- *    the modal dialog (or box) on top. An action returns when everything that it led to is over:
- *    posted events have been handled, and a dialog or box that it opened has been closed.
+ *    done; 0 when no user could: the window has gone or is hidden or disabled, or does not belong
+ *    to the modal dialog (or box) on top. An action returns when all it led to is over: posted
+ *    events have been handled, and a dialog or box that it opened has been closed.
  * 4. One session at a time, on one thread. Its blocks are those of WRENMemAlloc; without memory no
  *    dialog can be created and texts stay as they were.
  */
@@ -38,15 +38,15 @@ extern "C" {
 
 /* The script: called whenever a modal dialog or box waits for its user, posted events having been
  * handled and what is new having been drawn; `window` is that dialog or box, the one on top. Not 0
- * to be called again, 0 when it has nothing more to say: from then on dialogs are cancelled (command
- * 2, and closed with 0 when they stay open) and boxes answered by Cancel, else No, else OK.
+ * to be called again, 0 when it has nothing more to say: from then on dialogs are cancelled
+ * (command 2, closed with 0 when they stay open) and boxes answered by Cancel, else No, else OK.
  *
  * When an action opens a modal dialog or a box, the script is called for that one from inside the
  * action, which returns when it has been closed. */
 typedef int32_t (*OrlHeadlessScript)(void *user, OrlWindow window);
 
-/* Starts a session and hands the system to the process (ORLSetWindowSystem). What an earlier session
- * has kept is forgotten. A null script never says anything. 0 while a dialog is open. */
+/* Starts a session and hands the system to the process (ORLSetWindowSystem). What an earlier
+ * session has kept is forgotten. A null script never says anything. 0 while a dialog is open. */
 ORL_API int32_t ORLHeadlessStart(OrlHeadlessScript script, void *user);
 /* Ends the session: takes the system away, destroys the dialogs that are still there and frees
  * everything. Does nothing while a modal dialog or box is open. */
@@ -110,8 +110,8 @@ typedef struct {
  * the current row or the focus moves. A row out of view is drawn for the question. */
 ORL_API int32_t ORLHeadlessRowShows(OrlWindow dialog, int32_t list, int32_t row,
                                     OrlHeadlessRowShown *shown);
-/* Has a row drawn with an action (ORL_DRAW_...) and state (ORL_STATE_...) of the script's choice, on
- * an empty ground, and tells what that gave. Row -1 is the empty list. */
+/* Has a row drawn with an action (ORL_DRAW_...) and state (ORL_STATE_...) of the script's choice,
+ * on an empty ground, and tells what that gave. Row -1 is the empty list. */
 ORL_API int32_t ORLHeadlessDrawRow(OrlWindow dialog, int32_t list, int32_t row, uint32_t action,
                                    uint32_t state, OrlHeadlessRowShown *shown);
 
@@ -119,7 +119,7 @@ ORL_API int32_t ORLHeadlessDrawRow(OrlWindow dialog, int32_t list, int32_t row, 
 ORL_API OrlWindow ORLHeadlessTop(void);
 /* The dialog that was opened last of those made from this template, or null. */
 ORL_API OrlWindow ORLHeadlessFind(const char *name);
-/* Fills in up to `room` open dialogs and boxes, the oldest first, and returns how many there are. */
+/* Fills in up to `room` open dialogs and boxes, the oldest first. The number of all. */
 ORL_API int32_t ORLHeadlessOpen(OrlWindow *windows, int32_t room);
 /* The name of the template of a dialog; -1 for a box. */
 ORL_API int32_t ORLHeadlessName(OrlWindow dialog, char *buffer, int32_t size);
@@ -147,19 +147,20 @@ ORL_API int32_t ORLHeadlessBitmapCount(void);
 ORL_API int32_t ORLHeadlessFocus(OrlWindow dialog, int32_t id);
 
 /* Types a text, having brought the focus to the control if it was elsewhere. Each character is a
- * WM_KEYDOWN, a WM_CHAR for each byte and a WM_KEYUP for the control that has the focus then. 13 and
- * 10 are the Return key, 9 Tab, 8 Backspace, 27 Escape. Typing ends early, with 0, when no control
- * can take it any more. The key of a letter or digit is its number in ASCII, of all others 231. */
+ * WM_KEYDOWN, a WM_CHAR for each byte and a WM_KEYUP for the control that has the focus then. 13
+ * and 10 are the Return key, 9 Tab, 8 Backspace, 27 Escape. Typing ends early, with 0, when no
+ * control can take it any more. The key of a letter (as a capital), a digit and the blank is its
+ * number in ASCII, of all others 231. */
 ORL_API int32_t ORLHeadlessType(OrlWindow dialog, int32_t id, const char *text);
 
 /* Presses a key (ORL_VK_...) with keys held down. Keys do as on the platform:
- * - Tab and, with Shift, the way back: the next control that takes it, an edit of one line selecting
- *   all its text; Escape: command 2; neither is seen by controls.
+ * - Tab and, with Shift, the way back: the next control that takes it, where an edit of one line
+ *   selects all its text; Escape: command 2; neither is seen by controls.
  * - Return: the button that has the focus, else the default button, else command 1. Only an edit of
  *   several lines sees it; with Control it is a line break there, without it the edit hands it on.
- * - In an edit the arrows, Home, End, Backspace and Delete, by whole characters; with Control by the
- *   ends of the text for Home and End; with Shift the selection grows. The control characters 3, 22
- *   and 24 (Control with C, V, X) copy, paste and cut.
+ * - In an edit the arrows, Home, End, Backspace and Delete go by whole characters, Home and End
+ *   with Control to the ends of the text; with Shift the selection grows. The control characters
+ *   3, 22 and 24 (typed, or Control with C, V, X) copy, paste and cut.
  * - In a list the arrows, Home and End; on a button Space; among option buttons of a group the
  *   arrows press the next one. */
 enum { ORL_HEADLESS_SHIFT = 1, ORL_HEADLESS_CONTROL = 2 };
@@ -197,8 +198,8 @@ ORL_API int32_t ORLHeadlessHelp(OrlWindow dialog, int32_t id, OrlHelpProc callba
 /* Has a dialog drawn anew, WM_PAINT and all rows. */
 ORL_API int32_t ORLHeadlessRepaint(OrlWindow dialog);
 
-/* The clipboard. Setting it plays another program; null takes the text away. Its text: -1 when there
- * is none. */
+/* The clipboard. Setting it plays another program; null takes the text away. Its text: -1 when
+ * there is none. */
 ORL_API int32_t ORLHeadlessSetClipboard(const char *text);
 ORL_API int32_t ORLHeadlessClipboard(char *buffer, int32_t size);
 

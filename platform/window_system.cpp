@@ -1,0 +1,51 @@
+// The window system in force.
+#include "platform/window_system.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstring>
+
+namespace {
+
+std::atomic<const OrlWindowSystem *> windowSystem{nullptr};
+std::atomic<int32_t> openDialogs{0};
+
+// True when every entry of the table leads somewhere. All entries are routines.
+bool IsWhole(const OrlWindowSystem &table) {
+  using Entry = void (*)();
+  constexpr size_t first = offsetof(OrlWindowSystem, DialogBoxParam);
+  static_assert((sizeof(OrlWindowSystem) - first) % sizeof(Entry) == 0);
+  for (size_t at = first; at < sizeof(OrlWindowSystem); at += sizeof(Entry)) {
+    Entry entry = nullptr;
+    std::memcpy(&entry, reinterpret_cast<const char *>(&table) + at, sizeof(entry));
+    if (entry == nullptr) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+int32_t ORLSetWindowSystem(const OrlWindowSystem *system) {
+  if (openDialogs != 0) {
+    return 0;
+  }
+  if (system != nullptr && (system->size < sizeof(OrlWindowSystem) || !IsWhole(*system))) {
+    return 0;
+  }
+  windowSystem = system;
+  return 1;
+}
+
+const OrlWindowSystem *Windows() {
+  return windowSystem;
+}
+
+DialogInUse::DialogInUse() {
+  ++openDialogs;
+}
+
+DialogInUse::~DialogInUse() {
+  --openDialogs;
+}
