@@ -60,17 +60,13 @@ bool SetOperator(EC ec, OperatorSlots &slots, int32_t type, const char *name) {
 
 // Reads the operator names; false at the first that fails.
 bool ReadOperators(BlockLoad &load) {
-  constexpr int32_t kLastName = kGroupCount * kOperatorTypes - 1;
-  for (int32_t i = 0; i <= kLastName; i++) {
+  for (int32_t i = 0; i < kGroupCount * kOperatorTypes; i++) {
     const char *name = TakeText(load.cursor, Behind::MayEnd);
     if (name == nullptr) {
       return false;
     }
     OperatorSlots &slots = load.ec->operators[i / kOperatorTypes];
     if (name[0] != '\0' && !SetOperator(load.ec, slots, i % kOperatorTypes, name)) {
-      return false;
-    }
-    if (i < kLastName && load.cursor.position == load.cursor.size) {
       return false;
     }
   }
