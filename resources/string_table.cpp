@@ -47,13 +47,33 @@ constexpr StringRow kRows[] = {
     {136, "ERR_IMBEDDEDRANGE: Can not use a range formula in another formula."},
     {137, "ERR_SUBCLASS: Parameter variable must be of expected type."},
 
-    // Titles of the editor (207, 212, 213) and stems of generated names (208, 214, 215).
-    {207, "Formula Editor"},
-    {208, "Formula"},
+    // The editor.
+    {201, "[ New Formula ]"},
+    {202, "Changes have been made, save before continuing?"},
+    {203, "Formula Save"},  // of a range and a set: 241, 242
+    {204, "Are you sure you want to delete selected "},  // 216, 214 or 215 follows
+    {205, "Delete Permission Denied."},
+    {206, "Formula Delete"},  // 243, 244
+    {207, "Formula Editor"},  // 212, 213
+    {208, "Formula"},         // stem of generated names; 214, 215
+    {209, "Expression"},
+    {210, "[ New Range ]"},
+    {211, "[ New Set ]"},
     {212, "Range Editor"},
     {213, "Set Editor"},
     {214, "Range"},
     {215, "Set"},
+    {216, "Formula"},
+    {217, "Formula Text"},
+    {218, "Range Text"},
+    {219, "Set Text"},
+    {220, "Text evaluates as a Range instead of a Formula, save anyway?"},
+    {221, "Text evaluates as a Set instead of a Formula, save anyway?"},
+    {222, "Text evaluates as a Formula instead of a Range, save anyway?"},
+    {223, "Text evaluates as a Set instead of a Range, save anyway?"},
+    {224, "Text evaluates as a Formula instead of a Set, save anyway?"},
+    {225, "Text evaluates as a Range instead of a Set, save anyway?"},
+    {226, " Warning"},  // behind 207, 212 or 213
 
     // Data types, as the signature of a function shows them.
     {227, "Number"},
@@ -61,6 +81,27 @@ constexpr StringRow kRows[] = {
     {229, "String"},
     {230, "Any"},
     {231, "Keyword"},
+
+    {232, "To build a Formula: Select Data Items, Formulas and Functions by double-clicking, or type "
+          "directly into the Formula editor. A Formula can be one or more items combined with "
+          "operators."},
+    {233, "To build a Range: Replace the 'Expression' keywords on both sides of the 'AND' keyword by "
+          "double-clicking Values, Data Items, Formulas and Functions, or type into the Range Editor "
+          "directly."},
+    {234, "To build a Set: Replace the 'Expression' keywords between the commas by double-clicking "
+          "Values, Data Items, Formulas and Functions, or type into the Set Editor directly."},
+    {235, "&Select Formula"},
+    {236, "&Select Range"},
+    {237, "&Select Set"},
+    {238, "S&how Formula Text..."},
+    {239, "S&how Range Text..."},
+    {240, "S&how Set Text..."},
+    {241, "Range Save"},
+    {242, "Set Save"},
+    {243, "Range Delete"},
+    {244, "Set Delete"},
+    {245, "Data Item &Values Dialog..."},
+    {246, "List Data Item &Values"},
 
     // The function table: routine, data type of the result, count of parameters, their data types
     // (0 Number, 1 Date, 2 String). The order is the order in which a context lists them.

@@ -39,8 +39,7 @@ TEST(StringsTest, EveryRowHasItsFormAndLoadsCutToAnyBuffer) {
       EXPECT_EQ(std::string::npos, buffer.find_first_not_of('~', expected.size() + 1)) << text;
     }
   }
-  const std::pair<uint32_t, uint32_t> ranges[] = {
-      {100, 137}, {207, 208}, {212, 215}, {227, 231}, {20000, 20045}};
+  const std::pair<uint32_t, uint32_t> ranges[] = {{100, 137}, {201, 246}, {20000, 20045}};
   for (const auto &[first, last] : ranges) {
     for (uint32_t id = first; id <= last; ++id) EXPECT_EQ(1U, ids.count(id)) << id;
   }
