@@ -38,16 +38,16 @@ typedef enum {
 
 /* Styles of controls. */
 enum {
-  ORL_STYLE_CENTERED = 1, /* label: the text is centred */
-  ORL_STYLE_LINES = 2,    /* edit of several lines with a vertical scroll bar; without it one line
-                             that scrolls sideways */
-  ORL_STYLE_SORTED = 4,   /* list: LB_ADDSTRING keeps the rows in the order of lstrcmpiA */
-  ORL_STYLE_NOTIFY = 8,   /* list: tells the dialog of selections and double clicks */
-  ORL_STYLE_OWNER_DRAW = 16,     /* list: rows are drawn by the dialog, all of one height */
-  ORL_STYLE_GROUP = 32,          /* starts a group */
-  ORL_STYLE_NO_TAB = 64,         /* the tab key passes it by */
-  ORL_STYLE_DEFAULT = 128,       /* button: pressed by the Return key */
-  ORL_STYLE_KEEP_SELECTION = 256 /* edit: shows its selection without the focus too */
+  ORL_STYLE_CENTERED = 1,    /* label: the text is centred */
+  ORL_STYLE_LINES = 2,       /* edit of several lines; without it one line that scrolls sideways */
+  ORL_STYLE_SORTED = 4,      /* list: LB_ADDSTRING keeps the rows in the order of lstrcmpiA */
+  ORL_STYLE_NOTIFY = 8,      /* list: tells the dialog of selections and double clicks */
+  ORL_STYLE_OWNER_DRAW = 16, /* list: rows are drawn by the dialog, all of one height */
+  ORL_STYLE_GROUP = 32,      /* starts a group */
+  ORL_STYLE_NO_TAB = 64,     /* the tab key passes it by */
+  ORL_STYLE_DEFAULT = 128,   /* button: pressed by the Return key */
+  ORL_STYLE_KEEP_SELECTION = 256, /* edit: shows its selection without the focus too */
+  ORL_STYLE_SCROLL_BAR = 512      /* edit of several lines: with a vertical scroll bar */
 };
 
 /* A control; its place in dialog units. An id of -1 is addressed by nothing. */
@@ -261,8 +261,8 @@ typedef struct {
   intptr_t (*CallWindowProc)(OrlWindowProc proc, OrlWindow window, uint32_t message,
                              uintptr_t wParam, intptr_t lParam);
 
-  /* Hands a message to a window's procedure (of a control: the one that SetWindowProc has put ahead),
-   * at once or after the present event. */
+  /* Hands a message to a window's procedure (of a control: the one that SetWindowProc has put
+   * ahead), at once or after the present event. */
   intptr_t (*SendMessage)(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
   void (*PostMessage)(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
   void (*SetTimer)(OrlWindow dialog, uintptr_t timer, uint32_t milliseconds);

@@ -1,0 +1,15 @@
+// The bitmaps: pictures of the mode buttons, and the small ones of the rows of formulas. Their
+// background is the light grey that the captions of the buttons call transparent.
+#ifndef ORLI11_RESOURCES_BITMAPS_H
+#define ORLI11_RESOURCES_BITMAPS_H
+
+#include "platform/windows.h"
+
+constexpr char kBitmapFormulaRow[] = "formulal";
+constexpr char kBitmapRangeRow[] = "rangel";
+constexpr char kBitmapSetRow[] = "setl";
+
+// The bitmap of this name in any case, null when there is none. It lives as long as the module.
+const OrlBitmap *FindBitmap(const char *name);
+
+#endif

@@ -1,0 +1,16 @@
+// The templates of the dialogs: every control with its id, caption and place.
+#ifndef ORLI11_RESOURCES_DIALOGS_H
+#define ORLI11_RESOURCES_DIALOGS_H
+
+#include "platform/windows.h"
+
+constexpr char kDialogEditor[] = "EXPBILD";
+constexpr char kDialogTextView[] = "EXPTEXTVIEW";
+constexpr char kDialogValues[] = "LISTVALUES";
+constexpr char kDialogError[] = "DLGERROR";
+constexpr char kDialogLoadError[] = "DLGFERROR";
+
+// The template of this name, null when there is none. It lives as long as the module.
+const OrlDialogTemplate *FindDialog(const char *name);
+
+#endif
