@@ -1,0 +1,39 @@
+#include "editor/editor_text.h"
+
+#include <cstring>
+
+#include "engine/module.h"
+#include "platform/strings.h"
+#include "platform/window_system.h"
+
+EditorText LoadText(uint32_t id) {
+  EditorText loaded = {};
+  LoadStringA(moduleHandle, id, loaded.text, sizeof loaded.text);
+  return loaded;
+}
+
+void AppendText(EditorText &text, uint32_t id) {
+  const size_t length = std::strlen(text.text);
+  if (length + 1 < sizeof text.text) {
+    LoadStringA(moduleHandle, id, text.text + length,
+                static_cast<int32_t>(sizeof text.text - length));
+  }
+}
+
+bool SetJoinedTitle(OrlWindow window, const char *left, const char *right) {
+  constexpr char kBetween[] = " - ";
+  const size_t leftLength = std::strlen(left);
+  const size_t rightSize = std::strlen(right) + 1;
+  const size_t size = leftLength + sizeof kBetween - 1 + rightSize;
+  char *title =
+      size <= INT32_MAX ? static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size))) : nullptr;
+  if (title == nullptr) {
+    return false;
+  }
+  std::memcpy(title, left, leftLength);
+  std::memcpy(title + leftLength, kBetween, sizeof kBetween - 1);
+  std::memcpy(title + leftLength + sizeof kBetween - 1, right, rightSize);
+  Windows()->SetWindowText(window, title);
+  WRENMemFree(title);
+  return true;
+}

@@ -1,0 +1,23 @@
+// Texts that dialogs put together.
+#ifndef ORLI11_EDITOR_EDITOR_TEXT_H
+#define ORLI11_EDITOR_EDITOR_TEXT_H
+
+#include <cstdint>
+
+#include "platform/windows.h"
+
+// A string of the table, or several behind each other, as far as there is room.
+struct EditorText {
+  char text[256];
+};
+
+// The string with this id; empty when there is none.
+EditorText LoadText(uint32_t id);
+
+// Puts a string behind the text.
+void AppendText(EditorText &text, uint32_t id);
+
+// Sets "left - right" as a window's title; false when there is no memory to join them.
+bool SetJoinedTitle(OrlWindow window, const char *left, const char *right);
+
+#endif

@@ -1,0 +1,100 @@
+// The box that shows a text with its faulty place and the message.
+#include "editor/editor.h"
+#include "editor/editor_text.h"
+#include "editor/read_only.h"
+#include "editor/window_calls.h"
+#include "engine/host_call.h"
+#include "resources/dialogs.h"
+
+namespace {
+
+enum ErrorControl : int32_t { kErrorText = 200, kErrorMessage = 201, kErrorOk = 202 };
+
+constexpr int32_t kHelpByKey = 257;
+constexpr char kHelpKey[] = "Error messages";
+
+// What the box shows; one box at a time.
+struct DisplayedError {
+  const char *text;
+  FormulaError error;
+  bool firstPaint;  // it has not been painted yet
+  OrlWindowProc ownEditProc;
+};
+thread_local DisplayedError displayed;
+
+intptr_t Display(const char *dialog, OrlWindow parent, const char *text,
+                 const FormulaError *error) {
+  if (Windows() == nullptr || error == nullptr) {
+    return -1;
+  }
+  const DialogInUse inUse;
+  displayed = {text != nullptr ? text : "", *error, false, nullptr};
+  return Windows()->DialogBoxParam(FindDialog(dialog), parent, ORLErrorDlgProc, 0);
+}
+
+void Open(OrlWindow box) {
+  displayed.firstPaint = true;
+  SetItemText(box, kErrorMessage, LoadText(static_cast<uint32_t>(displayed.error.id)).text);
+  SetItemText(box, kErrorText, displayed.text);
+  displayed.ownEditProc = Windows()->SetWindowProc(ItemOf(box, kErrorText), ORLErrorEditProc);
+}
+
+// Selected once the box stands: before that the focus would take the whole text.
+void ShowPlace(OrlWindow box) {
+  FocusItem(box, kErrorText);
+  OrlSelectError(ItemOf(box, kErrorText), displayed.error);
+}
+
+void Help(OrlHelpProc callback) {
+  if (callback != nullptr) {
+    CallHost([=] { return callback(kHelpByKey, reinterpret_cast<intptr_t>(kHelpKey)); });
+  }
+}
+
+}  // namespace
+
+int32_t ORLErrorDisplay(void *parentWindow, const char *text, const FormulaError *error) {
+  return static_cast<int32_t>(Display(kDialogError, parentWindow, text, error));
+}
+
+intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaError *error) {
+  if (Windows() != nullptr) {
+    Windows()->MessageBeep(0);
+  }
+  return Display(kDialogLoadError, parent, text, error);
+}
+
+intptr_t ORLErrorDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  const auto command = static_cast<int32_t>(wParam & 0xFFFF);
+  switch (message) {
+    case ORL_WM_INITDIALOG:
+      Open(window);
+      return 0;
+    case ORL_WM_PAINT:
+      if (displayed.firstPaint) {
+        displayed.firstPaint = false;
+        Windows()->PostMessage(window, kMessageErrorShown, 0, 0);
+      }
+      return 0;
+    case kMessageErrorShown:
+      ShowPlace(window);
+      return 1;
+    case ORL_WM_COMMAND:
+      if (command == kErrorOk || command == ORL_ID_CANCEL) {
+        Windows()->EndDialog(window, 1);
+      }
+      return 0;
+    case ORL_WM_HELP_REQUEST:
+      Help(reinterpret_cast<OrlHelpProc>(lParam));
+      return 0;
+    default:
+      return 0;
+  }
+}
+
+intptr_t ORLErrorEditProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  if (IsKeptFromReadOnly(message, wParam)) {
+    return 0;
+  }
+  return Windows()->CallWindowProc(displayed.ownEditProc, window, message, wParam, lParam);
+}

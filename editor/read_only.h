@@ -1,0 +1,24 @@
+// Edits that a user can look at and scroll and not change.
+#ifndef ORLI11_EDITOR_READ_ONLY_H
+#define ORLI11_EDITOR_READ_ONLY_H
+
+#include "platform/windows.h"
+
+// True for an event that such an edit does not see: typing, and what would move the selection. The
+// Return key passes, for the default button.
+inline bool IsKeptFromReadOnly(uint32_t message, uintptr_t wParam) {
+  switch (message) {
+    case ORL_WM_CHAR:
+    case ORL_WM_MOUSEMOVE:
+    case ORL_WM_LBUTTONDOWN:
+    case ORL_WM_LBUTTONUP:
+    case ORL_WM_LBUTTONDBLCLK:
+      return true;
+    case ORL_WM_KEYDOWN:
+      return wParam != ORL_VK_RETURN;
+    default:
+      return false;
+  }
+}
+
+#endif

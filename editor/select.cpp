@@ -1,0 +1,120 @@
+// The rows of the list of formulas: loading one into the edits, and deleting one.
+#include <initializer_list>
+
+#include "editor/editor.h"
+#include "editor/editor_text.h"
+#include "editor/mode_texts.h"
+#include "editor/window_calls.h"
+#include "engine/context.h"
+#include "engine/expressions.h"
+#include "engine/host_call.h"
+#include "language/trial.h"
+#include "platform/text.h"
+
+namespace {
+
+constexpr uint32_t kDeniedMessage = 205;
+constexpr uint32_t kDeleteQuestion = 204;
+
+// The expression whose name a row shows, or null.
+HEXP ExpressionOfRow(OrlWindow list, int32_t row) {
+  char *name = TextOfRow(list, row);
+  HEXP exp = name != nullptr ? ORLHEXPFromName(CurrentEditor().ec, name) : nullptr;
+  WRENMemFree(name);
+  return exp;
+}
+
+// Asks host and user whether the expression may go. Both may take their time, and the host may
+// change the context.
+bool DeletionIsWanted(OrlWindow dialog, HEXP exp) {
+  const EditorState &editor = CurrentEditor();
+  const int32_t kind = KindOfExpression(exp);
+  const EditorText caption = LoadText(kModeTexts[kind].deleteCaption);
+  const int32_t permitted =
+      CallHost([&] { return editor.ec->delPermissionProc(editor.ec, exp, dialog); });
+  if (permitted == 0) {
+    Windows()->MessageBox(dialog, LoadText(kDeniedMessage).text, caption.text, ORL_MB_OK);
+    return false;
+  }
+  EditorText question = LoadText(kDeleteQuestion);
+  AppendText(question, kModeTexts[kind].word);
+  return Windows()->MessageBox(dialog, question.text, caption.text,
+                               ORL_MB_YESNO | ORL_MB_ICONQUESTION | ORL_MB_DEFBUTTON2) == ORL_IDYES;
+}
+
+// Takes the row of a deleted expression out of the list; those behind it keep their ordinals.
+void RemoveRow(OrlWindow list, int32_t ordinal) {
+  const int32_t row = RowOfOrdinal(list, ordinal);
+  if (row >= 0) {
+    Send(list, ORL_LB_DELETESTRING, static_cast<uintptr_t>(row));
+  }
+  const intptr_t count = Send(list, ORL_LB_GETCOUNT);
+  for (intptr_t i = 0; i < count; i++) {
+    const intptr_t data = Send(list, ORL_LB_GETITEMDATA, static_cast<uintptr_t>(i));
+    if (data > ordinal) {
+      Send(list, ORL_LB_SETITEMDATA, static_cast<uintptr_t>(i), data - 1);
+    }
+  }
+  WRENListBoxRefit(list);
+  SetCurrentRow(list, -1);
+}
+
+// The editor behind a deletion.
+void ShowDeleted(OrlWindow dialog, bool wasCurrent) {
+  EditorState &editor = CurrentEditor();
+  for (const int32_t button : {kButtonDelete, kButtonSelect, kButtonShowText}) {
+    EnableItem(dialog, button, false);
+  }
+  if (wasCurrent) {
+    editor.currentExp = nullptr;
+    OrlShowCurrent(dialog);
+  }
+  if (editor.textViewWindow != nullptr) {
+    Send(editor.textViewWindow, kMessageShowExpression, static_cast<uintptr_t>(editor.editorMode));
+  }
+}
+
+}  // namespace
+
+int32_t KindOfExpression(HEXP exp) {
+  return exp != nullptr && exp->tree != nullptr ? KindOfTree(exp->tree) : int32_t{kModeFormula};
+}
+
+void OrlSelectFormula(OrlWindow dialog) {
+  EditorState &editor = CurrentEditor();
+  OrlWindow list = ItemOf(dialog, kListFormulas);
+  OrlWindow text = ItemOf(dialog, kEditText);
+  OrlWindow name = ItemOf(dialog, kEditName);
+  const int32_t row = CurrentRow(list);
+  if (row < 0 || ((IsModified(text) || IsModified(name)) && !OrlAskSave(dialog))) {
+    return;
+  }
+  editor.currentExp = row == 0 ? nullptr : ExpressionOfRow(list, row);
+  if (editor.currentExp != nullptr) {
+    OrlSetMode(dialog, kOptionFormula + KindOfExpression(editor.currentExp), false);
+  }
+  OrlShowCurrent(dialog);
+  if (editor.currentExp == nullptr) {
+    OrlSeedText(dialog);
+  }
+  SetModified(text, false);
+  SetModified(name, false);
+  FocusItem(dialog, kEditText);
+}
+
+void OrlDeleteSelected(OrlWindow dialog) {
+  EditorState &editor = CurrentEditor();
+  OrlWindow list = ItemOf(dialog, kListFormulas);
+  const int32_t row = CurrentRow(list);
+  HEXP exp = row >= 1 ? ExpressionOfRow(list, row) : nullptr;
+  if (exp == nullptr || editor.ec->delPermissionProc == nullptr || !DeletionIsWanted(dialog, exp)) {
+    return;
+  }
+  const int32_t ordinal = ORLGetExpressionOrdinal(editor.ec, exp);
+  const bool wasCurrent = exp == editor.currentExp;
+  if (ordinal < 0 || ORLDestroyEXP(editor.ec, exp) == 0) {
+    return;
+  }
+  RemoveRow(list, ordinal);
+  ShowDeleted(dialog, wasCurrent);
+}
