@@ -71,6 +71,9 @@ struct BuildRecord {
   uint16_t textLimit;
 };
 
+// The timer that opens the error box in a recovery.
+constexpr uintptr_t kErrorTimer = 1;
+
 constexpr int32_t kLabelSize = 129;  // "Expression" and its kin, at most 128 characters
 
 struct EditorState {
@@ -105,10 +108,13 @@ HEXP OrlCurrentExpression();
 // empty for an unknown id.
 const char *EditorString(uint32_t id);
 
-// ---- Frame (frame.cpp, layout.cpp, entry.cpp)
+// ---- Frame (entry.cpp, frame.cpp, opening.cpp, layout.cpp, display.cpp)
 // ------------------------------------------------------
 
+// Makes the row of exactly that text the current and the top row; false when there is none.
 bool OrlFindExact(OrlWindow list, const char *name, int32_t *row);
+// Readies the dialog for its run: state, controls, and what is there to see.
+void OrlOpenDialog(OrlWindow dialog);
 void OrlInitDialog(OrlWindow dialog);
 bool OrlIsHiddenExpression(EC ec, HEXP exp);
 void OrlShowCurrent(OrlWindow dialog);
@@ -120,16 +126,24 @@ void OrlEnableDelete(OrlWindow dialog);
 void OrlEnableShowText(OrlWindow dialog);
 void OrlCaptionByRow(OrlWindow dialog);
 void OrlCaptionValues(OrlWindow dialog);
+void OrlEnableOk(OrlWindow dialog);
+void OrlClearModified(OrlWindow dialog);
+// Selects the faulty bytes of a text in an edit.
+void OrlSelectError(OrlWindow edit, const FormulaError &error);
 void OrlHelpRequest(OrlWindow dialog, OrlWindow control, OrlHelpProc callback);
+void OrlLayoutOperators(OrlWindow dialog);
 void OrlLayoutFormulas(OrlWindow dialog);
 
-// ---- Lists and insertion (insertion.cpp, templates.cpp, rows.cpp, controls.cpp)
+// ---- Lists and insertion (insertion.cpp, placeholders.cpp, templates.cpp, rows.cpp)
 // --------------------
 
 void OrlInsertItem(OrlWindow list);
 // Appends the parameter template of a function to the name in `buffer` of `size` bytes; false when
 // it has no room.
 bool OrlBuildTemplate(char *buffer, int32_t size, const ExprItem *item);
+// The bytes of that template, and the placeholder of one parameter in it.
+int32_t OrlTemplateLength(const ExprItem *item);
+const char *OrlParameterLabel(const ExprItem *item, int32_t index);
 // Puts the first `length` bytes of a text in place of the edit's selection. The offset where they
 // stand then, or -1 when there is no memory, with the edit as it was.
 int32_t OrlInsertText(OrlWindow edit, const char *text, int32_t length);

@@ -1,12 +1,85 @@
-// The entries of the formula editor. No window system is attached yet, so no dialog can open: to
-// the caller it is as if the user had cancelled it.
-#include "orli11.h"
+// The entries of the formula editor, and the state of a run.
+#include <algorithm>
+#include <cstring>
 
-HEXP ORLBuildExpression(void * /*parentWindow*/, EC /*ec*/, HEXP /*exp*/, uint16_t /*textLimit*/) {
-  return nullptr;
+#include "editor/editor.h"
+#include "engine/context.h"
+#include "engine/host_call.h"
+#include "engine/module.h"
+#include "persistence/recovery.h"
+#include "platform/strings.h"
+#include "resources/dialogs.h"
+
+namespace {
+
+// The value of DialogBoxParam: -1 also where there is nothing to make a dialog of.
+intptr_t RunDialog(OrlWindow parent, BuildRecord &record) {
+  const DialogInUse inUse;
+  const OrlDialogTemplate *dialog = FindDialog(kDialogEditor);
+  if (Windows() == nullptr || dialog == nullptr) {
+    return -1;
+  }
+  const auto parameter = reinterpret_cast<intptr_t>(&record);
+  return CallHost([=] { return Windows()->DialogBoxParam(dialog, parent, OrlDlgProc, parameter); });
 }
 
-int32_t ORLErrorDisplay(void * /*parentWindow*/, const char * /*text*/,
-                        const FormulaError * /*error*/) {
-  return -1;
+EditorMode ModeOfType(int32_t type) {
+  return type == 1 ? kModeSet : type == 2 ? kModeRange : kModeFormula;
+}
+
+}  // namespace
+
+EditorState &CurrentEditor() {
+  static thread_local EditorState state;
+  return state;
+}
+
+bool EditorHasModes() {
+  EC ec = CurrentEditor().ec;
+  return ec != nullptr && ec->listValuesProc != nullptr && !CurrentRecovery().active;
+}
+
+HEXP OrlCurrentExpression() {
+  EditorState &editor = CurrentEditor();
+  if (ORLGetExpressionOrdinal(editor.ec, editor.currentExp) < 0) {
+    editor.currentExp = nullptr;
+  }
+  return editor.currentExp;
+}
+
+const char *EditorString(uint32_t id) {
+  static thread_local char text[256];
+  text[0] = '\0';
+  LoadStringA(moduleHandle, id, text, sizeof text);
+  return text;
+}
+
+HEXP ORLBuildExpression(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit) {
+  return ORLBuildExpressionOfType(parentWindow, ec, exp, textLimit, 0, nullptr);
+}
+
+HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit, int32_t type,
+                              const char *itemName) {
+  EditorState &editor = CurrentEditor();
+  if (ec == nullptr || editor.record != nullptr) {
+    return nullptr;
+  }
+  BuildRecord record = {ec, exp, nullptr, textLimit};
+  editor = EditorState{};
+  editor.record = &record;
+  editor.ec = ec;
+  editor.currentExp = exp;
+  editor.editorMode = ModeOfType(type);
+  if (itemName != nullptr &&
+      strnlen(itemName, sizeof editor.valuesItem) < sizeof editor.valuesItem) {
+    std::strcpy(editor.valuesItem, itemName);
+  }
+  const intptr_t ended = RunDialog(parentWindow, record);
+  editor = EditorState{};
+  if (ended == -1) {
+    const FormulaError error = {ORL_ERR_MEMLOW, 0, 0};
+    ORLErrorDisplay(parentWindow, "", &error);
+    return nullptr;
+  }
+  return ORLGetExpressionOrdinal(ec, record.result) < 0 ? nullptr : record.result;
 }

@@ -1,0 +1,125 @@
+// The procedures that stand ahead of the editor's controls.
+#include "editor/editor.h"
+#include "editor/window_calls.h"
+#include "persistence/recovery.h"
+
+namespace {
+
+// Hands an event to the control itself.
+intptr_t Own(int32_t control, OrlWindow window, uint32_t message, uintptr_t wParam,
+             intptr_t lParam) {
+  return Windows()->CallWindowProc(CurrentEditor().controlProcs[control], window, message, wParam,
+                                   lParam);
+}
+
+// True while the editor runs that the control belongs to.
+bool EditorRuns() {
+  return Windows() != nullptr && CurrentEditor().record != nullptr;
+}
+
+// The user has gone to another row of the Formulas list.
+void FollowRow(OrlWindow dialog, bool openTextView) {
+  if (!CurrentRecovery().active) {
+    EnableItem(dialog, kButtonSelect, true);
+  }
+  OrlEnableDelete(dialog);
+  if (openTextView) {
+    OrlOpenTextView(dialog);
+  } else {
+    OrlEnableShowText(dialog);
+  }
+  if (EditorHasModes()) {
+    OrlCaptionByRow(dialog);
+  }
+}
+
+// A list whose rows the space key inserts.
+intptr_t ListEvent(int32_t control, OrlWindow window, uint32_t message, uintptr_t wParam,
+                   intptr_t lParam) {
+  if (!EditorRuns()) {
+    return 0;
+  }
+  const intptr_t result = Own(control, window, message, wParam, lParam);
+  if (message == ORL_WM_CHAR && wParam == ' ') {
+    OrlInsertItem(window);
+  }
+  return result;
+}
+
+}  // namespace
+
+intptr_t EditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  if (!EditorRuns()) {
+    return 0;
+  }
+  const intptr_t result = Own(kEditText, window, message, wParam, lParam);
+  if (message == ORL_WM_KEYDOWN || message == ORL_WM_LBUTTONUP) {
+    OrlEnableEditButtons(Windows()->GetParent(window));
+  }
+  return result;
+}
+
+intptr_t StatusSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  if (!EditorRuns()) {
+    return 0;
+  }
+  switch (message) {
+    case ORL_WM_SETFOCUS: {
+      OrlWindow dialog = Windows()->GetParent(window);
+      OrlWindow before = reinterpret_cast<OrlWindow>(wParam);
+      const bool isSibling = before != nullptr && Windows()->GetParent(before) == dialog;
+      Windows()->SetFocus(isSibling ? before : ItemOf(dialog, kEditText));
+      return 0;
+    }
+    case ORL_WM_SETCURSOR:
+    case ORL_WM_KEYDOWN:
+    case ORL_WM_CHAR:
+    case ORL_WM_MOUSEMOVE:
+    case ORL_WM_LBUTTONDOWN:
+    case ORL_WM_LBUTTONUP:
+    case ORL_WM_LBUTTONDBLCLK:
+      return 0;
+    default:
+      return Own(kEditStatus, window, message, wParam, lParam);
+  }
+}
+
+intptr_t LBFormsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  if (!EditorRuns()) {
+    return 0;
+  }
+  const intptr_t result = ListEvent(kListFormulas, window, message, wParam, lParam);
+  OrlWindow dialog = Windows()->GetParent(window);
+  switch (message) {
+    case ORL_LB_SETCURSEL:
+      if (EditorHasModes()) {
+        OrlCaptionByRow(dialog);
+      }
+      break;
+    case ORL_WM_KEYUP:
+      if (wParam == ORL_VK_UP || wParam == ORL_VK_DOWN) {
+        FollowRow(dialog, CurrentEditor().textViewWindow != nullptr);
+      }
+      break;
+    case ORL_WM_LBUTTONUP:
+      FollowRow(dialog, CurrentEditor().textViewWindow != nullptr);
+      break;
+    case ORL_WM_RBUTTONDBLCLK:
+      // The right button selects nothing by itself: the row under the mouse is clicked for it.
+      Own(kListFormulas, window, ORL_WM_LBUTTONDOWN, wParam, lParam);
+      Own(kListFormulas, window, ORL_WM_LBUTTONUP, wParam, lParam);
+      FollowRow(dialog, true);
+      break;
+    default:
+      break;
+  }
+  return result;
+}
+
+intptr_t LBVarsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  return ListEvent(kListItems, window, message, wParam, lParam);
+}
+
+intptr_t LBFuncsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  return ListEvent(kListFunctions, window, message, wParam, lParam);
+}

@@ -1,0 +1,55 @@
+// What moves in the editor when it opens.
+#include "editor/editor.h"
+#include "editor/window_calls.h"
+#include "engine/context.h"
+
+namespace {
+
+// The place of a control in its dialog's client area.
+OrlRect PlaceOf(OrlWindow dialog, int32_t id) {
+  OrlRect place = {0, 0, 0, 0};
+  Windows()->GetWindowRect(ItemOf(dialog, id), &place);
+  Windows()->ScreenToClient(dialog, &place.left, &place.top);
+  Windows()->ScreenToClient(dialog, &place.right, &place.bottom);
+  return place;
+}
+
+void MoveTo(OrlWindow dialog, int32_t id, const OrlRect &place) {
+  Windows()->MoveWindow(ItemOf(dialog, id), place.left, place.top, place.right - place.left,
+                        place.bottom - place.top);
+}
+
+}  // namespace
+
+// The box of operators grows where there is a fifth one.
+void OrlLayoutOperators(OrlWindow dialog) {
+  EC ec = CurrentEditor().ec;
+  if (ec->concatAllowed == 0 && (ec->flags & ORL_FLAG_PERCENT) == 0) {
+    ShowItem(dialog, kButtonConcat, false);
+    return;
+  }
+  const OrlRect button = PlaceOf(dialog, kButtonConcat);
+  OrlRect box = PlaceOf(dialog, kGroupOperators);
+  box.bottom += button.bottom - button.top;
+  MoveTo(dialog, kGroupOperators, box);
+  if (ec->concatAllowed == 0) {
+    SetItemText(dialog, kButtonConcat, "%");
+  }
+}
+
+// The label comes to stand just below the mode buttons, and the list's height is a whole number of
+// rows.
+void OrlLayoutFormulas(OrlWindow dialog) {
+  const OrlTextMetrics &metrics = CurrentEditor().metrics;
+  const int32_t rowHeight = metrics.height + metrics.externalLeading;
+  OrlRect label = PlaceOf(dialog, kLabelFormulas);
+  OrlRect list = PlaceOf(dialog, kListFormulas);
+  const int32_t down = PlaceOf(dialog, kOptionFormula).bottom - label.top + 3;
+  const int32_t left = list.bottom - list.top - down;
+  const int32_t shift = down + (rowHeight > 0 ? left % rowHeight : 0);
+  label.top += shift;
+  label.bottom += shift;
+  MoveTo(dialog, kLabelFormulas, label);
+  list.top += shift;
+  MoveTo(dialog, kListFormulas, list);
+}

@@ -1,0 +1,100 @@
+// Placeholders: words in a text that stand for what the user has still to put in.
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+
+#include "editor/editor.h"
+#include "editor/window_calls.h"
+#include "engine/module.h"
+#include "platform/text.h"
+
+namespace {
+
+constexpr const char *kDelimiters = " \t\r()*+-/|%,";
+constexpr int32_t kQuote = 34;
+
+struct Span {
+  int32_t start, length;  // start -1: nothing
+};
+
+bool IsPlaceholder(const char *token) {
+  const EditorState &editor = CurrentEditor();
+  if (editor.editorMode != kModeFormula && WRENStrEqualNoCase(token, editor.expressionWord) != 0) {
+    return true;
+  }
+  return std::any_of(std::begin(moduleTexts.typeLabels), std::end(moduleTexts.typeLabels),
+                     [token](const char *label) { return WRENStrEqualNoCase(token, label) != 0; });
+}
+
+// The first token that is a placeholder; quoted text is one token. `token` has room for the text.
+Span FindWord(const char *text, char *token) {
+  int32_t used = 0;
+  while (text[used] != '\0') {
+    used += WRENStrTokenize(token, text + used, kDelimiters, kDelimiters, 0, kQuote, 0);
+    if (IsPlaceholder(token)) {
+      const int32_t length = WRENStrLen(token);
+      return {used - length, length};
+    }
+  }
+  return {-1, 0};
+}
+
+// The first place of exactly these bytes that is not in the middle of a character.
+Span FindBytes(const char *text, const char *pattern) {
+  const int32_t length = WRENStrLen(pattern);
+  for (const char *at = text; *at != '\0'; at = CharNextA(at)) {
+    if (std::strncmp(at, pattern, static_cast<size_t>(length)) == 0) {
+      return {static_cast<int32_t>(at - text), length};
+    }
+  }
+  return {-1, 0};
+}
+
+Span FindPlaceholder(const char *text, char *token) {
+  const EditorState &editor = CurrentEditor();
+  Span found = FindWord(text, token);
+  if (found.start < 0 && editor.editorMode == kModeSet) {
+    found = FindBytes(text, editor.expressionTail);
+  }
+  return found.start < 0 ? FindBytes(text, editor.anyTail) : found;
+}
+
+}  // namespace
+
+void OrlSelectPlaceholder(OrlWindow dialog) {
+  OrlWindow edit = ItemOf(dialog, kEditText);
+  const Selection selection = SelectionOf(edit);
+  if (selection.start == selection.end) {
+    char *text = TextOfWindow(edit);
+    char *token = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(WRENStrLen(text)) + 1));
+    const bool memory = text != nullptr && token != nullptr;
+    const Span found = memory ? FindPlaceholder(text, token) : Span{-1, 0};
+    WRENMemFree(text);
+    WRENMemFree(token);
+    if (!memory) {
+      return;
+    }
+    if (found.start >= 0) {
+      Select(edit, found.start, found.start + found.length);
+    }
+  }
+  OrlEnableEditButtons(dialog);
+}
+
+void OrlSeedText(OrlWindow dialog) {
+  const EditorState &editor = CurrentEditor();
+  if (editor.editorMode == kModeFormula) {
+    return;
+  }
+  const char *word = editor.expressionWord;
+  char text[3 * kLabelSize + 16];
+  if (editor.editorMode == kModeRange) {
+    std::snprintf(text, sizeof text, "%s AND %s", word, word);
+  } else {
+    std::snprintf(text, sizeof text, "%s, %s %s", word, word, editor.expressionTail);
+  }
+  SetItemText(dialog, kEditText, text);
+  Select(ItemOf(dialog, kEditText), 0, WRENStrLen(word));
+  OrlEnableEditButtons(dialog);
+}
