@@ -6,6 +6,7 @@
 #include "engine/context.h"
 #include "engine/host_call.h"
 #include "platform/text.h"
+#include "platform/window_system.h"
 
 namespace {
 
@@ -228,8 +229,16 @@ int32_t ORLDeleteAllECVars(EC ec) {
   return 1;
 }
 
-int32_t ORLLoadComboBox(EC ec, int32_t kind, void * /*comboHandle*/) {
+int32_t ORLLoadComboBox(EC ec, int32_t kind, void *comboHandle) {
   const ItemTable *table = ec == nullptr ? nullptr : ItemTableOf(ec, kind);
-  // No window system is attached, so there is no box that could take the names.
-  return table == nullptr ? 0 : static_cast<int32_t>(HandleArrayRows(table->rows));
+  const OrlWindowSystem *windows = Windows();
+  const uint32_t rows = table == nullptr ? 0 : HandleArrayRows(table->rows);
+  for (uint32_t i = 0; i < rows && windows != nullptr; i++) {
+    const auto *item = static_cast<ExprItem *>(HandleArrayPointerAt(table->rows, i));
+    if (item != nullptr) {
+      const auto name = reinterpret_cast<intptr_t>(item->name);
+      CallHost([=] { return windows->SendMessage(comboHandle, ORL_CB_ADDSTRING, 0, name); });
+    }
+  }
+  return static_cast<int32_t>(rows);
 }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "engine/context.h"
+#include "platform/window_system.h"
 #include "wreni11.h"
 
 RecoveryState &CurrentRecovery() {
@@ -23,14 +24,33 @@ PendingRow *AwaitedRow(const RecoveryState &recovery, const char *text, const Fo
   return PendingRowOf(*recovery.pending, word);
 }
 
+// The nearest window from `owner` upwards that can have a dialog over it, or the topmost one.
+static OrlWindow DialogParent(OrlWindow owner) {
+  const OrlWindowSystem *windows = Windows();
+  OrlWindow window = owner;
+  while (windows != nullptr && window != nullptr &&
+         (windows->IsWindowVisible(window) == 0 || windows->IsWindowEnabled(window) == 0)) {
+    OrlWindow parent = windows->GetParent(window);
+    if (parent == nullptr) {
+      break;
+    }
+    window = parent;
+  }
+  return window;
+}
+
 HEXP RepairFormula(EC ec, const char *text, const FormulaError &error) {
   RecoveryState &recovery = CurrentRecovery();
+  const RecoveryState outer = recovery;  // of an editor whose host loads another block meanwhile
   recovery.active = true;
   recovery.deferred = nullptr;
   recovery.text = text;
   recovery.name = text + std::strlen(text) + 1;
   recovery.error = error;
-  HEXP repaired = ORLBuildExpression(ec->owner, ec, nullptr, 0);
-  recovery.active = false;
+  HEXP repaired = ORLBuildExpression(DialogParent(ec->owner), ec, nullptr, 0);
+  recovery.active = outer.active;
+  recovery.text = outer.text;
+  recovery.name = outer.name;
+  recovery.error = outer.error;
   return repaired;
 }
