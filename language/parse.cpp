@@ -179,6 +179,26 @@ bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
   return true;
 }
 
+// The first reference to a formula in a tree, at `node` or behind it; null when there is none.
+const ExprNode *ReferenceFrom(const ExprNode *tree, const ExprNode *node) {
+  while (node != nullptr && node->kind != NODE_FORMULA) {
+    node = ExprNodeNext(tree, node);
+  }
+  return node;
+}
+
+// True when two trees refer to the same formulas: then one may take the other's place without a
+// look at what these refer to, which costs a walk through all of them.
+bool RefersAlike(const ExprNode *left, const ExprNode *right) {
+  const ExprNode *a = ReferenceFrom(left, left);
+  const ExprNode *b = ReferenceFrom(right, right);
+  while (a != nullptr && b != nullptr && std::strcmp(NodeText(a), NodeText(b)) == 0) {
+    a = ReferenceFrom(left, ExprNodeNext(left, a));
+    b = ReferenceFrom(right, ExprNodeNext(right, b));
+  }
+  return a == nullptr && b == nullptr;
+}
+
 }  // namespace
 
 bool ReparseExpression(EC ec, Expression *expression, const char *text) {
@@ -191,7 +211,9 @@ bool ReparseExpression(EC ec, Expression *expression, const char *text) {
   }
   const bool fits =
       StoredType(tree) == expression->dataType || ORLIsNamedFormulaUsed(ec, expression->name) == 0;
-  if (!fits || FormulaRefersTo(ec, expression->name, tree) != nullptr || !MentionsAdd(ec, tree)) {
+  const bool circular = !RefersAlike(expression->tree, tree) &&
+                        FormulaRefersTo(ec, expression->name, tree) != nullptr;
+  if (!fits || circular || !MentionsAdd(ec, tree)) {
     ExprNodeFree(tree);
     return false;
   }

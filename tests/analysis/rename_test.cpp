@@ -247,8 +247,10 @@ TEST(Rename, ChangesNothing) {
   EXPECT_EQ(ORLRenameExpressionItem(nullptr, ORL_INPUT, "Amount", "Total"), 0);
 }
 
-// Name takes the name of a Number: formulas keep the type that their users were parsed with.
-TEST(Rename, NoFormulaInUseChangesItsType) {
+// Where the new text would be no formula that could be stored, the tree keeps its shape: Name takes
+// the name of a Number, and formulas keep the type that their users were parsed with; the item Rate
+// takes the name of the formula that uses it, and that does not refer to itself.
+TEST(Rename, NoTreeThatCouldNotBeStored) {
   RenameContext ec;
   HEXP used = Make(ec, "Name", "Used"), unused = Make(ec, "Name", "Unused");
   HEXP user = Make(ec, "Used() || 'a'", "User");
@@ -257,6 +259,13 @@ TEST(Rename, NoFormulaInUseChangesItsType) {
   EXPECT_EQ(ORLGetExpressionDataType(ec, used), ORL_TYPE_STRING);
   EXPECT_EQ(ORLGetExpressionDataType(ec, unused), ORL_TYPE_NUMBER);
   EXPECT_EQ(Evaluate(ec, unused) + Evaluate(ec, used) + Evaluate(ec, user), "2nonenone");
+  AddInput(ec, "Rate", 0);
+  ec.host.values["Self"] = "4";
+  HEXP self = Make(ec, "Rate + Rate()", "Self");
+  ORLRenameExpressionItem(ec, ORL_INPUT, "Rate", "Self");
+  EXPECT_EQ(TextOf(ec, self), "Self + Self()");
+  EXPECT_EQ(ORLIsItemUsed(ec, self, ORL_FORMULA, "Self"), 0);
+  EXPECT_EQ(Evaluate(ec, self), "4.02");
 }
 
 TEST(Rename, BlocksKeepTheRoutineName) {
