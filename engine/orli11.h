@@ -240,7 +240,8 @@ ORL_API int32_t ORLDelExpItemNoCheck(EC ec, int32_t kind, const char *name);
  * expression that uses it, users first. 0 when `proc` returned 0 or kept what it was asked to
  * destroy; then the row stays. 1 when there is no such row. `proc` may destroy expressions. */
 ORL_API int32_t ORLDeleteExpItem(EC ec, int32_t kind, const char *name, OrlDeleteProc proc);
-/* Sends the names of the kind to a combo box of the window system; returns their number. */
+/* Sends the names of the kind in order to a combo box of the window system, if there is one;
+ * returns their number. */
 ORL_API int32_t ORLLoadComboBox(EC ec, int32_t kind, void *comboHandle);
 
 /* ---- Expressions ----------------------------------------------------------------------------- */
@@ -379,13 +380,37 @@ ORL_API int32_t ORLSetECContents(EC ec, int32_t size, const void *block, int32_t
 
 /* ---- Formula editor -------------------------------------------------------------------------- */
 
-/* Lets the user write a formula, range or set over `parentWindow`, or change `exp`, of at most
- * `textLimit` bytes (0: no limit of its own). The stored expression, or null when the user
- * cancelled. As long as no window system is attached the result is null at once. */
+/* Let the user write a formula, range or set over `parentWindow`, or change `exp`; typing ends at
+ * `textLimit` bytes (0: no limit of its own). `type` is 1 to begin with a set, 2 with a range, else
+ * with a formula; `itemName` is an input item or keyword whose values are to be listed at once, or
+ * null. The stored expression, or null when the user cancelled, when no dialog could be opened, and
+ * while an editor is open on this thread. Expressions that were saved on the way stay stored. */
 ORL_API HEXP ORLBuildExpression(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit);
+ORL_API HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit,
+                                      int32_t type, const char *itemName);
 /* Shows a text with its faulty place and the message. 1 when the user has closed it, -1 when there
  * is no window system to show it. */
 ORL_API int32_t ORLErrorDisplay(void *parentWindow, const char *text, const FormulaError *error);
+
+/* The procedures of the editor's windows, for window systems: of the dialog, and of its controls.
+ * They do nothing, and give 0, while no editor is open on this thread. */
+ORL_API intptr_t OrlDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t EditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t StatusSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t LBFormsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t LBVarsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t LBFuncsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+
+/* The procedures of the text view, the values dialog and the error box, and those ahead of their
+ * edits, for the window system. */
+ORL_API intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam,
+                                    intptr_t lParam);
+ORL_API intptr_t ViewEditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t OrlListValuesDlgProc(void *window, uint32_t message, uintptr_t wParam,
+                                      intptr_t lParam);
+ORL_API intptr_t ORLErrorDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t ORLErrorEditProc(void *window, uint32_t message, uintptr_t wParam,
+                                  intptr_t lParam);
 
 /* ---- Function library ------------------------------------------------------------------------ */
 
