@@ -2,8 +2,9 @@
 // off and tried again, pass after pass in stored order, until all are parsed.
 //
 // A formula that is put off is noted with the row whose name it waits for, and comes into a pass
-// only once a formula of that name exists: before, it would fail as it did. So the passes do what
-// they would do if each tried every formula, at the cost of the formulas that can succeed.
+// only once there is a formula for that call and each later one in its text: before, it would fail.
+// So the passes parse what they would parse if each tried every formula, and each text is read a
+// few times only, in whatever order its calls are answered.
 #include "persistence/formula_loader.h"
 
 #include <algorithm>
@@ -37,19 +38,34 @@ void Mark(uint64_t *pass, int32_t row) {
   pass[row / kRowsPerWord] |= uint64_t{1} << (row % kRowsPerWord);
 }
 
-// Lets all rows that wait for this one be tried again: in this pass where it still comes by.
-void WakeWaiting(FormulaLoad &load, PendingRow &awaited) {
-  for (PendingRow *row = awaited.waiting; row != nullptr; row = row->next) {
-    const auto index = static_cast<int32_t>(row - load.names.rows);
-    Mark(index > load.current ? load.thisPass : load.nextPass, index);
-  }
+void Await(PendingRow &awaited, PendingRow &row) {
+  row.next = awaited.waiting;
+  awaited.waiting = &row;
+}
+
+// Lets the rows that wait for this one be tried again: in this pass where it still comes by. Those
+// that call one more formula that is not there go on waiting, unless all are asked for.
+void WakeWaiting(FormulaLoad &load, PendingRow &awaited, bool all) {
+  PendingRow *row = awaited.waiting;
   awaited.waiting = nullptr;
+  while (row != nullptr) {
+    PendingRow *next = row->next;
+    PendingRow *another =
+        all ? nullptr : NextAwaitedRow(load.ec, load.names, row->text, row->behind);
+    if (another != nullptr) {
+      Await(*another, *row);
+    } else {
+      const auto index = static_cast<int32_t>(row - load.names.rows);
+      Mark(index > load.current ? load.thisPass : load.nextPass, index);
+    }
+    row = next;
+  }
 }
 
 void WakeWaitingFor(FormulaLoad &load, const char *name) {
   PendingRow *awaited = load.putOff != 0 ? PendingRowOf(load.names, name) : nullptr;
   if (awaited != nullptr) {
-    WakeWaiting(load, *awaited);
+    WakeWaiting(load, *awaited, false);
   }
 }
 
@@ -90,7 +106,7 @@ void Repair(FormulaLoad &load, PendingRow &row, const char *text, const FormulaE
   char *deferred = CurrentRecovery().deferred;
   CurrentRecovery().deferred = nullptr;
   for (int32_t i = 0; load.putOff != 0 && i < load.names.count; i++) {
-    WakeWaiting(load, load.names.rows[i]);
+    WakeWaiting(load, load.names.rows[i], true);
   }
   if (repaired != nullptr) {
     WRENMemFree(deferred);
@@ -123,8 +139,8 @@ void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
     return;
   }
   PutOff(load, row, text, row.owned);
-  row.next = awaited->waiting;
-  awaited->waiting = &row;
+  row.behind = error.offset + error.length;
+  Await(*awaited, row);
 }
 
 void FirstPass(FormulaLoad &load, BlockCursor &cursor, int32_t count) {

@@ -1,5 +1,8 @@
 #include "persistence/pending_names.h"
 
+#include "engine/context.h"
+#include "engine/items.h"
+#include "language/scanner.h"
 #include "persistence/block_cursor.h"
 
 namespace {
@@ -25,4 +28,24 @@ PendingRow *PendingRowOf(PendingNames &names, const char *name) {
   }
   NameEntry *entry = NameIndexFirst(names.index, name);
   return entry != nullptr ? static_cast<PendingRow *>(entry->row) : nullptr;
+}
+
+PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t &offset) {
+  ParseState &state = CurrentParseState();
+  ResetParseState(state, ec, text + offset, false);
+  PendingRow *awaited = nullptr;
+  while (awaited == nullptr) {
+    const int32_t token = ScanToken(state);
+    if (token == TOK_END || token == TOK_NOMEM) {
+      break;
+    }
+    const char *name = static_cast<const char *>(state.tokenValue);
+    if (token == TOK_CALLNAME && ItemFind(&ec->functions, name) == nullptr &&
+        ORLHEXPFromName(ec, name) == nullptr) {
+      awaited = PendingRowOf(names, name);
+      offset += awaited != nullptr ? state.tokenOffset + state.tokenSpan : 0;
+    }
+    WRENMemFree(state.tokenValue);
+  }
+  return awaited;
 }

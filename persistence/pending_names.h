@@ -15,6 +15,7 @@ struct PendingRow {
   char *owned;          // the same text when it is a block of the editor's, to be freed
   PendingRow *waiting;  // rows that wait for this row's name, first of them
   PendingRow *next;     // the next row that waits for the same name
+  int32_t behind;       // offset in the text behind the call that it waits for
 };
 
 struct PendingNames {
@@ -28,5 +29,9 @@ struct PendingNames {
 
 // The first row of that name, or null. Lists the names when it is first asked.
 PendingRow *PendingRowOf(PendingNames &names, const char *name);
+
+// The row that the next call in a text from `offset` on waits for, which is moved behind the call:
+// one that names a row, but nothing in the context yet. Null when there is no such call.
+PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t &offset);
 
 #endif

@@ -268,6 +268,8 @@ TEST(BlockReader, Formulas) {
       {"a chain", rows(3, {"A=B()", "B=C()", "C=3"}), 1, "", "A:=B() B:=C() C:=3 "},
       {"in ranges and sets", rows(3, {"R=(B()) AND 3", "S=1, B()", "B=2"}), 1, "",
        "R:=(B()) AND 3 S:=1, B() B:=2 "},
+      {"a call in a text is none", rows(3, {"A=B() || ' A() '", "B='b'"}), 1, "",
+       "A:=B() || ' A() ' B:='b' "},
       {"in an old block", rows(1, {"Z=1", "A=B()", "B=2"}), 0, "!B() 103@0+2 ", "Z:=1 "},
       {"in the oldest", rows(0, {"A=B()", "B=2"}), 0, "!B() 103@0+2 ", ""},
       {"without parentheses", rows(3, {"A=B", "B=2"}), 0, "", ""},
@@ -341,7 +343,8 @@ TEST(BlockReader, CopiesRowsOfADamagedKind) {
   }
 }
 
-// As many formulas as a block can hold, each of which needs another.
+// As many formulas as a block can hold, each of which needs the next, and the first one all, the
+// last of the chain ahead.
 TEST(BlockReader, LongChains) {
   constexpr int kCount = 32767;
   std::vector<int> order(kCount);
@@ -350,7 +353,10 @@ TEST(BlockReader, LongChains) {
     SCOPED_TRACE(what);
     Texts rows;
     for (const int i : order) {
-      const std::string text = i + 1 < kCount ? "F" + std::to_string(i + 1) + "()" : "1";
+      std::string text = i + 1 < kCount ? "F" + std::to_string(i + 1) + "()" : "1";
+      for (int call = kCount - 1; i == 0 && call != 1; call--) {
+        text.insert(text.rfind('F'), "F" + std::to_string(call) + "() + ");
+      }
       rows.push_back("F" + std::to_string(i) + "=" + text);
     }
     const std::string block = Start(3) + Formulas(rows);
