@@ -1,0 +1,61 @@
+// Sessions at the editor: open, act, look, through the window system without a screen.
+//
+//   const HEXP made = Edit(ec, {}, [](OrlWindow d) {
+//     Act(d, "double 106 Amount; click 108; type 100 5; click 1");
+//   });
+#ifndef ORLI11_TESTS_EDITOR_SESSION_H
+#define ORLI11_TESTS_EDITOR_SESSION_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "orli11.h"
+#include "platform/headless/headless.h"
+
+using Steps = std::function<void(OrlWindow dialog)>;
+
+// How the editor is opened.
+struct Opening {
+  HEXP exp = nullptr;
+  int32_t type = 0;  // 1: set, 2: range
+  const char *item = nullptr;
+  uint16_t limit = 0;
+};
+
+// Runs an action with a user in front of it. For each editor that opens, `steps` are played once it
+// stands; where it is still open then it is cancelled. Question boxes are answered by `answers` in
+// turn, and by Cancel behind the last; error boxes are read and closed. What boxes and error boxes
+// have said stands in Told().
+void WithUser(const Steps &steps, const std::vector<int32_t> &answers,
+              const std::function<void()> &action);
+
+// ORLBuildExpressionOfType with a user.
+HEXP Edit(EC ec, const Opening &opening, const Steps &steps,
+          const std::vector<int32_t> &answers = {});
+
+// What was said in the last run, in order: "caption|text" of a question box, "!message|text" of an
+// error box, its text with the selection marked as by Marked.
+const std::vector<std::string> &Told();
+std::string ToldAll();  // the same in one text, joined by " / "
+
+// Does what a user does, one thing after the other, and expects that each can be done, or cannot
+// where it begins with "no ". Rows are told by their text.
+//   click ID | double LIST ROW | right LIST ROW | row LIST ROW | type ID TEXT | key ID NUMBER
+//   select ID FROM TO | wait MILLISECONDS | focus ID | close
+void Act(OrlWindow dialog, const std::string &acts);
+
+// The state of a control, the dialog itself without an id; all zero when it is not there.
+OrlHeadlessState Look(OrlWindow dialog, int32_t id = ORL_HEADLESS_SELF);
+// The text of a control, the title of a dialog.
+std::string Text(OrlWindow dialog, int32_t id = ORL_HEADLESS_SELF);
+// The text of an edit with its selection in braces: "A AND {Expression}", with the caret "A{}".
+std::string Marked(OrlWindow dialog, int32_t id = 100);
+// The rows of a list, "*" ahead of the current one, with ":data" behind where `data` is true.
+std::vector<std::string> Rows(OrlWindow dialog, int32_t list, bool data = false);
+std::string RowList(OrlWindow dialog, int32_t list, bool data = false);  // joined by ", "
+// The ids of `ids` that are enabled, or visible.
+std::vector<int32_t> Enabled(OrlWindow dialog, const std::vector<int32_t> &ids);
+std::vector<int32_t> Visible(OrlWindow dialog, const std::vector<int32_t> &ids);
+
+#endif
