@@ -70,9 +70,9 @@ HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t text
   editor.ec = ec;
   editor.currentExp = exp;
   editor.editorMode = ModeOfType(type);
-  if (itemName != nullptr &&
-      strnlen(itemName, sizeof editor.valuesItem) < sizeof editor.valuesItem) {
-    std::strcpy(editor.valuesItem, itemName);
+  const size_t itemLength = itemName == nullptr ? 0 : strnlen(itemName, sizeof editor.valuesItem);
+  if (itemLength < sizeof editor.valuesItem) {  // longer than any item's name: no item is meant
+    std::memcpy(editor.valuesItem, itemName == nullptr ? "" : itemName, itemLength);
   }
   const intptr_t ended = RunDialog(parentWindow, record);
   editor = EditorState{};

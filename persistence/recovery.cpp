@@ -6,6 +6,25 @@
 #include "platform/window_system.h"
 #include "wreni11.h"
 
+namespace {
+
+// The nearest window from `owner` upwards that can have a dialog over it, or the topmost one.
+OrlWindow DialogParent(OrlWindow owner) {
+  const OrlWindowSystem *windows = Windows();
+  OrlWindow window = owner;
+  while (windows != nullptr && window != nullptr &&
+         (windows->IsWindowVisible(window) == 0 || windows->IsWindowEnabled(window) == 0)) {
+    OrlWindow parent = windows->GetParent(window);
+    if (parent == nullptr) {
+      break;
+    }
+    window = parent;
+  }
+  return window;
+}
+
+}  // namespace
+
 RecoveryState &CurrentRecovery() {
   static thread_local RecoveryState state;
   return state;
@@ -22,21 +41,6 @@ PendingRow *AwaitedRow(const RecoveryState &recovery, const char *text, const Fo
   word[length - 1] = '\0';  // over the parenthesis
   WRENStrRTrim(word, word);
   return PendingRowOf(*recovery.pending, word);
-}
-
-// The nearest window from `owner` upwards that can have a dialog over it, or the topmost one.
-static OrlWindow DialogParent(OrlWindow owner) {
-  const OrlWindowSystem *windows = Windows();
-  OrlWindow window = owner;
-  while (windows != nullptr && window != nullptr &&
-         (windows->IsWindowVisible(window) == 0 || windows->IsWindowEnabled(window) == 0)) {
-    OrlWindow parent = windows->GetParent(window);
-    if (parent == nullptr) {
-      break;
-    }
-    window = parent;
-  }
-  return window;
 }
 
 HEXP RepairFormula(EC ec, const char *text, const FormulaError &error) {
