@@ -63,30 +63,29 @@ void Apply(EC ec, Settings settings) {
 }
 
 struct Case {
+  const char *text, *expected;
   Settings settings;
-  const char *text;
   int32_t marks;
-  const char *expected;
   int32_t bound;  // -1: not looked at
 };
 
 TEST(ExtendedText, EdgeCases) {
   // clang-format off
   const Case rows[] = {
-      {kPictures, "N()*2", 1, "( {fn F(A) } )*2", 16}, {kPictures, "N()*2", 0, "(F(A))*2", 16},
-      {kPictures, "F(A)", 1, " {fn F(A) } ", 12}, {kBare, "N()*2", 1, "(F(A))*2", 16},
-      {kBare, "F(A)+1", 1, " {fn F(A) } +1", 14}, {kBare, "F(A)+1", 0, "F(A)+1", 14},
-      {kBare, "F(F(1))+F(2)", 1, " {fn F( {fn F(1) } ) } + {fn F(2) } ", 36},
-      {kBare, "Plain(F( 1 ) )-Plain (1)", 1, "Plain( {fn F( 1 ) }  )-Plain (1)", 32},
-      {kBare, "1+@PI*F(1)", 1, "1+@PI* {fn F(1) } ", -1}, {kBare, "All(*)+All(DISTINCT A)", 1, " {fn All(*) } + {fn All(DISTINCT A) } ", 38},
-      {kBare, "Marked(\"N\")+N.N+N+N()", 1, " {fn Marked(\"N\") } +N.N+N+(F(A))", -1},
-      {kBare, "N  ( )+ M() ", 0, "(F(A))+ ((F(A))*2) ", -1}, {kBare, "'N() it''s \\'N()' || Q()", 0, "'N() it''s \\'N()' || ('M()')", -1},
-      {kBare, "N() AND M()", 0, "(F(A)) AND ((F(A))*2)", -1}, {kBare, "N(), F(N()) , 3", 1, "(F(A)),  {fn F((F(A))) }  , 3", -1},
-      {kBare, "Day(31 Jan 2012)+F(1)", 1, "Day(31 Jan 2012)+ {fn F(1) } ", -1},
-      {kPictures, "Day(31 January 2012)+F(1)", 1, "Day(2012-01-31)+ {fn F(1) } ", -1}, {kPictures, "Day(31 January 2012)", 0, "Day(31 January 2012)", 20},
-      {kPictures, "D()", 1, "(2012-01-31)", -1}, {kPictures, "D() AND 1/2/13 9:30", 1, "(2012-01-31) AND 2.1.2013 09:30", -1},
-      {kPictures, "9:30", 1, "09 h", 16}, {kPictures, "01/12/2012 00:00:00.000000", 1, "12.1.2012 00:00", 16},
-      {kTemplates, "1/31/2012", 1, "{d '2012-01-31'}", 26}, {kTemplates, "D(), 9:30, 1/2/13 9:30", 1, "({d '2012-01-31'}), 09 h, 100% 2.1.2013 09:30%s", -1},
+      {"N()*2", "( {fn F(A) } )*2", kPictures, 1, 16}, {"N()*2", "(F(A))*2", kPictures, 0, 16},
+      {"F(A)", " {fn F(A) } ", kPictures, 1, 12}, {"N()*2", "(F(A))*2", kBare, 1, 16},
+      {"F(A)+1", " {fn F(A) } +1", kBare, 1, 14}, {"F(A)+1", "F(A)+1", kBare, 0, 14},
+      {"F(F(1))+F(2)", " {fn F( {fn F(1) } ) } + {fn F(2) } ", kBare, 1, 36},
+      {"Plain(F( 1 ) )-Plain (1)", "Plain( {fn F( 1 ) }  )-Plain (1)", kBare, 1, 32},
+      {"1+@PI*F(1)", "1+@PI* {fn F(1) } ", kBare, 1, -1}, {"All(*)+All(DISTINCT A)", " {fn All(*) } + {fn All(DISTINCT A) } ", kBare, 1, 38},
+      {"Marked(\"N\")+N.N+N+N()", " {fn Marked(\"N\") } +N.N+N+(F(A))", kBare, 1, -1},
+      {"N  ( )+ M() ", "(F(A))+ ((F(A))*2) ", kBare, 0, -1}, {"'N() it''s \\'N()' || Q()", "'N() it''s \\'N()' || ('M()')", kBare, 0, -1},
+      {"N() AND M()", "(F(A)) AND ((F(A))*2)", kBare, 0, -1}, {"N(), F(N()) , 3", "(F(A)),  {fn F((F(A))) }  , 3", kBare, 1, -1},
+      {"Day(31 Jan 2012)+F(1)", "Day(31 Jan 2012)+ {fn F(1) } ", kBare, 1, -1},
+      {"Day(31 January 2012)+F(1)", "Day(2012-01-31)+ {fn F(1) } ", kPictures, 1, -1}, {"Day(31 January 2012)", "Day(31 January 2012)", kPictures, 0, 20},
+      {"D()", "(2012-01-31)", kPictures, 1, -1}, {"D() AND 1/2/13 9:30", "(2012-01-31) AND 2.1.2013 09:30", kPictures, 1, -1},
+      {"9:30", "09 h", kPictures, 1, 16}, {"01/12/2012 00:00:00.000000", "12.1.2012 00:00", kPictures, 1, 16},
+      {"1/31/2012", "{d '2012-01-31'}", kTemplates, 1, 26}, {"D(), 9:30, 1/2/13 9:30", "({d '2012-01-31'}), 09 h, 100% 2.1.2013 09:30%s", kTemplates, 1, -1},
   };
   // clang-format on
   for (const Case &row : rows) {
@@ -135,7 +134,8 @@ TEST(ExtendedText, TooLongOrWithoutEnd) {
   HEXP doubled = nullptr, chain = nullptr;
   for (int i = 1; i <= 40; ++i) {
     const std::string call = "F" + std::to_string(i - 1) + "()";
-    doubled = Make(ec, call + "+" + call, "F" + std::to_string(i));
+    std::string sum = call + "+";
+    doubled = Make(ec, sum += call, "F" + std::to_string(i));
   }
   EXPECT_EQ(Filled(ec, doubled, 100, 0), "|0");
   EXPECT_EQ(ORLGetExtendedTextLength(ec, doubled, 0), INT32_MAX);
@@ -195,8 +195,8 @@ std::string RandomText(std::mt19937 &random, const Texts &formulas, int depth) {
   static const char *const forms[] = {"F(@)", "Marked ( @ )", "(@)-@", "Plain(@) +@", "@*@", "F(@)/F(@)"};
   // clang-format on
   if (depth == 0 && !formulas.empty() && random() % 2 != 0) {
-    return std::next(formulas.begin(), random() % static_cast<uint32_t>(formulas.size()))->first +
-           (random() % 4 != 0 ? "()" : "  ( )");
+    const auto which = static_cast<std::ptrdiff_t>(random() % formulas.size());
+    return std::next(formulas.begin(), which)->first + (random() % 4 != 0 ? "()" : "  ( )");
   }
   std::string text =
       depth == 0 ? leaves[random() % std::size(leaves)] : forms[random() % std::size(forms)];
