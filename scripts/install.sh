@@ -1,16 +1,18 @@
 #!/bin/bash
 # install.sh GROUP... - installs the Debian packages of the groups that are not there yet.
-#   build  what the libraries, the host program, the tests and the benchmarks are built with
-#   check  what .ci/run needs beyond that
+#   build      what the libraries, the host program, the tests and the benchmarks are built with
+#   databases  two databases with their ODBC drivers, which tests compare formulas with
+#   check      what .ci/run needs beyond that
 set -euo pipefail
 
-build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev libgtest-dev libbenchmark-dev"
+build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev unixodbc-dev libgtest-dev libbenchmark-dev"
+databases="libsqliteodbc odbc-postgresql postgresql"
 check="clang clang-tidy clang-format libclang-rt-14-dev"
 
 missing=""
 for group in "$@"; do
   case $group in
-    build | check) ;;
+    build | databases | check) ;;
     *) echo "install.sh: no such group: $group" >&2; exit 2 ;;
   esac
   for package in ${!group}; do
