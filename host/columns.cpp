@@ -33,32 +33,6 @@ bool IsPlainName(EC ec, const std::string &header) {
          ORLInputNameIsKeyword(unused.data(), header.c_str()) == 0;
 }
 
-/* Gives the column the name that formulas write. An empty result is success. */
-std::string NameColumn(EC ec, Column &column) {
-  const std::string &header = column.header;
-  const bool hasQuote = header.find('"') != std::string::npos;
-  if (header.empty()) {
-    return "has no name in the header";
-  }
-  if (header.size() > kLongestName) {
-    return "has a name of " + std::to_string(header.size()) + " bytes; names have at most 64";
-  }
-  if (IsPlainName(ec, header)) {
-    column.name = header;
-    return {};
-  }
-  const char quote = hasQuote ? '`' : '"';
-  column.name = quote + header + quote;
-  if (column.name.size() > kLongestName) {
-    return "has a name that needs quotes and is then " + std::to_string(column.name.size()) +
-           " bytes long; names have at most 64";
-  }
-  /* Backticks do not help every name with a double quote. */
-  return ORLValidName(ec, column.name.c_str(), nullptr) == 1
-             ? std::string()
-             : "has a name that no formula can write: " + DisplayName(header);
-}
-
 bool CheckDuplicates(const ScanState &state, std::string &error) {
   const std::vector<Column> &columns = state.table->columns;
   std::vector<size_t> order(columns.size());
@@ -81,7 +55,7 @@ bool TakeHeader(ScanState &state, const CsvRow &row, std::string &error) {
   for (size_t i = 0; i < row.starts.size(); ++i) {
     Column column;
     column.header = CsvField(row, i);
-    const std::string problem = NameColumn(state.ec, column);
+    const std::string problem = ColumnName(state.ec, column);
     if (!problem.empty()) {
       error = state.csv->path + ": column " + std::to_string(i + 1) + " " + problem;
       return false;
@@ -136,6 +110,31 @@ int16_t TypeOf(const ColumnFinding &finding) {
 }
 
 }  // namespace
+
+std::string ColumnName(EC ec, Column &column) {
+  const std::string &header = column.header;
+  const bool hasQuote = header.find('"') != std::string::npos;
+  if (header.empty()) {
+    return "has no name in the header";
+  }
+  if (header.size() > kLongestName) {
+    return "has a name of " + std::to_string(header.size()) + " bytes; names have at most 64";
+  }
+  if (IsPlainName(ec, header)) {
+    column.name = header;
+    return {};
+  }
+  const char quote = hasQuote ? '`' : '"';
+  column.name = quote + header + quote;
+  if (column.name.size() > kLongestName) {
+    return "has a name that needs quotes and is then " + std::to_string(column.name.size()) +
+           " bytes long; names have at most 64";
+  }
+  /* Backticks do not help every name with a double quote. */
+  return ORLValidName(ec, column.name.c_str(), nullptr) == 1
+             ? std::string()
+             : "has a name that no formula can write: " + DisplayName(header);
+}
 
 bool ColumnsScan(CsvFile &csv, EC ec, Table &table, Progress &progress, std::string &error) {
   ScanState state{&csv, ec, &table, &progress, {}, false};

@@ -24,6 +24,10 @@ struct Table {
   int64_t rows = 0;
 };
 
+/* Gives the column of a header the name that formulas write; `ec` says which names need quotes. The
+ * result is empty, or tells what is wrong with the header. */
+std::string ColumnName(EC ec, Column &column);
+
 /* Reads the whole file once: the header gives the names, all rows together the types. A column is
  * Number or Date when each of its fields that is not empty is one, else String. `ec` says which
  * names need quotes. False with a message in `error`. */

@@ -5,6 +5,7 @@
 #include "host/display.h"
 #include "host/formulas.h"
 #include "host/session.h"
+#include "host/store.h"
 
 namespace {
 
@@ -12,26 +13,8 @@ constexpr size_t kWidestExample = 40;
 
 /* "Number", "range of Date", "set of String". */
 std::string KindAndType(EC ec, HEXP exp, uint16_t type) {
-  const char *kind = "";
-  if (ORLIsExpRange(ec, exp, 1) == 1) {
-    kind = "set of ";
-  } else if (ORLIsExpRange(ec, exp, 2) == 1) {
-    kind = "range of ";
-  }
-  return std::string(kind) + TypeName(type);
-}
-
-/* Runs a command over an open session; closes it in any case. */
-template <typename Command>
-int WithSession(const std::string &data, Command command) {
-  Session session;
-  Progress progress;
-  std::string error;
-  ProgressStart(progress);
-  const bool open = SessionOpen(data.c_str(), session, progress, error);
-  const int status = open ? command(session) : Complain(error, EXIT_WRONG);
-  SessionClose(session);
-  return status;
+  const std::string kind = FormulaKind(ec, exp);
+  return (kind == "formula" ? std::string() : kind + " of ") + TypeName(type);
 }
 
 }  // namespace
@@ -56,8 +39,14 @@ int RunItems(const std::string &data) {
   });
 }
 
-int RunCheck(const std::string &data, const std::string &text) {
-  return WithSession(data, [&text](const Session &session) {
+int RunCheck(const std::string &data, const std::string &store, const std::string &text) {
+  return WithSession(data, [&store, &text](const Session &session) {
+    std::vector<Formula> stored;
+    std::string problem;
+    if (!store.empty() && (!StoreFormulas(store, session, stored, problem) ||
+                           !FormulasDefine(session.ec, stored, problem))) {
+      return Complain(problem, EXIT_WRONG);
+    }
     FormulaError error = {};
     uint16_t type = 0;
     HEXP exp = ORLParseFormula(session.ec, nullptr, text.c_str(), nullptr, &error, &type);

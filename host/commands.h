@@ -16,7 +16,7 @@ enum ExitStatus {
 };
 
 struct EvalOptions {
-  std::string data;
+  std::string data, store;
   std::vector<std::string> formulas; /* NAME=TEXT */
   int64_t limit = -1;                /* rows to compute; -1: all */
   OutputFormat format = OUTPUT_TABLE;
@@ -38,7 +38,7 @@ struct ReportColumn {
 };
 
 struct ReportOptions {
-  std::string data;
+  std::string data, store;
   std::vector<ReportColumn> columns;
   OutputFormat format = OUTPUT_TABLE;
 };
@@ -47,13 +47,28 @@ struct ReportOptions {
 int RunItems(const std::string &data);
 /* The functions: signature and description. */
 int RunFunctions();
-/* The type of a formula, or its error with the place underlined. */
-int RunCheck(const std::string &data, const std::string &text);
-/* Formulas computed for each row. */
+/* The type of a formula, or its error with the place underlined. It may call those of a store; an
+ * empty `store` is none, also in the options of the next two. */
+int RunCheck(const std::string &data, const std::string &store, const std::string &text);
+/* Formulas computed for each row, those of the store first. */
 int RunEval(const EvalOptions &options);
 /* Rows grouped by the values of formulas, a row for each group in the order of these values. Null
  * values do not count in a figure; one without values is an empty cell. */
 int RunReport(const ReportOptions &options);
+
+/* Adds formulas to a store, or changes them, for the columns of a file. */
+int RunDefine(const std::string &store, const std::string &data,
+              const std::vector<std::string> &formulas);
+/* The formulas of a store: name, kind, type, text. */
+int RunList(const std::string &store, OutputFormat format);
+/* The text of a formula. */
+int RunShow(const std::string &store, const std::string &name);
+/* Takes a formula out of a store, unless others use it. */
+int RunDelete(const std::string &store, const std::string &name);
+/* Gives a column another name; writes the formulas whose texts have followed. */
+int RunRename(const std::string &store, const std::string &from, const std::string &to);
+/* The names of the formulas that use a column, function or formula. */
+int RunUses(const std::string &store, const std::string &name);
 
 /* Writes an error and returns `status`. */
 int Complain(const std::string &message, int status);

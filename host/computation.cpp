@@ -4,6 +4,7 @@
 
 #include "host/commands.h"
 #include "host/display.h"
+#include "host/store.h"
 
 namespace {
 
@@ -43,21 +44,35 @@ bool ComputeRow(const CsvRow &row, void *user, std::string &error) {
   return reader.consumer->row();
 }
 
-/* Defines the formulas; each must be able to have a value. */
+/* Defines the formulas and those of the store, and keeps what is to be computed. Each must be able
+ * to have a value; ranges and sets of the store are passed over. */
 bool Define(Computation &computation, std::string &error) {
   EC ec = computation.session.ec;
-  if (!FormulasDefine(ec, computation.formulas, error)) {
+  std::vector<Formula> all;
+  if (!computation.store.empty() &&
+      !StoreFormulas(computation.store, computation.session, all, error)) {
     return false;
   }
-  for (const Formula &formula : computation.formulas) {
-    const bool set = ORLIsExpRange(ec, formula.exp, 1) == 1;
-    if (set || ORLIsExpRange(ec, formula.exp, 2) == 1) {
-      error = "formula " + DisplayName(formula.title) + " is a " + (set ? "set" : "range") +
-              " and has no value";
+  const size_t stored = all.size();
+  all.insert(all.end(), computation.formulas.begin(), computation.formulas.end());
+  if (!FormulasDefine(ec, all, error)) {
+    return false;
+  }
+  computation.formulas.clear();
+  for (size_t i = 0; i < all.size(); ++i) {
+    const std::string kind = FormulaKind(ec, all[i].exp);
+    if (i >= stored && kind != "formula") {
+      error = "formula " + DisplayName(all[i].title) + " is a " + kind + " and has no value";
       return false;
     }
+    if (i >= stored || (computation.computeStored && kind == "formula")) {
+      computation.formulas.push_back(all[i]);
+    }
   }
-  return true;
+  if (computation.formulas.empty()) {
+    error = DisplayName(computation.store) + ": holds no formula that has a value";
+  }
+  return !computation.formulas.empty();
 }
 
 bool AllocateResults(Computation &computation, std::string &error) {

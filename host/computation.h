@@ -21,6 +21,8 @@ struct Result {
 struct Computation {
   std::vector<Formula> formulas;
   std::vector<Result> results; /* one for each formula */
+  std::string store;           /* a file of formulas that these may call; empty: none */
+  bool computeStored = false;  /* they are computed too, ahead of the others */
   int64_t limit = -1;          /* rows to compute; -1: all */
   int64_t rows = 0;            /* computed so far */
   Session session;

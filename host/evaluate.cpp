@@ -26,6 +26,8 @@ void WriteRow(Computation &computation, std::vector<std::string> &cells, Output 
 int RunEval(const EvalOptions &options) {
   Computation computation;
   computation.limit = options.limit;
+  computation.store = options.store;
+  computation.computeStored = true;
   for (const std::string &argument : options.formulas) {
     std::string error;
     if (!ComputationTake(computation, argument, error)) {
@@ -34,9 +36,10 @@ int RunEval(const EvalOptions &options) {
   }
   Output output;
   output.format = options.format;
-  std::vector<std::string> cells(computation.formulas.size());
+  std::vector<std::string> cells;
   RowConsumer consumer;
-  consumer.begin = [&computation, &output](std::string & /*error*/) {
+  consumer.begin = [&computation, &output, &cells](std::string & /*error*/) {
+    cells.resize(computation.formulas.size());
     for (const Formula &formula : computation.formulas) {
       output.columns.push_back({formula.title, formula.type == ORL_TYPE_NUMBER});
     }

@@ -99,19 +99,24 @@ std::string CircleMessage(const std::vector<Formula> &formulas, const std::vecto
 
 }  // namespace
 
+Formula FormulaOf(const std::string &name, const std::string &text) {
+  Formula formula;
+  formula.name = name;
+  formula.text = text;
+  formula.title = name;
+  if (name.size() > 2 && IsQuote(name.front()) && name.find(name.front(), 1) == name.size() - 1) {
+    formula.title = name.substr(1, name.size() - 2);
+  }
+  return formula;
+}
+
 bool FormulaFromArgument(const std::string &argument, Formula &formula, std::string &error) {
   const size_t equals = FindEquals(argument);
   if (equals == std::string::npos) {
     error = "a formula is given as NAME=TEXT, not as " + DisplayName(argument);
     return false;
   }
-  formula.name = Trimmed(argument.substr(0, equals));
-  formula.text = argument.substr(equals + 1);
-  formula.title = formula.name;
-  if (formula.name.size() > 2 && IsQuote(formula.name.front()) &&
-      formula.name.find(formula.name.front(), 1) == formula.name.size() - 1) {
-    formula.title = formula.name.substr(1, formula.name.size() - 2);
-  }
+  formula = FormulaOf(Trimmed(argument.substr(0, equals)), argument.substr(equals + 1));
   return true;
 }
 
@@ -151,6 +156,13 @@ bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error) {
     }
   }
   return true;
+}
+
+const char *FormulaKind(EC ec, HEXP exp) {
+  if (ORLIsExpRange(ec, exp, 1) == 1) {
+    return "set";
+  }
+  return ORLIsExpRange(ec, exp, 2) == 1 ? "range" : "formula";
 }
 
 std::string ErrorWithPlace(const std::string &text, const FormulaError &error) {

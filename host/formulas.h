@@ -15,6 +15,9 @@ struct Formula {
   FormulaError problem = {}; /* why it is not defined */
 };
 
+/* A formula that is still to be defined. */
+Formula FormulaOf(const std::string &name, const std::string &text);
+
 /* Takes NAME=TEXT apart. The name may be in quotes, where a "=" of its own may stand. False with a
  * message. */
 bool FormulaFromArgument(const std::string &argument, Formula &formula, std::string &error);
@@ -22,6 +25,9 @@ bool FormulaFromArgument(const std::string &argument, Formula &formula, std::str
 /* Defines all formulas in the context: each may call the others, whatever their order. False with a
  * message of one or more lines that tells the first formula that is wrong and the place in it. */
 bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error);
+
+/* "formula", "range" or "set"; only the first has values. */
+const char *FormulaKind(EC ec, HEXP exp);
 
 /* The words for an error in a text, and below them the text with the place underlined. */
 std::string ErrorWithPlace(const std::string &text, const FormulaError &error);

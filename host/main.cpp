@@ -33,12 +33,15 @@ constexpr const char *kFooter =
     "                             --formula half='range() / 2' --limit 5\n"
     "  orli report data/weather.csv --by sky=weather --count reports \\\n"
     "                               --sum rain=precipitation --greatest warmest=temp_max\n"
+    "  orli define weather.store data/weather.csv mean='(temp_max + temp_min) / 2'\n"
+    "  orli eval data/weather.csv --store weather.store --formula warm='mean() - 10'\n"
     "\n"
     "A text that begins with a minus stands behind --, as in: orli check DATA.csv -- '-.5 + wind'\n"
     "Exit status: 0 done, 1 the data or a formula is wrong, 2 the command line is wrong.";
 
 struct CommandLine {
-  std::string data, text, format, limit;
+  std::string data, text, format, limit, store, name, newName;
+  std::vector<std::string> formulas;
   EvalOptions eval;
   ReportOptions report;
 };
@@ -70,10 +73,20 @@ int ComplainOfUsage(const std::string &message) {
   return Complain(DisplayName(message) + "; orli --help tells more", EXIT_USAGE);
 }
 
+/* A command's argument that must be there. */
+void AddArgument(CLI::App *command, const char *name, std::string &value, const char *help) {
+  command->add_option(name, value, help)->required()->type_name("");
+}
+
 void AddData(CLI::App *command, CommandLine &line) {
-  command->add_option("DATA.csv", line.data, "The file, or - for standard input")
-      ->required()
-      ->type_name("");
+  AddArgument(command, "DATA.csv", line.data, "The file, or - for standard input");
+}
+
+void AddStoreOption(CLI::App *command, CommandLine &line, const char *help) {
+  const auto isName = [](const std::string &text) {
+    return text.empty() ? std::string("is the name of a file") : std::string();
+  };
+  command->add_option("--store", line.store, help)->type_name("STORE")->check(isName);
 }
 
 void AddFormat(CLI::App *command, CommandLine &line) {
@@ -102,8 +115,9 @@ void AddCheck(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *check =
       app.add_subcommand("check", "Tell a formula's type, or what is wrong and where");
   AddData(check, line);
-  check->add_option("TEXT", line.text, "The formula")->required()->type_name("");
-  check->final_callback([&line, &status] { status = RunCheck(line.data, line.text); });
+  AddArgument(check, "TEXT", line.text, "The formula");
+  AddStoreOption(check, line, "Formulas that it may call");
+  check->final_callback([&line, &status] { status = RunCheck(line.data, line.store, line.text); });
 }
 
 void AddEval(CLI::App &app, CommandLine &line, int &status) {
@@ -112,18 +126,21 @@ void AddEval(CLI::App &app, CommandLine &line, int &status) {
   eval->add_option(
           "-f,--formula", line.eval.formulas,
           "A formula; as often as wanted. Formulas may\ncall each other, in any order: NAME()")
-      ->required()
       ->type_name("NAME=TEXT")
       ->allow_extra_args(false);
   eval->add_option("-n,--limit", line.limit, "Compute the first N rows only")
       ->type_name("N")
       ->check(CheckLimit);
   AddFormat(eval, line);
+  AddStoreOption(eval, line, "Stored formulas, to be computed ahead of the others");
   eval->final_callback([&line, &status] {
     line.eval.data = line.data;
+    line.eval.store = line.store;
     line.eval.limit = line.limit.empty() ? -1 : RowsOfLimit(line.limit);
     line.eval.format = FormatOf(line);
-    status = RunEval(line.eval);
+    status = line.eval.formulas.empty() && line.store.empty()
+                 ? ComplainOfUsage("eval needs --formula or --store")
+                 : RunEval(line.eval);
   });
 }
 
@@ -169,15 +186,68 @@ void AddReport(CLI::App &app, CommandLine &line, int &status) {
         ->allow_extra_args(false);
   }
   AddFormat(report, line);
+  AddStoreOption(report, line, "Stored formulas that the figures may call");
   report->footer("Columns stand in the order of their options, each as often as wanted.");
   report->final_callback([report, &line, &status] {
     line.report.data = line.data;
+    line.report.store = line.store;
     line.report.columns = ReportColumns(*report);
     line.report.format = FormatOf(line);
     status = line.report.columns.empty()
                  ? ComplainOfUsage("a report needs --by, --count or another figure")
                  : RunReport(line.report);
   });
+}
+
+void AddDefine(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *define = app.add_subcommand("define", "Keep formulas in a store, a file of formulas");
+  AddArgument(define, "STORE", line.store, "The file of formulas; made when it is not there");
+  AddData(define, line);
+  define
+      ->add_option("FORMULA", line.formulas,
+                   "Formulas to add or to change: NAME=TEXT.\nThey may call each other: NAME()")
+      ->required()
+      ->type_name("");
+  define->final_callback(
+      [&line, &status] { status = RunDefine(line.store, line.data, line.formulas); });
+}
+
+void AddList(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *list = app.add_subcommand("list", "List stored formulas: name, kind, type, text");
+  AddArgument(list, "STORE", line.store, "The file of formulas");
+  AddFormat(list, line);
+  list->final_callback([&line, &status] { status = RunList(line.store, FormatOf(line)); });
+}
+
+/* The commands that take a store and a name. */
+struct NameCommand {
+  const char *name, *help, *argument;
+  int (*run)(const std::string &store, const std::string &name);
+};
+
+constexpr std::array<NameCommand, 3> kNameCommands = {{
+    {"show", "Write the text of a stored formula", "The formula", RunShow},
+    {"delete", "Delete a stored formula that no other uses", "The formula", RunDelete},
+    {"uses", "List stored formulas that use something", "A column, function or formula", RunUses},
+}};
+
+void AddNameCommands(CLI::App &app, CommandLine &line, int &status) {
+  for (const NameCommand &entry : kNameCommands) {
+    CLI::App *command = app.add_subcommand(entry.name, entry.help);
+    AddArgument(command, "STORE", line.store, "The file of formulas");
+    AddArgument(command, "NAME", line.name, entry.argument);
+    command->final_callback(
+        [&line, &status, &entry] { status = entry.run(line.store, line.name); });
+  }
+}
+
+void AddRename(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *rename = app.add_subcommand("rename", "Let stored formulas follow a column's new name");
+  AddArgument(rename, "STORE", line.store, "The file of formulas");
+  AddArgument(rename, "OLD", line.name, "The name of the column in the store");
+  AddArgument(rename, "NEW", line.newName, "Its name from now on");
+  rename->final_callback(
+      [&line, &status] { status = RunRename(line.store, line.name, line.newName); });
 }
 
 void StyleHelp(CLI::App &app) {
@@ -218,6 +288,10 @@ int Run(int argc, char **argv) {
   AddCheck(app, line, status);
   AddEval(app, line, status);
   AddReport(app, line, status);
+  AddDefine(app, line, status);
+  AddList(app, line, status);
+  AddNameCommands(app, line, status);
+  AddRename(app, line, status);
   app.footer(kFooter);
   const std::string first = argc > 1 ? argv[1] : "-";
   const auto isFirst = [&first](const CLI::App *command) { return command->get_name() == first; };

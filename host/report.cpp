@@ -242,6 +242,7 @@ bool Begin(Report &report, Output &output, std::string &error) {
 int RunReport(const ReportOptions &options) {
   Report report;
   report.options = &options;
+  report.computation.store = options.store;
   for (const ReportColumn &column : options.columns) {
     /* A count has a formula too, so that all names are checked alike. */
     const bool counts = column.figure == REPORT_COUNT;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <numeric>
 
+#include "host/commands.h"
 #include "host/values.h"
 
 namespace {
@@ -55,13 +56,19 @@ int32_t ValueOfColumn(EC ec, HEXP /*exp*/, int32_t size, void **value, const cha
   return known.good ? 1 : 0;
 }
 
+void *LookUp(const char *routineName) {
+  return std::strcmp(routineName, kColumnRoutine) == 0 ? reinterpret_cast<void *>(ValueOfColumn)
+                                                       : nullptr;
+}
+
 bool DeclareColumns(Session &session, std::string &error) {
   const std::vector<Column> &columns = session.table.columns;
+  std::string routineName = kColumnRoutine;
   for (const Column &column : columns) {
     ExprItem item = {};
     item.kind = ORL_INPUT;
     item.dataType = column.type;
-    item.routine = reinterpret_cast<void *>(ValueOfColumn);
+    item.routineName = routineName.data();
     std::memcpy(item.name, column.name.c_str(), column.name.size() + 1);
     if (ORLAddExpressionItem(session.ec, &item) == 0) {
       error = session.csv.path + ": too many columns, or no memory";
@@ -80,7 +87,7 @@ bool DeclareColumns(Session &session, std::string &error) {
 }  // namespace
 
 EC NewContext() {
-  EC ec = ORLCreateEC(nullptr, nullptr, nullptr, ORL_FLAG_RANGES);
+  EC ec = ORLCreateEC(nullptr, LookUp, nullptr, ORL_FLAG_RANGES);
   if (ec != nullptr && FUNDefineFunctions(ec) == 0) {
     ORLDestroyEC(ec);
     return nullptr;
@@ -100,10 +107,26 @@ bool SessionOpen(const char *path, Session &session, Progress &progress, std::st
          DeclareColumns(session, error);
 }
 
+int WithSession(const std::string &data, const std::function<int(Session &session)> &command) {
+  Session session;
+  Progress progress;
+  std::string error;
+  ProgressStart(progress);
+  const bool open = SessionOpen(data.c_str(), session, progress, error);
+  const int status = open ? command(session) : Complain(error, EXIT_WRONG);
+  SessionClose(session);
+  return status;
+}
+
 void SessionClose(Session &session) {
   ORLDestroyEC(session.ec);
   session.ec = nullptr;
   CsvClose(session.csv);
+}
+
+const Column *SessionColumn(const Session &session, const std::string &name) {
+  size_t index = 0;
+  return FindColumn(session, name.c_str(), index);
 }
 
 void SessionSetRow(Session &session, const CsvRow &row) {

@@ -4,6 +4,7 @@
 
 #include <orli11.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,8 +32,15 @@ struct Session {
  * `error`. SessionClose in any case. The session must not move while it is open. */
 bool SessionOpen(const char *path, Session &session, Progress &progress, std::string &error);
 void SessionClose(Session &session);
+/* Runs a command over the session of a file and returns the exit status. */
+int WithSession(const std::string &data, const std::function<int(Session &session)> &command);
+/* A column by the name that formulas write, or null. */
+const Column *SessionColumn(const Session &session, const std::string &name);
 /* Makes a row the present one. It must stay until the formulas are computed. */
 void SessionSetRow(Session &session, const CsvRow &row);
+
+/* The name of the routine that gives the values of columns, which contexts know. */
+constexpr char kColumnRoutine[] = "orli column";
 
 /* A context with the host's settings and the built-in functions, or null without memory. */
 EC NewContext();

@@ -1,0 +1,298 @@
+#include "host/store.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#include "host/display.h"
+
+namespace {
+
+constexpr char kVersion = 3;
+constexpr int kUnknownVersions = 16; /* first bytes below this are versions, others foreign files */
+constexpr int kOperators = 20;
+constexpr size_t kFixedBytes = 85; /* of a column */
+constexpr size_t kTypeOffset = 2;
+constexpr size_t kNameOffset = 12;
+constexpr size_t kNameBytes = sizeof ExprItem::name;
+constexpr std::string_view kInputTag("\xFA\0", 2);
+constexpr std::string_view kFormulaTag("\xFC\0", 2);
+
+/* A walk through the bytes of a store. What is taken behind their end is empty. */
+struct Walk {
+  std::string_view bytes;
+  size_t position = 0;
+  bool cut = false; /* they have ended too early */
+};
+
+std::string_view Take(Walk &walk, size_t count) {
+  walk.cut = walk.cut || count > walk.bytes.size() - walk.position;
+  const std::string_view taken =
+      walk.cut ? std::string_view() : walk.bytes.substr(walk.position, count);
+  walk.position += taken.size();
+  return taken;
+}
+
+/* A text, and steps over the zero byte behind it. */
+std::string TakeText(Walk &walk) {
+  const size_t end = walk.bytes.find('\0', walk.position);
+  walk.cut = walk.cut || end == std::string_view::npos;
+  const std::string_view text = Take(walk, walk.cut ? 0 : end - walk.position);
+  Take(walk, 1);
+  return std::string(text);
+}
+
+int16_t Int16At(std::string_view bytes, size_t offset) {
+  int16_t value = 0;
+  if (offset + sizeof value <= bytes.size()) {
+    std::memcpy(&value, bytes.data() + offset, sizeof value);
+  }
+  return value;
+}
+
+/* The rows of the section of that tag when it is the next one. */
+int TakeHeader(Walk &walk, std::string_view tag) {
+  if (walk.bytes.substr(walk.position, tag.size()) != tag) {
+    return 0;
+  }
+  Take(walk, tag.size());
+  return Int16At(Take(walk, sizeof(int16_t)), 0);
+}
+
+std::string Unknown(const std::string &what, const std::string &routine) {
+  return what + " needs the routine " + DisplayName(routine) + ", which orli does not have";
+}
+
+std::string Damaged(const Walk &walk) {
+  return "is damaged or cut short at byte " + std::to_string(walk.position);
+}
+
+/* What is wrong with the start of the bytes; nothing when operators and columns follow. */
+std::string TakeStart(Walk &walk) {
+  const std::string_view first = Take(walk, 1);
+  const int version = first.empty() ? -1 : static_cast<unsigned char>(first.front());
+  if (version > 0 && version < kUnknownVersions && version != kVersion) {
+    return "is stored in version " + std::to_string(version) + ", and this orli knows only 3";
+  }
+  if (version != kVersion) {
+    return first.empty() ? "is empty and no store of orli" : "is no store of orli";
+  }
+  for (int i = 0; i < kOperators; ++i) {
+    const std::string routine = TakeText(walk);
+    if (!routine.empty()) {
+      return Unknown("an operator", routine);
+    }
+  }
+  return walk.cut ? Damaged(walk) : std::string();
+}
+
+std::string TakeColumn(Walk &walk, Column &column) {
+  const std::string_view fixed = Take(walk, kFixedBytes);
+  const std::string routine = TakeText(walk);
+  const std::string_view name =
+      fixed.substr(std::min(kNameOffset, fixed.size())).substr(0, kNameBytes);
+  column.name = name.substr(0, name.find('\0'));
+  column.type = Int16At(fixed, kTypeOffset);
+  if (walk.cut || Int16At(fixed, 0) != ORL_INPUT || column.name.size() == name.size() ||
+      column.type < ORL_TYPE_NUMBER || column.type > ORL_TYPE_STRING) {
+    return Damaged(walk);
+  }
+  return routine == kColumnRoutine ? std::string()
+                                   : Unknown("column " + DisplayName(column.name), routine);
+}
+
+/* Takes the bytes apart, to the last one; what is wrong with them, or nothing. */
+std::string TakeApart(const std::string &bytes, Store &store) {
+  Walk walk{bytes};
+  std::string problem = TakeStart(walk);
+  for (int rows = problem.empty() ? TakeHeader(walk, kInputTag) : 0; rows > 0; --rows) {
+    problem = TakeColumn(walk, store.columns.emplace_back());
+    if (!problem.empty()) {
+      return problem;
+    }
+  }
+  if (problem.empty() && store.columns.empty()) {
+    return Damaged(walk); /* every file has columns */
+  }
+  for (int rows = problem.empty() ? TakeHeader(walk, kFormulaTag) : 0; rows > 0; --rows) {
+    const std::string text = TakeText(walk);
+    store.formulas.push_back(FormulaOf(TakeText(walk), text));
+    if (walk.cut) {
+      break;
+    }
+  }
+  const bool good = !walk.cut && walk.position == bytes.size();
+  return problem.empty() && !good ? Damaged(walk) : problem;
+}
+
+/* A new context with the contents of the bytes. */
+bool Load(const std::string &bytes, int32_t formulas, Store &store) {
+  store.ec.reset(NewContext());
+  if (store.ec == nullptr) {
+    throw std::bad_alloc();
+  }
+  return ORLSetECContents(store.ec.get(), static_cast<int32_t>(bytes.size()), bytes.data(),
+                          formulas, nullptr) == 1;
+}
+
+}  // namespace
+
+bool StoreRead(const std::string &bytes, Store &store, std::string &problem) {
+  store.columns.clear();
+  store.formulas.clear();
+  problem = TakeApart(bytes, store);
+  if (!problem.empty()) {
+    return false;
+  }
+  /* The formulas are tried first, since a load does not tell which of them failed. */
+  std::vector<Formula> tried = store.formulas;
+  bool good = Load(bytes, 0, store);
+  if (good && !FormulasDefine(store.ec.get(), tried, problem)) {
+    return false;
+  }
+  /* What is not as orli writes it would be lost when the store is next written. */
+  good = good && Load(bytes, 1, store) && StoredForm(store.ec.get(), true) == bytes;
+  if (!good) {
+    problem = "is damaged";
+    return false;
+  }
+  for (size_t i = 0; i < store.formulas.size(); ++i) {
+    Formula &formula = store.formulas[i];
+    formula.exp = ORLHEXPFromOrdinal(store.ec.get(), static_cast<int32_t>(i));
+    formula.type = ORLGetExpressionDataType(store.ec.get(), formula.exp);
+  }
+  return true;
+}
+
+bool StoreOpen(const std::string &path, StoreAccess access, StoreFile &file, Store &store,
+               std::string &error) {
+  if (!StoreFileOpen(path, access, file, error)) {
+    return false;
+  }
+  std::string problem;
+  if (file.exists && !StoreRead(file.bytes, store, problem)) {
+    error = file.path + ": " + problem;
+    return false;
+  }
+  return true;
+}
+
+std::string StoredForm(EC ec, bool formulas) {
+  const int32_t with = formulas ? 1 : 0;
+  std::string block(static_cast<size_t>(ORLGetECBlockSize(ec, with)), '\0');
+  const int32_t size = ORLGetECBlock(ec, static_cast<int32_t>(block.size()), block.data());
+  block.resize(static_cast<size_t>(size));
+  return block;
+}
+
+std::string StoredForm(EC ec, const std::vector<Formula> &formulas) {
+  std::string bytes = StoredForm(ec, false);
+  if (formulas.empty()) {
+    return bytes;
+  }
+  const auto count = static_cast<uint16_t>(std::min<size_t>(formulas.size(), UINT16_MAX));
+  std::array<char, sizeof count> counted = {};
+  std::memcpy(counted.data(), &count, sizeof count);
+  bytes += kFormulaTag;
+  bytes.append(counted.data(), counted.size());
+  for (const Formula &formula : formulas) {
+    bytes += formula.text + '\0' + formula.name + '\0';
+  }
+  return bytes;
+}
+
+bool StoreSave(const StoreFile &file, const std::string &bytes, std::string &error) {
+  Store unused;
+  std::string problem;
+  if (bytes.size() > INT32_MAX) {
+    problem = "a store has at most 2 GiB";
+  } else if (StoreRead(bytes, unused, problem)) {
+    return StoreFileWrite(file, bytes, error);
+  }
+  error = file.path + ": not written, since it could not be read again: " + problem;
+  return false;
+}
+
+const Column *StoreColumn(const Store &store, const std::string &name) {
+  Column asHeader;
+  asHeader.header = name;
+  ColumnName(store.ec.get(), asHeader);
+  for (const std::string &wanted : {name, asHeader.name}) {
+    for (const Column &column : store.columns) {
+      if (column.name == wanted) {
+        return &column;
+      }
+    }
+  }
+  return nullptr;
+}
+
+const Formula *StoreFormula(const Store &store, const std::string &name) {
+  for (auto member : {&Formula::name, &Formula::title}) {
+    for (const Formula &formula : store.formulas) {
+      if (formula.*member == name) {
+        return &formula;
+      }
+    }
+  }
+  return nullptr;
+}
+
+std::vector<std::string> StoreUsers(const Store &store, int32_t kind, const std::string &name) {
+  std::vector<std::string> users;
+  for (const Formula &formula : store.formulas) {
+    if (ORLIsItemUsed(store.ec.get(), formula.exp, kind, name.c_str()) == 1) {
+      users.push_back(formula.name);
+    }
+  }
+  return users;
+}
+
+std::string NameList(const std::vector<std::string> &names) {
+  std::string list;
+  for (const std::string &name : names) {
+    list += (list.empty() ? "" : ", ") + name;
+  }
+  return DisplayName(list);
+}
+
+std::string StoreMisfits(const Store &store, const StoreFile &file, const Session &session,
+                         const std::set<std::string> &renewed, bool missing) {
+  std::string misfits;
+  for (const Column &column : store.columns) {
+    const Column *present = SessionColumn(session, column.name);
+    if (present == nullptr ? !missing : present->type == column.type) {
+      continue;
+    }
+    std::vector<std::string> users = StoreUsers(store, ORL_INPUT, column.name);
+    std::erase_if(users, [&renewed](const std::string &name) { return renewed.count(name) != 0; });
+    if (users.empty()) {
+      continue;
+    }
+    misfits +=
+        (misfits.empty() ? "" : "\norli: ") + file.path + ": column " + DisplayName(column.name);
+    misfits += present == nullptr
+                   ? " is not in " + session.csv.path
+                   : std::string(" has type ") + TypeName(present->type) + " in " +
+                         session.csv.path + " and " + TypeName(column.type) + " in the store";
+    misfits += "; it is needed by " + NameList(users);
+  }
+  return misfits;
+}
+
+bool StoreFormulas(const std::string &path, const Session &session, std::vector<Formula> &formulas,
+                   std::string &error) {
+  StoreFile file;
+  Store store;
+  if (StoreOpen(path, STORE_READ, file, store, error)) {
+    error = StoreMisfits(store, file, session, {}, true);
+    for (const Formula &formula : store.formulas) {
+      formulas.push_back(FormulaOf(formula.name, formula.text));
+    }
+  }
+  StoreFileClose(file);
+  return error.empty();
+}

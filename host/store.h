@@ -1,0 +1,63 @@
+/* store.h - formulas kept in a file: a context in its stored form, whose input items are the
+ * columns that the formulas were written for. */
+#ifndef ORLI11_HOST_STORE_H
+#define ORLI11_HOST_STORE_H
+
+#include <orli11.h>
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/columns.h"
+#include "host/formulas.h"
+#include "host/session.h"
+#include "host/store_file.h"
+
+/* A store that has been read and found good. */
+struct Store {
+  std::unique_ptr<ExprContext, int32_t (*)(EC)> ec = {nullptr, ORLDestroyEC};
+  std::vector<Column> columns;   /* name and type alone */
+  std::vector<Formula> formulas; /* in stored order, defined in `ec` */
+};
+
+/* Reads a stored context and checks all of it; false with what is wrong. Nothing that is damaged,
+ * foreign or no longer parses is accepted, so that writing a store never loses what was in it. */
+bool StoreRead(const std::string &bytes, Store &store, std::string &problem);
+
+/* Opens the file at `path` and reads it; one that may be missing gives an empty store. False with a
+ * message. StoreFileClose in any case. */
+bool StoreOpen(const std::string &path, StoreAccess access, StoreFile &file, Store &store,
+               std::string &error);
+
+/* The stored form of a context, with its formulas or without. */
+std::string StoredForm(EC ec, bool formulas);
+/* The same with these formulas in this order, which a context that got them otherwise lacks. */
+std::string StoredForm(EC ec, const std::vector<Formula> &formulas);
+
+/* Replaces the file's bytes when they can be read again. False with a message. */
+bool StoreSave(const StoreFile &file, const std::string &bytes, std::string &error);
+
+/* A column or formula by its name as formulas write it, or without quotes; null when there is
+ * none. */
+const Column *StoreColumn(const Store &store, const std::string &name);
+const Formula *StoreFormula(const Store &store, const std::string &name);
+
+/* What formulas of the store ask of columns and the session does not have, a line each: columns
+ * of another type and, with `missing`, those that are missing. Formulas named in `renewed` do not
+ * count. Empty when the formulas fit. */
+std::string StoreMisfits(const Store &store, const StoreFile &file, const Session &session,
+                         const std::set<std::string> &renewed, bool missing);
+
+/* The formulas of the store at `path`, to be defined in the session. False with a message, also
+ * when they do not fit its columns. */
+bool StoreFormulas(const std::string &path, const Session &session, std::vector<Formula> &formulas,
+                   std::string &error);
+
+/* Names in one line, as messages show them. */
+std::string NameList(const std::vector<std::string> &names);
+/* The names of the formulas that use an item, themselves or through others. */
+std::vector<std::string> StoreUsers(const Store &store, int32_t kind, const std::string &name);
+
+#endif

@@ -1,0 +1,193 @@
+/* The commands that keep formulas in a file: define, list, show, delete, rename, uses. */
+#include <climits>
+#include <cstdio>
+#include <map>
+
+#include "host/commands.h"
+#include "host/display.h"
+#include "host/store.h"
+
+namespace {
+
+int Refuse(const StoreFile &file, const std::string &what) {
+  return Complain(file.path + ": " + what, EXIT_WRONG);
+}
+
+int NoFormula(const StoreFile &file, const std::string &name) {
+  return Refuse(file, "has no formula " + DisplayName(name));
+}
+
+/* Runs a command over a store that is there; locked as long as it runs when it may change it. */
+template <typename Command>
+int WithStore(const std::string &path, StoreAccess access, Command command) {
+  StoreFile file;
+  Store store;
+  std::string error;
+  const bool good = StoreOpen(path, access, file, store, error);
+  const int status = good ? command(store, file) : Complain(error, EXIT_WRONG);
+  StoreFileClose(file);
+  return status;
+}
+
+int Save(const StoreFile &file, const std::string &bytes) {
+  std::string error;
+  return StoreSave(file, bytes, error) ? EXIT_GOOD : Complain(error, EXIT_WRONG);
+}
+
+/* The formulas of the store, changed as wanted, with the new ones behind them. */
+std::vector<Formula> Merged(const Store &store, const std::vector<Formula> &wanted) {
+  std::vector<Formula> merged;
+  std::map<std::string, size_t> places;
+  for (const std::vector<Formula> *formulas : {&store.formulas, &wanted}) {
+    for (const Formula &formula : *formulas) {
+      const auto [place, isNew] = places.emplace(formula.name, merged.size());
+      if (isNew) {
+        merged.push_back(FormulaOf(formula.name, formula.text));
+      } else {
+        merged[place->second].text = formula.text;
+      }
+    }
+  }
+  return merged;
+}
+
+/* Defines the formulas in a session with the columns that they are for, and saves both. */
+int Define(const std::vector<Formula> &wanted, Session &session, const Store &store,
+           const StoreFile &file) {
+  std::set<std::string> names;
+  for (const Formula &formula : wanted) {
+    if (!names.insert(formula.name).second) {
+      return Complain("two formulas have the name " + DisplayName(formula.name), EXIT_WRONG);
+    }
+  }
+  std::vector<Formula> merged = Merged(store, wanted);
+  std::string error;
+  const bool defined = FormulasDefine(session.ec, merged, error);
+  /* A column that is missing is told rather than the error that this makes. */
+  const std::string misfits = StoreMisfits(store, file, session, names, !defined);
+  if (!defined || !misfits.empty()) {
+    return Complain(misfits.empty() ? error : misfits, EXIT_WRONG);
+  }
+  if (merged.size() > INT16_MAX || session.table.columns.size() > INT16_MAX) {
+    return Refuse(file, "a store has at most 32767 formulas and columns each");
+  }
+  return Save(file, StoredForm(session.ec, merged));
+}
+
+/* The text as the engine has it now. */
+std::string PresentText(EC ec, HEXP exp) {
+  std::string text(static_cast<size_t>(ORLGetExpressionTextLength(ec, exp)) + 1, '\0');
+  ORLGetExpressionText(ec, exp, static_cast<int32_t>(text.size()), text.data());
+  text.pop_back();
+  return text;
+}
+
+}  // namespace
+
+int RunDefine(const std::string &store, const std::string &data,
+              const std::vector<std::string> &formulas) {
+  std::vector<Formula> wanted(formulas.size());
+  std::string error;
+  for (size_t i = 0; i < formulas.size(); ++i) {
+    if (!FormulaFromArgument(formulas[i], wanted[i], error)) {
+      return Complain(error, EXIT_USAGE);
+    }
+  }
+  return WithSession(data, [&](Session &session) {
+    /* The store is read when the data has been, which may take long. */
+    return WithStore(store, STORE_MAY_CREATE, [&](const Store &old, const StoreFile &file) {
+      return Define(wanted, session, old, file);
+    });
+  });
+}
+
+int RunList(const std::string &store, OutputFormat format) {
+  return WithStore(store, STORE_READ, [format](const Store &opened, const StoreFile &) {
+    Output output;
+    output.format = format;
+    output.columns = {{"name"}, {"kind"}, {"type"}, {"text"}};
+    for (const Formula &formula : opened.formulas) {
+      OutputRow(output, {formula.name, FormulaKind(opened.ec.get(), formula.exp),
+                         TypeName(formula.type), formula.text});
+    }
+    OutputEnd(output);
+    return static_cast<int>(EXIT_GOOD);
+  });
+}
+
+int RunShow(const std::string &store, const std::string &name) {
+  return WithStore(store, STORE_READ, [&name](const Store &opened, const StoreFile &file) {
+    const Formula *formula = StoreFormula(opened, name);
+    if (formula == nullptr) {
+      return NoFormula(file, name);
+    }
+    std::puts(formula->text.c_str());
+    return static_cast<int>(EXIT_GOOD);
+  });
+}
+
+int RunDelete(const std::string &store, const std::string &name) {
+  return WithStore(store, STORE_CHANGE, [&name](const Store &opened, const StoreFile &file) {
+    const Formula *formula = StoreFormula(opened, name);
+    if (formula == nullptr) {
+      return NoFormula(file, name);
+    }
+    const std::vector<std::string> users = StoreUsers(opened, ORL_FORMULA, formula->name);
+    if (ORLDestroyEXP(opened.ec.get(), formula->exp) == 0) {
+      return Refuse(file,
+                    "formula " + DisplayName(formula->name) + " is used by " + NameList(users));
+    }
+    return Save(file, StoredForm(opened.ec.get(), true));
+  });
+}
+
+int RunRename(const std::string &store, const std::string &from, const std::string &to) {
+  return WithStore(store, STORE_CHANGE, [&](const Store &opened, const StoreFile &file) {
+    EC ec = opened.ec.get();
+    const Column *column = StoreColumn(opened, from);
+    if (column == nullptr) {
+      return Refuse(file, "has no column " + DisplayName(from));
+    }
+    Column renamed;
+    renamed.header = FormulaOf(to, "").title;
+    const std::string problem = ColumnName(ec, renamed);
+    if (!problem.empty()) {
+      return Refuse(file, "the new column " + problem);
+    }
+    if (StoreColumn(opened, renamed.name) != nullptr) {
+      return Refuse(file, "has a column " + DisplayName(renamed.name) + " already");
+    }
+    ORLRenameExpressionItem(ec, ORL_INPUT, column->name.c_str(), renamed.name.c_str());
+    const int status = Save(file, StoredForm(ec, true));
+    for (const Formula &formula : opened.formulas) {
+      const std::string text = PresentText(ec, formula.exp);
+      if (status == EXIT_GOOD && text != formula.text) {
+        std::printf("%s=%s\n", formula.name.c_str(), text.c_str());
+      }
+    }
+    return status;
+  });
+}
+
+int RunUses(const std::string &store, const std::string &name) {
+  return WithStore(store, STORE_READ, [&name](const Store &opened, const StoreFile &file) {
+    const Column *column = StoreColumn(opened, name);
+    const Formula *formula = StoreFormula(opened, name);
+    const bool isFunction = ORLIsExpNameUnique(opened.ec.get(), nullptr, name.c_str()) == 0;
+    if (column == nullptr && formula == nullptr && !isFunction) {
+      return Refuse(file, "there is no column, function or formula " + DisplayName(name));
+    }
+    const std::string wanted[] = {name, column != nullptr ? column->name : "",
+                                  formula != nullptr ? formula->name : ""};
+    for (const Formula &user : opened.formulas) {
+      bool uses = false;
+      for (const int32_t kind : {ORL_FUNCTION, ORL_INPUT, ORL_FORMULA}) {
+        uses = uses || ORLIsItemUsed(opened.ec.get(), user.exp, kind, wanted[kind].c_str()) == 1;
+      }
+      if (uses) {
+        std::puts(user.name.c_str());
+      }
+    }
+    return static_cast<int>(EXIT_GOOD);
+  });
+}

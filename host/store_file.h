@@ -1,0 +1,35 @@
+/* store_file.h - the bytes of a store: read as a whole, replaced as a whole. */
+#ifndef ORLI11_HOST_STORE_FILE_H
+#define ORLI11_HOST_STORE_FILE_H
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+
+enum StoreAccess {
+  STORE_READ,
+  STORE_CHANGE,    /* nobody else changes a store of the folder meanwhile */
+  STORE_MAY_CREATE /* the same for a file that need not be there */
+};
+
+struct StoreFile {
+  std::string path; /* as messages name it */
+  std::string bytes;
+  bool exists = false;
+  std::filesystem::path target; /* what the path leads to, behind symbolic links */
+  struct stat status = {};      /* of the file that is there */
+  int folder = -1;              /* its folder, held locked by who may change the store */
+};
+
+/* Reads the file. A program that may change a store waits for the others that do. False with a
+ * message, also for what is no plain file or larger than 2 GiB. StoreFileClose in any case. */
+bool StoreFileOpen(const std::string &path, StoreAccess access, StoreFile &file,
+                   std::string &error);
+void StoreFileClose(StoreFile &file);
+
+/* Puts these bytes in the place of the file, with its permissions: after a failure, told in
+ * `error`, or a power cut the old file is there whole, else the new one. */
+bool StoreFileWrite(const StoreFile &file, const std::string &bytes, std::string &error);
+
+#endif
