@@ -1,0 +1,260 @@
+"""Formulas kept in a file: the commands over a store, damaged and foreign files, failing writes."""
+
+import os
+import random
+import resource
+import stat
+import struct
+import subprocess
+
+import support
+from support import run
+
+SALES = "amount,tax,sold,place\n10,0.5,2024-01-31,a\n20,0.25,2024-02-29,b\n"
+SALES_COLUMNS = (("amount", 0), ("tax", 0), ("sold", 1), ("place", 2))
+ROUTINE = b"orli column\0"
+
+
+def block(columns=SALES_COLUMNS, formulas=(), routine=ROUTINE):
+    """The stored form, laid down field by field."""
+    content = b"\3" + bytes(20)
+    if columns:
+        content += struct.pack("<HH", 250, len(columns))
+    for name, type_ in columns:
+        content += struct.pack("<hhII65shHHH", 1, type_, 0, 0, name.encode(), 0, 0, 0, 0) + routine
+    if formulas:
+        content += struct.pack("<HH", 252, len(formulas))
+    return content + b"".join(f"{text}\0{name}\0".encode() for name, text in formulas)
+
+
+class StoreCase(support.FolderCase):
+    def setUp(self):
+        super().setUp()
+        self.data = self.file(SALES)
+        self.store = self.folder / "sales.store"
+
+    def good(self, *arguments):
+        """The output of a command that must succeed."""
+        status, output, errors = run(*arguments)
+        self.assertEqual((status, errors.count(b"orli:")), (0, 0), (arguments, errors))
+        return output.decode()
+
+    def refused(self, words, *arguments, status=1):
+        """A command that must write these words as its one error and leave the store alone."""
+        before = self.store.read_bytes() if self.store.exists() else None
+        self.assertEqual(run(*arguments), (status, b"", f"orli: {words}\n".encode()), arguments)
+        self.assertEqual(self.store.read_bytes() if self.store.exists() else None, before, arguments)
+
+    def define(self, *formulas):
+        return self.good("define", self.store, self.data, *formulas)
+
+
+class Session(StoreCase):
+    def test_a_store_is_what_the_format_says(self):
+        self.define("net=gross() - tax", "gross=amount * 2", "late=sold AND sold + 7 DAYS", "few=tax, 1")
+        self.assertEqual(self.store.read_bytes(), block(formulas=(
+            ("net", "gross() - tax"), ("gross", "amount * 2"), ("late", "sold AND sold + 7 DAYS"),
+            ("few", "tax, 1"))))
+        # A changed formula keeps its place, also where two change places in calling each other.
+        self.define("gross=net() * 2", "net=amount", '"a=b"=\'ä\'')
+        formulas = (("net", "amount"), ("gross", "net() * 2"), ("late", "sold AND sold + 7 DAYS"),
+                    ("few", "tax, 1"), ('"a=b"', "'ä'"))
+        self.assertEqual(self.store.read_bytes(), block(formulas=formulas))
+        for name, text in formulas:
+            self.assertEqual(self.good("show", self.store, name), text + "\n")
+        self.assertEqual(self.good("show", self.store, "a=b"), "'ä'\n")
+
+    def test_the_session_of_a_user(self):
+        self.define("net=gross() - tax", "gross=amount * 2", "late=sold AND sold + 7 DAYS")
+        self.assertEqual(self.good("list", self.store), """\
+name   kind     type    text
+-----  -------  ------  ----------------------
+net    formula  Number  gross() - tax
+gross  formula  Number  amount * 2
+late   range    Date    sold AND sold + 7 DAYS
+""")
+        rows = (("eval", "net,gross,x\r\n19.5,20,9.5\r\n39.75,40,29.75\r\n", "-f", "x=net() - 10"),
+                ("eval", "net,gross\r\n19.5,20\r\n", "--limit", "1"),
+                ("report", "g\r\n60\r\n", "--sum", "g=gross()"))
+        for command, lines, *more in rows:
+            output = run(command, self.data, "--store", self.store, "--format", "csv", *more)[1]
+            self.assertEqual(output.decode(), lines, more)
+        self.assertEqual(self.good("check", self.data, "net()", "--store", self.store), "Number\n")
+        for name, users in (("amount", "net\ngross\n"), ("gross", "net\n"), ("sold", "late\n"),
+                            ("net", ""), ("StrLeft", ""), ("place", "")):
+            self.assertEqual(self.good("uses", self.store, name), users, name)
+        self.refused(f"{self.store}: formula gross is used by net", "delete", self.store, "gross")
+        self.refused(f"{self.store}: has no formula old", "delete", self.store, "old")
+        for name in ("net", "gross", "late"):
+            self.assertEqual(self.good("delete", self.store, name), "")
+        self.assertEqual(self.store.read_bytes(), block())
+        self.refused(f"{self.store}: holds no formula that has a value", "eval", self.data,
+                     "--store", self.store)
+        self.define("StrX=StrLeft(place, 1)")
+        self.assertEqual(self.good("uses", self.store, "StrLeft"), "StrX\n")
+
+    def test_formulas_follow_a_column_that_is_renamed(self):
+        self.define("net=gross() - tax", "gross=amount * 2", "word='the amount due'")
+        renamed = self.file(SALES.replace("amount", "the sum"), "renamed.csv")
+        self.refused(f"{self.store}: column amount is not in {renamed}; it is needed by net, gross",
+                     "eval", renamed, "--store", self.store)
+        self.assertEqual(self.good("rename", self.store, "amount", "the sum"),
+                         'gross="the sum" * 2\nword=\'the "the sum" due\'\n')
+        output = run("eval", renamed, "--store", self.store, "--format", "csv")[1].decode()
+        self.assertEqual(output.splitlines()[1], '19.5,20,"the ""the sum"" due"')
+        self.assertEqual(self.good("uses", self.store, "the sum"), "net\ngross\n")
+        self.assertEqual(self.good("rename", self.store, '"the sum"', "amount").splitlines()[0],
+                         "gross=amount * 2")
+        for old, new, words in (
+                ("sum", "x", "has no column sum"), ("amount", "tax", "has a column tax already"),
+                ("amount", "", "the new column has no name in the header"),
+                ("amount", "n" * 65, "the new column has a name of 65 bytes; names have at most 64")):
+            self.refused(f"{self.store}: {words}", "rename", self.store, old, new)
+        # Not found as a word of its own: the quote opens a run that is never closed.
+        self.define("x='\"' || NumberToStr(tax, 0)")
+        self.refused(f"{self.store}: not written, since it could not be read again: formula x: "
+                     "ERR_VAR: Unknown input item.\n  '\"' || NumberToStr(tax, 0)\n"
+                     "                     ^^^", "rename", self.store, "tax", "vat")
+
+    def test_columns_that_differ(self):
+        self.define("net=gross() - tax", "gross=amount * 2")
+        other = self.file("place,vat,amount\na,1,n/a\n", "other.csv")
+        misfits = (f"{self.store}: column amount has type String in {other} and Number in the store; "
+                   "it is needed by net, gross\n"
+                   f"orli: {self.store}: column tax is not in {other}; it is needed by net")
+        for command in (("eval",), ("check", "1"), ("report", "--count", "n")):
+            self.refused(misfits, command[0], other, *command[1:], "--store", self.store)
+        self.refused(misfits, "define", self.store, other, "x=vat")
+        # Formulas that are changed need nothing any more; the columns become those of the file.
+        self.good("define", self.store, other, "net=vat", "gross=StrLength(amount)")
+        self.assertEqual(self.store.read_bytes(), block(
+            (("place", 2), ("vat", 0), ("amount", 2)), (("net", "vat"), ("gross", "StrLength(amount)"))))
+        # So do those that used the column through one that is changed.
+        self.good("define", self.store, other, "net=gross()", "gross=vat")
+        self.good("define", self.store, self.data, "gross=tax")
+
+    def test_wrong_definitions_change_nothing(self):
+        self.define("net=gross() - tax", "gross=amount * 2")
+        for formulas, words in (
+                (["net=tax +"], "formula net: ERR_SYNTAX: Incomplete or invalid formula\n  tax +\n       ^"),
+                (["gross=net()"], "formulas call each other in a circle: net, gross"),
+                (["x=1", "x=2"], "two formulas have the name x"),
+                (["StrLeft=1"], "formula StrLeft has the name of a function"),
+                (["gross=place"], "formula net: ERR_OPERATORSTR: This Operator does not work with "
+                                  "Strings.\n  gross() - tax\n          ^")):
+            self.refused(words, "define", self.store, self.data, *formulas)
+        self.refused("a formula is given as NAME=TEXT, not as x", "define", self.store, self.data, "x",
+                     status=2)
+        self.refused("eval needs --formula or --store; orli --help tells more", "eval", self.data,
+                     status=2)
+        self.assertEqual(run("eval", self.data, "--store", self.store, "-f", "net=1")[2],
+                         b"orli: two formulas have the name net\n")
+
+    def test_changes_at_once_wait_for_each_other(self):
+        names = [f"f{i}" for i in range(12)]
+        running = [subprocess.Popen([support.ORLI, "define", self.store, self.data, f"{name}=amount"])
+                   for name in names]
+        self.assertEqual([process.wait() for process in running], [0] * len(names))
+        lines = self.good("list", self.store).splitlines()[2:]
+        self.assertEqual(sorted(line.split()[0] for line in lines), sorted(names))
+
+
+class Files(StoreCase):
+    def test_what_is_no_good_store_is_told_and_kept(self):
+        circle = (("a", "b() + 1"), ("b", "a()"))
+        good = block(formulas=[("a", "amount")])
+        no_parse = "formula a: ERR_{}\n  {}\n  {}"
+        for content, words in (
+                (b"", "is empty and no store of orli"), (SALES.encode(), "is no store of orli"),
+                (bytes(100), "is no store of orli"),
+                (b"\4" + good[1:], "is stored in version 4, and this orli knows only 3"),
+                (good[:1] + b"Add" + good[1:], "an operator needs the routine Add, which orli does not have"),
+                (block(routine=b"GetIt\0"), "column amount needs the routine GetIt, which orli does not have"),
+                (good + b"x", f"is damaged or cut short at byte {len(good)}"),
+                (block([("n" * 66, 0)]), "is damaged or cut short at byte 122"),
+                (block([("n", 3)]), "is damaged or cut short at byte 122"),
+                (good[:-2], f"is damaged or cut short at byte {len(good) - 2}"),
+                (good[:29] + b"\1" + good[30:], "is damaged"),
+                (block(formulas=circle), "formulas call each other in a circle: a, b"),
+                (block(formulas=[("a", "1"), ("a", "2")]), "two formulas have the name a"),
+                (block(formulas=[("a b", "1")]), "not a valid formula name: a b"),
+                (block(formulas=[("a", "Old(1)")]),
+                 no_parse.format("FUNC: Unknown function.", "Old(1)", "^^^^")),
+                (block(formulas=[("a", "price")]),
+                 no_parse.format("VAR: Unknown input item.", "price", "^^^^^"))):
+            self.store.write_bytes(content)
+            for command in (("list", self.store), ("define", self.store, self.data, "x=1"),
+                            ("eval", self.data, "--store", self.store)):
+                self.refused(f"{self.store}: {words}", *command)
+        os.mkfifo(self.folder / "pipe")
+        for path, words in ((self.folder, "is a directory"), (self.folder / "pipe", "is no plain file"),
+                            ("/dev/null", "is no plain file"),
+                            (self.folder / "none/x", "No such file or directory")):
+            self.refused(f"{path}: {words}", "define", path, self.data, "x=1")
+        self.refused(f"{self.folder / 'none'}: No such file or directory", "list", self.folder / "none")
+        for path in ("", "-"):
+            self.refused("a store is a file with a name of its own", "list", path)
+        with open(self.folder / "huge", "wb") as huge:
+            huge.truncate(2**31)
+        self.refused(f"{self.folder / 'huge'}: is larger than 2 GiB, which no store is",
+                     "list", self.folder / "huge")
+
+    def test_damage_is_refused_or_harmless(self):
+        columns, formulas = (("amount", 0), ("a b", 1)), (("net", "amount * 2"), ("x", "net() - 1"))
+        good = block(columns, formulas)
+        whole = {len(block(columns)), len(good)}
+        for size in range(len(good) + 1):
+            self.store.write_bytes(good[:size])
+            self.assertEqual(run("list", self.store)[0], 0 if size in whole else 1, size)
+        random_ = random.Random(11)
+        refused = 0
+        for _ in range(300):
+            content = bytearray(good)
+            for _ in range(random_.choice((1, 1, 3))):
+                content[random_.randrange(len(content))] ^= 1 << random_.randrange(8)
+            self.store.write_bytes(content)
+            status, output, errors = run("delete", self.store, "x")
+            self.assertIn((status, output), ((0, b""), (1, b"")), (bytes(content), errors))
+            if status == 1:
+                refused += 1
+                self.assertEqual(self.store.read_bytes(), content)
+        self.assertGreater(refused, 100)
+
+    def test_a_write_that_fails_leaves_the_old_file(self):
+        self.define("net=amount - tax")
+        content, names = self.store.read_bytes(), sorted(os.listdir(self.folder))
+        command = [support.ORLI, "define", self.store, self.data, "gross=amount"]
+        def tried(**how):
+            result = subprocess.run(command, capture_output=True, check=False, **how)
+            self.assertEqual((self.store.read_bytes(), sorted(os.listdir(self.folder))), (content, names))
+            return result.returncode, result.stderr.decode()
+        for limit in (0, 1, len(content)):
+            self.assertEqual(
+                tried(preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))),
+                (1, f"orli: {self.store}: not written: File too large\n"), limit)
+        user = {"user": 65534, "group": 65534, "extra_groups": []} if os.geteuid() == 0 else {}
+        self.folder.chmod(0o555)
+        self.addCleanup(self.folder.chmod, 0o755)
+        for mode, words in ((0o666, "not written: Permission denied"), (0o444, "Permission denied")):
+            self.store.chmod(mode)
+            try:
+                self.assertEqual(tried(**user), (1, f"orli: {self.store}: {words}\n"))
+            except PermissionError:
+                self.skipTest("the program is in a folder that other users may not enter")
+
+    def test_permissions_and_links_are_kept(self):
+        link = self.folder / "link"
+        (self.folder / "inner").mkdir()
+        link.symlink_to("inner/next")
+        (self.folder / "inner/next").symlink_to("../sales.store")
+        self.good("define", link, self.data, "a=amount")  # links may lead to what is not there yet
+        for mode in (0o600, 0o664, 0o640):
+            self.store.chmod(mode)
+            self.good("define", link, self.data, "a=amount")
+            self.assertEqual(stat.S_IMODE(self.store.stat().st_mode), mode)
+        self.assertTrue(link.is_symlink() and not self.store.is_symlink())
+        self.assertEqual(self.store.read_bytes(), block(formulas=[("a", "amount")]))
+
+
+if __name__ == "__main__":
+    support.main()
