@@ -1,9 +1,14 @@
 #!/bin/bash
 # demo.sh PROGRAM - what orli does with data/weather.csv. Each command is shown before it runs.
 cd "$(dirname "$0")/.." || exit 1
-program=$1
+program=$(realpath "$1")
 # Texts as they come, the same on every machine.
 export LC_ALL=C
+# What the demo keeps goes into a folder of its own, where the data stands too.
+folder=$(mktemp -d)
+trap 'rm -r "$folder"' EXIT
+ln -s "$PWD/data" "$folder/data"
+cd "$folder" || exit 1
 
 # A word as a person would write it: NAME='TEXT', in double quotes where it holds single ones.
 quoted() {
@@ -53,6 +58,16 @@ run eval data/weather.csv --limit 5 \
 run check data/weather.csv "temp_max - temp_min"
 run check data/weather.csv "date + 7 DAYS AND date + 8 DAYS"
 run check data/weather.csv "DateYear(date) * 12 + DateMonth(weather)"
+run_line "orli define weather.store data/weather.csv \\
+    mean='(temp_max + temp_min) / 2' \\
+    felt='mean() - wind / 2'"
+echo
+run rename weather.store temp_max high
+run list weather.store
+run uses weather.store high
+run_line "sed '1s/temp_max/high/' data/weather.csv |
+  orli eval - --store weather.store --formula sky=weather --limit 3"
+echo
 run_line "$(cat <<'END'
 orli report data/weather.csv --format csv \
     --by nr='DateMonth(date)' \
