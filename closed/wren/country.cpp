@@ -139,13 +139,27 @@ void JoinNames(char *target, const char (&names)[Count][Room]) {
   }
 }
 
-// A separator that the code page does not have becomes a blank: the unknown ones are all kinds of
-// thin blanks.
 template <size_t Room>
-void ConvertSeparator(const Converter &converter, char (&target)[Room], const char *text) {
-  if (strcmp(text, " ") == 0 || !ConvertText(converter, target, Room, text)) {
-    memset(target, 0, Room);
-    target[0] = ' ';
+void SetSeparator(char (&target)[Room], char mark) {
+  memset(target, 0, Room);
+  target[0] = mark;
+}
+
+// A thousands separator that the code page does not have becomes a blank, as nearly all of these
+// are kinds of thin blanks. A decimal separator becomes a full stop, since digits that a blank
+// parts are two numbers to a reader; thousands parted by a full stop then get a comma.
+template <size_t Room>
+void ConvertSeparators(const Converter &converter, char (&decimal)[Room], char (&thousands)[Room],
+                       const char *decimalText, const char *thousandsText) {
+  if (strcmp(thousandsText, " ") == 0 || !ConvertText(converter, thousands, Room, thousandsText)) {
+    SetSeparator(thousands, ' ');
+  }
+  if (ConvertText(converter, decimal, Room, decimalText) && decimal[0] != 0) {
+    return;
+  }
+  SetSeparator(decimal, '.');
+  if (strcmp(thousands, decimal) == 0) {
+    SetSeparator(thousands, ',');
   }
 }
 
@@ -262,8 +276,8 @@ void ReadDates(const LocaleHandle &locale, Country &country) {
 
 void ReadNumbers(const LocaleHandle &locale, Country &country) {
   const Converter converter("UTF-8", locale.Text(_NL_NUMERIC_CODESET));
-  ConvertSeparator(converter, country.decimalSeparator, locale.Text(RADIXCHAR));
-  ConvertSeparator(converter, country.thousandsSeparator, locale.Text(THOUSEP));
+  ConvertSeparators(converter, country.decimalSeparator, country.thousandsSeparator,
+                    locale.Text(RADIXCHAR), locale.Text(THOUSEP));
   const char *groups = locale.Text(__GROUPING);
   uint8_t size = 0;
   bool more = true;
@@ -293,9 +307,9 @@ void ReadMoney(const LocaleHandle &locale, Country &country) {
     memcpy(country.currencySign, country.currencyCode, sizeof country.currencyCode);
   }
   if (*locale.Text(__MON_DECIMAL_POINT) != 0) {
-    ConvertSeparator(converter, country.currencyDecimalSeparator, locale.Text(__MON_DECIMAL_POINT));
-    ConvertSeparator(converter, country.currencyThousandsSeparator,
-                     locale.Text(__MON_THOUSANDS_SEP));
+    ConvertSeparators(converter, country.currencyDecimalSeparator,
+                      country.currencyThousandsSeparator, locale.Text(__MON_DECIMAL_POINT),
+                      locale.Text(__MON_THOUSANDS_SEP));
   }
   const int decimals = locale.Number(__FRAC_DIGITS);
   country.currencyDecimals = decimals >= 0 && decimals < SCHAR_MAX ? decimals : 2;
@@ -361,10 +375,10 @@ void ConvertCountry(const Country &source, const char *charset, Country &target)
   JoinNames(target.nameTexts[0], target.dayNames);
   JoinNames(target.nameTexts[1], target.monthNames);
   JoinNames(target.nameTexts[2], target.markers);
-  ConvertSeparator(converter, target.decimalSeparator, source.decimalSeparator);
-  ConvertSeparator(converter, target.thousandsSeparator, source.thousandsSeparator);
-  ConvertSeparator(converter, target.currencyDecimalSeparator, source.currencyDecimalSeparator);
-  ConvertSeparator(converter, target.currencyThousandsSeparator, source.currencyThousandsSeparator);
+  ConvertSeparators(converter, target.decimalSeparator, target.thousandsSeparator,
+                    source.decimalSeparator, source.thousandsSeparator);
+  ConvertSeparators(converter, target.currencyDecimalSeparator, target.currencyThousandsSeparator,
+                    source.currencyDecimalSeparator, source.currencyThousandsSeparator);
   if (!ConvertText(converter, target.currencySign, sizeof target.currencySign,
                    source.currencySign)) {
     memcpy(target.currencySign, source.currencyCode, sizeof source.currencyCode);

@@ -26,6 +26,14 @@ namespace {
 
 bool haveLocales = false;
 
+// Writes the source of a locale: Pashto, whose separators are in no code page but UTF-8, with a
+// full stop between the thousands of plain numbers.
+constexpr const char *kPoints = R"( && {
+for c in IDENTIFICATION CTYPE COLLATE TIME MONETARY MESSAGES PAPER NAME ADDRESS TELEPHONE MEASUREMENT
+do printf 'LC_%s\ncopy "ps_AF"\nEND LC_%s\n' $c $c; done
+printf 'LC_NUMERIC\ndecimal_point "<U066B>"\nthousands_sep "."\ngrouping 3;3\nEND LC_NUMERIC\n'
+} >points)";
+
 // A directory with the locales, the system's only place for locales until it is cleared away.
 struct LocaleEnvironment : testing::Environment {
   char directory[30] = "/tmp/orli-locales-XXXXXX";
@@ -33,8 +41,8 @@ struct LocaleEnvironment : testing::Environment {
   void SetUp() override {
     ASSERT_NE(mkdtemp(directory), nullptr);
     const std::string command =
-        std::string("cd ") + directory + " && for l in de_DE ja_JP fr_FR fi_FI en_GB; do" +
-        " localedef -f UTF-8 -i $l ./$l.UTF-8 || exit 1; done >/dev/null 2>&1";
+        std::string("cd ") + directory + kPoints + " && for l in de_DE ja_JP fr_FR fi_FI en_GB" +
+        " ./points; do localedef -f UTF-8 -i $l ./$l.UTF-8 || exit 1; done >/dev/null 2>&1";
     haveLocales = system(command.c_str()) == 0;
     setenv("LOCPATH", directory, 1);
   }
@@ -81,8 +89,8 @@ TEST(Country, BuiltInConventions) {
 }
 
 // Names come in the active code page; a language that does not fit into it gives way to English.
-// The numbers' conventions are decimal separator, thousands separator, size of the first group,
-// currency sign first, decimals of amounts, negative amounts in parentheses.
+// The numbers' conventions are decimal and thousands separator, both of amounts, size of the first
+// group, currency sign first, decimals of amounts, negative amounts in parentheses.
 TEST_F(CountryOfLocale, SettingsAndNames) {
   const struct {
     const char *locale;
@@ -90,14 +98,16 @@ TEST_F(CountryOfLocale, SettingsAndNames) {
     const char *text, *numbers, *names;  // the text is that of 31 December 1999, 21:30:15
   } rows[] = {
       // clang-format off
-      {"de_DE.UTF-8", 1252, "31.12.1999 21:30:15", ",.3020", "M\xE4rz Sonntag AM \x80"},
-      {"de_DE.UTF-8", 65001, "31.12.1999 21:30:15", ",.3020", "M\xC3\xA4rz Sonntag AM \xE2\x82\xAC"},
-      {"de_DE.UTF-8", 932, "31.12.1999 21:30:15", ",.3020", "March Sonntag AM EUR"},
-      {"ja_JP.UTF-8", 1252, "1999/12/31 21:30:15", ".,3100", "March Sunday AM JPY"},
-      {"ja_JP.UTF-8", 932, "1999/12/31 21:30:15", ".,3100", "3\x8C\x8E \x93\xFA\x97\x6A\x93\xFA \x8C\xDF\x91\x4F \x81\x8F"},
-      {"fr_FR.UTF-8", 1252, "31/12/1999 21:30:15", ", 3020", "mars dimanche AM \x80"},
-      {"fi_FI.UTF-8", 65001, "31.12.1999 21.30.15", ",\xE2\x80\xAF""3020", "maaliskuu sunnuntai AM \xE2\x82\xAC"},
-      {"en_GB.UTF-8", 1252, "31/12/1999 21:30:15", ".,3120", "March Sunday am \xA3"},
+      {"de_DE.UTF-8", 1252, "31.12.1999 21:30:15", ",.,.3020", "M\xE4rz Sonntag AM \x80"},
+      {"de_DE.UTF-8", 65001, "31.12.1999 21:30:15", ",.,.3020", "M\xC3\xA4rz Sonntag AM \xE2\x82\xAC"},
+      {"de_DE.UTF-8", 932, "31.12.1999 21:30:15", ",.,.3020", "March Sonntag AM EUR"},
+      {"ja_JP.UTF-8", 1252, "1999/12/31 21:30:15", ".,.,3100", "March Sunday AM JPY"},
+      {"ja_JP.UTF-8", 932, "1999/12/31 21:30:15", ".,.,3100", "3\x8C\x8E \x93\xFA\x97\x6A\x93\xFA \x8C\xDF\x91\x4F \x81\x8F"},
+      {"fr_FR.UTF-8", 1252, "31/12/1999 21:30:15", ", , 3020", "mars dimanche AM \x80"},
+      {"fi_FI.UTF-8", 65001, "31.12.1999 21.30.15", ",\xE2\x80\xAF,\xE2\x80\xAF""3020", "maaliskuu sunnuntai AM \xE2\x82\xAC"},
+      {"points.UTF-8", 1252, "1999/12/31 21:30:15", ".,. 3000", "March Sunday AM AFN"},
+      {"points.UTF-8", 932, "1999/12/31 21:30:15", ".,. 3000", "March Sunday AM AFN"},
+      {"en_GB.UTF-8", 1252, "31/12/1999 21:30:15", ".,.,3120", "March Sunday am \xA3"},
       // clang-format on
   };
   for (const auto &row : rows) {
@@ -106,6 +116,7 @@ TEST_F(CountryOfLocale, SettingsAndNames) {
     WRENSetCodePage(row.codePage);
     const Country &country = CountryNow();
     std::string numbers = std::string(country.decimalSeparator) + country.thousandsSeparator;
+    numbers.append(country.currencyDecimalSeparator).append(country.currencyThousandsSeparator);
     for (const int32_t number :
          {int32_t{country.grouping[0]}, int32_t{country.currencySignFirst},
           country.currencyDecimals, int32_t{country.negativeInParentheses}}) {
