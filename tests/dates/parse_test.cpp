@@ -3,10 +3,12 @@
 #include <strings.h>
 
 #include <array>
+#include <cctype>
 #include <chrono>
 #include <climits>
+#include <cstring>
 #include <random>
-#include <regex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,7 +16,7 @@
 
 namespace {
 
-// ---- A model by regular expressions
+// ---- A model that takes a text apart word by word
 
 // clang-format off
 constexpr const char *kMonths[] = {"January", "february", "MARCH", "April", "may", "June", "July",
@@ -45,59 +47,105 @@ bool IsDate(DateTimeParts &p, const std::string &year, const std::string &month,
          (std::chrono::year{p.year} / p.month / p.day).ok();
 }
 
-// The groups of a match: three of a date, then hour, minute, second, fraction, marker.
-bool IsTime(DateTimeParts &p, const std::smatch &m) {
-  p.hour = NumberOf(m[4]);
-  p.minute = NumberOf(m[5]);
-  p.second = NumberOf(m[6]);
-  p.fraction = NumberOf((m[7].str() + "000000").substr(0, 6));
-  if (m[8].matched) {
-    if (p.hour > 12) {
-      return false;
-    }
-    p.hour = p.hour % 12 + (tolower(m[8].str()[0]) == 'p' ? 12 : 0);
+// Takes the bytes of a kind off the front of a text.
+std::string Take(std::string &rest, int (*isKind)(int)) {
+  size_t length = 0;
+  while (length < rest.size() && isKind(static_cast<uint8_t>(rest[length])) != 0) length++;
+  const std::string taken = rest.substr(0, length);
+  rest.erase(0, length);
+  return taken;
+}
+
+// Takes the first byte if it is one of these, else gives 0.
+char TakeOne(std::string &rest, const char *marks) {
+  const char mark = rest.empty() || strchr(marks, rest[0]) == nullptr ? '\0' : rest[0];
+  rest.erase(0, mark != 0 ? 1 : 0);
+  return mark;
+}
+
+bool ReadTime(std::string rest, DateTimeParts &p, bool hourIsEnough) {
+  std::string fields[4];  // hour, minute, second, fraction
+  size_t count = 0;
+  do {
+    fields[count] = Take(rest, isdigit);
+    if (fields[count++].empty()) return false;
+  } while (count < 4 && TakeOne(rest, ":.") != 0);
+  Take(rest, isspace);
+  const char marker = TakeOne(rest, "aApP");
+  if (marker != 0 && TakeOne(rest, "mM") == 0) return false;
+  Take(rest, isspace);
+  if (!rest.empty() || (count == 1 && marker == 0 && !hourIsEnough)) return false;
+  p.hour = NumberOf(fields[0]);
+  p.minute = NumberOf(fields[1]);
+  p.second = NumberOf(fields[2]);
+  p.fraction = NumberOf((fields[3] + "000000").substr(0, 6));
+  if (marker != 0) {
+    if (p.hour > 12) return false;
+    p.hour = p.hour % 12 + (tolower(marker) == 'p' ? 12 : 0);
   }
   return p.hour < 24 && p.minute < 60 && p.second < 60;
 }
 
+struct DateText {
+  std::string words[3];
+  std::string
+      form;    // as "n-w-n": numbers and names with a separator, blanks (_) or a comma between
+  bool colon;  // one of the separators is a colon
+  std::string rest;
+};
+
+DateText DateTextOf(const std::string &text) {
+  DateText date = {};
+  date.rest = text;
+  Take(date.rest, isspace);
+  for (size_t i = 0; i < 3; i++) {
+    if (i > 0) {
+      const bool blank = !Take(date.rest, isspace).empty();
+      const char mark = blank ? '_' : TakeOne(date.rest, "-./:\\,");
+      if (mark == ',') Take(date.rest, isspace);
+      date.colon = date.colon || mark == ':';
+      date.form += mark == 0 ? '?' : mark == '_' || mark == ',' ? mark : '-';
+    }
+    date.words[i] = Take(date.rest, isalpha);
+    date.form += date.words[i].empty() ? 'n' : 'w';
+    if (date.words[i].empty()) date.words[i] = Take(date.rest, isdigit);
+    if (date.words[i].empty()) date.form += '?';
+  }
+  return date;
+}
+
 std::string Model(int32_t mode, const std::string &text, int32_t order) {
-  static const std::string time =
-      "(\\d+)(?:[:.](\\d+)(?:[:.](\\d+)(?:[:.](\\d+))?)?)?(?:\\s*([ap])m)?\\s*";
-  static const std::string then = "(?:(?:\\s+|[-./:\\\\T])" + time + ")?\\s*";
-  static const auto form = [](const std::string &re) {
-    return std::regex("\\s*" + re, std::regex::icase);
-  };
-  static const std::regex timeAlone = form("()()()" + time);
-  static const std::regex dates[] = {form("(\\d+)[-./:\\\\](\\d+)[-./:\\\\](\\d+)" + then),
-                                     form("(\\d+)[-./:\\\\]([a-z]+)[-./:\\\\](\\d+)" + then),
-                                     form("(\\d+)\\s+([a-z]+)(?:,\\s*|\\s+)(\\d+)" + then),
-                                     form("([a-z]+)\\s+(\\d+)(?:,\\s*|\\s+)(\\d+)" + then)};
-  std::smatch m;
+  static const std::set<std::string> forms = {"n-n-n", "n-w-n", "n_w_n", "n_w,n", "w_n_n", "w_n,n"};
   DateTimeParts p = Parts(1900, 1, 1);
-  const bool isTime =
-      std::regex_match(text, m, timeAlone) && IsTime(p, m) && (m[5].matched || m[8].matched);
+  std::string time = text;
+  Take(time, isspace);
+  const bool isTime = ReadTime(time, p, false);
   if (mode == WREN_FMT_TIME) {
     return isTime ? Iso(p) : "no";
   }
   p = {};
-  for (size_t i = 0; i < std::size(dates); i++) {
-    if (std::regex_match(text, m, dates[i])) {
-      const bool numeric = i == 0;
-      const bool colon = numeric && (*m[1].second == ':' || *m[2].second == ':');
-      // Where year, month and day stand.
-      std::array<size_t, 3> at = {3, 2, 1};
-      if (i == 3 || (numeric && order != 1)) {
-        at = {3, 1, 2};
-      }
-      if (i < 3 && (m[1].length() > 2 || (numeric && order == 2 && m[3].length() < 3))) {
-        at = {1, 2, 3};
-      }
-      const bool good = IsDate(p, m[at[0]], m[at[1]], m[at[2]]) && !(colon && isTime) &&
-                        (!m[4].matched || (mode == WREN_FMT_DATETIME && IsTime(p, m)));
-      return good ? Iso(p) : "no";
-    }
+  DateText date = DateTextOf(text);
+  if (!forms.contains(date.form)) {
+    return "no";
   }
-  return "no";
+  const bool numeric = date.form == "n-n-n";
+  // Where year, month and day stand.
+  std::array<size_t, 3> at = {2, 1, 0};
+  if (date.form[0] == 'w' || (numeric && order != 1)) {
+    at = {2, 0, 1};
+  }
+  if (date.form[0] == 'n' &&
+      (date.words[0].size() > 2 || (numeric && order == 2 && date.words[2].size() < 3))) {
+    at = {0, 1, 2};
+  }
+  bool good = IsDate(p, date.words[at[0]], date.words[at[1]], date.words[at[2]]) &&
+              !(numeric && date.colon && isTime);
+  const bool blank = !Take(date.rest, isspace).empty();
+  if (!date.rest.empty()) {
+    good = good && mode == WREN_FMT_DATETIME && (blank || TakeOne(date.rest, "-./:\\Tt") != 0) &&
+           ReadTime(date.rest, p, true);
+  }
+  return good ? Iso(p) : "no";
 }
 
 // Random texts, most of them nearly dates or times, in all modes, orders and code pages.
