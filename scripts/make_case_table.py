@@ -4,12 +4,12 @@
     python3 scripts/make_case_table.py > closed/wren/casemap_table.h
 
 The mappings are the simple ones of the Unicode character data that keep the count of UTF-8 bytes,
-so that a text can change case in place.
+so that a text can change case in place. Title forms are in the table where they are not capitals.
 
     python3 scripts/make_case_table.py --list cp1252|cp932|utf-8
 
-prints every character of a code page that has case instead, one "bytes upper lower" in hexadecimal
-per line behind a line with the version of the data; the tests compare the library with that list.
+prints every character of a code page that has case instead, one "bytes upper lower title" in
+hexadecimal per line behind a line with the version of the data; the tests compare the library with that list.
 """
 import itertools
 import sys
@@ -26,6 +26,10 @@ def simple_upper(char):
 
 def simple_lower(char):
     return char.lower() if len(char.lower()) == 1 else char
+
+
+def simple_title(char):
+    return char.title() if len(char.title()) == 1 else simple_upper(char)
 
 
 def characters(encoding):
@@ -56,6 +60,12 @@ def mapping(function, encoding):
     return result
 
 
+def own_titles(upper, title):
+    """The title forms that differ from the capitals; a character may be its own."""
+    return {data: title.get(data, data) for data in sorted(upper.keys() | title.keys())
+            if title.get(data, data) != upper.get(data, data)}
+
+
 def runs(pairs):
     """Rows [first, last, step, delta]: each step-th code point from first to last moves by delta."""
     rows = []
@@ -79,7 +89,7 @@ def print_rows(name, pairs):
     print("};")
 
 
-def print_table(upper, lower):
+def print_table(upper, lower, title):
     print("// Made by scripts/make_case_table.py from the Unicode character data,", end=" ")
     print(f"version {unicodedata.unidata_version}.")
     print("// Simple case mappings that keep the count of UTF-8 bytes, as runs in ascending order.")
@@ -92,19 +102,29 @@ def print_table(upper, lower):
     print_rows("UPPER_UTF8", upper)
     print()
     print_rows("LOWER_UTF8", lower)
+    print()
+    print_rows("TITLE_UTF8", title)
     print("// clang-format on")
     print()
     print("#endif")
 
 
-def print_list(upper, lower):
+def print_list(upper, lower, title):
     print(unicodedata.unidata_version)
     for data in sorted(upper.keys() | lower.keys()):
-        print(data.hex(), upper.get(data, data).hex(), lower.get(data, data).hex())
+        print(data.hex(), *(forms.get(data, data).hex() for forms in (upper, lower, title)))
+
+
+def main():
+    listed = sys.argv[1:2] == ["--list"]
+    encoding = sys.argv[2] if listed else "utf-8"
+    upper, lower, title = (mapping(function, encoding)
+                           for function in (simple_upper, simple_lower, simple_title))
+    if listed:
+        print_list(upper, lower, title)
+    else:
+        print_table(upper, lower, own_titles(upper, title))
 
 
 if __name__ == "__main__":
-    if sys.argv[1:2] == ["--list"]:
-        print_list(mapping(simple_upper, sys.argv[2]), mapping(simple_lower, sys.argv[2]))
-    else:
-        print_table(mapping(simple_upper, "utf-8"), mapping(simple_lower, "utf-8"))
+    main()

@@ -40,10 +40,11 @@ struct CodeRange {
 
 // Code points that separate words (1252 and UTF-8).
 constexpr CodeRange SEPARATORS[] = {
-    {0x0000, 0x002F}, {0x003A, 0x0040}, {0x005B, 0x0060}, {0x007B, 0x00A9},  // all but ª µ º
-    {0x00AB, 0x00B4}, {0x00B6, 0x00B9}, {0x00BB, 0x00BF},
+    {0x0000, 0x002F}, {0x003A, 0x0040}, {0x005B, 0x0060}, {0x007B, 0x00A9},
+    {0x00AB, 0x00B1}, {0x00B4, 0x00B4}, {0x00B6, 0x00B8}, {0x00BB, 0x00BF},  // all but ª ² ³ µ ¹ º
     {0x00D7, 0x00D7}, {0x00F7, 0x00F7},  // × ÷
-    {0x2000, 0x20CF},                    // general punctuation to currency signs
+    {0x2000, 0x206F}, {0x207A, 0x207E}, {0x208A, 0x208E}, {0x20A0, 0x20CF},  // punctuation and
+                                         // currency signs, but not raised and lowered digits
     {0x2190, 0x245F}, {0x2500, 0x2BFF},  // arrows, mathematics, boxes, symbols
     {0x2E00, 0x2E7F},                    // more punctuation
     {0x3000, 0x3004}, {0x3008, 0x3020},  // East Asian punctuation
@@ -60,12 +61,13 @@ constexpr CodeRange SEPARATORS_932[] = {
 };
 // clang-format on
 
-uint32_t Mapped(std::span<const CaseRun> runs, uint32_t code) {
+// `otherwise` for a code that is in no run.
+uint32_t Mapped(std::span<const CaseRun> runs, uint32_t code, uint32_t otherwise) {
   const auto run =
       std::lower_bound(runs.begin(), runs.end(), code,
                        [](const CaseRun &left, uint32_t wanted) { return left.last < wanted; });
   if (run == runs.end() || code < run->first || (code - run->first) % run->step != 0) {
-    return code;
+    return otherwise;
   }
   return code + static_cast<uint32_t>(run->delta);
 }
@@ -101,11 +103,11 @@ uint32_t UpperCode(uint32_t code, CodePage page) {
   }
   switch (page) {
     case CodePage::Western:
-      return Mapped(UPPER_1252, code);
+      return Mapped(UPPER_1252, code, code);
     case CodePage::Japanese:
-      return Mapped(UPPER_932, code);
+      return Mapped(UPPER_932, code, code);
     case CodePage::Utf8:
-      return Mapped(UPPER_UTF8, code);
+      return Mapped(UPPER_UTF8, code, code);
   }
   return code;
 }
@@ -116,13 +118,18 @@ uint32_t LowerCode(uint32_t code, CodePage page) {
   }
   switch (page) {
     case CodePage::Western:
-      return Mapped(LOWER_1252, code);
+      return Mapped(LOWER_1252, code, code);
     case CodePage::Japanese:
-      return Mapped(LOWER_932, code);
+      return Mapped(LOWER_932, code, code);
     case CodePage::Utf8:
-      return Mapped(LOWER_UTF8, code);
+      return Mapped(LOWER_UTF8, code, code);
   }
   return code;
+}
+
+uint32_t TitleCode(uint32_t code, CodePage page) {
+  const uint32_t upper = UpperCode(code, page);
+  return page == CodePage::Utf8 && code >= 0x80 ? Mapped(TITLE_UTF8, code, upper) : upper;
 }
 
 uint32_t CaselessCode(uint32_t code, CodePage page) {
@@ -152,14 +159,14 @@ bool IsWordCode(uint32_t code, CodePage page) {
   return false;
 }
 
-bool IsApostrophe(uint32_t code, CodePage page) {
+bool JoinsLetters(uint32_t code, CodePage page) {
   switch (page) {
     case CodePage::Western:
-      return code == '\'' || code == 0x92;
+      return code == '\'' || code == 0x92 || code == 0xB7;
     case CodePage::Japanese:
       return code == '\'' || code == 0x8166;
     case CodePage::Utf8:
-      return code == '\'' || code == 0x2019;
+      return code == '\'' || code == 0x2019 || code == 0xB7;
   }
   return false;
 }

@@ -29,6 +29,9 @@ TextChar CharAt(const char *text, CodePage page);
 
 uint32_t UpperCode(uint32_t code, CodePage page);
 uint32_t LowerCode(uint32_t code, CodePage page);
+// What a word in small letters begins with: the capital, but of a letter for two sounds (dž) only
+// the first part is one, and scripts that have capitals for whole words only stay as they are.
+uint32_t TitleCode(uint32_t code, CodePage page);
 
 // What two characters have in common that are equal but for case. (Capital of the small letter:
 // some letters have two small forms, some two capital ones.)
@@ -41,7 +44,8 @@ void WriteChar(char *target, uint32_t code, CodePage page);
 // for blanks, punctuation, symbols and stray bytes.
 bool IsWordCode(uint32_t code, CodePage page);
 
-// True for the apostrophes, straight and curled.
-bool IsApostrophe(uint32_t code, CodePage page);
+// True for what does not end a word between two of its characters: the apostrophes, straight and
+// curled, and the middle dot of Catalan.
+bool JoinsLetters(uint32_t code, CodePage page);
 
 #endif

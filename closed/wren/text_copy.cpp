@@ -30,20 +30,21 @@ size_t BytesWithoutTail(const char *text, CodePage page) {
   return end;
 }
 
-// A word is a run of letters and digits; an apostrophe between two of them is part of it.
+// A word is a run of letters and digits; an apostrophe or middle dot between two of them is part of
+// it.
 void CapitalizeWords(char *text, CodePage page) {
   bool inWord = false;
   for (TextChar next = CharAt(text, page); next.bytes != 0; next = CharAt(text, page)) {
     const bool wordChar = IsWordCode(next.code, page);
     if (wordChar) {
-      const uint32_t code = inWord ? LowerCode(next.code, page) : UpperCode(next.code, page);
+      const uint32_t code = inWord ? LowerCode(next.code, page) : TitleCode(next.code, page);
       if (code != next.code) {
         WriteChar(text, code, page);
       }
     }
     text += next.bytes;
     inWord = wordChar ||
-             (inWord && IsApostrophe(next.code, page) && IsWordCode(CharAt(text, page).code, page));
+             (inWord && JoinsLetters(next.code, page) && IsWordCode(CharAt(text, page).code, page));
   }
 }
 

@@ -18,7 +18,7 @@ sys.dont_write_bytecode = True
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path += [str(ROOT / "tests/wren"), str(ROOT / "scripts")]
 from decimal_oracle import D, EXACT, FORM, R, number, shift, signed, truncated  # noqa: E402
-from make_case_table import simple_lower, simple_upper  # noqa: E402
+from make_case_table import simple_lower, simple_title, simple_upper  # noqa: E402
 
 CASES = 2000  # of each function on dates and texts
 PAGES = {1252: "cp1252", 932: "cp932", 65001: "utf-8"}
@@ -273,9 +273,9 @@ def number_cases(page):
 LETTERS = {1252: [(0x80, 0x17F), (0x192, 0x193)],
            932: [(0x391, 0x3CA), (0x410, 0x452), (0x3041, 0x3097), (0x30A1, 0x30FC),
                  (0xFF21, 0xFF5B), (0xFF66, 0xFF9E), (0x8868, 0x8869), (0x82B8, 0x82B9)],
-           65001: [(0xA1, 0x250), (0x370, 0x400), (0x400, 0x530), (0x1E00, 0x1F00),
+           65001: [(0xA1, 0x250), (0x370, 0x400), (0x400, 0x530), (0x10A0, 0x1100), (0x1E00, 0x1F00),
                    (0x3041, 0x3097), (0x10400, 0x10450)]}
-SIGNS = {1252: "—€«×", 932: "　。「×", 65001: "—€×。😀"}
+SIGNS = {1252: "—€«×·²", 932: "　。「×", 65001: "—€×·⁹₂。😀"}
 ALPHABET = {page: [char for first, end in ranges for char in map(chr, range(first, end))
                    if char.isalpha() and char.encode(PAGES[page], "ignore")] + [*SIGNS[page]] * 5
             for page, ranges in LETTERS.items()}
@@ -300,8 +300,8 @@ def mapped(function, text, page):
 
 
 def proper(text, page):
-    return re.sub(r"[^\W_]+(?:['’][^\W_]+)*", lambda word: mapped(
-        simple_upper, word[0][0], page) + mapped(simple_lower, word[0][1:], page), text)
+    return re.sub(r"[^\W_]+(?:['’·][^\W_]+)*", lambda word: mapped(
+        simple_title, word[0][0], page) + mapped(simple_lower, word[0][1:], page), text)
 
 
 def count(most):
