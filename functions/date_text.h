@@ -6,7 +6,7 @@
 
 #include "wreni11.h"
 
-// Date text is built in buffers of this size: 99 characters and the terminator.
+// Date text is built in buffers of this size: 99 bytes and the terminator.
 constexpr int32_t kDateTextSize = 100;
 
 // Form codes of DateRewriteText.

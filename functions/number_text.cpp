@@ -12,7 +12,7 @@ FormatRecord CountryRecord(int32_t mode) {
   return record;
 }
 
-int32_t Format(FormatRecord &record, const NumberValue *value, char *buffer) {
+int32_t WriteNumber(FormatRecord &record, const NumberValue *value, char *buffer) {
   buffer[0] = 0;
   record.output = buffer;
   record.number = *value;
@@ -37,7 +37,7 @@ int32_t NumberFormatPicture(const NumberValue *value, const char *picture, char 
   buffer[0] = 0;
   FormatRecord record = CountryRecord(WREN_FMT_PICTURE);
   record.numberPicture = picture;
-  return WRENFmtCheckNumberPicture(&record) != 0 ? Format(record, value, buffer) : 0;
+  return WRENFmtCheckNumberPicture(&record) != 0 ? WriteNumber(record, value, buffer) : 0;
 }
 
 int32_t NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buffer) {
@@ -47,15 +47,15 @@ int32_t NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buff
   record.decimalSeparator = '.';
   record.fixedDecimals = 1;
   record.decimals = decimals;
-  return Format(record, value, buffer);
+  return WriteNumber(record, value, buffer);
 }
 
 int32_t NumberFormatCountry(const NumberValue *value, char *buffer) {
   FormatRecord record = CountryRecord(WREN_FMT_NUMBER);
-  return Format(record, value, buffer);
+  return WriteNumber(record, value, buffer);
 }
 
 int32_t NumberFormatCurrency(const NumberValue *value, char *buffer) {
   FormatRecord record = CountryRecord(WREN_FMT_CURRENCY);
-  return Format(record, value, buffer);
+  return WriteNumber(record, value, buffer);
 }

@@ -6,7 +6,7 @@
 
 #include "wreni11.h"
 
-// Number text is built in buffers of this size: 99 characters and the terminator.
+// Number text is built in buffers of this size: 99 bytes and the terminator.
 constexpr int32_t kNumberTextSize = 100;
 
 // Reads a number by the country settings. 1, or 0 with the Number zero in `value`.

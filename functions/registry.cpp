@@ -15,7 +15,8 @@ constexpr int16_t kMostParameters = 7;
 // Every full name begins with the same three letters, which the display name leaves out.
 constexpr size_t kPrefixLength = 3;
 
-// Raised by the host when the settings of the system have changed.
+// Raised by hosts that tell when the settings of the system have changed, and kept for them.
+// Nothing reads it: the settings change by WRENSetCountry alone.
 std::atomic<int32_t> systemSettingsChanged{1};
 
 using WorkingRow = ORL_EXPR_ITEM_WITH(kMostParameters);

@@ -224,7 +224,7 @@ int32_t FUNStrReplace(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result
   const int32_t textLength = WRENStrLen(text);
   const int32_t replacementLength = WRENStrLen(replacement);
   const int32_t position = std::clamp(CountArgument(args, 1), 0, textLength);
-  // A stretch is never longer than what takes its place.
+  // At most as many characters as the replacement has bytes: the limit is its length in bytes.
   const int32_t n = std::clamp(CountArgument(args, 2), 0, replacementLength);
   char *target = TextResult(result, resultSize, int64_t{textLength} + replacementLength + 1);
   if (target == nullptr) {

@@ -159,7 +159,9 @@ bool ReadPicture(const char *text, CodePage page, Picture *picture) {
   return ending == Item::End && HasPlaces(picture->section[0]);
 }
 
-// The integer digits that belong to a place; the leftmost place takes all that stand before it.
+// The integer digits that belong to a place of the picture. Places count from the point, 0 being
+// the ones; `shown` digits fill them, zeros ahead included. A place beyond these has no digit, and
+// the picture's leftmost place has all digits from `first` down to its own.
 void PutIntegerPlace(NumberText *target, const PictureSection &section, const NumberDigits &digits,
                      const NumberMarks &marks, int32_t place) {
   const int32_t present = NumberIntegerPlaces(digits);

@@ -93,8 +93,8 @@ WREN_API void WRENStrMid(char *target, const char *source, int32_t position, int
 WREN_API void WRENStrReplace(char *target, const char *source, const char *replacement,
                              int32_t position, int32_t n);
 /* Strip blanks at both ends, at the end; a capital at the start of each word and small letters
- * behind it. A word is a run of letters and digits, an apostrophe between two of them included.
- * Target and source may be the same. */
+ * behind it; the byte length stays. A word is a run of letters and digits, an apostrophe or middle
+ * dot between two of them included. Target and source may be the same. */
 WREN_API void WRENStrTrim(char *target, const char *source);
 WREN_API void WRENStrRTrim(char *target, const char *source);
 WREN_API void WRENStrProper(char *target, const char *source);
@@ -180,7 +180,7 @@ enum {
 };
 
 /* The parameters of one format operation, on the caller's stack; cleared by WRENFmtInit. `output`
- * must have room for 100 bytes: no operation writes more than 99 characters and the terminator. */
+ * must have room for 100 bytes: no operation writes more than 99 bytes and the terminator. */
 typedef struct {
   int32_t mode;        /* WREN_FMT_DATE to WREN_FMT_PICTURE */
   const char *input;   /* text to parse */
