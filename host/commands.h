@@ -70,6 +70,18 @@ int RunRename(const std::string &store, const std::string &from, const std::stri
 /* The names of the formulas that use a column, function or formula. */
 int RunUses(const std::string &store, const std::string &name);
 
+struct SqlOptions {
+  std::string store, data;
+  std::vector<std::string> names;      /* of the formulas to be computed */
+  std::vector<std::string> conditions; /* TEXT=NAME */
+  std::string table;                   /* empty: named like the file */
+  std::string source;                  /* of the rows; empty: the statement is written */
+  OutputFormat format = OUTPUT_TABLE;
+};
+
+/* The statement by which a database computes formulas of a store, or what it computes. */
+int RunSql(const SqlOptions &options);
+
 /* Writes an error and returns `status`. */
 int Complain(const std::string &message, int status);
 

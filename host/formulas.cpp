@@ -67,15 +67,7 @@ void TryDefine(EC ec, Formula &formula) {
  * kind that no later formula mends. */
 size_t AwaitedBy(const Formula &formula, const std::vector<Formula> &formulas,
                  const Places &places) {
-  if (formula.problem.id != ORL_ERR_FUNC) {
-    return kNobody;
-  }
-  const auto offset = static_cast<size_t>(std::max(formula.problem.offset, 0));
-  const auto length = static_cast<size_t>(std::max(formula.problem.length, 0));
-  std::string_view called(formula.text);
-  called = called.substr(std::min(offset, called.size()), length);
-  called = called.substr(0, called.find_last_not_of(" (") + 1);
-  const auto found = places.find(called);
+  const auto found = places.find(UnknownCall(formula));
   const bool awaited = found != places.end() && formulas[found->second].exp == nullptr;
   return awaited ? found->second : kNobody;
 }
@@ -118,6 +110,17 @@ bool FormulaFromArgument(const std::string &argument, Formula &formula, std::str
   }
   formula = FormulaOf(Trimmed(argument.substr(0, equals)), argument.substr(equals + 1));
   return true;
+}
+
+std::string_view UnknownCall(const Formula &formula) {
+  if (formula.problem.id != ORL_ERR_FUNC) {
+    return {};
+  }
+  const auto offset = static_cast<size_t>(std::max(formula.problem.offset, 0));
+  const auto length = static_cast<size_t>(std::max(formula.problem.length, 0));
+  std::string_view called(formula.text);
+  called = called.substr(std::min(offset, called.size()), length);
+  return called.substr(0, called.find_last_not_of(" (") + 1);
 }
 
 bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error) {

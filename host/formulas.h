@@ -5,6 +5,7 @@
 #include <orli11.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct Formula {
@@ -21,6 +22,9 @@ Formula FormulaOf(const std::string &name, const std::string &text);
 /* Takes NAME=TEXT apart. The name may be in quotes, where a "=" of its own may stand. False with a
  * message. */
 bool FormulaFromArgument(const std::string &argument, Formula &formula, std::string &error);
+
+/* The name in a formula's text whose call is why it is not defined; empty for other problems. */
+std::string_view UnknownCall(const Formula &formula);
 
 /* Defines all formulas in the context: each may call the others, whatever their order. False with a
  * message of one or more lines that tells the first formula that is wrong and the place in it. */

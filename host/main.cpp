@@ -44,6 +44,7 @@ struct CommandLine {
   std::vector<std::string> formulas;
   EvalOptions eval;
   ReportOptions report;
+  SqlOptions sql;
 };
 
 /* A check that says nothing about itself in the help. */
@@ -250,6 +251,31 @@ void AddRename(CLI::App &app, CommandLine &line, int &status) {
       [&line, &status] { status = RunRename(line.store, line.name, line.newName); });
 }
 
+void AddSql(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *sql = app.add_subcommand("sql", "Let a database compute stored formulas");
+  AddArgument(sql, "STORE", line.store, "The file of formulas");
+  AddData(sql, line);
+  sql->add_option("NAME", line.sql.names, "The formulas")->required()->type_name("");
+  sql->add_option("--where", line.sql.conditions,
+                  "Rows only whose formula TEXT lies in the\nstored range or set NAME; all of them")
+      ->type_name("TEXT=NAME")
+      ->allow_extra_args(false);
+  sql->add_option("--table", line.sql.table, "The table; named like the file if not told")
+      ->type_name("TABLE");
+  CLI::Option *source =
+      sql->add_option("--dsn", line.sql.source,
+                      "Run the statement there and write the rows: a\ndata source of ODBC");
+  source->type_name("DSN");
+  AddFormat(sql, line);
+  sql->get_option("--format")->needs(source);
+  sql->final_callback([&line, &status] {
+    line.sql.store = line.store;
+    line.sql.data = line.data;
+    line.sql.format = FormatOf(line);
+    status = RunSql(line.sql);
+  });
+}
+
 void StyleHelp(CLI::App &app) {
   constexpr size_t kColumn = 44;
   app.get_formatter()->column_width(kColumn);
@@ -292,6 +318,7 @@ int Run(int argc, char **argv) {
   AddList(app, line, status);
   AddNameCommands(app, line, status);
   AddRename(app, line, status);
+  AddSql(app, line, status);
   app.footer(kFooter);
   const std::string first = argc > 1 ? argv[1] : "-";
   const auto isFirst = [&first](const CLI::App *command) { return command->get_name() == first; };

@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "host/commands.h"
+#include "host/odbc_functions.h"
 #include "host/values.h"
 
 namespace {
@@ -88,7 +89,7 @@ bool DeclareColumns(Session &session, std::string &error) {
 
 EC NewContext() {
   EC ec = ORLCreateEC(nullptr, LookUp, nullptr, ORL_FLAG_RANGES);
-  if (ec != nullptr && FUNDefineFunctions(ec) == 0) {
+  if (ec != nullptr && (FUNDefineFunctions(ec) == 0 || !OdbcFunctionsDeclare(ec))) {
     ORLDestroyEC(ec);
     return nullptr;
   }

@@ -42,7 +42,8 @@ void SessionSetRow(Session &session, const CsvRow &row);
 /* The name of the routine that gives the values of columns, which contexts know. */
 constexpr char kColumnRoutine[] = "orli column";
 
-/* A context with the host's settings and the built-in functions, or null without memory. */
+/* A context with the host's settings, the built-in functions and those of ODBC, or null without
+ * memory. */
 EC NewContext();
 
 #endif

@@ -1,0 +1,260 @@
+/* The command sql: formulas of a store for a database. */
+#include "host/sql.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <unordered_map>
+
+#include "host/display.h"
+#include "host/odbc_functions.h"
+#include "host/sql_text.h"
+#include "host/store.h"
+
+namespace {
+
+/* The formulas of a statement, by their places among all. */
+struct Plan {
+  std::vector<Formula> formulas;
+  std::vector<size_t> shown;
+  struct Condition {
+    size_t tested, bounds;
+  };
+  std::vector<Condition> conditions;
+  std::unique_ptr<ExprContext, int32_t (*)(EC)> ec = {nullptr, ORLDestroyEC};
+};
+
+/* A context in which only that parses which databases know: formulas without the built-in functions
+ * and without dates that are moved by units. */
+bool MakeContext(const Table &table, Plan &plan) {
+  plan.ec.reset(ORLCreateEC(nullptr, nullptr, nullptr, ORL_FLAG_RANGES | ORL_FLAG_NO_DATE_UNITS));
+  EC ec = plan.ec.get();
+  bool good = ec != nullptr && OdbcFunctionsDeclare(ec);
+  for (const Column &column : table.columns) {
+    ExprItem item = {};
+    item.kind = ORL_INPUT;
+    item.dataType = column.type;
+    std::memcpy(item.name, column.name.c_str(), column.name.size() + 1);
+    good = good && ORLAddExpressionItem(ec, &item) != 0;
+  }
+  /* The pictures behind the templates: their width counts with these. */
+  ORLSetDateConvert(ec, "{d '%s'}", "{ts '%s'}", "{t '%s'}", 2);
+  ORLSetDatePicture(ec, "yyyy-MM-dd", "yyyy-MM-dd HH:mm:ss.ffffff", "HH:mm:ss");
+  return good;
+}
+
+bool FindFormula(const Plan &plan, const std::string &name, size_t &place, std::string &error) {
+  const auto found = std::find_if(
+      plan.formulas.begin(), plan.formulas.end(),
+      [&name](const Formula &formula) { return formula.name == name || formula.title == name; });
+  place = static_cast<size_t>(found - plan.formulas.begin());
+  if (found == plan.formulas.end()) {
+    error = "the store has no formula " + DisplayName(name);
+  }
+  return error.empty();
+}
+
+/* Takes TEXT=NAME apart; the text becomes one more formula. */
+bool TakeCondition(Plan &plan, const std::string &argument, std::string &error) {
+  const size_t equals = argument.rfind('=');
+  if (equals == std::string::npos) {
+    error = "a condition is given as TEXT=NAME, not as " + DisplayName(argument);
+    return false;
+  }
+  size_t bounds = 0;
+  if (!FindFormula(plan, argument.substr(equals + 1), bounds, error)) {
+    return false;
+  }
+  plan.conditions.push_back({plan.formulas.size(), bounds});
+  const std::string name = "\"--where " + std::to_string(plan.conditions.size()) + "\"";
+  plan.formulas.push_back(FormulaOf(name, argument.substr(0, equals)));
+  return true;
+}
+
+/* Values are computed by formulas and bounded by ranges and sets. */
+bool CheckKinds(EC ec, const Plan &plan, std::string &error) {
+  const auto check = [&plan, &error, ec](size_t place, bool value) {
+    const Formula &formula = plan.formulas[place];
+    const std::string kind = FormulaKind(ec, formula.exp);
+    if ((kind == "formula") != value) {
+      error = DisplayName(formula.title) + " is a " + kind +
+              (value ? " and has no value; it can stand in a --where"
+                     : "; --where takes TEXT=NAME with the name of a range or set");
+    }
+  };
+  for (const size_t shown : plan.shown) {
+    check(shown, true);
+  }
+  for (const auto &[tested, bounds] : plan.conditions) {
+    check(tested, true);
+    check(bounds, false);
+    const int32_t type = plan.formulas[bounds].type;
+    if (error.empty() && type != plan.formulas[tested].type) {
+      error = DisplayName(plan.formulas[bounds].title) + " has type " + TypeName(type) +
+              " and cannot bound a " + TypeName(plan.formulas[tested].type);
+    }
+  }
+  return error.empty();
+}
+
+/* Defines for the database what it can compute, in the order of the session's context, in which
+ * formulas come behind those that they call. */
+void DefineForDatabase(EC session, Plan &plan) {
+  std::unordered_map<HEXP, Formula *> known;
+  for (Formula &formula : plan.formulas) {
+    known[formula.exp] = &formula;
+    formula.exp = nullptr;
+  }
+  for (int32_t i = 0; i < ORLGetExpressionCount(session); ++i) {
+    Formula &formula = *known.at(ORLHEXPFromOrdinal(session, i));
+    uint16_t type = 0;
+    formula.exp = ORLParseFormula(plan.ec.get(), nullptr, formula.text.c_str(),
+                                  formula.name.c_str(), &formula.problem, &type);
+  }
+}
+
+/* Why a database cannot compute a formula: what is wrong with it or with one that it calls. */
+std::string Refusal(const Plan &plan, size_t place) {
+  const Formula *formula = &plan.formulas[place];
+  for (std::string_view called = UnknownCall(*formula); !called.empty();) {
+    const auto found =
+        std::find_if(plan.formulas.begin(), plan.formulas.end(),
+                     [called](const Formula &other) { return other.name == called; });
+    if (found == plan.formulas.end()) {
+      return "formula " + DisplayName(formula->title) + " uses " + DisplayName(called) +
+             ", which has no counterpart in databases";
+    }
+    formula = &*found;
+    called = UnknownCall(*formula);
+  }
+  return "not for a database: formula " + DisplayName(formula->title) + ": " +
+         ErrorWithPlace(formula->text, formula->problem);
+}
+
+/* An empty field counts in a formula, where a database has NULL. */
+void WarnOfEmptyFields(const Plan &plan, const Formula &formula, const Table &table) {
+  for (const Column &column : table.columns) {
+    if (column.filled != table.rows &&
+        ORLIsExpressionSimpleInput(plan.ec.get(), formula.exp) == 0 &&
+        ORLIsItemUsed(plan.ec.get(), formula.exp, ORL_INPUT, column.name.c_str()) == 1) {
+      Complain("formula " + DisplayName(formula.title) + " computes with the empty fields of " +
+                   DisplayName(column.name) + ", where a database gives NULL",
+               EXIT_GOOD);
+    }
+  }
+}
+
+bool AppendSql(const Plan &plan, size_t place, const Table &table, std::string &sql,
+               std::string &error) {
+  constexpr int32_t kLongest = 1 << 28;
+  const Formula &formula = plan.formulas[place];
+  if (formula.exp == nullptr) {
+    error = Refusal(plan, place);
+    return false;
+  }
+  const int32_t length = ORLGetExtendedTextLength(plan.ec.get(), formula.exp, 1);
+  const int32_t size = std::min(length, kLongest) + 1;
+  const std::unique_ptr<char[]> extended(new char[static_cast<size_t>(size)]);
+  ORLGetExtendedText(plan.ec.get(), formula.exp, size, extended.get(), 1);
+  std::string problem = "is too long when the formulas that it uses stand in it";
+  if (extended[0] == '\0' || !SqlFromExtended(extended.get(), table, sql, problem)) {
+    error = "formula " + DisplayName(formula.title) + " " + problem;
+    return false;
+  }
+  WarnOfEmptyFields(plan, formula, table);
+  return true;
+}
+
+std::string TableName(const SqlOptions &options) {
+  if (options.table.empty()) {
+    return SqlName(std::filesystem::path(options.data).stem().string());
+  }
+  std::string name;
+  for (size_t from = 0, dot = 0; dot != std::string::npos; from = dot + 1) {
+    dot = options.table.find('.', from);
+    name += (from == 0 ? "" : ".") + SqlName(options.table.substr(from, dot - from));
+  }
+  return name;
+}
+
+bool Compose(const SqlOptions &options, const Table &table, const Plan &plan, SqlQuery &query,
+             std::string &error) {
+  std::string &sql = query.text;
+  for (const size_t i : plan.shown) {
+    const Formula &formula = plan.formulas[i];
+    sql += query.titles.empty() ? "SELECT " : ", ";
+    if (!AppendSql(plan, i, table, sql, error)) {
+      return false;
+    }
+    sql += " AS " + SqlName(formula.title);
+    query.titles.push_back(formula.title);
+    query.types.push_back(formula.type);
+  }
+  sql += " FROM " + TableName(options) + " AS " + std::string(kSqlTable);
+  for (size_t i = 0; i < plan.conditions.size(); ++i) {
+    const auto &[tested, bounds] = plan.conditions[i];
+    const bool set = ORLIsExpRange(plan.ec.get(), plan.formulas[bounds].exp, 1) == 1;
+    sql += i == 0 ? " WHERE (" : " AND (";
+    if (!AppendSql(plan, tested, table, sql, error)) {
+      return false;
+    }
+    sql += set ? ") IN (" : ") BETWEEN ";
+    if (!AppendSql(plan, bounds, table, sql, error)) {
+      return false;
+    }
+    sql += set ? ")" : "";
+  }
+  return true;
+}
+
+}  // namespace
+
+bool SqlBuild(const SqlOptions &options, const Session &session, SqlQuery &query,
+              std::string &error) {
+  Plan plan;
+  if (!StoreFormulas(options.store, session, plan.formulas, error)) {
+    return false;
+  }
+  for (const std::string &name : options.names) {
+    plan.shown.push_back(0);
+    if (!FindFormula(plan, name, plan.shown.back(), error)) {
+      return false;
+    }
+  }
+  for (const std::string &argument : options.conditions) {
+    if (!TakeCondition(plan, argument, error)) {
+      return false;
+    }
+  }
+  if (!FormulasDefine(session.ec, plan.formulas, error) || !CheckKinds(session.ec, plan, error)) {
+    return false;
+  }
+  if (!MakeContext(session.table, plan)) {
+    error = "no memory";
+    return false;
+  }
+  DefineForDatabase(session.ec, plan);
+  return Compose(options, session.table, plan, query, error);
+}
+
+int RunSql(const SqlOptions &options) {
+  if (options.table.empty() && options.data == "-") {
+    return Complain("a file without a name needs --table; orli --help tells more", EXIT_USAGE);
+  }
+  return WithSession(options.data, [&options](const Session &session) {
+    SqlQuery query;
+    std::string error;
+    if (!SqlBuild(options, session, query, error)) {
+      return Complain(error, EXIT_WRONG);
+    }
+    if (options.source.empty()) {
+      std::puts(query.text.c_str());
+      return static_cast<int>(EXIT_GOOD);
+    }
+    const bool good = OdbcRun(options.source, query, options.format, error);
+    return good ? static_cast<int>(EXIT_GOOD) : Complain(error, EXIT_WRONG);
+  });
+}

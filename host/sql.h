@@ -1,0 +1,27 @@
+/* sql.h - stored formulas as one statement for a database. */
+#ifndef ORLI11_HOST_SQL_H
+#define ORLI11_HOST_SQL_H
+
+#include <string>
+#include <vector>
+
+#include "host/commands.h"
+#include "host/session.h"
+
+struct SqlQuery {
+  std::string text;
+  std::vector<std::string> titles; /* of its columns */
+  std::vector<int32_t> types;      /* of their values */
+};
+
+/* The statement for the columns of the session's file. False with a message for formulas that a
+ * database would not compute, or would compute to something else. */
+bool SqlBuild(const SqlOptions &options, const Session &session, SqlQuery &query,
+              std::string &error);
+
+/* Lets a database compute the statement and writes its rows as those of formulas are written.
+ * `source` is a data source of ODBC or a connection string. False with a message. */
+bool OdbcRun(const std::string &source, const SqlQuery &query, OutputFormat format,
+             std::string &error);
+
+#endif

@@ -1,0 +1,137 @@
+#include "host/sql_text.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::string_view kDigits = "0123456789";
+constexpr std::string_view kSpaces = " \t\n";
+constexpr size_t kNone = std::string_view::npos;
+
+bool IsNameStart(char byte) {
+  const bool letter = (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
+  return letter || static_cast<unsigned char>(byte) >= 0x80 ||
+         (byte != '\0' && std::string_view("#$_@").find(byte) != kNone);
+}
+
+bool IsQuote(char byte) {
+  return byte == '"' || byte == '`';
+}
+
+/* The bytes of the name at the start of a text: up to three parts with points between, each plain
+ * or in quotes. 0 when there is none. */
+size_t NameLength(std::string_view text) {
+  size_t length = 0;
+  while (length < text.size()) {
+    const char first = text[length];
+    if (IsQuote(first)) {
+      length = text.find(first, length + 1) + 1;
+    } else if (IsNameStart(first)) {
+      while (length < text.size() &&
+             (IsNameStart(text[length]) || kDigits.find(text[length]) != kNone)) {
+        ++length;
+      }
+    } else {
+      return length == 0 ? 0 : length - 1; /* the point belongs to something else */
+    }
+    if (length >= text.size() || text[length] != '.') {
+      return length;
+    }
+    ++length;
+  }
+  return length;
+}
+
+/* Moves bytes from the start of the text to the SQL. */
+void Take(std::string_view &text, size_t count, std::string &sql) {
+  sql += text.substr(0, count);
+  text.remove_prefix(std::min(count, text.size()));
+}
+
+/* A column by its header; other names, of functions, stay. */
+void TakeName(std::string_view &text, const Table &table, std::string &sql) {
+  const size_t length = NameLength(text);
+  const std::string_view name = text.substr(0, length);
+  const auto column = std::find_if(table.columns.begin(), table.columns.end(),
+                                   [name](const Column &entry) { return entry.name == name; });
+  const size_t next = text.find_first_not_of(kSpaces, length);
+  if (column != table.columns.end() && (next == kNone || text[next] != '(')) {
+    sql += std::string(kSqlTable) + "." + SqlName(column->header);
+    text.remove_prefix(length);
+  } else {
+    Take(text, length, sql);
+  }
+}
+
+/* A number with its exponent, whose sign is no operator. */
+void TakeNumber(std::string_view &text, std::string &sql) {
+  size_t length = std::min(text.find_first_not_of("0123456789."), text.size());
+  if (length + 2 < text.size() && (text[length] == 'E' || text[length] == 'e') &&
+      (text[length + 1] == '+' || text[length + 1] == '-')) {
+    length = std::min(text.find_first_not_of(kDigits, length + 2), text.size());
+  }
+  Take(text, length, sql);
+}
+
+/* A text constant, or the date of an escape, whose fraction of a second may be none. */
+bool TakeConstant(std::string_view &text, std::string &sql, std::string &problem) {
+  constexpr std::string_view kNoFraction = ".000000";
+  size_t end = 1;
+  while (end + 1 < text.size() && (text[end] != '\'' || text[end + 1] == '\'')) {
+    end += text[end] == '\'' ? 2 : 1;
+  }
+  std::string_view constant = text.substr(0, end);
+  if (constant.find("\\'") != kNone || constant.back() == '\\') {
+    problem = "has a backslash in front of a quote; for a database a quote in a text is written ''";
+    return false;
+  }
+  text.remove_prefix(end);
+  if (sql.ends_with("{ts ") && constant.ends_with(kNoFraction)) {
+    constant.remove_suffix(kNoFraction.size());
+  }
+  sql += constant;
+  Take(text, 1, sql);
+  return true;
+}
+
+/* The opening of an escape, with the word that tells its kind. */
+bool TakeEscape(std::string_view &text, std::string &sql, std::string &problem) {
+  const size_t length = text.find(' ') + 1;
+  if (text.substr(0, length) == "{t ") {
+    problem = "has a time without a day, which databases do not take for a date";
+    return false;
+  }
+  Take(text, length, sql);
+  return true;
+}
+
+}  // namespace
+
+std::string SqlName(std::string_view name) {
+  std::string quoted = "\"";
+  for (const char byte : name) {
+    quoted.append(byte == '"' ? 2 : 1, byte);
+  }
+  return quoted + "\"";
+}
+
+bool SqlFromExtended(std::string_view extended, const Table &table, std::string &sql,
+                     std::string &problem) {
+  bool good = true;
+  while (good && !extended.empty()) {
+    const char byte = extended.front();
+    if (byte == '\'') {
+      good = TakeConstant(extended, sql, problem);
+    } else if (byte == '{') {
+      good = TakeEscape(extended, sql, problem);
+    } else if (IsQuote(byte) || IsNameStart(byte)) {
+      TakeName(extended, table, sql);
+    } else if (byte == '.' || kDigits.find(byte) != kNone) {
+      TakeNumber(extended, sql);
+    } else {
+      sql += byte == '/' ? "* 1.0 " : byte == '-' && sql.ends_with('-') ? " " : "";
+      Take(extended, 1, sql);
+    }
+  }
+  return good;
+}
