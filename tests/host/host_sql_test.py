@@ -1,0 +1,295 @@
+"""orli sql beside orli eval: the rows of two databases, the words of statements, refusals.
+
+    host_sql_test.py --write    puts what the databases give into docs/sql.md
+"""
+
+import csv
+import decimal
+import io
+import os
+import pathlib
+import re
+import shutil
+import sqlite3
+import subprocess
+import sys
+import unittest
+
+import support
+
+PAGE = support.ROOT / "docs/sql.md"
+MARKS = ("<!-- rows of the test -->\n", "<!-- end of the rows -->\n")
+# How a database does with a formula over all rows.
+SAME, UNKNOWN, DIFFERS = "same", "not known", "differs"
+
+# Name, text, and how SQLite and PostgreSQL do.
+FORMULAS = (
+    ("sum", "temp_max + temp_min - wind * precipitation", SAME, SAME),
+    ("mean", "(temp_max + temp_min) / 2", SAME, SAME),
+    ("fahrenheit", "mean() * 9 / 5 + 32", SAME, SAME),
+    ("third", "precipitation / 3 / 7", SAME, SAME),
+    ("half", "7 / 2 - mean() / (1--1)", SAME, SAME),
+    ("tenths", "0.1 + 0.2", SAME, SAME),
+    ("label", "'it''s ' || weather", SAME, SAME),
+    ("reported", "date", SAME, SAME),
+    ("until", "31 May 2012", SAME, SAME),
+    ("moment", "5/31/2012 21:30:15.5", SAME, SAME),
+    ("frost", "ABS(temp_min)", SAME, SAME),
+    ("between", "FLOOR(temp_min) * 100 + CEILING(temp_min)", SAME, SAME),
+    ("week", "MOD(FLOOR(temp_max), 7)", SAME, SAME),
+    ("squared", "POWER(wind, 2)", SAME, SAME),
+    ("rounded", "ROUND(temp_max / 4, 1)", SAME, SAME),
+    ("cut", "TRUNCATE(temp_min / 3, 1)", UNKNOWN, SAME),
+    ("length", "LENGTH(weather) + LENGTH(LTRIM('  ab '))", SAME, SAME),
+    ("characters", "CHAR_LENGTH(weather)", UNKNOWN, SAME),
+    ("middle", "SUBSTRING(weather, 2, 2) || RTRIM(' x  ')", SAME, SAME),
+    ("title", "UCASE(LEFT(weather, 1)) || LCASE(SUBSTRING(weather, 2, 99))", UNKNOWN, SAME),
+    ("place", "LOCATE('n', weather)", UNKNOWN, SAME),
+    ("bar", "REPEAT('=', 3) || SPACE(2) || RIGHT(weather, 2)", UNKNOWN, SAME),
+    ("number", "YEAR(date) * 10000 + MONTH(date) * 100 + DAYOFMONTH(date)", UNKNOWN, SAME),
+    ("quarter", "QUARTER(date) * 10 + DAYOFWEEK(date)", UNKNOWN, SAME),
+    ("clock", "HOUR(moment()) * 100 + MINUTE(moment())", UNKNOWN, SAME),
+    ("ticks", "SECOND(moment())", UNKNOWN, DIFFERS),
+    ("nothing", "wind / (temp_min - temp_min)", DIFFERS, UNKNOWN),
+)
+BOUNDS = ("mild=10 AND 2 * 7.5", "wet='rain', 'snow'", "spring=1 Mar 2012 AND until()", "lengths=3, 4, LENGTH('fog')")
+# Conditions, and which rows of data and formulas they keep.
+CONDITIONS = (
+    (("mean()=mild",), lambda row, made: 10 <= decimal.Decimal(made["mean"]) <= 15),
+    (("weather=wet",), lambda row, made: row["weather"] in ("rain", "snow")),
+    (("date=spring", "weather=wet", "temp_min * 2=mild"),
+     lambda row, made: "2012-03-01" <= row["date"] <= "2012-05-31" and row["weather"] in ("rain", "snow")
+     and 10 <= decimal.Decimal(row["temp_min"]) * 2 <= 15),
+    (("LENGTH(weather)=lengths",), lambda row, made: len(row["weather"]) in (3, 4)),
+)
+
+
+def drivers():
+    """The names of the drivers that are installed."""
+    if shutil.which("odbcinst") is None:
+        return ""
+    return subprocess.run(["odbcinst", "-q", "-d"], capture_output=True, text=True, check=False).stdout
+
+
+def table_of(types):
+    return "CREATE TABLE weather(date {0}, precipitation {1}, temp_max {1}, temp_min {1}, wind {1}, weather {2})".format(*types)
+
+
+class Sqlite:
+    name = "SQLite"
+
+    def __init__(self, folder):
+        path = folder / "weather.db"
+        self.source = f"Driver=SQLite3;Database={path}"
+        self.close = lambda: None
+        with open(support.WEATHER, newline="", encoding="utf-8") as file, sqlite3.connect(path) as database:
+            database.execute(table_of(("date", "real", "text")))
+            database.executemany("INSERT INTO weather VALUES(?,?,?,?,?,?)", list(csv.reader(file))[1:])
+
+    @staticmethod
+    def missing():
+        return "" if "[SQLite3]" in drivers() else "SQLite's ODBC driver (libsqliteodbc) is not installed"
+
+
+class PostgreSQL:
+    """A server of its own, in a folder of its own, by a user without rights: it refuses root."""
+    name = "PostgreSQL"
+
+    def __init__(self, folder):
+        folder = folder / "server"
+        folder.mkdir()
+        self.user = {"user": "nobody", "extra_groups": []} if os.geteuid() == 0 else {}
+        if self.user:
+            shutil.chown(folder, "nobody")
+            folder.parent.chmod(0o755)
+        self.data = folder / "data"
+        self.source = f"Driver=PostgreSQL ANSI;Server={folder};Database=postgres;UID=orli"
+        self.call("initdb", "-D", self.data, "-U", "orli", "-A", "trust", "--no-sync", "-E", "UTF8", "--locale=C")
+        options = f"-c listen_addresses='' -c unix_socket_directories={folder} -c fsync=off"
+        self.call("pg_ctl", "-D", self.data, "-w", "-o", options, "-l", folder / "log", "start")
+        self.call("psql", "-h", folder, "-U", "orli", "-d", "postgres", "-qc", table_of(("date", "numeric", "text")),
+                  "-c", f"\\copy weather from '{support.WEATHER}' csv header")
+
+    @staticmethod
+    def program(name):
+        found = sorted(pathlib.Path("/usr/lib/postgresql").glob(f"*/bin/{name}"))
+        return str(found[-1]) if found else shutil.which(name)
+
+    def call(self, name, *arguments):
+        subprocess.run([self.program(name), *arguments], check=True, stdout=subprocess.DEVNULL,
+                       cwd=self.data.parent, **self.user)
+
+    def close(self):
+        self.call("pg_ctl", "-D", self.data, "-m", "immediate", "stop")
+
+    @classmethod
+    def missing(cls):
+        found = "[PostgreSQL ANSI]" in drivers() and cls.program("initdb")
+        return "" if found else "PostgreSQL or its ODBC driver (postgresql, odbc-postgresql) is not installed"
+
+
+def rows_of(output):
+    return list(csv.DictReader(io.StringIO(output.decode(), newline="")))
+
+
+def same(cell, expected):
+    """Equal, numbers in as many digits as a double holds."""
+    if re.fullmatch(r"-?\d+(\.\d+)?", expected) and re.fullmatch(r"-?\d+(\.\d+)?(e-?\d+)?", cell):
+        value = decimal.Decimal(expected)
+        return abs(decimal.Decimal(cell) - value) <= abs(value) * decimal.Decimal("1e-13")
+    return cell == expected
+
+
+class Databases(support.FolderCase):
+    maxDiff = None
+
+    def setUp(self):
+        super().setUp()
+        self.store = self.folder / "weather.store"
+        self.define(support.WEATHER, *[f"{name}={text}" for name, text, *_ in FORMULAS], *BOUNDS)
+        formulas = [word for name, text, *_ in FORMULAS for word in ("--formula", f"{name}={text}")]
+        self.rows = rows_of(support.run("eval", support.WEATHER, "--format", "csv", *formulas)[1])
+        self.assertEqual(len(self.rows), 1461)
+
+    def define(self, data, *formulas):
+        status, _, errors = support.run("define", self.store, data, *formulas)
+        self.assertEqual(status, 0, errors)
+
+    def database(self, kind):
+        if kind.missing():
+            self.skipTest(kind.missing())
+        database = kind(self.folder)
+        self.addCleanup(database.close)
+        return database
+
+    def ask(self, database, *arguments):
+        return support.run("sql", self.store, support.WEATHER, *arguments, "--dsn", database.source, "--format", "csv")
+
+    def given(self, database, name):
+        """How a database does with a formula, and what it gives for the second row."""
+        status, output, errors = self.ask(database, name)
+        if status != 0:
+            self.assertRegex(errors.decode(), r"^orli: SQLSTATE \w{5}: .*\n$")
+            return UNKNOWN, re.sub(r".*?(\[SQLite\]|ERROR: )|\W*(\(1\))?\n", "", errors.decode())
+        cells = [row[name] for row in rows_of(output)]
+        self.assertEqual(len(cells), len(self.rows), name)
+        good = all(same(cell, row[name]) for cell, row in zip(cells, self.rows))
+        shown = f"`{cells[1]}`" if cells[1] else "NULL"
+        return (SAME, shown) if good else (DIFFERS, f"**{shown}**")
+
+    def check(self, kind):
+        """The rows are those of eval where FORMULAS says so; the page shows the second one."""
+        database, column = self.database(kind), (Sqlite, PostgreSQL).index(kind)
+        page = re.findall(r"^\| `.*\|$", PAGE.read_text().split(MARKS[0])[1], re.MULTILINE)
+        self.assertEqual(len(page), len(FORMULAS))
+        for (name, text, *outcomes), line in zip(FORMULAS, page):
+            outcome, shown = self.given(database, name)
+            self.assertEqual(outcome, outcomes[column], f"{kind.name}: {text}: {shown}")
+            cells = re.split(r"(?<!\\)\| ?", line)
+            self.assertEqual([cells[1], cells[2], cells[3 + column]],
+                             [in_table(text), f"`{self.rows[1][name]}` ", shown + " "])
+        self.check_conditions(database)
+        self.check_texts(database)
+
+    def check_conditions(self, database):
+        with open(support.WEATHER, newline="", encoding="utf-8") as file:
+            data = list(csv.DictReader(file))
+        for conditions, keeps in CONDITIONS:
+            options = [word for condition in conditions for word in ("--where", condition)]
+            status, output, errors = self.ask(database, "reported", *options)
+            self.assertEqual(status, 0, errors)
+            expected = [made["reported"] for row, made in zip(data, self.rows) if keeps(row, made)]
+            self.assertTrue(0 < len(expected) < len(data), conditions)
+            self.assertEqual([row["reported"] for row in rows_of(output)], expected, conditions)
+
+    def check_texts(self, database):
+        text = "it's ü; -- {d '1'} ? " * 70
+        constant = "'" + text.replace("'", "''") + "'"
+        self.define(support.WEATHER, "long=" + " || ".join([constant] * 9), "\"; -- 'ü\"=long()")
+        status, output, errors = self.ask(database, "; -- 'ü", "reported", "--where", "date=spring")
+        self.assertEqual((status, errors), (0, b""))
+        self.assertEqual(rows_of(output)[0], {"; -- 'ü": text * 9, "reported": "2012-03-01"})
+        status, _, errors = self.ask(database, "mean", "--table", 'weather"; DROP TABLE weather; --')
+        self.assertEqual(status, 1)
+        self.assertRegex(errors.decode(), r"^orli: SQLSTATE .*DROP TABLE.*\n$")
+        self.assertEqual(self.ask(database, "mean")[0], 0)
+
+    def test_sqlite_gives_the_rows_of_eval(self):
+        self.check(Sqlite)
+
+    def test_postgresql_gives_the_rows_of_eval(self):
+        self.check(PostgreSQL)
+
+    def test_statements(self):
+        data = self.file('a,wind speed,"b""c",Order,x.y,fn,Day,s,-- e\n1,2,3,4,5,6,7,x,\n1,2,3,4,5,6,7,x,8\n', "odd.csv")
+        self.store = self.folder / "odd.store"
+        rows = (
+            ('a + "wind speed" + `b"c` / x.y + fn * "Day"-Order',
+             't."a" + t."wind speed" + t."b""c" * 1.0 / t."x.y" + t."fn" * t."Day"-t."Order"'),
+            ("'\" -- ;' || s || 'a\\b {fn }'", "'\" -- ;' || t.\"s\" || 'a\\b {fn }'"),
+            ("1.5E-3 -1.5E+3--.5", "1.5E-3 -1.5E+3- -.5"),
+            ("ABS ( (a)\n/ 3 )", ' {fn ABS ( (t."a")\n* 1.0 / 3 ) } '),
+            ("Text() || LTRIM(s)", "('x''' ||  {fn UCASE('y') } ) ||  {fn LTRIM(t.\"s\") } "),
+            ("2012-01-31 21:30", "{ts '2012-01-31 21:30:00'}"), ("12/31/2012", "{d '2012-12-31'}"),
+        )
+        self.define(data, "Text='x''' || UCASE('y')", *[f"n{i}={text}" for i, (text, _) in enumerate(rows)])
+        for i, (text, expected) in enumerate(rows):
+            result = support.run("sql", self.store, data, f"n{i}", "--table", 'main.a"b')
+            expected = f'SELECT {expected} AS "n{i}" FROM "main"."a""b" AS t\n'
+            self.assertEqual(result, (0, expected.encode(), b""), text)
+        self.define(data, "low=0 AND 9", "few='x', Text()", 'empty="-- e" + 1')
+        status, output, errors = support.run("sql", self.store, data, "empty", "n1", "--where", "a * 2=low", "--where", "s=few")
+        self.assertEqual((status, output.decode().partition(" FROM ")[2]),
+                         (0, '"odd" AS t WHERE (t."a" * 2) BETWEEN 0 AND 9'
+                          " AND (t.\"s\") IN ('x', ('x''' ||  {fn UCASE('y') } ))\n"))
+        self.assertIn(b'orli: formula empty computes with the empty fields of "-- e"', errors)
+
+    def test_refusals(self):
+        self.define(support.WEATHER, "padded=StrPad(weather, 9)", "user='x' || padded()", "next=date + 7 DAYS", "noon=12:30",
+                    "quote='it\\'s'", "d0=mean()", *[f"d{i}=d{i - 1}() + d{i - 1}()" for i in range(1, 20)])
+        rows = (
+            (["padded"], "formula padded uses StrPad, which has no counterpart in databases"),
+            (["mean", "user"], "formula padded uses StrPad"), (["next"], "not for a database: formula next: ERR_OPERATORDATE"),
+            (["noon"], "formula noon has a time without a day"), (["quote"], "formula quote has a backslash"),
+            (["mild"], "mild is a range and has no value"), (["nope"], "the store has no formula nope"),
+            (["d19"], "formula d19 is too long"), (["mean", "--where", "mean()"], "a condition is given as TEXT=NAME"),
+            (["mean", "--where", "wind=mean"], "mean is a formula;"),
+            (["mean", "--where", "weather=mild"], "mild has type Number and cannot bound a String"),
+            (["mean", "--where", "2 AND 3=mild"], "--where 1 is a range"),
+            (["mean", "--where", "rain=mild"], "formula --where 1: ERR_VAR"),
+            (["mean", "--dsn", "Driver=NoSuchDriver"], "SQLSTATE "),
+        )
+        for arguments, expected in rows:
+            status, output, errors = support.run("sql", self.store, support.WEATHER, *arguments)
+            self.assertEqual((status, output), (1, b""), arguments)
+            self.assertTrue(errors.decode().startswith("orli: " + expected), errors)
+        for arguments in ([], ["mean", "--format", "csv"]):
+            self.assertEqual(support.run("sql", self.store, support.WEATHER, *arguments)[0], 2)
+        self.assertEqual(support.run("sql", self.store, "-", "mean", stdin=support.WEATHER.read_bytes())[0], 2)
+
+
+def in_table(text):
+    return f"`{text}` ".replace("|", "\\|")
+
+
+class Writer(Databases):
+    """Writes the rows of the page."""
+
+    def runTest(self):
+        databases = [self.database(Sqlite), self.database(PostgreSQL)]
+        lines = ["\n| Formula | `orli eval` | SQLite | PostgreSQL |\n", "|---|---|---|---|\n"]
+        for name, text, *_ in FORMULAS:
+            cells = [f"`{self.rows[1][name]}`", *(self.given(database, name)[1] for database in databases)]
+            lines.append(f"| {in_table(text)}| {' | '.join(cells)} |\n")
+        before, rest = PAGE.read_text().split(MARKS[0])
+        PAGE.write_text(before + MARKS[0] + "".join(lines) + "\n" + MARKS[1] + rest.split(MARKS[1])[1])
+
+
+def load_tests(loader, _tests, _pattern):
+    return unittest.TestSuite([Writer()]) if WRITE else loader.loadTestsFromTestCase(Databases)
+
+
+if __name__ == "__main__":
+    WRITE = "--write" in sys.argv
+    sys.argv = [word for word in sys.argv if word != "--write"]
+    support.main()
