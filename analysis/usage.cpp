@@ -1,5 +1,7 @@
 #include "analysis/usage.h"
 
+#include <cstring>
+
 #include "analysis/formula_walk.h"
 #include "engine/items.h"
 #include "platform/text.h"
@@ -84,6 +86,39 @@ void MarkHarmless(const UsageWalk &walk, Expression *stored) {
   }
 }
 
+// Begins a search for references to a name, or goes on with the last one where its answers still
+// hold: formulas that are stored under one name one after the other cost one search then.
+UsageWalk SearchBegin(EC ec, const char *name) {
+  const void *mention = MentionOfName(ec, name);
+  if (mention == ec->searchedName && ec->references == ec->searchReferences) {
+    return {ec, ec->revision, ec->searchNumber, false, nullptr};
+  }
+  UsageWalk walk = UsageWalkBegin(ec);
+  MarkHarmless(walk, ORLHEXPFromName(ec, name));
+  ec->searchedName = mention;
+  ec->searchNumber = walk.number;
+  ec->searchReferences = ec->references;
+  return walk;
+}
+
+// The same for the question whether an item is used, asked of one expression after the other.
+UsageWalk QuestionBegin(EC ec, int32_t kind, const char *name) {
+  if (ec->askedNumber != 0 && ec->askedRevision == ec->revision && ec->askedKind == kind &&
+      SameText(ec->askedName, name)) {
+    return {ec, ec->revision, ec->askedNumber, false, nullptr};
+  }
+  UsageWalk walk = UsageWalkBegin(ec);
+  const size_t length = std::strlen(name);
+  const bool kept = length < sizeof ec->askedName;
+  if (kept) {
+    std::memcpy(ec->askedName, name, length + 1);
+  }
+  ec->askedKind = kind;
+  ec->askedNumber = kept ? walk.number : 0;
+  ec->askedRevision = ec->revision;
+  return walk;
+}
+
 template <class Match>
 int32_t Ask(EC ec, HEXP exp, Match match) {
   if (ec == nullptr || exp == nullptr) {
@@ -158,16 +193,27 @@ const ExprNode *FormulaRefersTo(EC ec, const char *name, ExprNode *tree) {
     }
     return nullptr;
   }
-  UsageWalk walk = UsageWalkBegin(ec);
-  MarkHarmless(walk, ORLHEXPFromName(ec, name));
-  return Walk(walk, tree, nullptr, refers) ? walk.topNode : nullptr;
+  UsageWalk walk = SearchBegin(ec, name);
+  const bool found = Walk(walk, tree, nullptr, refers);
+  if (walk.circular) {
+    ec->searchedName = nullptr;
+  }
+  return found ? walk.topNode : nullptr;
 }
 
 int32_t ORLIsItemUsed(EC ec, HEXP exp, int32_t kind, const char *name) {
   if (name == nullptr) {
     return 0;
   }
-  return Ask(ec, exp, [=](const ExprNode *node) { return NodeUsesItem(node, kind, name); });
+  if (ec == nullptr || exp == nullptr) {
+    return 0;
+  }
+  UsageWalk walk = QuestionBegin(ec, kind, name);
+  const bool used = ItemUsedBy(walk, exp, kind, name);
+  if (walk.circular) {
+    ec->askedNumber = 0;
+  }
+  return used ? 1 : 0;
 }
 
 int32_t ORLIsNamedFormulaUsed(EC ec, const char *name) {

@@ -61,10 +61,20 @@ struct ExprContext {
   char helpPath[kHelpPathSize];
 
   NameIndex expressionNames;
-  NameIndex mentions;    // names that stored trees refer to as formulas, with a count each
-  uint64_t generation;   // raised when a name may come to mean something else: lookups are stale
-  uint64_t revision;     // raised by every change of a tree or table: answers about use are stale
-  uint64_t walkNumber;   // of the last walk through named formulas
+  NameIndex mentions;   // names that stored trees refer to as formulas, with a count each
+  uint64_t generation;  // raised when a name may come to mean something else: lookups are stale
+  uint64_t revision;    // raised by every change of a tree or table: answers about use are stale
+  uint64_t references;  // raised when what stored formulas refer to may have changed
+  uint64_t walkNumber;  // of the last walk through named formulas
+
+  // The last search for circles: its answers hold for the same name as long as `references` stays.
+  const void *searchedName;  // the entry of the name among the mentions
+  uint64_t searchNumber, searchReferences;
+
+  // The last question for the users of an item: hosts ask it of one expression after the other.
+  char askedName[65];
+  int32_t askedKind;
+  uint64_t askedNumber, askedRevision;
   DeleteRun *deleteRun;  // the guarded delete that is going on, or null
   uint64_t lastDeleteRun;
 };
@@ -73,6 +83,7 @@ struct ExprContext {
 inline void ContextChanged(EC ec) {
   ec->generation++;
   ec->revision++;
+  ec->references++;
 }
 
 // A copy of a text in a block of WRENMemAlloc, or null when there is no memory.

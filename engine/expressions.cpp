@@ -65,6 +65,10 @@ bool RootIs(HEXP exp, int32_t kind) {
 
 }  // namespace
 
+const void *MentionOfName(EC ec, const char *name) {
+  return MentionOf(ec, name);
+}
+
 uint32_t MentionCount(EC ec, const char *name) {
   const Mention *mention = MentionOf(ec, name);
   return mention == nullptr ? 0 : mention->count;
@@ -115,9 +119,14 @@ int32_t ExpressionTableAppend(EC ec, Expression *expression) {
     MentionsRemove(ec, expression->tree);
     return 0;
   }
-  ec->hadDuplicates = ec->hadDuplicates || ORLHEXPFromName(ec, expression->name) != nullptr;
+  const bool duplicate = ORLHEXPFromName(ec, expression->name) != nullptr;
+  ec->hadDuplicates = ec->hadDuplicates || duplicate;
   NameIndexAppend(ec->expressionNames, expression->entry, expression->name, expression);
-  ContextChanged(ec);
+  ec->generation++;
+  ec->revision++;
+  if (!duplicate && MentionCount(ec, expression->name) != 0) {
+    ec->references++;  // stored formulas have been waiting for this name
+  }
   return 1;
 }
 

@@ -53,6 +53,10 @@ void ExpressionFree(Expression *expression);
 // The number of NODE_FORMULA in stored trees that name a formula.
 uint32_t MentionCount(EC ec, const char *name);
 
+// What stands for the name among the names that stored trees mention, or null; the same as long as
+// one of them does.
+const void *MentionOfName(EC ec, const char *name);
+
 // Count the formulas that a tree refers to as mentioned, or no longer. MentionsAdd is false, with
 // nothing counted, when there is no memory.
 bool MentionsAdd(EC ec, const ExprNode *tree);

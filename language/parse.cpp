@@ -175,6 +175,7 @@ bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
     ContextChanged(ec);
   } else {
     ec->revision++;  // every name still finds what it found before
+    ec->references++;
   }
   return true;
 }

@@ -367,6 +367,21 @@ TEST(BlockReader, LongChains) {
   }
 }
 
+// A chain whose end half the rows call, all under one name that is called itself: each could close
+// a circle.
+TEST(BlockReader, ManyRowsOfOneName) {
+  constexpr int kCount = 32767;
+  Texts rows = {"F0=1", "Z=D()"};
+  for (int i = 1; i < kCount / 2; i++) {
+    rows.push_back("F" + std::to_string(i) + "=F" + std::to_string(i - 1) + "()");
+  }
+  const std::string last = rows.back().substr(0, rows.back().find('='));
+  while (rows.size() < kCount) rows.push_back("D=" + last + "()");
+  const OwnedContext ec = ContextFor({});
+  EXPECT_EQ(Load(ec.get(), Start(3) + Formulas(rows)), 1);
+  EXPECT_EQ(ORLGetExpressionCount(ec.get()), kCount);
+}
+
 // The rows "| offset | bytes | meaning |" of the page, where "00 x 20" is as many zeros.
 TEST(BlockPage, DumpIsAsWritten) {
   std::ifstream page("docs/block-format.md");
