@@ -154,15 +154,20 @@ Expression *CheckedFormula(EC ec, HEXP exp, const char *text, const char *name, 
   return fresh;
 }
 
-// Moves the content of the new record, which is freed, into a stored one. False when there is no
-// memory to count the references; then nothing has changed.
-bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
+// Moves the content of the new record, which is freed, into a stored one. 0, or the error that left
+// everything as it was: there is no memory to count the references, or the host has destroyed the
+// stored one when it heard of the new name.
+int32_t ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
   if (!MentionsAdd(ec, fresh->tree)) {
-    return false;
+    return ORL_ERR_MEMORY;
   }
   const bool renamed = std::strcmp(exp->name, fresh->name) != 0;
   if (renamed && ec->renameProc != nullptr) {
     CallHost([=] { return ec->renameProc(ec, exp->name, fresh->name); });
+    if (ORLGetExpressionOrdinal(ec, exp) < 0) {
+      MentionsRemove(ec, fresh->tree);
+      return ORL_ERR_GENERAL;
+    }
   }
   ReplaceTree(ec, exp, fresh->tree);
   NameIndexRename(ec->expressionNames, exp->entry, fresh->name);
@@ -177,7 +182,7 @@ bool ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
     ec->revision++;  // every name still finds what it found before
     ec->references++;
   }
-  return true;
+  return 0;
 }
 
 // The first reference to a formula in a tree, at `node` or behind it; null when there is none.
@@ -258,10 +263,11 @@ HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name, Formul
   if (fresh == nullptr) {
     return nullptr;
   }
-  const bool stored =
-      exp == nullptr ? ExpressionTableAppend(ec, fresh) != 0 : ReplaceContent(ec, exp, fresh);
-  if (!stored) {
-    return RefuseRecord(fresh, ORL_ERR_MEMORY, 0, error);
+  const int32_t failure = exp != nullptr                          ? ReplaceContent(ec, exp, fresh)
+                          : ExpressionTableAppend(ec, fresh) == 0 ? int32_t{ORL_ERR_MEMORY}
+                                                                  : 0;
+  if (failure != 0) {
+    return RefuseRecord(fresh, failure, 0, error);
   }
   return exp == nullptr ? fresh : exp;
 }
