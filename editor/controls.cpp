@@ -12,11 +12,6 @@ intptr_t Own(int32_t control, OrlWindow window, uint32_t message, uintptr_t wPar
                                    lParam);
 }
 
-// True while the editor runs that the control belongs to.
-bool EditorRuns() {
-  return Windows() != nullptr && CurrentEditor().record != nullptr;
-}
-
 // The user has gone to another row of the Formulas list.
 void FollowRow(OrlWindow dialog, bool openTextView) {
   if (!CurrentRecovery().active) {

@@ -98,6 +98,9 @@ struct EditorState {
 // The state of the editor that runs on this thread.
 EditorState &CurrentEditor();
 
+// True while the editor is open. A host may call the procedures of its windows at any time.
+bool EditorRuns();
+
 // True with a list values routine and outside recovery: modes, row bitmaps and values are there.
 bool EditorHasModes();
 
@@ -153,7 +156,7 @@ void OrlWrapSelection(OrlWindow edit);
 void OrlDrawFormulaRow(const OrlDrawItem *draw);
 void *OrlRowBitmap(int32_t row, const char *text);
 
-// ---- Save and delete (save.cpp, select.cpp)
+// ---- Save and delete (save.cpp, select.cpp, follow.cpp)
 // --------------------------------------------------------
 
 // The kind of a stored expression, by its root.
@@ -162,6 +165,9 @@ HEXP OrlSaveText(OrlWindow dialog);
 bool OrlAskSave(OrlWindow dialog);
 void OrlSelectFormula(OrlWindow dialog);
 void OrlDeleteSelected(OrlWindow dialog);
+// Brings the rows of the list of formulas, and what hangs on them, in step with the context behind
+// a routine of the host, which may have changed it. Calls no routine of the host's.
+void OrlFollowContext(OrlWindow dialog);
 
 // ---- Side windows and error boxes (text_view.cpp, values.cpp, error_box.cpp)
 // ------------------------

@@ -34,6 +34,10 @@ EditorState &CurrentEditor() {
   return state;
 }
 
+bool EditorRuns() {
+  return Windows() != nullptr && CurrentEditor().record != nullptr;
+}
+
 bool EditorHasModes() {
   EC ec = CurrentEditor().ec;
   return ec != nullptr && ec->listValuesProc != nullptr && !CurrentRecovery().active;

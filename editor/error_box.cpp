@@ -29,7 +29,8 @@ intptr_t Display(const char *dialog, OrlWindow parent, const char *text,
   }
   const DialogInUse inUse;
   displayed = {text != nullptr ? text : "", *error, false, nullptr};
-  return Windows()->DialogBoxParam(FindDialog(dialog), parent, ORLErrorDlgProc, 0);
+  return CallHost(
+      [=] { return Windows()->DialogBoxParam(FindDialog(dialog), parent, ORLErrorDlgProc, 0); });
 }
 
 void Open(OrlWindow box) {
@@ -65,6 +66,9 @@ intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaEr
 }
 
 intptr_t ORLErrorDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  if (Windows() == nullptr) {
+    return 0;
+  }
   const auto command = static_cast<int32_t>(wParam & 0xFFFF);
   switch (message) {
     case ORL_WM_INITDIALOG:
@@ -93,7 +97,7 @@ intptr_t ORLErrorDlgProc(void *window, uint32_t message, uintptr_t wParam, intpt
 }
 
 intptr_t ORLErrorEditProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (IsKeptFromReadOnly(message, wParam)) {
+  if (Windows() == nullptr || IsKeptFromReadOnly(message, wParam)) {
     return 0;
   }
   return Windows()->CallWindowProc(displayed.ownEditProc, window, message, wParam, lParam);

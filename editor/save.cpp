@@ -10,6 +10,7 @@
 #include "language/parse_state.h"
 #include "language/trial.h"
 #include "persistence/recovery.h"
+#include "platform/strings.h"
 #include "platform/text.h"
 
 namespace {
@@ -55,9 +56,12 @@ void CutTail(OrlWindow dialog, char *text) {
   if (editor.editorMode != kModeSet) {
     return;
   }
-  char *tail = std::strstr(text, editor.expressionTail);
-  if (tail != nullptr) {
-    *tail = '\0';
+  const size_t length = std::strlen(editor.expressionTail);
+  for (char *at = text; *at != '\0'; at = CharNextA(at)) {
+    if (std::strncmp(at, editor.expressionTail, length) == 0) {
+      *at = '\0';
+      break;
+    }
   }
   SetItemText(dialog, kEditText, text);
 }
@@ -171,7 +175,9 @@ HEXP OrlSaveText(OrlWindow dialog) {
     ORLErrorDisplay(dialog, "", &error);
   }
   FreeTexts(texts);
-  return saved;
+  OrlFollowContext(dialog);
+  OrlEnableEditButtons(dialog);
+  return ORLGetExpressionOrdinal(CurrentEditor().ec, saved) < 0 ? nullptr : saved;
 }
 
 bool OrlAskSave(OrlWindow dialog) {

@@ -89,12 +89,14 @@ void OrlSelectFormula(OrlWindow dialog) {
   if (row < 0 || ((IsModified(text) || IsModified(name)) && !OrlAskSave(dialog))) {
     return;
   }
-  editor.currentExp = row == 0 ? nullptr : ExpressionOfRow(list, row);
-  if (editor.currentExp != nullptr) {
+  const int32_t chosen = CurrentRow(list);  // a save may have moved it, or the host taken it away
+  editor.currentExp = chosen <= 0 ? nullptr : ExpressionOfRow(list, chosen);
+  const bool isNew = editor.currentExp == nullptr;
+  if (!isNew) {
     OrlSetMode(dialog, kOptionFormula + KindOfExpression(editor.currentExp), false);
   }
   OrlShowCurrent(dialog);
-  if (editor.currentExp == nullptr) {
+  if (isNew) {
     OrlSeedText(dialog);
   }
   SetModified(text, false);
@@ -107,14 +109,20 @@ void OrlDeleteSelected(OrlWindow dialog) {
   OrlWindow list = ItemOf(dialog, kListFormulas);
   const int32_t row = CurrentRow(list);
   HEXP exp = row >= 1 ? ExpressionOfRow(list, row) : nullptr;
-  if (exp == nullptr || editor.ec->delPermissionProc == nullptr || !DeletionIsWanted(dialog, exp)) {
+  if (exp == nullptr || editor.ec->delPermissionProc == nullptr) {
+    return;
+  }
+  const bool wanted = DeletionIsWanted(dialog, exp);
+  OrlFollowContext(dialog);
+  if (!wanted) {
     return;
   }
   const int32_t ordinal = ORLGetExpressionOrdinal(editor.ec, exp);
-  const bool wasCurrent = exp == editor.currentExp;
+  const bool wasCurrent = exp == OrlCurrentExpression();
   if (ordinal < 0 || ORLDestroyEXP(editor.ec, exp) == 0) {
     return;
   }
   RemoveRow(list, ordinal);
   ShowDeleted(dialog, wasCurrent);
+  OrlFollowContext(dialog);  // a formula that only the deleted one used may be renamed again
 }

@@ -71,6 +71,9 @@ void OrlOpenTextView(OrlWindow dialog) {
 }
 
 intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  if (!EditorRuns()) {
+    return 0;
+  }
   switch (message) {
     case ORL_WM_INITDIALOG:
       ownEditProc = Windows()->SetWindowProc(ItemOf(window, kEditView), ViewEditSubProc);
@@ -92,7 +95,7 @@ intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam, in
 }
 
 intptr_t ViewEditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (IsKeptFromReadOnly(message, wParam)) {
+  if (!EditorRuns() || IsKeptFromReadOnly(message, wParam)) {
     return 0;
   }
   return Windows()->CallWindowProc(ownEditProc, window, message, wParam, lParam);

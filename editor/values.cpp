@@ -158,6 +158,7 @@ void OrlFillValues(OrlWindow dialog, int32_t first) {
   OrlWindow list = ItemOf(editor.valuesWindow, kListValues);
   CallHost([&] { editor.ec->listValuesProc(editor.ec, name, list, first, &editor.valuesMore); });
   WRENMemFree(name);
+  OrlFollowContext(dialog);
 }
 
 void OrlOpenValues(OrlWindow dialog) {
@@ -198,6 +199,9 @@ void OrlSyncValuesButton(OrlWindow dialog, int32_t first) {
 }
 
 intptr_t OrlListValuesDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  if (!EditorRuns()) {
+    return 0;
+  }
   switch (message) {
     case ORL_WM_INITDIALOG:
       Open(window);

@@ -1,0 +1,115 @@
+// The editor behind a routine of the host, which may have changed the context.
+#include <algorithm>
+#include <initializer_list>
+
+#include "editor/editor.h"
+#include "editor/mode_texts.h"
+#include "editor/window_calls.h"
+#include "engine/context.h"
+#include "engine/expressions.h"
+#include "persistence/recovery.h"
+#include "platform/text.h"
+
+namespace {
+
+HEXP ExpressionAt(OrlWindow list, int32_t row) {
+  char *name = row >= 1 ? TextOfRow(list, row) : nullptr;
+  HEXP exp = name != nullptr ? ORLHEXPFromName(CurrentEditor().ec, name) : nullptr;
+  WRENMemFree(name);
+  return exp;
+}
+
+bool RowShows(OrlWindow list, int32_t row, int32_t ordinal, const char *name) {
+  if (Send(list, ORL_LB_GETITEMDATA, static_cast<uintptr_t>(row)) != ordinal) {
+    return false;
+  }
+  char *text = TextOfRow(list, row);
+  const bool same = text != nullptr && SameText(text, name);
+  WRENMemFree(text);
+  return same;
+}
+
+bool IsHidden(EC ec, HEXP exp) {
+  return (ec->flags & ORL_FLAG_LIST_ALL) == 0 && OrlIsHiddenExpression(ec, exp);
+}
+
+// True when the rows are in the order of the expressions, with their names and ordinals, and none
+// is missing that is to be listed.
+bool RowsAgree(OrlWindow list, int32_t rows) {
+  EC ec = CurrentEditor().ec;
+  int32_t row = 1;
+  for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(ec); ordinal++) {
+    HEXP exp = ORLHEXPFromOrdinal(ec, ordinal);
+    if (row < rows && RowShows(list, row, ordinal, exp->name)) {
+      row++;
+    } else if (!IsHidden(ec, exp)) {
+      return false;
+    }
+  }
+  return row == rows;
+}
+
+// Lists the expressions anew; those that had a row keep one, though a new list would hide them.
+void ListAnew(OrlWindow list, int32_t rows) {
+  EC ec = CurrentEditor().ec;
+  HEXP *listed =
+      static_cast<HEXP *>(WRENMemAlloc(static_cast<uint32_t>(rows) * uint32_t{sizeof(HEXP)}));
+  if (listed == nullptr) {
+    return;
+  }
+  for (int32_t row = rows - 1; row >= 1; row--) {
+    listed[row] = ExpressionAt(list, row);
+    Send(list, ORL_LB_DELETESTRING, static_cast<uintptr_t>(row));
+  }
+  std::sort(listed, listed + rows);
+  for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(ec); ordinal++) {
+    HEXP exp = ORLHEXPFromOrdinal(ec, ordinal);
+    if (!IsHidden(ec, exp) || std::binary_search(listed, listed + rows, exp)) {
+      InsertRow(list, -1, exp->name, ordinal);
+    }
+  }
+  WRENMemFree(listed);
+  WRENListBoxRefit(list);
+}
+
+// Makes the row of an expression current again that the host may have taken away.
+void RestoreRow(OrlWindow dialog, OrlWindow list, int32_t row, HEXP exp) {
+  EditorState &editor = CurrentEditor();
+  if (row >= 1) {
+    const int32_t ordinal = ORLGetExpressionOrdinal(editor.ec, exp);
+    row = ordinal < 0 ? -1 : RowOfOrdinal(list, ordinal);
+  }
+  SetCurrentRow(list, row);
+  if (row >= 0) {
+    return;
+  }
+  for (const int32_t button : {kButtonDelete, kButtonSelect, kButtonShowText}) {
+    EnableItem(dialog, button, false);
+  }
+  if (editor.textViewWindow != nullptr) {
+    Send(editor.textViewWindow, kMessageShowExpression, static_cast<uintptr_t>(editor.editorMode));
+  }
+}
+
+}  // namespace
+
+void OrlFollowContext(OrlWindow dialog) {
+  const EditorState &editor = CurrentEditor();
+  OrlWindow list = ItemOf(dialog, kListFormulas);
+  const auto rows = static_cast<int32_t>(Send(list, ORL_LB_GETCOUNT));
+  if (!RowsAgree(list, rows)) {
+    const int32_t row = CurrentRow(list);
+    HEXP exp = ExpressionAt(list, row);
+    ListAnew(list, rows);
+    RestoreRow(dialog, list, row, exp);
+  }
+  OrlEnableDelete(dialog);
+  if (CurrentRecovery().active) {
+    return;
+  }
+  HEXP current = OrlCurrentExpression();
+  const bool free = current == nullptr || ORLIsNamedFormulaUsed(editor.ec, current->name) == 0;
+  EnableItem(dialog, kEditName, free);
+  EnableItem(dialog, kLabelName, free);
+  OrlSetTitle(dialog);  // what an expression held that is gone stays in the edits, as a new text
+}
