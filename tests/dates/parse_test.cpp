@@ -51,7 +51,7 @@ bool IsDate(DateTimeParts &p, const std::string &year, const std::string &month,
 std::string Take(std::string &rest, int (*isKind)(int)) {
   size_t length = 0;
   while (length < rest.size() && isKind(static_cast<uint8_t>(rest[length])) != 0) length++;
-  const std::string taken = rest.substr(0, length);
+  std::string taken = rest.substr(0, length);
   rest.erase(0, length);
   return taken;
 }
