@@ -1,6 +1,7 @@
 // What picks, buttons and keys put into the text, where the selection goes, and what rows show.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 
 #include "closed/wren/memory.h"
@@ -44,7 +45,7 @@ const std::vector<TemplateRow> kTemplates = {
 
 void AddTemplate(EC ec, const TemplateRow &row, const char *name) {
   ORL_EXPR_ITEM_WITH(200) full = {};
-  std::strcpy(full.item.name, name);
+  std::snprintf(full.item.name, sizeof full.item.name, "%s", name);
   full.item.paramCount = row.count;
   full.item.firstOptional = row.first;
   full.item.optionalCount = row.optional;
@@ -158,32 +159,37 @@ TEST(EditorInsertion, GoesOnToTheNextPlaceholder) {
   }
 }
 
-// A selection of 40 bytes or more is no tail, whatever it begins with; places are bytes.
+struct PageRow {
+  int32_t page;
+  std::string before, selected, behind;
+};
+
+// Places are bytes, and nothing begins inside a character.
+void CheckPage(const PageRow &row) {
+  ASSERT_EQ(WRENSetCodePage(row.page), 1);
+  const std::string name = row.before + row.behind;
+  HostedContext ec;
+  AddInput(ec, name.c_str(), 0);
+  Edit(ec, {}, [&](OrlWindow d) {
+    const auto start = static_cast<int32_t>(row.before.size());
+    const auto end = start + static_cast<int32_t>(row.selected.size());
+    ORLHeadlessType(d, 100, (row.before + row.selected + row.behind + " Any").c_str());
+    ORLHeadlessSelect(d, 100, start, end);
+    Act(d, "click 105");
+    EXPECT_EQ(Marked(d), row.before + "(" + row.selected + ")" + row.behind + " Any{}");
+    ORLHeadlessSelect(d, 100, start, end + 2);
+    Act(d, "double 106 " + name);
+    EXPECT_EQ(Marked(d), row.before + name + row.behind + " {Any}");
+    Act(d, "select 100 0 -1; type 100 " + row.before + "[,Any...]; key 100 36; double 106 " + name);
+    EXPECT_EQ(Marked(d), name + row.before + "{[,Any...]}");
+  });
+}
+
 TEST(EditorInsertion, CountsBytesInEveryCodePage) {
-  struct PageRow {
-    int32_t page;
-    const char *before, *selected, *behind;
-  };
   for (const PageRow &row : {PageRow{932, "\x83\x5b\x95\x5c", "\x94\x5c\x83\x7c", "\x83\x5c"},
                              PageRow{65001, "\xc3\xa4\xe2\x82\xac", "\xf0\x9f\x98\x80", "\xc3\xa9"},
                              PageRow{1252, "\xe4", "\xf6\xff", "\xfc"}}) {
-    ASSERT_EQ(WRENSetCodePage(row.page), 1);
-    const std::string before = row.before, behind = row.behind, name = before + behind;
-    HostedContext ec;
-    AddInput(ec, name.c_str(), 0);
-    Edit(ec, {}, [&](OrlWindow d) {
-      const auto start = static_cast<int32_t>(before.size());
-      const auto end = start + static_cast<int32_t>(std::strlen(row.selected));
-      ORLHeadlessType(d, 100, (before + row.selected + behind + " Any").c_str());
-      ORLHeadlessSelect(d, 100, start, end);
-      Act(d, "click 105");
-      EXPECT_EQ(Marked(d), before + "(" + row.selected + ")" + behind + " Any{}");
-      ORLHeadlessSelect(d, 100, start, end + 2);
-      Act(d, "double 106 " + name);
-      EXPECT_EQ(Marked(d), before + name + behind + " {Any}");
-      Act(d, "select 100 0 -1; type 100 " + before + "[,Any...]; key 100 36; double 106 " + name);
-      EXPECT_EQ(Marked(d), name + before + "{[,Any...]}");
-    });
+    CheckPage(row);
   }
   WRENSetCodePage(1252);
 }
