@@ -20,7 +20,8 @@ void FollowRow(OrlWindow dialog, bool openTextView) {
   OrlEnableDelete(dialog);
   if (openTextView) {
     OrlOpenTextView(dialog);
-  } else {
+  }
+  if (CurrentEditor().textViewWindow == nullptr) {
     OrlEnableShowText(dialog);
   }
   if (EditorHasModes()) {

@@ -24,7 +24,7 @@ bool RowShows(OrlWindow list, int32_t row, int32_t ordinal, const char *name) {
     return false;
   }
   char *text = TextOfRow(list, row);
-  const bool same = text != nullptr && SameText(text, name);
+  const bool same = text == nullptr || SameText(text, name);  // without memory nobody can tell
   WRENMemFree(text);
   return same;
 }
@@ -50,12 +50,13 @@ bool RowsAgree(OrlWindow list, int32_t rows) {
 }
 
 // Lists the expressions anew; those that had a row keep one, though a new list would hide them.
-void ListAnew(OrlWindow list, int32_t rows) {
+// False without memory.
+bool ListAnew(OrlWindow list, int32_t rows) {
   EC ec = CurrentEditor().ec;
   HEXP *listed =
       static_cast<HEXP *>(WRENMemAlloc(static_cast<uint32_t>(rows) * uint32_t{sizeof(HEXP)}));
   if (listed == nullptr) {
-    return;
+    return false;
   }
   for (int32_t row = rows - 1; row >= 1; row--) {
     listed[row] = ExpressionAt(list, row);
@@ -70,6 +71,7 @@ void ListAnew(OrlWindow list, int32_t rows) {
   }
   WRENMemFree(listed);
   WRENListBoxRefit(list);
+  return true;
 }
 
 // Makes the row of an expression current again that the host may have taken away.
@@ -100,8 +102,9 @@ void OrlFollowContext(OrlWindow dialog) {
   if (!RowsAgree(list, rows)) {
     const int32_t row = CurrentRow(list);
     HEXP exp = ExpressionAt(list, row);
-    ListAnew(list, rows);
-    RestoreRow(dialog, list, row, exp);
+    if (ListAnew(list, rows)) {
+      RestoreRow(dialog, list, row, exp);
+    }
   }
   OrlEnableDelete(dialog);
   if (CurrentRecovery().active) {

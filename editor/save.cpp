@@ -120,24 +120,31 @@ bool KindIsWanted(OrlWindow dialog, const SaveTexts &texts) {
                                ORL_MB_YESNO | ORL_MB_ICONSTOP) == ORL_IDYES;
 }
 
-// Brings the list of formulas in step with a saved expression.
+bool RowIs(OrlWindow list, int32_t row, const char *name) {
+  char *text = TextOfRow(list, row);
+  const bool same = text != nullptr && SameText(text, name);
+  WRENMemFree(text);
+  return same;
+}
+
+// Brings the list of formulas in step with a saved expression; `oldName` is null for a new one.
+// What a routine of the host has changed at the same time is left to OrlFollowContext.
 void ShowSaved(OrlWindow dialog, HEXP saved, const char *oldName) {
-  const EditorState &editor = CurrentEditor();
-  const int32_t ordinal = ORLGetExpressionOrdinal(editor.ec, saved);
-  if (ordinal < 0 || (oldName != nullptr && SameText(oldName, saved->name))) {
-    return;  // taken away by a routine of the host, or shown already
-  }
+  const int32_t ordinal = ORLGetExpressionOrdinal(CurrentEditor().ec, saved);
   OrlWindow list = ItemOf(dialog, kListFormulas);
   const int32_t current = CurrentRow(list);
-  const int32_t row = oldName != nullptr ? RowOfOrdinal(list, ordinal) : -1;
-  if (row >= 0) {
+  if (oldName == nullptr) {
+    InsertRow(list, -1, saved->name, ordinal);
+  } else {
+    const int32_t row = RowOfOrdinal(list, ordinal);
+    if (SameText(oldName, saved->name) || !RowIs(list, row, oldName)) {
+      return;
+    }
     Send(list, ORL_LB_DELETESTRING, static_cast<uintptr_t>(row));
-  }
-  InsertRow(list, row, saved->name, ordinal);
-  WRENListBoxRefit(list);
-  if (oldName != nullptr) {
+    InsertRow(list, row, saved->name, ordinal);
     SetCurrentRow(list, current);
   }
+  WRENListBoxRefit(list);
 }
 
 HEXP ParseAndShow(OrlWindow dialog, const SaveTexts &texts) {

@@ -36,6 +36,9 @@ bool DeletionIsWanted(OrlWindow dialog, HEXP exp) {
     Windows()->MessageBox(dialog, LoadText(kDeniedMessage).text, caption.text, ORL_MB_OK);
     return false;
   }
+  if (ORLGetExpressionOrdinal(editor.ec, exp) < 0) {
+    return false;  // the host has done it itself
+  }
   EditorText question = LoadText(kDeleteQuestion);
   AppendText(question, kModeTexts[kind].word);
   return Windows()->MessageBox(dialog, question.text, caption.text,
