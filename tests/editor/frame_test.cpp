@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "closed/wren/memory.h"
 #include "editor/session.h"
 #include "support/context.h"
 
@@ -121,6 +122,10 @@ const std::vector<SessionRow> kSessions = {
      {101, 115}, "Formula Delete|Are you sure you want to delete selected Formula"},
     {false, 0, "", "row 114 Total; click 118; no click 118", {}, "{}", "Formula1", 0, "", kOnTotal,
      {101, 115, 116, 117}, ""},
+    {false, 0, "", "type 100 abc; select 100 1 2; key 100 35", {}, "abc{}", "Formula1", 0, "", kPlain,
+     kNewOk, ""},
+    {false, 0, "", "right 114 Total", {}, "{}", "Formula1", 0, "", kOnTotal, {101, 115, 116, 117},
+     ""},
     {false, 0, "", "no click 132; no click 133; no click 134; no click 135; no click 136", {}, "{}",
      "Formula1", 0, "", kPlain, kNew, ""},
     // Modes: the old text is given up, after a question when it has changed.
@@ -136,6 +141,8 @@ const std::vector<SessionRow> kSessions = {
      "Price:0, *sTotal:1, Span:3, Some:4", {101, 102, 103, 105, 115, 116, 117, 118}, kSave},
     {true, 0, "", "type 100 (; click 136", {ORL_IDYES}, "({}", "Formula1", 0, "", kAll, kNewOk,
      kSave + " / " + kWrong + "({}"},
+    {true, 0, "", "type 100 1; row 114 Span; click 117", {ORL_IDNO}, "{}1 AND 2", "Span", 1, "Span",
+     "Price:0, Total:1, *Span:3, Some:4", kFree, kSave},
     {true, 0, "", "row 114 Some; click 117", {}, "{}1, 2", "Some", 2, "Some",
      "Price:0, Total:1, Span:3, *Some:4", kFree, ""},
 };
@@ -159,7 +166,10 @@ void CheckSession(OrlWindow d, const SessionRow &row) {
   }
   EXPECT_EQ(Text(d, 139).rfind("To build a " + word + ": ", 0), 0u) << Text(d, 139);
   EXPECT_EQ(ORLHeadlessBitmapCount(), row.modes ? 3 : 0);
-  EXPECT_EQ(Look(d, 100).focused, row.acts.empty() ? 1 : Look(d, 100).focused);
+  for (const char *last : {"", "click 103", "click 104", "click 105", "click 117", "click 131"}) {
+    const bool ends = row.acts.ends_with(last) && row.acts.empty() == (*last == 0);
+    EXPECT_EQ(Look(d, 100).focused, ends && row.told.empty() ? 1 : Look(d, 100).focused);
+  }
 }
 
 TEST(EditorFrame, EndsSessionsAsTheTableSays) {
@@ -234,10 +244,12 @@ TEST(EditorFrame, LaysOutTheColumnOfFormulas) {
     bool values;
     int32_t labelTop, listTop;
   };
-  // A row is 13 pixels high and 0 or 2 more; the label stood at 75, the list from 93 to 231, and
+  // A row is 13 pixels high and some more; the label stood at 75, the list from 93 to 231, and
   // the buttons end at 132.
-  for (const LayoutRow &row :
-       {LayoutRow{0, true, 135, 153}, {2, true, 138, 156}, {0, false, 75, 93}}) {
+  for (const LayoutRow &row : {LayoutRow{0, true, 135, 153},
+                               {2, true, 138, 156},
+                               {66, true, 213, 231},
+                               {0, false, 75, 93}}) {
     const HostedContext ec = Formulas(row.values);
     leading = row.leading;
     WithUser(
@@ -316,8 +328,13 @@ TEST(EditorFrame, OpensTheValuesOfAnItemByItsWholeName) {
   }
 }
 
-TEST(EditorFrame, LimitsWhatIsTyped) {
+TEST(EditorFrame, LimitsWhatIsTypedAndScrollsToTheExpression) {
   const HostedContext ec = Formulas(false);
+  for (int32_t i = 0; i < 40; i++) Make(ec, "Tax", "Many" + std::to_string(i));
+  Edit(ec, {ORLHEXPFromName(ec, "Many20")}, [&](OrlWindow d) {
+    EXPECT_EQ(Look(d, 114).topRow, Look(d, 114).currentRow);
+    EXPECT_EQ(Rows(d, 114)[23], "*Many20");
+  });
   Edit(ec, {nullptr, 0, nullptr, 3}, [&](OrlWindow d) {
     ORLHeadlessType(d, 100, "12345");
     ORLHeadlessType(d, 101, std::string(80, 'x').c_str());
@@ -352,6 +369,32 @@ TEST(EditorFrame, GoesOnWithoutExpressionsThatAreGone) {
     });
     EXPECT_EQ(made, acts[0] == 't' ? ORLHEXPFromName(ec, "Total") : nullptr);
   }
+}
+
+// Memory ends at every place of a session in turn; nothing that was stored changes by it.
+TEST(EditorFrame, SurvivesTheEndOfMemory) {
+  const HostedContext ec = Formulas(true);
+  const std::string before = Snapshot(ec);
+  bool whole = false;
+  const auto steps = [&](OrlWindow d) {
+    for (const int32_t id : {106, 107, 114}) ORLHeadlessDoubleClickRow(d, id, 2);
+    for (const int32_t id : {105, 118, 133, 135, 120, 117}) ORLHeadlessClick(d, id);
+    ORLHeadlessRightDoubleClickRow(d, 114, 3);
+    whole = Look(d, 106).rowCount == 7 && Rows(d, 114).size() == 5;
+  };
+  int64_t budget = 0;
+  for (bool reached = false; !reached && budget < 5000; budget++) {
+    WithUser(steps, {ORL_IDNO, ORL_IDNO}, [&] {
+      TEST_FailAllocationsAfter(budget);
+      EXPECT_EQ(ORLBuildExpression(nullptr, ec, nullptr, 0), nullptr);
+      void *more = WRENMemAlloc(1);
+      reached = more != nullptr;
+      TEST_FailAllocationsAfter(-1);
+      WRENMemFree(more);
+    });
+    ASSERT_EQ(Snapshot(ec), before) << budget;
+  }
+  EXPECT_TRUE(whole) << budget;
 }
 
 // ---- Without an editor

@@ -112,10 +112,12 @@ const std::vector<PickRow> kPicks = {
     {0, "double 107 Tail; click 121", "Tail( 1 , {String} [,Any...] )"},
     {0, "double 107 Tail; click 121; click 122", "Tail( 1 , 2 {[,Any...]} )"},
     {0, "double 107 Tail; click 121; click 122; click 123", "Tail( 1 , 2 ,3{} )"},
-    {0, "type 100 \"Number\" number+1; key 100 35; click 120", "\"Number\" {number}+10"},
+    {0, "type 100 \"a Number b\" number+1; key 100 35; click 120",
+     "\"a Number b\" {number}+10"},
     {0, "type 100 'Any' x; key 100 35; click 120", "'Any' x0{}"},
     {0, "type 100 Numbers x_String DATETIME; key 100 35; click 112", "Numbers x_String {DATETIME} || "},
     {0, "type 100 Expression x; key 100 35; click 120", "Expression x0{}"},
+    {0, "type 100 [,Expression...]; key 100 35; click 120", "[,Expression...]0{}"},
     {0, "type 100 [,ANY...]; key 100 35; click 120", "[,ANY...]0{}"},
     {0, "type 100 a[,aNy...]b; select 100 1 10; click 120", "a,0{}b"},
     // The starting texts of ranges and sets, and lists that grow.
@@ -182,6 +184,9 @@ void CheckPage(const PageRow &row) {
     EXPECT_EQ(Marked(d), row.before + name + row.behind + " {Any}");
     Act(d, "select 100 0 -1; type 100 " + row.before + "[,Any...]; key 100 36; double 106 " + name);
     EXPECT_EQ(Marked(d), name + row.before + "{[,Any...]}");
+    // In 932 this bracket is the second byte of a character.
+    if (row.page != 65001) Act(d, "select 100 0 -1; type 100 \x83[,Any...]; key 100 36; click 120");
+    EXPECT_EQ(Look(d, 100).selectionEnd - Look(d, 100).selectionStart, row.page == 932 ? 0 : 9);
   });
 }
 
@@ -224,6 +229,10 @@ TEST(EditorInsertion, KeepsTheStatusOutOfReach) {
     EXPECT_EQ(Text(d, 139), status);
     EXPECT_EQ(Look(d, 139).selectionEnd, 0);
     OrlWindow edit = ORLHeadlessSystem()->GetDlgItem(d, 139);
+    for (const uint32_t message : {256u, 258u, 512u, 513u, 514u, 515u, 32u}) {
+      EXPECT_EQ(StatusSubProc(edit, message, 'x', 0), 0);
+    }
+    EXPECT_EQ(Text(d, 139), status);
     StatusSubProc(edit, ORL_WM_SETFOCUS, 0, 0);
     EXPECT_EQ(Look(d, 100).focused, 1);
   });

@@ -103,6 +103,7 @@ HEXP Edit(EC ec, const Opening &opening, const Steps &steps, const std::vector<i
   WithUser(steps, answers, [&] {
     result = ORLBuildExpressionOfType(nullptr, ec, opening.exp, opening.limit, opening.type,
                                       opening.item);
+    EXPECT_EQ(ORLHeadlessBitmapCount(), 0) << "behind the editor";
   });
   return result;
 }
