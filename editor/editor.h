@@ -111,8 +111,7 @@ HEXP OrlCurrentExpression();
 // empty for an unknown id.
 const char *EditorString(uint32_t id);
 
-// ---- Frame (entry.cpp, frame.cpp, opening.cpp, layout.cpp, display.cpp)
-// ------------------------------------------------------
+// ---- Frame (entry.cpp, frame.cpp, opening.cpp, layout.cpp, display.cpp) -------------------------
 
 // Makes the row of exactly that text the current and the top row; false when there is none.
 bool OrlFindExact(OrlWindow list, const char *name, int32_t *row);
@@ -137,8 +136,7 @@ void OrlHelpRequest(OrlWindow dialog, OrlWindow control, OrlHelpProc callback);
 void OrlLayoutOperators(OrlWindow dialog);
 void OrlLayoutFormulas(OrlWindow dialog);
 
-// ---- Lists and insertion (insertion.cpp, placeholders.cpp, templates.cpp, rows.cpp)
-// --------------------
+// ---- Lists and insertion (insertion.cpp, placeholders.cpp, templates.cpp, rows.cpp) -------------
 
 void OrlInsertItem(OrlWindow list);
 // Appends the parameter template of a function to the name in `buffer` of `size` bytes; false when
@@ -156,8 +154,7 @@ void OrlWrapSelection(OrlWindow edit);
 void OrlDrawFormulaRow(const OrlDrawItem *draw);
 void *OrlRowBitmap(int32_t row, const char *text);
 
-// ---- Save and delete (save.cpp, select.cpp, follow.cpp)
-// --------------------------------------------------------
+// ---- Save and delete (save.cpp, select.cpp, follow.cpp) -----------------------------------------
 
 // The kind of a stored expression, by its root.
 int32_t KindOfExpression(HEXP exp);
@@ -169,8 +166,7 @@ void OrlDeleteSelected(OrlWindow dialog);
 // a routine of the host, which may have changed it. Calls no routine of the host's.
 void OrlFollowContext(OrlWindow dialog);
 
-// ---- Side windows and error boxes (text_view.cpp, values.cpp, error_box.cpp)
-// ------------------------
+// ---- Side windows and error boxes (text_view.cpp, values.cpp, error_box.cpp) --------------------
 
 void OrlOpenTextView(OrlWindow dialog);
 void OrlOpenValues(OrlWindow dialog);
@@ -180,8 +176,7 @@ void OrlSyncValuesButton(OrlWindow dialog, int32_t first);
 void OrlQuoteString(char *target, const char *text);
 intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaError *error);
 
-// ---- Texts of controls (control_text.cpp)
-// -----------------------------------------------------------
+// ---- Texts of controls (control_text.cpp) -------------------------------------------------------
 
 // Copies in blocks of WRENMemAlloc, to be freed by the caller; null without memory.
 char *TextOfWindow(OrlWindow window);
