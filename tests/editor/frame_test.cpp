@@ -339,6 +339,8 @@ TEST(EditorFrame, LimitsWhatIsTypedAndScrollsToTheExpression) {
     ORLHeadlessType(d, 100, "12345");
     ORLHeadlessType(d, 101, std::string(80, 'x').c_str());
     EXPECT_EQ(Text(d, 100), "123");
+    Act(d, "click 120");
+    EXPECT_EQ(Text(d, 100), "1230") << "picks go beyond the limit";
     EXPECT_EQ(Text(d, 101).size(), 64u);
   });
 }
