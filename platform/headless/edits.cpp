@@ -406,8 +406,8 @@ intptr_t PointOfByte(Control *edit, int32_t position) {
   const int32_t column = position - LineStart(edit, position);
   state.topLine = std::clamp(state.topLine, std::max(0, line - lines + 1), line);
   state.leftColumn = std::clamp(state.leftColumn, std::max(0, column - columns + 1), column);
-  const intptr_t x = (column - state.leftColumn) * kFont.averageWidth;
-  const intptr_t y = (line - state.topLine) * kFont.height;
+  const auto x = static_cast<intptr_t>(column - state.leftColumn) * kFont.averageWidth;
+  const auto y = static_cast<intptr_t>(line - state.topLine) * kFont.height;
   return x | y << 16;
 }
 

@@ -22,8 +22,30 @@
  *    done; 0 when no user could: the window has gone or is hidden or disabled, or does not belong
  *    to the modal dialog (or box) on top. An action returns when all it led to is over: posted
  *    events have been handled, and a dialog or box that it opened has been closed.
- * 4. One session at a time, on one thread. Its blocks are those of WRENMemAlloc; without memory no
- *    dialog can be created and texts stay as they were.
+ * 4. One session at a time in the process, on one thread. Its blocks are those of WRENMemAlloc;
+ *    without memory no dialog can be created and texts stay as they were.
+ *
+ * Measures
+ * The screen has 1024 by 749 pixels. The font is 13 pixels high with an average width of 6, a
+ * dialog unit 6/4 by 13/8 pixels, rounded. A dialog has a frame of 3 pixels and a caption of 19
+ * above its client area, whose size is that of the template; its place counts from its parent's
+ * client area, without a parent from the screen's corner. Controls have no frame. In an edit every
+ * byte is a column, and a line is as long as it is written. The rows of a list are 13 pixels high
+ * unless it is owner-drawn; its top row is at most the one that shows the last row at the bottom.
+ *
+ * Where the contract leaves it open
+ * - Each dialog remembers which of its controls had the focus last. A dialog that opens takes the
+ *   focus; what it leaves when it goes falls to its parent. A control that is disabled or hidden
+ *   loses it. Labels and frames never have it.
+ * - The program may select any bytes. What the user then types, deletes or pastes takes whole
+ *   characters, a line break being one. Pasting into an edit of one line ends at a line break, and
+ *   what the limit leaves no room for is left out, with a beep.
+ * - A list takes CB_ADDSTRING as it takes LB_ADDSTRING, as a combo box of the host's would.
+ * - WM_DESTROY goes to the dialog, then to the dialogs that belong to it, then to its controls.
+ *   DestroyWindow ends a modal dialog with 0.
+ * - A timer's shortest time is 10 milliseconds. It goes on until it is killed.
+ * - A bitmap loads when its file begins as a BMP file of its size does.
+ * - A million events without an action of the user's end a flood of posted ones: they are dropped.
  */
 #ifndef ORLI11_PLATFORM_HEADLESS_HEADLESS_H
 #define ORLI11_PLATFORM_HEADLESS_HEADLESS_H

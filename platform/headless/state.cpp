@@ -45,7 +45,7 @@ bool ReplaceBytes(Text *text, int32_t from, int32_t to, const char *bytes, int32
     return false;
   }
   void *block = text->bytes;
-  if (!MakeRoom(&block, &text->room, static_cast<int32_t>(length) + 1, 1)) {
+  if (!MakeRoom(&block, &text->room, static_cast<int32_t>(length) + 1, 1) || block == nullptr) {
     return false;
   }
   text->bytes = static_cast<char *>(block);

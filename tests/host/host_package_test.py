@@ -7,8 +7,9 @@ import subprocess
 import support
 
 LIBRARIES = ("ORLI11", "WRENI11", "PAVNI11")
-HEADERS = ("engine/orli11.h", "closed/wren/wreni11.h", "closed/pavn/pavni11.h")
-INCLUDES = [f"-I{support.ROOT / folder}" for folder in ("engine", "closed/wren", "closed/pavn")]
+HEADERS = ("engine/orli11.h", "closed/wren/wreni11.h", "closed/pavn/pavni11.h",
+           "platform/windows.h", "platform/headless/headless.h")
+INCLUDES = [f"-I{support.ROOT / folder}" for folder in ("", "engine", "closed/wren", "closed/pavn")]
 CC = os.environ.get("ORLI_CC", "cc")
 CXX = os.environ.get("ORLI_CXX", "c++")
 
@@ -51,7 +52,7 @@ class Headers(support.FolderCase):
         for compiler, language, standard in ((CC, "c", "c11"), (CXX, "c++", "c++20")):
             for header in HEADERS:
                 with self.subTest(header=header, standard=standard):
-                    source = self.file(f'#include "{os.path.basename(header)}"\nint main(void) {{ return 0; }}\n',
+                    source = self.file(f'#include "{header}"\nint main(void) {{ return 0; }}\n',
                                        "alone.txt")
                     run = subprocess.run([compiler, "-x", language, f"-std={standard}", *strict,
                                           *INCLUDES, source], capture_output=True, text=True,
@@ -115,8 +116,10 @@ class Install(support.FolderCase):
                                         env=environment).split()
         source = self.file("""#include <orli11.h>
 #include <pavni11.h>
+#include <platform/headless/headless.h>
 #include <stdio.h>
 int main(void) {
+  if (ORLHeadlessStart(NULL, NULL) == 0) return 1;
   EC ec = ORLCreateEC(NULL, NULL, NULL, 0);
   uint16_t type;
   NumberValue value;
