@@ -1,0 +1,396 @@
+// Saving, selecting and deleting in the editor, and the repair of a block while it loads.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "closed/wren/memory.h"
+#include "editor/session.h"
+#include "engine/context.h"
+#include "support/context.h"
+
+namespace {
+
+using Answers = std::vector<int32_t>;
+
+// What the host does when it is asked for leave to delete, when it hears of a new name, and when it
+// is to list values.
+int32_t (*asked)(EC, HEXP);
+void (*renamed)(EC), (*listed)(EC);
+std::string heard;
+
+int32_t Ask(EC ec, HEXP exp, void *dialog) {
+  heard += "delete " + NameOf(ec, exp) + (dialog == ORLHeadlessFind("EXPBILD") ? " " : "? ");
+  return asked == nullptr ? 1 : asked(ec, exp);
+}
+int32_t Rename(EC ec, const char *from, const char *to) {
+  heard += std::string("rename ") + from + " " + to + " ";
+  if (renamed != nullptr) renamed(ec);
+  return 1;
+}
+void List(EC ec, const char *, void *, int32_t, int32_t *) {
+  if (listed != nullptr) listed(ec);
+}
+
+std::vector<std::string> Stored(EC ec) {
+  std::vector<std::string> all;
+  for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+    HEXP exp = ORLHEXPFromOrdinal(ec, i);
+    all.push_back(NameOf(ec, exp) + "=" + TextOf(ec, exp));
+  }
+  return all;
+}
+
+// Total uses Price.
+struct Context : HostedContext {
+  explicit Context(bool modes = true) : HostedContext(ORL_FLAG_RANGES) {
+    asked = nullptr;
+    renamed = listed = nullptr;
+    heard.clear();
+    owned->renameProc = &Rename;
+    ORLSetDelPermissionCallback(*this, &Ask);
+    if (modes) ORLSetListValuesCallback(*this, &List);
+    Make(*this, "Amount * 2", "Price");
+    Make(*this, "Price() + 1", "Total");
+    Make(*this, "1 AND 2", "Span");
+    Make(*this, "1, 2", "Some");
+    before = Stored(*this);
+  }
+  std::vector<std::string> before;
+  // "-Name=Text +Name=Text " for what is there no more, and what is new.
+  std::string Changes() const {
+    const std::vector<std::string> now = Stored(*this);
+    std::string changes;
+    for (const std::string &row : before) {
+      if (std::count(now.begin(), now.end(), row) == 0) changes += "-" + row + " ";
+    }
+    for (const std::string &row : now) {
+      if (std::count(before.begin(), before.end(), row) == 0) changes += "+" + row + " ";
+    }
+    return changes;
+  }
+};
+
+const char *const kWords[] = {"Formula", "Range", "Set"};
+
+// Told(), with short words for the common ones: "ask" and "del Range" for those two questions,
+// "kind Range Set" for a Range in the mode Set, "!VAR|text" for an error box.
+template <typename... Parts>
+std::string Cat(const Parts &...parts) {
+  std::string all;
+  (all.append(parts), ...);
+  return all;
+}
+std::string Short() {
+  std::string all;
+  for (std::string told : Told()) {
+    if (told.rfind("!ERR_", 0) == 0) {
+      told = Cat("!", told.substr(5, told.find(':') - 5), told.substr(told.find('|')));
+    }
+    for (const char *mode : kWords) {
+      const std::string sure = " Delete|Are you sure you want to delete selected ";
+      if (told == Cat(mode, " Save|Changes have been made, save before continuing?")) told = "ask";
+      if (told == Cat(mode, sure, mode)) told = Cat("del ", mode);
+      for (const char *kind : kWords) {
+        const bool asks = told == Cat(mode, " Editor Warning|Text evaluates as a ", kind,
+                                      " instead of a ", mode, ", save anyway?");
+        if (asks) told = Cat("kind ", kind, " ", mode);
+      }
+    }
+    all += Cat(all.empty() ? "" : " / ", told);
+  }
+  return all;
+}
+
+// "text|name|title behind the dash|rows without the first", "" when the dialog has gone. The data
+// of a row has to be the ordinal of its expression.
+std::string State(OrlWindow d, EC ec) {
+  if (Look(d).reachable == 0) return "";
+  std::string rows;
+  for (int32_t row = 1; row < Look(d, 114).rowCount; row++) {
+    const std::string name = Rows(d, 114)[static_cast<size_t>(row)];
+    HEXP exp = ORLHEXPFromName(ec, name.c_str() + (name[0] == '*' ? 1 : 0));
+    EXPECT_EQ(ORLHeadlessRowData(d, 114, row), ORLGetExpressionOrdinal(ec, exp)) << name;
+    rows += " " + name;
+  }
+  EXPECT_EQ(ORLHeadlessRowData(d, 114, 0), -1);
+  const std::string title = Text(d);
+  return Marked(d) + "|" + Text(d, 101) + "|" + title.substr(title.find(" - ") + 3) + "|" + rows;
+}
+
+struct Row {
+  const char *exp;
+  int32_t type;
+  const char *acts;
+  Answers answers;
+  std::string told, state, changes;
+};
+
+void CheckRow(const Row &row, const Context &ec) {
+  SCOPED_TRACE(std::string(row.exp) + ": " + row.acts);
+  const auto steps = [&](OrlWindow d) {
+    Act(d, row.acts);
+    EXPECT_EQ(State(d, ec), row.state);
+  };
+  Edit(ec, {ORLHEXPFromName(ec, row.exp), row.type}, steps, row.answers);
+  EXPECT_EQ(Short(), row.told);
+  EXPECT_EQ(ec.Changes(), row.changes);
+}
+
+constexpr int32_t kYes = ORL_IDYES, kNo = ORL_IDNO, kCancel = ORL_ID_CANCEL;
+
+// clang-format off
+TEST(EditorSave, AsTheTableSays) {
+  const std::string four = " Price Total Span Some", fresh = "|[ New Formula ]|" + four,
+      seed = "{Expression}, Expression [,Expression...]|Set1|[ New Set ]|" + four,
+      total = "|Total| Price *Total Span Some", price = "|Price| *Price Total Span Some";
+  const Row rows[] = {
+      {"", 0, "type 100 Tax + 1; click 1", {}, "", "", "+Formula1=Tax + 1 "},
+      {"Total", 0, "type 100 2 *; type 101 s; click 1", {}, "", "",
+       "-Total=Price() + 1 +sTotal=2 *Price() + 1 "},
+      // Nothing to save, also with the Yes of the question.
+      {"", 0, "no click 1", {}, "", "{}|Formula1" + fresh, ""},
+      {"", 0, "type 100 1; key 100 8; click 135", {kYes}, "ask", "{}|Formula1" + fresh, ""},
+      // The text is wrong, or its name, or they do not fit what is there.
+      {"", 0, "type 100 Tax + Nope; click 1", {}, "!VAR|Tax + {Nope}",
+       "Tax + {Nope}|Formula1" + fresh, ""},
+      {"", 0, "type 100 Nope(1); click 1", {}, "!FUNC|{Nope(}1)", "{Nope(}1)|Formula1" + fresh, ""},
+      {"", 0, "type 100 Tax; type 101 no ; click 1", {}, "!NAME|{no Formula1}",
+       "{Tax}|no Formula1" + fresh, ""},
+      {"", 0, "type 100 Tax + Tax; select 101 0 -1; type 101 Price; click 1", {},
+       "!DUPNAME|{Price}", "{Tax +} Tax|Price" + fresh, ""},
+      {"Total", 0, "select 101 0 -1; type 101 Half; click 1", {}, "!DUPNAME|{Half}",
+       "{Pric}e() + 1|Half" + total, ""},
+      {"Price", 0, "select 100 0 -1; type 100 'x'; click 1", {}, "!EXPDATATYPE|{'x'}",
+       "{'x'}|Price" + price, ""},
+      {"Price", 0, "select 100 0 -1; type 100 Total(); click 1", {}, "!RECURSIVE|{Total(})",
+       "{Total(})|Price" + price, ""},
+      // What stands for further members is cut off.
+      {"", 1, "double 106 Amount; double 106 Tax; click 1", {}, "", "", "+Set1=Amount, Tax  "},
+      {"", 1, "double 106 Amount; double 106 Tax; type 101 no ; click 1", {}, "!NAME|{no Set1}",
+       "{Amount,} Tax |no Set1|[ New Set ]|" + four, ""},
+      // Saved by the way; a new text gets a name of its kind where it has none, and a row that
+      // stays.
+      {"", 0, "type 100 5; select 101 0 -1; key 101 46; click 136", {kYes}, "ask",
+       seed + " Formula1", "+Formula1=5 "},
+      {"", 0, "type 100 1 AND 2; select 101 0 -1; key 101 46; click 136", {kYes, kYes},
+       "ask / kind Range Formula", seed + " Range1", "+Range1=1 AND 2 "},
+      {"", 0, "type 100 5; click 117", {kYes}, "ask", "{}|Formula2" + fresh + " Formula1",
+       "+Formula1=5 "},
+      // A new name takes the place of the old one in the list, with the current row kept.
+      {"Total", 0, "row 114 Some; type 101 s; click 117", {kYes}, "ask",
+       "{}1, 2|Some|Some| Price sTotal Span *Some", "-Total=Price() + 1 +sTotal=Price() + 1 "},
+      {"Total", 0, "type 100 2 *; click 135; click 134", {kYes}, "ask",
+       "{}|Formula1|[ New Formula ]| Price *Total Span Some",
+       "-Total=Price() + 1 +Total=2 *Price() + 1 "},
+      // Selecting.
+      {"Total", 0, "row 114 Some; type 101 s; click 117", {kCancel}, "ask",
+       "{}Price() + 1|sTotal|Total| Price Total Span *Some", ""},
+      {"", 2, "row 114 Price; row 114 [ New Range ]; click 117", {}, "",
+       "{Expression} AND Expression|Range1|[ New Range ]|" + four, ""},
+      {"", 2, "row 114 Price; click 117; row 114 [ New Formula ]; click 117", {}, "",
+       "{}|Formula1" + fresh, ""},
+      // Deleting. What only the deleted one used can have a new name.
+      {"", 0, "row 114 Span; click 116; no click 116; no click 117; no click 118", {kYes},
+       "del Range", "{}|Formula1|[ New Formula ]| Price Total Some", "-Span=1 AND 2 "},
+      {"Span", 0, "row 114 Some; click 116", {kNo}, "del Set",
+       "{}1 AND 2|Span|Span| Price Total Span *Some", ""},
+      {"Total", 0, "click 116; row 114 Price; click 116", {kYes, kYes}, "del Formula / del Formula",
+       "{}|Formula1|[ New Formula ]| Span Some", "-Price=Amount * 2 -Total=Price() + 1 "},
+      {"Price", 0, "no type 101 x; row 114 Total; click 116; type 101 x", {kYes}, "del Formula",
+       "{}Amount * 2|xPrice|Price| Price Span Some", "-Total=Price() + 1 "},
+      {"Some", 0, "row 114 Span; click 116; type 101 x; row 114 Total; click 117",
+       {kYes, kYes, kYes}, "del Range / ask / kind Set Formula",
+       "{}Price() + 1|Total|Total| Price *Total xSome", "-Span=1 AND 2 -Some=1, 2 +xSome=1, 2 "},
+  };
+  for (const Row &row : rows) CheckRow(row, Context());
+  // Without modes nobody asks about the kind.
+  CheckRow({"", 0, "type 100 1 AND 2; click 1", {}, "", "", "+Formula1=1 AND 2 "}, Context(false));
+}
+
+TEST(EditorSave, AsksWhenTheKindIsNotThatOfTheMode) {
+  const char *const texts[] = {"3", "3 AND 4", "3, 4"};
+  const int32_t types[] = {0, 2, 1};
+  for (size_t cases = 0; cases < 36; cases++) {
+    const size_t mode = cases % 3, kind = cases / 3 % 3;
+    const bool isNew = cases / 9 % 2 == 0, yes = cases / 18 == 0, saves = yes || mode == kind;
+    const std::string acts = Cat("select 100 0 -1; type 100 ", texts[kind], "; click 1"),
+        name = isNew ? Cat(kWords[mode], "1") : "Some",
+        title = isNew ? Cat("[ New ", kWords[mode], " ]") : "Some",
+        list = isNew ? " Price Total Span Some" : " Price Total Span *Some";
+    const std::string marked = mode == 2 ? Cat("{}", texts[kind]) : Cat(texts[kind], "{}");
+    CheckRow({isNew ? "" : "Some", types[mode], acts.c_str(), {yes ? kYes : kNo},
+              mode == kind ? "" : Cat("kind ", kWords[kind], " ", kWords[mode]),
+              saves ? "" : Cat(marked, "|", name, "|", title, "|", list),
+              saves ? Cat(isNew ? "+" : "-Some=1, 2 +", name, "=", texts[kind], " ") : ""},
+             Context());
+  }
+}
+
+void Destroy(EC ec, const char *name) {
+  EXPECT_EQ(ORLDestroyEXP(ec, ORLHEXPFromName(ec, name)), 1);
+}
+
+// A host that refuses, or changes the context when it is called.
+TEST(EditorSave, FollowsWhatTheHostDoes) {
+  const auto gone = [](EC ec) { Destroy(ec, "Total"); };
+  const std::string total = "-Total=Price() + 1 ";
+  const struct {
+    int32_t (*asked)(EC, HEXP);
+    void (*renamed)(EC), (*listed)(EC);
+    std::string heard;
+    Row row;
+  } rows[] = {
+      {[](EC, HEXP) { return 0; }, nullptr, nullptr, "delete Total ",
+       {"", 0, "row 114 Total; click 116", {}, "Formula Delete|Delete Permission Denied.",
+        "{}|Formula1|[ New Formula ]| Price *Total Span Some", ""}},
+      // It comes into use after all: it stays, and Delete is no longer offered.
+      {[](EC ec, HEXP) { return Make(ec, "Total()", "User") != nullptr ? 1 : 0; }, nullptr, nullptr,
+       "delete Total ",
+       {"", 0, "row 114 Total; click 116; no click 116", {kYes}, "del Formula",
+        "{}|Formula1|[ New Formula ]| Price *Total Span Some User", "+User=Total() "}},
+      // It goes already while the host is asked, or another one ahead of it.
+      {[](EC ec, HEXP exp) { return ORLDestroyEXP(ec, exp); }, nullptr, nullptr, "delete Total ",
+       {"Total", 0, "click 116; no click 116; no click 117; no click 118", {}, "",
+        "{}Price() + 1|Total|[ New Formula ]| Price Span Some", total}},
+      {[](EC ec, HEXP) { Destroy(ec, "Total"); return 1; }, nullptr, nullptr, "delete Some ",
+       {"Some", 0, "row 114 Some; click 116", {kYes}, "del Set",
+        "{}|Formula1|[ New Formula ]| Price Span", total + "-Some=1, 2 "}},
+      {[](EC ec, HEXP) { Store(ec, ORLHEXPFromName(ec, "Span"), "7", "Seven"); return 0; }, nullptr,
+       nullptr, "delete Total rename Span Seven ",
+       {"", 0, "row 114 Total; click 116", {}, "Formula Delete|Delete Permission Denied.",
+        "{}|Formula1|[ New Formula ]| Price *Total Seven Some", "-Span=1 AND 2 +Seven=7 "}},
+      // The expression that gets a new name goes, or another one ahead of it.
+      {nullptr, gone, nullptr, "rename Total sTotal ",
+       {"Total", 0, "type 101 s; click 1", {}, "!GENERAL|{}Price() + 1",
+        "{}Price() + 1|sTotal|[ New Formula ]| Price Span Some", total}},
+      {nullptr, gone, nullptr, "rename Some sSome ",
+       {"Some", 1, "type 101 s; row 114 Span; click 117", {kYes}, "ask",
+        "{}1 AND 2|Span|Span| Price *Span sSome", total + "-Some=1, 2 +sSome=1, 2 "}},
+      // The one that is shown goes while values are listed.
+      {nullptr, nullptr, gone, "", {"Total", 0, "row 106 Tax; click 133; no click 118", {}, "",
+       "{}Price() + 1|Total|[ New Formula ]| Price Span Some", total}},
+  };
+  for (const auto &[ask, rename, list, told, row] : rows) {
+    const Context ec;
+    asked = ask, renamed = rename, listed = list;
+    CheckRow(row, ec);
+    EXPECT_EQ(heard, told) << row.acts;
+  }
+}
+// clang-format on
+
+OrlWindowSystem changed;
+// A box can only be opened with memory: what it tells is that there was none before.
+intptr_t WithMemory(const OrlDialogTemplate *dialog, OrlWindow parent, OrlWindowProc proc,
+                    intptr_t parameter) {
+  TEST_FailAllocationsAfter(-1);
+  return ORLHeadlessSystem()->DialogBoxParam(dialog, parent, proc, parameter);
+}
+
+TEST(EditorSave, TellsThatThereIsNoMemory) {
+  for (const char *exp : {"", "Total"}) {
+    bool saved = false;
+    int32_t count = 0;
+    for (; !saved && count < 200; count++) {
+      SCOPED_TRACE(std::string(exp) + " " + std::to_string(count));
+      const Context ec(false);
+      const int64_t blocks = TEST_LiveBlocks();
+      const auto steps = [&](OrlWindow d) {
+        Act(d, "select 100 0 -1; type 100 7 * 8; type 101 s");
+        TEST_FailAllocationsAfter(count);
+        OrlDlgProc(d, ORL_WM_COMMAND, 1, 0);
+        TEST_FailAllocationsAfter(-1);
+        saved = !ec.Changes().empty();
+        EXPECT_EQ(Look(d).reachable == 0 ? "7 * 8" : Text(d, 100), "7 * 8");
+      };
+      WithUser(steps, {}, [&] {
+        changed = *ORLHeadlessSystem();
+        changed.DialogBoxParam = &WithMemory;
+        ORLSetWindowSystem(&changed);
+        ORLBuildExpression(nullptr, ec, ORLHEXPFromName(ec, exp), 0);
+      });
+      // Ahead of the parse are two copies, and that of the old name.
+      const bool parsed = count >= (*exp == '\0' ? 2 : 3);
+      EXPECT_EQ(Short(), saved ? "" : parsed ? "!MEMORY|{}7 * 8" : "!MEMORY|{}");
+      EXPECT_EQ(saved ? blocks : TEST_LiveBlocks(), blocks);
+    }
+    EXPECT_TRUE(saved && count > 5) << count;
+  }
+}
+
+TEST(EditorSave, CountsBytesInEveryCodePage) {
+  const std::string ze = "\x83\x5B";  // ends in the byte of a "["
+  const struct {
+    int32_t page;
+    std::string text, fault, stored;
+  } rows[] = {
+      {932, "'" + ze + "' || Nope", "'" + ze + "' || {Nope}", ""},
+      {932, "'" + ze + ",Expression...]', 'x'", "", "'" + ze + ",Expression...]', 'x'"},
+      {65001, "'\u00e9\u30bc' || Nope", "'\u00e9\u30bc' || {Nope}", ""},
+      {65001, "'\u00e9', 'x' [,Expression...] 'y'", "", "'\u00e9', 'x' "},
+  };
+  for (const auto &row : rows) {
+    SCOPED_TRACE(row.text);
+    ASSERT_NE(WRENSetCodePage(row.page), 0);
+    const Context ec;
+    Edit(ec, {nullptr, 1}, [&](OrlWindow d) {
+      Act(d, "select 100 0 -1; type 100 " + row.text + "; click 1");
+      EXPECT_EQ(row.fault.empty() ? "" : Marked(d), row.fault);
+    });
+    EXPECT_EQ(Short(), row.fault.empty() ? "" : "!VAR|" + row.fault);
+    EXPECT_EQ(TextOf(ec, ORLHEXPFromName(ec, "Set1")), row.stored);
+    WRENSetCodePage(1252);
+  }
+}
+
+TEST(EditorRecovery, RepairsABlockWhileItLoads) {
+  // The new text of A waits for E, which stands behind it, that of D for A.
+  const std::pair<const char *, const char *> formulas[] = {
+      {"A", "1 + Nope"}, {"B", "("}, {"C", "2"}, {"D", "Bad(1)"}, {"E", "C() + 1"}, {"F", "A()"}};
+  std::string block = '\3' + std::string(20, '\0') + '\xfc' + '\0' + '\6' + '\0';
+  for (const auto &[name, text] : formulas) block += text + ('\0' + (name + std::string(1, '\0')));
+  const std::string all = "select 100 0 -1; type 100 ", a = all + "E() * 2; click 1",
+                    d = all + "A() + C(); click 1", b = all + "1 + 1; click 1",
+                    good = "A=E() * 2 6, B=1 + 1 2, C=2 2, D=A() + C() 8, E=C() + 1 3, F=A() 6, ";
+  const struct {
+    std::map<std::string, std::string> acts;  // by the name that the editor opens with
+    int32_t result;
+    std::string told, stored;  // with the values
+  } rows[] = {
+      {{{"A", a}, {"B", b}, {"D", d}}, 1, "", good},
+      // A text that waits for nothing in the block is wrong here too; one for itself for ever.
+      {{{"A", a}, {"B", b}, {"D", all + "No(1); click 1; " + d}}, 1, "!FUNC|{No(}1)", good},
+      {{{"A", a}, {"B", b}, {"D", all + "D(); click 1"}},
+       0,
+       "",
+       "B=1 + 1 2, C=2 2, E=C() + 1 3, A=E() * 2 6, F=A() 6, "},
+      // Giving up ends the load.
+      {{{"A", a}, {"B", b}, {"D", "click 2"}}, 0, "", "B=1 + 1 2, C=2 2, "},
+      {{{"A", a}, {"B", "close"}}, 0, "", ""},
+  };
+  const auto tell = [](EC, const char *text, const FormulaError *) { ADD_FAILURE() << text; };
+  for (const auto &row : rows) {
+    SCOPED_TRACE(row.stored);
+    const HostedContext ec;
+    const auto steps = [&](OrlWindow window) {
+      const auto found = row.acts.find(Text(window, 101));
+      ASSERT_NE(found, row.acts.end()) << Text(window, 101);
+      EXPECT_EQ(Enabled(window, {101, 116, 117, 118}), std::vector<int32_t>());
+      Act(window, found->second);
+      EXPECT_EQ(Look(window).reachable, 0) << found->second;
+    };
+    WithUser(steps, {}, [&] {
+      const auto size = static_cast<int32_t>(block.size());
+      EXPECT_EQ(ORLSetECContents(ec, size, block.data(), 1, tell), row.result);
+    });
+    EXPECT_EQ(Short(), row.told);
+    std::string stored;
+    for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+      const std::string value = Evaluate(ec, ORLHEXPFromOrdinal(ec, i));
+      stored += Stored(ec)[static_cast<size_t>(i)] + " " + value + ", ";
+    }
+    EXPECT_EQ(stored, row.stored);
+  }
+}
+
+}  // namespace
