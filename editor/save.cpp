@@ -184,7 +184,7 @@ HEXP OrlSaveText(OrlWindow dialog) {
   FreeTexts(texts);
   OrlFollowContext(dialog);
   OrlEnableEditButtons(dialog);
-  return ORLGetExpressionOrdinal(CurrentEditor().ec, saved) < 0 ? nullptr : saved;
+  return saved;
 }
 
 bool OrlAskSave(OrlWindow dialog) {

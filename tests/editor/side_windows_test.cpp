@@ -230,6 +230,9 @@ TEST(ErrorBox, ShowsTheFaultAndNothingElseCan) {
         EXPECT_EQ(Text(box, 201) + "|" + Marked(box, 200), row.shown) << acts;
       }
       EXPECT_EQ(Look(box, 200).focused, 1);
+      Act(box, "key 200 9");
+      ORLHeadlessRepaint(box);
+      EXPECT_EQ(Look(box, 202).focused, 1);
       ORLHeadlessHelp(box, 200, nullptr);
       ORLHeadlessHelp(box, ORL_HEADLESS_SELF, &NoteHelp);
       Act(box, row.acts);
