@@ -102,7 +102,8 @@ void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node
   const int32_t form =
       DateRewriteText(NodeText(node), date, ec->pictures[0], ec->pictures[1], ec->pictures[2]);
   const char *text = TemplateOf(ec, form);
-  if (date[0] == '\0' || !StandsAt(expression, node)) {
+  const bool empty = date[0] == '\0' || (text != nullptr && text[0] == '\0');
+  if (empty || !StandsAt(expression, node)) {
     return;
   }
   PutUpTo(target, expression, node->offset);

@@ -11,8 +11,8 @@
  * 5. A failure leaves the context as it was, unless told otherwise.
  * 6. Different threads may work on different contexts; one context belongs to one thread at a time.
  *    Host routines run on the caller's thread, inside the engine's call, and must not change the
- *    context that is being evaluated or walked, unless told otherwise. An exception that one of
- *    them throws ends there, as if it had returned 0 or null.
+ *    context that is being evaluated, walked or read into, unless told otherwise. An exception that
+ *    one of them throws ends there, as if it had returned 0 or null.
  */
 #ifndef ORLI11_H
 #define ORLI11_H
@@ -341,7 +341,8 @@ ORL_API int32_t ORLIsAggregateUsed(EC ec, HEXP exp);
  * templates of the context; formulas that are spliced in are marked only in a context with date
  * pictures. A text with a formula spliced in has at most 65,535 bytes. */
 
-/* The bytes that the text can take at most, without its terminator; 0 for a null expression. */
+/* The bytes that the text can take at most, without its terminator; 0 for a null expression. Dates
+ * count by the pictures and templates that ORLSetDatePicture saw: set the templates first. */
 ORL_API int32_t ORLGetExtendedTextLength(EC ec, HEXP exp, int32_t withMarks);
 /* Writes the text to `buffer` of `size` bytes, at least 1, cut where it is longer. The bytes of
  * what stands there less 1: -1 for an empty text. 0 with an empty `buffer` on failure: the text is
@@ -367,7 +368,8 @@ ORL_API int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName
 ORL_API int32_t ORLGetECBlockSize(EC ec, int32_t includeFormulas);
 /* Lays the block down in the host's `buffer` of `capacity` bytes, at least 1, and returns the bytes
  * that were laid down. What does not fit is left out, and the block is then of no use, unless
- * `capacity` is the size without formulas. */
+ * `capacity` is the size without formulas. Readers take at most 32,767 input items and as many
+ * formulas: from a block of more of them they read none. */
 ORL_API int32_t ORLGetECBlock(EC ec, int32_t capacity, void *buffer);
 /* Reads a block of `size` bytes into a context that has its functions and keywords and nothing
  * else. Routines are looked up again by their names, formulas parsed again; `loadFormulas` 0 leaves

@@ -127,8 +127,11 @@ bool ReadInput(BlockLoad &load) {
   if (ec->lookupProc == nullptr) {
     return true;
   }
-  row->routine = LookUp(ec, row->routineName);
-  return row->routine != nullptr;
+  void *routine = LookUp(ec, routineName);
+  if (HandleArrayFindPointer(ec->inputs.rows, row) >= 0) {  // the host may have deleted it
+    row->routine = routine;
+  }
+  return routine != nullptr;
 }
 
 // In blocks of before ReportAverage knew its items' subclass, all items have that one.

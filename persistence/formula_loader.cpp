@@ -2,9 +2,11 @@
 // off and tried again, pass after pass in stored order, until all are parsed.
 //
 // A formula that is put off is noted with the row whose name it waits for, and comes into a pass
-// only once there is a formula for that call and each later one in its text: before, it would fail.
-// So the passes parse what they would parse if each tried every formula, and each text is read a
-// few times only, in whatever order its calls are answered.
+// only once there is a formula of that name: before, it would fail as it did. So the passes do what
+// they would do if each tried every formula. One that calls very many formulas which come up one by
+// one would still be parsed again up to each; after some tries its text is only looked through,
+// from the call just answered on, and it comes into a pass when every formula that it calls is
+// there, or when nothing else is left to try.
 #include "persistence/formula_loader.h"
 
 #include <algorithm>
@@ -20,6 +22,9 @@ namespace {
 
 constexpr int32_t kRowsPerWord = 64;
 
+// How often a text is parsed and put off before it is only looked through.
+constexpr int32_t kMostTries = 16;
+
 struct FormulaLoad {
   EC ec;
   OrlErrorProc errorProc;
@@ -30,6 +35,7 @@ struct FormulaLoad {
   HEXP *sorted;        // room for all rows' expressions
   int32_t current;     // the row that is being parsed
   int32_t putOff;      // rows that are put off
+  bool passedOver;     // a row waits for another formula without having been parsed again
   bool reordered;      // a row was parsed out of stored order
   bool ok;
 };
@@ -43,15 +49,24 @@ void Await(PendingRow &awaited, PendingRow &row) {
   awaited.waiting = &row;
 }
 
-// Lets the rows that wait for this one be tried again: in this pass where it still comes by. Those
-// that call one more formula that is not there go on waiting, unless all are asked for.
+// What a row whose call was answered waits for without being tried, or null when it is to be tried.
+PendingRow *WaitsOn(FormulaLoad &load, PendingRow &row) {
+  if (row.tries < kMostTries) {
+    return nullptr;
+  }
+  PendingRow *another = NextAwaitedRow(load.ec, load.names, row.text, row.behind);
+  load.passedOver = load.passedOver || another != nullptr;
+  return another;
+}
+
+// Lets the rows that wait for this one be tried again: in this pass where it still comes by. `all`
+// tries each, also those that are known to call a formula that is not there.
 void WakeWaiting(FormulaLoad &load, PendingRow &awaited, bool all) {
   PendingRow *row = awaited.waiting;
   awaited.waiting = nullptr;
   while (row != nullptr) {
     PendingRow *next = row->next;
-    PendingRow *another =
-        all ? nullptr : NextAwaitedRow(load.ec, load.names, row->text, row->behind);
+    PendingRow *another = all ? nullptr : WaitsOn(load, *row);
     if (another != nullptr) {
       Await(*another, *row);
     } else {
@@ -59,6 +74,12 @@ void WakeWaiting(FormulaLoad &load, PendingRow &awaited, bool all) {
       Mark(index > load.current ? load.thisPass : load.nextPass, index);
     }
     row = next;
+  }
+}
+
+void WakeAll(FormulaLoad &load) {
+  for (int32_t i = 0; load.putOff != 0 && i < load.names.count; i++) {
+    WakeWaiting(load, load.names.rows[i], true);
   }
 }
 
@@ -105,9 +126,7 @@ void Repair(FormulaLoad &load, PendingRow &row, const char *text, const FormulaE
   HEXP repaired = RepairFormula(load.ec, text, error);
   char *deferred = CurrentRecovery().deferred;
   CurrentRecovery().deferred = nullptr;
-  for (int32_t i = 0; load.putOff != 0 && i < load.names.count; i++) {
-    WakeWaiting(load, load.names.rows[i], true);
-  }
+  WakeAll(load);
   if (repaired != nullptr) {
     WRENMemFree(deferred);
     Settle(load, row, repaired);
@@ -140,6 +159,7 @@ void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
   }
   PutOff(load, row, text, row.owned);
   row.behind = error.offset + error.length;
+  row.tries++;
   Await(*awaited, row);
 }
 
@@ -172,7 +192,13 @@ void RetryPasses(FormulaLoad &load) {
       ParseRow(load, row, row.text);
       tried++;
     }
-    load.ok = load.ok && tried != 0;
+    if (tried == 0) {
+      // Another fault may stand between two calls of a row that was passed over.
+      load.ok = load.passedOver;
+      load.passedOver = false;
+      load.current = load.names.count;
+      WakeAll(load);
+    }
   }
 }
 

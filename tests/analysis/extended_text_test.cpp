@@ -127,6 +127,11 @@ TEST(ExtendedText, FollowsTheTables) {
     ORLRenameExpressionItem(renamed, ORL_INPUT, "A", name);
     EXPECT_EQ(Extended(renamed, exp, 1), expected);
   }
+  // A template without text writes nothing in the place of a date, so the date stays.
+  const ExtendedContext empty;
+  Apply(empty, kPictures);
+  ORLSetDateConvert(empty, "", "", "", 2);
+  EXPECT_EQ(Extended(empty, Make(empty, "DayOf(1/31/2012)"), 1), "DayOf(1/31/2012)");
   EXPECT_EQ(ORLGetExtendedTextLength(ec, nullptr, 1), 0);
 }
 

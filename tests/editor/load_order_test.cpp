@@ -1,0 +1,80 @@
+// In which order a load tries its formulas, as far as a user sees it: the editor opens for each
+// that is wrong when it is that one's turn.
+#include <gtest/gtest.h>
+
+#include "editor/session.h"
+#include "support/context.h"
+
+namespace {
+
+// "F1=text" for each formula.
+std::string BlockOfRows(const std::vector<std::string> &rows) {
+  std::string block = '\3' + std::string(20, '\0') + "\xfc" + '\0';
+  block += static_cast<char>(rows.size());
+  block += '\0';
+  for (const std::string &row : rows) {
+    const size_t equals = row.find('=');
+    block += row.substr(equals + 1) + '\0' + row.substr(0, equals) + '\0';
+  }
+  return block;
+}
+
+std::string ManyCalls(const std::string &behind) {
+  std::string text = "L=C1()";
+  for (int i = 2; i <= 40; i++) text += " + C" + std::to_string(i) + "()";
+  return text + behind;
+}
+
+TEST(LoadOrder, OpensTheEditorAtTheTurnOfEachFormula) {
+  std::vector<std::string> many = {ManyCalls(" + Nope + Z()"), "Z=L()"};
+  for (int i = 40; i > 0; i--) {
+    many.push_back("C" + std::to_string(i) + (i < 40 ? "=C" + std::to_string(i + 1) + "()" : "=1"));
+  }
+  const struct {
+    std::vector<std::string> rows;
+    std::string acts;  // in the editor
+    int32_t result;
+    std::string opened, stored;  // names in order
+  } rows[] = {
+      // What is wrong between two calls is told once the first is there, not when both are.
+      {{"A=B() + Nope + C()", "B=2", "C=A()"},
+       "select 100 0 -1; type 100 7; click 1",
+       1,
+       "A ",
+       "A B C "},
+      {{"A=B() + Nope + C()", "B=2", "C=D()", "D=1"}, "click 2", 0, "A ", "B D "},
+      {{"A=B() + 'x' * 2 + C()", "B=2", "C=A()"},
+       "select 100 0 -1; type 100 7; click 1",
+       1,
+       "A ",
+       "A B C "},
+      // Nor is it lost where very many calls come up one by one.
+      {many, "select 100 0 -1; type 100 7; click 1", 1, "L ", ""},
+  };
+  for (const auto &row : rows) {
+    SCOPED_TRACE(row.rows[0]);
+    const HostedContext ec;
+    const std::string block = BlockOfRows(row.rows);
+    std::string opened;
+    const auto steps = [&](OrlWindow window) {
+      opened += Text(window, 101) + " ";
+      Act(window, row.acts);
+    };
+    WithUser(steps, {}, [&] {
+      const auto size = static_cast<int32_t>(block.size());
+      EXPECT_EQ(ORLSetECContents(ec, size, block.data(), 1, nullptr), row.result);
+    });
+    EXPECT_EQ(opened, row.opened);
+    std::string stored;
+    for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+      stored += NameOf(ec, ORLHEXPFromOrdinal(ec, i)) + " ";
+    }
+    if (!row.stored.empty()) {
+      EXPECT_EQ(stored, row.stored);
+    } else {
+      EXPECT_EQ(static_cast<size_t>(ORLGetExpressionCount(ec)), row.rows.size());
+    }
+  }
+}
+
+}  // namespace
