@@ -77,7 +77,7 @@ void PressDefault(Dialog *dialog) {
   }
   if (button == nullptr) {
     SendCommand(dialog, ORL_ID_OK);
-  } else if (button->enabled && button->visible) {
+  } else if (button->visible) {
     PressButton(button);
   }
 }

@@ -10,6 +10,9 @@ namespace {
 constexpr int32_t kBoxWidth = 300;
 constexpr int32_t kBoxHeight = 120;
 
+// A dialog that opens another whenever it is cancelled comes to an end.
+constexpr int32_t kMostModals = 100;
+
 // Dialog units in pixels: a quarter of the average width, an eighth of the height, rounded.
 int32_t Pixels(int32_t units, int32_t base, int32_t parts) {
   const int32_t product = units * base;
@@ -72,12 +75,16 @@ bool FillControls(Dialog *dialog, const OrlDialogTemplate *model) {
   return true;
 }
 
-Dialog *NewRecord(OrlWindow parent) {
+Dialog *NewRecord(OrlWindow parent, bool modal) {
+  if (modal && ModalCount() >= kMostModals) {
+    return nullptr;
+  }
   auto *dialog = static_cast<Dialog *>(WRENMemAlloc(sizeof(Dialog)));
   if (dialog != nullptr) {
     dialog->serial = ++session.serials;
     dialog->window = HandleOf(dialog->serial, 0);
     dialog->parent = parent;
+    dialog->modal = modal;
     dialog->enabled = true;
     dialog->focus = -1;
   }
@@ -135,7 +142,7 @@ void EndModalsOf(const Dialog *owner) {
 void LeaveForParent(const Dialog *dialog) {
   session.focus = nullptr;
   Dialog *next = Find(dialog->parent).dialog;
-  next = next == nullptr ? TopModal() : next;
+  next = next == nullptr || !IsInFront(next) ? TopModal() : next;
   if (next != nullptr && next != dialog) {
     const Hold hold(next);
     SetFocusTo(next, RememberedFocus(next));
@@ -155,7 +162,7 @@ Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowPro
   if (model == nullptr || proc == nullptr) {
     return nullptr;
   }
-  Dialog *dialog = NewRecord(parent);
+  Dialog *dialog = NewRecord(parent, modal);
   if (dialog == nullptr) {
     return nullptr;
   }
@@ -165,7 +172,6 @@ Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowPro
     return nullptr;
   }
   dialog->proc = proc;
-  dialog->modal = modal;
   dialog->visible = dialog->needsPaint = modal || model->visible != 0;
   dialog->rect = PixelRect(model->x, model->y, model->width, model->height);
   dialog->rect.right += 2 * kBorder;
@@ -179,7 +185,7 @@ Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowPro
 }
 
 Dialog *NewBox(OrlWindow parent, const char *caption, uint32_t type) {
-  Dialog *dialog = NewRecord(parent);
+  Dialog *dialog = NewRecord(parent, true);
   if (dialog == nullptr) {
     return nullptr;
   }
@@ -187,7 +193,7 @@ Dialog *NewBox(OrlWindow parent, const char *caption, uint32_t type) {
     FreeDialog(dialog);
     return nullptr;
   }
-  dialog->box = dialog->modal = dialog->visible = true;
+  dialog->box = dialog->visible = true;
   dialog->boxType = type;
   dialog->rect = {0, 0, kBoxWidth, kBoxHeight};
   Move(&dialog->rect, (kScreenWidth - kBoxWidth) / 2, (kScreenHeight - kBoxHeight) / 2);

@@ -45,7 +45,8 @@
  *   DestroyWindow ends a modal dialog with 0.
  * - A timer's shortest time is 10 milliseconds. It goes on until it is killed.
  * - A bitmap loads when its file begins as a BMP file of its size does.
- * - A million events without an action of the user's end a flood of posted ones: they are dropped.
+ * - Posted events are dropped when a hundred thousand have come without an action of the user's;
+ *   no modal dialog opens over a hundred others.
  */
 #ifndef ORLI11_PLATFORM_HEADLESS_HEADLESS_H
 #define ORLI11_PLATFORM_HEADLESS_HEADLESS_H

@@ -11,7 +11,7 @@ namespace headless {
 namespace {
 
 // A dialog that posts itself events for ever does not keep the loop from its user.
-constexpr uint64_t kMostEventsAtOnce = 1000000;
+constexpr uint64_t kMostEventsAtOnce = 100000;
 
 bool IsLoopOver() {
   const Dialog *top = TopModal();
@@ -84,7 +84,6 @@ void GiveUp(Dialog *dialog) {
     EndModal(dialog, CancelOfBox(dialog->boxType));
     return;
   }
-  session.eventsAtOnce = 0;
   SendCommand(dialog, ORL_ID_CANCEL);
   RunPosted();
   if (!dialog->ended) {
@@ -168,19 +167,20 @@ void EndModal(Dialog *dialog, intptr_t result) {
 intptr_t RunModal(Dialog *dialog) {
   const Hold hold(dialog);
   const DialogInUse inUse;
+  session.eventsAtOnce = ModalCount() == 1 ? 0 : session.eventsAtOnce;
   while (!dialog->ended) {
-    session.eventsAtOnce = 0;
     Settle();
     if (dialog->ended) {
       break;
     }
     if (session.scriptOver || session.script == nullptr) {
       GiveUp(dialog);
-    } else {
-      const int32_t more =
-          CallHost([dialog] { return session.script(session.user, dialog->window); });
-      session.scriptOver = session.scriptOver || more == 0;
+      continue;
     }
+    session.eventsAtOnce = 0;
+    const int32_t more =
+        CallHost([dialog] { return session.script(session.user, dialog->window); });
+    session.scriptOver = session.scriptOver || more == 0;
   }
   return dialog->result;
 }

@@ -132,6 +132,14 @@ Dialog *TopModal() {
   return dialog;
 }
 
+int32_t ModalCount() {
+  int32_t count = 0;
+  for (const Dialog *dialog = session.newest; dialog != nullptr; dialog = dialog->older) {
+    count += dialog->modal ? 1 : 0;
+  }
+  return count;
+}
+
 bool IsInFront(const Dialog *dialog) {
   const Dialog *top = TopModal();
   if (top == nullptr) {

@@ -177,8 +177,9 @@ Control *FindControl(OrlWindow window);
 // A dialog, no control of it.
 Dialog *FindDialog(OrlWindow window);
 Control *ControlById(Dialog *dialog, int32_t id);
-// The modal dialog or box on top, or null.
+// The modal dialog or box on top, or null; how many there are.
 Dialog *TopModal();
+int32_t ModalCount();
 // True when the user's or the program's focus can go there: it belongs to the modal one on top.
 bool IsInFront(const Dialog *dialog);
 bool IsUsable(const Dialog *dialog);

@@ -1,7 +1,9 @@
 // The window system without a screen where things end: loops, windows, memory; and its measures.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <string>
 #include <utility>
 
 #include "closed/wren/memory.h"
@@ -12,12 +14,14 @@ namespace {
 
 const OrlWindowSystem &sys = *ORLHeadlessSystem();
 
-// Dialogs with a procedure or a script of the test's own.
-std::function<intptr_t(OrlWindow, uint32_t, uintptr_t)> handle;
+// Dialogs with a procedure and a script of the test's own; the script comes once.
+using Procedure = std::function<void(OrlWindow, uint32_t, uintptr_t, intptr_t)>;
+Procedure handle;
 std::function<void(OrlWindow)> look;
 
-intptr_t Handle(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t /*lParam*/) {
-  return handle ? handle(window, message, wParam) : 0;
+intptr_t Handle(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
+  if (handle) handle(window, message, wParam, lParam);
+  return 0;
 }
 
 int32_t LookOnce(void * /*user*/, OrlWindow window) {
@@ -25,38 +29,136 @@ int32_t LookOnce(void * /*user*/, OrlWindow window) {
   return 0;
 }
 
-intptr_t WithDialog(std::function<intptr_t(OrlWindow, uint32_t, uintptr_t)> procedure,
-                    std::function<void(OrlWindow)> script) {
+intptr_t WithDialog(Procedure procedure, std::function<void(OrlWindow)> script) {
+  const int64_t blocks = TEST_LiveBlocks();
   handle = std::move(procedure);
   look = std::move(script);
   EXPECT_EQ(1, ORLHeadlessStart(LookOnce, nullptr));
   const intptr_t result = sys.DialogBoxParam(&kSmallDialog, nullptr, Handle, 0);
   ORLHeadlessEnd();
+  EXPECT_EQ(blocks, TEST_LiveBlocks());
   return result;
+}
+
+intptr_t OpenOver(OrlWindow parent) {
+  return sys.DialogBoxParam(&kSmallDialog, parent, Handle, 0);
 }
 
 TEST(HeadlessLimits, NothingCanHang) {
   EXPECT_EQ(0, WithDialog(nullptr, nullptr)) << "a dialog that does not end by command 2";
-  int32_t boxes = 0;
-  EXPECT_EQ(5, WithDialog(
-                   [&](OrlWindow window, uint32_t message, uintptr_t) -> intptr_t {
-                     if (message == ORL_WM_COMMAND && boxes++ == 0) {
-                       EXPECT_EQ(1, sys.MessageBox(window, "", nullptr, ORL_MB_OK));
-                       sys.EndDialog(window, 5);
-                       sys.EndDialog(window, 6);
-                     }
-                     if (message == 1000 || message == ORL_WM_PAINT) {
-                       sys.PostMessage(window, 1000, 0, 0);
-                     }
-                     return 0;
-                   },
-                   [](OrlWindow) { throw 1; }));
-  EXPECT_EQ(-1, WithDialog(
-                    [](OrlWindow window, uint32_t message, uintptr_t) -> intptr_t {
-                      if (message == ORL_WM_INITDIALOG) sys.EndDialog(window, -1);
-                      return 1;
-                    },
-                    [](OrlWindow) { ADD_FAILURE(); }));
+  int32_t opened = 0;
+  const auto cancels = [&](OrlWindow window, uint32_t message, uintptr_t, intptr_t) {
+    if (message == ORL_WM_INITDIALOG) ++opened;
+    if (message == ORL_WM_COMMAND) sys.EndDialog(window, OpenOver(window));
+  };
+  EXPECT_EQ(-1, WithDialog(cancels, [](OrlWindow) { throw 1; }));
+  EXPECT_EQ(100, opened) << "dialogs that open others when they are cancelled";
+  int32_t events = 0;
+  const auto floods = [&](OrlWindow window, uint32_t message, uintptr_t, intptr_t) {
+    if (message != 1000 && message != ORL_WM_PAINT) return;
+    if (++events % 100 == 0) sys.MessageBox(window, "", nullptr, ORL_MB_OK);
+    sys.PostMessage(window, 1000, 0, 0);
+  };
+  WithDialog(floods, nullptr);
+  EXPECT_GT(events, 50000);
+}
+
+TEST(HeadlessLimits, ADialogThatHasEndedHearsNoMore) {
+  const auto ends = [](OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t) {
+    EXPECT_NE(1000U, message);
+    if (message != ORL_WM_COMMAND || wParam != 14) return;
+    sys.EndDialog(window, 5);
+    sys.EndDialog(window, 6);
+    sys.PostMessage(window, 1000, 0, 0);
+  };
+  EXPECT_EQ(5, WithDialog(ends, [](OrlWindow dialog) {
+              EXPECT_EQ(1, ORLHeadlessClick(dialog, 14));
+              EXPECT_EQ(0, ORLHeadlessClick(dialog, 15));
+            }));
+  const auto never = [](OrlWindow window, uint32_t message, uintptr_t, intptr_t) {
+    if (message == ORL_WM_INITDIALOG) sys.EndDialog(window, -1);
+  };
+  EXPECT_EQ(-1, WithDialog(never, [](OrlWindow) { ADD_FAILURE(); }));
+}
+
+int32_t IsFocused(OrlWindow dialog, int32_t id) {
+  OrlHeadlessState state = {};
+  return ORLHeadlessLook(dialog, id, &state) != 0 ? state.focused : -1;
+}
+
+TEST(HeadlessLimits, DialogsGoOutOfReachAndComeBack) {
+  int32_t paints = 0;
+  OrlWindow beside = nullptr;
+  OrlWindow owner = nullptr;  // once it is behind another
+  const auto watches = [&](OrlWindow dialog, uint32_t message, uintptr_t, intptr_t) {
+    paints += message == ORL_WM_PAINT ? 1 : 0;
+    if (message != ORL_WM_INITDIALOG || owner == nullptr) return;
+    sys.SetFocus(sys.GetDlgItem(owner, 11));
+    EXPECT_EQ(0, IsFocused(owner, 11) + sys.IsWindowEnabled(owner)) << "behind a modal dialog";
+    EXPECT_EQ(1, IsFocused(dialog, ORL_HEADLESS_SELF));
+    sys.DestroyWindow(beside);  // which ends the dialog that is just opening over it
+  };
+  WithDialog(watches, [&](OrlWindow dialog) {
+    sys.EnableWindow(dialog, 0);
+    EXPECT_EQ(0, ORLHeadlessClick(dialog, 14));
+    sys.EnableWindow(dialog, 1);
+    EXPECT_EQ(1, ORLHeadlessClick(dialog, 14));
+    beside = sys.CreateDialogParam(&kSmallDialog, dialog, Handle, 0);
+    OrlRect rect = {};
+    sys.GetWindowRect(beside, &rect);
+    EXPECT_EQ((std::pair{15 + 3 + 15, 33 + 22 + 33}), (std::pair{rect.left, rect.top}));
+    sys.ShowWindow(beside, 0);
+    EXPECT_EQ(1, IsFocused(dialog, 14));
+    EXPECT_EQ(0, ORLHeadlessClick(beside, 14));
+    sys.ShowWindow(beside, 1);
+    EXPECT_EQ(1, ORLHeadlessClick(beside, 14));
+    EXPECT_EQ(2, paints);
+    owner = dialog;
+    look = [](OrlWindow) { ADD_FAILURE(); };
+    EXPECT_EQ(0, OpenOver(beside));
+    EXPECT_EQ(nullptr, sys.GetDlgItem(beside, 14));
+    EXPECT_EQ(2, IsFocused(dialog, 11) + sys.IsWindowEnabled(dialog));
+    look = [](OrlWindow box) { EXPECT_EQ(0, ORLHeadlessClose(box) + ORLHeadlessAnswer(box, 1)); };
+    EXPECT_EQ(ORL_IDNO, sys.MessageBox(dialog, "", "", ORL_MB_YESNO));
+  });
+}
+
+TEST(HeadlessLimits, RowsMayGoWhileTheyAreDrawn) {
+  void *surface = nullptr;
+  const auto deletes = [&](OrlWindow, uint32_t message, uintptr_t, intptr_t lParam) {
+    if (message != ORL_WM_DRAWITEM) return;
+    const auto *draw = reinterpret_cast<const OrlDrawItem *>(lParam);
+    surface = draw->surface;
+    sys.SendMessage(draw->list, ORL_LB_DELETESTRING, 0, 0);
+    sys.InvertRect(surface, &draw->rect);
+    sys.DrawText(surface, "gone", &draw->rect);
+  };
+  WithDialog(deletes, [&](OrlWindow dialog) {
+    OrlWindow list = sys.GetDlgItem(dialog, 13);
+    for (int32_t i = 0; i < 3; ++i) sys.SendMessage(list, ORL_LB_ADDSTRING, 0, 0);
+    OrlHeadlessRowShown shown = {};
+    EXPECT_EQ(0, ORLHeadlessRowShows(dialog, 13, 2, &shown));
+    sys.DrawText(surface, "late", &shown.rowRect);
+    EXPECT_EQ(1, ORLHeadlessFocus(dialog, 13));
+    EXPECT_EQ(0, sys.SendMessage(list, ORL_LB_GETCOUNT, 0, 0));
+  });
+}
+
+TEST(HeadlessLimits, LongTextsAreWithinReachOfTheMouse) {
+  WithDialog(nullptr, [](OrlWindow dialog) {
+    std::string text;
+    for (int32_t i = 0; i < 6000; ++i) text += "\r\n";
+    text += std::string(40000, 'a');
+    sys.SetWindowText(sys.GetDlgItem(dialog, 10), text.c_str());
+    OrlHeadlessState state = {};
+    for (const auto &[from, to] : {std::pair{0, -1}, {51000, 7}, {8000, 51999}}) {
+      EXPECT_EQ(1, ORLHeadlessSelect(dialog, 10, from, to));
+      ORLHeadlessLook(dialog, 10, &state);
+      const int32_t end = to < 0 ? 52000 : to == 7 ? 6 : to;
+      EXPECT_EQ((std::pair{std::min(from, end), std::max(from, end)}),
+                (std::pair{state.selectionStart, state.selectionEnd}));
+    }
+  });
 }
 
 TEST(HeadlessLimits, GeometryComesFromTheFont) {
@@ -82,6 +184,8 @@ TEST(HeadlessLimits, GeometryComesFromTheFont) {
 TEST(HeadlessLimits, WindowsThatAreNotThereDoNothing) {
   OrlWindow gone = nullptr;
   WithDialog(nullptr, [&](OrlWindow dialog) { gone = sys.GetDlgItem(dialog, 10); });
+  ASSERT_EQ(1, ORLHeadlessStart(nullptr, nullptr));
+  sys.CreateDialogParam(&kSmallDialog, nullptr, Handle, 0);
   int32_t local = 0;
   for (OrlWindow window : {gone, OrlWindow{}, static_cast<OrlWindow>(&local)}) {
     char text[] = "~";
@@ -111,6 +215,7 @@ TEST(HeadlessLimits, WindowsThatAreNotThereDoNothing) {
                      ORLHeadlessType(window, 10, "a") + ORLHeadlessAnswer(window, 1));
     EXPECT_EQ(-2, ORLHeadlessText(window, -1, text, 2) + ORLHeadlessName(window, text, 2));
   }
+  ORLHeadlessEnd();
 }
 
 TEST(HeadlessLimits, WithoutMemoryNoDialogOpensAndTextsStay) {
@@ -124,7 +229,11 @@ TEST(HeadlessLimits, WithoutMemoryNoDialogOpensAndTextsStay) {
       OrlHeadlessState state = {};
       EXPECT_EQ(1, ORLHeadlessType(dialog, 11, "a")) << "pressed in vain";
       sys.SetWindowText(sys.GetDlgItem(dialog, 12), "text");
-      EXPECT_EQ(0, sys.MessageBox(dialog, "", "", 0) + ORLHeadlessSetClipboard("a"));
+      EXPECT_EQ(0, ORLHeadlessSetClipboard("a"));
+      for (int64_t room = 0; room < 4; ++room) {
+        TEST_FailAllocationsAfter(room);
+        EXPECT_EQ(0, sys.MessageBox(dialog, "", "", ORL_MB_OK)) << room;
+      }
       EXPECT_EQ(1, ORLHeadlessLook(dialog, 12, &state));
       EXPECT_EQ(0, state.textLength);
     };

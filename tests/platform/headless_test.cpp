@@ -25,6 +25,9 @@ TEST(Headless, KeysAndPressesComeAsOnThePlatform) {
   Check({
       {"key 11 65; ? 11; @", "11:768 a{}one+ @11 2:0 m2", {}},
       {"key 10 9; @; ? 11; key 11 9 1; @; key 12 9; @", "@11 {one} @10 @13 2:0 m2", {}},
+      {"@; key 10 9 2; key 11 9 1; ? 10", "@ 10:768 \t{}+ 2:0 m2", {}},
+      {"select 11 0 1; send 11 512 0; ? 11", "0 {o}ne 2:0 m2", {}},
+      {"hide 1; key 11 13", "2:0 m2", {}},
       {"key 14 9; @; key 19 9; @; key 10 9 1; @", "@1 @10 @19 2:0 m2", {}},
       {"key 10 13 2; ? 10", "10:768 \r\n{}+ 2:0 m2", {}},
       {"key 10 9 2; key 11 9 2; ? 10; ? 11", "10:768 \t{}+ {}one 2:0 m2", {}},
@@ -61,6 +64,8 @@ TEST(Headless, ListsKeepTheirRowsAndTellOfTheUser) {
       {"send 12 390 2; send 12 385 0; ? 12; send 12 386 3; send 12 392",
        "2 0 AP,Apple,apricot,*fig,pear 4 -1 2:0 m2",
        {}},
+      {"send 12 390 2; send 12 386 1; ? 12", "2 3 Apple,*fig,pear 2:0 m2", {}},
+      {"send 12 386 3; send 12 386 2; send 12 386 1; twice 12; click 12", "3 2 1 2:0 m2", {}},
       {"send 12 384; send 13 323; send 12 395; ? 12; send 12 385 -1",
        "0 4 5 AP,Apple,apricot,fig,pear 5 d0.1.0 d1.1.0 2:0 m2",
        {}},
@@ -82,6 +87,9 @@ TEST(Headless, RowsAreDrawnByTheDialog) {
       {"shows 13 3; row 13 3; shows 13 3; shows 13 4",
        "d3.1.0 text 13:1 d2.1.0 d3.1.17 text nothing 2:0 m2",
        {}},
+      {"send 13 407 3; repaint; send 13 386 3; repaint",
+       "0 m15 d2.1.0 d3.1.0 3 m15 d1.1.0 d2.1.0 2:0 m2",
+       {}},
       {"send 13 386 0; send 13 386 0; repaint; move 13 60; repaint",
        "3 2 m15 d0.1.0 d1.1.0 m15 d0.1.0 d1.1.0 2:0 m2",
        {}},
@@ -94,8 +102,8 @@ TEST(Headless, DialogsWaitForThoseOnTop) {
        "17:0 m48 m44 m272 m15 d0.1.0 d1.1.0 14:0 1:0 - m2 =1 15:0 2:0 m2",
        {}},
       {"click 17", "17:0 m48 m44 m272 m15 d0.1.0 d1.1.0 2:0 m2 =2 2:0 m2", {}},
-      {"click 19; beside 15; beside 1; click 14; away; @; beside 14",
-       "19:0 m48 m44 m272 m15 d0.1.0 d1.1.0 15:0 1:0 14:0 m2 m16 @14 - 2:0 m2",
+      {"click 19; @; beside 15; beside 1; away; @; beside 14",
+       "19:0 m48 m44 m272 m15 d0.1.0 d1.1.0 @ 15:0 1:0 m2 m16 @19 - 2:0 m2",
        {}},
       {"click 19; click 17/ beside 14; close/ beside 14",
        "19:0 m48 m44 m272 m15 d0.1.0 d1.1.0 17:0 m48 m44 m272 m15 d0.1.0 d1.1.0 - 2:0 m2 =2 "
@@ -104,6 +112,7 @@ TEST(Headless, DialogsWaitForThoseOnTop) {
       {"timer 1 30; timer 2 50; wait 29; wait 1; wait 45; wait 0",
        "m275 m1001 m275 m1002 m275 m1001 2:0 m2",
        {}},
+      {"timer 2 30; timer 1 30; wait 30", "m275 m1002 m275 m1001 2:0 m2", {}},
       {"timer 1 30; timer 1 40; wait 30; wait 10", "m275 m1001 2:0 m2", {}},
   });
 }
