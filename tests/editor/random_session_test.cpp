@@ -122,7 +122,10 @@ void ActAtRandom(OrlWindow d) {
     case 2: case 3: ORLHeadlessClickRow(d, list, row); break;
     case 4: ORLHeadlessDoubleClickRow(d, list, row); break;
     case 5: ORLHeadlessRightDoubleClickRow(d, 114, row); break;
-    case 6: ORLHeadlessKey(d, id, static_cast<uint32_t>(key), 0); break;
+    // Of the keys that go to another formula the editor hears of two only.
+    case 6:
+      ORLHeadlessKey(d, id == 114 && (key == 37 || key == 39) ? 100 : id, uint32_t(key), 0);
+      break;
     case 7: ORLHeadlessSelect(d, 100, Below(9), Below(30)); break;
     case 8: ORLHeadlessSelect(d, edit, 0, -1); ORLHeadlessType(d, edit, text.c_str()); break;
     case 9: ORLHeadlessClick(d, Below(3) == 0 ? 116 : 117); break;
