@@ -43,7 +43,9 @@ void PutTableRow(const Output &output, const std::vector<std::string> &cells) {
     const OutputColumn &column = output.columns[i];
     size_t width = 0;
     const std::string shown = DisplayLine(cells[i], static_cast<size_t>(-1) / 2, width);
-    const std::string fill(column.width > width ? column.width - width : 0, ' ');
+    /* One very long cell would make blanks, only to be taken off again, of all rows. */
+    const bool filled = column.width > width && (column.alignRight || i + 1 < cells.size());
+    const std::string fill(filled ? column.width - width : 0, ' ');
     line.append(i == 0 ? 0 : kGap, ' ');
     line += column.alignRight ? fill + shown : shown + fill;
   }
