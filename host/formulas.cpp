@@ -1,6 +1,7 @@
 #include "host/formulas.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <string_view>
 
@@ -11,7 +12,11 @@
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
+/* ASCII bytes that no name without quotes holds. */
+constexpr std::string_view kBesideNames = "\t\n\r !\"%&'()*+,-./:;<=>?[\\]^`{|}~";
 constexpr size_t kNobody = static_cast<size_t>(-1);
+/* How often a text is parsed for calls that come too early before it is only looked through. */
+constexpr int kMostTries = 16;
 
 bool IsQuote(char byte) {
   return byte == '"' || byte == '`';
@@ -37,11 +42,23 @@ size_t FindEquals(const std::string &argument) {
 /* Where each name stands among the formulas. */
 using Places = std::map<std::string_view, size_t>;
 
+/* Why a name is none that a formula can have. */
+std::string NameProblem(const std::string &name) {
+  if (name.empty()) {
+    return "a formula has no name";
+  }
+  std::array<char, sizeof(ExprItem::name) + 1> unused;
+  const bool isUnit = name.size() < sizeof(ExprItem::name) &&
+                      ORLInputNameIsKeyword(unused.data(), name.c_str()) == 1;
+  return isUnit ? DisplayName(name) + " is a date unit word; write it in double quotes"
+                : "not a valid formula name: " + DisplayName(name);
+}
+
 bool CheckNames(EC ec, const std::vector<Formula> &formulas, Places &places, std::string &error) {
   for (size_t i = 0; i < formulas.size(); ++i) {
     const std::string &name = formulas[i].name;
     if (ORLValidName(ec, name.c_str(), nullptr) == 0) {
-      error = "not a valid formula name: " + DisplayName(name);
+      error = NameProblem(name);
       return false;
     }
     if (ORLIsExpNameUnique(ec, nullptr, name.c_str()) == 0) {
@@ -56,34 +73,125 @@ bool CheckNames(EC ec, const std::vector<Formula> &formulas, Places &places, std
   return true;
 }
 
-void TryDefine(EC ec, Formula &formula) {
-  uint16_t type = 0;
-  formula.exp = ORLParseFormula(ec, nullptr, formula.text.c_str(), formula.name.c_str(),
-                                &formula.problem, &type);
-  formula.type = formula.exp == nullptr ? -1 : type;
-}
+/* A formula on its way to be defined. */
+struct Pending {
+  size_t awaited = kNobody;    /* the formula whose call came too early */
+  size_t behind = 0;           /* where the text goes on behind that call */
+  int tries = 0;               /* how often it was parsed */
+  bool passedOver = false;     /* it waits for a call that was only found by looking */
+  std::vector<size_t> waiting; /* the formulas that wait for this one */
+};
 
-/* The formula not yet defined whose call is the error of another; kNobody when the error is of a
- * kind that no later formula mends. */
-size_t AwaitedBy(const Formula &formula, const std::vector<Formula> &formulas,
-                 const Places &places) {
-  const auto found = places.find(UnknownCall(formula));
-  const bool awaited = found != places.end() && formulas[found->second].exp == nullptr;
+struct Definition {
+  EC ec;
+  std::vector<Formula> &formulas;
+  Places places;
+  std::vector<Pending> pending; /* one for each formula */
+  bool looking = true;          /* after some tries a text is only looked through */
+};
+
+/* The formula of that name when it is not yet defined, else kNobody. */
+size_t UndefinedOf(const Definition &definition, std::string_view name) {
+  const auto found = definition.places.find(name);
+  const bool awaited =
+      found != definition.places.end() && definition.formulas[found->second].exp == nullptr;
   return awaited ? found->second : kNobody;
 }
 
-/* The words for formulas that call each other in a circle, or one that calls itself. `awaited` has
- * for each formula the one that it waits for; `start` leads into the circle. */
-std::string CircleMessage(const std::vector<Formula> &formulas, const std::vector<size_t> &awaited,
-                          size_t start) {
-  for (size_t steps = 0; steps < formulas.size(); ++steps) {
-    start = awaited[start];
+/* The next formula not yet defined that the text seems to call, from the last such call on. A "name
+ * (" within quotes is taken for a call too. */
+size_t NextAwaited(const Definition &definition, const Formula &formula, Pending &pending) {
+  const std::string_view text = formula.text;
+  for (size_t open = text.find('(', pending.behind); open != std::string_view::npos;
+       open = text.find('(', open + 1)) {
+    std::string_view called = text.substr(pending.behind, open - pending.behind);
+    called = called.substr(0, called.find_last_not_of(' ') + 1);
+    called.remove_prefix(called.find_last_of(kBesideNames) + 1);
+    pending.behind = open + 1;
+    const size_t awaited = UndefinedOf(definition, called);
+    if (awaited != kNobody) {
+      return awaited;
+    }
   }
-  if (awaited[start] == start) {
+  return kNobody;
+}
+
+/* Parses a formula and finds what it waits for when a call in it comes too early. False when it has
+ * another error, which no later formula mends. */
+bool TryDefine(Definition &definition, size_t place) {
+  Formula &formula = definition.formulas[place];
+  Pending &pending = definition.pending[place];
+  uint16_t type = 0;
+  formula.exp = ORLParseFormula(definition.ec, nullptr, formula.text.c_str(), formula.name.c_str(),
+                                &formula.problem, &type);
+  formula.type = formula.exp == nullptr ? -1 : type;
+  if (formula.exp != nullptr) {
+    return true;
+  }
+  ++pending.tries;
+  pending.passedOver = false;
+  pending.awaited = UndefinedOf(definition, UnknownCall(formula));
+  pending.behind = static_cast<size_t>(formula.problem.offset + formula.problem.length);
+  return pending.awaited != kNobody;
+}
+
+/* Defines a formula, and those that have waited for it. A formula that calls very many others would
+ * be parsed again for each, so after some tries it waits until all are there that it seems to call.
+ * The place of a formula with an error that no later one mends, else kNobody. */
+size_t DefineFrom(Definition &definition, size_t first) {
+  std::vector<size_t> ready = {first};
+  while (!ready.empty()) {
+    const size_t i = ready.back();
+    Pending &pending = definition.pending[i];
+    ready.pop_back();
+    if (definition.formulas[i].exp != nullptr) {
+      continue;
+    }
+    const size_t another = definition.looking && pending.tries >= kMostTries
+                               ? NextAwaited(definition, definition.formulas[i], pending)
+                               : kNobody;
+    if (another != kNobody) {
+      pending.awaited = another;
+      pending.passedOver = true;
+    } else if (!TryDefine(definition, i)) {
+      return i;
+    }
+    if (definition.formulas[i].exp != nullptr) {
+      ready.insert(ready.end(), pending.waiting.begin(), pending.waiting.end());
+    } else {
+      definition.pending[pending.awaited].waiting.push_back(i);
+    }
+  }
+  return kNobody;
+}
+
+/* Defines all that can be. As DefineFrom. */
+size_t DefineAll(Definition &definition) {
+  size_t wrong = kNobody;
+  for (size_t i = 0; i < definition.formulas.size() && wrong == kNobody; ++i) {
+    wrong = DefineFrom(definition, i);
+  }
+  /* What seemed to be a call may be none, and another error may stand ahead of it. */
+  definition.looking = false;
+  for (size_t i = 0; i < definition.formulas.size() && wrong == kNobody; ++i) {
+    wrong = definition.pending[i].passedOver ? DefineFrom(definition, i) : kNobody;
+  }
+  return wrong;
+}
+
+/* The words for formulas that call each other in a circle, or one that calls itself. Who waits for
+ * whom leads from `start` into the circle, and `start` is moved there. */
+std::string CircleMessage(const Definition &definition, size_t &start) {
+  const std::vector<Formula> &formulas = definition.formulas;
+  const std::vector<Pending> &pending = definition.pending;
+  for (size_t steps = 0; steps < formulas.size(); ++steps) {
+    start = pending[start].awaited;
+  }
+  if (pending[start].awaited == start) {
     return "formula " + DisplayName(formulas[start].title) + " calls itself";
   }
   std::string names = formulas[start].title;
-  for (size_t i = awaited[start]; i != start; i = awaited[i]) {
+  for (size_t i = pending[start].awaited; i != start; i = pending[i].awaited) {
     names += ", " + formulas[i].title;
   }
   return "formulas call each other in a circle: " + DisplayName(names);
@@ -123,42 +231,29 @@ std::string_view UnknownCall(const Formula &formula) {
   return called.substr(0, called.find_last_not_of(" (") + 1);
 }
 
-bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error) {
-  Places places;
-  if (!CheckNames(ec, formulas, places, error)) {
+bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error, size_t *wrong) {
+  Definition definition{ec, formulas, {}, {}};
+  if (!CheckNames(ec, formulas, definition.places, error)) {
     return false;
   }
   /* A formula can call only what is defined. One that calls another too early is tried again when
    * that one is there. */
-  std::vector<size_t> awaited(formulas.size(), kNobody);
-  std::vector<std::vector<size_t>> waiting(formulas.size());
-  for (size_t first = 0; first < formulas.size(); ++first) {
-    std::vector<size_t> ready = {first};
-    while (!ready.empty()) {
-      const size_t i = ready.back();
-      Formula &formula = formulas[i];
-      ready.pop_back();
-      TryDefine(ec, formula);
-      if (formula.exp != nullptr) {
-        ready.insert(ready.end(), waiting[i].begin(), waiting[i].end());
-        continue;
-      }
-      awaited[i] = AwaitedBy(formula, formulas, places);
-      if (awaited[i] == kNobody) {
-        error = "formula " + DisplayName(formula.title) + ": " +
-                ErrorWithPlace(formula.text, formula.problem);
-        return false;
-      }
-      waiting[awaited[i]].push_back(i);
-    }
+  definition.pending.resize(formulas.size());
+  size_t failed = DefineAll(definition);
+  if (failed != kNobody) {
+    error = "formula " + DisplayName(formulas[failed].title) + ": " +
+            ErrorWithPlace(formulas[failed].text, formulas[failed].problem);
   }
-  for (size_t i = 0; i < formulas.size(); ++i) {
+  for (size_t i = 0; i < formulas.size() && failed == kNobody; ++i) {
     if (formulas[i].exp == nullptr) {
-      error = CircleMessage(formulas, awaited, i);
-      return false;
+      failed = i;
+      error = CircleMessage(definition, failed);
     }
   }
-  return true;
+  if (wrong != nullptr && failed != kNobody) {
+    *wrong = failed;
+  }
+  return failed == kNobody;
 }
 
 const char *FormulaKind(EC ec, HEXP exp) {

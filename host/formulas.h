@@ -27,8 +27,10 @@ bool FormulaFromArgument(const std::string &argument, Formula &formula, std::str
 std::string_view UnknownCall(const Formula &formula);
 
 /* Defines all formulas in the context: each may call the others, whatever their order. False with a
- * message of one or more lines that tells the first formula that is wrong and the place in it. */
-bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error);
+ * message of one or more lines that tells the first formula that is wrong and the place in it;
+ * `wrong`, when given, receives its index unless it is a name that is wrong. */
+bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error,
+                    size_t *wrong = nullptr);
 
 /* "formula", "range" or "set"; only the first has values. */
 const char *FormulaKind(EC ec, HEXP exp);

@@ -45,7 +45,7 @@ class Report(support.FolderCase):
             (("--mean", '"s s"=sold'), 1, "--mean needs a Number, but s s is a Date"),
             (("--least", "s=place"), 1, "--least needs a Number or a Date, but s is a String"),
             (("--by", "g=amount", "--count", "g"), 1, "two formulas have the name g"),
-            (("--count", "days"), 1, "not a valid formula name: days"),
+            (("--count", "days"), 1, "days is a date unit word; write it in double quotes"),
             (("--by", "g=amount, 1"), 1, "formula g is a set and has no value"),
             (("--by", "g=amounts"), 1, "formula g: ERR_VAR: Unknown input item.\n  amounts\n  ^^^^^^^"),
             (("--count", "n=1"), 2, "--count takes a name alone, not n=1"),
