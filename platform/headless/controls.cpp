@@ -9,11 +9,6 @@ bool IsButton(const Control &control) {
   return control.kind == ORL_CONTROL_BUTTON || control.kind == ORL_CONTROL_OPTION;
 }
 
-bool IsTabStop(const Control &control) {
-  return control.kind != ORL_CONTROL_LABEL && control.kind != ORL_CONTROL_GROUP &&
-         (control.style & ORL_STYLE_NO_TAB) == 0 && control.enabled && control.visible;
-}
-
 intptr_t ButtonProc(Control *button, uint32_t message, uintptr_t wParam) {
   switch (message) {
     case ORL_WM_LBUTTONDOWN:
@@ -56,6 +51,15 @@ intptr_t OwnProc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t 
     default:
       return IsButton(*control) ? ButtonProc(control, message, wParam) : 0;
   }
+}
+
+bool TakesFocus(const Control &control) {
+  return control.kind != ORL_CONTROL_LABEL && control.kind != ORL_CONTROL_GROUP &&
+         control.enabled && control.visible;
+}
+
+bool IsTabStop(const Control &control) {
+  return TakesFocus(control) && (control.style & ORL_STYLE_NO_TAB) == 0;
 }
 
 void PressButton(Control *button) {

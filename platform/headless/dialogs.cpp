@@ -106,10 +106,7 @@ void Unlink(const Dialog *dialog) {
 
 Control *FirstTabStop(Dialog *dialog) {
   Control *end = dialog->controls + dialog->controlCount;
-  Control *found = std::find_if(dialog->controls, end, [](const Control &control) {
-    return control.kind != ORL_CONTROL_LABEL && control.kind != ORL_CONTROL_GROUP &&
-           (control.style & ORL_STYLE_NO_TAB) == 0 && control.enabled && control.visible;
-  });
+  Control *found = std::find_if(dialog->controls, end, IsTabStop);
   return found == end ? nullptr : found;
 }
 
@@ -118,7 +115,7 @@ Control *RememberedFocus(Dialog *dialog) {
     return nullptr;
   }
   Control *control = &dialog->controls[dialog->focus];
-  return control->enabled && control->visible ? control : nullptr;
+  return TakesFocus(*control) ? control : nullptr;
 }
 
 // A modeless dialog that belongs to this one.
@@ -261,8 +258,7 @@ bool HasFocus(const Control *control) {
 
 void SetFocusTo(Dialog *dialog, Control *control) {
   if (control != nullptr) {
-    if (control->kind == ORL_CONTROL_LABEL || control->kind == ORL_CONTROL_GROUP ||
-        !control->enabled || !control->visible) {
+    if (!TakesFocus(*control)) {
       return;
     }
     dialog->focus = static_cast<int32_t>(control - dialog->controls);

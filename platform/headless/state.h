@@ -229,6 +229,9 @@ int32_t CancelOfBox(uint32_t type);
 // ---- Controls (controls.cpp, edits.cpp, lists.cpp, pictures.cpp)
 
 intptr_t OwnProc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+// True when the focus may go there, or the tab key stops there.
+bool TakesFocus(const Control &control);
+bool IsTabStop(const Control &control);
 void PressButton(Control *button);
 void PressDefault(Dialog *dialog);
 void PressEscape(Dialog *dialog);

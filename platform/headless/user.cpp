@@ -85,8 +85,7 @@ intptr_t PlaceToPress(Control *control) {
 
 int32_t Press(OrlWindow dialog, int32_t id, bool twice) {
   Control *control = UsableControl(dialog, id);
-  if (control == nullptr || control->kind == ORL_CONTROL_LABEL ||
-      control->kind == ORL_CONTROL_GROUP) {
+  if (control == nullptr || !TakesFocus(*control)) {
     return 0;
   }
   Action action(control->dialog);
@@ -189,8 +188,7 @@ Dialog *GoTo(OrlWindow window, int32_t id) {
     return dialog;
   }
   Control *control = UsableControl(window, id);
-  if (control == nullptr || control->kind == ORL_CONTROL_LABEL ||
-      control->kind == ORL_CONTROL_GROUP) {
+  if (control == nullptr || !TakesFocus(*control)) {
     return nullptr;
   }
   if (!HasFocus(control)) {

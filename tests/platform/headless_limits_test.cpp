@@ -107,12 +107,13 @@ TEST(HeadlessLimits, DialogsGoOutOfReachAndComeBack) {
     OrlRect rect = {};
     sys.GetWindowRect(beside, &rect);
     EXPECT_EQ((std::pair{15 + 3 + 15, 33 + 22 + 33}), (std::pair{rect.left, rect.top}));
+    EXPECT_EQ(1, ORLHeadlessClick(beside, 14));
     sys.ShowWindow(beside, 0);
     EXPECT_EQ(1, IsFocused(dialog, 14));
     EXPECT_EQ(0, ORLHeadlessClick(beside, 14));
     sys.ShowWindow(beside, 1);
     EXPECT_EQ(1, ORLHeadlessClick(beside, 14));
-    EXPECT_EQ(2, paints);
+    EXPECT_EQ(3, paints);
     owner = dialog;
     look = [](OrlWindow) { ADD_FAILURE(); };
     EXPECT_EQ(0, OpenOver(beside));
@@ -120,6 +121,31 @@ TEST(HeadlessLimits, DialogsGoOutOfReachAndComeBack) {
     EXPECT_EQ(2, IsFocused(dialog, 11) + sys.IsWindowEnabled(dialog));
     look = [](OrlWindow box) { EXPECT_EQ(0, ORLHeadlessClose(box) + ORLHeadlessAnswer(box, 1)); };
     EXPECT_EQ(ORL_IDNO, sys.MessageBox(dialog, "", "", ORL_MB_YESNO));
+  });
+}
+
+TEST(HeadlessLimits, TheUserReachesOnlyWhatIsThere) {
+  int32_t told = 0;
+  const auto disables = [&](OrlWindow dialog, uint32_t message, uintptr_t wParam, intptr_t) {
+    if (message != ORL_WM_COMMAND || (wParam & 0xFFFF) != 12) return;
+    ++told;
+    sys.EnableWindow(sys.GetDlgItem(dialog, 12), 0);
+  };
+  WithDialog(disables, [&](OrlWindow dialog) {
+    sys.SendMessage(sys.GetDlgItem(dialog, 12), ORL_LB_ADDSTRING, 0, 0);
+    EXPECT_EQ(1, ORLHeadlessDoubleClickRow(dialog, 12, 0));
+    EXPECT_EQ(1, told) << "the list is disabled by the first press";
+    EXPECT_EQ(0, ORLHeadlessDoubleClickRow(dialog, 12, 0));
+    sys.CheckRadioButton(dialog, 14, 14, 14);
+    sys.CheckRadioButton(dialog, 15, 15, 15);
+    OrlHeadlessState first = {}, second = {};
+    EXPECT_EQ(2, ORLHeadlessLook(dialog, 14, &first) + ORLHeadlessLook(dialog, 15, &second));
+    EXPECT_EQ(2, first.checked + second.checked) << "options beyond the range stay";
+    look = [dialog](OrlWindow over) {
+      EXPECT_EQ(1, sys.MessageBox(dialog, "", "", ORL_MB_OK));
+      EXPECT_EQ(1, IsFocused(over, ORL_HEADLESS_SELF)) << "the box has a parent further behind";
+    };
+    EXPECT_EQ(0, OpenOver(dialog));
   });
 }
 
