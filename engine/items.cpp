@@ -147,7 +147,7 @@ int32_t KeywordResultType(EC ec, const char *name) {
 
 void ItemRename(EC ec, ItemTable *table, ExprItem *row, const char *name) {
   char fresh[sizeof row->name] = {};
-  std::memcpy(fresh, name, std::strlen(name));
+  lstrcpyA(fresh, name);
   NameIndexRename(table->index, RowOf(row)->entry, fresh);
   std::memcpy(row->name, fresh, sizeof fresh);
   RowOf(row)->entry.name = row->name;
