@@ -1,18 +1,24 @@
 """orli sql beside orli eval: the rows of two databases, the words of statements, refusals.
 
     host_sql_test.py --write    puts what the databases give into docs/sql.md
+
+Ends with status 77 when all is well but a database is not installed.
 """
 
+import atexit
 import csv
+import ctypes
 import decimal
 import io
 import os
 import pathlib
 import re
 import shutil
+import signal
 import sqlite3
 import subprocess
 import sys
+import time
 import unittest
 
 import support
@@ -21,6 +27,8 @@ PAGE = support.ROOT / "docs/sql.md"
 MARKS = ("<!-- rows of the test -->\n", "<!-- end of the rows -->\n")
 # How a database does with a formula over all rows.
 SAME, UNKNOWN, DIFFERS = "same", "not known", "differs"
+SKIPPED = 77
+LIBC, PR_SET_PDEATHSIG = ctypes.CDLL(None), 1
 
 # Name, text, and how SQLite and PostgreSQL do.
 FORMULAS = (
@@ -78,10 +86,9 @@ def table_of(types):
 class Sqlite:
     name = "SQLite"
 
-    def __init__(self, folder):
-        path = folder / "weather.db"
+    def __init__(self, case):
+        path = case.folder / "weather.db"
         self.source = f"Driver=SQLite3;Database={path}"
-        self.close = lambda: None
         with open(support.WEATHER, newline="", encoding="utf-8") as file, sqlite3.connect(path) as database:
             database.execute(table_of(("date", "real", "text")))
             database.executemany("INSERT INTO weather VALUES(?,?,?,?,?,?)", list(csv.reader(file))[1:])
@@ -92,35 +99,57 @@ class Sqlite:
 
 
 class PostgreSQL:
-    """A server of its own, in a folder of its own, by a user without rights: it refuses root."""
+    """A server of its own, in a folder of its own, by a user without rights: it refuses root. It ends
+    with the test, however that ends: a cleanup stops it, or the exit, or the system as its parent dies."""
     name = "PostgreSQL"
+    server = None
 
-    def __init__(self, folder):
-        folder = folder / "server"
+    def __init__(self, case):
+        self.folder = folder = case.folder / "server"
         folder.mkdir()
         self.user = {"user": "nobody", "extra_groups": []} if os.geteuid() == 0 else {}
         if self.user:
             shutil.chown(folder, "nobody")
             folder.parent.chmod(0o755)
-        self.data = folder / "data"
         self.source = f"Driver=PostgreSQL ANSI;Server={folder};Database=postgres;UID=orli"
-        self.call("initdb", "-D", self.data, "-U", "orli", "-A", "trust", "--no-sync", "-E", "UTF8", "--locale=C")
-        options = f"-c listen_addresses='' -c unix_socket_directories={folder} -c fsync=off"
-        self.call("pg_ctl", "-D", self.data, "-w", "-o", options, "-l", folder / "log", "start")
+        case.addCleanup(self.close)
+        atexit.register(self.close)
+        self.call("initdb", "-D", folder / "data", "-U", "orli", "-A", "trust", "--no-sync", "-E", "UTF8", "--locale=C")
+        self.server = self.start("postgres", "-D", folder / "data", "-c", "listen_addresses=", "-c", "fsync=off",
+                                 "-c", f"unix_socket_directories={folder}")
+        self.wait()
         self.call("psql", "-h", folder, "-U", "orli", "-d", "postgres", "-qc", table_of(("date", "numeric", "text")),
                   "-c", f"\\copy weather from '{support.WEATHER}' csv header")
 
     @staticmethod
     def program(name):
-        found = sorted(pathlib.Path("/usr/lib/postgresql").glob(f"*/bin/{name}"))
+        """That of the newest version."""
+        found = sorted(pathlib.Path("/usr/lib/postgresql").glob(f"*/bin/{name}"),
+                       key=lambda path: [int(number) for number in re.findall(r"\d+", path.parts[-3])])
         return str(found[-1]) if found else shutil.which(name)
 
+    def start(self, name, *arguments):
+        with open(self.folder / "log", "ab") as log:
+            return subprocess.Popen([self.program(name), *arguments], stdout=log, stderr=log, cwd=self.folder, **self.user,
+                                    preexec_fn=lambda: LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGQUIT))
+
     def call(self, name, *arguments):
-        subprocess.run([self.program(name), *arguments], check=True, stdout=subprocess.DEVNULL,
-                       cwd=self.data.parent, **self.user)
+        if self.start(name, *arguments).wait() != 0:
+            raise RuntimeError(f"{name} fails: " + (self.folder / "log").read_text(errors="replace"))
+
+    def wait(self):
+        """Until the server takes connections."""
+        end = time.monotonic() + 60
+        while self.start("pg_isready", "-q", "-h", self.folder, "-d", "postgres").wait() != 0:
+            if self.server.poll() is not None or time.monotonic() > end:
+                raise RuntimeError("postgres does not start: " + (self.folder / "log").read_text(errors="replace"))
+            time.sleep(0.1)
 
     def close(self):
-        self.call("pg_ctl", "-D", self.data, "-m", "immediate", "stop")
+        server, self.server = self.server, None
+        if server is not None:
+            server.send_signal(signal.SIGQUIT)
+            server.wait()
 
     @classmethod
     def missing(cls):
@@ -158,9 +187,7 @@ class Databases(support.FolderCase):
     def database(self, kind):
         if kind.missing():
             self.skipTest(kind.missing())
-        database = kind(self.folder)
-        self.addCleanup(database.close)
-        return database
+        return kind(self)
 
     def ask(self, database, *arguments):
         return support.run("sql", self.store, support.WEATHER, *arguments, "--dsn", database.source, "--format", "csv")
@@ -289,7 +316,14 @@ def load_tests(loader, _tests, _pattern):
     return unittest.TestSuite([Writer()]) if WRITE else loader.loadTestsFromTestCase(Databases)
 
 
+def main():
+    # Ends like Ctrl-C, with what is registered for the exit.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    result = unittest.main(argv=[sys.argv[0], "-v"] if len(sys.argv) == 1 else sys.argv, exit=False).result
+    sys.exit(1 if not result.wasSuccessful() else SKIPPED if result.skipped else 0)
+
+
 if __name__ == "__main__":
     WRITE = "--write" in sys.argv
     sys.argv = [word for word in sys.argv if word != "--write"]
-    support.main()
+    main()
