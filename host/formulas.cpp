@@ -131,7 +131,8 @@ bool TryDefine(Definition &definition, size_t place) {
   ++pending.tries;
   pending.passedOver = false;
   pending.awaited = UndefinedOf(definition, UnknownCall(formula));
-  pending.behind = static_cast<size_t>(formula.problem.offset + formula.problem.length);
+  pending.behind = static_cast<size_t>(formula.problem.offset);
+  pending.behind += static_cast<size_t>(formula.problem.length);
   return pending.awaited != kNobody;
 }
 

@@ -270,7 +270,11 @@ sold                 total  note
             "2024-01-31", "2024-01-31 00:00:00.000001"])
 
     def test_wrong_formulas(self):
+        # Calls many formulas behind it, and names one in a text that calls it in turn.
+        many = " + ".join(f"f{i}()" for i in range(40)) + " + StrLength('z()') + q"
         rows = (
+            ([f"a={many}", *(f"f{i}=1" for i in range(40)), "z=a()"],
+             f"orli: formula a: ERR_VAR: Unknown input item.\n  {many}\n  {'^':>{len(many)}}\n"),
             (["a=amount +"], "orli: formula a: ERR_SYNTAX: Incomplete or invalid formula\n"
                              "  amount +\n          ^\n"),
             (["a=amount", "a=tax"], "orli: two formulas have the name a\n"),
