@@ -7,6 +7,7 @@
 #include <new>
 #include <string_view>
 
+#include "host/commands.h"
 #include "host/display.h"
 
 namespace {
@@ -138,9 +139,22 @@ bool Load(const std::string &bytes, int32_t formulas, Store &store) {
                           formulas, nullptr) == 1;
 }
 
+/* Gives these formulas texts that use nothing, so that others use nothing through them. */
+void Forget(const Store &store, const std::set<std::string> &names) {
+  constexpr std::array<const char *, 3> kTextOfType = {"0", "StrToDate('')", "''"};
+  for (const Formula &formula : store.formulas) {
+    if (names.count(formula.name) != 0) {
+      uint16_t type = 0;
+      ORLParseFormula(store.ec.get(), formula.exp,
+                      kTextOfType.at(static_cast<size_t>(formula.type)), formula.name.c_str(),
+                      nullptr, &type);
+    }
+  }
+}
+
 }  // namespace
 
-bool StoreRead(const std::string &bytes, Store &store, std::string &problem) {
+bool StoreRead(const std::string &bytes, Store &store, std::string &problem, size_t *wrong) {
   store.columns.clear();
   store.formulas.clear();
   problem = TakeApart(bytes, store);
@@ -150,7 +164,7 @@ bool StoreRead(const std::string &bytes, Store &store, std::string &problem) {
   /* The formulas are tried first, since a load does not tell which of them failed. */
   std::vector<Formula> tried = store.formulas;
   bool good = Load(bytes, 0, store);
-  if (good && !FormulasDefine(store.ec.get(), tried, problem)) {
+  if (good && !FormulasDefine(store.ec.get(), tried, problem, wrong)) {
     return false;
   }
   /* What is not as orli writes it would be lost when the store is next written. */
@@ -178,6 +192,21 @@ bool StoreOpen(const std::string &path, StoreAccess access, StoreFile &file, Sto
     return false;
   }
   return true;
+}
+
+int WithStore(const std::string &path, StoreAccess access,
+              const std::function<int(const Store &store, const StoreFile &file)> &command) {
+  StoreFile file;
+  Store store;
+  std::string error;
+  const bool good = StoreOpen(path, access, file, store, error);
+  const int status = good ? command(store, file) : Complain(error, EXIT_WRONG);
+  StoreFileClose(file);
+  return status;
+}
+
+int Refuse(const StoreFile &file, const std::string &what) {
+  return Complain(file.path + ": " + what, EXIT_WRONG);
 }
 
 std::string StoredForm(EC ec, bool formulas) {
@@ -261,14 +290,14 @@ std::string NameList(const std::vector<std::string> &names) {
 
 std::string StoreMisfits(const Store &store, const StoreFile &file, const Session &session,
                          const std::set<std::string> &renewed, bool missing) {
+  Forget(store, renewed);
   std::string misfits;
   for (const Column &column : store.columns) {
     const Column *present = SessionColumn(session, column.name);
     if (present == nullptr ? !missing : present->type == column.type) {
       continue;
     }
-    std::vector<std::string> users = StoreUsers(store, ORL_INPUT, column.name);
-    std::erase_if(users, [&renewed](const std::string &name) { return renewed.count(name) != 0; });
+    const std::vector<std::string> users = StoreUsers(store, ORL_INPUT, column.name);
     if (users.empty()) {
       continue;
     }

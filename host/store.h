@@ -5,6 +5,7 @@
 
 #include <orli11.h>
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -23,13 +24,23 @@ struct Store {
 };
 
 /* Reads a stored context and checks all of it; false with what is wrong. Nothing that is damaged,
- * foreign or no longer parses is accepted, so that writing a store never loses what was in it. */
-bool StoreRead(const std::string &bytes, Store &store, std::string &problem);
+ * foreign or no longer parses is accepted, so that writing a store never loses what was in it.
+ * `wrong`, when given, receives the index of a formula that does not parse. */
+bool StoreRead(const std::string &bytes, Store &store, std::string &problem,
+               size_t *wrong = nullptr);
 
 /* Opens the file at `path` and reads it; one that may be missing gives an empty store. False with a
  * message. StoreFileClose in any case. */
 bool StoreOpen(const std::string &path, StoreAccess access, StoreFile &file, Store &store,
                std::string &error);
+
+/* Runs a command over a store that is there; locked as long as it runs when it may change it. The
+ * exit status. */
+int WithStore(const std::string &path, StoreAccess access,
+              const std::function<int(const Store &store, const StoreFile &file)> &command);
+
+/* Tells what is wrong with a store or with what is asked of it. The exit status. */
+int Refuse(const StoreFile &file, const std::string &what);
 
 /* The stored form of a context, with its formulas or without. */
 std::string StoredForm(EC ec, bool formulas);
@@ -45,8 +56,8 @@ const Column *StoreColumn(const Store &store, const std::string &name);
 const Formula *StoreFormula(const Store &store, const std::string &name);
 
 /* What formulas of the store ask of columns and the session does not have, a line each: columns
- * of another type and, with `missing`, those that are missing. Formulas named in `renewed` do not
- * count. Empty when the formulas fit. */
+ * of another type and, with `missing`, those that are missing. What formulas named in `renewed` ask
+ * does not count; they compute nothing from here on. Empty when the formulas fit. */
 std::string StoreMisfits(const Store &store, const StoreFile &file, const Session &session,
                          const std::set<std::string> &renewed, bool missing);
 

@@ -1,4 +1,4 @@
-/* The commands that keep formulas in a file: define, list, show, delete, rename, uses. */
+/* The commands that keep formulas in a file: define, list, show, delete, uses. */
 #include <climits>
 #include <cstdio>
 #include <map>
@@ -9,24 +9,8 @@
 
 namespace {
 
-int Refuse(const StoreFile &file, const std::string &what) {
-  return Complain(file.path + ": " + what, EXIT_WRONG);
-}
-
 int NoFormula(const StoreFile &file, const std::string &name) {
   return Refuse(file, "has no formula " + DisplayName(name));
-}
-
-/* Runs a command over a store that is there; locked as long as it runs when it may change it. */
-template <typename Command>
-int WithStore(const std::string &path, StoreAccess access, Command command) {
-  StoreFile file;
-  Store store;
-  std::string error;
-  const bool good = StoreOpen(path, access, file, store, error);
-  const int status = good ? command(store, file) : Complain(error, EXIT_WRONG);
-  StoreFileClose(file);
-  return status;
 }
 
 int Save(const StoreFile &file, const std::string &bytes) {
@@ -72,14 +56,6 @@ int Define(const std::vector<Formula> &wanted, Session &session, const Store &st
     return Refuse(file, "a store has at most 32767 formulas and columns each");
   }
   return Save(file, StoredForm(session.ec, merged));
-}
-
-/* The text as the engine has it now. */
-std::string PresentText(EC ec, HEXP exp) {
-  std::string text(static_cast<size_t>(ORLGetExpressionTextLength(ec, exp)) + 1, '\0');
-  ORLGetExpressionText(ec, exp, static_cast<int32_t>(text.size()), text.data());
-  text.pop_back();
-  return text;
 }
 
 }  // namespace
@@ -138,34 +114,6 @@ int RunDelete(const std::string &store, const std::string &name) {
                     "formula " + DisplayName(formula->name) + " is used by " + NameList(users));
     }
     return Save(file, StoredForm(opened.ec.get(), true));
-  });
-}
-
-int RunRename(const std::string &store, const std::string &from, const std::string &to) {
-  return WithStore(store, STORE_CHANGE, [&](const Store &opened, const StoreFile &file) {
-    EC ec = opened.ec.get();
-    const Column *column = StoreColumn(opened, from);
-    if (column == nullptr) {
-      return Refuse(file, "has no column " + DisplayName(from));
-    }
-    Column renamed;
-    renamed.header = FormulaOf(to, "").title;
-    const std::string problem = ColumnName(ec, renamed);
-    if (!problem.empty()) {
-      return Refuse(file, "the new column " + problem);
-    }
-    if (StoreColumn(opened, renamed.name) != nullptr) {
-      return Refuse(file, "has a column " + DisplayName(renamed.name) + " already");
-    }
-    ORLRenameExpressionItem(ec, ORL_INPUT, column->name.c_str(), renamed.name.c_str());
-    const int status = Save(file, StoredForm(ec, true));
-    for (const Formula &formula : opened.formulas) {
-      const std::string text = PresentText(ec, formula.exp);
-      if (status == EXIT_GOOD && text != formula.text) {
-        std::printf("%s=%s\n", formula.name.c_str(), text.c_str());
-      }
-    }
-    return status;
   });
 }
 

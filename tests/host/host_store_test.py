@@ -110,11 +110,33 @@ late   range    Date    sold AND sold + 7 DAYS
                 ("amount", "", "the new column has no name in the header"),
                 ("amount", "n" * 65, "the new column has a name of 65 bytes; names have at most 64")):
             self.refused(f"{self.store}: {words}", "rename", self.store, old, new)
-        # Not found as a word of its own: the quote opens a run that is never closed.
-        self.define("x='\"' || NumberToStr(tax, 0)")
-        self.refused(f"{self.store}: not written, since it could not be read again: formula x: "
-                     "ERR_VAR: Unknown input item.\n  '\"' || NumberToStr(tax, 0)\n"
-                     "                     ^^^", "rename", self.store, "tax", "vat")
+
+    def test_a_rename_changes_nothing_but_the_column(self):
+        rows = (  # the columns, the formulas, OLD, NEW, the formula that cannot follow
+            ("a,A", ["s=a + A"], "a", "b", "s"),
+            ("a,A", ["t=a", "s=A", "u=s() + a"], "a", "b", "s"),
+            ("a", ["z=5", "a=a*3", "k=a() + a"], "a", "z", "k"),
+            ("a", ["A=a*3", "k=A() * 2"], "a", "z", "k"),
+            ("a", ["s='\"' || NumberToStr(a, 0)"], "a", "b", "s"),  # the quote opens a name for good
+            ("a", ["r=1", "s=r() *\na + a"], "a", "b", "s"),
+            ('"""q"" a x","""q"" b x",a', ['s=`"q" a x`'], "a", "b", "s"),
+            ("Jan", ["s=DateYear(1 Jan 2020)"], "Jan", "b", "s"),
+            ("Jan,b", ["s=5-Jan-99"], "Jan", "c", "s"), ("a", ["s=5-a-99"], "a", "Jan", "s"),
+            ("a,z", ["s='an a . ' || 'z'"], "a", "it' || NumberToStr(z,0) || '", "s"))
+        for columns, formulas, old, new, wrong in rows:
+            self.store.unlink(missing_ok=True)
+            data = self.file(columns + "\n" + ",".join("1" for _ in columns.split(",")) + "\n",
+                             "other.csv")
+            self.good("define", self.store, data, *formulas)
+            text = "".join(formula[2:] for formula in formulas if formula[0] == wrong)
+            self.refused(f"{self.store}: rename cannot follow in formula {wrong}; define it anew\n  " +
+                         text.replace("\n", "\n  "), "rename", self.store, old, new)
+        self.store.unlink()
+        self.define("a=StrLeft(place, 1) || ' _0 a'", "x=place || A()", "A='_1'")
+        for old, new, name in (("place", "it's", '"it\'s"'), ("it's", "_0x", "_0x"),
+                               ("_0x", "a'b", '"a\'b"')):
+            self.assertEqual(self.good("rename", self.store, old, new).splitlines(),
+                             [f"a=StrLeft({name}, 1) || ' _0 a'", f"x={name} || A()"])
 
     def test_columns_that_differ(self):
         self.define("net=gross() - tax", "gross=amount * 2")
@@ -132,6 +154,10 @@ late   range    Date    sold AND sold + 7 DAYS
         # So do those that used the column through one that is changed.
         self.good("define", self.store, other, "net=gross()", "gross=vat")
         self.good("define", self.store, self.data, "gross=tax")
+        self.define("net=amount + tax", "gross=net() * 2")
+        self.good("define", self.store, other, "net=vat")
+        self.refused(f"{self.store}: column vat is not in {self.data}; it is needed by net, gross",
+                     "define", self.store, self.data, "x=amount")
 
     def test_wrong_definitions_change_nothing(self):
         self.define("net=gross() - tax", "gross=amount * 2")
