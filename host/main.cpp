@@ -251,6 +251,11 @@ void AddRename(CLI::App &app, CommandLine &line, int &status) {
       [&line, &status] { status = RunRename(line.store, line.name, line.newName); });
 }
 
+/* What is wrong with an option's value, for the parser. */
+std::string NotEmpty(const std::string &value) {
+  return value.empty() ? "the value is empty" : "";
+}
+
 void AddSql(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *sql = app.add_subcommand("sql", "Let a database compute stored formulas");
   AddArgument(sql, "STORE", line.store, "The file of formulas");
@@ -261,11 +266,13 @@ void AddSql(CLI::App &app, CommandLine &line, int &status) {
       ->type_name("TEXT=NAME")
       ->allow_extra_args(false);
   sql->add_option("--table", line.sql.table, "The table; named like the file if not told")
-      ->type_name("TABLE");
+      ->type_name("TABLE")
+      ->check(NotEmpty);
   CLI::Option *source =
       sql->add_option("--dsn", line.sql.source,
-                      "Run the statement there and write the rows: a\ndata source of ODBC");
-  source->type_name("DSN");
+                      "Run the statement there and write the rows: a\ndata source of ODBC or a "
+                      "connection string");
+  source->type_name("DSN")->check(NotEmpty);
   AddFormat(sql, line);
   sql->get_option("--format")->needs(source);
   sql->final_callback([&line, &status] {

@@ -134,11 +134,14 @@ std::string Refusal(const Plan &plan, size_t place) {
          ErrorWithPlace(formula->text, formula->problem);
 }
 
-/* An empty field counts in a formula, where a database has NULL. */
-void WarnOfEmptyFields(const Plan &plan, const Formula &formula, const Table &table) {
+/* An empty field counts in a formula, where a database has NULL. A column that is shown as it is
+ * has an empty cell either way; a condition compares it. */
+void WarnOfEmptyFields(const Plan &plan, const Formula &formula, const Table &table, bool shown) {
+  if (shown && ORLIsExpressionSimpleInput(plan.ec.get(), formula.exp) != 0) {
+    return;
+  }
   for (const Column &column : table.columns) {
     if (column.filled != table.rows &&
-        ORLIsExpressionSimpleInput(plan.ec.get(), formula.exp) == 0 &&
         ORLIsItemUsed(plan.ec.get(), formula.exp, ORL_INPUT, column.name.c_str()) == 1) {
       Complain("formula " + DisplayName(formula.title) + " computes with the empty fields of " +
                    DisplayName(column.name) + ", where a database gives NULL",
@@ -147,7 +150,7 @@ void WarnOfEmptyFields(const Plan &plan, const Formula &formula, const Table &ta
   }
 }
 
-bool AppendSql(const Plan &plan, size_t place, const Table &table, std::string &sql,
+bool AppendSql(const Plan &plan, size_t place, const Table &table, bool shown, std::string &sql,
                std::string &error) {
   constexpr int32_t kLongest = 1 << 28;
   const Formula &formula = plan.formulas[place];
@@ -164,7 +167,7 @@ bool AppendSql(const Plan &plan, size_t place, const Table &table, std::string &
     error = "formula " + DisplayName(formula.title) + " " + problem;
     return false;
   }
-  WarnOfEmptyFields(plan, formula, table);
+  WarnOfEmptyFields(plan, formula, table, shown);
   return true;
 }
 
@@ -175,7 +178,8 @@ std::string TableName(const SqlOptions &options) {
   std::string name;
   for (size_t from = 0, dot = 0; dot != std::string::npos; from = dot + 1) {
     dot = options.table.find('.', from);
-    name += (from == 0 ? "" : ".") + SqlName(options.table.substr(from, dot - from));
+    name += from == 0 ? "" : ".";
+    name += SqlName(options.table.substr(from, dot - from));
   }
   return name;
 }
@@ -186,7 +190,7 @@ bool Compose(const SqlOptions &options, const Table &table, const Plan &plan, Sq
   for (const size_t i : plan.shown) {
     const Formula &formula = plan.formulas[i];
     sql += query.titles.empty() ? "SELECT " : ", ";
-    if (!AppendSql(plan, i, table, sql, error)) {
+    if (!AppendSql(plan, i, table, true, sql, error)) {
       return false;
     }
     sql += " AS " + SqlName(formula.title);
@@ -198,11 +202,11 @@ bool Compose(const SqlOptions &options, const Table &table, const Plan &plan, Sq
     const auto &[tested, bounds] = plan.conditions[i];
     const bool set = ORLIsExpRange(plan.ec.get(), plan.formulas[bounds].exp, 1) == 1;
     sql += i == 0 ? " WHERE (" : " AND (";
-    if (!AppendSql(plan, tested, table, sql, error)) {
+    if (!AppendSql(plan, tested, table, false, sql, error)) {
       return false;
     }
     sql += set ? ") IN (" : ") BETWEEN ";
-    if (!AppendSql(plan, bounds, table, sql, error)) {
+    if (!AppendSql(plan, bounds, table, false, sql, error)) {
       return false;
     }
     sql += set ? ")" : "";
