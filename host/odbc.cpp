@@ -3,6 +3,8 @@
 #include <sqlext.h>
 
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <memory>
 
 #include "host/display.h"
@@ -86,13 +88,27 @@ bool GetCell(SQLHANDLE statement, size_t column, std::string &cell, std::string 
   }
 }
 
-/* Numbers and dates in the form that formulas have; what is none stays as it came. */
+/* Whether two texts are the same number in the digits of a double: the least numbers of databases
+ * are too small for those of formulas, which then have fewer digits or none. */
+bool SameNumber(const std::string &one, const std::string &other) {
+  constexpr double kPrecision = 1e-13;
+  double first = 0;
+  double second = 0;
+  const auto read = [](const std::string &text, double &number) {
+    return std::from_chars(text.data(), text.data() + text.size(), number).ec == std::errc{};
+  };
+  return read(one, first) && read(other, second) &&
+         std::abs(first - second) <= std::abs(first) * kPrecision;
+}
+
+/* Numbers and dates in the form that formulas have; what has none stays as it came. */
 void Normalize(int32_t type, std::string &cell) {
   NumberValue value = {};
   const bool known = type == ORL_TYPE_NUMBER ? NumberFromField(cell.c_str(), &value)
                                              : DateFromField(cell.c_str(), &value);
   std::string text;
-  if (known && CellFromValue(type, &value, text)) {
+  if (known && CellFromValue(type, &value, text) &&
+      (type != ORL_TYPE_NUMBER || SameNumber(cell, text))) {
     cell = text;
   }
 }
