@@ -73,21 +73,23 @@ void TakeNumber(std::string_view &text, std::string &sql) {
   Take(text, length, sql);
 }
 
-/* A text constant, or the date of an escape, whose fraction of a second may be none. */
+/* A text constant, or the date of an escape, whose fraction of a second has zeros at its end. */
 bool TakeConstant(std::string_view &text, std::string &sql, std::string &problem) {
-  constexpr std::string_view kNoFraction = ".000000";
   size_t end = 1;
   while (end + 1 < text.size() && (text[end] != '\'' || text[end + 1] == '\'')) {
     end += text[end] == '\'' ? 2 : 1;
   }
   std::string_view constant = text.substr(0, end);
   if (constant.find("\\'") != kNone || constant.back() == '\\') {
-    problem = "has a backslash in front of a quote; for a database a quote in a text is written ''";
+    problem =
+        "has a text with a backslash in front of a quote or at its end, where SQL may end the text "
+        "elsewhere; write a quote as '' and a last backslash as SUBSTRING('\\ ', 1, 1)";
     return false;
   }
   text.remove_prefix(end);
-  if (sql.ends_with("{ts ") && constant.ends_with(kNoFraction)) {
-    constant.remove_suffix(kNoFraction.size());
+  if (sql.ends_with("{ts ") && constant.find('.') != kNone) {
+    constant = constant.substr(0, constant.find_last_not_of('0') + 1);
+    constant.remove_suffix(constant.back() == '.' ? 1 : 0);
   }
   sql += constant;
   Take(text, 1, sql);
