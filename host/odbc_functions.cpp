@@ -23,12 +23,23 @@ NumberValue NumberAt(void **args, size_t place) {
   return value;
 }
 
-/* SUBSTRING counts from 1. */
+/* SUBSTRING counts from 1. Places in front of the first character count without giving one, so that
+ * SUBSTRING(s, 0, 3) is the first two. */
 int32_t Substring(EC ec, HEXP exp, int32_t size, void **result, const char *name, void **args) {
   const NumberValue one = NumberOf(1);
+  const NumberValue zero = NumberOf(0);
   NumberValue start = NumberAt(args, 1);
+  NumberValue count = NumberAt(args, 2);
+  if (WRENNumIsNull(&start) != 0) {
+    start = zero;
+  }
+  WRENNumTruncate(&start, kAllDigits, 0);
   WRENNumSub(&start, &start, &one);
-  std::array<void *, 3> moved = {args[0], &start, args[2]};
+  if (WRENNumCompare(&start, &zero) < 0) {
+    WRENNumAdd(&count, &count, &start);
+    start = zero;
+  }
+  std::array<void *, 3> moved = {args[0], &start, &count};
   return FUNStrMid(ec, exp, size, result, name, moved.data());
 }
 

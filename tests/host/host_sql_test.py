@@ -50,6 +50,9 @@ FORMULAS = (
     ("cut", "TRUNCATE(temp_min / 3, 1)", UNKNOWN, SAME),
     ("length", "LENGTH(weather) + LENGTH(LTRIM('  ab '))", SAME, SAME),
     ("characters", "CHAR_LENGTH(weather)", UNKNOWN, SAME),
+    ("ahead", "SUBSTRING(weather, 0, 3) || SUBSTRING(weather, 2, 0)", SAME, SAME),
+    ("before", "SUBSTRING(weather, -1, 3)", DIFFERS, SAME),
+    ("folder", "'C:' || SUBSTRING('\\ ', 1, 1)", SAME, SAME),
     ("middle", "SUBSTRING(weather, 2, 2) || RTRIM(' x  ')", SAME, SAME),
     ("title", "UCASE(LEFT(weather, 1)) || LCASE(SUBSTRING(weather, 2, 99))", UNKNOWN, SAME),
     ("place", "LOCATE('n', weather)", UNKNOWN, SAME),
@@ -89,9 +92,15 @@ class Sqlite:
     def __init__(self, case):
         path = case.folder / "weather.db"
         self.source = f"Driver=SQLite3;Database={path}"
+        self.path = path
         with open(support.WEATHER, newline="", encoding="utf-8") as file, sqlite3.connect(path) as database:
             database.execute(table_of(("date", "real", "text")))
             database.executemany("INSERT INTO weather VALUES(?,?,?,?,?,?)", list(csv.reader(file))[1:])
+
+    def execute(self, *statements):
+        with sqlite3.connect(self.path) as database:
+            for statement in statements:
+                database.execute(statement)
 
     @staticmethod
     def missing():
@@ -118,8 +127,11 @@ class PostgreSQL:
         self.server = self.start("postgres", "-D", folder / "data", "-c", "listen_addresses=", "-c", "fsync=off",
                                  "-c", f"unix_socket_directories={folder}")
         self.wait()
-        self.call("psql", "-h", folder, "-U", "orli", "-d", "postgres", "-qc", table_of(("date", "numeric", "text")),
-                  "-c", f"\\copy weather from '{support.WEATHER}' csv header")
+        self.execute(table_of(("date", "numeric", "text")), f"\\copy weather from '{support.WEATHER}' csv header")
+
+    def execute(self, *statements):
+        commands = [word for statement in statements for word in ("-c", statement)]
+        self.call("psql", "-h", self.folder, "-U", "orli", "-d", "postgres", "-q", *commands)
 
     @staticmethod
     def program(name):
@@ -217,6 +229,7 @@ class Databases(support.FolderCase):
                              [in_table(text), f"`{self.rows[1][name]}` ", shown + " "])
         self.check_conditions(database)
         self.check_texts(database)
+        self.check_numbers(database)
 
     def check_conditions(self, database):
         with open(support.WEATHER, newline="", encoding="utf-8") as file:
@@ -241,6 +254,19 @@ class Databases(support.FolderCase):
         self.assertRegex(errors.decode(), r"^orli: SQLSTATE .*DROP TABLE.*\n$")
         self.assertEqual(self.ask(database, "mean")[0], 0)
 
+    def check_numbers(self, database):
+        """Numbers that formulas cannot hold, an empty field, and rows up to the one that fails."""
+        least, kind = ("0." + "0" * 299 + "1", "numeric") if database.name == "PostgreSQL" else ("1.0e-300", "real")
+        database.execute(f"CREATE TABLE least(wind {kind}, temp_max {kind})", f"INSERT INTO least VALUES({least}, NULL)")
+        self.define(support.WEATHER, "plain=wind", "nil=FLOOR(temp_max)", "fails=1 / (temp_max - 5)")
+        self.assertEqual(rows_of(self.ask(database, "plain", "nil", "--table", "least")[1]), [{"plain": least, "nil": ""}])
+        if database.name == "PostgreSQL":
+            database.source += ";UseDeclareFetch=1;Fetch=10"
+            status, output, errors = self.ask(database, "fails")
+            self.assertEqual(status, 1)
+            self.assertRegex(errors.decode(), r"^orli: SQLSTATE .*division by zero.*\n$")
+            self.assertTrue(0 < len(rows_of(output)) < len(self.rows))
+
     def test_sqlite_gives_the_rows_of_eval(self):
         self.check(Sqlite)
 
@@ -248,7 +274,8 @@ class Databases(support.FolderCase):
         self.check(PostgreSQL)
 
     def test_statements(self):
-        data = self.file('a,wind speed,"b""c",Order,x.y,fn,Day,s,-- e\n1,2,3,4,5,6,7,x,\n1,2,3,4,5,6,7,x,8\n', "odd.csv")
+        data = self.file('a,wind speed,"b""c",Order,x.y,fn,Day,s,-- e,E,ABS\n1,2,3,4,5,6,7,x,,9,9\n1,2,3,4,5,6,7,x,8,9,9\n',
+                         "odd.csv")
         self.store = self.folder / "odd.store"
         rows = (
             ('a + "wind speed" + `b"c` / x.y + fn * "Day"-Order',
@@ -257,7 +284,8 @@ class Databases(support.FolderCase):
             ("1.5E-3 -1.5E+3--.5", "1.5E-3 -1.5E+3- -.5"),
             ("ABS ( (a)\n/ 3 )", ' {fn ABS ( (t."a")\n* 1.0 / 3 ) } '),
             ("Text() || LTRIM(s)", "('x''' ||  {fn UCASE('y') } ) ||  {fn LTRIM(t.\"s\") } "),
-            ("2012-01-31 21:30", "{ts '2012-01-31 21:30:00'}"), ("12/31/2012", "{d '2012-12-31'}"),
+            ("1.5E+2 + E-1.5 / E", '1.5E+2 + t."E"-1.5 * 1.0 / t."E"'), ("ABS+ABS(ABS)", 't."ABS"+ {fn ABS(t."ABS") } '),
+            ("2012-01-31 21:30:00.050", "{ts '2012-01-31 21:30:00.05'}"), ("2012-01-31 21:30", "{ts '2012-01-31 21:30:00'}"), ("12/31/2012", "{d '2012-12-31'}"),
         )
         self.define(data, "Text='x''' || UCASE('y')", *[f"n{i}={text}" for i, (text, _) in enumerate(rows)])
         for i, (text, expected) in enumerate(rows):
@@ -265,19 +293,22 @@ class Databases(support.FolderCase):
             expected = f'SELECT {expected} AS "n{i}" FROM "main"."a""b" AS t\n'
             self.assertEqual(result, (0, expected.encode(), b""), text)
         self.define(data, "low=0 AND 9", "few='x', Text()", 'empty="-- e" + 1')
-        status, output, errors = support.run("sql", self.store, data, "empty", "n1", "--where", "a * 2=low", "--where", "s=few")
+        status, output, errors = support.run("sql", self.store, data, "empty", "n1", "--where", "a * 2=low", "--where", '"-- e"=low',
+                                            "--where", "s=few")
         self.assertEqual((status, output.decode().partition(" FROM ")[2]),
                          (0, '"odd" AS t WHERE (t."a" * 2) BETWEEN 0 AND 9'
-                          " AND (t.\"s\") IN ('x', ('x''' ||  {fn UCASE('y') } ))\n"))
-        self.assertIn(b'orli: formula empty computes with the empty fields of "-- e"', errors)
+                          " AND (t.\"-- e\") BETWEEN 0 AND 9 AND (t.\"s\") IN ('x', ('x''' ||  {fn UCASE('y') } ))\n"))
+        for name in (b"empty", b"--where 2"):
+            self.assertIn(b'orli: formula %s computes with the empty fields of "-- e"' % name, errors)
 
     def test_refusals(self):
         self.define(support.WEATHER, "padded=StrPad(weather, 9)", "user='x' || padded()", "next=date + 7 DAYS", "noon=12:30",
-                    "quote='it\\'s'", "d0=mean()", *[f"d{i}=d{i - 1}() + d{i - 1}()" for i in range(1, 20)])
+                    "quote='it\\'s'", "end='C:\\'", "d0=mean()", *[f"d{i}=d{i - 1}() + d{i - 1}()" for i in range(1, 20)])
         rows = (
             (["padded"], "formula padded uses StrPad, which has no counterpart in databases"),
             (["mean", "user"], "formula padded uses StrPad"), (["next"], "not for a database: formula next: ERR_OPERATORDATE"),
-            (["noon"], "formula noon has a time without a day"), (["quote"], "formula quote has a backslash"),
+            (["noon"], "formula noon has a time without a day"), (["quote"], "formula quote has a text with a backslash"),
+            (["end"], "formula end has a text with a backslash"),
             (["mild"], "mild is a range and has no value"), (["nope"], "the store has no formula nope"),
             (["d19"], "formula d19 is too long"), (["mean", "--where", "mean()"], "a condition is given as TEXT=NAME"),
             (["mean", "--where", "wind=mean"], "mean is a formula;"),
@@ -290,7 +321,7 @@ class Databases(support.FolderCase):
             status, output, errors = support.run("sql", self.store, support.WEATHER, *arguments)
             self.assertEqual((status, output), (1, b""), arguments)
             self.assertTrue(errors.decode().startswith("orli: " + expected), errors)
-        for arguments in ([], ["mean", "--format", "csv"]):
+        for arguments in ([], ["mean", "--format", "csv"], ["mean", "--dsn", ""], ["mean", "--table", ""]):
             self.assertEqual(support.run("sql", self.store, support.WEATHER, *arguments)[0], 2)
         self.assertEqual(support.run("sql", self.store, "-", "mean", stdin=support.WEATHER.read_bytes())[0], 2)
 
