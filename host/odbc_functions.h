@@ -5,7 +5,7 @@
 #include <orli11.h>
 
 /* Declares the functions in a context; false without memory. Extended text marks their calls as
- * scalar functions of ODBC; computed here they give what a database gives. */
+ * scalar functions of ODBC; computed here they give what most databases give. */
 bool OdbcFunctionsDeclare(EC ec);
 
 #endif
