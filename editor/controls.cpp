@@ -63,7 +63,9 @@ intptr_t StatusSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_
     case ORL_WM_SETFOCUS: {
       OrlWindow dialog = Windows()->GetParent(window);
       OrlWindow before = reinterpret_cast<OrlWindow>(wParam);
-      const bool isSibling = before != nullptr && Windows()->GetParent(before) == dialog;
+      // A modeless dialog of the editor has it as its parent too, but is no control of it.
+      const bool isSibling =
+          before != nullptr && ItemOf(dialog, Windows()->GetDlgCtrlID(before)) == before;
       Windows()->SetFocus(isSibling ? before : ItemOf(dialog, kEditText));
       return 0;
     }

@@ -79,9 +79,10 @@ constexpr int32_t kLabelSize = 129;  // "Expression" and its kin, at most 128 ch
 struct EditorState {
   BuildRecord *record;
   EC ec;
-  HEXP currentExp;      // shown in the two edits; null for a new text
-  int32_t editorMode;   // EditorMode
-  char valuesItem[65];  // the data item whose values are to open at start, or empty
+  HEXP currentExp;         // shown in the two edits; null for a new text
+  uint64_t currentSerial;  // of that expression
+  int32_t editorMode;      // EditorMode
+  char valuesItem[65];     // the data item whose values are to open at start, or empty
   char expressionWord[kLabelSize];
   char expressionTail[kLabelSize + 8];  // [,Expression...]
   char anyTail[kLabelSize + 8];         // [,Any...]
@@ -104,6 +105,8 @@ bool EditorRuns();
 // True with a list values routine and outside recovery: modes, row bitmaps and values are there.
 bool EditorHasModes();
 
+// Takes an expression, or null, for the one that is shown.
+void OrlSetCurrentExpression(HEXP exp);
 // `currentExp`, or null, also in the state, when the host has destroyed that expression meanwhile.
 HEXP OrlCurrentExpression();
 

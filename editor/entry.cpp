@@ -4,6 +4,7 @@
 
 #include "editor/editor.h"
 #include "engine/context.h"
+#include "engine/expressions.h"
 #include "engine/host_call.h"
 #include "engine/module.h"
 #include "persistence/recovery.h"
@@ -43,9 +44,14 @@ bool EditorHasModes() {
   return ec != nullptr && ec->listValuesProc != nullptr && !CurrentRecovery().active;
 }
 
+void OrlSetCurrentExpression(HEXP exp) {
+  CurrentEditor().currentExp = exp;
+  CurrentEditor().currentSerial = RefTo(exp).serial;
+}
+
 HEXP OrlCurrentExpression() {
   EditorState &editor = CurrentEditor();
-  if (ORLGetExpressionOrdinal(editor.ec, editor.currentExp) < 0) {
+  if (!IsStored(editor.ec, {editor.currentExp, editor.currentSerial})) {
     editor.currentExp = nullptr;
   }
   return editor.currentExp;
@@ -72,7 +78,7 @@ HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t text
   editor = EditorState{};
   editor.record = &record;
   editor.ec = ec;
-  editor.currentExp = exp;
+  OrlSetCurrentExpression(exp);
   editor.editorMode = ModeOfType(type);
   const size_t itemLength = itemName == nullptr ? 0 : strnlen(itemName, sizeof editor.valuesItem);
   if (itemLength < sizeof editor.valuesItem) {  // longer than any item's name: no item is meant

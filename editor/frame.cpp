@@ -141,7 +141,7 @@ void Begin(OrlWindow dialog, const void *record) {
 
 void Measure(OrlMeasureItem *item) {
   const OrlTextMetrics &metrics = CurrentEditor().metrics;
-  if (item->control == kListFormulas) {
+  if (item != nullptr && item->control == kListFormulas) {
     item->height = metrics.height + metrics.externalLeading;
   }
 }

@@ -30,6 +30,9 @@ void DrawRow(const OrlDrawItem *draw, const OrlRect *textRect) {
 }  // namespace
 
 void OrlDrawFormulaRow(const OrlDrawItem *draw) {
+  if (draw == nullptr) {
+    return;
+  }
   const EditorState &editor = CurrentEditor();
   const bool entire = (draw->action & ORL_DRAW_ENTIRE) != 0;
   const bool asksSelection = (draw->action & ORL_DRAW_SELECT) != 0;

@@ -28,6 +28,7 @@ HEXP ExpressionOfRow(OrlWindow list, int32_t row) {
 // change the context.
 bool DeletionIsWanted(OrlWindow dialog, HEXP exp) {
   const EditorState &editor = CurrentEditor();
+  const ExpressionRef asked = RefTo(exp);
   const int32_t kind = KindOfExpression(exp);
   const EditorText caption = LoadText(kModeTexts[kind].deleteCaption);
   const int32_t permitted =
@@ -36,13 +37,14 @@ bool DeletionIsWanted(OrlWindow dialog, HEXP exp) {
     Windows()->MessageBox(dialog, LoadText(kDeniedMessage).text, caption.text, ORL_MB_OK);
     return false;
   }
-  if (ORLGetExpressionOrdinal(editor.ec, exp) < 0) {
+  if (!IsStored(editor.ec, asked)) {
     return false;  // the host has done it itself
   }
   EditorText question = LoadText(kDeleteQuestion);
   AppendText(question, kModeTexts[kind].word);
-  return Windows()->MessageBox(dialog, question.text, caption.text,
-                               ORL_MB_YESNO | ORL_MB_ICONQUESTION | ORL_MB_DEFBUTTON2) == ORL_IDYES;
+  const int32_t answer = Windows()->MessageBox(
+      dialog, question.text, caption.text, ORL_MB_YESNO | ORL_MB_ICONQUESTION | ORL_MB_DEFBUTTON2);
+  return answer == ORL_IDYES && IsStored(editor.ec, asked);
 }
 
 // Takes the row of a deleted expression out of the list; those behind it keep their ordinals.
@@ -93,7 +95,7 @@ void OrlSelectFormula(OrlWindow dialog) {
     return;
   }
   const int32_t chosen = CurrentRow(list);  // a save may have moved it, or the host taken it away
-  editor.currentExp = chosen <= 0 ? nullptr : ExpressionOfRow(list, chosen);
+  OrlSetCurrentExpression(chosen <= 0 ? nullptr : ExpressionOfRow(list, chosen));
   const bool isNew = editor.currentExp == nullptr;
   if (!isNew) {
     OrlSetMode(dialog, kOptionFormula + KindOfExpression(editor.currentExp), false);

@@ -36,10 +36,18 @@ void ShowNothing(OrlWindow view, uintptr_t mode) {
 
 void CloseView(OrlWindow view) {
   OrlWindow dialog = Windows()->GetParent(view);
-  Windows()->DestroyWindow(view);
   CurrentEditor().textViewWindow = nullptr;
+  Windows()->DestroyWindow(view);
   if (dialog != nullptr) {
     OrlEnableShowText(dialog);
+  }
+}
+
+// The view goes without having been closed: with the editor, or by a routine of the host.
+void ForgetView(OrlWindow view) {
+  if (CurrentEditor().textViewWindow == view) {
+    CurrentEditor().textViewWindow = nullptr;
+    OrlEnableShowText(Windows()->GetParent(view));
   }
 }
 
@@ -89,6 +97,9 @@ intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam, in
     case ORL_WM_CLOSE:
       CloseView(window);
       return 1;
+    case ORL_WM_DESTROY:
+      ForgetView(window);
+      return 0;
     default:
       return 0;
   }

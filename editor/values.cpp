@@ -130,6 +130,14 @@ void Close(OrlWindow window) {
   Windows()->DestroyWindow(window);
 }
 
+// The dialog goes without having been closed: with the editor, or by a routine of the host.
+void Forget(OrlWindow window) {
+  if (CurrentEditor().valuesWindow == window) {
+    CurrentEditor().valuesWindow = nullptr;
+    OrlCaptionValues(Windows()->GetParent(window));
+  }
+}
+
 }  // namespace
 
 void OrlQuoteString(char *target, const char *text) {
@@ -151,7 +159,8 @@ void OrlFillValues(OrlWindow dialog, int32_t first) {
   EditorState &editor = CurrentEditor();
   OrlWindow items = ItemOf(dialog, kListItems);
   char *name = TextOfRow(items, CurrentRow(items));
-  if (name == nullptr) {
+  if (name == nullptr || editor.valuesWindow == nullptr) {
+    WRENMemFree(name);
     return;
   }
   SendText(editor.valuesWindow, kMessageTakeItem, 0, name);
@@ -217,6 +226,9 @@ intptr_t OrlListValuesDlgProc(void *window, uint32_t message, uintptr_t wParam, 
     case ORL_WM_CLOSE:
       Close(window);
       return 1;
+    case ORL_WM_DESTROY:
+      Forget(window);
+      return 0;
     default:
       return 0;
   }

@@ -144,6 +144,15 @@ void ExpressionFree(Expression *expression) {
   }
 }
 
+ExpressionRef RefTo(HEXP exp) {
+  return {exp, exp == nullptr ? 0 : exp->entry.order};
+}
+
+bool IsStored(EC ec, const ExpressionRef &ref) {
+  return ref.exp != nullptr && ORLGetExpressionOrdinal(ec, ref.exp) >= 0 &&
+         ref.exp->entry.order == ref.serial;
+}
+
 int32_t ORLGetExpressionCount(EC ec) {
   return ec == nullptr ? 0 : static_cast<int32_t>(HandleArrayRows(ec->expressions));
 }

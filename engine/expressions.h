@@ -50,6 +50,16 @@ int32_t ExpressionDataType(EC ec, const char *name);
 // Frees a record that is in no table, with all it holds; null is accepted.
 void ExpressionFree(Expression *expression);
 
+// A stored expression that routines of the host may take away meanwhile. Its address may then be
+// that of another, its serial number may not.
+struct ExpressionRef {
+  HEXP exp;
+  uint64_t serial;
+};
+ExpressionRef RefTo(HEXP exp);  // null is accepted
+// True while that very expression is in the context; false for null.
+bool IsStored(EC ec, const ExpressionRef &ref);
+
 // The number of NODE_FORMULA in stored trees that name a formula.
 uint32_t MentionCount(EC ec, const char *name);
 

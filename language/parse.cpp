@@ -163,8 +163,9 @@ int32_t ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
   }
   const bool renamed = std::strcmp(exp->name, fresh->name) != 0;
   if (renamed && ec->renameProc != nullptr) {
+    const ExpressionRef stored = RefTo(exp);
     CallHost([=] { return ec->renameProc(ec, exp->name, fresh->name); });
-    if (ORLGetExpressionOrdinal(ec, exp) < 0) {
+    if (!IsStored(ec, stored)) {
       MentionsRemove(ec, fresh->tree);
       return ORL_ERR_GENERAL;
     }

@@ -323,6 +323,21 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
   }
 }
 
+// A host that destroys an expression and makes another at once may give it the address of the
+// first.
+TEST(EditorSave, TakesNoExpressionForAnother) {
+  const Context ec;
+  Make(ec, "Amount", "Old");
+  asked = [](EC context, HEXP exp) {
+    ORLDestroyEXP(context, exp);
+    Make(context, "Amount", "New");  // at the same address, but for builds with sanitizers
+    return 1;
+  };
+  Edit(ec, {}, [](OrlWindow d) { Act(d, "row 114 Old; click 116"); }, {ORL_IDYES});
+  EXPECT_EQ(ToldAll(), "");
+  EXPECT_NE(ORLHEXPFromName(ec, "New"), nullptr);
+}
+
 TEST(EditorSave, CountsBytesInEveryCodePage) {
   const std::string ze = "\x83\x5B";  // ends in the byte of a "["
   const struct {
