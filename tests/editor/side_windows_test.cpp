@@ -252,6 +252,32 @@ TEST(ErrorBox, ShowsTheFaultAndNothingElseCan) {
 // clang-format on
 
 // A host may call the procedures of windows that are not there.
+// A host may destroy a window beside the editor, also from within its own routine; it can be opened
+// again, and the host is never asked for values without a list.
+TEST(SideWindows, CanBeDestroyedByTheHost) {
+  const Context ec;
+  static int32_t destroying = 0;
+  destroying = 1;
+  ORLSetListValuesCallback(ec, [](EC, const char *, void *list, int32_t, int32_t *) {
+    EXPECT_NE(list, nullptr);
+    const OrlWindowSystem &windows = *ORLHeadlessSystem();
+    if (destroying-- > 0) windows.DestroyWindow(windows.GetParent(list));
+  });
+  Edit(ec, {}, [](OrlWindow d) {
+    Act(d, "row 106 Amount; click 133");
+    EXPECT_EQ(ORLHeadlessFind("LISTVALUES"), nullptr);
+    EXPECT_EQ(Text(d, 133), "Data Item &Values Dialog...");
+    Act(d, "click 133");
+    EXPECT_NE(ORLHeadlessFind("LISTVALUES"), nullptr);
+    EXPECT_EQ(Text(d, 133), "List Data Item &Values");
+    Act(d, "row 114 Total; click 118");
+    ORLHeadlessSystem()->DestroyWindow(ORLHeadlessFind("EXPTEXTVIEW"));
+    Act(d, "click 118");
+    EXPECT_NE(ORLHeadlessFind("EXPTEXTVIEW"), nullptr);
+    EXPECT_EQ(OrlDlgProc(d, ORL_WM_MEASUREITEM, 0, 0) + OrlDlgProc(d, ORL_WM_DRAWITEM, 0, 0), 0);
+  });
+}
+
 TEST(SideWindows, AnswerStrayCalls) {
   for (const bool system : {false, true}) {
     if (system) ORLHeadlessStart(nullptr, nullptr);
