@@ -22,31 +22,32 @@ int32_t NameValue(EC /*ec*/, HEXP /*exp*/, int32_t size, void **value, const cha
 struct FunctionRow {
   const char *formula;
   const char *expected;
-  std::string (*plain)(std::string name, double amount);
+  std::string (*plain)(const std::string &name, double amount);
 };
 
-std::string PlainProper(std::string name, double /*amount*/) {
+std::string PlainProper(const std::string &name, double /*amount*/) {
+  std::string proper = name;
   bool inWord = false;
-  for (char &letter : name) {
+  for (char &letter : proper) {
     const int byte = static_cast<unsigned char>(letter);
     letter = static_cast<char>(inWord ? std::tolower(byte) : std::toupper(byte));
     inWord = std::isalnum(byte) != 0 || letter == '\'';
   }
-  return name;
+  return proper;
 }
 
-std::string PlainPicture(std::string /*name*/, double amount) {
+std::string PlainPicture(const std::string & /*name*/, double amount) {
   char text[100];
   std::snprintf(text, sizeof text, "%.2f", amount);
   return text;
 }
 
-std::string PlainReplace(std::string name, double /*amount*/) {
-  return name.replace(5, 3, "lee");
+std::string PlainReplace(const std::string &name, double /*amount*/) {
+  return std::string(name).replace(5, 3, "lee");
 }
 
-std::string PlainJoined(std::string name, double amount) {
-  return PlainProper(std::move(name), amount) + ", " + PlainPicture("", amount);
+std::string PlainJoined(const std::string &name, double amount) {
+  return PlainProper(name, amount) + ", " + PlainPicture("", amount);
 }
 
 constexpr FunctionRow kRows[] = {

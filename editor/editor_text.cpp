@@ -4,6 +4,7 @@
 
 #include "engine/module.h"
 #include "platform/strings.h"
+#include "platform/text.h"
 #include "platform/window_system.h"
 
 EditorText LoadText(uint32_t id) {
@@ -22,17 +23,15 @@ void AppendText(EditorText &text, uint32_t id) {
 
 bool SetJoinedTitle(OrlWindow window, const char *left, const char *right) {
   constexpr char kBetween[] = " - ";
-  const size_t leftLength = std::strlen(left);
-  const size_t rightSize = std::strlen(right) + 1;
-  const size_t size = leftLength + sizeof kBetween - 1 + rightSize;
+  const size_t size = std::strlen(left) + std::strlen(right) + sizeof kBetween;
   char *title =
       size <= INT32_MAX ? static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size))) : nullptr;
   if (title == nullptr) {
     return false;
   }
-  std::memcpy(title, left, leftLength);
-  std::memcpy(title + leftLength, kBetween, sizeof kBetween - 1);
-  std::memcpy(title + leftLength + sizeof kBetween - 1, right, rightSize);
+  lstrcpyA(title, left);
+  lstrcatA(title, kBetween);
+  lstrcatA(title, right);
   Windows()->SetWindowText(window, title);
   WRENMemFree(title);
   return true;

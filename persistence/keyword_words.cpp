@@ -4,6 +4,7 @@
 
 #include "analysis/token_walk.h"
 #include "engine/orli11.h"
+#include "platform/text.h"
 #include "wreni11.h"
 
 namespace {
@@ -37,7 +38,7 @@ char *RenameKeywordWords(const char *text) {
         stretch.length - stretch.lead <= kLongestWord && ORLInputNameIsKeyword(word, token) != 0;
     std::memcpy(target, stretch.text, static_cast<size_t>(stretch.length));
     if (changes) {
-      std::strcpy(target + stretch.lead, word);
+      lstrcpyA(target + stretch.lead, word);
     }
     target += stretch.length + (changes ? 1 : 0);
   }
