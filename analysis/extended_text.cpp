@@ -84,24 +84,13 @@ bool IsMarkedFunction(EC ec, const ExprNode *node) {
 
 // ---- Dates --------------------------------------------------------------------------------------
 
-// The template for a form of date text, or null.
-const char *TemplateOf(EC ec, int32_t form) {
-  constexpr uint16_t kUseTemplates = 2;
-  if ((ec->dateConvertFlags & kUseTemplates) == 0) {
-    return nullptr;
-  }
-  return form == kDateForm       ? ec->dateConvert[0]
-         : form == kDateTimeForm ? ec->dateConvert[1]
-         : form == kTimeForm     ? ec->dateConvert[2]
-                                 : nullptr;
-}
-
 // Writes a date in the form that the context asks for; it stays as it is where there is none.
 void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node) {
   char date[kDateTextSize];
   const int32_t form =
       DateRewriteText(NodeText(node), date, ec->pictures[0], ec->pictures[1], ec->pictures[2]);
-  const char *text = TemplateOf(ec, form);
+  const bool convert = (ec->dateConvertFlags & kConvertExtendedText) != 0;
+  const char *text = convert ? TemplateOfForm(ec->dateConvert, form) : nullptr;
   const bool empty = date[0] == '\0' || (text != nullptr && text[0] == '\0');
   if (empty || !StandsAt(expression, node)) {
     return;

@@ -24,6 +24,13 @@ char *TextOfRow(OrlWindow list, int32_t row) {
   return text;
 }
 
+HEXP ExpressionOfRow(OrlWindow list, int32_t row) {
+  char *name = row >= 1 ? TextOfRow(list, row) : nullptr;
+  HEXP exp = name != nullptr ? ORLHEXPFromName(CurrentEditor().ec, name) : nullptr;
+  WRENMemFree(name);
+  return exp;
+}
+
 int32_t RowOfOrdinal(OrlWindow list, int32_t ordinal) {
   const auto rows = static_cast<int32_t>(Send(list, ORL_LB_GETCOUNT));
   for (int32_t row = 0; row < rows; row++) {

@@ -44,18 +44,14 @@ void MarkMode(OrlWindow dialog) {
 
 // The kind of a row of the Formulas list.
 int32_t KindOfRow(OrlWindow list, int32_t row) {
-  const EditorState &editor = CurrentEditor();
-  if (row == 0) {
-    return editor.editorMode;
-  }
-  char *name = TextOfRow(list, row);
-  const int32_t kind =
-      name == nullptr ? kModeFormula : KindOfExpression(ORLHEXPFromName(editor.ec, name));
-  WRENMemFree(name);
-  return kind;
+  return row == 0 ? CurrentEditor().editorMode : KindOfExpression(ExpressionOfRow(list, row));
 }
 
 }  // namespace
+
+bool OrlIsModified(OrlWindow dialog) {
+  return IsModified(ItemOf(dialog, kEditText)) || IsModified(ItemOf(dialog, kEditName));
+}
 
 void OrlClearModified(OrlWindow dialog) {
   SetModified(ItemOf(dialog, kEditText), false);
@@ -77,10 +73,8 @@ void OrlShowCurrent(OrlWindow dialog) {
 
 void OrlSetMode(OrlWindow dialog, int32_t target, bool interactive) {
   EditorState &editor = CurrentEditor();
-  const bool changed =
-      IsModified(ItemOf(dialog, kEditText)) || IsModified(ItemOf(dialog, kEditName));
   if (target == kModeTexts[editor.editorMode].optionButton ||
-      (interactive && changed && !OrlAskSave(dialog))) {
+      (interactive && OrlIsModified(dialog) && !OrlAskSave(dialog))) {
     MarkMode(dialog);
     return;
   }
@@ -89,7 +83,7 @@ void OrlSetMode(OrlWindow dialog, int32_t target, bool interactive) {
   OrlWindow list = ItemOf(dialog, kListFormulas);
   const int32_t row = CurrentRow(list);
   Send(list, ORL_LB_DELETESTRING, 0);
-  InsertRow(list, 0, EditorString(kModeTexts[editor.editorMode].newRow), -1);
+  InsertRow(list, 0, LoadText(kModeTexts[editor.editorMode].newRow).text, -1);
   if (row >= 0) {
     SetCurrentRow(list, row);
   }
@@ -108,17 +102,17 @@ void OrlSetTitle(OrlWindow dialog) {
   const EditorState &editor = CurrentEditor();
   const char *title = moduleTexts.editorTitles[editor.editorMode];
   HEXP exp = OrlCurrentExpression();
-  const char *name = exp != nullptr ? exp->name
-                     : CurrentRecovery().active
-                         ? CurrentRecovery().name
-                         : EditorString(kModeTexts[editor.editorMode].newRow);
+  const EditorText newRow = LoadText(kModeTexts[editor.editorMode].newRow);
+  const char *name = exp != nullptr             ? exp->name
+                     : CurrentRecovery().active ? CurrentRecovery().name
+                                                : newRow.text;
   if (!SetJoinedTitle(dialog, title, name)) {
     Windows()->SetWindowText(dialog, title);
   }
 }
 
 void OrlSetStatus(OrlWindow dialog) {
-  SetItemText(dialog, kEditStatus, EditorString(kModeTexts[CurrentEditor().editorMode].status));
+  SetItemText(dialog, kEditStatus, LoadText(kModeTexts[CurrentEditor().editorMode].status).text);
 }
 
 void OrlEnableOk(OrlWindow dialog) {
@@ -154,13 +148,13 @@ void OrlCaptionByRow(OrlWindow dialog) {
     return;
   }
   const ModeTexts &texts = kModeTexts[KindOfRow(list, row)];
-  SetItemText(dialog, kButtonSelect, EditorString(texts.selectCaption));
-  SetItemText(dialog, kButtonShowText, EditorString(texts.showCaption));
+  SetItemText(dialog, kButtonSelect, LoadText(texts.selectCaption).text);
+  SetItemText(dialog, kButtonShowText, LoadText(texts.showCaption).text);
 }
 
 void OrlCaptionValues(OrlWindow dialog) {
   constexpr uint32_t kOpensDialog = 245;
   constexpr uint32_t kListsValues = 246;
   const bool open = CurrentEditor().valuesWindow != nullptr;
-  SetItemText(dialog, kButtonValues, EditorString(open ? kListsValues : kOpensDialog));
+  SetItemText(dialog, kButtonValues, LoadText(open ? kListsValues : kOpensDialog).text);
 }

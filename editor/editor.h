@@ -110,10 +110,6 @@ void OrlSetCurrentExpression(HEXP exp);
 // `currentExp`, or null, also in the state, when the host has destroyed that expression meanwhile.
 HEXP OrlCurrentExpression();
 
-// A string of the table by its id in a buffer of the calling thread that the next call overwrites;
-// empty for an unknown id.
-const char *EditorString(uint32_t id);
-
 // ---- Frame (entry.cpp, frame.cpp, opening.cpp, layout.cpp, display.cpp) -------------------------
 
 // Makes the row of exactly that text the current and the top row; false when there is none.
@@ -132,6 +128,8 @@ void OrlEnableShowText(OrlWindow dialog);
 void OrlCaptionByRow(OrlWindow dialog);
 void OrlCaptionValues(OrlWindow dialog);
 void OrlEnableOk(OrlWindow dialog);
+// Whether the user has changed text or name.
+bool OrlIsModified(OrlWindow dialog);
 void OrlClearModified(OrlWindow dialog);
 // Selects the faulty bytes of a text in an edit.
 void OrlSelectError(OrlWindow edit, const FormulaError &error);
@@ -184,6 +182,10 @@ intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaEr
 // Copies in blocks of WRENMemAlloc, to be freed by the caller; null without memory.
 char *TextOfWindow(OrlWindow window);
 char *TextOfRow(OrlWindow list, int32_t row);
+
+// The expression whose name a row of list 114 shows; null for row 0, which shows none, and for a
+// name that is gone.
+HEXP ExpressionOfRow(OrlWindow list, int32_t row);
 
 // A row of list 114 whose data is this ordinal, or -1.
 int32_t RowOfOrdinal(OrlWindow list, int32_t ordinal);

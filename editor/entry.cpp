@@ -6,9 +6,7 @@
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/host_call.h"
-#include "engine/module.h"
 #include "persistence/recovery.h"
-#include "platform/strings.h"
 #include "resources/dialogs.h"
 
 namespace {
@@ -55,13 +53,6 @@ HEXP OrlCurrentExpression() {
     editor.currentExp = nullptr;
   }
   return editor.currentExp;
-}
-
-const char *EditorString(uint32_t id) {
-  static thread_local char text[256];
-  text[0] = '\0';
-  LoadStringA(moduleHandle, id, text, sizeof text);
-  return text;
 }
 
 HEXP ORLBuildExpression(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit) {

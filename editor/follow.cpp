@@ -12,13 +12,6 @@
 
 namespace {
 
-HEXP ExpressionAt(OrlWindow list, int32_t row) {
-  char *name = row >= 1 ? TextOfRow(list, row) : nullptr;
-  HEXP exp = name != nullptr ? ORLHEXPFromName(CurrentEditor().ec, name) : nullptr;
-  WRENMemFree(name);
-  return exp;
-}
-
 bool RowShows(OrlWindow list, int32_t row, int32_t ordinal, const char *name) {
   if (Send(list, ORL_LB_GETITEMDATA, static_cast<uintptr_t>(row)) != ordinal) {
     return false;
@@ -59,7 +52,7 @@ bool ListAnew(OrlWindow list, int32_t rows) {
     return false;
   }
   for (int32_t row = rows - 1; row >= 1; row--) {
-    listed[row] = ExpressionAt(list, row);
+    listed[row] = ExpressionOfRow(list, row);
     Send(list, ORL_LB_DELETESTRING, static_cast<uintptr_t>(row));
   }
   std::sort(listed, listed + rows);
@@ -101,7 +94,7 @@ void OrlFollowContext(OrlWindow dialog) {
   const auto rows = static_cast<int32_t>(Send(list, ORL_LB_GETCOUNT));
   if (!RowsAgree(list, rows)) {
     const int32_t row = CurrentRow(list);
-    HEXP exp = ExpressionAt(list, row);
+    HEXP exp = ExpressionOfRow(list, row);
     if (ListAnew(list, rows)) {
       RestoreRow(dialog, list, row, exp);
     }

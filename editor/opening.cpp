@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include "editor/editor.h"
+#include "editor/editor_text.h"
 #include "editor/mode_texts.h"
 #include "editor/window_calls.h"
 #include "engine/context.h"
@@ -86,7 +87,7 @@ void AddNames(OrlWindow list, const ItemTable &table, int32_t typeLimit) {
 
 void FillFormulas(OrlWindow list) {
   const EditorState &editor = CurrentEditor();
-  InsertRow(list, -1, EditorString(kModeTexts[editor.editorMode].newRow), -1);
+  InsertRow(list, -1, LoadText(kModeTexts[editor.editorMode].newRow).text, -1);
   WRENListBoxRefit(list);
   const bool all = (editor.ec->flags & ORL_FLAG_LIST_ALL) != 0;
   for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(editor.ec); ordinal++) {

@@ -16,14 +16,6 @@ namespace {
 constexpr uint32_t kDeniedMessage = 205;
 constexpr uint32_t kDeleteQuestion = 204;
 
-// The expression whose name a row shows, or null.
-HEXP ExpressionOfRow(OrlWindow list, int32_t row) {
-  char *name = TextOfRow(list, row);
-  HEXP exp = name != nullptr ? ORLHEXPFromName(CurrentEditor().ec, name) : nullptr;
-  WRENMemFree(name);
-  return exp;
-}
-
 // Asks host and user whether the expression may go. Both may take their time, and the host may
 // change the context.
 bool DeletionIsWanted(OrlWindow dialog, HEXP exp) {
@@ -88,14 +80,11 @@ int32_t KindOfExpression(HEXP exp) {
 void OrlSelectFormula(OrlWindow dialog) {
   EditorState &editor = CurrentEditor();
   OrlWindow list = ItemOf(dialog, kListFormulas);
-  OrlWindow text = ItemOf(dialog, kEditText);
-  OrlWindow name = ItemOf(dialog, kEditName);
-  const int32_t row = CurrentRow(list);
-  if (row < 0 || ((IsModified(text) || IsModified(name)) && !OrlAskSave(dialog))) {
+  if (CurrentRow(list) < 0 || (OrlIsModified(dialog) && !OrlAskSave(dialog))) {
     return;
   }
   const int32_t chosen = CurrentRow(list);  // a save may have moved it, or the host taken it away
-  OrlSetCurrentExpression(chosen <= 0 ? nullptr : ExpressionOfRow(list, chosen));
+  OrlSetCurrentExpression(ExpressionOfRow(list, chosen));
   const bool isNew = editor.currentExp == nullptr;
   if (!isNew) {
     OrlSetMode(dialog, kOptionFormula + KindOfExpression(editor.currentExp), false);
@@ -104,8 +93,7 @@ void OrlSelectFormula(OrlWindow dialog) {
   if (isNew) {
     OrlSeedText(dialog);
   }
-  SetModified(text, false);
-  SetModified(name, false);
+  OrlClearModified(dialog);
   FocusItem(dialog, kEditText);
 }
 
@@ -113,7 +101,7 @@ void OrlDeleteSelected(OrlWindow dialog) {
   EditorState &editor = CurrentEditor();
   OrlWindow list = ItemOf(dialog, kListFormulas);
   const int32_t row = CurrentRow(list);
-  HEXP exp = row >= 1 ? ExpressionOfRow(list, row) : nullptr;
+  HEXP exp = ExpressionOfRow(list, row);
   if (exp == nullptr || editor.ec->delPermissionProc == nullptr) {
     return;
   }

@@ -69,10 +69,8 @@ void OrlOpenTextView(OrlWindow dialog) {
     EnableItem(dialog, kButtonShowText, false);
   }
   if (row > 0) {
-    char *name = TextOfRow(list, row);
-    HEXP exp = name != nullptr ? ORLHEXPFromName(editor.ec, name) : nullptr;
+    HEXP exp = ExpressionOfRow(list, row);
     Send(editor.textViewWindow, kMessageShowExpression, 0, reinterpret_cast<intptr_t>(exp));
-    WRENMemFree(name);
   } else {
     Send(editor.textViewWindow, kMessageShowExpression, static_cast<uintptr_t>(editor.editorMode));
   }

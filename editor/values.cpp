@@ -16,36 +16,23 @@
 
 namespace {
 
-// Values of the context's `dateConvertFlags`.
-constexpr uint16_t kQuoteDatesOfSets = 1;
-constexpr uint16_t kDatesAsListed = 2;
-
 // The title of the dialog without an item; one dialog at a time.
 thread_local char baseTitle[kLabelSize];
 
 // ---- Literals -----------------------------------------------------------------------------------
 
-// The template that a date of this form goes through, or null.
-const char *TemplateFor(const EditorState &editor, int32_t form) {
-  if ((editor.ec->dateConvertFlags & kQuoteDatesOfSets) != 0 && editor.editorMode == kModeSet) {
-    return "'%s'";
-  }
-  return form == kDateForm       ? editor.ec->dateConvert[0]
-         : form == kDateTimeForm ? editor.ec->dateConvert[1]
-         : form == kTimeForm     ? editor.ec->dateConvert[2]
-                                 : nullptr;
-}
-
 char *DateLiteral(const EditorState &editor, const char *text) {
   const ExprContext &ec = *editor.ec;
   const bool anyTemplate = std::any_of(std::begin(ec.dateConvert), std::end(ec.dateConvert),
                                        [](const char *convert) { return convert != nullptr; });
-  if ((ec.dateConvertFlags & kDatesAsListed) != 0 || !anyTemplate) {
+  if ((ec.dateConvertFlags & kConvertExtendedText) != 0 || !anyTemplate) {
     return nullptr;
   }
   char date[kDateTextSize];
   const int32_t form = DateRewriteText(text, date, ec.pictures[0], ec.pictures[1], ec.pictures[2]);
-  const char *format = TemplateFor(editor, form);
+  const bool quoted =
+      (ec.dateConvertFlags & kConvertQuotesInSets) != 0 && editor.editorMode == kModeSet;
+  const char *format = quoted ? "'%s'" : TemplateOfForm(ec.dateConvert, form);
   if (format == nullptr) {
     return nullptr;
   }

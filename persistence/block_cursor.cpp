@@ -27,6 +27,12 @@ const char *TakeText(BlockCursor &cursor, Behind behind) {
   return TakeBytes(cursor, static_cast<const char *>(end) - text + 1, behind);
 }
 
+bool TakeFormulaRow(BlockCursor &cursor, const char **text, const char **name) {
+  *text = TakeText(cursor, Behind::MayEnd);
+  *name = *text != nullptr ? TakeText(cursor, Behind::MayEnd) : nullptr;
+  return *name != nullptr;
+}
+
 int32_t PeekTag(const BlockCursor &cursor) {
   uint16_t tag = 0;
   if (cursor.size - cursor.position < static_cast<int64_t>(sizeof tag)) {

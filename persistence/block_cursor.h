@@ -21,6 +21,10 @@ const char *TakeBytes(BlockCursor &cursor, int64_t count, Behind behind);
 // not end in the block.
 const char *TakeText(BlockCursor &cursor, Behind behind);
 
+// Takes a formula row: its text, and its name behind. False, with ok cleared, when it does not end
+// in the block.
+bool TakeFormulaRow(BlockCursor &cursor, const char **text, const char **name);
+
 // The 16 bits at the cursor, which stays; -1 when fewer are left.
 int32_t PeekTag(const BlockCursor &cursor);
 

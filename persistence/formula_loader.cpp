@@ -165,9 +165,9 @@ void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
 
 void FirstPass(FormulaLoad &load, BlockCursor &cursor, int32_t count) {
   for (int32_t i = 0; i < count && load.ok; i++) {
-    const char *text = TakeText(cursor, Behind::MayEnd);
-    const char *name = text != nullptr ? TakeText(cursor, Behind::MayEnd) : nullptr;
-    if (name == nullptr) {
+    const char *text = nullptr;
+    const char *name = nullptr;
+    if (!TakeFormulaRow(cursor, &text, &name)) {
       load.ok = false;
       return;
     }

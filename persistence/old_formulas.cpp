@@ -51,9 +51,9 @@ bool LoadOldFormulas(EC ec, BlockCursor &cursor, int32_t count, bool version0, b
                      OrlErrorProc errorProc) {
   bool ok = true;
   for (int32_t i = 0; i < count && ok; i++) {
-    const char *text = TakeText(cursor, Behind::MayEnd);
-    const char *name = text != nullptr ? TakeText(cursor, Behind::MayEnd) : nullptr;
-    if (name == nullptr) {
+    const char *text = nullptr;
+    const char *name = nullptr;
+    if (!TakeFormulaRow(cursor, &text, &name)) {
       return false;
     }
     OldFormula formula = {text, name, nullptr, nullptr};

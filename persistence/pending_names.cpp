@@ -10,9 +10,9 @@ namespace {
 void ListNames(PendingNames &names) {
   BlockCursor cursor = {names.first, names.bytes, 0, true};
   for (int32_t i = 0; i < names.count; i++) {
-    const char *text = TakeText(cursor, Behind::MayEnd);
-    const char *name = text != nullptr ? TakeText(cursor, Behind::MayEnd) : nullptr;
-    if (name == nullptr) {
+    const char *text = nullptr;
+    const char *name = nullptr;
+    if (!TakeFormulaRow(cursor, &text, &name)) {
       return;  // the rows from here on will not be read either
     }
     NameIndexAppend(names.index, names.rows[i].entry, name, &names.rows[i]);

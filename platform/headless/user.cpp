@@ -198,6 +198,16 @@ Dialog *GoTo(OrlWindow window, int32_t id) {
   return control->dialog;
 }
 
+int32_t PressRow(OrlWindow dialog, int32_t list, int32_t row, bool twice) {
+  Control *control = ReachRow(dialog, list, row);
+  if (control == nullptr) {
+    return 0;
+  }
+  Action action(control->dialog);
+  PressMouse(control, PointOfRow(control, row), twice);
+  return action.End(true);
+}
+
 }  // namespace
 
 int32_t ORLHeadlessFocus(OrlWindow dialog, int32_t id) {
@@ -263,23 +273,11 @@ int32_t ORLHeadlessSelect(OrlWindow dialog, int32_t id, int32_t from, int32_t to
 }
 
 int32_t ORLHeadlessClickRow(OrlWindow dialog, int32_t list, int32_t row) {
-  Control *control = ReachRow(dialog, list, row);
-  if (control == nullptr) {
-    return 0;
-  }
-  Action action(control->dialog);
-  PressMouse(control, PointOfRow(control, row), false);
-  return action.End(true);
+  return PressRow(dialog, list, row, false);
 }
 
 int32_t ORLHeadlessDoubleClickRow(OrlWindow dialog, int32_t list, int32_t row) {
-  Control *control = ReachRow(dialog, list, row);
-  if (control == nullptr) {
-    return 0;
-  }
-  Action action(control->dialog);
-  PressMouse(control, PointOfRow(control, row), true);
-  return action.End(true);
+  return PressRow(dialog, list, row, true);
 }
 
 int32_t ORLHeadlessRightDoubleClickRow(OrlWindow dialog, int32_t list, int32_t row) {

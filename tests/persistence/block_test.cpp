@@ -367,6 +367,26 @@ TEST(BlockReader, LongChains) {
   }
 }
 
+// A routine of the host may take away the rows that have been read.
+TEST(BlockReader, LookupThatDeletesRows) {
+  static EC loading = nullptr;
+  const OwnedContext written(ORLCreateEC(nullptr, nullptr, nullptr, 0));
+  for (const char *name : {"Amount", "Tax", "Rate"}) {
+    ExprItem row = {};
+    row.kind = ORL_INPUT;
+    std::strcpy(row.name, name);
+    row.routineName = const_cast<char *>("Value");
+    ORLAddExpressionItem(written.get(), &row);
+  }
+  const OwnedContext ec(ORLCreateEC(
+      nullptr,
+      [](const char *) { return ORLDeleteAllECVars(loading), static_cast<void *>(&loading); },
+      nullptr, 0));
+  loading = ec.get();
+  EXPECT_EQ(Load(ec.get(), BlockOf(written.get())), 1);
+  EXPECT_EQ(ItemNames(ec.get(), ORL_INPUT).size(), 0u);
+}
+
 // A chain whose end half the rows call, all under one name that is called itself: each could close
 // a circle.
 TEST(BlockReader, ManyRowsOfOneName) {
