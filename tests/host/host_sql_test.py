@@ -127,7 +127,11 @@ class PostgreSQL:
         self.server = self.start("postgres", "-D", folder / "data", "-c", "listen_addresses=", "-c", "fsync=off",
                                  "-c", f"unix_socket_directories={folder}")
         self.wait()
-        self.execute(table_of(("date", "numeric", "text")), f"\\copy weather from '{support.WEATHER}' csv header")
+        # The user without rights may not read the folder that the project stands in.
+        data = folder / "weather.csv"
+        shutil.copyfile(support.WEATHER, data)
+        data.chmod(0o644)
+        self.execute(table_of(("date", "numeric", "text")), f"\\copy weather from '{data}' csv header")
 
     def execute(self, *statements):
         commands = [word for statement in statements for word in ("-c", statement)]
