@@ -13,11 +13,11 @@ namespace {
 
 // The value of DialogBoxParam: -1 also where there is nothing to make a dialog of.
 intptr_t RunDialog(OrlWindow parent, BuildRecord &record) {
-  const DialogInUse inUse;
   const OrlDialogTemplate *dialog = FindDialog(kDialogEditor);
-  if (Windows() == nullptr || dialog == nullptr) {
+  if (dialog == nullptr || WindowsForDialog() == nullptr) {
     return -1;
   }
+  const DialogInUse inUse;
   const auto parameter = reinterpret_cast<intptr_t>(&record);
   return CallHost([=] { return Windows()->DialogBoxParam(dialog, parent, OrlDlgProc, parameter); });
 }

@@ -24,7 +24,7 @@ thread_local DisplayedError displayed;
 
 intptr_t Display(const char *dialog, OrlWindow parent, const char *text,
                  const FormulaError *error) {
-  if (Windows() == nullptr || error == nullptr) {
+  if (error == nullptr || WindowsForDialog() == nullptr) {
     return -1;
   }
   const DialogInUse inUse;

@@ -47,7 +47,8 @@ enum {
   ORL_STYLE_NO_TAB = 64,     /* the tab key passes it by */
   ORL_STYLE_DEFAULT = 128,   /* button: pressed by the Return key */
   ORL_STYLE_KEEP_SELECTION = 256, /* edit: shows its selection without the focus too */
-  ORL_STYLE_SCROLL_BAR = 512      /* edit of several lines: with a vertical scroll bar */
+  ORL_STYLE_SCROLL_BAR = 512,     /* edit of several lines: with a vertical scroll bar */
+  ORL_STYLE_READ_ONLY = 1024      /* edit: its dialog keeps the user from changing the text */
 };
 
 /* A control; its place in dialog units. An id of -1 is addressed by nothing. */
@@ -287,6 +288,12 @@ typedef struct {
 /* Hands a window system to the process; null takes it away. The table is kept, not copied. 1, or 0
  * for a table that is too small or has a null entry, and while a dialog is open. */
 ORL_API int32_t ORLSetWindowSystem(const OrlWindowSystem *system);
+
+/* Null when a dialog can be opened, else what is missing, in words (ASCII), valid until the
+ * thread's next call. Where the host has handed in nothing, the library's own window system on Qt
+ * widgets (libORLI11-qt.so, beside this library) is loaded here and by the first dialog, provided
+ * that DISPLAY, WAYLAND_DISPLAY or QT_QPA_PLATFORM tells of a display. */
+ORL_API const char *ORLWindowSystemProblem(void);
 
 #ifdef __cplusplus
 }

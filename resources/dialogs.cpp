@@ -16,6 +16,7 @@ constexpr uint32_t kCentered = ORL_STYLE_CENTERED;
 constexpr uint32_t kLines = ORL_STYLE_LINES;
 constexpr uint32_t kScrolls = ORL_STYLE_LINES | ORL_STYLE_SCROLL_BAR;
 constexpr uint32_t kKeepsSelection = ORL_STYLE_KEEP_SELECTION;
+constexpr uint32_t kReadOnly = ORL_STYLE_READ_ONLY;
 constexpr uint32_t kSorted = ORL_STYLE_SORTED | ORL_STYLE_NOTIFY;
 constexpr uint32_t kOwnerDraw = ORL_STYLE_OWNER_DRAW;
 constexpr uint32_t kGroup = ORL_STYLE_GROUP;
@@ -82,11 +83,11 @@ constexpr OrlControl kEditorControls[] = {
     {130, kButton, 0,      ".", 258, 234, 14, 11},
 
     // Reaches below the dialog, which cuts it off.
-    {139, kEdit,   kLines | kNoTab, "", -1, 255, 301, 28},
+    {139, kEdit,   kLines | kNoTab | kReadOnly, "", -1, 255, 301, 28},
 };
 
 constexpr OrlControl kTextViewControls[] = {
-    {100, kEdit, kScrolls, "", -1, -1, 182, 52},
+    {100, kEdit, kScrolls | kReadOnly, "", -1, -1, 182, 52},
 };
 
 constexpr OrlControl kValuesControls[] = {
@@ -95,13 +96,13 @@ constexpr OrlControl kValuesControls[] = {
 };
 
 constexpr OrlControl kErrorControls[] = {
-    {200, kEdit,   kScrolls | kKeepsSelection, "", -1, -1, 203, 39},
+    {200, kEdit,   kScrolls | kKeepsSelection | kReadOnly, "", -1, -1, 203, 39},
     {201, kLabel,  kCentered, "", 1, 44, 200, 24},
     {202, kButton, kDefault, "OK", 81, 71, 43, 14},
 };
 
 constexpr OrlControl kLoadErrorControls[] = {
-    {200, kEdit,   kScrolls | kKeepsSelection, "", -1, -1, 203, 39},
+    {200, kEdit,   kScrolls | kKeepsSelection | kReadOnly, "", -1, -1, 203, 39},
     {201, kLabel,  kCentered, "", 1, 44, 200, 24},
     {202, kButton, kDefault, "OK", 80, 114, 43, 14},
     {-1,  kLabel,  kCentered, "The above error occured while loading, please correct the error to "

@@ -1,0 +1,118 @@
+// The window system that comes with the library, a plugin of its own: loaded when it is needed.
+#include <dlfcn.h>
+
+#include <atomic>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+
+#include "platform/window_system.h"
+
+namespace {
+
+constexpr char kPlugin[] = "libORLI11-qt.so";
+
+// The routines of platform/qt/qt_windows.h.
+using SystemRoutine = const OrlWindowSystem *(*)();
+using ProblemRoutine = const char *(*)();
+struct Plugin {
+  SystemRoutine system;
+  ProblemRoutine problem;
+};
+
+std::mutex loading;
+Plugin plugin;
+
+// The plugin's table, once it has given it.
+std::atomic<const OrlWindowSystem *> pluginSystem{nullptr};
+
+struct Problem {
+  char text[512];
+};
+thread_local Problem problem;
+
+void Say(const char *what, const char *detail) {
+  std::snprintf(problem.text, sizeof(problem.text), "%s%s", what, detail);
+}
+
+bool IsSet(const char *variable) {
+  const char *value = std::getenv(variable);
+  return value != nullptr && *value != 0;
+}
+
+// Beside this library first, then where libraries are looked for.
+void *OpenPlugin() {
+  Dl_info self = {};
+  if (dladdr(reinterpret_cast<const void *>(&ORLSetWindowSystem), &self) != 0) {
+    const char *slash = std::strrchr(self.dli_fname, '/');
+    const auto folder = slash == nullptr ? 0 : static_cast<int>(slash + 1 - self.dli_fname);
+    char path[PATH_MAX];
+    const int length = std::snprintf(path, sizeof(path), "%.*s%s", folder, self.dli_fname, kPlugin);
+    void *library = folder > 0 && length < PATH_MAX ? dlopen(path, RTLD_NOW | RTLD_LOCAL) : nullptr;
+    if (library != nullptr) {
+      return library;
+    }
+  }
+  return dlopen(kPlugin, RTLD_NOW | RTLD_LOCAL);
+}
+
+// It stays loaded: what it is made of cannot be taken out of a process again.
+bool LoadPlugin() {
+  const std::lock_guard<std::mutex> lock(loading);
+  if (plugin.system != nullptr) {
+    return true;
+  }
+  void *library = OpenPlugin();
+  if (library == nullptr) {
+    Say("the window system cannot be loaded: ", dlerror());
+    return false;
+  }
+  const auto system = reinterpret_cast<SystemRoutine>(dlsym(library, "ORLQtWindowSystem"));
+  const auto reason = reinterpret_cast<ProblemRoutine>(dlsym(library, "ORLQtWindowSystemProblem"));
+  if (system == nullptr || reason == nullptr) {
+    Say(kPlugin, " is not the window system of this library");
+    return false;
+  }
+  plugin = {system, reason};
+  return true;
+}
+
+// The table of the plugin, which is not changed once it is loaded; null with `problem` said.
+const OrlWindowSystem *PluginSystem() {
+  if (!IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
+    Say("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set", "");
+    return nullptr;
+  }
+  if (!LoadPlugin()) {
+    return nullptr;
+  }
+  const OrlWindowSystem *system = plugin.system();
+  if (system == nullptr) {
+    Say("", plugin.problem());
+  } else {
+    pluginSystem = system;
+  }
+  return system;
+}
+
+}  // namespace
+
+const OrlWindowSystem *WindowsForDialog() {
+  const OrlWindowSystem *inForce = Windows();
+  // What the host has handed in is taken as it is; the plugin is asked whether it still can.
+  if (inForce != nullptr && inForce != pluginSystem) {
+    return inForce;
+  }
+  const OrlWindowSystem *system = PluginSystem();
+  if (system != nullptr && inForce == nullptr && ORLSetWindowSystem(system) == 0) {
+    Say("a dialog of another window system is still open", "");
+    return nullptr;
+  }
+  return system;
+}
+
+const char *ORLWindowSystemProblem(void) {
+  return WindowsForDialog() != nullptr ? nullptr : problem.text;
+}
