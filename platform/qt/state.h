@@ -20,6 +20,7 @@
 
 #include "platform/windows.h"
 
+class QEventLoop;
 class QKeyEvent;
 class QMouseEvent;
 
@@ -63,11 +64,14 @@ struct Dialog {
   OrlWindow window = nullptr, parent = nullptr;
   OrlWindowProc proc = nullptr;
   QWidget *widget = nullptr;  // owns this record
+  QByteArray title;
   int32_t holds = 0;
   bool modal = false;
   bool ended = false;  // its loop is to end
   bool going = false, gone = false;
+  bool shown = false;  // or to be shown as soon as it has been told of its making
   bool paintPosted = false;
+  QEventLoop *loop = nullptr;  // while it runs
   intptr_t result = 0;
   OrlWindow focus = nullptr;  // the control that had the focus last
   OrlTextMetrics metrics = {};
@@ -153,6 +157,21 @@ void ShowDialog(Dialog *dialog, bool shown);
 // To a control, or with null to the one of the dialog that had it last.
 void FocusIn(Dialog *dialog, Control *control);
 
+// A widget of the host's, or null: a handle that is none is never followed.
+QWidget *HostWidget(OrlWindow window);
+// Keeps a window above its parent, which does not own it: the parent may go first.
+void StandAbove(QWidget *widget, OrlWindow parent);
+void SetTimerOf(Dialog *dialog, uintptr_t timer, uint32_t milliseconds);
+void KillTimerOf(Dialog *dialog, uintptr_t timer);
+
+// Names of controls for those who cannot see them, mnemonics and the order of the tab key
+// (names.cpp).
+void NameControls(Dialog *dialog);
+// The labels that name no control tell what the dialog is about.
+void DescribeDialog(Dialog *dialog);
+// True when the user's focus can go there.
+bool TakesFocus(const Control &control);
+
 // Measures the font and puts the controls where the template says, larger where a caption asks for
 // it; lays them out anew in a client area of another size.
 void MeasureDialog(Dialog *dialog);
@@ -193,6 +212,9 @@ int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_
 bool BeginApplication();
 // Ends it when it is our own and no dialog is open any more.
 void EndApplication();
+// Whether there is one or could be; why not.
+bool CanShow();
+const char *CannotShow();
 
 }  // namespace qt_windows
 
