@@ -3,10 +3,11 @@ function(orli_objects name)
   add_library(${name} OBJECT ${ARGN})
 endfunction()
 
-# orli_shared_library(NAME HEADER file OBJECTS room... LINKS library...): libNAME.so, which exports
-# the names of cmake/exports/NAME.txt and nothing else.
+# orli_shared_library(NAME HEADER file OBJECTS room... LINKS library... [INCLUDE folder]): libNAME.so,
+# which exports the names of cmake/exports/NAME.txt and nothing else. Its header is installed in
+# that folder below the includes.
 function(orli_shared_library name)
-  cmake_parse_arguments(ARG "" "HEADER" "OBJECTS;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "" "HEADER;INCLUDE" "OBJECTS;LINKS" ${ARGN})
   set(objects "")
   foreach(room IN LISTS ARG_OBJECTS)
     list(APPEND objects $<TARGET_OBJECTS:${room}>)
@@ -30,5 +31,5 @@ function(orli_shared_library name)
   set_target_properties(${name} PROPERTIES LINK_DEPENDS ${script})
 
   install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-  install(FILES ${ARG_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(FILES ${ARG_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${ARG_INCLUDE})
 endfunction()
