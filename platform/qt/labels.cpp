@@ -1,0 +1,131 @@
+// Buttons, labels and frames.
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+
+#include "platform/qt/messenger.h"
+#include "platform/qt/text_map.h"
+
+namespace qt_windows {
+
+namespace {
+
+struct Captioned : Control {
+  QByteArray caption;
+
+  QByteArray Text() const override { return caption; }
+  void SetText(const char *text) override {
+    caption = text;
+    Show(CaptionText(text));
+  }
+  intptr_t OwnMessage(uint32_t /*message*/, uintptr_t /*wParam*/, intptr_t /*lParam*/) override {
+    return 0;
+  }
+  virtual void Show(const QString &text) = 0;
+};
+
+// ---- Buttons
+
+struct Button : Captioned {
+  void Show(const QString &text) override { static_cast<QPushButton *>(widget)->setText(text); }
+};
+
+// ---- Labels
+
+// The caption as it reads where '&' marks no mnemonic; "&&" is one.
+QString WithoutMarks(QString caption) {
+  for (qsizetype i = caption.indexOf('&'); i >= 0; i = caption.indexOf('&', i + 1)) {
+    caption.remove(i, 1);
+  }
+  return caption;
+}
+
+class LabelWidget : public QLabel {
+ public:
+  using QLabel::QLabel;
+
+  // A mark is one where the label stands for another control, which is known before it is shown.
+  void ShowCaption(const QString &caption) {
+    caption_ = caption;
+    setText(buddy() == nullptr ? WithoutMarks(caption) : caption);
+  }
+
+ protected:
+  bool event(QEvent *event) override {
+    if (event->type() == QEvent::Polish) {
+      ShowCaption(caption_);
+    }
+    // The mnemonic leads to its control and presses nothing.
+    if (event->type() == QEvent::Shortcut && buddy() != nullptr) {
+      window()->setAttribute(Qt::WA_KeyboardFocusChange);
+      buddy()->setFocus(Qt::ShortcutFocusReason);
+      return true;
+    }
+    return QLabel::event(event);
+  }
+
+ private:
+  QString caption_;
+};
+
+struct Label : Captioned {
+  void Show(const QString &text) override { static_cast<LabelWidget *>(widget)->ShowCaption(text); }
+
+  // What is higher than a line has several.
+  void Place(const QRect &rect) override {
+    auto *label = static_cast<LabelWidget *>(widget);
+    const bool lines = rect.height() >= 2 * label->fontMetrics().height();
+    const bool centered = (style & ORL_STYLE_CENTERED) != 0;
+    label->setWordWrap(lines);
+    label->setAlignment((centered ? Qt::AlignHCenter : Qt::AlignLeft) |
+                        (lines ? Qt::AlignTop : Qt::AlignVCenter));
+    label->setGeometry(rect);
+  }
+};
+
+// ---- Frames
+
+struct Group : Captioned {
+  void Show(const QString &text) override { static_cast<QGroupBox *>(widget)->setTitle(text); }
+};
+
+void FillIn(Control *control, const OrlControl &row, Dialog *dialog, QWidget *widget) {
+  control->dialog = dialog;
+  control->kind = row.kind;
+  control->style = row.style;
+  control->widget = widget;
+  control->SetText(row.caption);
+}
+
+}  // namespace
+
+Control *NewButton(const OrlControl &row, Dialog *dialog) {
+  auto button = std::make_unique<Button>();
+  Button *pressed = button.get();
+  auto *widget = new Messenger<QPushButton>(pressed, dialog->widget);
+  FillIn(pressed, row, dialog, widget);
+  widget->setAutoDefault(true);
+  widget->setDefault((row.style & ORL_STYLE_DEFAULT) != 0);
+  QObject::connect(widget, &QPushButton::clicked, widget,
+                   [pressed] { Notify(pressed, ORL_BN_CLICKED); });
+  return button.release();
+}
+
+Control *NewLabel(const OrlControl &row, Dialog *dialog) {
+  auto label = std::make_unique<Label>();
+  auto *widget = new LabelWidget(dialog->widget);
+  widget->setTextFormat(Qt::PlainText);
+  FillIn(label.get(), row, dialog, widget);
+  return label.release();
+}
+
+// What the frame surrounds stands beside it, not in it, and is reached through it.
+Control *NewGroup(const OrlControl &row, Dialog *dialog) {
+  auto group = std::make_unique<Group>();
+  auto *widget = new QGroupBox(dialog->widget);
+  widget->setAttribute(Qt::WA_TransparentForMouseEvents);
+  FillIn(group.get(), row, dialog, widget);
+  return group.release();
+}
+
+}  // namespace qt_windows
