@@ -32,6 +32,10 @@ qsizetype PositionOfByte(QStringView shown, int32_t byte, TextKind kind);
 // false when something was left out.
 QString EnterableText(const QString &entered, TextKind kind, int32_t room, bool *whole);
 
+// What goes out to other programs of what a widget holds: every break as "\n", escapes as the
+// replacement character.
+QString HarmlessText(QStringView shown);
+
 // A caption or title: a text of one line that nobody reads back from the widget. Escapes are shown
 // as the replacement character.
 QString CaptionText(const char *bytes);

@@ -1,0 +1,154 @@
+// Edits of one line. What it enters and copies by itself goes by the common way instead.
+#include <QAction>
+#include <QClipboard>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <climits>
+
+#include "platform/qt/edit.h"
+
+namespace qt_windows {
+
+namespace {
+
+const QMimeData *Clipboard(QClipboard::Mode mode = QClipboard::Clipboard) {
+  return QGuiApplication::clipboard()->mimeData(mode);
+}
+
+struct ClipboardRow {
+  QKeySequence::StandardKey key;
+  const char *action;  // its name in the standard menu
+  void (*run)(Edit *edit);
+};
+constexpr ClipboardRow kClipboardRows[] = {
+    {QKeySequence::Copy, "edit-copy", [](Edit *edit) { edit->Copy(); }},
+    {QKeySequence::Cut, "edit-cut", [](Edit *edit) { edit->Cut(); }},
+    {QKeySequence::Paste, "edit-paste", [](Edit *edit) { edit->Paste(Clipboard()); }},
+};
+
+class LineWidget : public Messenger<QLineEdit> {
+ public:
+  LineWidget(Edit *edit, QWidget *parent) : Messenger(edit, parent), edit_(edit) {}
+
+  void OwnEvent(QEvent *event) {
+    switch (event->type()) {
+      case QEvent::KeyPress:
+        QLineEdit::keyPressEvent(static_cast<QKeyEvent *>(event));
+        break;
+      case QEvent::MouseButtonPress:
+        QLineEdit::mousePressEvent(static_cast<QMouseEvent *>(event));
+        break;
+      case QEvent::MouseMove:
+        QLineEdit::mouseMoveEvent(static_cast<QMouseEvent *>(event));
+        break;
+      case QEvent::MouseButtonRelease:
+        QLineEdit::mouseReleaseEvent(static_cast<QMouseEvent *>(event));
+        break;
+      case QEvent::MouseButtonDblClick:
+        QLineEdit::mouseDoubleClickEvent(static_cast<QMouseEvent *>(event));
+        break;
+      default:
+        break;
+    }
+  }
+
+ protected:
+  void keyPressEvent(QKeyEvent *event) override {
+    KeyPressed(edit_, event, [this, event] { Press(event); });
+  }
+  void mouseReleaseEvent(QMouseEvent *event) override {
+    if (event->button() != Qt::MiddleButton) {
+      Messenger::mouseReleaseEvent(event);
+    } else if (QGuiApplication::clipboard()->supportsSelection()) {
+      deselect();
+      edit_->Paste(Clipboard(QClipboard::Selection));
+    }
+  }
+  void inputMethodEvent(QInputMethodEvent *event) override {
+    TakeInputMethod(edit_, event,
+                    [this](QInputMethodEvent *allowed) { QLineEdit::inputMethodEvent(allowed); });
+  }
+  void dropEvent(QDropEvent *event) override {
+    if (!edit_->IsReadOnly()) {
+      event->acceptProposedAction();
+      setCursorPosition(cursorPositionAt(event->position().toPoint()));
+      edit_->Paste(event->mimeData());
+    }
+  }
+  void contextMenuEvent(QContextMenuEvent *event) override {
+    QMenu *menu = createStandardContextMenu();
+    for (const ClipboardRow &row : kClipboardRows) {
+      auto *action = menu->findChild<QAction *>(QLatin1String(row.action));
+      if (action != nullptr) {
+        QObject::disconnect(action, nullptr, this, nullptr);
+        QObject::connect(action, &QAction::triggered, this, [this, &row] { row.run(edit_); });
+      }
+    }
+    ShowMenu(edit_, menu, event->globalPos());
+  }
+
+ private:
+  void Press(QKeyEvent *event) {
+    for (const ClipboardRow &row : kClipboardRows) {
+      if (event->matches(row.key)) {
+        row.run(edit_);
+        return;
+      }
+    }
+    if (Types(*event)) {
+      edit_->Enter(event->text(), true);
+    } else {
+      const OneChange change(edit_);
+      QLineEdit::keyPressEvent(event);
+    }
+  }
+
+  Edit *edit_;
+};
+
+struct LineEdit : Edit {
+  LineWidget *line = nullptr;
+
+  QString Shown() const override { return line->text(); }
+
+  Stretch Selected() const override {
+    const int caret = line->cursorPosition();
+    if (!line->hasSelectedText()) {
+      return {caret, caret};
+    }
+    const int start = line->selectionStart();
+    return {caret == start ? line->selectionEnd() : start, caret};
+  }
+
+  void Select(Stretch stretch) override {
+    line->setSelection(static_cast<int>(stretch.anchor),
+                       static_cast<int>(stretch.caret - stretch.anchor));
+  }
+
+  void PutShown(const QString &shown) override {
+    line->setText(shown);
+    line->setCursorPosition(0);
+  }
+
+  void Insert(const QString &shown) override { line->insert(shown); }
+  void OwnEvent(QEvent *event) override { line->OwnEvent(event); }
+};
+
+}  // namespace
+
+Control *NewLine(const OrlControl &row, Dialog *dialog) {
+  auto edit = std::make_unique<LineEdit>();
+  edit->style = row.style;
+  edit->line = new LineWidget(edit.get(), dialog->widget);
+  edit->widget = edit->line;
+  edit->line->setMaxLength(INT_MAX);
+  edit->line->setReadOnly(edit->IsReadOnly());
+  edit->PutShown(ShownText(row.caption, edit->textKind));
+  edit->known = edit->Shown();
+  QObject::connect(edit->line, &QLineEdit::textChanged, edit->line,
+                   [changed = edit.get()] { changed->Settle(); });
+  return edit.release();
+}
+
+}  // namespace qt_windows
