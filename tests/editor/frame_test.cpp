@@ -208,8 +208,7 @@ TEST(EditorFrame, FollowsTheFlagsAndTheHost) {
       EXPECT_EQ(Text(d, 112), row.caption);
       EXPECT_EQ(Rows(d, 114).size(), row.rows);
       EXPECT_EQ(Enabled(d, kChanging), row.enabled);
-      const OrlRect box = Look(d, 113).rect;
-      EXPECT_EQ(box.bottom - box.top, row.shown ? 62 + 18 : 62);
+      EXPECT_EQ(Look(d, 113).rect.bottom > Look(d, 112).rect.bottom, row.shown) << "the box";
       if (row.shown) Act(d, "click 112");
       EXPECT_EQ(Text(d, 100),
                 (row.shown ? std::string(" ") + row.caption + " " : "") + "Price() + 1");

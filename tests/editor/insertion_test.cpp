@@ -277,7 +277,9 @@ TEST(EditorInsertion, DrawsRows) {
       EXPECT_STREQ(shown.text, row.drawn ? row.row : "");
       EXPECT_EQ(shown.inverted, row.inverted ? 1 : 0);
       EXPECT_EQ(shown.focusRect, row.focus ? 1 : 0);
-      const int32_t left = row.values ? 14 + 6 : 0;  // the bitmap, and a character's width
+      OrlTextMetrics metrics = {};
+      ORLHeadlessSystem()->GetTextMetrics(d, &metrics);
+      const int32_t left = row.values ? 14 + metrics.averageWidth : 0;  // behind the bitmap
       const int32_t text = shown.textRect.left - shown.rowRect.left;
       const int32_t inverted = shown.invertedRect.left - shown.rowRect.left;
       EXPECT_EQ(text, row.drawn ? left : text);

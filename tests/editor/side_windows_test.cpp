@@ -125,7 +125,8 @@ TEST(ValuesDialog, StandsBesideTheFunctions) {
     const Context ec;
     Edit(ec, {}, [&](OrlWindow d) {
       const OrlWindowSystem &system = *ORLHeadlessSystem();
-      if (far) system.MoveWindow(d, 5000, 5000, 400, 400);
+      const int32_t place = far ? 5000 : 0;
+      system.MoveWindow(d, place, place, 400, 400);
       Act(d, "row 106 Tax; click 133");
       OrlRect list = {}, own = {};
       system.GetWindowRect(system.GetDlgItem(d, 107), &list);
