@@ -100,6 +100,12 @@ QString TypedBy(const QKeyEvent &event, uint32_t key) {
   return text == QLatin1String("\b") || text.at(0) >= QLatin1Char(' ') ? text : QString();
 }
 
+// Alt and a letter that is nobody's mnemonic: widgets would type the letter.
+bool IsLostMnemonic(const QKeyEvent &event, const QString &typed) {
+  return typed.isEmpty() && (event.modifiers() & Qt::AltModifier) != 0 && !event.text().isEmpty() &&
+         event.text().at(0) > QLatin1Char(' ');
+}
+
 bool TakesCharacters(const Control *control) {
   return control->kind == ORL_CONTROL_EDIT || control->kind == ORL_CONTROL_LIST;
 }
@@ -207,7 +213,9 @@ void KeyPressed(Control *control, QKeyEvent *event, const std::function<void()> 
   event->accept();
   const uint32_t key = KeyOf(*event);
   const QString typed = TypedBy(*event, key);
-  if (key == ORL_VK_ESCAPE) {
+  if (IsLostMnemonic(*event, typed)) {
+    event->ignore();
+  } else if (key == ORL_VK_ESCAPE) {
     PressEscape(control->dialog);
   } else if (key == ORL_VK_RETURN && !HasLines(control)) {
     PressReturn(control->dialog);

@@ -1,7 +1,9 @@
 // Buttons, labels and frames.
 #include <QGroupBox>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
+#include <QStyle>
 
 #include "platform/qt/messenger.h"
 #include "platform/qt/text_map.h"
@@ -85,8 +87,34 @@ struct Label : Captioned {
 
 // ---- Frames
 
+// The caption stands in the line of the frame, as dialogs are drawn for it: styles that put it
+// above would let the line run through what stands at the top.
+class GroupWidget : public QGroupBox {
+ public:
+  using QGroupBox::QGroupBox;
+
+ protected:
+  void paintEvent(QPaintEvent * /*event*/) override {
+    constexpr int kIndent = 8;
+    constexpr int kGap = 4;
+    QPainter painter(this);
+    const int height = fontMetrics().height();
+    QColor line = palette().color(QPalette::WindowText);
+    line.setAlphaF(0.3F);
+    painter.setPen(line);
+    painter.drawRect(rect().adjusted(0, height / 2, -1, -1));
+    QRect caption(kIndent, 0, fontMetrics().horizontalAdvance(title()) + 2 * kGap, height);
+    caption = caption.intersected(rect());
+    painter.fillRect(caption, palette().brush(QPalette::Window));
+    style()->drawItemText(&painter, caption, Qt::AlignCenter | Qt::TextSingleLine, palette(),
+                          isEnabled(), title(), QPalette::WindowText);
+  }
+};
+
 struct Group : Captioned {
-  void Show(const QString &text) override { static_cast<QGroupBox *>(widget)->setTitle(text); }
+  void Show(const QString &text) override {
+    static_cast<QGroupBox *>(widget)->setTitle(WithoutMarks(text));
+  }
 };
 
 void FillIn(Control *control, const OrlControl &row, Dialog *dialog, QWidget *widget) {
@@ -122,7 +150,7 @@ Control *NewLabel(const OrlControl &row, Dialog *dialog) {
 // What the frame surrounds stands beside it, not in it, and is reached through it.
 Control *NewGroup(const OrlControl &row, Dialog *dialog) {
   auto group = std::make_unique<Group>();
-  auto *widget = new QGroupBox(dialog->widget);
+  auto *widget = new GroupWidget(dialog->widget);
   widget->setAttribute(Qt::WA_TransparentForMouseEvents);
   FillIn(group.get(), row, dialog, widget);
   return group.release();

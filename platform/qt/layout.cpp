@@ -202,7 +202,36 @@ void TrimLists(Dialog *dialog) {
   }
 }
 
+// A text that can neither be changed nor scrolled.
+bool IsHint(const Control &control) {
+  return control.kind == ORL_CONTROL_EDIT && (control.style & ORL_STYLE_READ_ONLY) != 0 &&
+         (control.style & ORL_STYLE_LINES) != 0 && !Scrolls(control);
+}
+
+int HeightOfHint(const Control &hint) {
+  constexpr int kMargins = 12;
+  const QFontMetrics metrics(hint.widget->font());
+  const QRect room(0, 0, std::max(1, hint.widget->width() - kMargins), QWIDGETSIZE_MAX);
+  const QByteArray text = hint.Text();
+  return metrics.boundingRect(room, Qt::TextWordWrap, CaptionText(text.constData())).height() +
+         kMargins;
+}
+
 }  // namespace
+
+void FitHints(Dialog *dialog) {
+  for (const auto &control : dialog->controls) {
+    const int height = IsHint(*control) ? HeightOfHint(*control) : 0;
+    const int lacking = control->base.top() + height - dialog->baseSize.height();
+    if (lacking > 0) {
+      control->base.setHeight(height);
+      dialog->baseSize.rheight() += lacking;
+      dialog->widget->setMinimumSize(dialog->baseSize);
+      dialog->widget->resize(dialog->widget->size() + QSize(0, lacking));
+      LayOut(dialog);
+    }
+  }
+}
 
 void MeasureDialog(Dialog *dialog) {
   ChooseUnits(dialog);

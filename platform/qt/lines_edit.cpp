@@ -202,6 +202,10 @@ Control *NewLines(const OrlControl &row, Dialog *dialog) {
   lines->setReadOnly(edit->IsReadOnly());
   lines->setUndoRedoEnabled(!edit->IsReadOnly());
   lines->KeepSelection();
+  // What can neither be changed nor scrolled is a part of the window.
+  if (edit->IsReadOnly() && (row.style & ORL_STYLE_SCROLL_BAR) == 0) {
+    lines->viewport()->setBackgroundRole(QPalette::Window);
+  }
   edit->PutShown(ShownText(row.caption, edit->textKind));
   edit->known = edit->Shown();
   edit->ForgetUndo();

@@ -43,6 +43,7 @@ void NameControls(Dialog *dialog) {
       Control *named = LabelledBy(dialog, i);
       if (named != nullptr) {
         static_cast<QLabel *>(control->widget)->setBuddy(named->widget);
+        control->SetText(control->Text().constData());  // whose mark is a mnemonic from now on
       }
       if (named != nullptr && named->kind != ORL_CONTROL_OPTION) {
         named->widget->setAccessibleName(SpokenName(control->Text()));

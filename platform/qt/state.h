@@ -176,6 +176,8 @@ bool TakesFocus(const Control &control);
 // it; lays them out anew in a client area of another size.
 void MeasureDialog(Dialog *dialog);
 void LayOut(Dialog *dialog);
+// Makes the window higher where a text that cannot be scrolled has more lines than it has room for.
+void FitHints(Dialog *dialog);
 // The program has moved a control.
 void MoveControl(Control *control, const QRect &rect);
 

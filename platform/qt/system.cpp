@@ -97,6 +97,9 @@ void SetWindowText(OrlWindow window, const char *text) {
   if (place.control->kind == ORL_CONTROL_LABEL) {
     DescribeDialog(place.dialog);
   }
+  if ((place.control->style & ORL_STYLE_READ_ONLY) != 0) {
+    FitHints(place.dialog);
+  }
 }
 
 QByteArray TextOf(OrlWindow window) {
