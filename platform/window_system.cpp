@@ -38,6 +38,10 @@ int32_t ORLSetWindowSystem(const OrlWindowSystem *system) {
   return 1;
 }
 
+const OrlWindowSystem *ORLGetWindowSystem(void) {
+  return windowSystem;
+}
+
 const OrlWindowSystem *Windows() {
   return windowSystem;
 }

@@ -289,6 +289,10 @@ typedef struct {
  * for a table that is too small or has a null entry, and while a dialog is open. */
 ORL_API int32_t ORLSetWindowSystem(const OrlWindowSystem *system);
 
+/* The window system in force, or null: for callbacks, which send to the windows that they are
+ * given. */
+ORL_API const OrlWindowSystem *ORLGetWindowSystem(void);
+
 /* Null when a dialog can be opened, else what is missing, in words (ASCII), valid until the
  * thread's next call. Where the host has handed in nothing, the library's own window system on Qt
  * widgets (libORLI11-qt.so, beside this library) is loaded here and by the first dialog, provided

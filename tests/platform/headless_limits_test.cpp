@@ -282,9 +282,9 @@ TEST(HeadlessLimits, TheSystemIsTakenWholeAndNotFromUnderADialog) {
   WithDialog(nullptr, [](OrlWindow) {
     EXPECT_EQ(0, ORLSetWindowSystem(nullptr) + ORLHeadlessStart(LookOnce, nullptr));
     ORLHeadlessEnd();
-    EXPECT_EQ(&sys, Windows());
+    EXPECT_EQ(&sys, ORLGetWindowSystem());
   });
-  EXPECT_EQ(nullptr, Windows());
+  EXPECT_EQ(nullptr, ORLGetWindowSystem());
 }
 
 }  // namespace
