@@ -71,7 +71,11 @@ class DialogWidget : public QDialog {
     QDialog::paintEvent(event);
     if (!dialog_->paintPosted) {
       dialog_->paintPosted = true;
-      Post(dialog_->window, ORL_WM_PAINT, 0, 0);
+      const auto tell = [this] {
+        dialog_->paintPosted = false;
+        Send(dialog_->window, ORL_WM_PAINT, 0, 0);
+      };
+      QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
     }
   }
 
