@@ -202,19 +202,12 @@ Spot SpotInLines(QPlainTextEdit *edit, int unit) {
   return SpotOn(edit->viewport(), edit->cursorRect(cursor).center());
 }
 
-// Where the edit says that the caret would come to stand; at its ends what lies out of view is
-// reached by going beyond the edge.
+// Where the edit says that the caret would come to stand; beyond its edges what is out of view.
 Spot SpotInLine(QLineEdit *edit, int unit) {
-  const QPoint middle = edit->rect().center();
-  int x = unit == 0 ? 1 : 0;
-  if (unit > 0) {
-    while (x < edit->width() && edit->cursorPositionAt({x, middle.y()}) != unit) ++x;
-    while (x + 1 < edit->width() && edit->cursorPositionAt({x + 1, middle.y()}) == unit &&
-           unit == edit->text().size()) {
-      ++x;
-    }
-  }
-  return SpotOn(edit, {std::min(x, edit->width() - 2), middle.y()});
+  QPoint spot = edit->rect().center();
+  while (edit->cursorPositionAt(spot) < unit) spot.rx()++;
+  while (edit->cursorPositionAt(spot) > unit) spot.rx()--;
+  return SpotOn(edit, spot);
 }
 
 Spot SpotOfByte(const Control &control, int32_t byte) {
@@ -346,31 +339,6 @@ int32_t PressOn(OrlWindow dialog, int32_t id, bool twice) {
   return End(true);
 }
 
-// ---- Timers
-
-qt_user::Timer *NextTimer(uint64_t until) {
-  std::erase_if(session.timers,
-                [](const auto &timer) { return qt_windows::FindDialog(timer.dialog) == nullptr; });
-  const auto next = std::min_element(
-      session.timers.begin(), session.timers.end(), [](const auto &one, const auto &other) {
-        return std::pair(one.due, one.order) < std::pair(other.due, other.order);
-      });
-  return next == session.timers.end() || next->due > until ? nullptr : &*next;
-}
-
-// Has the real timer fire once.
-void FireTimer(qt_user::Timer *timer) {
-  constexpr unsigned long kPeriod = 20, kSurely = 30;
-  const qt_user::Timer fired = *timer;
-  session.clock = fired.due;
-  timer->due += fired.period;
-  timer->order = ++session.timerOrder;
-  qt_user::RealTable().SetTimer(fired.dialog, fired.id, kPeriod);
-  QThread::msleep(kSurely);
-  QCoreApplication::processEvents();
-  qt_user::RealTable().KillTimer(fired.dialog, fired.id);
-}
-
 }  // namespace
 
 // ---- Session
@@ -439,6 +407,7 @@ int32_t ORLHeadlessSelect(OrlWindow dialog, int32_t id, int32_t from, int32_t to
   if (state.selectionStart != state.selectionEnd) PressAt(SpotOfByte(*edit, from), false);
   if (!IsUsable(FindWindow(dialog, id))) return End(false);
   const Spot start = SpotOfByte(*edit, from);
+  if (!IsSeen(*edit, start)) return End(false);
   MoveTo(start);
   Mouse(start, QEvent::MouseButtonPress, Qt::LeftButton);
   const Spot end = SpotOfByte(*edit, to);
@@ -483,10 +452,10 @@ int32_t ORLHeadlessAnswer(OrlWindow box, int32_t answer) {
 int32_t ORLHeadlessWait(uint32_t milliseconds) {
   const uint64_t until = session.clock + milliseconds;
   Settle();
-  while (qt_user::Timer *next = NextTimer(until)) {
+  while (qt_user::Timer *next = qt_user::NextTimer(until)) {
     const Dialog *top = qt_windows::TopModal();
     if (top != nullptr && top->ended) break;
-    FireTimer(next);
+    qt_user::FireTimer(next);
     Settle();
   }
   session.clock = std::max(session.clock, until);

@@ -71,6 +71,9 @@ QListView *ViewOf(qt_windows::Control *list);
 // The table under test, and one that notes some calls before it calls on (user_table.cpp).
 const OrlWindowSystem *NotingTable();
 const OrlWindowSystem &RealTable();
+// The timer that is due first, null when none is until then; has it come once at the real table.
+Timer *NextTimer(uint64_t until);
+void FireTimer(Timer *timer);
 
 }  // namespace qt_user
 

@@ -209,6 +209,16 @@ intptr_t ORLHeadlessRowData(OrlWindow dialog, int32_t list, int32_t row) {
              : control->OwnMessage(ORL_LB_GETITEMDATA, static_cast<uintptr_t>(row), 0);
 }
 
+int32_t ORLHeadlessRowShows(OrlWindow dialog, int32_t list, int32_t row,
+                            OrlHeadlessRowShown *shown) {
+  if (FindRow(dialog, list, row) == nullptr) return 0;
+  OrlHeadlessState state = {};
+  ORLHeadlessLook(dialog, list, &state);
+  uint32_t drawn = row == state.currentRow ? ORL_STATE_SELECTED : 0;
+  if (drawn != 0 && state.focused != 0) drawn |= ORL_STATE_FOCUS;
+  return ORLHeadlessDrawRow(dialog, list, row, ORL_DRAW_ENTIRE, drawn, shown);
+}
+
 int32_t ORLHeadlessDrawRow(OrlWindow dialog, int32_t list, int32_t row, uint32_t action,
                            uint32_t state, OrlHeadlessRowShown *shown) {
   Control *control = FindWindow(dialog, list).control;

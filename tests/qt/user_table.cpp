@@ -1,4 +1,6 @@
 // The table under test behind one that notes what a script wants to know.
+#include <QCoreApplication>
+#include <QThread>
 #include <algorithm>
 
 #include "platform/qt/qt_windows.h"
@@ -71,6 +73,28 @@ const OrlWindowSystem &RealTable() {
 const OrlWindowSystem *NotingTable() {
   static const OrlWindowSystem table = MakeTable();
   return &table;
+}
+
+Timer *NextTimer(uint64_t until) {
+  std::erase_if(session.timers,
+                [](const auto &timer) { return qt_windows::FindDialog(timer.dialog) == nullptr; });
+  const auto next = std::min_element(
+      session.timers.begin(), session.timers.end(), [](const auto &one, const auto &other) {
+        return std::pair(one.due, one.order) < std::pair(other.due, other.order);
+      });
+  return next == session.timers.end() || next->due > until ? nullptr : &*next;
+}
+
+void FireTimer(Timer *timer) {
+  constexpr unsigned long kPeriod = 20, kSurely = 30;
+  const Timer fired = *timer;
+  session.clock = fired.due;
+  timer->due += fired.period;
+  timer->order = ++session.timerOrder;
+  RealTable().SetTimer(fired.dialog, fired.id, kPeriod);
+  QThread::msleep(kSurely);
+  QCoreApplication::processEvents();
+  RealTable().KillTimer(fired.dialog, fired.id);
 }
 
 }  // namespace qt_user
