@@ -18,40 +18,19 @@ const QMimeData *Clipboard(QClipboard::Mode mode = QClipboard::Clipboard) {
 
 struct ClipboardRow {
   QKeySequence::StandardKey key;
-  const char *action;  // its name in the standard menu
+  const char *caption;  // in the standard menu, which names no actions
+  const char *name;     // as the menu of an edit of several lines has it
   void (*run)(Edit *edit);
 };
 constexpr ClipboardRow kClipboardRows[] = {
-    {QKeySequence::Copy, "edit-copy", [](Edit *edit) { edit->Copy(); }},
-    {QKeySequence::Cut, "edit-cut", [](Edit *edit) { edit->Cut(); }},
-    {QKeySequence::Paste, "edit-paste", [](Edit *edit) { edit->Paste(Clipboard()); }},
+    {QKeySequence::Copy, "&Copy", "edit-copy", [](Edit *edit) { edit->Copy(); }},
+    {QKeySequence::Cut, "Cu&t", "edit-cut", [](Edit *edit) { edit->Cut(); }},
+    {QKeySequence::Paste, "&Paste", "edit-paste", [](Edit *edit) { edit->Paste(Clipboard()); }},
 };
 
 class LineWidget : public Messenger<QLineEdit> {
  public:
   LineWidget(Edit *edit, QWidget *parent) : Messenger(edit, parent), edit_(edit) {}
-
-  void OwnEvent(QEvent *event) {
-    switch (event->type()) {
-      case QEvent::KeyPress:
-        QLineEdit::keyPressEvent(static_cast<QKeyEvent *>(event));
-        break;
-      case QEvent::MouseButtonPress:
-        QLineEdit::mousePressEvent(static_cast<QMouseEvent *>(event));
-        break;
-      case QEvent::MouseMove:
-        QLineEdit::mouseMoveEvent(static_cast<QMouseEvent *>(event));
-        break;
-      case QEvent::MouseButtonRelease:
-        QLineEdit::mouseReleaseEvent(static_cast<QMouseEvent *>(event));
-        break;
-      case QEvent::MouseButtonDblClick:
-        QLineEdit::mouseDoubleClickEvent(static_cast<QMouseEvent *>(event));
-        break;
-      default:
-        break;
-    }
-  }
 
  protected:
   void keyPressEvent(QKeyEvent *event) override {
@@ -78,17 +57,25 @@ class LineWidget : public Messenger<QLineEdit> {
   }
   void contextMenuEvent(QContextMenuEvent *event) override {
     QMenu *menu = createStandardContextMenu();
-    for (const ClipboardRow &row : kClipboardRows) {
-      auto *action = menu->findChild<QAction *>(QLatin1String(row.action));
-      if (action != nullptr) {
-        QObject::disconnect(action, nullptr, this, nullptr);
-        QObject::connect(action, &QAction::triggered, this, [this, &row] { row.run(edit_); });
-      }
+    for (QAction *action : menu->actions()) {
+      Redirect(action);
     }
     ShowMenu(edit_, menu, event->globalPos());
   }
 
  private:
+  // What the standard menu does with the clipboard goes the common way.
+  void Redirect(QAction *action) {
+    const QString caption = action->text().section(u'\t', 0, 0);  // ahead of the shortcut
+    for (const ClipboardRow &row : kClipboardRows) {
+      if (caption == QLineEdit::tr(row.caption)) {
+        action->setObjectName(QLatin1String(row.name));
+        QObject::disconnect(action, nullptr, this, nullptr);
+        QObject::connect(action, &QAction::triggered, this, [this, &row] { row.run(edit_); });
+      }
+    }
+  }
+
   void Press(QKeyEvent *event) {
     for (const ClipboardRow &row : kClipboardRows) {
       if (event->matches(row.key)) {
@@ -100,7 +87,7 @@ class LineWidget : public Messenger<QLineEdit> {
       edit_->Enter(event->text(), true);
     } else {
       const OneChange change(edit_);
-      QLineEdit::keyPressEvent(event);
+      OwnEvent(event);
     }
   }
 

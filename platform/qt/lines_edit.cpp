@@ -9,6 +9,7 @@
 #include <QTextDocument>
 #include <QTextOption>
 #include <algorithm>
+#include <cstdlib>
 
 #include "platform/qt/edit.h"
 
@@ -19,28 +20,6 @@ namespace {
 class LinesWidget : public Messenger<QPlainTextEdit> {
  public:
   LinesWidget(Edit *edit, QWidget *parent) : Messenger(edit, parent), edit_(edit) {}
-
-  void OwnEvent(QEvent *event) {
-    switch (event->type()) {
-      case QEvent::KeyPress:
-        QPlainTextEdit::keyPressEvent(static_cast<QKeyEvent *>(event));
-        break;
-      case QEvent::MouseButtonPress:
-        QPlainTextEdit::mousePressEvent(static_cast<QMouseEvent *>(event));
-        break;
-      case QEvent::MouseMove:
-        QPlainTextEdit::mouseMoveEvent(static_cast<QMouseEvent *>(event));
-        break;
-      case QEvent::MouseButtonRelease:
-        QPlainTextEdit::mouseReleaseEvent(static_cast<QMouseEvent *>(event));
-        break;
-      case QEvent::MouseButtonDblClick:
-        QPlainTextEdit::mouseDoubleClickEvent(static_cast<QMouseEvent *>(event));
-        break;
-      default:
-        break;
-    }
-  }
 
   // The selection looks the same without the focus.
   void KeepSelection() {
@@ -104,42 +83,41 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
       edit_->Enter(event->text(), true);
     } else {
       const OneChange change(edit_);
-      QPlainTextEdit::keyPressEvent(event);
+      OwnEvent(event);
     }
   }
 
   Edit *edit_;
 };
 
-// Where two texts differ: the first `prefix` and the last `suffix` units are the same. No pair is
-// cut.
+// Words that are longer are broken anywhere from the start: for each of its lines Qt would look for
+// the end of the word. A blank that does not break is a part of one.
+constexpr qsizetype kLongWord = 500;
+
+bool HasLongWord(QStringView shown) {
+  constexpr QStringView breaks = u" \t\u2028\u2029";
+  qsizetype start = 0;
+  for (qsizetype at = 0; at < shown.size(); ++at) {
+    if (breaks.contains(shown[at])) {
+      start = at + 1;
+    } else if (at - start >= kLongWord) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Where two texts differ: the first `prefix` and the last `suffix` units are the same. That may cut
+// a pair, which the document does not mind: it is whole again when the change is over.
 struct Difference {
   qsizetype prefix = 0, suffix = 0;
 };
 Difference Compare(QStringView from, QStringView to) {
-  const qsizetype shorter = std::min(from.size(), to.size());
-  Difference difference;
-  while (difference.prefix < shorter && from[difference.prefix] == to[difference.prefix]) {
-    ++difference.prefix;
-  }
-  if (difference.prefix > 0 && from[difference.prefix - 1].isHighSurrogate()) {
-    --difference.prefix;
-  }
-  const auto behind = [&](QStringView text, qsizetype suffix) {
-    return text[text.size() - 1 - suffix];
-  };
-  const qsizetype most = shorter - difference.prefix;
-  while (difference.suffix < most &&
-         behind(from, difference.suffix) == behind(to, difference.suffix)) {
-    ++difference.suffix;
-  }
-  const auto cuts = [&](QStringView text) {
-    return difference.suffix < text.size() && behind(text, difference.suffix).isHighSurrogate();
-  };
-  if (difference.suffix > 0 && (cuts(from) || cuts(to))) {
-    --difference.suffix;
-  }
-  return difference;
+  const auto prefix = std::mismatch(from.begin(), from.end(), to.begin(), to.end()).first;
+  const qsizetype same = prefix - from.begin();
+  const qsizetype most = std::min(from.size(), to.size()) - same;
+  const auto suffix = std::mismatch(from.rbegin(), from.rbegin() + most, to.rbegin()).first;
+  return {same, suffix - from.rbegin()};
 }
 
 struct LinesEdit : Edit {
@@ -160,7 +138,14 @@ struct LinesEdit : Edit {
     lines->ensureCursorVisible();
   }
 
+  // Ahead of a change that may be large, and behind all.
+  void WrapFor(QStringView shown) const {
+    lines->setWordWrapMode(HasLongWord(shown) ? QTextOption::WrapAnywhere
+                                              : QTextOption::WrapAtWordBoundaryOrAnywhere);
+  }
+
   void PutShown(const QString &shown) override {
+    WrapFor(shown);
     const QString before = Shown();
     const auto [prefix, suffix] = Compare(before, shown);
     QTextCursor cursor(lines->document());
@@ -176,6 +161,8 @@ struct LinesEdit : Edit {
   }
 
   void Insert(const QString &shown) override {
+    const auto [anchor, caret] = Selected();
+    WrapFor(Shown().replace(std::min(anchor, caret), std::abs(caret - anchor), shown));
     QTextCursor cursor = lines->textCursor();
     cursor.insertText(shown);
     lines->setTextCursor(cursor);
@@ -197,7 +184,6 @@ Control *NewLines(const OrlControl &row, Dialog *dialog) {
   const bool scrolls = (row.style & ORL_STYLE_SCROLL_BAR) != 0;
   lines->setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
   lines->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  lines->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
   lines->setTabChangesFocus(true);
   lines->setReadOnly(edit->IsReadOnly());
   lines->setUndoRedoEnabled(!edit->IsReadOnly());
@@ -209,8 +195,10 @@ Control *NewLines(const OrlControl &row, Dialog *dialog) {
   edit->PutShown(ShownText(row.caption, edit->textKind));
   edit->known = edit->Shown();
   edit->ForgetUndo();
-  QObject::connect(lines, &QPlainTextEdit::textChanged, lines,
-                   [changed = edit.get()] { changed->Settle(); });
+  QObject::connect(lines, &QPlainTextEdit::textChanged, lines, [changed = edit.get()] {
+    changed->WrapFor(changed->Shown());
+    changed->Settle();
+  });
   return edit.release();
 }
 

@@ -15,6 +15,29 @@ class Messenger : public Widget {
  public:
   Messenger(Control *control, QWidget *parent) : Widget(parent), control_(control) {}
 
+  // What the widget's class does with the press of a key or an event of the mouse.
+  void OwnEvent(QEvent *event) {
+    switch (event->type()) {
+      case QEvent::KeyPress:
+        Widget::keyPressEvent(static_cast<QKeyEvent *>(event));
+        break;
+      case QEvent::MouseButtonPress:
+        Widget::mousePressEvent(static_cast<QMouseEvent *>(event));
+        break;
+      case QEvent::MouseMove:
+        Widget::mouseMoveEvent(static_cast<QMouseEvent *>(event));
+        break;
+      case QEvent::MouseButtonRelease:
+        Widget::mouseReleaseEvent(static_cast<QMouseEvent *>(event));
+        break;
+      case QEvent::MouseButtonDblClick:
+        Widget::mouseDoubleClickEvent(static_cast<QMouseEvent *>(event));
+        break;
+      default:
+        break;
+    }
+  }
+
  protected:
   Control *control() const { return control_; }
 
