@@ -56,14 +56,15 @@ class DialogWidget : public QDialog {
     }
   }
 
+  // An application that wants to quit closes its windows and waits for those that refuse.
   void closeEvent(QCloseEvent *event) override {
-    event->ignore();
     const Hold hold(dialog_.get());
     if (dialog_->modal) {
       SendCommand(dialog_.get(), ORL_ID_CANCEL);
     } else {
       Send(dialog_->window, ORL_WM_CLOSE, 0, 0);
     }
+    event->setAccepted(dialog_->ended || dialog_->going);
   }
 
   // Told afterwards: what a procedure does must not happen while Qt draws.

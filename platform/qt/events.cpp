@@ -157,7 +157,7 @@ intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lPa
 }
 
 void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  static PostOffice office;
+  static thread_local PostOffice office;  // each thread has dialogs of its own
   if (Find(window).dialog != nullptr) {
     QCoreApplication::postEvent(&office, new PostedEvent(window, message, wParam, lParam));
   }

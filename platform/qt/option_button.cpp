@@ -23,19 +23,22 @@ QFont Bold(QFont font) {
 class OptionWidget : public Messenger<QRadioButton> {
  public:
   OptionWidget(Control *control, QWidget *parent) : Messenger(control, parent) {
-    setAutoExclusive(false);
     // A screen reader may mark a button without pressing it: that presses it.
     connect(this, &QRadioButton::toggled, this, [this](bool checked) {
       if (checked != marked_) {
-        setChecked(marked_);
+        Mark(marked_);
         click();
       }
     });
   }
 
+  // The dialog takes the mark from the others; that they exclude each other is for screen readers,
+  // to whom it makes a radio button.
   void Mark(bool marked) {
     marked_ = marked;
+    setAutoExclusive(false);
     setChecked(marked);
+    setAutoExclusive(true);
   }
   void ShowPicture(const Picture &picture) {
     picture_ = picture;

@@ -1,0 +1,217 @@
+// Dialogs as people see them: places and sizes, names, mnemonics, boxes, timers.
+#include <gtest/gtest.h>
+
+#include <QtTest/qtestkeyboard.h>
+#include <QAccessible>
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QtTest/qtestsystem.h>
+#include <functional>
+#include <map>
+
+#include "platform/qt/qt_windows.h"
+#include "platform/qt/state.h"
+#include "resources/dialogs.h"
+
+namespace {
+
+using qt_windows::Control;
+using qt_windows::Dialog;
+
+const OrlWindowSystem *sys = nullptr;
+std::function<void(OrlWindow)> act;                   // once the dialog stands
+std::function<intptr_t(uint32_t, uintptr_t)> answer;  // to what the dialog is told
+
+intptr_t Proc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t /*lParam*/) {
+  if (message == ORL_WM_INITDIALOG) {
+    QTimer::singleShot(0, QCoreApplication::instance(), [window] {
+      act(window);
+      sys->EndDialog(window, 1);
+    });
+  }
+  return answer ? answer(message, wParam) : 0;
+}
+
+void RunDialog(const OrlDialogTemplate *model, const std::function<void(OrlWindow)> &steps) {
+  sys = ORLQtWindowSystem();
+  ASSERT_NE(nullptr, sys) << ORLQtWindowSystemProblem();
+  act = steps;
+  EXPECT_EQ(1, sys->DialogBoxParam(model, nullptr, Proc, 0));
+  answer = nullptr;
+}
+
+QWidget *WidgetOf(OrlWindow dialog, int32_t id) {
+  return qt_windows::ControlById(qt_windows::FindDialog(dialog), id)->widget;
+}
+
+QRect PlaceOf(OrlWindow dialog, int32_t id) {
+  return WidgetOf(dialog, id)->geometry();
+}
+
+int Across(const Control &control) {
+  const auto *button = static_cast<QPushButton *>(control.widget);
+  return button->fontMetrics().size(Qt::TextShowMnemonic, button->text()).width();
+}
+
+// Whether two controls share more than a line of pixels at their border.
+bool Overlap(const Control &left, const Control &right) {
+  const QRect shared = left.widget->geometry().intersected(right.widget->geometry());
+  const bool frame = left.kind == ORL_CONTROL_GROUP || right.kind == ORL_CONTROL_GROUP;
+  const bool shown = !left.widget->isHidden() && !right.widget->isHidden();
+  return shown && !frame && shared.width() > 2 && shared.height() > 2;
+}
+
+// Every template, in its own size and enlarged. Of the editor's the plain form: others stand where
+// its mode buttons do until it has laid them out.
+TEST(QtDialog, ControlsHaveRoomAndKeepApart) {
+  for (const char *name : {kDialogEditor, kDialogTextView, kDialogValues, kDialogError}) {
+    SCOPED_TRACE(name);
+    RunDialog(FindDialog(name), [](OrlWindow window) {
+      const Dialog *dialog = qt_windows::FindDialog(window);
+      for (const int32_t id : {132, 134, 135, 136, 138}) {
+        sys->ShowWindow(sys->GetDlgItem(window, id), 0);
+      }
+      for (const QSize &extra : {QSize(0, 0), QSize(333, 0), QSize(0, 277), QSize(901, 700)}) {
+        dialog->widget->resize(dialog->baseSize + extra);
+        for (const auto &control : dialog->controls) {
+          const bool button = control->kind == ORL_CONTROL_BUTTON;
+          EXPECT_TRUE(!button || Across(*control) + 4 <= control->widget->width()) << control->id;
+          for (const auto &other : dialog->controls) {
+            EXPECT_FALSE(control != other && Overlap(*control, *other))
+                << control->id << " and " << other->id << " at +" << extra.width();
+          }
+        }
+      }
+    });
+  }
+}
+
+TEST(QtDialog, EnlargedGivesTheRoomToTextAndLists) {
+  RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
+    const Dialog *dialog = qt_windows::FindDialog(window);
+    std::map<int32_t, QRect> before;
+    const std::vector<int32_t> ids = {1, 100, 101, 103, 106, 107, 114, 120, 129, 134, 136, 139};
+    for (const int32_t id : ids) before[id] = PlaceOf(window, id);
+    dialog->widget->resize(dialog->baseSize + QSize(300, 200));
+    const auto grown = [&](int32_t id) { return PlaceOf(window, id).size() - before[id].size(); };
+    EXPECT_EQ(300, grown(100).width());
+    EXPECT_EQ(300, grown(139).width());
+    EXPECT_EQ(300, grown(106).width() + grown(107).width() + grown(114).width());
+    EXPECT_GT(grown(101).width(), 50);
+    // The text and the lists below it share the height.
+    EXPECT_NEAR(200, grown(100).height() + grown(106).height(), 20);
+    EXPECT_GT(grown(100).height(), 50);
+    EXPECT_GT(grown(107).height(), 50);
+    for (const int32_t id : {1, 103, 120, 134}) EXPECT_EQ(QSize(0, 0), grown(id)) << id;
+    // What stands together stays together.
+    const auto apart = [&](int32_t left, int32_t right) {
+      return PlaceOf(window, right).topLeft() - PlaceOf(window, left).topLeft() -
+             (before[right].topLeft() - before[left].topLeft());
+    };
+    EXPECT_EQ(QPoint(0, 0), apart(134, 136));
+    EXPECT_EQ(QPoint(0, 0), apart(120, 129));
+    dialog->widget->resize(dialog->baseSize);
+    for (const int32_t id : ids) EXPECT_EQ(before[id], PlaceOf(window, id)) << id;
+  });
+}
+
+QString SpokenName(QWidget *widget) {
+  return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+}
+
+TEST(QtDialog, ControlsHaveNamesForThoseWhoCannotSeeThem) {
+  RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
+    const std::pair<int32_t, const char *> names[] = {
+        {100, "Formula text"}, {101, "Formula Name"}, {106, "Data Items"}, {107, "Functions"},
+        {114, "Formulas"},     {134, "Formula"},      {103, "Cut"},        {1, "OK"}};
+    for (const auto &[id, name] : names) {
+      EXPECT_EQ(QString(name), SpokenName(WidgetOf(window, id))) << id;
+    }
+    for (const auto &control : qt_windows::FindDialog(window)->controls) {
+      const bool named =
+          control->kind == ORL_CONTROL_LABEL || !SpokenName(control->widget).isEmpty();
+      EXPECT_TRUE(named) << control->id;
+    }
+    EXPECT_EQ(QAccessible::RadioButton,
+              QAccessible::queryAccessibleInterface(WidgetOf(window, 134))->role());
+  });
+  RunDialog(FindDialog(kDialogError), [](OrlWindow window) {
+    sys->SetWindowText(sys->GetDlgItem(window, 201), "What is wrong");
+    EXPECT_EQ("What is wrong", qt_windows::FindDialog(window)->widget->accessibleDescription());
+  });
+}
+
+// Mnemonics by the keyboard: Alt and a letter, on whatever has the focus.
+TEST(QtDialog, MnemonicsLeadToControls) {
+  const struct {
+    Qt::Key key;
+    int32_t focus;
+  } rows[] = {{Qt::Key_I, 106}, {Qt::Key_U, 114}, {Qt::Key_F, 107},
+              {Qt::Key_M, 134}, {Qt::Key_M, 101}, {Qt::Key_Q, 101}};
+  RunDialog(FindDialog(kDialogEditor), [&rows](OrlWindow window) {
+    sys->SetFocus(sys->GetDlgItem(window, 100));
+    EXPECT_TRUE(QTest::qWaitForWindowActive(qt_windows::FindDialog(window)->widget));
+    for (const auto &row : rows) {
+      ASSERT_NE(nullptr, QApplication::focusWidget());
+      QTest::keyClick(QApplication::focusWidget(), row.key, Qt::AltModifier);
+      EXPECT_EQ(WidgetOf(window, row.focus), QApplication::focusWidget()) << row.key;
+    }
+    EXPECT_EQ(0, sys->GetWindowTextLength(sys->GetDlgItem(window, 101))) << "a letter was typed";
+  });
+}
+
+TEST(QtDialog, BoxesOfferWhatTheirTypeSays) {
+  const struct {
+    uint32_t type;
+    QList<Qt::Key> keys;
+    int32_t answer, buttons;
+    QMessageBox::Icon icon;
+  } rows[] = {
+      {ORL_MB_OK | ORL_MB_ICONSTOP, {Qt::Key_Return}, ORL_ID_OK, 1, QMessageBox::Critical},
+      {ORL_MB_OK, {Qt::Key_Escape}, ORL_ID_OK, 1, QMessageBox::NoIcon},
+      {ORL_MB_YESNO | ORL_MB_ICONQUESTION, {Qt::Key_Return}, ORL_IDYES, 2, QMessageBox::Question},
+      {ORL_MB_YESNO | ORL_MB_DEFBUTTON2, {Qt::Key_Return}, ORL_IDNO, 2, QMessageBox::NoIcon},
+      {ORL_MB_YESNO, {Qt::Key_Escape}, ORL_IDNO, 2, QMessageBox::NoIcon},
+      {ORL_MB_YESNOCANCEL, {Qt::Key_Escape}, ORL_ID_CANCEL, 3, QMessageBox::NoIcon},
+  };
+  RunDialog(FindDialog(kDialogValues), [&rows](OrlWindow window) {
+    for (const auto &row : rows) {
+      QTimer::singleShot(0, QCoreApplication::instance(), [&row] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        ASSERT_NE(nullptr, box);
+        EXPECT_EQ(row.icon, box->icon());
+        EXPECT_EQ(row.buttons, box->buttons().size());
+        EXPECT_EQ("<b>one</b>\ntwo", box->text());
+        QTest::keyClick(box, row.keys[0]);
+      });
+      EXPECT_EQ(row.answer, sys->MessageBox(window, "<b>one</b>\r\ntwo", "Box", row.type))
+          << row.type;
+    }
+  });
+}
+
+TEST(QtDialog, TimersAndPostedMessagesCome) {
+  std::vector<std::pair<uint32_t, uintptr_t>> told;
+  answer = [&told](uint32_t message, uintptr_t wParam) {
+    if (message == ORL_WM_TIMER || message > 1024) told.emplace_back(message, wParam);
+    return 0;
+  };
+  RunDialog(FindDialog(kDialogValues), [&told](OrlWindow window) {
+    sys->SetTimer(window, 7, 20);
+    sys->SetTimer(window, 8, 0x7FFFFFFF);
+    sys->PostMessage(window, 1025, 1, 0);
+    sys->PostMessage(window, 1026, 2, 0);
+    EXPECT_TRUE(told.empty()) << "at once";
+    while (told.size() < 4) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    sys->KillTimer(window, 7);
+    sys->PostMessage(window, 1027, 3, 0);  // never comes: the dialog goes first
+  });
+  using Told = std::vector<std::pair<uint32_t, uintptr_t>>;
+  EXPECT_EQ((Told{{1025, 1}, {1026, 2}, {ORL_WM_TIMER, 7}, {ORL_WM_TIMER, 7}}),
+            Told(told.begin(), told.begin() + 4));
+}
+
+}  // namespace
