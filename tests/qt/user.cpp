@@ -401,13 +401,17 @@ int32_t ORLHeadlessSelect(OrlWindow dialog, int32_t id, int32_t from, int32_t to
   const Window target = FindWindow(dialog, id);
   const Control *edit = target.control;
   if (edit == nullptr || edit->kind != ORL_CONTROL_EDIT || !IsUsable(target)) return 0;
+  Spot start = SpotOfByte(*edit, from);
+  if (!IsSeen(*edit, start)) return 0;
   OrlHeadlessState state = {};
   ORLHeadlessLook(dialog, id, &state);
   // Whoever presses on a selection drags it: it is taken away by a click first.
-  if (state.selectionStart != state.selectionEnd) PressAt(SpotOfByte(*edit, from), false);
-  if (!IsUsable(FindWindow(dialog, id))) return End(false);
-  const Spot start = SpotOfByte(*edit, from);
-  if (!IsSeen(*edit, start)) return End(false);
+  if (state.selectionStart != state.selectionEnd) {
+    PressAt(start, false);
+    Settle();
+    if (!IsUsable(FindWindow(dialog, id))) return 0;
+    start = SpotOfByte(*edit, from);
+  }
   MoveTo(start);
   Mouse(start, QEvent::MouseButtonPress, Qt::LeftButton);
   const Spot end = SpotOfByte(*edit, to);
