@@ -54,7 +54,7 @@ class LabelWidget : public QLabel {
 
  protected:
   bool event(QEvent *event) override {
-    if (event->type() == QEvent::Polish) {
+    if (event->type() == QEvent::Show) {
       ShowCaption(caption_);
     }
     // The mnemonic leads to its control and presses nothing.

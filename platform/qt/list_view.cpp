@@ -247,7 +247,7 @@ class ListView : public Messenger<QListView> {
   // By no routine of this file: a screen reader's doing, which is told when it is over.
   void selectionChanged(const QItemSelection &now, const QItemSelection &before) override {
     QListView::selectionChanged(now, before);
-    if (!list_->changesItself) {
+    if (!list_->changesItself && !(now.isEmpty() && before.isEmpty())) {
       QMetaObject::invokeMethod(
           this, [this] { Tell(list_, ORL_LBN_SELCHANGE); }, Qt::QueuedConnection);
     }
