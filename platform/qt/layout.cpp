@@ -226,8 +226,9 @@ void FitHints(Dialog *dialog) {
     if (lacking > 0) {
       control->base.setHeight(height);
       dialog->baseSize.rheight() += lacking;
+      const QSize size = dialog->widget->size() + QSize(0, lacking);
       dialog->widget->setMinimumSize(dialog->baseSize);
-      dialog->widget->resize(dialog->widget->size() + QSize(0, lacking));
+      dialog->widget->resize(size);
       LayOut(dialog);
     }
   }

@@ -1,0 +1,138 @@
+"""A screen of its own (Xvfb) with the keyboard and mouse of a user (xdotool) in front of it."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BUILD = pathlib.Path(os.environ.get("ORLI_BUILD", ROOT / "build/release"))
+PATIENCE = 30  # seconds for a window to come or go
+
+# Of the editor's template, in dialog units: a unit is an eighth of the font's height, and the window
+# has the width of the template.
+EDITOR_WIDTH = 300
+PLACES = {  # id: x, y, width, height
+    "text": (-1, -1, 301, 45), "formula mode": (105, 57, 31, 24), "range mode": (136, 57, 31, 24),
+    "set mode": (167, 57, 31, 24), "items": (9, 57, 81, 81), "functions": (208, 57, 79, 81),
+    "select": (106, 145, 90, 14), "show": (106, 161, 90, 14), "values": (106, 177, 90, 14),
+    "name": (80, 205, 139, 12), "ok": (9, 225, 42, 14), "cancel": (57, 225, 42, 14),
+    "delete": (105, 225, 42, 14), "wrap": (153, 225, 42, 14), "plus": (242, 151, 14, 11),
+    "times": (242, 163, 14, 11), "2": (250, 223, 14, 11)}
+
+
+def missing():
+    """What is not installed of what a screen needs, in words; empty when all is there."""
+    lacking = [tool for tool in ("Xvfb", "xdotool") if shutil.which(tool) is None]
+    lacking += [] if (BUILD / "bin/grab").exists() else ["the window system on Qt widgets"]
+    return ", ".join(lacking)
+
+
+class Screen:
+    """The screen; close() ends it and the programs on it."""
+
+    def __init__(self, width=1280, height=1000, scale="1", manager=None, **variables):
+        reader, writer = os.pipe()
+        self.folder = tempfile.TemporaryDirectory()
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{width}x{height}x24",
+             "-nolisten", "tcp", "-noreset"],
+            pass_fds=[writer], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(writer)
+        with os.fdopen(reader) as told:
+            number = told.readline().strip()
+        if not number:
+            self.server.wait()
+            raise RuntimeError("Xvfb has not started")
+        hidden = ("WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "SESSION_MANAGER", "QT_STYLE_OVERRIDE")
+        self.environment = {name: value for name, value in os.environ.items() if name not in hidden}
+        self.environment.update(DISPLAY=f":{number}", QT_SCALE_FACTOR=scale, LC_ALL="C.UTF-8",
+                                **dict.fromkeys(("XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "HOME"),
+                                                self.folder.name), **variables)
+        self.programs = []
+        font = subprocess.run([BUILD / "bin/grab", "font"], env=self.environment, check=True,
+                              capture_output=True)
+        self.down = float(font.stdout) / 8  # pixels of a unit from top to bottom
+        if manager is not None:
+            self.start([manager])
+            time.sleep(1)
+
+    def start(self, command, **options):
+        program = subprocess.Popen(command, env=self.environment, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, **options)
+        self.programs.append(program)
+        return program
+
+    def close(self):
+        for program in self.programs:
+            program.kill()
+            program.communicate()
+        self.server.terminate()
+        self.server.wait()
+        self.folder.cleanup()
+
+    # ---- Looking
+
+    def tool(self, *arguments):
+        result = subprocess.run(["xdotool", *map(str, arguments)], env=self.environment,
+                                capture_output=True, check=False)
+        return result.returncode, result.stdout.decode()
+
+    def windows(self, title):
+        """The visible windows whose title matches a pattern, the oldest first."""
+        return self.tool("search", "--onlyvisible", "--name", title)[1].split()
+
+    def wait(self, title, there=True):
+        """Waits until a window with this title is there, or is not; its number."""
+        end = time.monotonic() + PATIENCE
+        while bool(found := self.windows(title)) != there:
+            if time.monotonic() > end:
+                raise AssertionError(f"no window {title!r}" if there else f"{title!r} stays open")
+            time.sleep(0.05)
+        if there:
+            self.tool("windowfocus", "--sync", found[-1])
+        return found[-1] if found else None
+
+    def place(self, window):
+        """x, y, width and height of a window's inside on the screen."""
+        lines = self.tool("getwindowgeometry", "--shell", window)[1].split()
+        told = dict(line.split("=") for line in lines)
+        return tuple(int(told[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+
+    def picture(self, path, x, y, width, height):
+        subprocess.run([BUILD / "bin/grab", path, *map(str, (x, y, width, height))], check=True,
+                       env=dict(self.environment, QT_SCALE_FACTOR="1"))
+
+    def pixels(self, x, y, width, height):
+        """Rows of (r, g, b) of a part of the screen."""
+        path = pathlib.Path(self.folder.name) / "part.ppm"
+        self.picture(path, x, y, width, height)
+        data = path.read_bytes()
+        body = data[-3 * width * height:]
+        return [[tuple(body[3 * (row * width + column):][:3]) for column in range(width)]
+                for row in range(height)]
+
+    # ---- Acting
+
+    def key(self, *keys):
+        self.tool("key", "--delay", 20, *keys)
+        time.sleep(0.1)
+
+    def type(self, text):
+        self.tool("type", "--delay", 20, "--", text)
+        time.sleep(0.1)
+
+    def click(self, x, y, button=1, times=1):
+        self.tool("mousemove", x, y)
+        self.tool("click", "--repeat", times, "--delay", 40, button)
+        time.sleep(0.2)
+
+    def click_control(self, editor, name, times=1, row=None):
+        """The middle of a control of the editor, which is as large as it opened; or a row of a list."""
+        x, y, width, height = PLACES[name]
+        left, top, all_width, _ = self.place(editor)
+        across, down = all_width / EDITOR_WIDTH, self.down
+        at = (y + height / 2) * down if row is None else y * down + 2 + (row + 0.5) * 8 * down
+        self.click(round(left + (x + width / 2) * across), round(top + at), times=times)

@@ -1,0 +1,155 @@
+"""The editor in a real window: orli edit and load with the keyboard and mouse of a user."""
+
+import subprocess
+import sys
+import unittest
+
+import screen
+from screen import PATIENCE, Screen
+
+ORLI = screen.BUILD / "bin/orli"
+SALES = "amount,tax,sold,place\n10,0.5,2024-01-31,O'Brien\n20,0.25,2024-02-29,b\n"
+ITEMS = ("amount", "place", "sold", "tax")  # as the list sorts them
+HIGHLIGHT = (48, 140, 198)  # Qt's own colours
+
+
+class EditorCase(unittest.TestCase):
+    scale, size = "1", (1280, 1000)
+
+    def setUp(self):
+        self.screen = Screen(*self.size, scale=self.scale)
+        self.addCleanup(self.screen.close)
+        folder = screen.pathlib.Path(self.screen.folder.name)
+        self.data, self.store = folder / "sales.csv", folder / "sales.store"
+        self.data.write_text(SALES)
+
+    def orli(self, *arguments, status=0):
+        """The output of a command that opens no window."""
+        done = subprocess.run([ORLI, *map(str, arguments)], capture_output=True, check=False)
+        self.assertEqual(done.returncode, status, (arguments, done.stderr))
+        return done.stdout.decode()
+
+    def open(self, *arguments, title="Formula Editor"):
+        self.program = self.screen.start([ORLI, *map(str, arguments)])
+        self.editor = self.screen.wait(f"^{title}")
+
+    def edit(self, *arguments, **title):
+        self.open("edit", self.store, self.data, *arguments, **title)
+
+    def pick(self, *items):
+        for item in items:
+            self.screen.click_control(self.editor, "items", times=2, row=ITEMS.index(item))
+
+    def press(self, *controls):
+        for control in controls:
+            self.screen.click_control(self.editor, control)
+
+    def finish(self):
+        """What the program has said, once it has ended well."""
+        output, errors = self.program.communicate(timeout=PATIENCE)
+        self.assertEqual(self.program.returncode, 0, errors)
+        return output.decode()
+
+    def selected(self, window):
+        """The first and last columns of a window in which something is selected, as shares of its width."""
+        x, y, width, height = self.screen.place(window)
+        rows = self.screen.pixels(x, y, width, height // 3)
+        columns = [column for row in rows for column, color in enumerate(row) if color == HIGHLIGHT]
+        return (min(columns) / width, max(columns) / width) if columns else None
+
+
+class MouseTest(EditorCase):
+    def test_picked_formula_is_saved_and_computed(self):
+        self.edit()
+        self.pick("amount")
+        self.press("times", "2", "plus")
+        self.pick("tax")
+        self.screen.click_control(self.editor, "name", times=3)
+        self.screen.type("total")
+        self.press("ok")
+        self.assertIn("total=amount * 2 + tax", self.finish())
+        rows = self.orli("eval", self.data, "--store", self.store, "--format", "csv")
+        self.assertEqual(rows.split(), ["total", "20.5", "40.25"])
+
+    def test_wrong_part_is_selected_in_the_box_and_in_the_text(self):
+        self.edit()
+        self.screen.type("amount + nothing * tax")
+        self.press("ok")
+        box = self.screen.wait("^Formula Information$")
+        narrow = self.selected(box)
+        self.assertIsNotNone(narrow, "nothing is selected")
+        self.screen.type("x")  # changes nothing
+        self.screen.key("Escape")
+        self.screen.wait("^Formula Information$", there=False)
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        self.screen.type("2")
+        self.press("ok")
+        self.assertIn("=amount + 2 * tax", self.finish())
+        self.assertLess(0.1, narrow[0])
+        self.assertLess(narrow[1], 0.6)
+
+    def test_values_of_the_data_become_literals(self):
+        self.edit("--mode", "set", title="Set Editor")
+        self.screen.click_control(self.editor, "items", row=ITEMS.index("place"))
+        self.press("values")
+        values = self.screen.wait("^place - Values$")
+        x, y, width, height = self.screen.place(values)
+        for row in (1, 0):  # sorted: b, O'Brien
+            self.screen.click(x + width // 2, y + round(height * (0.13 + row * 0.115)), times=2)
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        self.press("ok")
+        saved = self.finish()
+        self.assertRegex(saved, r"='O''Brien', ?'b'")
+
+
+class LargeMouseTest(MouseTest):
+    """The same where a unit has twice the pixels."""
+    scale, size = "2", (1600, 1400)
+
+
+class KeyboardTest(EditorCase):
+    def test_keys_alone_do_all(self):
+        self.orli("define", self.store, self.data, "half=amount / 2")
+        self.edit()
+        self.screen.key("alt+i")  # the data items
+        self.screen.type("tax ")  # the blank picks
+        self.screen.type("- 1 + ")
+        self.screen.key("alt+u", "Down", "space")  # the formulas
+        self.screen.key("ctrl+z", "ctrl+shift+z")
+        self.screen.key("alt+m", "alt+m")  # two controls have that mnemonic
+        self.screen.key("Return")
+        self.assertRegex(self.finish(), r"=tax ?- 1 \+ half\(\)")
+
+    def test_escape_leaves_the_store_as_it_was(self):
+        self.orli("define", self.store, self.data, "half=amount / 2")
+        before = self.store.read_bytes()
+        self.edit("half")
+        self.screen.type("1 + ")
+        self.screen.key("Escape")
+        self.finish()
+        self.assertEqual(self.store.read_bytes(), before)
+
+
+class LoadTest(EditorCase):
+    def test_broken_formula_is_mended_while_it_loads(self):
+        self.orli("define", self.store, self.data, "half=amount / 2")
+        # As a hand that does not know better would leave it: the same length, no such name.
+        broken = self.store.read_bytes().replace(b"amount / 2\0", b"amout1 / 2\0")
+        self.store.write_bytes(broken)
+        self.open("load", self.store)
+        self.screen.wait("^Formula Information$")
+        self.screen.key("Return")
+        self.screen.wait("^Formula Information$", there=False)
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        self.screen.type("amount")
+        self.screen.key("Return")
+        self.finish()
+        self.assertEqual(self.orli("show", self.store, "half").strip(), "amount / 2")
+
+
+if __name__ == "__main__":
+    lacking = screen.missing()
+    if lacking:
+        print(f"skipped: not there: {lacking}")
+        sys.exit(77)
+    unittest.main(argv=[sys.argv[0], "-v"] if len(sys.argv) == 1 else sys.argv)
