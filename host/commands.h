@@ -70,6 +70,19 @@ int RunRename(const std::string &store, const std::string &from, const std::stri
 /* The names of the formulas that use a column, function or formula. */
 int RunUses(const std::string &store, const std::string &name);
 
+struct EditOptions {
+  std::string store, data;
+  std::string name;   /* of the formula to be edited; empty: a new one */
+  std::string mode;   /* "formula", "range" or "set"; empty: as the formula is */
+  std::string values; /* the column whose values are listed at once; empty: none */
+};
+
+/* Opens the formula editor on a store, over the columns of a file. */
+int RunEdit(const EditOptions &options);
+/* Reads a store, for the columns of a file unless `data` is empty; opens the editor for each
+ * formula that does not parse. */
+int RunLoad(const std::string &store, const std::string &data);
+
 struct SqlOptions {
   std::string store, data;
   std::vector<std::string> names;      /* of the formulas to be computed */

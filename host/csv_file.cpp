@@ -20,6 +20,7 @@ struct ReadState {
   const CsvFile *csv = nullptr;
   CsvRow row;
   int64_t line = 1;      /* the parser's present line */
+  bool begun = false;    /* a piece has been read */
   int lastEnd = 0;       /* byte that ended the row before */
   bool afterEnd = false; /* nothing has come since then */
   bool stopped = false;  /* the rest of the chunk is of no interest */
@@ -103,31 +104,20 @@ std::string ParserProblem(const CsvFile &csv, const ReadState &state, csv_parser
   return At(csv, line, csv_strerror(csv_error(&parser)));
 }
 
-bool ReadChunks(CsvFile &csv, csv_parser &parser, ReadState &state) {
+/* One piece of the file, if there is one more, to the parser. */
+bool ReadChunk(const CsvFile &csv, csv_parser &parser, ReadState &state) {
   static std::array<char, kChunk> chunk;
-  bool first = true;
-  while (!state.stopped) {
-    const size_t got = std::fread(chunk.data(), 1, chunk.size(), csv.file);
-    if (got == 0) {
-      break;
-    }
-    const size_t mark =
-        first && got >= 3 && std::memcmp(chunk.data(), "\xEF\xBB\xBF", 3) == 0 ? 3 : 0;
-    first = false;
-    const size_t size = got - mark;
-    if (csv_parse(&parser, chunk.data() + mark, size, OnField, OnRowEnd, &state) != size) {
-      Fail(state, ParserProblem(csv, state, parser));
-    } else if (!state.stopped && csv_get_buffer_size(&parser) > kLongestField) {
-      Fail(state, At(csv, state.line, "a field of more than 16 MiB; is a closing quote missing?"));
-    }
-  }
-  if (!state.stopped && std::ferror(csv.file) != 0) {
-    Fail(state, csv.path + ": " + std::strerror(errno));
-  }
-  if (!state.stopped && csv_fini(&parser, OnField, OnRowEnd, &state) != 0) {
+  const size_t got = std::fread(chunk.data(), 1, chunk.size(), csv.file);
+  const bool marked = !state.begun && got >= 3 && std::memcmp(chunk.data(), "\xEF\xBB\xBF", 3) == 0;
+  const size_t mark = marked ? 3 : 0;
+  const size_t size = got - mark;
+  state.begun = true;
+  if (csv_parse(&parser, chunk.data() + mark, size, OnField, OnRowEnd, &state) != size) {
     Fail(state, ParserProblem(csv, state, parser));
+  } else if (!state.stopped && csv_get_buffer_size(&parser) > kLongestField) {
+    Fail(state, At(csv, state.line, "a field of more than 16 MiB; is a closing quote missing?"));
   }
-  return !state.failed;
+  return got != 0;
 }
 
 /* Puts a copy in a temporary file, which is gone when it is closed, in the place of a pipe. */
@@ -149,6 +139,11 @@ bool SpoolToFile(CsvFile &csv, std::string &error) {
 }
 
 }  // namespace
+
+struct CsvReading {
+  csv_parser parser = {};
+  ReadState state;
+};
 
 bool CsvOpen(const char *path, CsvFile &csv, std::string &error) {
   const bool isInput = std::strcmp(path, "-") == 0;
@@ -177,23 +172,48 @@ void CsvClose(CsvFile &csv) {
   csv.file = nullptr;
 }
 
-bool CsvRead(CsvFile &csv, CsvRowProc proc, void *user, std::string &error) {
-  csv_parser parser;
-  if (csv_init(&parser, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) {
+CsvReadingOwner CsvBegin(CsvFile &csv, CsvRowProc proc, void *user, std::string &error) {
+  CsvReadingOwner reading(new CsvReading);
+  if (csv_init(&reading->parser, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) {
     error = "no memory";
-    return false;
+    return nullptr;
   }
-  csv_set_blk_size(&parser, kChunk);
+  csv_set_blk_size(&reading->parser, kChunk);
   std::rewind(csv.file);
   error.clear();
-  ReadState state;
-  state.csv = &csv;
-  state.proc = proc;
-  state.user = user;
-  state.error = &error;
-  const bool good = ReadChunks(csv, parser, state);
-  csv_free(&parser);
-  return good;
+  reading->state.csv = &csv;
+  reading->state.proc = proc;
+  reading->state.user = user;
+  reading->state.error = &error;
+  return reading;
+}
+
+bool CsvReadOn(CsvReading &reading) {
+  ReadState &state = reading.state;
+  const CsvFile &csv = *state.csv;
+  if (state.stopped || ReadChunk(csv, reading.parser, state)) {
+    return !state.stopped;
+  }
+  if (!state.stopped && std::ferror(csv.file) != 0) {
+    Fail(state, csv.path + ": " + std::strerror(errno));
+  }
+  if (!state.stopped && csv_fini(&reading.parser, OnField, OnRowEnd, &state) != 0) {
+    Fail(state, ParserProblem(csv, state, reading.parser));
+  }
+  state.stopped = true;
+  return false;
+}
+
+void CsvReadingEnd::operator()(CsvReading *reading) const {
+  csv_free(&reading->parser);
+  delete reading;
+}
+
+bool CsvRead(CsvFile &csv, CsvRowProc proc, void *user, std::string &error) {
+  const CsvReadingOwner reading = CsvBegin(csv, proc, user, error);
+  while (reading != nullptr && CsvReadOn(*reading)) {
+  }
+  return reading != nullptr && !reading->state.failed;
 }
 
 const char *CsvField(const CsvRow &row, size_t index) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,18 @@ void CsvClose(CsvFile &csv);
  * message in `error`, place included, when the file cannot be read, is not CSV or the row routine
  * failed. */
 bool CsvRead(CsvFile &csv, CsvRowProc proc, void *user, std::string &error);
+
+/* A reading that takes its time: each call of CsvReadOn hands on the rows of the next 64 KiB. False
+ * when it was the last, also by a failure, which `error` of CsvBegin tells. */
+struct CsvReading;
+struct CsvReadingEnd {
+  void operator()(CsvReading *reading) const;
+};
+using CsvReadingOwner = std::unique_ptr<CsvReading, CsvReadingEnd>;
+/* Null with a message when there is no memory. File, `user` and `error` must stay as long as the
+ * reading, and the file has no other reading meanwhile. */
+CsvReadingOwner CsvBegin(CsvFile &csv, CsvRowProc proc, void *user, std::string &error);
+bool CsvReadOn(CsvReading &reading);
 
 /* The text of a field, zero-terminated; valid as long as the row. */
 const char *CsvField(const CsvRow &row, size_t index);

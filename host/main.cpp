@@ -35,6 +35,7 @@ constexpr const char *kFooter =
     "                               --sum rain=precipitation --greatest warmest=temp_max\n"
     "  orli define weather.store data/weather.csv mean='(temp_max + temp_min) / 2'\n"
     "  orli eval data/weather.csv --store weather.store --formula warm='mean() - 10'\n"
+    "  orli edit weather.store data/weather.csv mean\n"
     "\n"
     "A text that begins with a minus stands behind --, as in: orli check DATA.csv -- '-.5 + wind'\n"
     "Exit status: 0 done, 1 the data or a formula is wrong, 2 the command line is wrong.";
@@ -44,6 +45,7 @@ struct CommandLine {
   std::vector<std::string> formulas;
   EvalOptions eval;
   ReportOptions report;
+  EditOptions edit;
   SqlOptions sql;
 };
 
@@ -256,6 +258,35 @@ std::string NotEmpty(const std::string &value) {
   return value.empty() ? "the value is empty" : "";
 }
 
+void AddEdit(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *edit = app.add_subcommand("edit", "Open the formula editor on a store");
+  AddArgument(edit, "STORE", line.store, "The file of formulas; made when it is not there");
+  AddArgument(edit, "DATA.csv", line.data, "The file whose columns formulas use");
+  edit->add_option("NAME", line.edit.name, "The formula to edit; a new one if not told")
+      ->type_name("");
+  edit->add_option("--mode", line.edit.mode,
+                   "What to write; if not told, what NAME is, or a\nformula")
+      ->type_name("formula|range|set")
+      ->check(Silent(CLI::IsMember({"formula", "range", "set"})));
+  edit->add_option("--values", line.edit.values, "The column whose values to list at once")
+      ->type_name("COLUMN")
+      ->check(NotEmpty);
+  edit->final_callback([&line, &status] {
+    line.edit.store = line.store;
+    line.edit.data = line.data;
+    status = RunEdit(line.edit);
+  });
+}
+
+void AddLoad(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *load =
+      app.add_subcommand("load", "Read a store; open the editor for what no longer parses");
+  AddArgument(load, "STORE", line.store, "The file of formulas");
+  load->add_option("DATA.csv", line.data, "The file whose columns it is for from now on")
+      ->type_name("");
+  load->final_callback([&line, &status] { status = RunLoad(line.store, line.data); });
+}
+
 void AddSql(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *sql = app.add_subcommand("sql", "Let a database compute stored formulas");
   AddArgument(sql, "STORE", line.store, "The file of formulas");
@@ -325,6 +356,8 @@ int Run(int argc, char **argv) {
   AddList(app, line, status);
   AddNameCommands(app, line, status);
   AddRename(app, line, status);
+  AddEdit(app, line, status);
+  AddLoad(app, line, status);
   AddSql(app, line, status);
   app.footer(kFooter);
   const std::string first = argc > 1 ? argv[1] : "-";

@@ -88,7 +88,7 @@ bool DeclareColumns(Session &session, std::string &error) {
 }  // namespace
 
 EC NewContext() {
-  EC ec = ORLCreateEC(nullptr, LookUp, nullptr, ORL_FLAG_RANGES);
+  EC ec = ORLCreateEC(nullptr, LookUp, nullptr, ORL_FLAG_RANGES | ORL_FLAG_LIST_ALL);
   if (ec != nullptr && (FUNDefineFunctions(ec) == 0 || !OdbcFunctionsDeclare(ec))) {
     ORLDestroyEC(ec);
     return nullptr;

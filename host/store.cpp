@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <cstdio>
 #include <cstring>
+#include <map>
 #include <new>
 #include <string_view>
 
@@ -105,7 +107,7 @@ std::string TakeColumn(Walk &walk, Column &column) {
                                    : Unknown("column " + DisplayName(column.name), routine);
 }
 
-/* Takes the bytes apart, to the last one; what is wrong with them, or nothing. */
+/* As StoreTakeApart, for a store that is empty. */
 std::string TakeApart(const std::string &bytes, Store &store) {
   Walk walk{bytes};
   std::string problem = TakeStart(walk);
@@ -154,10 +156,14 @@ void Forget(const Store &store, const std::set<std::string> &names) {
 
 }  // namespace
 
-bool StoreRead(const std::string &bytes, Store &store, std::string &problem, size_t *wrong) {
+std::string StoreTakeApart(const std::string &bytes, Store &store) {
   store.columns.clear();
   store.formulas.clear();
-  problem = TakeApart(bytes, store);
+  return TakeApart(bytes, store);
+}
+
+bool StoreRead(const std::string &bytes, Store &store, std::string &problem, size_t *wrong) {
+  problem = StoreTakeApart(bytes, store);
   if (!problem.empty()) {
     return false;
   }
@@ -165,6 +171,7 @@ bool StoreRead(const std::string &bytes, Store &store, std::string &problem, siz
   std::vector<Formula> tried = store.formulas;
   bool good = Load(bytes, 0, store);
   if (good && !FormulasDefine(store.ec.get(), tried, problem, wrong)) {
+    store.formulas = tried;
     return false;
   }
   /* What is not as orli writes it would be lost when the store is next written. */
@@ -245,6 +252,17 @@ bool StoreSave(const StoreFile &file, const std::string &bytes, std::string &err
   return false;
 }
 
+void StoreTell(const std::vector<Formula> &formulas, int status) {
+  for (const Formula &formula : formulas) {
+    const std::string line = formula.name + "=" + formula.text;
+    if (status == EXIT_GOOD) {
+      std::puts(line.c_str());
+    } else {
+      Complain("not stored: " + line, status);
+    }
+  }
+}
+
 const Column *StoreColumn(const Store &store, const std::string &name) {
   Column asHeader;
   asHeader.header = name;
@@ -286,6 +304,51 @@ std::string NameList(const std::vector<std::string> &names) {
     list += (list.empty() ? "" : ", ") + name;
   }
   return DisplayName(list);
+}
+
+std::vector<Formula> FormulasOf(EC ec) {
+  std::vector<Formula> formulas;
+  for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
+    HEXP exp = ORLHEXPFromOrdinal(ec, i);
+    std::string name(static_cast<size_t>(ORLGetExpressionNameLength(ec, exp)) + 1, '\0');
+    std::string text(static_cast<size_t>(ORLGetExpressionTextLength(ec, exp)) + 1, '\0');
+    ORLGetExpressionName(ec, exp, static_cast<int32_t>(name.size()), name.data());
+    ORLGetExpressionText(ec, exp, static_cast<int32_t>(text.size()), text.data());
+    formulas.push_back(FormulaOf(name.c_str(), text.c_str()));
+  }
+  return formulas;
+}
+
+std::vector<Formula> FormulasMerged(const std::vector<Formula> &formulas,
+                                    const std::vector<Formula> &wanted) {
+  std::vector<Formula> merged;
+  std::map<std::string, size_t> places;
+  for (const std::vector<Formula> *part : {&formulas, &wanted}) {
+    for (const Formula &formula : *part) {
+      const auto [place, isNew] = places.emplace(formula.name, merged.size());
+      if (isNew) {
+        merged.push_back(FormulaOf(formula.name, formula.text));
+      } else {
+        merged[place->second].text = formula.text;
+      }
+    }
+  }
+  return merged;
+}
+
+bool StoreDefine(const Store &store, const StoreFile &file, const std::set<std::string> &renewed,
+                 const Session &session, std::vector<Formula> &formulas, std::string &error) {
+  const bool defined = FormulasDefine(session.ec, formulas, error);
+  /* A column that is missing is told rather than the error that this makes. */
+  const std::string misfits = StoreMisfits(store, file, session, renewed, !defined);
+  if (!misfits.empty()) {
+    error = misfits;
+  } else if (formulas.size() > INT16_MAX || session.table.columns.size() > INT16_MAX) {
+    error = file.path + ": " + kStoreIsFull;
+  } else {
+    return defined;
+  }
+  return false;
 }
 
 std::string StoreMisfits(const Store &store, const StoreFile &file, const Session &session,

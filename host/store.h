@@ -23,9 +23,16 @@ struct Store {
   std::vector<Formula> formulas; /* in stored order, defined in `ec` */
 };
 
+constexpr char kStoreIsFull[] = "a store has at most 32767 formulas and columns each";
+
+/* Takes the columns and formulas out of the bytes of a stored context and parses nothing; what is
+ * wrong with the bytes, or nothing. */
+std::string StoreTakeApart(const std::string &bytes, Store &store);
+
 /* Reads a stored context and checks all of it; false with what is wrong. Nothing that is damaged,
  * foreign or no longer parses is accepted, so that writing a store never loses what was in it.
- * `wrong`, when given, receives the index of a formula that does not parse. */
+ * `wrong`, when given, receives the index of a formula that does not parse, whose `problem` is then
+ * told in the store. */
 bool StoreRead(const std::string &bytes, Store &store, std::string &problem,
                size_t *wrong = nullptr);
 
@@ -50,6 +57,10 @@ std::string StoredForm(EC ec, const std::vector<Formula> &formulas);
 /* Replaces the file's bytes when they can be read again. False with a message. */
 bool StoreSave(const StoreFile &file, const std::string &bytes, std::string &error);
 
+/* Writes formulas that a user has made as NAME=TEXT: to standard output when the status is good,
+ * else to standard error as not stored, so that they are not lost. */
+void StoreTell(const std::vector<Formula> &formulas, int status);
+
 /* A column or formula by its name as formulas write it, or without quotes; null when there is
  * none. */
 const Column *StoreColumn(const Store &store, const std::string &name);
@@ -60,6 +71,16 @@ const Formula *StoreFormula(const Store &store, const std::string &name);
  * does not count; they compute nothing from here on. Empty when the formulas fit. */
 std::string StoreMisfits(const Store &store, const StoreFile &file, const Session &session,
                          const std::set<std::string> &renewed, bool missing);
+
+/* The formulas of a context in its order, to be defined elsewhere. */
+std::vector<Formula> FormulasOf(EC ec);
+/* The formulas, changed as wanted, with the new ones behind them, to be defined. */
+std::vector<Formula> FormulasMerged(const std::vector<Formula> &formulas,
+                                    const std::vector<Formula> &wanted);
+/* Defines formulas in a session, which are those of the store but for the `renewed` ones. False
+ * with a message when they are wrong or too many, or do not fit its columns. */
+bool StoreDefine(const Store &store, const StoreFile &file, const std::set<std::string> &renewed,
+                 const Session &session, std::vector<Formula> &formulas, std::string &error);
 
 /* The formulas of the store at `path`, to be defined in the session. False with a message, also
  * when they do not fit its columns. */

@@ -1,7 +1,5 @@
 /* The commands that keep formulas in a file: define, list, show, delete, uses. */
-#include <climits>
 #include <cstdio>
-#include <map>
 
 #include "host/commands.h"
 #include "host/display.h"
@@ -18,23 +16,6 @@ int Save(const StoreFile &file, const std::string &bytes) {
   return StoreSave(file, bytes, error) ? EXIT_GOOD : Complain(error, EXIT_WRONG);
 }
 
-/* The formulas of the store, changed as wanted, with the new ones behind them. */
-std::vector<Formula> Merged(const Store &store, const std::vector<Formula> &wanted) {
-  std::vector<Formula> merged;
-  std::map<std::string, size_t> places;
-  for (const std::vector<Formula> *formulas : {&store.formulas, &wanted}) {
-    for (const Formula &formula : *formulas) {
-      const auto [place, isNew] = places.emplace(formula.name, merged.size());
-      if (isNew) {
-        merged.push_back(FormulaOf(formula.name, formula.text));
-      } else {
-        merged[place->second].text = formula.text;
-      }
-    }
-  }
-  return merged;
-}
-
 /* Defines the formulas in a session with the columns that they are for, and saves both. */
 int Define(const std::vector<Formula> &wanted, Session &session, const Store &store,
            const StoreFile &file) {
@@ -44,16 +25,10 @@ int Define(const std::vector<Formula> &wanted, Session &session, const Store &st
       return Complain("two formulas have the name " + DisplayName(formula.name), EXIT_WRONG);
     }
   }
-  std::vector<Formula> merged = Merged(store, wanted);
+  std::vector<Formula> merged = FormulasMerged(store.formulas, wanted);
   std::string error;
-  const bool defined = FormulasDefine(session.ec, merged, error);
-  /* A column that is missing is told rather than the error that this makes. */
-  const std::string misfits = StoreMisfits(store, file, session, names, !defined);
-  if (!defined || !misfits.empty()) {
-    return Complain(misfits.empty() ? error : misfits, EXIT_WRONG);
-  }
-  if (merged.size() > INT16_MAX || session.table.columns.size() > INT16_MAX) {
-    return Refuse(file, "a store has at most 32767 formulas and columns each");
+  if (!StoreDefine(store, file, names, session, merged, error)) {
+    return Complain(error, EXIT_WRONG);
   }
   return Save(file, StoredForm(session.ec, merged));
 }

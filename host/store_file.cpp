@@ -37,10 +37,14 @@ std::filesystem::path FolderOf(const StoreFile &file) {
 
 /* The lock is one of the folder, as the file itself is another one after each change. File systems
  * without locks are left to their luck: the last of two changes wins there. */
-bool LockFolder(StoreFile &file, std::string &error) {
+bool LockFolder(StoreFile &file, StoreAccess access, std::string &error) {
   file.folder = open(FolderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (file.folder < 0) {
     return Fail(file, std::strerror(errno), error);
+  }
+  if (access == STORE_LOOK) {
+    return faccessat(AT_FDCWD, FolderOf(file).c_str(), W_OK, AT_EACCESS) == 0 ||
+           Fail(file, std::strerror(errno), error);
   }
   while (flock(file.folder, LOCK_EX) != 0 && errno == EINTR) {
   }
@@ -106,14 +110,14 @@ bool StoreFileOpen(const std::string &path, StoreAccess access, StoreFile &file,
     error = "a store is a file with a name of its own";
     return false;
   }
-  if (access != STORE_READ && !LockFolder(file, error)) {
+  if (access != STORE_READ && !LockFolder(file, access, error)) {
     return false;
   }
   /* Nothing is waited for: a pipe is no store. */
   const int opened = open(file.target.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   FILE *input = opened >= 0 ? fdopen(opened, "rb") : nullptr;
   if (input == nullptr) {
-    return (errno == ENOENT && access == STORE_MAY_CREATE) ||
+    return (errno == ENOENT && (access == STORE_MAY_CREATE || access == STORE_LOOK)) ||
            Fail(file, std::strerror(errno), error);
   }
   file.exists = true;

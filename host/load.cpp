@@ -1,0 +1,140 @@
+/* The command that reads a store and lets the user repair what no longer parses. */
+#include <climits>
+#include <cstdio>
+
+#include "host/commands.h"
+#include "host/display.h"
+#include "host/store.h"
+#include "platform/windows.h"
+
+namespace {
+
+constexpr size_t kNobody = static_cast<size_t>(-1);
+
+/* What a load works on. */
+struct Loading {
+  StoreFile file;    /* as it was found */
+  std::string bytes; /* its contents for the columns that are wanted */
+  Store before;      /* the columns and formulas in them */
+};
+
+/* Formulas that call each other in a circle have no faulty text to be mended. */
+bool IsCircle(const Store &store, size_t wrong) {
+  const std::string called(UnknownCall(store.formulas[wrong]));
+  return StoreFormula(store, called) != nullptr;
+}
+
+/* Opens the editor for each formula that does not parse; the bytes of what came of it. False when
+ * the user has cancelled it. */
+bool Repair(const std::string &bytes, std::string &repaired) {
+  const std::unique_ptr<ExprContext, int32_t (*)(EC)> ec(NewContext(), ORLDestroyEC);
+  const bool good = ec != nullptr && ORLSetECContents(ec.get(), static_cast<int32_t>(bytes.size()),
+                                                      bytes.data(), 1, nullptr) == 1;
+  repaired = good ? StoredForm(ec.get(), true) : std::string();
+  return good;
+}
+
+/* Puts the bytes in the place of the store unless it has become another one meanwhile. */
+int Replace(const std::string &path, const Loading &loading, const std::string &bytes) {
+  StoreFile file;
+  std::string error;
+  bool good = StoreFileOpen(path, STORE_CHANGE, file, error);
+  if (good && file.bytes != loading.file.bytes) {
+    error = file.path + ": was changed by another program; load it again";
+    good = false;
+  }
+  good = good && StoreSave(file, bytes, error);
+  StoreFileClose(file);
+  return good ? EXIT_GOOD : Complain(error, EXIT_WRONG);
+}
+
+/* The formulas that were repaired. */
+std::vector<Formula> Repaired(const Loading &loading, const Store &after) {
+  std::vector<Formula> repaired;
+  for (size_t i = 0; i < after.formulas.size(); ++i) {
+    if (after.formulas[i].text != loading.before.formulas[i].text) {
+      repaired.push_back(after.formulas[i]);
+    }
+  }
+  return repaired;
+}
+
+/* Tells formulas that parse as before but have another type, since nobody has looked at them. */
+void TellTypes(const Loading &loading, const Store &after) {
+  Store old;
+  std::string unused;
+  if (!StoreRead(loading.file.bytes, old, unused)) {
+    return;
+  }
+  for (size_t i = 0; i < after.formulas.size(); ++i) {
+    const Formula &formula = after.formulas[i];
+    if (formula.text == old.formulas[i].text && formula.type != old.formulas[i].type) {
+      Complain(loading.file.path + ": formula " + DisplayName(formula.title) + " has type " +
+                   TypeName(formula.type) + " now, not " + TypeName(old.formulas[i].type),
+               EXIT_GOOD);
+    }
+  }
+}
+
+/* How many formulas there are, and for which columns. */
+void TellCount(const Loading &loading, const Store &after, const Session *session) {
+  const std::string columns = session == nullptr ? "" : ", for the columns of " + session->csv.path;
+  std::printf("%s: %zu %s%s\n", loading.file.path.c_str(), after.formulas.size(),
+              after.formulas.size() == 1 ? "formula" : "formulas", columns.c_str());
+}
+
+int LoadParts(const std::string &path, Loading &loading, const Session *session) {
+  std::string problem;
+  size_t wrong = kNobody;
+  Store store;
+  std::string bytes = loading.bytes;
+  if (!StoreRead(bytes, store, problem, &wrong)) {
+    problem = loading.file.path + ": " + problem;
+    if (wrong == kNobody || IsCircle(store, wrong)) {
+      return Complain(problem, EXIT_WRONG);
+    }
+    const char *missing = ORLWindowSystemProblem();
+    if (missing != nullptr) {
+      return Complain(problem + "orli: it cannot be repaired here: " + missing, EXIT_WRONG);
+    }
+    if (!Repair(loading.bytes, bytes) || !StoreRead(bytes, store, problem)) {
+      return Refuse(loading.file, "not repaired, and left as it was");
+    }
+  }
+  const int status = bytes == loading.file.bytes ? EXIT_GOOD : Replace(path, loading, bytes);
+  StoreTell(Repaired(loading, store), status);
+  if (status == EXIT_GOOD) {
+    TellTypes(loading, store);
+    TellCount(loading, store, session);
+  }
+  return status;
+}
+
+int Load(const std::string &path, const Session *session) {
+  Loading loading;
+  std::string problem;
+  const bool good = StoreFileOpen(path, STORE_READ, loading.file, problem);
+  StoreFileClose(loading.file);
+  if (!good) {
+    return Complain(problem, EXIT_WRONG);
+  }
+  problem = StoreTakeApart(loading.file.bytes, loading.before);
+  if (problem.empty() && session != nullptr && session->table.columns.size() > INT16_MAX) {
+    problem = kStoreIsFull;
+  }
+  if (!problem.empty()) {
+    return Refuse(loading.file, problem);
+  }
+  loading.bytes =
+      session == nullptr ? loading.file.bytes : StoredForm(session->ec, loading.before.formulas);
+  return LoadParts(path, loading, session);
+}
+
+}  // namespace
+
+int RunLoad(const std::string &store, const std::string &data) {
+  if (data.empty()) {
+    return Load(store, nullptr);
+  }
+  return WithSession(data, [&store](const Session &session) { return Load(store, &session); });
+}

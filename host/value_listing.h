@@ -1,0 +1,40 @@
+/* value_listing.h - the values of a column that the editor lists: each once, page by page. */
+#ifndef ORLI11_HOST_VALUE_LISTING_H
+#define ORLI11_HOST_VALUE_LISTING_H
+
+#include <orli11.h>
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "host/csv_file.h"
+#include "host/session.h"
+
+/* A reading of the file that stops wherever a page is full. */
+struct ValueListing {
+  Session *session = nullptr;
+  size_t column = 0;
+  CsvReadingOwner reading; /* null when the file has been read */
+  bool pastHeader = false;
+  int64_t rows = 0;                     /* read so far */
+  std::unordered_set<std::string> seen; /* bounded */
+  std::deque<std::string> waiting;      /* found, but not handed out yet */
+  std::vector<NumberValue> shown;       /* the numbers in the window's list, in its order */
+  std::string error;                    /* why the reading has ended early */
+};
+
+/* Begins anew with the column of that name. Without one there are no values. */
+void ListingBegin(ValueListing &listing, const std::string &name);
+
+/* The next values in the order of their first rows, as formulas write them but for the quotes of
+ * texts: no empty ones, and none of more than 1,000 bytes. There are at most 200, from at most
+ * another million rows; a listing has 10,000 in all. `more` tells whether to ask again. */
+std::vector<std::string> ListingPage(ValueListing &listing, bool &more);
+
+/* The routine for ORLSetListValuesCallback. The user value of the context is its ValueListing. */
+void ListValues(EC ec, const char *name, void *list, int32_t first, int32_t *more);
+
+#endif
