@@ -1,5 +1,6 @@
 #!/bin/bash
-# demo.sh PROGRAM - what orli does with data/weather.csv. Each command is shown before it runs.
+# demo.sh PROGRAM [--edit] - what orli does with data/weather.csv: computes, or opens the formula
+# editor. Each command is shown before it runs.
 cd "$(dirname "$0")/.." || exit 1
 program=$(realpath "$1")
 # Texts as they come, the same on every machine.
@@ -45,6 +46,17 @@ run_line() {
   printf '$ %s\n' "$1"
   eval "$1" 2>&1
 }
+
+if [ "${2-}" = --edit ]; then
+  # The user's own letters, not ASCII alone.
+  export LC_ALL=C.UTF-8
+  run_line "orli edit weather.store data/weather.csv --values weather" || exit
+  if [ -e weather.store ]; then
+    echo
+    run list weather.store
+  fi
+  exit
+fi
 
 run items data/weather.csv
 run eval data/weather.csv --limit 5 \

@@ -1,18 +1,20 @@
 #!/bin/bash
 # install.sh GROUP... - installs the Debian packages of the groups that are not there yet.
 #   build      what the libraries, the host program, the tests and the benchmarks are built with
+#   screen     what the formula editor is built with, and a screen with a user for its tests
 #   databases  two databases with their ODBC drivers, which tests compare formulas with
 #   check      what .ci/run needs beyond that
 set -euo pipefail
 
 build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev unixodbc-dev libgtest-dev libbenchmark-dev"
+screen="qt6-base-dev xvfb xdotool"
 databases="libsqliteodbc odbc-postgresql postgresql"
 check="clang clang-tidy clang-format libclang-rt-14-dev"
 
 missing=""
 for group in "$@"; do
   case $group in
-    build | databases | check) ;;
+    build | screen | databases | check) ;;
     *) echo "install.sh: no such group: $group" >&2; exit 2 ;;
   esac
   for package in ${!group}; do
