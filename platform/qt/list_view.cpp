@@ -247,9 +247,11 @@ class ListView : public Messenger<QListView> {
   // By no routine of this file: a screen reader's doing, which is told when it is over.
   void selectionChanged(const QItemSelection &now, const QItemSelection &before) override {
     QListView::selectionChanged(now, before);
-    if (!list_->changesItself && !(now.isEmpty() && before.isEmpty())) {
-      QMetaObject::invokeMethod(
-          this, [this] { Tell(list_, ORL_LBN_SELCHANGE); }, Qt::QueuedConnection);
+    const bool told = (list_->style & ORL_STYLE_NOTIFY) != 0;
+    if (told && !list_->changesItself && !(now.isEmpty() && before.isEmpty())) {
+      Post(list_->dialog->window, ORL_WM_COMMAND,
+           static_cast<uint16_t>(list_->id) | uintptr_t{ORL_LBN_SELCHANGE} << 16,
+           reinterpret_cast<intptr_t>(list_->window));
     }
   }
 
