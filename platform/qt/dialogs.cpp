@@ -51,6 +51,8 @@ class DialogWidget : public QDialog {
       PressEscape(dialog_.get());
     } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
       PressReturn(dialog_.get());
+    } else if (event->key() == Qt::Key_F6) {
+      GoToNextWindow(dialog_.get());
     } else {
       event->ignore();
     }

@@ -169,10 +169,10 @@ void Notify(const Control *control, uint32_t notification) {
        reinterpret_cast<intptr_t>(control->window));
 }
 
-void SendCommand(Dialog *dialog, int32_t id) {
+intptr_t SendCommand(Dialog *dialog, int32_t id) {
   const Control *control = ControlById(dialog, id);
-  Send(dialog->window, ORL_WM_COMMAND, static_cast<uint16_t>(id),
-       reinterpret_cast<intptr_t>(control == nullptr ? nullptr : control->window));
+  return Send(dialog->window, ORL_WM_COMMAND, static_cast<uint16_t>(id),
+              reinterpret_cast<intptr_t>(control == nullptr ? nullptr : control->window));
 }
 
 intptr_t OwnProc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
@@ -215,6 +215,8 @@ void KeyPressed(Control *control, QKeyEvent *event, const std::function<void()> 
   const QString typed = TypedBy(*event, key);
   if (IsLostMnemonic(*event, typed)) {
     event->ignore();
+  } else if (event->key() == Qt::Key_F6) {
+    GoToNextWindow(control->dialog);
   } else if (key == ORL_VK_ESCAPE) {
     PressEscape(control->dialog);
   } else if (key == ORL_VK_RETURN && !HasLines(control)) {
@@ -289,6 +291,7 @@ void PressButton(Control *button) {
 }
 
 void PressReturn(Dialog *dialog) {
+  const Control *focus = FocusedControl(dialog);
   Control *button = FocusedControl(dialog);
   if (button == nullptr || button->kind != ORL_CONTROL_BUTTON) {
     const auto &controls = dialog->controls;
@@ -297,10 +300,31 @@ void PressReturn(Dialog *dialog) {
     });
     button = found == controls.end() ? nullptr : found->get();
   }
-  if (button == nullptr) {
-    SendCommand(dialog, ORL_ID_OK);
-  } else {
+  if (button != nullptr) {
     PressButton(button);
+    return;
+  }
+  // Nothing to press and nobody who wants it: in a list the key takes the row.
+  const Hold hold(dialog);
+  const bool takes =
+      focus != nullptr && focus->kind == ORL_CONTROL_LIST && (focus->style & ORL_STYLE_NOTIFY) != 0;
+  if (SendCommand(dialog, ORL_ID_OK) == 0 && takes && !dialog->going) {
+    Notify(focus, ORL_LBN_DBLCLK);
+  }
+}
+
+void GoToNextWindow(const Dialog *dialog) {
+  const auto &dialogs = Dialogs();
+  const auto belongs = [dialog](const Dialog *other) {
+    return other->shown &&
+           (other->window == dialog->window || other->window == dialog->parent ||
+            other->parent == dialog->window || (!dialog->modal && other->parent == dialog->parent));
+  };
+  const auto self = std::find(dialogs.begin(), dialogs.end(), dialog);
+  auto next = std::find_if(self + 1, dialogs.end(), belongs);
+  next = next == dialogs.end() ? std::find_if(dialogs.begin(), self, belongs) : next;
+  if (next != self) {
+    FocusIn(*next, nullptr);
   }
 }
 
@@ -310,8 +334,7 @@ void PressEscape(Dialog *dialog) {
     return;
   }
   const Hold hold(dialog);
-  const intptr_t handled = Send(dialog->window, ORL_WM_COMMAND, ORL_ID_CANCEL, 0);
-  if (handled == 0 && !dialog->modal) {
+  if (SendCommand(dialog, ORL_ID_CANCEL) == 0 && !dialog->modal) {
     Send(dialog->window, ORL_WM_CLOSE, 0, 0);
   }
 }

@@ -234,6 +234,15 @@ void FitHints(Dialog *dialog) {
   }
 }
 
+void FitTitle(Dialog *dialog) {
+  constexpr int kFrame = 120;  // what frames put beside a title
+  const int text = dialog->widget->fontMetrics().horizontalAdvance(dialog->widget->windowTitle());
+  const int needed = std::min(text + kFrame, 2 * dialog->baseSize.width());
+  if (needed > dialog->widget->width()) {
+    dialog->widget->resize(needed, dialog->widget->height());
+  }
+}
+
 void MeasureDialog(Dialog *dialog) {
   ChooseUnits(dialog);
   const OrlDialogTemplate &model = *dialog->model;

@@ -113,9 +113,9 @@ Dialog *TopModal();
 intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
 // After the present event, in order.
 void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
-// WM_COMMAND of a control, or of an id that may have none.
+// WM_COMMAND of a control, or of an id that may have none; the procedure's result.
 void Notify(const Control *control, uint32_t notification);
-void SendCommand(Dialog *dialog, int32_t id);
+intptr_t SendCommand(Dialog *dialog, int32_t id);
 // The controls' own procedure, for all kinds.
 intptr_t OwnProc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
 
@@ -135,10 +135,12 @@ void MouseReleased(Control *control, QMouseEvent *event, const std::function<voi
 void MouseDoubleClicked(Control *control, QMouseEvent *event, const std::function<void()> &own);
 void FocusCame(Control *control, const std::function<void()> &own);
 
-// The Return key: the focused button, else the default button, else command 1. Escape: command 2,
-// and a side window that does not want it is asked to close.
+// The Return key: the focused button, else the default button, else command 1, else it takes the
+// row of a list as a double click does. Escape: command 2, and a side window that does not want it
+// is asked to close. F6: the next window of those that stand together.
 void PressReturn(Dialog *dialog);
 void PressEscape(Dialog *dialog);
+void GoToNextWindow(const Dialog *dialog);
 // Presses a button as the user does; nothing when it is disabled.
 void PressButton(Control *button);
 // An arrow key in a group of option buttons: the neighbour gets the focus and is pressed.
@@ -178,6 +180,8 @@ void MeasureDialog(Dialog *dialog);
 void LayOut(Dialog *dialog);
 // Makes the window higher where a text that cannot be scrolled has more lines than it has room for.
 void FitHints(Dialog *dialog);
+// Makes the window wider where its title needs it, up to twice its width.
+void FitTitle(Dialog *dialog);
 // The program has moved a control.
 void MoveControl(Control *control, const QRect &rect);
 

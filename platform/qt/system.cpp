@@ -91,6 +91,7 @@ void SetWindowText(OrlWindow window, const char *text) {
   if (place.control == nullptr) {
     place.dialog->title = text;
     place.dialog->widget->setWindowTitle(CaptionText(text));
+    FitTitle(place.dialog);
     return;
   }
   place.control->SetText(text);

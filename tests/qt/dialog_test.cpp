@@ -2,13 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <QtTest/qtestkeyboard.h>
+#include <QtTest/qtestsystem.h>
 #include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
-#include <QtTest/qtestsystem.h>
 #include <functional>
 #include <map>
 
@@ -196,10 +196,22 @@ TEST(QtDialog, BoxesOfferWhatTheirTypeSays) {
 TEST(QtDialog, TimersAndPostedMessagesCome) {
   std::vector<std::pair<uint32_t, uintptr_t>> told;
   answer = [&told](uint32_t message, uintptr_t wParam) {
-    if (message == ORL_WM_TIMER || message > 1024) told.emplace_back(message, wParam);
+    const bool drawn = message == ORL_WM_PAINT && wParam == 0;
+    if (drawn || message == ORL_WM_TIMER || message > 1024) told.emplace_back(message, wParam);
     return 0;
   };
   RunDialog(FindDialog(kDialogValues), [&told](OrlWindow window) {
+    QWidget *widget = qt_windows::FindDialog(window)->widget;
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(widget));
+    for (int i = 0; i < 3; ++i) {  // told of its drawing behind that, each time
+      told.clear();
+      widget->repaint();
+      EXPECT_TRUE(told.empty()) << i;
+      QCoreApplication::processEvents();
+      ASSERT_EQ(1, told.size()) << i;
+      EXPECT_EQ(uint32_t{ORL_WM_PAINT}, told[0].first);
+    }
+    told.clear();
     sys->SetTimer(window, 7, 20);
     sys->SetTimer(window, 8, 0x7FFFFFFF);
     sys->PostMessage(window, 1025, 1, 0);
@@ -212,6 +224,46 @@ TEST(QtDialog, TimersAndPostedMessagesCome) {
   using Told = std::vector<std::pair<uint32_t, uintptr_t>>;
   EXPECT_EQ((Told{{1025, 1}, {1026, 2}, {ORL_WM_TIMER, 7}, {ORL_WM_TIMER, 7}}),
             Told(told.begin(), told.begin() + 4));
+}
+
+// A side window by keys: Return takes the row unless the dialog does something else with it, F6
+// goes to the window beside it and back, Escape closes it.
+TEST(QtDialog, SideWindowsAreReachedByKeys) {
+  for (const bool handles : {false, true}) {
+    static std::vector<uintptr_t> told;
+    static bool closed, handled;
+    told.clear();
+    closed = false;
+    handled = handles;
+    const auto side = [](OrlWindow window, uint32_t message, uintptr_t wParam,
+                         intptr_t) -> intptr_t {
+      if (message == ORL_WM_COMMAND) told.push_back(wParam);
+      if (message == ORL_WM_CLOSE) {
+        closed = true;
+        sys->DestroyWindow(window);
+      }
+      return message == ORL_WM_COMMAND && handled ? 1 : 0;
+    };
+    RunDialog(FindDialog(kDialogTextView), [&](OrlWindow window) {
+      OrlWindow beside = sys->CreateDialogParam(FindDialog(kDialogValues), window, side, 0);
+      OrlWindow list = sys->GetDlgItem(beside, 100);
+      sys->SendMessage(list, ORL_LB_ADDSTRING, 0, reinterpret_cast<intptr_t>("row"));
+      sys->SendMessage(list, ORL_LB_SETCURSEL, 0, 0);
+      QWidget *widget = qt_windows::FindDialog(beside)->widget;
+      ASSERT_TRUE(QTest::qWaitForWindowActive(widget));
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+      for (QWidget *next : {WidgetOf(window, 100), WidgetOf(beside, 100)}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_F6);
+        EXPECT_TRUE(QTest::qWaitFor([next] { return QApplication::focusWidget() == next; }));
+      }
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    });
+    const uintptr_t doubleClick = 100 | uintptr_t{ORL_LBN_DBLCLK} << 16;
+    EXPECT_EQ(
+        handles ? (std::vector<uintptr_t>{1, 2}) : (std::vector<uintptr_t>{1, doubleClick, 2}),
+        told);
+    EXPECT_EQ(!handles, closed);
+  }
 }
 
 }  // namespace

@@ -101,8 +101,9 @@ class Screen:
         told = dict(line.split("=") for line in lines)
         return tuple(int(told[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 
-    def picture(self, path, x, y, width, height):
-        subprocess.run([BUILD / "bin/grab", path, *map(str, (x, y, width, height))], check=True,
+    def picture(self, path, *part):
+        """Writes a picture of a part (x, y, width, height), or of all windows."""
+        subprocess.run([BUILD / "bin/grab", path, *map(str, part)], check=True,
                        env=dict(self.environment, QT_SCALE_FACTOR="1"))
 
     def pixels(self, x, y, width, height):
