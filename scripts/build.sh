@@ -1,6 +1,6 @@
 #!/bin/bash
 # build.sh PRESET [CMAKE-ARGUMENT...] - configures and builds one preset of CMakePresets.json; says
-# nothing but what goes wrong.
+# what it leaves out and what goes wrong, nothing else.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=$1
@@ -8,6 +8,7 @@ shift
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 { cmake --preset "$preset" "$@" && cmake --build --preset "$preset"; } >"$log" 2>&1 || { cat "$log"; exit 1; }
+sed -n 's/^-- \(Left out\)/\1/p' "$log"
 # A build that works can still warn. With sanitizers g++ warns about the code of its own library.
 case $preset in
   asan | tsan) ;;
