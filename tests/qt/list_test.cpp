@@ -206,7 +206,7 @@ TEST_F(QtList, MessagesDoAsToAPlainList) {
 }
 
 TEST_F(QtList, TellsWhatTheUserMakesCurrent) {
-  Fill(kPlain, {"ant", "bee", "Bear", "cat"});
+  Fill(kPlain, {"ant", "bee", "Bea", "bea x"});
   QWidget *view = ViewOf(kPlain);
   const int height = static_cast<QAbstractScrollArea *>(WidgetOf(kPlain))->fontMetrics().height();
   const auto mouse = [&](QEvent::Type type, int row, Qt::MouseButton button = Qt::LeftButton,
@@ -270,6 +270,20 @@ TEST_F(QtList, TellsWhatTheUserMakesCurrent) {
     QApplication::processEvents();
     EXPECT_EQ(step.current, Message(kPlain, ORL_LB_GETCURSEL, 0)) << step.what;
     EXPECT_EQ(step.tells, told) << step.what;
+  }
+}
+
+TEST_F(QtList, IsAsHighAsWholeRows) {
+  const int frame = WidgetOf(kDrawn)->height() - ViewOf(kDrawn)->height();
+  const struct {
+    int height, rows;
+  } moves[] = {{frame + 3 * kRowHeight, 3}, {frame + 4 * kRowHeight - 1, 3}, {0, 1}, {-9, 1}};
+  for (const auto &move : moves) {
+    table->MoveWindow(Item(kDrawn), 5, 6, 70, move.height);
+    OrlRect rect;
+    table->GetWindowRect(Item(kDrawn), &rect);
+    EXPECT_EQ(frame + move.rows * kRowHeight, rect.bottom - rect.top) << move.height;
+    EXPECT_EQ(70, rect.right - rect.left);
   }
 }
 
