@@ -131,6 +131,13 @@ std::string TakeApart(const std::string &bytes, Store &store) {
   return problem.empty() && !good ? Damaged(walk) : problem;
 }
 
+/* What a copying routine of the engine gives, with room for its terminator. */
+std::string Copy(EC ec, HEXP exp, int32_t length, decltype(ORLGetExpressionText) routine) {
+  std::string copy(static_cast<size_t>(length) + 1, '\0');
+  copy.resize(static_cast<size_t>(routine(ec, exp, length + 1, copy.data())));
+  return copy;
+}
+
 /* A new context with the contents of the bytes. */
 bool Load(const std::string &bytes, int32_t formulas, Store &store) {
   store.ec.reset(NewContext());
@@ -261,6 +268,8 @@ void StoreTell(const std::vector<Formula> &formulas, int status) {
       Complain("not stored: " + line, status);
     }
   }
+  /* Ahead of what follows on standard error, also when both go to one place. */
+  static_cast<void>(std::fflush(stdout));
 }
 
 const Column *StoreColumn(const Store &store, const std::string &name) {
@@ -310,11 +319,9 @@ std::vector<Formula> FormulasOf(EC ec) {
   std::vector<Formula> formulas;
   for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
     HEXP exp = ORLHEXPFromOrdinal(ec, i);
-    std::string name(static_cast<size_t>(ORLGetExpressionNameLength(ec, exp)) + 1, '\0');
-    std::string text(static_cast<size_t>(ORLGetExpressionTextLength(ec, exp)) + 1, '\0');
-    ORLGetExpressionName(ec, exp, static_cast<int32_t>(name.size()), name.data());
-    ORLGetExpressionText(ec, exp, static_cast<int32_t>(text.size()), text.data());
-    formulas.push_back(FormulaOf(name.c_str(), text.c_str()));
+    formulas.push_back(
+        FormulaOf(Copy(ec, exp, ORLGetExpressionNameLength(ec, exp), ORLGetExpressionName),
+                  Copy(ec, exp, ORLGetExpressionTextLength(ec, exp), ORLGetExpressionText)));
   }
   return formulas;
 }
