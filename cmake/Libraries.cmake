@@ -32,5 +32,5 @@ function(orli_shared_library name)
   set_target_properties(${name} PROPERTIES LINK_DEPENDS ${script})
 
   install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-  install(FILES ${ARG_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${ARG_INCLUDE})
+  install(FILES ${CMAKE_SOURCE_DIR}/${ARG_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${ARG_INCLUDE})
 endfunction()
