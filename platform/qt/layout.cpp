@@ -5,6 +5,7 @@
 // that scroll. What stands beyond such a stretch moves with its end; lists, edits and centred
 // labels that reach across it grow with it. Frames and rows of option buttons move as one.
 #include <QFontMetricsF>
+#include <QScreen>
 #include <QVarLengthArray>
 #include <algorithm>
 #include <cmath>
@@ -238,8 +239,16 @@ void FitTitle(Dialog *dialog) {
   constexpr int kFrame = 120;  // what frames put beside a title
   const int text = dialog->widget->fontMetrics().horizontalAdvance(dialog->widget->windowTitle());
   const int needed = std::min(text + kFrame, 2 * dialog->baseSize.width());
-  if (needed > dialog->widget->width()) {
-    dialog->widget->resize(needed, dialog->widget->height());
+  if (needed <= dialog->widget->width()) {
+    return;
+  }
+  dialog->widget->resize(needed, dialog->widget->height());
+  // What stood on the screen stays there.
+  const QRect screen = dialog->widget->screen()->availableGeometry();
+  const int beyond = dialog->widget->frameGeometry().right() - screen.right();
+  if (beyond > 0) {
+    dialog->widget->move(std::max(screen.left(), dialog->widget->x() - beyond),
+                         dialog->widget->y());
   }
 }
 

@@ -7,8 +7,11 @@ import subprocess
 import support
 
 LIBRARIES = ("ORLI11", "WRENI11", "PAVNI11")
+# Built where Qt is there.
+WINDOW_SYSTEM = "ORLI11-qt"
+HAS_WINDOWS = (support.BUILD / f"lib/lib{WINDOW_SYSTEM}.so").exists()
 HEADERS = ("engine/orli11.h", "closed/wren/wreni11.h", "closed/pavn/pavni11.h",
-           "platform/windows.h", "platform/headless/headless.h")
+           "platform/windows.h", "platform/headless/headless.h", "platform/qt/qt_windows.h")
 INCLUDES = [f"-I{support.ROOT / folder}" for folder in ("", "engine", "closed/wren", "closed/pavn")]
 CC = os.environ.get("ORLI_CC", "cc")
 CXX = os.environ.get("ORLI_CXX", "c++")
@@ -25,7 +28,7 @@ def blocks(text, language):
 
 class Libraries(support.FolderCase):
     def test_export_the_listed_names_and_no_others(self):
-        for library in LIBRARIES:
+        for library in LIBRARIES + ((WINDOW_SYSTEM,) if HAS_WINDOWS else ()):
             with self.subTest(library=library):
                 path = support.BUILD / f"lib/lib{library}.so"
                 output = subprocess.check_output(["nm", "-D", "--defined-only", path], text=True)
@@ -107,6 +110,11 @@ class Install(support.FolderCase):
         output = subprocess.check_output([program, "check", support.WEATHER, "wind * 2"], text=True,
                                          env=support.ENVIRONMENT)
         self.assertEqual(output, "Number\n")
+        if HAS_WINDOWS:  # and found beside the library: it is what complains
+            edit = subprocess.run([program, "edit", self.folder / "new", support.WEATHER], text=True,
+                                  env=dict(support.ENVIRONMENT, QT_QPA_PLATFORM="nonsense"),
+                                  capture_output=True, check=False)
+            self.assertIn("Qt has no plugin for the platform 'nonsense'", edit.stderr)
         self.assertEqual(self.compile_with_package_file(), "0.29999999999999999\n")
 
     def compile_with_package_file(self):

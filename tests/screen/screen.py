@@ -52,8 +52,11 @@ class Screen:
                                 **dict.fromkeys(("XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "HOME"),
                                                 self.folder.name), **variables)
         self.programs = []
-        font = subprocess.run([BUILD / "bin/grab", "font"], env=self.environment, check=True,
+        font = subprocess.run([BUILD / "bin/grab", "font"], env=self.environment, check=False,
                               capture_output=True)
+        if font.returncode != 0:
+            self.close()
+            raise RuntimeError(f"the screen shows nothing: {font.stderr.decode()}")
         self.down = float(font.stdout) / 8  # pixels of a unit from top to bottom
         if manager is not None:
             self.start([manager])
