@@ -28,6 +28,22 @@ struct Captioned : Control {
 
 // ---- Buttons
 
+// A mnemonic presses at once: Qt would show the press for a while first, and what is typed behind
+// it would come before it.
+class ButtonWidget : public Messenger<QPushButton> {
+ public:
+  using Messenger::Messenger;
+
+ protected:
+  bool event(QEvent *event) override {
+    if (event->type() == QEvent::Shortcut && !static_cast<QShortcutEvent *>(event)->isAmbiguous()) {
+      click();
+      return true;
+    }
+    return Messenger::event(event);
+  }
+};
+
 struct Button : Captioned {
   void Show(const QString &text) override { static_cast<QPushButton *>(widget)->setText(text); }
 };
@@ -130,7 +146,7 @@ void FillIn(Control *control, const OrlControl &row, Dialog *dialog, QWidget *wi
 Control *NewButton(const OrlControl &row, Dialog *dialog) {
   auto button = std::make_unique<Button>();
   Button *pressed = button.get();
-  auto *widget = new Messenger<QPushButton>(pressed, dialog->widget);
+  auto *widget = new ButtonWidget(pressed, dialog->widget);
   FillIn(pressed, row, dialog, widget);
   widget->setAutoDefault(true);
   widget->setDefault((row.style & ORL_STYLE_DEFAULT) != 0);

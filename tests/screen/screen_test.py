@@ -130,6 +130,34 @@ class KeyboardTest(EditorCase):
         self.assertEqual(self.store.read_bytes(), before)
 
 
+class StoreTest(EditorCase):
+    def names(self):
+        lines = self.orli("list", self.store, "--format", "csv").splitlines()[1:]
+        return [line.split(",")[0] for line in lines]
+
+    def test_formula_is_renamed_and_another_deleted(self):
+        self.orli("define", self.store, self.data, "half=amount / 2", "twice=tax * 2")
+        self.edit()
+        self.screen.key("alt+u", "Down", "Down", "alt+d")
+        self.screen.wait("^Formula Delete$")
+        self.screen.key("alt+y")
+        self.screen.wait("^Formula Delete$", there=False)
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        self.screen.key("alt+u", "Home", "Down", "alt+s", "alt+m", "alt+m")
+        self.screen.type("middle")
+        self.screen.key("Return")
+        self.assertIn("middle=amount / 2", self.finish())
+        self.assertEqual(self.names(), ["middle"])
+
+    def test_formula_that_another_has_stored_meanwhile_stays(self):
+        self.edit()
+        self.orli("define", self.store, self.data, "half=amount / 2")
+        self.screen.type("tax + 1")
+        self.screen.key("Return")
+        self.assertIn("Formula1=tax + 1", self.finish())
+        self.assertEqual(self.names(), ["half", "Formula1"])
+
+
 class LoadTest(EditorCase):
     def test_broken_formula_is_mended_while_it_loads(self):
         self.orli("define", self.store, self.data, "half=amount / 2")
