@@ -12,23 +12,6 @@ intptr_t Own(int32_t control, OrlWindow window, uint32_t message, uintptr_t wPar
                                    lParam);
 }
 
-// The user has gone to another row of the Formulas list.
-void FollowRow(OrlWindow dialog, bool openTextView) {
-  if (!CurrentRecovery().active) {
-    EnableItem(dialog, kButtonSelect, true);
-  }
-  OrlEnableDelete(dialog);
-  if (openTextView) {
-    OrlOpenTextView(dialog);
-  }
-  if (CurrentEditor().textViewWindow == nullptr) {
-    OrlEnableShowText(dialog);
-  }
-  if (EditorHasModes()) {
-    OrlCaptionByRow(dialog);
-  }
-}
-
 // A list whose rows the space key inserts.
 intptr_t ListEvent(int32_t control, OrlWindow window, uint32_t message, uintptr_t wParam,
                    intptr_t lParam) {
@@ -43,6 +26,22 @@ intptr_t ListEvent(int32_t control, OrlWindow window, uint32_t message, uintptr_
 }
 
 }  // namespace
+
+void OrlFollowRow(OrlWindow dialog, bool openTextView) {
+  if (!CurrentRecovery().active) {
+    EnableItem(dialog, kButtonSelect, true);
+  }
+  OrlEnableDelete(dialog);
+  if (openTextView) {
+    OrlOpenTextView(dialog);
+  }
+  if (CurrentEditor().textViewWindow == nullptr) {
+    OrlEnableShowText(dialog);
+  }
+  if (EditorHasModes()) {
+    OrlCaptionByRow(dialog);
+  }
+}
 
 intptr_t EditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
   if (!EditorRuns()) {
@@ -96,17 +95,17 @@ intptr_t LBFormsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr
       break;
     case ORL_WM_KEYUP:
       if (wParam == ORL_VK_UP || wParam == ORL_VK_DOWN) {
-        FollowRow(dialog, CurrentEditor().textViewWindow != nullptr);
+        OrlFollowRow(dialog, CurrentEditor().textViewWindow != nullptr);
       }
       break;
     case ORL_WM_LBUTTONUP:
-      FollowRow(dialog, CurrentEditor().textViewWindow != nullptr);
+      OrlFollowRow(dialog, CurrentEditor().textViewWindow != nullptr);
       break;
     case ORL_WM_RBUTTONDBLCLK:
       // The right button selects nothing by itself: the row under the mouse is clicked for it.
       Own(kListFormulas, window, ORL_WM_LBUTTONDOWN, wParam, lParam);
       Own(kListFormulas, window, ORL_WM_LBUTTONUP, wParam, lParam);
-      FollowRow(dialog, true);
+      OrlFollowRow(dialog, true);
       break;
     default:
       break;

@@ -110,7 +110,7 @@ void OrlSetCurrentExpression(HEXP exp);
 // `currentExp`, or null, also in the state, when the host has destroyed that expression meanwhile.
 HEXP OrlCurrentExpression();
 
-// ---- Frame (entry.cpp, frame.cpp, opening.cpp, layout.cpp, display.cpp) -------------------------
+// ---- Frame (entry.cpp, frame.cpp, opening.cpp, layout.cpp, display.cpp, controls.cpp) -----------
 
 // Makes the row of exactly that text the current and the top row; false when there is none.
 bool OrlFindExact(OrlWindow list, const char *name, int32_t *row);
@@ -126,6 +126,8 @@ void OrlEnableEditButtons(OrlWindow dialog);
 void OrlEnableDelete(OrlWindow dialog);
 void OrlEnableShowText(OrlWindow dialog);
 void OrlCaptionByRow(OrlWindow dialog);
+// The user has gone to another row of the Formulas list: buttons, captions and text view follow.
+void OrlFollowRow(OrlWindow dialog, bool openTextView);
 void OrlCaptionValues(OrlWindow dialog);
 void OrlEnableOk(OrlWindow dialog);
 // Whether the user has changed text or name.

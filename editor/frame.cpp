@@ -60,6 +60,9 @@ void ListCommand(const Command &command) {
     OrlInsertItem(ItemOf(command.dialog, command.id));
   } else if (command.notification == ORL_LBN_SELCHANGE && command.id == kListItems) {
     OrlSyncValuesButton(command.dialog, 1);
+  } else if (command.notification == ORL_LBN_SELCHANGE && command.id == kListFormulas) {
+    // By a key that is none of the arrows, or by a screen reader.
+    OrlFollowRow(command.dialog, CurrentEditor().textViewWindow != nullptr);
   }
 }
 

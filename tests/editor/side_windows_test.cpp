@@ -61,6 +61,7 @@ TEST(TextView, ShowsTheSelectedFormula) {
   const std::pair<std::string, std::string> rows[] = {  // acts; title and text, "" without a window
       {"row 114 Total; click 118", total}, {"row 114 Total; click 118; row 114 Span", span},
       {"right 114 Some", some}, {"right 114 Some; key 114 38", span},
+      {"right 114 Total; key 114 35", some},
       {"right 114 Some; row 114 [ New Formula ]", "Formula Text|{}"},
       {"click 135; right 114 Some; right 114 [ New Range ]", "Range Text|{}"},
       {"right 114 Some; click 116; row 114 Span", span},
