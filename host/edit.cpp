@@ -77,11 +77,13 @@ int Save(const EditOptions &options, const Store &edited, const StoreFile &befor
       WithStore(options.store, STORE_MAY_CREATE, [&](const Store &present, const StoreFile &file) {
         const std::vector<Formula> formulas =
             file.bytes == before.bytes ? after : Changed(present.formulas, changes);
+        if (formulas.size() > INT16_MAX) {
+          return Refuse(file, kStoreIsFull);
+        }
         std::string error;
-        return formulas.size() <= INT16_MAX &&
-                       StoreSave(file, StoredForm(edited.ec.get(), formulas), error)
+        return StoreSave(file, StoredForm(edited.ec.get(), formulas), error)
                    ? EXIT_GOOD
-                   : Refuse(file, error.empty() ? kStoreIsFull : error);
+                   : Complain(error, EXIT_WRONG);
       });
   StoreTell(changes.stored, status);
   if (status == EXIT_GOOD) {

@@ -8,9 +8,7 @@
 
 namespace {
 
-constexpr size_t kPage = 200;
 constexpr int64_t kPageRows = 1000000;
-constexpr size_t kMostValues = 10000;
 constexpr size_t kLongestValue = 1000;
 
 /* The value as a formula writes it; empty for one that is not listed. Numbers and dates are written
@@ -91,16 +89,16 @@ void ListingBegin(ValueListing &listing, const std::string &name) {
   }
 }
 
-std::vector<std::string> ListingPage(ValueListing &listing, bool &more) {
+std::vector<std::string> ListingPage(ValueListing &listing, size_t most, bool &more) {
   const int64_t lastRow = listing.rows + kPageRows;
   /* One value beyond the page tells that there is another page. */
-  while (listing.reading != nullptr && listing.waiting.size() <= kPage && listing.rows < lastRow) {
+  while (listing.reading != nullptr && listing.waiting.size() <= most && listing.rows < lastRow) {
     if (!CsvReadOn(*listing.reading)) {
       listing.reading.reset();
     }
   }
   std::vector<std::string> page;
-  for (; page.size() < kPage && !listing.waiting.empty(); listing.waiting.pop_front()) {
+  for (; page.size() < most && !listing.waiting.empty(); listing.waiting.pop_front()) {
     page.push_back(std::move(listing.waiting.front()));
   }
   more = listing.reading != nullptr || !listing.waiting.empty();
@@ -116,7 +114,9 @@ void ListValues(EC ec, const char *name, void *list, int32_t first, int32_t *mor
     ListingBegin(listing, name);
   }
   bool isMore = false;
-  for (const std::string &value : ListingPage(listing, isMore)) {
+  // The editor asks once for more, so that all must come then.
+  const size_t most = first != 0 ? kFirstValues : kMostValues;
+  for (const std::string &value : ListingPage(listing, most, isMore)) {
     AddToList(windows, list, columns[listing.column].type == ORL_TYPE_NUMBER, value, listing.shown);
   }
   if (!listing.error.empty()) {

@@ -29,12 +29,16 @@ struct ValueListing {
 /* Begins anew with the column of that name. Without one there are no values. */
 void ListingBegin(ValueListing &listing, const std::string &name);
 
-/* The next values in the order of their first rows, as formulas write them but for the quotes of
- * texts: no empty ones, and none of more than 1,000 bytes. There are at most 200, from at most
- * another million rows; a listing has 10,000 in all. `more` tells whether to ask again. */
-std::vector<std::string> ListingPage(ValueListing &listing, bool &more);
+constexpr size_t kFirstValues = 200;  /* that a window shows at once */
+constexpr size_t kMostValues = 10000; /* of a listing */
 
-/* The routine for ORLSetListValuesCallback. The user value of the context is its ValueListing. */
+/* The next values in the order of their first rows, as formulas write them but for the quotes of
+ * texts: no empty ones, and none of more than 1,000 bytes. There are at most `most`, from at most
+ * another million rows; a listing has kMostValues in all. `more` tells whether to ask again. */
+std::vector<std::string> ListingPage(ValueListing &listing, size_t most, bool &more);
+
+/* The routine for ORLSetListValuesCallback: lists kFirstValues at first, then all others. The user
+ * value of the context is its ValueListing. */
 void ListValues(EC ec, const char *name, void *list, int32_t first, int32_t *more);
 
 #endif

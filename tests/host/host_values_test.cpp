@@ -93,7 +93,7 @@ TEST(HostValues, ComePageByPageWhileThereAreMore) {
     std::vector<size_t> pages;
     bool more = true;
     for (size_t i = 0; more && i <= row.pages.size(); i++) {
-      const std::vector<std::string> page = ListingPage(file.listing, more);
+      const std::vector<std::string> page = ListingPage(file.listing, kFirstValues, more);
       EXPECT_TRUE(page.empty() || page[0] == "v" + std::to_string(200 * i)) << page[0];
       pages.push_back(page.size());
     }
@@ -107,19 +107,19 @@ TEST(HostValues, AFewInManyRowsComeWhenAskedForAgain) {
   ListedFile file(content + "b,\n");
   ListingBegin(file.listing, "s");
   bool more = false;
-  EXPECT_EQ(ListingPage(file.listing, more), std::vector<std::string>{"a"});
+  EXPECT_EQ(ListingPage(file.listing, kFirstValues, more), std::vector<std::string>{"a"});
   EXPECT_TRUE(more);
-  EXPECT_EQ(ListingPage(file.listing, more), std::vector<std::string>{"b"});
+  EXPECT_EQ(ListingPage(file.listing, kFirstValues, more), std::vector<std::string>{"b"});
   EXPECT_FALSE(more);
 }
 
 TEST(HostValues, TheWindowGoesOnAndBeginsAnew) {
-  ListedFile file(Values(250));
+  ListedFile file(Values(650));
   Edit(file.session.ec, {nullptr, 0, "s"}, [&](OrlWindow d) {
     OrlWindow list = ORLHeadlessFind("LISTVALUES");
     EXPECT_EQ(Rows(list, 100).size(), 200U);
     Act(d, "click 133");
-    EXPECT_EQ(Rows(list, 100).size(), 250U);
+    EXPECT_EQ(Rows(list, 100).size(), 650U);
     Act(d, "row 106 t");
     EXPECT_EQ(RowList(list, 100), "");
     Act(d, "row 106 s");
