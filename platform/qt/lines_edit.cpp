@@ -138,18 +138,27 @@ struct LinesEdit : Edit {
     lines->ensureCursorVisible();
   }
 
-  // Ahead of a change that may be large, and behind all.
+  // Ahead of a change that may be large.
+  void WrapAheadOf(QStringView shown) const {
+    if (HasLongWord(shown)) {
+      WrapFor(shown);
+    }
+  }
+
+  // Behind a change.
   void WrapFor(QStringView shown) const {
     lines->setWordWrapMode(HasLongWord(shown) ? QTextOption::WrapAnywhere
                                               : QTextOption::WrapAtWordBoundaryOrAnywhere);
   }
 
   void PutShown(const QString &shown) override {
-    WrapFor(shown);
+    WrapAheadOf(shown);
     const QString before = Shown();
     const auto [prefix, suffix] = Compare(before, shown);
     QTextCursor cursor(lines->document());
     if (prefix + suffix < std::max(before.size(), shown.size())) {
+      // Undoing it puts the caret where the block begins.
+      cursor.setPosition(static_cast<int>(before.size() - suffix));
       cursor.beginEditBlock();
       cursor.setPosition(static_cast<int>(prefix));
       cursor.setPosition(static_cast<int>(before.size() - suffix), QTextCursor::KeepAnchor);
@@ -162,7 +171,7 @@ struct LinesEdit : Edit {
 
   void Insert(const QString &shown) override {
     const auto [anchor, caret] = Selected();
-    WrapFor(Shown().replace(std::min(anchor, caret), std::abs(caret - anchor), shown));
+    WrapAheadOf(Shown().replace(std::min(anchor, caret), std::abs(caret - anchor), shown));
     QTextCursor cursor = lines->textCursor();
     cursor.insertText(shown);
     lines->setTextCursor(cursor);

@@ -161,9 +161,12 @@ TEST_F(QtEdit, WhatTheProgramPutsInCanBeUndone) {
   Set("abs(Amount)");
   Set("abs(Amount + \xE9)");
   told.clear();
-  for (const char *text : {"abs(Amount)", "1 abs(Expression)", "abs(Expression)"}) {
+  const std::pair<const char *, int> rows[] = {  // text; caret
+      {"abs(Amount)", 10}, {"1 abs(Expression)", 16}, {"abs(Expression)", 0}};
+  for (const auto &[text, caret] : rows) {
     Control(Qt::Key_Z);
     EXPECT_EQ(TextOf(edit), text);
+    EXPECT_EQ(Send(ORL_EM_GETSEL) & 0xFFFF, caret) << text;
   }
   EXPECT_EQ(told.size(), 3U);
   Send(ORL_EM_SETMODIFY, 0);
