@@ -182,7 +182,12 @@ void ListBox::Place(const QRect &rect) {
   const int rowHeightNow = HeightOfRow(this);
   const int frame = 2 * view->frameWidth();
   const int rows = std::max(1, (rect.height() - frame) / rowHeightNow);
+  const QModelIndex current = model->index(CurrentRow(this), 0);
+  const bool isShown = view->viewport()->rect().intersects(view->visualRect(current));
   view->setGeometry(rect.x(), rect.y(), rect.width(), rows * rowHeightNow + frame);
+  if (isShown) {
+    view->scrollTo(current);
+  }
 }
 
 void ListBox::SetRowHeight(int32_t pixels) {

@@ -273,7 +273,10 @@ TEST_F(QtList, TellsWhatTheUserMakesCurrent) {
   }
 }
 
-TEST_F(QtList, IsAsHighAsWholeRows) {
+TEST_F(QtList, IsAsHighAsWholeRowsAndKeepsTheCurrentOneInView) {
+  Fill(kDrawn, {"a", "b", "c", "d"});
+  Message(kDrawn, ORL_LB_SETCURSEL, 2);
+  const auto *view = static_cast<QAbstractItemView *>(WidgetOf(kDrawn));
   const int frame = WidgetOf(kDrawn)->height() - ViewOf(kDrawn)->height();
   const struct {
     int height, rows;
@@ -284,6 +287,8 @@ TEST_F(QtList, IsAsHighAsWholeRows) {
     table->GetWindowRect(Item(kDrawn), &rect);
     EXPECT_EQ(frame + move.rows * kRowHeight, rect.bottom - rect.top) << move.height;
     EXPECT_EQ(70, rect.right - rect.left);
+    EXPECT_TRUE(view->viewport()->rect().contains(view->visualRect(view->currentIndex())))
+        << move.height;
   }
 }
 
