@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
+#include <QRegion>
 #include <QStyle>
 
 #include "platform/qt/messenger.h"
@@ -117,8 +118,12 @@ class GroupWidget : public QGroupBox {
     const int height = fontMetrics().height();
     QColor line = palette().color(QPalette::WindowText);
     line.setAlphaF(0.3F);
-    painter.setPen(line);
-    painter.drawRect(rect().adjusted(0, height / 2, -1, -1));
+    // Four stretches, for a line would lose sides where a pixel is no whole number of the screen's.
+    const QRect frame = rect().adjusted(0, height / 2, 0, 0);
+    const QRect inner = frame.adjusted(1, 1, -1, -1);
+    for (const QRect &side : QRegion(frame).subtracted(inner)) {
+      painter.fillRect(side, line);
+    }
     QRect caption(kIndent, 0, fontMetrics().horizontalAdvance(title()) + 2 * kGap, height);
     caption = caption.intersected(rect());
     painter.fillRect(caption, palette().brush(QPalette::Window));
