@@ -13,8 +13,6 @@ namespace headless {
 
 namespace {
 
-constexpr char kLineBreak[] = "\r\n";
-
 bool HasLines(const Control *edit) {
   return (edit->style & ORL_STYLE_LINES) != 0;
 }
@@ -180,7 +178,7 @@ void Paste(Control *edit) {
   // A copy, as the clipboard may change while the dialog is told.
   char *text = session.clipboard == nullptr ? nullptr : CopyOfText(session.clipboard);
   if (text != nullptr) {
-    const size_t length = HasLines(edit) ? std::strlen(text) : std::strcspn(text, kLineBreak);
+    const size_t length = HasLines(edit) ? std::strlen(text) : std::strcspn(text, "\r\n");
     Replace(edit, text, static_cast<int32_t>(length), false);
     WRENMemFree(text);
   }
@@ -243,7 +241,8 @@ void TakeCharacter(Control *edit, uintptr_t code) {
     case '\t':
     case '\n':
       if (HasLines(edit)) {
-        Replace(edit, byte == '\t' ? "\t" : kLineBreak, byte == '\t' ? 1 : 2, true);
+        const char text = static_cast<char>(byte);
+        Replace(edit, &text, 1, true);
       }
       break;
     default:

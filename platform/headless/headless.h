@@ -180,7 +180,8 @@ ORL_API int32_t ORLHeadlessType(OrlWindow dialog, int32_t id, const char *text);
  * - Tab and, with Shift, the way back: the next control that takes it, where an edit of one line
  *   selects all its text; Escape: command 2; neither is seen by controls.
  * - Return: the button that has the focus, else the default button, else command 1. Only an edit of
- *   several lines sees it; with Control it is a line break there, without it the edit hands it on.
+ *   several lines sees it; with Control it is a line break there (\n), without it the edit hands
+ *   it on.
  * - In an edit the arrows, Home, End, Backspace and Delete go by whole characters, Home and End
  *   with Control to the ends of the text; with Shift the selection grows. The control characters
  *   3, 22 and 24 (typed, or Control with C, V, X) copy, paste and cut.

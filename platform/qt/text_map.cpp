@@ -168,7 +168,9 @@ Coded ShownAt(QStringView shown, qsizetype at, TextKind kind, int32_t page) {
   const char16_t unit = shown[at].unicode();
   if (unit == kParagraphBreak || unit == kLineBreak) {
     const bool lines = kind == TextKind::kLines;
-    return !lines ? Coded{} : unit == kLineBreak ? Coded{1, 1, {'\n'}} : Coded{1, 2, {'\r', '\n'}};
+    return !lines                    ? Coded{}
+           : unit == kParagraphBreak ? Coded{1, 1, {'\n'}}
+                                     : Coded{1, 2, {'\r', '\n'}};
   }
   if (unit > kEscape && unit <= kEscape + 0xFF) {  // alone, as pairs are passed as a whole
     return {1, 1, {static_cast<char>(unit - kEscape)}};
@@ -179,11 +181,11 @@ Coded ShownAt(QStringView shown, qsizetype at, TextKind kind, int32_t page) {
 // Appends what shows the character or break at an address; returns the bytes that it has there.
 int32_t Show(const char *at, TextKind kind, int32_t page, QString *shown) {
   if (kind == TextKind::kLines && at[0] == '\r' && at[1] == '\n') {
-    shown->append(QChar(kParagraphBreak));
+    shown->append(QChar(kLineBreak));
     return 2;
   }
   if (kind == TextKind::kLines && at[0] == '\n') {
-    shown->append(QChar(kLineBreak));
+    shown->append(QChar(kParagraphBreak));
     return 1;
   }
   const auto count = static_cast<int32_t>(WRENStrAdvance(at, 1) - at);
@@ -261,7 +263,7 @@ QString EnterableText(const QString &entered, TextKind kind, int32_t room, bool 
   QString enterable;
   for (qsizetype at = 0; at < entered.size();) {
     const bool isBreak = IsBreak(entered[at]);
-    Coded coded = isBreak ? Coded{1, 2, {'\r', '\n'}} : CharacterAt(entered, at, page);
+    Coded coded = isBreak ? Coded{1, 1, {'\n'}} : CharacterAt(entered, at, page);
     if ((isBreak && kind == TextKind::kOneLine) || (room >= 0 && coded.count > room)) {
       *whole = false;
       break;

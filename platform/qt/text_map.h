@@ -2,9 +2,9 @@
 //
 // Every text comes back byte for byte. Bytes that are no character of the code page, and characters
 // that the text widgets take for something else, are shown as lone surrogates: byte b as U+DC00 +
-// b, as Python's "surrogateescape" does (PEP 383). In a text of several lines "\r\n" is a paragraph
-// break (U+2029 in the widget's raw text, what the Return key makes) and a lone "\n" a line break
-// within the paragraph (U+2028); in a text of one line both are escaped.
+// b, as Python's "surrogateescape" does (PEP 383). In a text of several lines "\n" is a paragraph
+// break (U+2029 in the widget's raw text), which is what the user makes, as formulas take no "\r";
+// "\r\n" is a line break within the paragraph (U+2028). In a text of one line both are escaped.
 #ifndef ORLI11_PLATFORM_QT_TEXT_MAP_H
 #define ORLI11_PLATFORM_QT_TEXT_MAP_H
 
@@ -27,7 +27,7 @@ int32_t ByteOfPosition(QStringView shown, qsizetype position, TextKind kind);
 qsizetype PositionOfByte(QStringView shown, int32_t byte, TextKind kind);
 
 // What may be entered of a text from the keyboard or the clipboard: characters of the code page
-// alone, line breaks of every kind as paragraph breaks, in a text of one line nothing from the
+// alone, breaks of every kind as "\n", in a text of one line nothing from the
 // first break on, and at most `room` bytes in whole characters (-1: any number). `whole` becomes
 // false when something was left out.
 QString EnterableText(const QString &entered, TextKind kind, int32_t room, bool *whole);

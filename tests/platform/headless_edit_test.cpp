@@ -71,15 +71,15 @@ struct Model {
                 characters.begin() + static_cast<long>(To()));
   }
   void Paste() {
-    const auto end = lines ? clip.end() : std::find(clip.begin(), clip.end(), "\r\n");
+    const auto end = lines ? clip.end() : std::find(clip.begin(), clip.end(), "\n");
     if (hasClip) Replace(Characters(clip.begin(), end), false);
   }
   size_t LineStart(size_t index) const {
-    while (lines && index > 0 && characters[index - 1] != "\r\n") --index;
+    while (lines && index > 0 && characters[index - 1] != "\n") --index;
     return lines ? index : 0;
   }
   size_t LineEnd(size_t index) const {
-    while (index < characters.size() && (!lines || characters[index] != "\r\n")) ++index;
+    while (index < characters.size() && (!lines || characters[index] != "\n")) ++index;
     return index;
   }
   size_t Moved(uint32_t key, uint32_t held) const {
@@ -190,7 +190,7 @@ void Work(OrlWindow dialog, Model &model, std::mt19937 &random) {
     }
     case 11:
       EXPECT_EQ(1, ORLHeadlessKey(dialog, id, ORL_VK_RETURN, ORL_HEADLESS_CONTROL));
-      if (model.lines) model.Replace({"\r\n"}, true);
+      if (model.lines) model.Replace({"\n"}, true);
       break;
     default: {
       const std::string &typed = session->alphabet[1 + any(session->alphabet.size() - 1)];
@@ -228,9 +228,9 @@ TEST(HeadlessEdit, AgreesWithAListOfCharactersUnderRandomInput) {
   const struct {
     int32_t codePage;
     Characters alphabet;  // the line break first
-  } pages[] = {{1252, {"\r\n", "a", " ", "\xE9", "9"}},
-               {932, {"\r\n", "a", " ", "\x83\x5C", "\x82\xA0", "\xB1"}},
-               {65001, {"\r\n", "a", " ", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}}};
+  } pages[] = {{1252, {"\n", "a", " ", "\xE9", "9"}},
+               {932, {"\n", "a", " ", "\x83\x5C", "\x82\xA0", "\xB1"}},
+               {65001, {"\n", "a", " ", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}}};
   for (const auto &[codePage, alphabet] : pages) {
     ASSERT_EQ(1, WRENSetCodePage(codePage));
     for (uint32_t seed = 0; seed < 6 && !HasFailure(); ++seed) {

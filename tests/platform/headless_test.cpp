@@ -34,7 +34,7 @@ TEST(Headless, KeysAndPressesComeAsOnThePlatform) {
       {"select 11 0 1; send 11 512 0; ? 11", "0 {o}ne 2:0 m2", {}},
       {"hide 1; key 11 13", "2:0 m2", {}},
       {"key 14 9; @; key 19 9; @; key 10 9 1; @", "@1 @10 @19 2:0 m2", {}},
-      {"key 10 13 2; ? 10", "10:768 \r\n{}+ 2:0 m2", {}},
+      {"key 10 13 2; ? 10", "10:768 \n{}+ 2:0 m2", {}},
       {"key 2 13; click 11", "2:0 - m2", {}},
       {"key 12 27; click 11", "2:0 - m2", {}},
       {"close", "2:0 m2", {}},

@@ -119,8 +119,8 @@ TEST_F(QtEdit, ChangesAreToldOnce) {
     bool byProgram = false;
   } rows[] = {
       {"type", [&] { Type("z"); }, "azc", "azc"},
-      {"paste", [&] { Control(Qt::Key_V); }, "ax\r\nyc", "axc"},
-      {"message", [&] { Send(ORL_WM_PASTE); }, "ax\r\nyc", "axc"},
+      {"paste", [&] { Control(Qt::Key_V); }, "ax\nyc", "axc"},
+      {"message", [&] { Send(ORL_WM_PASTE); }, "ax\nyc", "axc"},
       {"cut", [&] { Control(Qt::Key_X); }, "ac", "ac"},
       {"clear", [&] { Send(ORL_WM_CLEAR); }, "ac", "ac"},
       {"delete", [&] { Key(Qt::Key_Delete); }, "ac", "ac"},
@@ -152,7 +152,7 @@ TEST_F(QtEdit, ChangesAreToldOnce) {
   EXPECT_EQ(TextOf(edit), "ab") << "what is being composed is no text yet";
   Compose("", "z");
   Control(Qt::Key_Return);
-  EXPECT_EQ(told, (std::vector<std::string>{"zab", "z\r\nab"}));
+  EXPECT_EQ(told, (std::vector<std::string>{"zab", "z\nab"}));
 }
 
 TEST_F(QtEdit, WhatTheProgramPutsInCanBeUndone) {

@@ -113,12 +113,13 @@ class KeyboardTest(EditorCase):
         self.edit()
         self.screen.key("alt+i")  # the data items
         self.screen.type("tax ")  # the blank picks
-        self.screen.type("- 1 + ")
+        self.screen.type("- 1 +")
+        self.screen.key("ctrl+Return")
         self.screen.key("alt+u", "Down", "space")  # the formulas
         self.screen.key("ctrl+z", "ctrl+shift+z")
         self.screen.key("alt+m", "alt+m")  # two controls have that mnemonic
         self.screen.key("Return")
-        self.assertRegex(self.finish(), r"=tax ?- 1 \+ half\(\)")
+        self.assertRegex(self.finish(), r"=tax ?- 1 \+\nhalf\(\)")
 
     def test_escape_leaves_the_store_as_it_was(self):
         self.orli("define", self.store, self.data, "half=amount / 2")
