@@ -39,9 +39,7 @@ typedef enum {
 /* Styles of controls. */
 enum {
   ORL_STYLE_CENTERED = 1,    /* label: the text is centred */
-  /* Edit of several lines, which the user breaks by "\n" alone, as formulas take no "\r"; without it
-   * one line that scrolls sideways. */
-  ORL_STYLE_LINES = 2,
+  ORL_STYLE_LINES = 2,       /* edit of lines, ended by \n; without it one that scrolls sideways */
   ORL_STYLE_SORTED = 4,      /* list: LB_ADDSTRING keeps the rows in the order of lstrcmpiA */
   ORL_STYLE_NOTIFY = 8,      /* list: tells the dialog of selections and double clicks */
   ORL_STYLE_OWNER_DRAW = 16, /* list: rows are drawn by the dialog, all of one height */

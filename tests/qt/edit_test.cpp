@@ -161,8 +161,10 @@ TEST_F(QtEdit, WhatTheProgramPutsInCanBeUndone) {
   Set("abs(Amount)");
   Set("abs(Amount + \xE9)");
   told.clear();
-  const std::pair<const char *, int> rows[] = {  // text; caret
-      {"abs(Amount)", 10}, {"1 abs(Expression)", 16}, {"abs(Expression)", 0}};
+  const std::pair<const char *, int> rows[] = {// text; caret
+                                               {"abs(Amount)", 10},
+                                               {"1 abs(Expression)", 16},
+                                               {"abs(Expression)", 0}};
   for (const auto &[text, caret] : rows) {
     Control(Qt::Key_Z);
     EXPECT_EQ(TextOf(edit), text);
