@@ -1,6 +1,7 @@
 // Question boxes.
 #include <QApplication>
 #include <QMessageBox>
+#include <QScopedValueRollback>
 #include <algorithm>
 
 #include "platform/qt/state.h"
@@ -9,6 +10,8 @@
 namespace qt_windows {
 
 namespace {
+
+int32_t open = 0;
 
 struct BoxButton {
   int32_t answer;
@@ -45,8 +48,12 @@ QMessageBox::Icon IconOf(uint32_t type) {
 
 }  // namespace
 
+int32_t OpenBoxes() {
+  return open;
+}
+
 int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_t type) {
-  if (!BeginApplication()) {
+  if (!BeginApplication() || !CanNest()) {
     return 0;
   }
   const std::vector<BoxButton> buttons = ButtonsOf(type);
@@ -65,6 +72,7 @@ int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_
     box.setEscapeButton(buttons.back().button);
     box.setWindowModality(Qt::ApplicationModal);
     StandAbove(&box, parent);
+    const QScopedValueRollback<int32_t> one(open, open + 1);
     pressed = box.exec();
   }
   EndApplication();

@@ -20,6 +20,8 @@ namespace {
 // A dialog that opens another whenever it is cancelled comes to an end.
 constexpr int kMostModals = 100;
 
+constexpr int32_t kMostControls = 4095;
+
 class DialogWidget : public QDialog {
  public:
   explicit DialogWidget(std::unique_ptr<Dialog> dialog) : dialog_(std::move(dialog)) {
@@ -64,7 +66,7 @@ class DialogWidget : public QDialog {
     if (dialog_->modal) {
       SendCommand(dialog_.get(), ORL_ID_CANCEL);
     } else {
-      Send(dialog_->window, ORL_WM_CLOSE, 0, 0);
+      Tell(ORL_WM_CLOSE, 0);
     }
     event->setAccepted(dialog_->ended || dialog_->going);
   }
@@ -76,7 +78,7 @@ class DialogWidget : public QDialog {
       dialog_->paintPosted = true;
       const auto tell = [this] {
         dialog_->paintPosted = false;
-        Send(dialog_->window, ORL_WM_PAINT, 0, 0);
+        Tell(ORL_WM_PAINT, 0);
       };
       QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
     }
@@ -92,13 +94,19 @@ class DialogWidget : public QDialog {
       return timer.second == event->timerId();
     });
     if (found != timers.end()) {
-      Send(dialog_->window, ORL_WM_TIMER, found->first, 0);
+      Tell(ORL_WM_TIMER, found->first);
     } else {
       QDialog::timerEvent(event);
     }
   }
 
  private:
+  void Tell(uint32_t message, uintptr_t wParam) {
+    if (!HasEnded(dialog_.get())) {
+      Send(dialog_->window, message, wParam, 0);
+    }
+  }
+
   std::unique_ptr<Dialog> dialog_;
 };
 
@@ -218,6 +226,12 @@ Hold::~Hold() {
   }
 }
 
+bool CanNest() {
+  const auto modals = std::count_if(Dialogs().begin(), Dialogs().end(),
+                                    [](const Dialog *dialog) { return dialog->modal; });
+  return !IsDrawing() && modals + OpenBoxes() < kMostModals;
+}
+
 bool TakesFocus(const Control &control) {
   return control.kind != ORL_CONTROL_LABEL && control.kind != ORL_CONTROL_GROUP &&
          control.widget->isEnabled() && !control.widget->isHidden();
@@ -225,11 +239,10 @@ bool TakesFocus(const Control &control) {
 
 Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc,
                   bool modal) {
-  const auto modals = std::count_if(Dialogs().begin(), Dialogs().end(),
-                                    [](const Dialog *dialog) { return dialog->modal; });
   if (model == nullptr || proc == nullptr || model->controlCount < 0 ||
-      (model->controlCount > 0 && model->controls == nullptr) || modals >= kMostModals ||
-      !BeginApplication()) {
+      model->controlCount > kMostControls ||
+      (model->controlCount > 0 && model->controls == nullptr) || !BeginApplication() ||
+      (modal && !CanNest())) {
     return nullptr;
   }
   auto record = std::make_unique<Dialog>();

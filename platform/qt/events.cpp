@@ -42,7 +42,10 @@ class PostOffice : public QObject {
       return QObject::event(event);
     }
     const auto *posted = static_cast<const PostedEvent *>(event);
-    Send(posted->window, posted->message, posted->wParam, posted->lParam);
+    const Place place = Find(posted->window);
+    if (place.dialog != nullptr && !HasEnded(place.dialog)) {
+      Send(posted->window, posted->message, posted->wParam, posted->lParam);
+    }
     return true;
   }
 };
@@ -163,13 +166,27 @@ void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam)
   }
 }
 
+bool HasEnded(const Dialog *dialog) {
+  while (dialog != nullptr && !dialog->modal) {
+    dialog = Find(dialog->parent).dialog;
+  }
+  return dialog != nullptr && dialog->ended;
+}
+
 void Notify(const Control *control, uint32_t notification) {
+  // Changes of texts may be the program's doing.
+  if (notification != ORL_EN_CHANGE && HasEnded(control->dialog)) {
+    return;
+  }
   Send(control->dialog->window, ORL_WM_COMMAND,
        static_cast<uint16_t>(control->id) | uintptr_t{notification} << 16,
        reinterpret_cast<intptr_t>(control->window));
 }
 
 intptr_t SendCommand(Dialog *dialog, int32_t id) {
+  if (HasEnded(dialog)) {
+    return 1;
+  }
   const Control *control = ControlById(dialog, id);
   return Send(dialog->window, ORL_WM_COMMAND, static_cast<uint16_t>(id),
               reinterpret_cast<intptr_t>(control == nullptr ? nullptr : control->window));
@@ -194,7 +211,7 @@ intptr_t OwnProc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t 
 bool Deliver(Control *control, uint32_t message, uintptr_t wParam, intptr_t lParam,
              const std::function<void()> &own) {
   OrlWindow window = control->window;
-  if (FindControl(window) != control) {
+  if (FindControl(window) != control || HasEnded(control->dialog)) {
     return false;
   }
   const Hold hold(control->dialog);
@@ -202,7 +219,7 @@ bool Deliver(Control *control, uint32_t message, uintptr_t wParam, intptr_t lPar
   pending = &event;
   Send(window, message, wParam, lParam);
   pending = event.outer;
-  return FindControl(window) == control;
+  return FindControl(window) == control && !HasEnded(control->dialog);
 }
 
 void KeyPressed(Control *control, QKeyEvent *event, const std::function<void()> &own) {
@@ -321,6 +338,9 @@ void GoToNextWindow(const Dialog *dialog) {
             other->parent == dialog->window || (!dialog->modal && other->parent == dialog->parent));
   };
   const auto self = std::find(dialogs.begin(), dialogs.end(), dialog);
+  if (self == dialogs.end()) {
+    return;
+  }
   auto next = std::find_if(self + 1, dialogs.end(), belongs);
   next = next == dialogs.end() ? std::find_if(dialogs.begin(), self, belongs) : next;
   if (next != self) {

@@ -51,14 +51,6 @@ struct Button : Captioned {
 
 // ---- Labels
 
-// The caption as it reads where '&' marks no mnemonic; "&&" is one.
-QString WithoutMarks(QString caption) {
-  for (qsizetype i = caption.indexOf('&'); i >= 0; i = caption.indexOf('&', i + 1)) {
-    caption.remove(i, 1);
-  }
-  return caption;
-}
-
 class LabelWidget : public QLabel {
  public:
   using QLabel::QLabel;

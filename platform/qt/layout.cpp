@@ -190,15 +190,15 @@ void TrimLists(Dialog *dialog) {
     for (const auto &frame : dialog->controls) {
       const bool under = IsList(*list) && frame->kind == ORL_CONTROL_GROUP &&
                          list->base.intersects(frame->base) && list->base.top() < frame->base.top();
+      if (!under) {
+        continue;
+      }
       for (const auto &other : dialog->controls) {
-        if (under && other != list && IsList(*other) &&
-            other->base.bottom() == list->base.bottom()) {
+        if (other != list && IsList(*other) && other->base.bottom() == list->base.bottom()) {
           other->base.setBottom(frame->base.top() - 2);
         }
       }
-      if (under) {
-        list->base.setBottom(frame->base.top() - 2);
-      }
+      list->base.setBottom(frame->base.top() - 2);
     }
   }
 }
@@ -263,7 +263,8 @@ void MeasureDialog(Dialog *dialog) {
         QRect(pixelsX(row.x), pixelsY(row.y), pixelsX(row.width), pixelsY(row.height));
   }
   TrimLists(dialog);
-  dialog->baseSize = QSize(pixelsX(model.width), pixelsY(model.height));
+  const QSize largest(kLargestWindow, kLargestWindow);
+  dialog->baseSize = QSize(pixelsX(model.width), pixelsY(model.height)).boundedTo(largest);
   dialog->widget->setMinimumSize(dialog->baseSize);
   dialog->widget->resize(dialog->baseSize);
   LayOut(dialog);

@@ -10,10 +10,7 @@ namespace {
 
 // A caption without its mark for the mnemonic; names in capitals and underscores as people write.
 QString SpokenName(const QByteArray &caption) {
-  QString name = CaptionText(caption.constData());
-  for (qsizetype i = name.indexOf('&'); i >= 0; i = name.indexOf('&', i + 1)) {
-    name.remove(i, 1);
-  }
+  QString name = WithoutMarks(CaptionText(caption.constData()));
   if (name.contains('_')) {
     name = name.toLower().replace('_', ' ');
     name[0] = name[0].toUpper();
@@ -34,6 +31,18 @@ Control *LabelledBy(const Dialog *dialog, size_t label) {
 }
 
 }  // namespace
+
+QString WithoutMarks(const QString &caption) {
+  QString plain;
+  plain.reserve(caption.size());
+  for (qsizetype i = 0; i < caption.size(); ++i) {
+    i += caption[i] == u'&' ? 1 : 0;
+    if (i < caption.size()) {
+      plain.append(caption[i]);
+    }
+  }
+  return plain;
+}
 
 void NameControls(Dialog *dialog) {
   QWidget *before = nullptr;

@@ -94,6 +94,10 @@ const QImage &ImageOn(const QColor &ground, const Picture &picture) {
   return ground.lightness() < 128 ? picture.onDark : picture.onLight;
 }
 
+bool IsDrawing() {
+  return innermost != nullptr;
+}
+
 void *LoadBitmapFile(const OrlBitmap *bitmap) {
   if (bitmap == nullptr) {
     return nullptr;

@@ -12,6 +12,7 @@
 
 #include <QByteArray>
 #include <QRect>
+#include <QString>
 #include <QWidget>
 #include <cstdint>
 #include <functional>
@@ -111,9 +112,12 @@ Dialog *TopModal();
 
 // Through the procedure of a window; 0 for one that has gone.
 intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+// True when the dialog has ended or the modal one that it stands beside: what still waits of its
+// user, the clock and the post does not reach it.
+bool HasEnded(const Dialog *dialog);
 // After the present event, in order.
 void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
-// WM_COMMAND of a control, or of an id that may have none; the procedure's result.
+// WM_COMMAND of a control, or by the user of an id that may have none; the procedure's result.
 void Notify(const Control *control, uint32_t notification);
 intptr_t SendCommand(Dialog *dialog, int32_t id);
 // The controls' own procedure, for all kinds.
@@ -148,6 +152,9 @@ void PressNeighbour(Control *option, bool back);
 
 // ---- Dialogs (dialogs.cpp, layout.cpp)
 
+// Whether one more modal dialog or box may open: not inside of too many others, and not while a row
+// is drawn, as Qt could not go on with its painting afterwards. On the thread of the application.
+bool CanNest();
 // Null when it cannot be made.
 Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc, bool modal);
 // Sends what a new dialog is sent, and shows it when it is to be shown by itself.
@@ -166,6 +173,8 @@ void StandAbove(QWidget *widget, OrlWindow parent);
 void SetTimerOf(Dialog *dialog, uintptr_t timer, uint32_t milliseconds);
 void KillTimerOf(Dialog *dialog, uintptr_t timer);
 
+// A caption as it reads where '&' marks no mnemonic; "&&" is one.
+QString WithoutMarks(const QString &caption);
 // Names of controls for those who cannot see them, mnemonics and the order of the tab key
 // (names.cpp).
 void NameControls(Dialog *dialog);
@@ -173,6 +182,9 @@ void NameControls(Dialog *dialog);
 void DescribeDialog(Dialog *dialog);
 // True when the user's focus can go there.
 bool TakesFocus(const Control &control);
+
+// No window is larger: each of its pixels takes memory.
+constexpr int kLargestWindow = 10000;
 
 // Measures the font and puts the controls where the template says, larger where a caption asks for
 // it; lays them out anew in a client area of another size.
@@ -200,6 +212,8 @@ void MarkOption(Control *option, bool marked);
 
 // ---- Drawing (pictures.cpp)
 
+// While a dialog draws a row.
+bool IsDrawing();
 void *LoadBitmapFile(const OrlBitmap *bitmap);
 void DeleteBitmapHandle(void *bitmap);
 void DrawBitmapAt(void *surface, void *bitmap, int32_t x, int32_t y);
@@ -209,6 +223,8 @@ void DrawFocusIn(void *surface, const OrlRect *rect);
 
 // ---- Boxes (boxes.cpp)
 
+// Those that wait for their user.
+int32_t OpenBoxes();
 int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_t type);
 
 // ---- The application (application.cpp)

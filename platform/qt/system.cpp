@@ -218,10 +218,10 @@ void ScreenToClient(OrlWindow window, int32_t *x, int32_t *y) {
   const QWidget *widget = place.control != nullptr ? place.control->widget : place.dialog->widget;
   const QPoint corner = widget->mapToGlobal(QPoint(0, 0));
   if (x != nullptr) {
-    *x -= corner.x();
+    *x = static_cast<int32_t>(int64_t{*x} - corner.x());
   }
   if (y != nullptr) {
-    *y -= corner.y();
+    *y = static_cast<int32_t>(int64_t{*y} - corner.y());
   }
 }
 
@@ -231,15 +231,18 @@ void MoveWindow(OrlWindow window, int32_t x, int32_t y, int32_t width, int32_t h
     return;
   }
   const Hold hold(place.dialog);
+  // Further out there is nothing, and sums do not overflow.
   const QSize size(std::clamp(width, 0, QWIDGETSIZE_MAX), std::clamp(height, 0, QWIDGETSIZE_MAX));
+  const QPoint corner(std::clamp(x, -QWIDGETSIZE_MAX, QWIDGETSIZE_MAX),
+                      std::clamp(y, -QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
   if (place.control != nullptr) {
-    MoveControl(place.control, QRect(QPoint(x, y), size));
+    MoveControl(place.control, QRect(corner, size));
     return;
   }
   QWidget *widget = place.dialog->widget;
   const QSize frame = widget->frameGeometry().size() - widget->size();
-  widget->move(x, y);
-  widget->resize(size - frame);
+  widget->move(corner);
+  widget->resize((size - frame).boundedTo({kLargestWindow, kLargestWindow}));
 }
 
 int32_t GetSystemMetrics(int32_t index) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QtTest/qtestkeyboard.h>
+#include <QtTest/qtestmouse.h>
 #include <QtTest/qtestsystem.h>
 #include <QAccessible>
 #include <QApplication>
@@ -224,6 +225,31 @@ TEST(QtDialog, TimersAndPostedMessagesCome) {
   using Told = std::vector<std::pair<uint32_t, uintptr_t>>;
   EXPECT_EQ((Told{{1025, 1}, {1026, 2}, {ORL_WM_TIMER, 7}, {ORL_WM_TIMER, 7}}),
             Told(told.begin(), told.begin() + 4));
+}
+
+// The user, the clock and the post are late: EndDialog has been called.
+TEST(QtDialog, AnEndedDialogHearsNothingMore) {
+  int32_t told = 0;
+  bool ended = false;
+  answer = [&](uint32_t message, uintptr_t) {
+    told += ended && message != ORL_WM_DESTROY ? 1 : 0;
+    return 0;
+  };
+  RunDialog(FindDialog(kDialogEditor), [&](OrlWindow window) {
+    sys->PostMessage(window, 1025, 0, 0);
+    sys->SetTimer(window, 7, 10);
+    sys->EndDialog(window, 1);
+    ended = true;
+    for (const int32_t id : {1, 100, 101, 106, 134}) {
+      for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_Space, Qt::Key_A}) {
+        QTest::keyClick(WidgetOf(window, id), key);
+      }
+      QTest::mouseClick(WidgetOf(window, id), Qt::LeftButton);
+    }
+    qt_windows::FindDialog(window)->widget->close();
+    QTest::qWait(30);
+  });
+  EXPECT_EQ(0, told);
 }
 
 // A side window by keys: Return takes the row unless the dialog does something else with it, F6
