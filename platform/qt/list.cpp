@@ -1,5 +1,6 @@
 // Lists: rows with texts and data, one of them current.
 #include <QScopedValueRollback>
+#include <QSignalBlocker>
 #include <algorithm>
 #include <cstring>
 
@@ -66,6 +67,8 @@ int32_t InsertRow(ListBox *list, int32_t row, const char *text) {
 int32_t DeleteRow(ListBox *list, int32_t row) {
   const QScopedValueRollback<bool> guard(list->changesItself, true);
   QItemSelectionModel *selection = list->view->selectionModel();
+  // The view, which is laid out anew anyhow, would do so for each new place of the focus.
+  const QSignalBlocker quiet(selection);
   // The view would select a neighbour of a row that goes with the focus on it.
   if (selection->currentIndex().row() == row) {
     selection->setCurrentIndex({}, QItemSelectionModel::NoUpdate);
@@ -100,9 +103,11 @@ intptr_t TakeRowMessage(ListBox *list, uint32_t message, int32_t row, intptr_t l
       return 0;
     case ORL_LB_GETITEMDATA:
       return entry.data;
-    default:
+    case ORL_LB_SETITEMDATA:
       entry.data = lParam;
       return 1;
+    default:
+      return 0;  // none of ours
   }
 }
 

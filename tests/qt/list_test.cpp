@@ -146,7 +146,7 @@ TEST_F(QtList, MessagesDoAsToAPlainList) {
         rows.insert(rows.begin() + place, {text, 0});
         current += current >= place ? 1 : 0;
       };
-      switch (below(8)) {
+      switch (below(9)) {
         case 0: {
           intptr_t place = count;
           while (id == kSorted && place > 0 &&
@@ -189,6 +189,9 @@ TEST_F(QtList, MessagesDoAsToAPlainList) {
           break;
         case 6:
           ASSERT_EQ(there ? 0 : -1, Message(id, ORL_LB_SETTOPINDEX, row));
+          break;
+        case 7:
+          Message(id, 388, row);  // LB_RESETCONTENT, which no list here knows
           break;
         default:
           QApplication::processEvents();
@@ -343,6 +346,15 @@ TEST_F(QtList, RowsShowWhatTheDialogDraws) {
   EXPECT_EQ(drawn.textRect, drawn.invertedRect);
   EXPECT_FALSE(DrawRowOf(list, 1000, ORL_DRAW_ENTIRE, 0, &drawn));
   EXPECT_FALSE(DrawRowOf(list, -1, ORL_DRAW_FOCUS, 0, &drawn)) << "not empty";
+
+  // A drawing is no place to wait for the user.
+  intptr_t answers = 0;
+  draw = [&](const OrlDrawItem &) {
+    answers += table->MessageBox(dialog, "text", "caption", ORL_MB_OK);
+    answers += table->DialogBoxParam(&kTemplate, dialog, Procedure, 0) + 1;
+  };
+  view->grab();
+  EXPECT_EQ(0, answers);
 
   // All rows go while one is drawn.
   draw = [&](const OrlDrawItem &) {
