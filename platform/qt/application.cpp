@@ -14,6 +14,7 @@
 #include <clocale>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "platform/qt/qt_windows.h"
@@ -30,7 +31,10 @@ struct OwnApplication {
   int count = 3;
   std::unique_ptr<QApplication> application;
 };
-std::unique_ptr<OwnApplication> own;
+// Not deleted where the process ends inside of a dialog: Qt may be gone by then.
+OwnApplication *own = nullptr;
+// Held while the application of our own comes or goes, and by those who ask whether one could.
+std::recursive_mutex changing;
 
 thread_local QByteArray problem;
 
@@ -112,16 +116,25 @@ QStringList Candidates() {
   return found;
 }
 
+// Platforms that start wherever their plugin is. Others take over a whole screen or card, and end
+// the process where they find none.
+bool StartsAnywhere(const QString &platform) {
+  return QStringList{"offscreen", "minimal", "vnc"}.contains(platform);
+}
+
 // The first platform that can be started, with its parameters; empty with `problem` said.
 QString ChoosePlatform() {
   Say("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set");
   for (const QString &candidate : Candidates()) {
     const QString platform = candidate.section(':', 0, 0);
+    const bool wayland = platform.startsWith(QLatin1String("wayland"));
     if (!HasPlugin(platform)) {
       Say("Qt has no plugin for the platform '" + platform + "'");
+    } else if (platform != QLatin1String("xcb") && !wayland && !StartsAnywhere(platform)) {
+      Say("dialogs are not shown on the platform '" + platform + "'");
     } else if (platform == QLatin1String("xcb") && !AnswersX()) {
       Say("the display '" + QString::fromLocal8Bit(qgetenv("DISPLAY")) + "' does not answer");
-    } else if (platform.startsWith(QLatin1String("wayland")) && !AnswersWayland()) {
+    } else if (wayland && !AnswersWayland()) {
       Say("the Wayland compositor does not answer");
     } else {
       problem.clear();
@@ -148,7 +161,7 @@ std::string ProgramName() {
 
 // The host's locale stays as it is: an application sets that of the environment.
 void Start(const QString &platform) {
-  own = std::make_unique<OwnApplication>();
+  own = new OwnApplication;
   own->name = ProgramName();
   own->platform = platform.toStdString();
   static char option[] = "-platform";
@@ -166,6 +179,7 @@ void Start(const QString &platform) {
 }  // namespace
 
 bool BeginApplication() {
+  const std::lock_guard<std::recursive_mutex> lock(changing);
   const QCoreApplication *present = QCoreApplication::instance();
   if (present != nullptr) {
     return (qobject_cast<const QApplication *>(present) != nullptr ||
@@ -182,13 +196,16 @@ bool BeginApplication() {
 }
 
 void EndApplication() {
+  const std::lock_guard<std::recursive_mutex> lock(changing);
   if (own != nullptr && Dialogs().empty()) {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    own.reset();
+    delete own;
+    own = nullptr;
   }
 }
 
 bool CanShow() {
+  const std::lock_guard<std::recursive_mutex> lock(changing);
   if (QCoreApplication::instance() != nullptr) {
     return BeginApplication();
   }

@@ -87,6 +87,15 @@ TEST(QtApplication, IsTheHostsWhereItHasOne) {
   EXPECT_EQ("the application of the process runs on another thread", problem);
 }
 
+TEST(QtApplicationDeathTest, LetsTheHostExitInsideOfADialog) {
+  const auto leave = [](OrlWindow, uint32_t message, uintptr_t, intptr_t) -> intptr_t {
+    if (message == ORL_WM_PAINT) std::exit(7);
+    return 0;
+  };
+  EXPECT_EXIT(ORLQtWindowSystem()->DialogBoxParam(&kDialog, nullptr, leave, 0),
+              testing::ExitedWithCode(7), "");
+}
+
 // What a user does to the host while a dialog is open: it asks the dialog, and may end all the
 // same.
 TEST(QtApplication, EndsWithItsDialogs) {
@@ -115,6 +124,7 @@ TEST(QtApplication, TellsWhyNoDialogCanBeShown) {
     const char *platform, *display, *problem;
   } rows[] = {
       {"nonsense", ":0", "Qt has no plugin for the platform 'nonsense'"},
+      {"linuxfb", ":0", "dialogs are not shown on the platform 'linuxfb'"},
       {"xcb", ":4711", "the display ':4711' does not answer"},
       {"xcb:x;nonsense", "", "Qt has no plugin for the platform 'nonsense'"},
       {";", ":4711",
