@@ -1,5 +1,6 @@
 // The window system that comes with the library, a plugin of its own: loaded when it is needed.
 #include <dlfcn.h>
+#include <sys/auxv.h>
 
 #include <atomic>
 #include <climits>
@@ -85,6 +86,11 @@ const OrlWindowSystem *PluginSystem() {
     Say("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set", "");
     return nullptr;
   }
+  // Where to load it from would be for whoever starts the program to say.
+  if (getauxval(AT_SECURE) != 0) {
+    Say("a program with rights that its user does not have shows no dialogs", "");
+    return nullptr;
+  }
   if (!LoadPlugin()) {
     return nullptr;
   }
@@ -106,8 +112,10 @@ const OrlWindowSystem *WindowsForDialog() {
     return inForce;
   }
   const OrlWindowSystem *system = PluginSystem();
-  if (system != nullptr && inForce == nullptr && ORLSetWindowSystem(system) == 0) {
-    Say("a dialog of another window system is still open", "");
+  const bool isNew = system != nullptr && inForce == nullptr;
+  // Another thread may have set it meanwhile, and have a dialog open.
+  if (isNew && ORLSetWindowSystem(system) == 0 && Windows() != system) {
+    Say(kPlugin, " is not of this library's version");
     return nullptr;
   }
   return system;
