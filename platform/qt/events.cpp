@@ -1,11 +1,14 @@
 // Events: what widgets tell becomes messages, and what reaches a control's own procedure goes back
 // to its widget.
 #include <QAbstractButton>
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QScrollBar>
 #include <algorithm>
+#include <utility>
 
 #include "platform/qt/state.h"
 #include "platform/qt/text_map.h"
@@ -111,6 +114,27 @@ bool IsLostMnemonic(const QKeyEvent &event, const QString &typed) {
 
 bool TakesCharacters(const Control *control) {
   return control->kind == ORL_CONTROL_EDIT || control->kind == ORL_CONTROL_LIST;
+}
+
+// A text that is kept from the user is still to be read by keys: they move its scroll bar.
+void ScrollByKey(const Control &control, int key) {
+  constexpr std::pair<int, QAbstractSlider::SliderAction> kActions[] = {
+      {Qt::Key_Up, QAbstractSlider::SliderSingleStepSub},
+      {Qt::Key_Down, QAbstractSlider::SliderSingleStepAdd},
+      {Qt::Key_PageUp, QAbstractSlider::SliderPageStepSub},
+      {Qt::Key_PageDown, QAbstractSlider::SliderPageStepAdd},
+      {Qt::Key_Home, QAbstractSlider::SliderToMinimum},
+      {Qt::Key_End, QAbstractSlider::SliderToMaximum},
+  };
+  const auto *area = qobject_cast<const QAbstractScrollArea *>(control.widget);
+  if (area == nullptr || (control.style & ORL_STYLE_READ_ONLY) == 0) {
+    return;
+  }
+  for (const auto &[wanted, action] : kActions) {
+    if (wanted == key) {
+      area->verticalScrollBar()->triggerAction(action);
+    }
+  }
 }
 
 // The bytes of what was typed, one after the other; the last one types it.
@@ -243,7 +267,14 @@ void KeyPressed(Control *control, QKeyEvent *event, const std::function<void()> 
   } else if (control->kind == ORL_CONTROL_OPTION && IsArrow(key)) {
     PressNeighbour(control, key == ORL_VK_LEFT || key == ORL_VK_UP);
   } else if (typed.isEmpty() || !TakesCharacters(control)) {
-    Deliver(control, ORL_WM_KEYDOWN, key, 0, own);
+    bool reached = false;
+    const auto note = [&reached, &own] {
+      reached = true;
+      own();
+    };
+    if (Deliver(control, ORL_WM_KEYDOWN, key, 0, note) && !reached) {
+      ScrollByKey(*control, event->key());
+    }
   } else if (Deliver(control, ORL_WM_KEYDOWN, key, 0, kNothing)) {
     DeliverCharacters(control, typed, own);
   }

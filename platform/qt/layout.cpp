@@ -184,6 +184,28 @@ void ChooseUnits(Dialog *dialog) {
   }
 }
 
+// A window that is larger than the screen gets a smaller font, as far as that can be read.
+void ChooseFont(Dialog *dialog) {
+  constexpr double kSmallest = 6;
+  constexpr double kStep = 0.5;
+  const OrlDialogTemplate &model = *dialog->model;
+  ChooseUnits(dialog);
+  QFont font = dialog->widget->font();
+  const QScreen *screen = dialog->widget->screen();
+  const auto isTooLarge = [dialog, &model, screen] {
+    // Frame and caption, and a hint that takes a line more.
+    const int margin = 3 * dialog->metrics.height;
+    const QSize room = screen->availableGeometry().size() - QSize(10, margin);
+    return model.width * dialog->unitX > room.width() ||
+           model.height * dialog->unitY > room.height();
+  };
+  while (screen != nullptr && isTooLarge() && font.pointSizeF() - kStep >= kSmallest) {
+    font.setPointSizeF(font.pointSizeF() - kStep);
+    dialog->widget->setFont(font);
+    ChooseUnits(dialog);
+  }
+}
+
 // A list that the template lets run under a frame ends above it, and those beside it with it.
 void TrimLists(Dialog *dialog) {
   for (const auto &list : dialog->controls) {
@@ -253,7 +275,7 @@ void FitTitle(Dialog *dialog) {
 }
 
 void MeasureDialog(Dialog *dialog) {
-  ChooseUnits(dialog);
+  ChooseFont(dialog);
   const OrlDialogTemplate &model = *dialog->model;
   const auto pixelsX = [dialog](int units) { return qRound(units * dialog->unitX); };
   const auto pixelsY = [dialog](int units) { return qRound(units * dialog->unitY); };

@@ -54,6 +54,9 @@ void NameControls(Dialog *dialog) {
         static_cast<QLabel *>(control->widget)->setBuddy(named->widget);
         control->SetText(control->Text().constData());  // whose mark is a mnemonic from now on
       }
+      if (control->base.isEmpty()) {
+        control->widget->hide();  // it is there for the name alone
+      }
       if (named != nullptr && named->kind != ORL_CONTROL_OPTION) {
         named->widget->setAccessibleName(SpokenName(control->Text()));
       }

@@ -4,11 +4,14 @@
 #include <QtTest/qtestkeyboard.h>
 #include <QtTest/qtestmouse.h>
 #include <QtTest/qtestsystem.h>
+#include <QAbstractScrollArea>
 #include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollBar>
 #include <QTimer>
 #include <functional>
 #include <map>
@@ -161,6 +164,46 @@ TEST(QtDialog, MnemonicsLeadToControls) {
       EXPECT_EQ(WidgetOf(window, row.focus), QApplication::focusWidget()) << row.key;
     }
     EXPECT_EQ(0, sys->GetWindowTextLength(sys->GetDlgItem(window, 101))) << "a letter was typed";
+  });
+}
+
+// Of a text that the user cannot change, with a procedure ahead that takes all keys.
+TEST(QtDialog, TextsThatAreKeptAreReadByKeys) {
+  RunDialog(FindDialog(kDialogTextView), [](OrlWindow window) {
+    OrlWindow edit = sys->GetDlgItem(window, 100);
+    sys->SetWindowProc(edit,
+                       [](OrlWindow, uint32_t, uintptr_t, intptr_t) -> intptr_t { return 0; });
+    EXPECT_TRUE(QTest::qWaitForWindowActive(qt_windows::FindDialog(window)->widget));
+    sys->SetWindowText(edit, QByteArray(200, '\n').constData());
+    auto *area = qobject_cast<QAbstractScrollArea *>(WidgetOf(window, 100));
+    const std::pair<Qt::Key, bool> keys[] = {{Qt::Key_Down, true},    {Qt::Key_PageDown, true},
+                                             {Qt::Key_End, true},     {Qt::Key_Up, false},
+                                             {Qt::Key_PageUp, false}, {Qt::Key_Home, false}};
+    for (const auto &[key, forwards] : keys) {
+      const int before = area->verticalScrollBar()->value();
+      QTest::keyClick(area, key);
+      const int after = area->verticalScrollBar()->value();
+      EXPECT_TRUE(forwards ? after > before : after < before) << key;
+    }
+    EXPECT_EQ(0, area->verticalScrollBar()->value());
+  });
+}
+
+// As on a small screen, or with a large font.
+TEST(QtDialog, FitsTheScreen) {
+  int count = 1;
+  char name[] = "host";
+  char *arguments[] = {name, nullptr};
+  const QApplication host(count, arguments);
+  QFont font = QApplication::font();
+  font.setPointSize(40);
+  QApplication::setFont(font);
+  RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
+    const QWidget *widget = qt_windows::FindDialog(window)->widget;
+    const QSize room = widget->screen()->availableSize();
+    EXPECT_LE(widget->width(), room.width());
+    EXPECT_LE(widget->height(), room.height());
+    EXPECT_GT(widget->height(), room.height() / 2);
   });
 }
 
