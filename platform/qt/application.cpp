@@ -43,25 +43,50 @@ bool Say(const QString &what) {
   return false;
 }
 
+// A connection to the X server, kept until the application has its own: some servers begin anew
+// when their last client leaves, and let nobody in meanwhile.
+struct XConnection {
+  using Disconnect = void (*)(void *);
+  void *connection = nullptr;
+  Disconnect disconnect = nullptr;
+  XConnection() = default;
+  ~XConnection() {
+    if (connection != nullptr) {
+      disconnect(connection);
+    }
+  }
+  XConnection(const XConnection &) = delete;
+  XConnection &operator=(const XConnection &) = delete;
+};
+
 // The X server that DISPLAY names answers; asked through the library that Qt's plugin uses.
-bool AnswersX() {
+bool AnswersX(XConnection *kept) {
+  constexpr int kTries = 5;
+  constexpr unsigned long kPause = 20;  // milliseconds
   using Connect = void *(*)(const char *, int *);
   using HasError = int (*)(void *);
-  using Disconnect = void (*)(void *);
   void *library = dlopen("libxcb.so.1", RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) {
     return false;
   }
   const auto connect = reinterpret_cast<Connect>(dlsym(library, "xcb_connect"));
   const auto hasError = reinterpret_cast<HasError>(dlsym(library, "xcb_connection_has_error"));
-  const auto disconnect = reinterpret_cast<Disconnect>(dlsym(library, "xcb_disconnect"));
+  const auto disconnect =
+      reinterpret_cast<XConnection::Disconnect>(dlsym(library, "xcb_disconnect"));
   if (connect == nullptr || hasError == nullptr || disconnect == nullptr) {
     return false;
   }
-  void *connection = connect(nullptr, nullptr);
-  const bool good = hasError(connection) == 0;
-  disconnect(connection);
-  return good;
+  for (int tries = 0; tries < kTries; ++tries) {
+    void *connection = connect(nullptr, nullptr);
+    if (hasError(connection) == 0) {
+      kept->connection = connection;
+      kept->disconnect = disconnect;
+      return true;
+    }
+    disconnect(connection);
+    QThread::msleep(kPause);
+  }
+  return false;
 }
 
 // The socket of the compositor that WAYLAND_DISPLAY names takes a connection.
@@ -123,7 +148,7 @@ bool StartsAnywhere(const QString &platform) {
 }
 
 // The first platform that can be started, with its parameters; empty with `problem` said.
-QString ChoosePlatform() {
+QString ChoosePlatform(XConnection *kept) {
   Say("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set");
   for (const QString &candidate : Candidates()) {
     const QString platform = candidate.section(':', 0, 0);
@@ -132,7 +157,7 @@ QString ChoosePlatform() {
       Say("Qt has no plugin for the platform '" + platform + "'");
     } else if (platform != QLatin1String("xcb") && !wayland && !StartsAnywhere(platform)) {
       Say("dialogs are not shown on the platform '" + platform + "'");
-    } else if (platform == QLatin1String("xcb") && !AnswersX()) {
+    } else if (platform == QLatin1String("xcb") && !AnswersX(kept)) {
       Say("the display '" + QString::fromLocal8Bit(qgetenv("DISPLAY")) + "' does not answer");
     } else if (wayland && !AnswersWayland()) {
       Say("the Wayland compositor does not answer");
@@ -187,7 +212,8 @@ bool BeginApplication() {
            (present->thread() == QThread::currentThread() ||
             Say("the application of the process runs on another thread"));
   }
-  const QString platform = ChoosePlatform();
+  XConnection kept;
+  const QString platform = ChoosePlatform(&kept);
   if (platform.isEmpty()) {
     return false;
   }
@@ -209,7 +235,8 @@ bool CanShow() {
   if (QCoreApplication::instance() != nullptr) {
     return BeginApplication();
   }
-  return !ChoosePlatform().isEmpty();
+  XConnection kept;
+  return !ChoosePlatform(&kept).isEmpty();
 }
 
 const char *CannotShow() {
