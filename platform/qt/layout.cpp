@@ -105,6 +105,16 @@ Axis AxisDown(const Dialog &dialog, int extra) {
   return NewAxis(Shared(stretches), extra);
 }
 
+// Both, in the window as it is now.
+struct Axes {
+  Axis across, down;
+};
+
+Axes AxesOf(const Dialog &dialog) {
+  const QSize extra = dialog.widget->size() - dialog.baseSize;
+  return {AxisAcross(dialog, extra.width()), AxisDown(dialog, extra.height())};
+}
+
 // What a control that does not grow moves with: the frame around it, its neighbours in a row of
 // option buttons, or itself.
 QRect MovesWith(const Dialog &dialog, const Control &self) {
@@ -293,17 +303,17 @@ void MeasureDialog(Dialog *dialog) {
 }
 
 void LayOut(Dialog *dialog) {
-  const QSize extra = dialog->widget->size() - dialog->baseSize;
-  const Axis across = AxisAcross(*dialog, extra.width());
-  const Axis down = AxisDown(*dialog, extra.height());
+  const Axes axes = AxesOf(*dialog);
   for (const auto &control : dialog->controls) {
-    control->Place(PlaceOf(*control, across, down));
+    control->Place(PlaceOf(*control, axes.across, axes.down));
   }
 }
 
 void MoveControl(Control *control, const QRect &rect) {
-  // In a window that has been enlarged the place in the template moves as far as the control does.
-  const QRect before = control->widget->geometry();
+  // In a window that has been enlarged the place in the template moves as far as the control does,
+  // from where it was to stand: a list may have cut itself to whole rows there.
+  const Axes axes = AxesOf(*control->dialog);
+  const QRect before = PlaceOf(*control, axes.across, axes.down);
   const QRect moved(control->base.topLeft() + rect.topLeft() - before.topLeft(),
                     control->base.size() + rect.size() - before.size());
   control->base = moved.size().isValid() ? moved : QRect(moved.topLeft(), QSize(0, 0));

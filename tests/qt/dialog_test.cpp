@@ -117,6 +117,15 @@ TEST(QtDialog, EnlargedGivesTheRoomToTextAndLists) {
     };
     EXPECT_EQ(QPoint(0, 0), apart(134, 136));
     EXPECT_EQ(QPoint(0, 0), apart(120, 129));
+    // A control that the program moves to where it stands stays there, larger or not.
+    for (const int32_t id : ids) {
+      const QRect place = PlaceOf(window, id);
+      for (int i = 0; i < 3; ++i) {
+        sys->MoveWindow(sys->GetDlgItem(window, id), place.x(), place.y(), place.width(),
+                        place.height());
+      }
+      EXPECT_EQ(place, PlaceOf(window, id)) << id;
+    }
     dialog->widget->resize(dialog->baseSize);
     for (const int32_t id : ids) EXPECT_EQ(before[id], PlaceOf(window, id)) << id;
   });
