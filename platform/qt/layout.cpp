@@ -218,6 +218,7 @@ void ChooseFont(Dialog *dialog) {
 
 // A list that the template lets run under a frame ends above it, and those beside it with it.
 void TrimLists(Dialog *dialog) {
+  constexpr int kGap = 6;
   for (const auto &list : dialog->controls) {
     for (const auto &frame : dialog->controls) {
       const bool under = IsList(*list) && frame->kind == ORL_CONTROL_GROUP &&
@@ -227,10 +228,10 @@ void TrimLists(Dialog *dialog) {
       }
       for (const auto &other : dialog->controls) {
         if (other != list && IsList(*other) && other->base.bottom() == list->base.bottom()) {
-          other->base.setBottom(frame->base.top() - 2);
+          other->base.setBottom(frame->base.top() - kGap);
         }
       }
-      list->base.setBottom(frame->base.top() - 2);
+      list->base.setBottom(frame->base.top() - kGap);
     }
   }
 }

@@ -186,7 +186,8 @@ intptr_t ListBox::OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam
 void ListBox::Place(const QRect &rect) {
   const int rowHeightNow = HeightOfRow(this);
   const int frame = 2 * view->frameWidth();
-  const int rows = std::max(1, (rect.height() - frame) / rowHeightNow);
+  // The line of the frame may hang over: a program that counts on whole rows knows of none.
+  const int rows = std::max(1, rect.height() / rowHeightNow);
   const QModelIndex current = model->index(CurrentRow(this), 0);
   const bool isShown = view->viewport()->rect().intersects(view->visualRect(current));
   view->setGeometry(rect.x(), rect.y(), rect.width(), rows * rowHeightNow + frame);

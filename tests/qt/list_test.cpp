@@ -283,7 +283,7 @@ TEST_F(QtList, IsAsHighAsWholeRowsAndKeepsTheCurrentOneInView) {
   const int frame = WidgetOf(kDrawn)->height() - ViewOf(kDrawn)->height();
   const struct {
     int height, rows;
-  } moves[] = {{frame + 3 * kRowHeight, 3}, {frame + 4 * kRowHeight - 1, 3}, {0, 1}, {-9, 1}};
+  } moves[] = {{3 * kRowHeight, 3}, {4 * kRowHeight - 1, 3}, {0, 1}, {-9, 1}};
   for (const auto &move : moves) {
     table->MoveWindow(Item(kDrawn), 5, 6, 70, move.height);
     OrlRect rect;
