@@ -50,6 +50,12 @@ class EditorCase(unittest.TestCase):
         self.assertEqual(self.program.returncode, 0, errors)
         return output.decode()
 
+    def fail_to_finish(self):
+        """What the program has complained of, once it has ended."""
+        _, errors = self.program.communicate(timeout=PATIENCE)
+        self.assertEqual(self.program.returncode, 1, errors)
+        return errors.decode()
+
     def selected(self, window):
         """The first and last columns of a window in which something is selected, as shares of its width."""
         x, y, width, height = self.screen.place(window)
@@ -159,8 +165,17 @@ class StoreTest(EditorCase):
         self.assertEqual(self.names(), ["half", "Formula1"])
 
 
+    def test_formula_that_cannot_be_stored_is_told(self):
+        self.edit()
+        self.store.write_bytes(b"no store")
+        self.screen.type("tax + 1")
+        self.screen.key("Return")
+        self.assertIn("not stored: Formula1=tax + 1", self.fail_to_finish())
+        self.assertEqual(self.store.read_bytes(), b"no store")
+
+
 class LoadTest(EditorCase):
-    def test_broken_formula_is_mended_while_it_loads(self):
+    def load_broken(self):
         self.orli("define", self.store, self.data, "half=amount / 2")
         # As a hand that does not know better would leave it: the same length, no such name.
         broken = self.store.read_bytes().replace(b"amount / 2\0", b"amout1 / 2\0")
@@ -170,6 +185,16 @@ class LoadTest(EditorCase):
         self.screen.key("Return")
         self.screen.wait("^Formula Information$", there=False)
         self.screen.tool("windowfocus", "--sync", self.editor)
+        return broken
+
+    def test_cancelled_repair_leaves_the_store_as_it_was(self):
+        broken = self.load_broken()
+        self.screen.key("Escape")
+        self.assertIn("not repaired, and left as it was", self.fail_to_finish())
+        self.assertEqual(self.store.read_bytes(), broken)
+
+    def test_broken_formula_is_mended_while_it_loads(self):
+        self.load_broken()
         self.screen.type("amount")
         self.screen.key("Return")
         self.finish()
