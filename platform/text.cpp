@@ -102,6 +102,17 @@ int32_t ActiveCodePage() {
                                            : 1252;  // two bytes are one character in UTF-8
 }
 
+int32_t CharacterBytes(uint8_t lead) {
+  const int32_t page = ActiveCodePage();
+  if (page == kCodePage932) {
+    return WRENIsAlpha(lead) != 0 ? 2 : 1;
+  }
+  if (page != kCodePageUtf8 || lead < 0xC2 || lead > 0xF4) {
+    return 1;
+  }
+  return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+}
+
 bool SameText(const char *left, const char *right) {
   return std::strcmp(TextOrEmpty(left), TextOrEmpty(right)) == 0;
 }

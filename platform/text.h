@@ -28,6 +28,9 @@ constexpr int32_t kCodePage932 = 932;
 constexpr int32_t kCodePageUtf8 = 65001;
 int32_t ActiveCodePage();
 
+// The bytes of the character that begins with this one: 1 where it begins no other.
+int32_t CharacterBytes(uint8_t lead);
+
 // True when both texts hold the same bytes; what lstrcmpA(left, right) == 0 tells, at less cost.
 bool SameText(const char *left, const char *right);
 

@@ -186,17 +186,6 @@ void Paste(Control *edit) {
 
 // ---- Keys ----
 
-// The bytes of the character that begins with this one.
-int32_t TypedSize(uint8_t lead) {
-  if (ActiveCodePage() == kCodePage932) {
-    return WRENIsAlpha(lead) != 0 ? 2 : 1;
-  }
-  if (ActiveCodePage() != kCodePageUtf8 || lead < 0xC2 || lead > 0xF4) {
-    return 1;
-  }
-  return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
-
 void Type(Control *edit, uint8_t byte) {
   Edit &state = edit->edit;
   const bool goesOn =
@@ -205,7 +194,7 @@ void Type(Control *edit, uint8_t byte) {
     state.typedCount = 0;  // the rest of that character never came
   }
   state.typed[state.typedCount++] = static_cast<char>(byte);
-  if (state.typedCount >= TypedSize(static_cast<uint8_t>(state.typed[0]))) {
+  if (state.typedCount >= CharacterBytes(static_cast<uint8_t>(state.typed[0]))) {
     char typed[sizeof(state.typed)];
     const int32_t count = state.typedCount;
     std::copy_n(state.typed, count, typed);

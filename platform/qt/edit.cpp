@@ -118,24 +118,13 @@ void PressKeyOfProgram(Edit *edit, uintptr_t key) {
   }
 }
 
-// The bytes of the character that begins with this one.
-qsizetype TypedSize(uint8_t lead) {
-  if (ActiveCodePage() == kCodePage932) {
-    return WRENIsAlpha(lead) != 0 ? 2 : 1;
-  }
-  if (ActiveCodePage() != kCodePageUtf8 || lead < 0xC2 || lead > 0xF4) {
-    return 1;
-  }
-  return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
-
 void TypeByte(Edit *edit, uint8_t byte) {
   const bool continues = byte >= 0x80 && byte < 0xC0;
   if (ActiveCodePage() == kCodePageUtf8 && !continues) {
     edit->typed.clear();  // the rest of that character never came
   }
   edit->typed.append(static_cast<char>(byte));
-  if (edit->typed.size() < TypedSize(static_cast<uint8_t>(edit->typed[0]))) {
+  if (edit->typed.size() < CharacterBytes(static_cast<uint8_t>(edit->typed[0]))) {
     return;
   }
   const QByteArray bytes = std::exchange(edit->typed, {});

@@ -339,8 +339,8 @@ void PressButton(Control *button) {
 }
 
 void PressReturn(Dialog *dialog) {
-  const Control *focus = FocusedControl(dialog);
-  Control *button = FocusedControl(dialog);
+  Control *focus = FocusedControl(dialog);
+  Control *button = focus;
   if (button == nullptr || button->kind != ORL_CONTROL_BUTTON) {
     const auto &controls = dialog->controls;
     const auto found = std::find_if(controls.begin(), controls.end(), [](const auto &each) {
