@@ -121,7 +121,7 @@ Stretch Selected(const Control *edit) {
 }
 
 // Puts text in place of the selection. Text beyond the limit is left out, all of it or by
-// characters.
+// characters; when nothing is left of it, the selection stays.
 void Replace(Control *edit, const char *bytes, int32_t count, bool allOrNothing) {
   Edit &state = edit->edit;
   const auto [from, to] = Selected(edit);
@@ -133,6 +133,9 @@ void Replace(Control *edit, const char *bytes, int32_t count, bool allOrNothing)
     }
     const Text whole = {const_cast<char *>(bytes), count, 0};
     count = CharacterAt(whole, std::max(0, room));
+    if (count == 0) {
+      return;
+    }
   }
   if ((from == to && count == 0) || !ReplaceBytes(&edit->text, from, to, bytes, count)) {
     return;
@@ -179,7 +182,9 @@ void Paste(Control *edit) {
   char *text = session.clipboard == nullptr ? nullptr : CopyOfText(session.clipboard);
   if (text != nullptr) {
     const size_t length = HasLines(edit) ? std::strlen(text) : std::strcspn(text, "\r\n");
-    Replace(edit, text, static_cast<int32_t>(length), false);
+    if (length > 0) {
+      Replace(edit, text, static_cast<int32_t>(length), false);
+    }
     WRENMemFree(text);
   }
 }

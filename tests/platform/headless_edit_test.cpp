@@ -19,8 +19,7 @@ std::string Joined(const Characters &characters, size_t count = SIZE_MAX) {
 }
 
 // Where the contract leaves it open, edits on widgets go the way of their toolkit: places are those
-// of whole characters, a change that leaves the text as it was is none, what finds no room leaves
-// the selection alone, and keys are the toolkit's.
+// of whole characters, a change that leaves the text as it was is none, and keys are the toolkit's.
 #ifdef ORLI_ON_WIDGETS
 constexpr bool kOnWidgets = true;
 #else
@@ -51,7 +50,7 @@ struct Model {
     if (limit > 0 && Joined(with).size() > room && whole) return;
     const bool erases = with.empty();
     while (limit > 0 && Joined(with).size() > room && !with.empty()) with.pop_back();
-    if (with.empty() && (From() == To() || (kOnWidgets && !erases))) return;
+    if (with.empty() && (From() == To() || !erases)) return;
     const size_t from = From();
     rest.insert(rest.begin() + static_cast<long>(from), with.begin(), with.end());
     const bool told = !kOnWidgets || rest != characters;
@@ -72,7 +71,7 @@ struct Model {
   }
   void Paste() {
     const auto end = lines ? clip.end() : std::find(clip.begin(), clip.end(), "\n");
-    if (hasClip) Replace(Characters(clip.begin(), end), false);
+    if (hasClip && end != clip.begin()) Replace(Characters(clip.begin(), end), false);
   }
   size_t LineStart(size_t index) const {
     while (lines && index > 0 && characters[index - 1] != "\n") --index;
