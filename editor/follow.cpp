@@ -67,9 +67,13 @@ bool ListAnew(OrlWindow list, int32_t rows) {
   return true;
 }
 
-// Makes the row of an expression current again that the host may have taken away.
+// Makes the row of an expression current again that the host may have taken away. The buttons that
+// act on a row go with it; where there was none, they stay as they were.
 void RestoreRow(OrlWindow dialog, OrlWindow list, int32_t row, HEXP exp) {
   EditorState &editor = CurrentEditor();
+  if (row < 0) {
+    return;
+  }
   if (row >= 1) {
     const int32_t ordinal = ORLGetExpressionOrdinal(editor.ec, exp);
     row = ordinal < 0 ? -1 : RowOfOrdinal(list, ordinal);
@@ -100,6 +104,9 @@ void OrlFollowContext(OrlWindow dialog) {
     }
   }
   OrlEnableDelete(dialog);
+  if (EditorHasModes()) {
+    OrlCaptionByRow(dialog);  // an expression may be of another kind now
+  }
   if (CurrentRecovery().active) {
     return;
   }

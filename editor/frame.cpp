@@ -155,6 +155,7 @@ void ShowLoadError(OrlWindow dialog, uintptr_t timer) {
     Windows()->KillTimer(dialog, timer);
     if (recovery.active) {
       OrlLoadErrorDisplay(dialog, recovery.text, &recovery.error);
+      OrlFollowContext(dialog);
     }
   }
 }
@@ -188,6 +189,7 @@ void OrlHelpRequest(OrlWindow dialog, OrlWindow control, OrlHelpProc callback) {
                                            : kEditorHelp;
   CallHost([=] { return callback(command, data); });
   WRENMemFree(name);
+  OrlFollowContext(dialog);
 }
 
 intptr_t OrlDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {

@@ -190,7 +190,10 @@ HEXP OrlSaveText(OrlWindow dialog) {
 bool OrlAskSave(OrlWindow dialog) {
   const EditorText question = LoadText(kSaveQuestion);
   const EditorText caption = LoadText(kModeTexts[CurrentEditor().editorMode].saveCaption);
-  switch (Windows()->MessageBox(dialog, question.text, caption.text, ORL_MB_YESNOCANCEL)) {
+  const int32_t answer =
+      Windows()->MessageBox(dialog, question.text, caption.text, ORL_MB_YESNOCANCEL);
+  OrlFollowContext(dialog);
+  switch (answer) {
     case ORL_IDYES:
       return OrlSaveText(dialog) != nullptr;
     case ORL_IDNO:

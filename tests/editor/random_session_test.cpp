@@ -22,6 +22,7 @@ struct Session {
   std::mt19937 random;
   EC ec;
   int32_t left;      // actions
+  bool unlisted;     // the editor has opened with an expression without a row
   bool hostRuns;     // it is in one of its own calls
   std::string done;  // for the reader of a failure
 } session;
@@ -35,17 +36,19 @@ std::string Name() { return (Below(2) == 0 ? "N" : "F") + std::to_string(Below(3
 
 // ---- The host
 
-// Now and then it deletes, renames or adds an expression.
+// Now and then it deletes, renames, replaces or adds an expression.
 void Meddle() {
   EC ec = session.ec;
   if (session.hostRuns || Below(3) != 0) return;
   session.hostRuns = true;
   HEXP exp = ORLHEXPFromOrdinal(ec, Below(ORLGetExpressionCount(ec) + 1));
-  const int32_t deed = Below(4);
+  const int32_t deed = Below(5);
   if (deed == 0) {
     Store(ec, nullptr, OneOf(kTexts), Name().c_str());
   } else if (deed == 1 && exp != nullptr) {
     Store(ec, exp, TextOf(ec, exp), Name().c_str());
+  } else if (deed == 2 && exp != nullptr) {
+    Store(ec, exp, OneOf(kTexts), NameOf(ec, exp).c_str());
   } else if (exp != nullptr) {
     ORLDestroyEXP(ec, exp);
   }
@@ -80,6 +83,7 @@ void CheckRows(OrlWindow d) {
 
 void CheckEditor(OrlWindow d) {
   const EditorState &editor = CurrentEditor();
+  const std::vector<std::string> words = {"Formula", "Range", "Set"};
   const std::string word = Text(d).substr(0, Text(d).find(' '));
   const auto isEnabled = [d](int32_t id) { return Look(d, id).enabled != 0; };
   const int32_t row = Look(d, 114).currentRow, item = Look(d, 106).currentRow;
@@ -88,15 +92,21 @@ void CheckEditor(OrlWindow d) {
   HEXP exp = editor.currentExp;
   ASSERT_TRUE(exp == nullptr || ORLGetExpressionOrdinal(session.ec, exp) >= 0);
   CheckRows(d);
-  EXPECT_EQ(word, (std::vector<std::string>{"Formula", "Range", "Set"})[size_t(editor.editorMode)]);
+  EXPECT_EQ(word, words[size_t(editor.editorMode)]);
   EXPECT_EQ(Rows(d, 114, true)[0], (row == 0 ? "*" : "") + newRow + ":-1");
   const std::string shown = exp == nullptr ? "" : NameOf(session.ec, exp);
   const bool free = ORLIsNamedFormulaUsed(session.ec, shown.c_str()) == 0;
   EXPECT_EQ(Text(d), word + " Editor - " + (exp == nullptr ? newRow : shown));
   EXPECT_EQ(Enabled(d, {101, 115}).size(), free ? 2u : 0u);
   EXPECT_EQ(isEnabled(116), row >= 1 && ORLIsNamedFormulaUsed(session.ec, name.c_str()) == 0);
-  EXPECT_EQ(isEnabled(117), row >= 0);
-  EXPECT_EQ(isEnabled(118), row >= 1 && ORLHeadlessFind("EXPTEXTVIEW") == nullptr);
+  if (row >= 0) {
+    HEXP ofRow = ORLHEXPFromName(session.ec, name.c_str());
+    EXPECT_EQ(Text(d, 117), "&Select " + (row == 0 ? word : words[size_t(KindOfExpression(ofRow))]));
+  }
+  if (row >= 0 || !session.unlisted) {
+    EXPECT_EQ(isEnabled(117), row >= 0);
+    EXPECT_EQ(isEnabled(118), row >= 1 && ORLHeadlessFind("EXPTEXTVIEW") == nullptr);
+  }
   EXPECT_TRUE(!isEnabled(1) || (!Text(d, 101).empty() && (word == "Set" || !Text(d, 100).empty())));
   const bool open = ORLHeadlessFind("LISTVALUES") != nullptr;
   EXPECT_EQ(Text(d, 133), open ? "List Data Item &Values" : "Data Item &Values Dialog...");
@@ -139,8 +149,10 @@ void ActAtRandom(OrlWindow d) {
 int32_t PlayUser(void *, OrlWindow window) {
   char name[32] = "";
   if (ORLHeadlessName(window, name, sizeof name) < 0) {
+    Meddle();
     ORLHeadlessAnswer(window, OneOf<int32_t>({6, 6, 7, 2, 1}));
   } else if (name != std::string("EXPBILD")) {
+    Meddle();
     ORLHeadlessClick(window, 202);
   } else if (session.left-- > 0) {
     CheckEditor(window);
@@ -160,13 +172,13 @@ TEST(RandomSession, AgreesWithTheContext) {
     ORLSetListValuesCallback(ec, &ListValues);
     ORLSetDelPermissionCallback(ec, &Permit);
     AddKeyword(ec, "Word", 0, 0, 0);
-    session = {std::mt19937(static_cast<uint32_t>(seed)), ec, kActions, true, ""};
+    session = {std::mt19937(static_cast<uint32_t>(seed)), ec, kActions, false, true, ""};
     for (int32_t i = 0; i < 30; i++) Store(ec, nullptr, OneOf(kTexts), Name().c_str());
     session.hostRuns = false;
     ASSERT_EQ(ORLHeadlessStart(&PlayUser, nullptr), 1);
     while (session.left > 0 && !HasFailure()) {
       HEXP exp = ORLHEXPFromName(ec, Name().c_str());
-      if (exp != nullptr && OrlIsHiddenExpression(ec, exp)) exp = nullptr;
+      session.unlisted = exp != nullptr && OrlIsHiddenExpression(ec, exp);
       ORLBuildExpressionOfType(nullptr, ec, exp, 0, Below(3), Below(2) == 0 ? "Tax" : "");
     }
     ORLHeadlessEnd();

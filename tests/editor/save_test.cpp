@@ -238,12 +238,17 @@ void Destroy(EC ec, const char *name) {
 // A host that refuses, or changes the context when it is called.
 TEST(EditorSave, FollowsWhatTheHostDoes) {
   const auto gone = [](EC ec) { Destroy(ec, "Total"); };
+  const auto taken = [](EC ec) {
+    HEXP exp = ORLHEXPFromName(ec, "Total");
+    if (exp != nullptr) ORLDestroyEXP(ec, exp);
+  };
   const std::string total = "-Total=Price() + 1 ";
   const struct {
     int32_t (*asked)(EC, HEXP);
     void (*renamed)(EC), (*listed)(EC);
     std::string heard;
     Row row;
+    void (*boxed)(EC) = nullptr;
   } rows[] = {
       {[](EC, HEXP) { return 0; }, nullptr, nullptr, "delete Total ",
        {"", 0, "row 114 Total; click 116", {}, "Formula Delete|Delete Permission Denied.",
@@ -274,10 +279,27 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
       // The one that is shown goes while values are listed.
       {nullptr, nullptr, gone, "", {"Total", 0, "row 106 Tax; click 133; no click 118", {}, "",
        "{}Price() + 1|Total|[ New Formula ]| Price Span Some", total}},
+      // It goes while a box is open: whether to save, also by a No or a Cancel, or what is wrong.
+      {nullptr, nullptr, nullptr, "",
+       {"", 0, "type 100 1; row 114 Total; click 135; no click 117", kStay, "ask",
+        "1{}|Formula1|[ New Formula ]| Price Span Some", total}, taken},
+      {nullptr, nullptr, nullptr, "",
+       {"", 0, "type 100 1; row 114 Total; click 117", {kNo}, "ask",
+        "{}|Formula1|[ New Formula ]| Price Span Some", total}, taken},
+      {nullptr, nullptr, nullptr, "",
+       {"", 0, "row 114 Total; type 100 (; click 1; no click 117", {}, "!SYNTAX|({}",
+        "({}|Formula1|[ New Formula ]| Price Span Some", total}, taken},
+      // One that had no row gets one, and the buttons stay as they were.
+      {nullptr, nullptr, nullptr, "",
+       {"Formula1", 0, "type 100 Tax +; click 135; click 117; focus 100", {kYes}, "ask",
+        "{Expression} AND Expression|Range1|[ New Range ]| Price Total Span Some Formula1",
+        "+Formula1=Tax +7 "}},
   };
-  for (const auto &[ask, rename, list, told, row] : rows) {
+  for (const auto &[ask, rename, list, told, row, boxed] : rows) {
     const Context ec;
+    if (std::string(row.exp) == "Formula1") Make(ec, "7", row.exp);
     asked = ask, renamed = rename, listed = list;
+    if (boxed != nullptr) AtBoxes([&] { boxed(ec); });
     CheckRow(row, ec);
     EXPECT_EQ(heard, told) << row.acts;
   }

@@ -14,6 +14,7 @@ struct User {
 };
 User user;
 std::vector<std::string> told;
+std::function<void()> atBoxes;
 
 std::string NameOf(OrlWindow dialog) {
   char name[32] = "";
@@ -31,6 +32,7 @@ void AnswerBox(OrlWindow window) {
   OrlHeadlessBox box = {};
   ORLHeadlessBoxAt(ORLHeadlessBoxCount() - 1, &box);
   told.push_back(std::string(box.caption) + "|" + box.text);
+  if (atBoxes) atBoxes();
   const bool last = user.answered == user.answers.size();
   if (last || ORLHeadlessAnswer(window, user.answers[user.answered++]) == 0) {
     if (ORLHeadlessClose(window) == 0) ORLHeadlessAnswer(window, ORL_IDNO);
@@ -45,6 +47,7 @@ int32_t PlayUser(void *, OrlWindow window) {
     ORLHeadlessClose(window);
   } else {
     told.push_back("!" + Text(window, 201) + "|" + Marked(window, 200));
+    if (atBoxes) atBoxes();
     ORLHeadlessClick(window, 202);
   }
   return 1;
@@ -96,6 +99,11 @@ void WithUser(const Steps &steps, const std::vector<int32_t> &answers,
   ASSERT_EQ(ORLHeadlessStart(&PlayUser, nullptr), 1);
   action();
   ORLHeadlessEnd();
+  atBoxes = nullptr;
+}
+
+void AtBoxes(const std::function<void()> &host) {
+  atBoxes = host;
 }
 
 HEXP Edit(EC ec, const Opening &opening, const Steps &steps, const std::vector<int32_t> &answers) {

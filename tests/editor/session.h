@@ -30,6 +30,9 @@ struct Opening {
 void WithUser(const Steps &steps, const std::vector<int32_t> &answers,
               const std::function<void()> &action);
 
+// What the host does while a box of the next run is open, before each is answered.
+void AtBoxes(const std::function<void()> &host);
+
 // ORLBuildExpressionOfType with a user.
 HEXP Edit(EC ec, const Opening &opening, const Steps &steps,
           const std::vector<int32_t> &answers = {});
