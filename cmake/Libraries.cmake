@@ -3,19 +3,19 @@ function(orli_objects name)
   add_library(${name} OBJECT ${ARGN})
 endfunction()
 
-# orli_shared_library(NAME HEADER file OBJECTS room... LINKS library... [INCLUDE folder]): libNAME.so,
-# which exports the names of cmake/exports/NAME.txt and nothing else. Its header is installed in
-# that folder below the includes.
+# orli_shared_library(NAME [HEADERS file...] OBJECTS room... [LINKS library...] [NOT_INSTALLED]):
+# libNAME.so, which exports the names of cmake/exports/NAME.txt and nothing else. Its headers are
+# those of include/orli11.
 function(orli_shared_library name)
-  cmake_parse_arguments(ARG "" "HEADER;INCLUDE" "OBJECTS;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "NOT_INSTALLED" "" "HEADERS;OBJECTS;LINKS" ${ARGN})
   set(objects "")
   foreach(room IN LISTS ARG_OBJECTS)
     list(APPEND objects $<TARGET_OBJECTS:${room}>)
   endforeach()
   add_library(${name} SHARED ${objects})
   target_link_libraries(${name} PRIVATE ${ARG_LINKS})
-  get_filename_component(header_dir ${CMAKE_SOURCE_DIR}/${ARG_HEADER} DIRECTORY)
-  target_include_directories(${name} INTERFACE ${header_dir})
+  target_include_directories(${name} INTERFACE
+    ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR}/include/orli11)
 
   # The version script is made from the list, so that the list is the one home of the names.
   set(list_file ${CMAKE_SOURCE_DIR}/cmake/exports/${name}.txt)
@@ -31,6 +31,10 @@ function(orli_shared_library name)
   endif()
   set_target_properties(${name} PROPERTIES LINK_DEPENDS ${script})
 
+  if(ARG_NOT_INSTALLED)
+    return()
+  endif()
   install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-  install(FILES ${CMAKE_SOURCE_DIR}/${ARG_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${ARG_INCLUDE})
+  list(TRANSFORM ARG_HEADERS PREPEND ${CMAKE_SOURCE_DIR}/include/orli11/)
+  install(FILES ${ARG_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orli11)
 endfunction()

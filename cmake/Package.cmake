@@ -7,7 +7,3 @@ file(RELATIVE_PATH ORLI_PC_UP /${package_dir} /)
 string(REGEX REPLACE "/$" "" ORLI_PC_UP "${ORLI_PC_UP}")
 configure_file(cmake/orli11.pc.in ${CMAKE_BINARY_DIR}/orli11.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/orli11.pc DESTINATION ${package_dir})
-
-# What a window system is made of, and the one without a screen; they are included by these paths.
-install(FILES platform/windows.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/platform)
-install(FILES platform/headless/headless.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/platform/headless)

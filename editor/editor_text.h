@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "platform/windows.h"
+#include "orli11/windows.h"
 
 // A string of the table, or several behind each other, as far as there is room.
 struct EditorText {

@@ -2,7 +2,7 @@
 #ifndef ORLI11_EDITOR_READ_ONLY_H
 #define ORLI11_EDITOR_READ_ONLY_H
 
-#include "platform/windows.h"
+#include "orli11/windows.h"
 
 // True for an event that such an edit does not see: typing, and what would move the selection. The
 // Return key passes, for the default button.

@@ -7,7 +7,7 @@
 #include "host/display.h"
 #include "host/store.h"
 #include "host/value_listing.h"
-#include "platform/windows.h"
+#include "orli11/windows.h"
 
 namespace {
 

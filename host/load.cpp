@@ -5,7 +5,7 @@
 #include "host/commands.h"
 #include "host/display.h"
 #include "host/store.h"
-#include "platform/windows.h"
+#include "orli11/windows.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "host/commands.h"
 #include "host/values.h"
-#include "platform/windows.h"
+#include "orli11/windows.h"
 
 namespace {
 

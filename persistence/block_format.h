@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "engine/orli11.h"
+#include "orli11.h"
 
 enum BlockVersion : uint8_t {
   kVersion0 = 0,  // has no version byte: its first operator text is empty

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "analysis/token_walk.h"
-#include "engine/orli11.h"
+#include "orli11.h"
 #include "platform/text.h"
 #include "wreni11.h"
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kPlugin[] = "libORLI11-qt.so";
 
-// The routines of platform/qt/qt_windows.h.
+// The routines of orli11/qt_windows.h.
 using SystemRoutine = const OrlWindowSystem *(*)();
 using ProblemRoutine = const char *(*)();
 struct Plugin {

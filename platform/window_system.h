@@ -2,7 +2,7 @@
 #ifndef ORLI11_PLATFORM_WINDOW_SYSTEM_H
 #define ORLI11_PLATFORM_WINDOW_SYSTEM_H
 
-#include "platform/windows.h"
+#include "orli11/windows.h"
 
 // What ORLSetWindowSystem was given last, or null.
 const OrlWindowSystem *Windows();

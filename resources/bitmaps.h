@@ -3,7 +3,7 @@
 #ifndef ORLI11_RESOURCES_BITMAPS_H
 #define ORLI11_RESOURCES_BITMAPS_H
 
-#include "platform/windows.h"
+#include "orli11/windows.h"
 
 constexpr char kBitmapFormulaRow[] = "formulal";
 constexpr char kBitmapRangeRow[] = "rangel";

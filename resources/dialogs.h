@@ -2,7 +2,7 @@
 #ifndef ORLI11_RESOURCES_DIALOGS_H
 #define ORLI11_RESOURCES_DIALOGS_H
 
-#include "platform/windows.h"
+#include "orli11/windows.h"
 
 constexpr char kDialogEditor[] = "EXPBILD";
 constexpr char kDialogTextView[] = "EXPTEXTVIEW";

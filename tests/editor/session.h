@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "orli11.h"
-#include "platform/headless/headless.h"
+#include "windows/headless/headless.h"
 
 using Steps = std::function<void(OrlWindow dialog)>;
 

@@ -7,12 +7,14 @@ import subprocess
 import support
 
 LIBRARIES = ("ORLI11", "WRENI11", "PAVNI11")
+HEADLESS = "ORLI11-headless"
 # Built where Qt is there.
 WINDOW_SYSTEM = "ORLI11-qt"
 HAS_WINDOWS = (support.BUILD / f"lib/lib{WINDOW_SYSTEM}.so").exists()
-HEADERS = ("engine/orli11.h", "closed/wren/wreni11.h", "closed/pavn/pavni11.h",
-           "platform/windows.h", "platform/headless/headless.h", "platform/qt/qt_windows.h")
-INCLUDES = [f"-I{support.ROOT / folder}" for folder in ("", "engine", "closed/wren", "closed/pavn")]
+# The installed ones, that of the window system for tests, and the places where hosts had them once.
+HEADERS = ("include/orli11/orli11.h", "include/orli11/wreni11.h", "include/orli11/pavni11.h",
+           "include/orli11/windows.h", "include/orli11/qt_windows.h", "windows/headless/headless.h",
+           "engine/orli11.h", "closed/wren/wreni11.h", "closed/pavn/pavni11.h", "platform/windows.h")
 CC = os.environ.get("ORLI_CC", "cc")
 CXX = os.environ.get("ORLI_CXX", "c++")
 
@@ -28,7 +30,7 @@ def blocks(text, language):
 
 class Libraries(support.FolderCase):
     def test_export_the_listed_names_and_no_others(self):
-        for library in LIBRARIES + ((WINDOW_SYSTEM,) if HAS_WINDOWS else ()):
+        for library in LIBRARIES + (HEADLESS,) + ((WINDOW_SYSTEM,) if HAS_WINDOWS else ()):
             with self.subTest(library=library):
                 path = support.BUILD / f"lib/lib{library}.so"
                 output = subprocess.check_output(["nm", "-D", "--defined-only", path], text=True)
@@ -58,9 +60,34 @@ class Headers(support.FolderCase):
                     source = self.file(f'#include "{header}"\nint main(void) {{ return 0; }}\n',
                                        "alone.txt")
                     run = subprocess.run([compiler, "-x", language, f"-std={standard}", *strict,
-                                          *INCLUDES, source], capture_output=True, text=True,
+                                          f"-I{support.ROOT}", source], capture_output=True, text=True,
                                          check=False)
                     self.assertEqual(run.returncode, 0, run.stderr)
+
+
+class WindowsWithoutAScreen(support.FolderCase):
+    def test_serve_a_host_that_links_both_libraries(self):
+        source = self.file("""#include <windows/headless/headless.h>
+#include <stdio.h>
+static int32_t Script(void *user, OrlWindow window) {
+  return ORLHeadlessType(window, 100, "0.1 + 0.2") + ORLHeadlessClick(window, 1) == 2;
+}
+int main(void) {
+  char text[32] = "";
+  EC ec = ORLCreateEC(NULL, NULL, NULL, 0);
+  ORLHeadlessStart(Script, NULL);
+  ORLGetExpressionText(ec, ORLBuildExpression(NULL, ec, NULL, 0), sizeof text, text);
+  ORLHeadlessEnd();
+  puts(text);
+  return ORLGetWindowSystem() != NULL || !ORLDestroyEC(ec);
+}
+""", "user.c")
+        program = self.folder / "user"
+        libraries = [f"-L{support.BUILD}/lib", f"-Wl,-rpath,{support.BUILD}/lib",
+                     f"-l{HEADLESS}", "-lORLI11", "-lWRENI11"]
+        subprocess.run([CC, source, "-o", program, f"-I{support.ROOT}", *libraries], check=True)
+        output = subprocess.check_output([program], text=True, env=support.ENVIRONMENT, timeout=60)
+        self.assertEqual(output, "0.1 + 0.2\n")
 
 
 class Readme(support.FolderCase):
@@ -73,8 +100,7 @@ class Readme(support.FolderCase):
         self.assertLessEqual(len(source.splitlines()), 33)
         (self.folder / "host.c").write_text(source)
         # The page is for a reader in the project's folder, who has the release.
-        os.symlink(support.ROOT / "engine", self.folder / "engine")
-        os.symlink(support.ROOT / "closed", self.folder / "closed")
+        os.symlink(support.ROOT / "include", self.folder / "include")
         (self.folder / "build/release").mkdir(parents=True)
         os.symlink(support.BUILD / "lib", self.folder / "build/release/lib")
         (session,) = [block for block in blocks(self.text, "console") if "host.c" in block]
@@ -123,11 +149,11 @@ class Install(support.FolderCase):
         flags = subprocess.check_output(["pkg-config", "--cflags", "--libs", "orli11"], text=True,
                                         env=environment).split()
         source = self.file("""#include <orli11.h>
-#include <pavni11.h>
-#include <platform/headless/headless.h>
+#include <orli11/pavni11.h>
+#include <orli11/windows.h>
 #include <stdio.h>
 int main(void) {
-  if (ORLHeadlessStart(NULL, NULL) == 0) return 1;
+  if (ORLGetWindowSystem() != NULL) return 1;
   EC ec = ORLCreateEC(NULL, NULL, NULL, 0);
   uint16_t type;
   NumberValue value;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/headless/headless.h"
+#include "windows/headless/headless.h"
 
 // Labels and edits 10 (lines), 11 and 18 (watched, swallows "x"), sorted list 12, owner-drawn list
 // 13, options 14 and 15, buttons 1 (default), 2, 16 (asks), 17 (opens another, modal) and 19 (opens

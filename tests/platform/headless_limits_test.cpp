@@ -280,6 +280,7 @@ TEST(HeadlessLimits, TheSystemIsTakenWholeAndNotFromUnderADialog) {
   broken.size = sizeof(broken) - 1;
   EXPECT_EQ(0, ORLSetWindowSystem(&broken));
   WithDialog(nullptr, [](OrlWindow) {
+    const DialogInUse inUse;  // as the dialogs of the engine have it
     EXPECT_EQ(0, ORLSetWindowSystem(nullptr) + ORLHeadlessStart(LookOnce, nullptr));
     ORLHeadlessEnd();
     EXPECT_EQ(&sys, ORLGetWindowSystem());

@@ -1,5 +1,5 @@
 // The window system without a screen, by a small dialog and its user.
-#include "platform/headless/headless.h"
+#include "windows/headless/headless.h"
 
 #include <gtest/gtest.h>
 

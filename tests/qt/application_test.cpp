@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-#include "platform/qt/qt_windows.h"
+#include "orli11/qt_windows.h"
 
 namespace {
 

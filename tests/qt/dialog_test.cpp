@@ -16,8 +16,8 @@
 #include <functional>
 #include <map>
 
-#include "platform/qt/qt_windows.h"
-#include "platform/qt/state.h"
+#include "orli11/qt_windows.h"
+#include "windows/qt/state.h"
 #include "resources/dialogs.h"
 
 namespace {

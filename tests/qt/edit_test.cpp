@@ -11,8 +11,8 @@
 #include <QMimeData>
 #include <functional>
 
-#include "platform/qt/qt_windows.h"
-#include "platform/qt/state.h"
+#include "orli11/qt_windows.h"
+#include "windows/qt/state.h"
 #include "tests/wren/text_model.h"
 
 namespace {

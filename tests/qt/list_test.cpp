@@ -10,8 +10,8 @@
 #include <functional>
 #include <random>
 
-#include "platform/qt/pictures.h"
-#include "platform/qt/qt_windows.h"
+#include "windows/qt/pictures.h"
+#include "orli11/qt_windows.h"
 #include "resources/bitmaps.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <map>
 #include <sstream>
 
-#include "platform/qt/text_map.h"
+#include "windows/qt/text_map.h"
 #include "tests/wren/text_model.h"
 #include "wreni11.h"
 

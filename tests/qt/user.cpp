@@ -17,8 +17,8 @@
 #include <QWindow>
 #include <algorithm>
 
-#include "closed/wren/wreni11.h"
-#include "platform/qt/edit.h"
+#include "wreni11.h"
+#include "windows/qt/edit.h"
 
 // What a platform tells of its windows at once; Qt has them for tests (qtestmouse.h).
 QT_BEGIN_NAMESPACE

@@ -1,5 +1,5 @@
 // The user in front of the window system on Qt widgets: the routines of
-// platform/headless/headless.h once more, done by the events that a keyboard and a mouse send to
+// windows/headless/headless.h once more, done by the events that a keyboard and a mouse send to
 // the windows of Qt's offscreen platform. What user.cpp (acting) and user_look.cpp (looking) share.
 //
 // Where it differs from the system without a screen: pixels are those of the font, beeps
@@ -13,9 +13,9 @@
 #include <deque>
 #include <vector>
 
-#include "platform/headless/headless.h"
-#include "platform/qt/pictures.h"
-#include "platform/qt/state.h"
+#include "windows/headless/headless.h"
+#include "windows/qt/pictures.h"
+#include "windows/qt/state.h"
 
 class QListView;
 

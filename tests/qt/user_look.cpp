@@ -4,9 +4,9 @@
 #include <QWindow>
 #include <algorithm>
 
-#include "platform/qt/edit.h"
-#include "platform/qt/list_box.h"
-#include "platform/qt/pictures.h"
+#include "windows/qt/edit.h"
+#include "windows/qt/list_box.h"
+#include "windows/qt/pictures.h"
 #include "tests/qt/user.h"
 
 using qt_user::Box;

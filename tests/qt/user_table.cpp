@@ -3,7 +3,7 @@
 #include <QThread>
 #include <algorithm>
 
-#include "platform/qt/qt_windows.h"
+#include "orli11/qt_windows.h"
 #include "tests/qt/user.h"
 
 using qt_user::RealTable;

@@ -1,0 +1,491 @@
+/* orli11.h - formula engine.
+ *
+ * Conventions
+ * 1. A host creates a context (EC), declares functions, input items and keywords, and parses texts
+ *    into expressions (HEXP), which the context owns.
+ * 2. Texts are zero-terminated bytes in the active code page (WRENSetCodePage). What a host passes
+ *    in is copied; nothing of it is kept.
+ * 3. Offsets and lengths in texts are bytes; offsets start at 0.
+ * 4. A result of "1 or 0" is int32_t: 1 for success or yes. An EC or HEXP must be valid; a null one
+ *    gives 0, -1 or null where told.
+ * 5. A failure leaves the context as it was, unless told otherwise.
+ * 6. Different threads may work on different contexts; one context belongs to one thread at a time.
+ *    Host routines run on the caller's thread, inside the engine's call, and must not change the
+ *    context that is being evaluated, walked or read into, unless told otherwise. An exception that
+ *    one of them throws ends there, as if it had returned 0 or null.
+ */
+#ifndef ORLI11_H
+#define ORLI11_H
+
+#include <stdint.h>
+
+#include "wreni11.h"
+
+#if defined(__GNUC__)
+#define ORL_API __attribute__((visibility("default")))
+#else
+#define ORL_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Types ----------------------------------------------------------------------------------- */
+
+typedef struct ExprContext *EC;  /* a context */
+typedef struct Expression *HEXP; /* a stored formula, range or set */
+
+/* Data type codes. 3 to 255 are the host's own types, those above 255 are types of keywords. */
+enum {
+  ORL_TYPE_NUMBER = 0,
+  ORL_TYPE_DATE = 1,
+  ORL_TYPE_STRING = 2,
+  ORL_TYPE_FOLLOWS = 4, /* of a parameter or function: follows from other arguments */
+  ORL_TYPE_ANY = 5      /* of a parameter: any type, and the star form is allowed */
+};
+
+/* Kinds of items. */
+enum { ORL_FUNCTION = 0, ORL_INPUT = 1, ORL_FORMULA = 2, ORL_KEYWORD = 3 };
+
+/* `flags` of ORLCreateEC. */
+enum {
+  ORL_FLAG_LIST_ALL = 1,          /* the editor lists simple unnamed expressions too */
+  ORL_FLAG_NO_CONCAT = 2,         /* no || on strings */
+  ORL_FLAG_MODIFIERS = 4,         /* the words DISTINCT and ALL */
+  ORL_FLAG_DATE_MINUS_STRING = 8, /* a Date minus a String is a Number */
+  ORL_FLAG_STRING_PLUS = 16,      /* + on strings without an operator callback */
+  ORL_FLAG_NO_DATE_UNITS = 32,    /* no unit words, no + and - on dates */
+  ORL_FLAG_PERCENT = 64,          /* the operator % */
+  ORL_FLAG_RANGES = 128           /* ranges and sets; dates are checked while scanning */
+};
+
+/* `itemFlags` of a function. */
+enum {
+  ORL_FUNC_MODIFIER = 1,   /* accepts DISTINCT or ALL; 2 has the same meaning */
+  ORL_FUNC_EXPRESSION = 4, /* a parameter by name also takes an expression */
+  ORL_FUNC_EXPRESSION_UNLESS_DISTINCT = 8,
+  ORL_FUNC_NEEDS_DISTINCT = 16,
+  ORL_FUNC_ESCAPE = 32 /* extended text marks its calls */
+};
+
+/* Message ids of FormulaError. */
+enum {
+  ORL_ERR_TYPENUM = 100,
+  ORL_ERR_PARM = 101,
+  ORL_ERR_VAR = 102,
+  ORL_ERR_FUNC = 103,
+  ORL_ERR_NUMPARMSHI = 105,
+  ORL_ERR_GENERAL = 106,
+  ORL_ERR_NAME = 107,
+  ORL_ERR_INPUT = 108,
+  ORL_ERR_SYNTAX = 109,
+  ORL_ERR_UNKNOWNCHAR = 110,
+  ORL_ERR_OPERATORNUM = 111,
+  ORL_ERR_MAXTOKEN = 112,
+  ORL_ERR_OPERATORSTR = 113,
+  ORL_ERR_OPERATORDATE = 114,
+  ORL_ERR_TYPESTR = 115,
+  ORL_ERR_TYPEDATE = 116,
+  ORL_ERR_NUMPARMSLO = 117,
+  ORL_ERR_PARMNUM = 118,
+  ORL_ERR_PARMSTR = 119,
+  ORL_ERR_PARMDATE = 120,
+  ORL_ERR_MEMORY = 121,
+  ORL_ERR_TOCOMPLEX = 122,
+  ORL_ERR_INVALIDDATE = 123,
+  ORL_ERR_EXPPARMS = 124,
+  ORL_ERR_RECURSIVE = 125,
+  ORL_ERR_DUPNAME = 126,
+  ORL_ERR_EXPDATATYPE = 127,
+  ORL_ERR_TYPENUMDATE = 128,
+  ORL_ERR_KEYWORD = 129,
+  ORL_ERR_MISKEYWORD = 130,
+  ORL_ERR_MEMLOW = 131,
+  ORL_ERR_OPERATORKEYWORD = 132,
+  ORL_ERR_PARMKEYWORD = 133,
+  ORL_ERR_RANGETYPE = 134,
+  ORL_ERR_BETWEEN = 135,
+  ORL_ERR_IMBEDDEDRANGE = 136,
+  ORL_ERR_SUBCLASS = 137
+};
+
+/* What is wrong with a text: the message id (0: nothing) and the faulty bytes; offset and length
+ * are 0 where no place is known. */
+typedef struct {
+  int32_t id, offset, length;
+} FormulaError;
+
+#pragma pack(push, 1)
+
+/* One declared parameter of a function. */
+typedef struct {
+  uint16_t mode;     /* 0: by value, evaluated before the call; 1: by name */
+  uint16_t dataType; /* the type that the argument must have; 4 and 5 take any */
+  uint16_t subClass; /* not 0, mode 1: the subClass that the input item must have */
+} ParamRecord;
+
+/* A function, an input item or a keyword, as the host declares it. The parameter records of a
+ * function follow directly behind the record: see ORL_EXPR_ITEM_WITH. */
+typedef struct {
+  int16_t kind;       /* ORL_FUNCTION, ORL_INPUT or ORL_KEYWORD */
+  int16_t dataType;   /* of a function its result */
+  char *routineName;  /* may be null; the context keeps a copy */
+  void *routine;      /* OrlFunctionProc or OrlValueProc; null: the context's lookup is asked */
+  char name[65];      /* as it stands in formulas, at most 64 bytes */
+  int16_t paramCount; /* functions: parameter records; negative: written without parentheses, with
+                         one record behind it */
+  union {
+    uint16_t firstOptional; /* functions */
+    uint16_t subClass;      /* input items: a code of the host's */
+    uint16_t resultType;    /* keywords: type of a call of type 4 that has it as first argument */
+  };
+  union {
+    uint16_t optionalCount; /* functions */
+    uint16_t caseSensitive; /* keywords: not 0 when the name compares exactly */
+  };
+  uint16_t itemFlags; /* functions: ORL_FUNC_... */
+} ExprItem;
+
+/* Room for an item with `count` parameter records, for a host to fill:
+ *   ORL_EXPR_ITEM_WITH(2) row = {0};
+ *   row.item.paramCount = 2; row.parameters[0].dataType = ORL_TYPE_DATE; ...
+ *   ORLAddExpressionItem(ec, &row.item); */
+#define ORL_EXPR_ITEM_WITH(count)  \
+  struct {                         \
+    ExprItem item;                 \
+    ParamRecord parameters[count]; \
+  }
+
+#pragma pack(pop)
+
+/* ---- Host routines --------------------------------------------------------------------------- */
+
+/* The address of a host routine by its name, or null. */
+typedef void *(*OrlLookupProc)(const char *routineName);
+/* Told when ORLParseFormula gives an existing expression another name. */
+typedef int32_t (*OrlRenameProc)(EC ec, const char *oldName, const char *newName);
+/* Gives the value of an input item: writes through *value, a zeroed block of `size` bytes (13: a
+ * NumberValue; 50: text), or replaces it by a larger one (ORLMemRealloc, FUNStrVarResult). Nonzero
+ * for success; 0: no value. */
+typedef int32_t (*OrlValueProc)(EC ec, HEXP exp, int32_t size, void **value, const char *name);
+/* Computes a function: as OrlValueProc, with one entry of `args` for each declared parameter, null
+ * for an argument that has no value or is not there; `args` is null without an argument list. What
+ * an entry points to is the engine's, lasts for the call, and is no block of its own. */
+typedef int32_t (*OrlFunctionProc)(EC ec, HEXP exp, int32_t resultSize, void **result,
+                                   const char *name, void **args);
+/* Computes an operator on numbers in place of the built-in arithmetic. */
+typedef int32_t (*OrlOperatorProc)(EC ec, HEXP exp, int32_t dataType, int32_t leftSize,
+                                   const NumberValue *left, int32_t rightSize,
+                                   const NumberValue *right, int32_t resultSize,
+                                   NumberValue *result);
+typedef void (*OrlEnumItemProc)(EC ec, const char *name, void *user);
+typedef int32_t (*OrlEnumExpressionProc)(EC ec, HEXP exp, int32_t ordinal);
+/* Asked to destroy an expression that uses `row`: nonzero when it is destroyed, 0 to stop. */
+typedef int32_t (*OrlDeleteProc)(EC ec, HEXP exp, ExprItem *row);
+typedef int32_t (*OrlDelPermissionProc)(EC ec, HEXP exp, void *dialog);
+/* Told of the formula that ended a load. */
+typedef void (*OrlErrorProc)(EC ec, const char *text, const FormulaError *error);
+typedef int32_t (*OrlHelpProc)(int32_t command, intptr_t data);
+typedef void (*OrlListValuesProc)(EC ec, const char *name, void *list, int32_t first,
+                                  int32_t *more);
+
+/* ---- Memory ---------------------------------------------------------------------------------- */
+
+/* Blocks that pass between engine and host. As the WRENMem routines, but ORLMemRealloc of a null
+ * block gives null and allocates nothing. */
+ORL_API void *ORLMemAlloc(uint32_t size);
+ORL_API void *ORLMemRealloc(void *block, uint32_t size);
+ORL_API void ORLMemFree(void *block);
+ORL_API uint32_t ORLMemSize(const void *block);
+
+/* ---- Context --------------------------------------------------------------------------------- */
+
+/* A new context, or null when there is no memory. `owner` is a window handle or null; `lookup` and
+ * `rename` may be null; `flags` are ORL_FLAG_... */
+ORL_API EC ORLCreateEC(void *owner, OrlLookupProc lookup, OrlRenameProc rename, uint16_t flags);
+/* Frees a context with all that it holds and calls no host routine; null is accepted. Always 1. */
+ORL_API int32_t ORLDestroyEC(EC ec);
+/* A new context with the items, settings and expressions of `ec`, or null when there is no memory.
+ * Operator callbacks and the help path are not taken over; an expression that does not parse in the
+ * copy is missing there. */
+ORL_API EC ORLCopyEC(EC ec);
+/* Keeps a help path of at most 519 bytes (a longer one is ignored) and a help context. */
+ORL_API void ORLSetHelpPath(EC ec, const char *path, int32_t helpContext);
+/* Sets the templates that are not null, each with one "%s" for a date. */
+ORL_API void ORLSetDateConvert(EC ec, const char *template1, const char *template2,
+                               const char *template3, uint16_t convertFlags);
+/* Sets the date pictures for dates, dates with time and times; null or empty clears one. Always
+ * 1. */
+ORL_API int32_t ORLSetDatePicture(EC ec, const char *picture1, const char *picture2,
+                                  const char *picture3);
+ORL_API void ORLSetListValuesCallback(EC ec, OrlListValuesProc proc);
+ORL_API void ORLSetDelPermissionCallback(EC ec, OrlDelPermissionProc proc);
+/* The host's own value; the setter returns the one before. 0 for a null context. */
+ORL_API intptr_t ORLSetUserLong(EC ec, intptr_t value);
+ORL_API intptr_t ORLGetUserLong(EC ec);
+/* Deletes all input items without looking at their use; 0 when there never was one, else 1. */
+ORL_API int32_t ORLDeleteAllECVars(EC ec);
+
+/* ---- Items ----------------------------------------------------------------------------------- */
+
+/* Adds a copy of the record, with its parameter records, behind the rows of its kind. 1, or 0 for a
+ * null context, a bad kind or no memory. Names are not compared: lookups find the first. */
+ORL_API int32_t ORLAddExpressionItem(EC ec, const ExprItem *row);
+/* Calls `proc` for each row of the kind in order. `proc` must not add or delete rows. */
+ORL_API void ORLEnumExpItems(EC ec, int32_t kind, OrlEnumItemProc proc, void *user);
+/* Deletes the first row of that name, used or not; 1 or 0. */
+ORL_API int32_t ORLDelExpItemNoCheck(EC ec, int32_t kind, const char *name);
+/* Deletes an input item (kind 1) or function (any other kind) after `proc` has destroyed every
+ * expression that uses it, users first. 0 when `proc` returned 0 or kept what it was asked to
+ * destroy; then the row stays. 1 when there is no such row. `proc` may destroy expressions. */
+ORL_API int32_t ORLDeleteExpItem(EC ec, int32_t kind, const char *name, OrlDeleteProc proc);
+/* Sends the names of the kind in order to a combo box of the window system, if there is one;
+ * returns their number. */
+ORL_API int32_t ORLLoadComboBox(EC ec, int32_t kind, void *comboHandle);
+
+/* ---- Expressions ----------------------------------------------------------------------------- */
+
+ORL_API int32_t ORLGetExpressionCount(EC ec);
+/* Calls `proc` for each expression in order until it returns 0; returns its last result. */
+ORL_API int32_t ORLEnumExpressions(EC ec, OrlEnumExpressionProc proc);
+/* The first expression of exactly that name; the one at that index. Null when there is none. */
+ORL_API HEXP ORLHEXPFromName(EC ec, const char *name);
+ORL_API HEXP ORLHEXPFromOrdinal(EC ec, int32_t ordinal);
+/* The present index of an expression, or -1. */
+ORL_API int32_t ORLGetExpressionOrdinal(EC ec, HEXP exp);
+/* Text and name: their length in bytes, and a copy of at most `size` bytes (at least 1), always
+ * terminated. The copying routines return the length, or `size` when the text was cut. */
+ORL_API int32_t ORLGetExpressionTextLength(EC ec, HEXP exp);
+ORL_API int32_t ORLGetExpressionText(EC ec, HEXP exp, int32_t size, char *buffer);
+ORL_API int32_t ORLGetExpressionNameLength(EC ec, HEXP exp);
+ORL_API int32_t ORLGetExpressionName(EC ec, HEXP exp, int32_t size, char *buffer);
+/* 1 when the name has the shape of a generated formula name ("Formula", "Formula12"). */
+ORL_API int32_t ORLIsExpNameGenerated(EC ec, HEXP exp);
+/* 1 when no function and no expression but `exp` (may be null) has the name. */
+ORL_API int32_t ORLIsExpNameUnique(EC ec, HEXP exp, const char *name);
+/* Parses the text of `exp` again into a new expression; a name that is null, empty or taken is
+ * replaced by a generated one. *dataType receives the type. Null when the text does not parse. */
+ORL_API HEXP ORLCloneExpression(EC ec, HEXP exp, const char *newName, uint16_t *dataType);
+/* 1 when the expression is gone (also for null), 0 when another one refers to it or it is not in
+ * this context. */
+ORL_API int32_t ORLDestroyEXP(EC ec, HEXP exp);
+/* 1 when `which` is 1 and the expression is a set, or `which` is 2 and it is a range. */
+ORL_API int32_t ORLIsExpRange(EC ec, HEXP exp, int16_t which);
+/* 1 when the expression is one literal; when it is one input item or keyword. */
+ORL_API int32_t ORLIsExpressionSimple(EC ec, HEXP exp);
+ORL_API int32_t ORLIsExpressionSimpleInput(EC ec, HEXP exp);
+/* The subClass of the input item that is the whole expression, or -1. */
+ORL_API int16_t ORLGetSimpleInputSubClass(EC ec, HEXP exp);
+/* The data type, or 65535 for null. */
+ORL_API uint16_t ORLGetExpressionDataType(EC ec, HEXP exp);
+
+/* ---- Parsing --------------------------------------------------------------------------------- */
+
+/* 1 when the text can be the name of an expression. A null context has the default settings.
+ * *error, when given, receives (108, 0, length of the name) in both cases. */
+ORL_API int32_t ORLValidName(EC ec, const char *name, FormulaError *error);
+/* Parses and checks a text and stores it as a new expression; null on failure, with *error (may be
+ * null) telling why. A null or empty name is replaced by a generated one; the name is not compared
+ * with others. *dataType (not null) receives the type. After a success *error has no meaning. For a
+ * null context or dataType *error receives message 106. */
+ORL_API HEXP ORLParseString(EC ec, const char *text, const char *name, FormulaError *error,
+                            uint16_t *dataType);
+/* As ORLParseString, but the name must be unique, and with an `exp` that expression receives the
+ * text in place: its handle stays. A formula in use keeps its type. On failure `exp` is as it
+ * was. */
+ORL_API HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name,
+                             FormulaError *error, uint16_t *dataType);
+/* Copies a name of at most 64 bytes to `target` (66 bytes), with "_" ahead when it is a date unit
+ * word; 1 in that case, else 0. */
+ORL_API int32_t ORLInputNameIsKeyword(char *target, const char *source);
+
+/* ---- Evaluation ------------------------------------------------------------------------------ */
+
+/* Computes an expression. Number and Date: 13 bytes go to `buffer`. String: the text with its
+ * terminator, at most `size` bytes, cut without a terminator; with `size` 0 the int32_t at `buffer`
+ * receives the bytes that the text needs. 1, or 0 when there is no value; then nothing is
+ * written. */
+ORL_API int32_t ORLEvaluateExpression(EC ec, HEXP exp, int32_t size, void *buffer);
+/* As above, into a block of ORLMemAlloc at *buffer. String: a null *buffer becomes a new block, one
+ * that is too small is enlarged, and *length receives the bytes of the text with its terminator,
+ * cut to 16 bits. The host frees the block with ORLMemFree. */
+ORL_API int32_t ORLEvaluateExpressionExt(EC ec, HEXP exp, int32_t *length, void **buffer);
+/* Sets the host routine of an operator (0 +, 1 -, 2 /, 3 *, 4 ||) for a data type 0 to 3 of the
+ * left operand, by its name. 1, or 0 for a null context; when there is no memory for the name the
+ * context is destroyed and the result is 0. */
+ORL_API int32_t ORLSetOperatorCallback(EC ec, int16_t op, int16_t dataType, const char *name);
+
+/* ---- Usage ----------------------------------------------------------------------------------- */
+
+/* 1 when the expression uses the function (0), input item or keyword (1) or named formula (2) of
+ * exactly that name, itself or through formulas that it refers to. */
+ORL_API int32_t ORLIsItemUsed(EC ec, HEXP exp, int32_t kind, const char *name);
+/* 1 when an expression uses the item and is more than the item alone. */
+ORL_API int32_t ORLIsItemUsedInComplex(EC ec, const char *name);
+/* 1 when any expression refers to the named formula. */
+ORL_API int32_t ORLIsNamedFormulaUsed(EC ec, const char *name);
+/* 1 when the expression calls the function with the bare item as an argument. */
+ORL_API int32_t ORLIsFunctionVariableUsed(EC ec, HEXP exp, const char *functionName,
+                                          const char *itemName);
+/* 1 when the row has a parameter that is passed by name. */
+ORL_API int32_t ORLIsItemAggregate(EC ec, int32_t kind, const char *name);
+/* 1 when the expression calls a function that has such a parameter. */
+ORL_API int32_t ORLIsAggregateUsed(EC ec, HEXP exp);
+
+/* ---- Extended text --------------------------------------------------------------------------- */
+
+/* The text of an expression made self-contained: each reference to a named formula becomes that
+ * formula's text in parentheses, at every depth. With marks, calls of functions whose `itemFlags`
+ * have ORL_FUNC_ESCAPE stand in the ODBC escape " {fn F() } ", and dates under the pictures and
+ * templates of the context; formulas that are spliced in are marked only in a context with date
+ * pictures. A text with a formula spliced in has at most 65,535 bytes. */
+
+/* The bytes that the text can take at most, without its terminator; 0 for a null expression. Dates
+ * count by the pictures and templates that ORLSetDatePicture saw: set the templates first. */
+ORL_API int32_t ORLGetExtendedTextLength(EC ec, HEXP exp, int32_t withMarks);
+/* Writes the text to `buffer` of `size` bytes, at least 1, cut where it is longer. The bytes of
+ * what stands there less 1: -1 for an empty text. 0 with an empty `buffer` on failure: the text is
+ * too long, or formulas refer to each other in a circle. */
+ORL_API int32_t ORLGetExtendedText(EC ec, HEXP exp, int32_t size, char *buffer, int32_t withMarks);
+
+/* ---- Rename ---------------------------------------------------------------------------------- */
+
+/* Gives an input item (a kind other than 0) or a function (0) another name, of at most 64 bytes.
+ * The formulas follow: in their texts each word that is the old name in any case, outside double
+ * quotes, and their trees with it. Always 0: nothing is told of success, an unknown name or a lack
+ * of memory, which leaves the formula that it struck as it was. */
+ORL_API int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName,
+                                        const char *newName);
+
+/* ---- Stored form ----------------------------------------------------------------------------- */
+
+/* A context can be laid down in a flat block, which docs/block-format.md describes, and read back
+ * into a new one: operator names, input items, and with them the formulas, ranges and sets. The
+ * host keeps the bytes. Functions, keywords and settings are not stored. */
+
+/* The bytes that ORLGetECBlock needs, with the formulas or without; 1 for a null context. */
+ORL_API int32_t ORLGetECBlockSize(EC ec, int32_t includeFormulas);
+/* Lays the block down in the host's `buffer` of `capacity` bytes, at least 1, and returns the bytes
+ * that were laid down. What does not fit is left out, and the block is then of no use, unless
+ * `capacity` is the size without formulas. Readers take at most 32,767 input items and as many
+ * formulas: from a block of more of them they read none. */
+ORL_API int32_t ORLGetECBlock(EC ec, int32_t capacity, void *buffer);
+/* Reads a block of `size` bytes into a context that has its functions and keywords and nothing
+ * else. Routines are looked up again by their names, formulas parsed again; `loadFormulas` 0 leaves
+ * the formulas out. A formula that no longer parses opens the formula editor, in blocks of the
+ * versions 0 and 1 it ends the load. `errorProc`, which may be null, hears of the formula that
+ * ended the load. The block is not kept. 1 when everything was read, else 0; then the context holds
+ * what was read before, and should be destroyed. */
+ORL_API int32_t ORLSetECContents(EC ec, int32_t size, const void *block, int32_t loadFormulas,
+                                 OrlErrorProc errorProc);
+
+/* ---- Formula editor -------------------------------------------------------------------------- */
+
+/* Let the user write a formula, range or set over `parentWindow`, or change `exp`; typing ends at
+ * `textLimit` bytes (0: no limit of its own). `type` is 1 to begin with a set, 2 with a range, else
+ * with a formula; `itemName` is an input item or keyword whose values are to be listed at once, or
+ * null. The stored expression, or null when the user cancelled, when no dialog could be opened, and
+ * while an editor is open on this thread. Expressions that were saved on the way stay stored. */
+ORL_API HEXP ORLBuildExpression(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit);
+ORL_API HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit,
+                                      int32_t type, const char *itemName);
+/* Shows a text with its faulty place and the message. 1 when the user has closed it, -1 when there
+ * is no window system to show it. */
+ORL_API int32_t ORLErrorDisplay(void *parentWindow, const char *text, const FormulaError *error);
+
+/* The procedures of the editor's windows, for window systems: of the dialog, and of its controls.
+ * They do nothing, and give 0, while no editor is open on this thread. */
+ORL_API intptr_t OrlDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t EditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t StatusSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t LBFormsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t LBVarsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t LBFuncsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+
+/* The procedures of the text view, the values dialog and the error box, and those ahead of their
+ * edits, for the window system. */
+ORL_API intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam,
+                                    intptr_t lParam);
+ORL_API intptr_t ViewEditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t OrlListValuesDlgProc(void *window, uint32_t message, uintptr_t wParam,
+                                      intptr_t lParam);
+ORL_API intptr_t ORLErrorDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+ORL_API intptr_t ORLErrorEditProc(void *window, uint32_t message, uintptr_t wParam,
+                                  intptr_t lParam);
+
+/* ---- Function library ------------------------------------------------------------------------ */
+
+/* Adds the 46 built-in functions to a context; 1, or 0 on failure, where rows already added
+ * stay. */
+ORL_API int32_t FUNDefineFunctions(EC ec);
+/* The handle of the module; not null once the library is loaded. */
+ORL_API void *FUNModuleHandle(void);
+/* Tells the engine that the settings of the system have changed. */
+ORL_API void FUNWinIniChange(void);
+/* For function and value routines of a host: stores a text in the result block, enlarging it when
+ * the text does not fit into resultSize bytes. 1, or 0 when there is no memory. */
+ORL_API int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text);
+
+/* The built-in functions, each an OrlFunctionProc, in the order of a context's function table. What
+ * they take and give stands in docs/functions.md. A host may call them by itself, with `result`
+ * pointing to a block of WRENMemAlloc: 13 bytes for a Number or Date, any size for a text. Each
+ * returns 1, or 0 with the block still valid when there is no room or no memory for the result. */
+#define ORL_FUNCTION_ROUTINE(name)                                         \
+  ORL_API int32_t name(EC ec, HEXP exp, int32_t resultSize, void **result, \
+                       const char *functionName, void **args)
+ORL_FUNCTION_ROUTINE(FUNDateAddDay);
+ORL_FUNCTION_ROUTINE(FUNDateYear);
+ORL_FUNCTION_ROUTINE(FUNDateMonth);
+ORL_FUNCTION_ROUTINE(FUNDateDay);
+ORL_FUNCTION_ROUTINE(FUNDateHour);
+ORL_FUNCTION_ROUTINE(FUNDateMinute);
+ORL_FUNCTION_ROUTINE(FUNDateSecond);
+ORL_FUNCTION_ROUTINE(FUNDateMonthBegin);
+ORL_FUNCTION_ROUTINE(FUNDateMonthEnd);
+ORL_FUNCTION_ROUTINE(FUNDateToStr);
+ORL_FUNCTION_ROUTINE(FUNDateConstruct);
+ORL_FUNCTION_ROUTINE(FUNStrMid);
+ORL_FUNCTION_ROUTINE(FUNStrRight);
+ORL_FUNCTION_ROUTINE(FUNStrLeft);
+ORL_FUNCTION_ROUTINE(FUNStrLength);
+ORL_FUNCTION_ROUTINE(FUNStrRTrim);
+ORL_FUNCTION_ROUTINE(FUNStrLTrim);
+ORL_FUNCTION_ROUTINE(FUNStrRepeat);
+ORL_FUNCTION_ROUTINE(FUNStrPad);
+ORL_FUNCTION_ROUTINE(FUNStrCompare);
+ORL_FUNCTION_ROUTINE(FUNStrIFF);
+ORL_FUNCTION_ROUTINE(FUNStrCase);
+ORL_FUNCTION_ROUTINE(FUNStrProper);
+ORL_FUNCTION_ROUTINE(FUNStrReplace);
+ORL_FUNCTION_ROUTINE(FUNStrScan);
+ORL_FUNCTION_ROUTINE(FUNStrSpaces);
+ORL_FUNCTION_ROUTINE(FUNStrToDate);
+ORL_FUNCTION_ROUTINE(FUNStrToNumber);
+ORL_FUNCTION_ROUTINE(FUNStrUpper);
+ORL_FUNCTION_ROUTINE(FUNNumberAbsolute);
+ORL_FUNCTION_ROUTINE(FUNNumberMod);
+ORL_FUNCTION_ROUTINE(FUNNumberToStr);
+ORL_FUNCTION_ROUTINE(FUNNumberToCurrency);
+ORL_FUNCTION_ROUTINE(FUNNumberCountryFmt);
+ORL_FUNCTION_ROUTINE(FUNNumberRound);
+ORL_FUNCTION_ROUTINE(FUNNumberTruncate);
+ORL_FUNCTION_ROUTINE(FUNStrLower);
+ORL_FUNCTION_ROUTINE(FUNNumberIFF);
+ORL_FUNCTION_ROUTINE(FUNDateIFF);
+ORL_FUNCTION_ROUTINE(FUNDateToStrPicture);
+ORL_FUNCTION_ROUTINE(FUNNumberToStrPicture);
+ORL_FUNCTION_ROUTINE(FUNStrTrim);
+ORL_FUNCTION_ROUTINE(FUNStrTranslate);
+ORL_FUNCTION_ROUTINE(FUNPower);
+ORL_FUNCTION_ROUTINE(FUNWeekDay);
+ORL_FUNCTION_ROUTINE(FUNDateQuarter);
+
+/* Called when a process lets go of the library; does nothing. Always 1. */
+ORL_API int32_t WEP(int32_t code);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

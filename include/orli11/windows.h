@@ -1,0 +1,306 @@
+/* windows.h - what the formula editor needs of a window system, as one table of operations.
+ *
+ * The engine draws nothing and waits for nothing by itself: a window system makes dialogs from the
+ * engine's templates, keeps the state of their controls and sends each event to the procedure of
+ * the window that it is for. Without one no dialog can be created.
+ *
+ * Messages, notifications and their parameters are those of the Win32 interface, with its numbers,
+ * in the subset below. Texts are zero-terminated bytes in the active code page; positions and
+ * lengths in texts are bytes. All calls and events come on the thread that runs the dialog.
+ */
+#ifndef ORLI11_WINDOWS_H
+#define ORLI11_WINDOWS_H
+
+#include "orli11.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* A window: a dialog, or a control in one. */
+typedef void *OrlWindow;
+
+/* The procedure of a window. For a dialog: the result of an event that it handles; 0 leaves the
+ * event to the window system. For a control: see SetWindowProc. */
+typedef intptr_t (*OrlWindowProc)(OrlWindow window, uint32_t message, uintptr_t wParam,
+                                  intptr_t lParam);
+
+/* ---- Templates ------------------------------------------------------------------------------- */
+
+typedef enum {
+  ORL_CONTROL_LABEL,
+  ORL_CONTROL_EDIT,
+  ORL_CONTROL_LIST,
+  ORL_CONTROL_BUTTON,
+  ORL_CONTROL_OPTION, /* an option button; its caption is text|bitmap name|transparent colour */
+  ORL_CONTROL_GROUP   /* a frame with a caption */
+} OrlControlKind;
+
+/* Styles of controls. */
+enum {
+  ORL_STYLE_CENTERED = 1,    /* label: the text is centred */
+  ORL_STYLE_LINES = 2,       /* edit of lines, ended by \n; without it one that scrolls sideways */
+  ORL_STYLE_SORTED = 4,      /* list: LB_ADDSTRING keeps the rows in the order of lstrcmpiA */
+  ORL_STYLE_NOTIFY = 8,      /* list: tells the dialog of selections and double clicks */
+  ORL_STYLE_OWNER_DRAW = 16, /* list: rows are drawn by the dialog, all of one height */
+  ORL_STYLE_GROUP = 32,      /* starts a group */
+  ORL_STYLE_NO_TAB = 64,     /* the tab key passes it by */
+  ORL_STYLE_DEFAULT = 128,   /* button: pressed by the Return key */
+  ORL_STYLE_KEEP_SELECTION = 256, /* edit: shows its selection without the focus too */
+  ORL_STYLE_SCROLL_BAR = 512,     /* edit of several lines: with a vertical scroll bar */
+  ORL_STYLE_READ_ONLY = 1024      /* edit: its dialog keeps the user from changing the text */
+};
+
+/* A control; its place in dialog units. An id of -1 is addressed by nothing. */
+typedef struct {
+  int32_t id;
+  OrlControlKind kind;
+  uint32_t style;
+  const char *caption;
+  int16_t x, y, width, height;
+} OrlControl;
+
+/* A dialog: a popup with caption and system menu. Controls stand in tab order. */
+typedef struct {
+  const char *name;
+  const char *title;
+  const char *font;
+  int16_t fontSize;
+  int16_t x, y, width, height;
+  int32_t visible; /* shown as soon as it is created; a modal dialog always is */
+  int32_t controlCount;
+  const OrlControl *controls;
+} OrlDialogTemplate;
+
+/* A bitmap: a whole BMP file, and its size in pixels. */
+typedef struct {
+  const char *name;
+  const uint8_t *file;
+  uint32_t fileSize;
+  int32_t width, height;
+} OrlBitmap;
+
+/* ---- Events ---------------------------------------------------------------------------------- */
+
+enum {
+  ORL_WM_DESTROY = 2,  /* the window is going; its children are still there */
+  ORL_WM_SETFOCUS = 7, /* control: it gets the focus; wParam: the window that had it or null */
+  ORL_WM_PAINT = 15,   /* dialog: it is shown or drawn anew */
+  ORL_WM_CLOSE = 16,   /* dialog: the user closes it by its frame */
+  ORL_WM_SETCURSOR = 32,
+  ORL_WM_DRAWITEM = 43,    /* dialog; lParam: OrlDrawItem */
+  ORL_WM_MEASUREITEM = 44, /* dialog, ahead of WM_INITDIALOG; lParam: OrlMeasureItem */
+  ORL_WM_SETFONT = 48,     /* dialog, ahead of WM_MEASUREITEM and WM_INITDIALOG */
+  ORL_WM_KEYDOWN = 256,    /* control; wParam: key */
+  ORL_WM_KEYUP = 257,
+  ORL_WM_CHAR = 258,       /* control; wParam: one byte of the character, lead byte first */
+  ORL_WM_INITDIALOG = 272, /* lParam: the parameter given to the dialog */
+  ORL_WM_COMMAND = 273,    /* dialog; wParam: id, notification << 16; lParam: the control */
+  ORL_WM_TIMER = 275,      /* dialog; wParam: timer */
+  ORL_WM_MOUSEMOVE = 512,  /* control; lParam: x, y << 16 */
+  ORL_WM_LBUTTONDOWN = 513,
+  ORL_WM_LBUTTONUP = 514,
+  ORL_WM_LBUTTONDBLCLK = 515,
+  ORL_WM_RBUTTONDBLCLK = 518,
+  ORL_WM_HELP_REQUEST = 33791 /* dialog; wParam: control, lParam: OrlHelpProc */
+};
+
+/* Notifications of controls in WM_COMMAND. */
+enum {
+  ORL_BN_CLICKED = 0,
+  ORL_LBN_SELCHANGE = 1, /* the user has made another row current */
+  ORL_LBN_DBLCLK = 2,
+  /* The text has changed: by the user, by the clipboard messages; an edit of one line tells it also
+   * when the program sets its text, one of several lines does not. */
+  ORL_EN_CHANGE = 768
+};
+
+/* Keys in WM_KEYDOWN and WM_KEYUP. */
+enum {
+  ORL_VK_TAB = 9,
+  ORL_VK_RETURN = 13,
+  ORL_VK_ESCAPE = 27,
+  ORL_VK_SPACE = 32,
+  ORL_VK_END = 35,
+  ORL_VK_HOME = 36,
+  ORL_VK_LEFT = 37,
+  ORL_VK_UP = 38,
+  ORL_VK_RIGHT = 39,
+  ORL_VK_DOWN = 40,
+  ORL_VK_DELETE = 46,
+  ORL_VK_BACK = 8
+};
+
+/* Commands that have no control: the Return key without a default button, Escape and the frame's
+ * close box of a modal dialog. */
+enum { ORL_ID_OK = 1, ORL_ID_CANCEL = 2 };
+
+/* Messages to an edit. */
+enum {
+  ORL_EM_GETSEL = 176,    /* wParam, lParam: int32_t * for start and end, or null */
+  ORL_EM_SETSEL = 177,    /* start, end: beyond the text is its end; 0, -1 is everything */
+  ORL_EM_GETMODIFY = 184, /* 1 when the user has changed the text since the program set it */
+  ORL_EM_SETMODIFY = 185,
+  ORL_EM_LIMITTEXT = 197, /* bytes that the user can enter; 0: no limit */
+  ORL_WM_CUT = 768,
+  ORL_WM_COPY = 769,
+  ORL_WM_PASTE = 770,
+  ORL_WM_CLEAR = 771
+};
+
+/* Messages to a list. Rows count from 0; -1 (ORL_LB_ERR) is no row. */
+enum {
+  ORL_LB_ERR = -1,
+  ORL_LB_ADDSTRING = 384,    /* lParam: text; the row's index */
+  ORL_LB_INSERTSTRING = 385, /* wParam: row, -1 for the end, also in a sorted list */
+  ORL_LB_DELETESTRING = 386,
+  ORL_LB_SETCURSEL = 390, /* wParam: row, or -1 for none */
+  ORL_LB_GETCURSEL = 392,
+  ORL_LB_GETTEXT = 393, /* lParam: buffer with room for the text; its length */
+  ORL_LB_GETTEXTLEN = 394,
+  ORL_LB_GETCOUNT = 395,
+  ORL_LB_FINDSTRING = 399, /* wParam: row to search behind, -1 for all; lParam: the beginning of a
+                              row's text, in any case; wraps around at the end */
+  ORL_LB_SETTOPINDEX = 407,
+  ORL_LB_GETITEMDATA = 409,
+  ORL_LB_SETITEMDATA = 410,
+  ORL_CB_ADDSTRING = 323 /* to a combo box of the host's */
+};
+
+typedef struct {
+  int32_t left, top, right, bottom;
+} OrlRect;
+
+typedef struct {
+  int32_t height, externalLeading, averageWidth; /* pixels */
+} OrlTextMetrics;
+
+typedef struct {
+  int32_t control, row;
+  int32_t height; /* set by the dialog */
+} OrlMeasureItem;
+
+/* What a row's drawing is asked for, and its state. */
+enum {
+  ORL_DRAW_ENTIRE = 1,
+  ORL_DRAW_SELECT = 2,
+  ORL_DRAW_FOCUS = 4,
+  ORL_STATE_SELECTED = 1,
+  ORL_STATE_FOCUS = 16
+};
+
+typedef struct {
+  int32_t control, row; /* row -1: an empty list */
+  uint32_t action, state;
+  OrlWindow list;
+  void *surface; /* to be given to the drawing operations */
+  OrlRect rect;
+  intptr_t data;
+} OrlDrawItem;
+
+/* Question boxes. */
+enum {
+  ORL_MB_OK = 0,
+  ORL_MB_YESNOCANCEL = 3,
+  ORL_MB_YESNO = 4,
+  ORL_MB_ICONSTOP = 16,
+  ORL_MB_ICONQUESTION = 32,
+  ORL_MB_DEFBUTTON2 = 256,
+  ORL_IDYES = 6,
+  ORL_IDNO = 7
+};
+
+/* Metrics of the screen. */
+enum { ORL_SM_CXFULLSCREEN = 16, ORL_SM_CYFULLSCREEN = 17 };
+
+/* ---- The operations -------------------------------------------------------------------------- */
+
+/* The table that a window system hands in. `size` is that of the table it was compiled with; later
+ * tables only grow at the end. No entry may be null. Operations on a null window, on one that has
+ * gone or on one that the system does not know do nothing and give 0, null or the empty text. */
+typedef struct {
+  uint32_t size;
+
+  /* Makes a dialog, sends it WM_SETFONT, WM_MEASUREITEM for each owner-drawn list and WM_INITDIALOG
+   * with `parameter`, and runs it until EndDialog. The value given there, or -1 when the dialog
+   * could not be created. `parent` may be a window of the host's that the system does not know. */
+  intptr_t (*DialogBoxParam)(const OrlDialogTemplate *dialog, OrlWindow parent, OrlWindowProc proc,
+                             intptr_t parameter);
+  /* Ends the modal dialog with a value; it goes when the present event has been handled. */
+  void (*EndDialog)(OrlWindow dialog, intptr_t result);
+  /* Makes a dialog that stands beside its parent, is served by the same loop and goes with it. */
+  OrlWindow (*CreateDialogParam)(const OrlDialogTemplate *dialog, OrlWindow parent,
+                                 OrlWindowProc proc, intptr_t parameter);
+  void (*DestroyWindow)(OrlWindow window);
+
+  OrlWindow (*GetDlgItem)(OrlWindow dialog, int32_t id);
+  int32_t (*GetDlgCtrlID)(OrlWindow control);
+  OrlWindow (*GetParent)(OrlWindow window); /* of a control its dialog, of a dialog its parent */
+
+  void (*SetWindowText)(OrlWindow window, const char *text);
+  /* Up to size - 1 bytes of the text and a terminator; the bytes copied. */
+  int32_t (*GetWindowText)(OrlWindow window, char *buffer, int32_t size);
+  int32_t (*GetWindowTextLength)(OrlWindow window);
+
+  void (*EnableWindow)(OrlWindow window, int32_t enabled);
+  int32_t (*IsWindowEnabled)(OrlWindow window);
+  void (*ShowWindow)(OrlWindow window, int32_t shown);
+  int32_t (*IsWindowVisible)(OrlWindow window);
+  void (*SetFocus)(OrlWindow window);
+
+  void (*GetWindowRect)(OrlWindow window, OrlRect *rect); /* pixels of the screen, with the frame */
+  void (*GetClientRect)(OrlWindow window, OrlRect *rect); /* from 0, 0, without the frame */
+  void (*ScreenToClient)(OrlWindow window, int32_t *x, int32_t *y);
+  /* A control in pixels of its dialog's client area, a dialog in pixels of the screen. */
+  void (*MoveWindow)(OrlWindow window, int32_t x, int32_t y, int32_t width, int32_t height);
+  int32_t (*GetSystemMetrics)(int32_t index);
+  void (*GetTextMetrics)(OrlWindow dialog, OrlTextMetrics *metrics); /* of the dialog's font */
+
+  /* Puts a procedure ahead of a control's own, which is returned, to be called by CallWindowProc
+   * for the events that are to reach the control. */
+  OrlWindowProc (*SetWindowProc)(OrlWindow control, OrlWindowProc proc);
+  intptr_t (*CallWindowProc)(OrlWindowProc proc, OrlWindow window, uint32_t message,
+                             uintptr_t wParam, intptr_t lParam);
+
+  /* Hands a message to a window's procedure (of a control: the one that SetWindowProc has put
+   * ahead), at once or after the present event. */
+  intptr_t (*SendMessage)(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+  void (*PostMessage)(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+  void (*SetTimer)(OrlWindow dialog, uintptr_t timer, uint32_t milliseconds);
+  void (*KillTimer)(OrlWindow dialog, uintptr_t timer);
+
+  /* Marks `id` of the option buttons first to last, and no other. */
+  void (*CheckRadioButton)(OrlWindow dialog, int32_t first, int32_t last, int32_t id);
+  /* A question box: 1 OK, 2 Cancel, ORL_IDYES or ORL_IDNO. */
+  int32_t (*MessageBox)(OrlWindow parent, const char *text, const char *caption, uint32_t type);
+  void (*MessageBeep)(uint32_t type);
+  int32_t (*IsClipboardTextAvailable)(void);
+
+  void *(*LoadBitmap)(const OrlBitmap *bitmap); /* null when it cannot be had */
+  void (*DeleteBitmap)(void *bitmap);
+  void (*DrawBitmap)(void *surface, void *bitmap, int32_t x, int32_t y);
+  /* One line, centred vertically in the rectangle. */
+  void (*DrawText)(void *surface, const char *text, const OrlRect *rect);
+  void (*InvertRect)(void *surface, const OrlRect *rect);
+  void (*DrawFocusRect)(void *surface, const OrlRect *rect);
+} OrlWindowSystem;
+
+/* Hands a window system to the process; null takes it away. The table is kept, not copied. 1, or 0
+ * for a table that is too small or has a null entry, and while a dialog is open. */
+ORL_API int32_t ORLSetWindowSystem(const OrlWindowSystem *system);
+
+/* The window system in force, or null: for callbacks, which send to the windows that they are
+ * given. */
+ORL_API const OrlWindowSystem *ORLGetWindowSystem(void);
+
+/* Null when a dialog can be opened, else what is missing, in words (ASCII), valid until the
+ * thread's next call. Where the host has handed in nothing, the library's own window system on Qt
+ * widgets (libORLI11-qt.so, beside this library) is loaded here and by the first dialog, provided
+ * that DISPLAY, WAYLAND_DISPLAY or QT_QPA_PLATFORM tells of a display. */
+ORL_API const char *ORLWindowSystemProblem(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,278 @@
+// The state of the window system without a screen, and what its files call in each other.
+//
+// A window is a handle: the serial number of its dialog and the place of the control in it, never
+// an address. A dialog that has gone is found by no handle; its record stays as long as one of its
+// procedures is still running (Hold), so that whoever has found a window may use it until the end
+// of what it does, whatever the procedures do meanwhile. Rows may go at every event.
+#ifndef ORLI11_WINDOWS_HEADLESS_STATE_H
+#define ORLI11_WINDOWS_HEADLESS_STATE_H
+
+#include <cstdint>
+
+#include "windows/headless/headless.h"
+
+namespace headless {
+
+// Text in a block of its own; no block is the empty text.
+struct Text {
+  char *bytes;
+  int32_t length, room;
+};
+
+// What has been drawn in a row.
+struct RowPicture {
+  char bitmap[64];
+  int32_t bitmapX, bitmapY;
+  Text text;
+  OrlRect rowRect, textRect, invertedRect;
+  bool inverted, focusRect;
+  int32_t drawings;
+};
+
+struct Row {
+  char *text;
+  intptr_t data;
+  RowPicture *picture;  // null while it has not been drawn
+};
+
+struct List {
+  Row *rows;
+  int32_t count, room, current, top, rowHeight;
+  int32_t pictures;  // rows that have one
+  bool dirty;        // rows in view may have none
+};
+
+struct Edit {
+  int32_t anchor, caret;  // the ends of the selection
+  int32_t limit;
+  int32_t topLine, leftColumn;  // what is scrolled out of view
+  int32_t typedCount;
+  char typed[4];  // a character whose last byte has not come yet
+  bool modified, dragging;
+};
+
+struct Dialog;
+
+struct Control {
+  Dialog *dialog;
+  OrlWindow window;
+  OrlWindowProc proc;  // put ahead, or null
+  int32_t id;
+  OrlControlKind kind;
+  uint32_t style;
+  Text text;
+  OrlRect rect;  // in the client area
+  bool enabled, visible, checked, pressed;
+  Edit edit;
+  List list;
+};
+
+struct Timer {
+  Timer *next;
+  uintptr_t id;
+  uint32_t period;
+  uint64_t due, order;
+};
+
+// A dialog or a question box.
+struct Dialog {
+  Dialog *older;
+  OrlWindow window, parent;
+  OrlWindowProc proc;  // null for a box
+  uint64_t serial;
+  int32_t holds;
+  bool box, modal, visible, enabled, needsPaint;
+  bool ended;  // its loop is to end
+  bool going, gone;
+  intptr_t result;
+  Text name, title;
+  OrlRect rect;   // on the screen, with the frame
+  int32_t focus;  // the control that has, had or will have the focus; -1 for none
+  Timer *timers;
+  uint32_t boxType;
+  Control *controls;
+  int32_t controlCount;
+};
+
+struct Posted {
+  Posted *next;
+  OrlWindow window;
+  uint32_t message;
+  uintptr_t wParam;
+  intptr_t lParam;
+};
+
+struct Bitmap {
+  Bitmap *next;
+  char name[64];
+};
+
+struct BoxRecord {
+  char *text, *caption;
+  uint32_t type;
+  OrlWindow window, parent;
+  int32_t answer;
+};
+
+struct Session {
+  OrlHeadlessScript script;
+  void *user;
+  bool scriptOver;
+  Dialog *newest;
+  uint64_t serials, timerOrder, clock;
+  Posted *firstPosted, *lastPosted;
+  uint64_t eventsAtOnce;  // since the user's last action
+  OrlWindow focus;        // a control, a dialog without one, or null
+  uint32_t keysHeld;
+  char *clipboard;      // null without text
+  RowPicture *surface;  // the row that is being drawn
+  RowPicture loose;     // drawn for DrawRow
+  Bitmap *bitmaps;
+  BoxRecord *boxes;
+  int32_t boxCount, boxRoom, beeps;
+};
+
+extern Session session;
+
+struct Hold {
+  Dialog *dialog;
+  explicit Hold(Dialog *held) : dialog(held) { ++dialog->holds; }
+  ~Hold();
+  Hold(const Hold &) = delete;
+  Hold &operator=(const Hold &) = delete;
+};
+
+// The font of all dialogs, and the frame around a client area.
+constexpr OrlTextMetrics kFont = {13, 0, 6};
+constexpr int32_t kBorder = 3;
+constexpr int32_t kCaption = 19;
+constexpr int32_t kScreenWidth = 1024;
+constexpr int32_t kScreenHeight = 749;
+
+// ---- Blocks and texts (state.cpp)
+
+const char *Bytes(const Text &text);
+// False, with the text as it was, without memory. A null text is the empty one.
+bool SetText(Text *text, const char *bytes);
+// Puts `count` bytes in place of those from `from` to `to`.
+bool ReplaceBytes(Text *text, int32_t from, int32_t to, const char *bytes, int32_t count);
+void FreeText(Text *text);
+char *CopyOfText(const char *text);
+// Makes room for `needed` entries of an array; false without memory.
+bool MakeRoom(void **entries, int32_t *room, int32_t needed, uint32_t entrySize);
+// Copies what fits; the length of the whole text.
+int32_t CopyOut(const char *text, char *buffer, int32_t size);
+
+// ---- Windows (state.cpp)
+
+struct Place {
+  Dialog *dialog;    // null for an unknown window
+  Control *control;  // null for a dialog
+};
+// The handle of a dialog (control 0) or of its control at `control` - 1.
+OrlWindow HandleOf(uint64_t serial, uint64_t control);
+constexpr int32_t kMostControls = 4095;
+Place Find(OrlWindow window);
+Control *FindControl(OrlWindow window);
+// A dialog, no control of it.
+Dialog *FindDialog(OrlWindow window);
+Control *ControlById(Dialog *dialog, int32_t id);
+// The modal dialog or box on top, or null; how many there are.
+Dialog *TopModal();
+int32_t ModalCount();
+// True when the user's or the program's focus can go there: it belongs to the modal one on top.
+bool IsInFront(const Dialog *dialog);
+bool IsUsable(const Dialog *dialog);
+bool IsUsable(const Control *control);
+int32_t Width(const OrlRect &rect);
+int32_t Height(const OrlRect &rect);
+
+// ---- Dialogs (dialogs.cpp)
+
+Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc, bool modal);
+Dialog *NewBox(OrlWindow parent, const char *caption, uint32_t type);
+// Sends what a new dialog is sent.
+void OpenDialog(Dialog *dialog, intptr_t parameter);
+// Tells it and takes it away with all that belongs to it.
+void Destroy(Dialog *dialog);
+void SetFocusTo(Dialog *dialog, Control *control);
+// To the control that had it last.
+void FocusDialog(Dialog *dialog);
+// Hidden, it gives the focus back.
+void LeaveDialog(Dialog *dialog);
+// Nothing in the dialog has the focus any more when the control had it.
+void LoseFocus(Control *control);
+bool HasFocus(const Control *control);
+OrlRect ScreenRect(const Place &place);
+OrlRect ClientRect(const Place &place);
+
+// ---- Events (loop.cpp)
+
+intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+// WM_COMMAND of a control.
+void Notify(const Control *control, uint32_t notification);
+void SendCommand(Dialog *dialog, int32_t id);
+intptr_t RunModal(Dialog *dialog);
+void EndModal(Dialog *dialog, intptr_t result);
+// Handles posted events until none is left, or the modal loop is to end.
+void RunPosted();
+// The same, and draws what is new.
+void Settle();
+bool SendNextTimer(uint64_t until);
+void SetTimerOf(Dialog *dialog, uintptr_t id, uint32_t period);
+void KillTimerOf(Dialog *dialog, uintptr_t id);
+int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_t type);
+bool BoxOffers(uint32_t type, int32_t answer);
+int32_t CancelOfBox(uint32_t type);
+
+// ---- Controls (controls.cpp, edits.cpp, lists.cpp, pictures.cpp)
+
+intptr_t OwnProc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+// True when the focus may go there, or the tab key stops there.
+bool TakesFocus(const Control &control);
+bool IsTabStop(const Control &control);
+void PressButton(Control *button);
+void PressDefault(Dialog *dialog);
+void PressEscape(Dialog *dialog);
+void MoveByTab(Dialog *dialog, bool back);
+// An arrow key in a group of option buttons.
+void PressNeighbour(Control *option, bool back);
+
+intptr_t EditProc(Control *edit, uint32_t message, uintptr_t wParam, intptr_t lParam);
+void SetEditText(Control *edit, const char *text);
+void SelectAll(Control *edit);
+// The beginning of the character at `position`; a line break is one.
+int32_t CharacterAt(const Text &text, int32_t position);
+// Scrolls so that the byte is in view; the mouse's place there, as in lParam.
+intptr_t PointOfByte(Control *edit, int32_t position);
+
+intptr_t ListProc(Control *list, uint32_t message, uintptr_t wParam, intptr_t lParam);
+void FreeRows(List *list);
+bool HasRow(const Control *list, int64_t row);
+void ScrollTo(Control *list, int32_t row);
+void ScrollIntoView(Control *list, int32_t row);
+intptr_t PointOfRow(const Control *list, int32_t row);
+
+void Wipe(RowPicture *picture);
+void FreePicture(List *list, Row *row);
+void ForgetPictures(Control *list);
+uint32_t StateOfRow(const Control *list, int32_t row);
+// Draws on a picture: the row's own or any.
+void Draw(Control *list, int32_t row, uint32_t action, uint32_t state, RowPicture *picture);
+// A row that has been drawn, in part.
+void DrawPart(Control *list, int32_t row, uint32_t action);
+void DrawWhole(Control *list, int32_t row);
+void DrawRowsInView(Control *list);
+void FreeBitmaps();
+
+void *LoadBitmapFile(const OrlBitmap *bitmap);
+void DeleteBitmapHandle(void *bitmap);
+void DrawBitmapAt(void *surface, void *bitmap, int32_t x, int32_t y);
+void DrawTextIn(void *surface, const char *text, const OrlRect *rect);
+void InvertIn(void *surface, const OrlRect *rect);
+void DrawFocusIn(void *surface, const OrlRect *rect);
+
+}  // namespace headless
+
+#endif

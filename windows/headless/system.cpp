@@ -1,0 +1,366 @@
+// The table of operations, and the session behind it.
+#include <algorithm>
+
+#include "windows/headless/state.h"
+
+namespace headless {
+
+namespace {
+
+intptr_t DialogBoxParam(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc,
+                        intptr_t parameter) {
+  Dialog *dialog = NewDialog(model, parent, proc, true);
+  if (dialog == nullptr) {
+    return -1;
+  }
+  const Hold hold(dialog);
+  OpenDialog(dialog, parameter);
+  const intptr_t result = RunModal(dialog);
+  Destroy(dialog);
+  return result;
+}
+
+void EndDialog(OrlWindow window, intptr_t result) {
+  Dialog *dialog = FindDialog(window);
+  if (dialog != nullptr && !dialog->box) {
+    EndModal(dialog, result);
+  }
+}
+
+OrlWindow CreateDialogParam(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc,
+                            intptr_t parameter) {
+  Dialog *dialog = NewDialog(model, parent, proc, false);
+  if (dialog == nullptr) {
+    return nullptr;
+  }
+  const Hold hold(dialog);
+  OpenDialog(dialog, parameter);
+  return dialog->going ? nullptr : dialog->window;
+}
+
+void DestroyWindow(OrlWindow window) {
+  Dialog *dialog = FindDialog(window);
+  if (dialog == nullptr) {
+    return;
+  }
+  if (!dialog->modal) {
+    Destroy(dialog);
+  } else if (!dialog->box) {
+    EndModal(dialog, 0);
+  }
+}
+
+OrlWindow GetDlgItem(OrlWindow dialog, int32_t id) {
+  const Control *control = ControlById(FindDialog(dialog), id);
+  return control == nullptr ? nullptr : control->window;
+}
+
+int32_t GetDlgCtrlID(OrlWindow window) {
+  const Control *control = FindControl(window);
+  return control == nullptr ? 0 : control->id;
+}
+
+OrlWindow GetParent(OrlWindow window) {
+  const Place place = Find(window);
+  if (place.dialog == nullptr) {
+    return nullptr;
+  }
+  return place.control == nullptr ? place.dialog->parent : place.dialog->window;
+}
+
+void SetWindowText(OrlWindow window, const char *text) {
+  const Place place = Find(window);
+  if (place.control == nullptr) {
+    if (place.dialog != nullptr) {
+      SetText(&place.dialog->title, text);
+    }
+    return;
+  }
+  const Hold hold(place.dialog);
+  if (place.control->kind == ORL_CONTROL_EDIT) {
+    SetEditText(place.control, text);
+  } else {
+    SetText(&place.control->text, text);
+  }
+}
+
+const char *TextOf(OrlWindow window) {
+  const Place place = Find(window);
+  if (place.dialog == nullptr) {
+    return "";
+  }
+  return Bytes(place.control == nullptr ? place.dialog->title : place.control->text);
+}
+
+int32_t GetWindowText(OrlWindow window, char *buffer, int32_t size) {
+  const int32_t length = CopyOut(TextOf(window), buffer, size);
+  return buffer == nullptr ? 0 : std::min(std::max(size, 1) - 1, length);
+}
+
+int32_t GetWindowTextLength(OrlWindow window) {
+  return WRENStrLen(TextOf(window));
+}
+
+void EnableWindow(OrlWindow window, int32_t enabled) {
+  const Place place = Find(window);
+  if (place.control != nullptr) {
+    place.control->enabled = enabled != 0;
+    if (enabled == 0) {
+      LoseFocus(place.control);
+    }
+  } else if (place.dialog != nullptr) {
+    place.dialog->enabled = enabled != 0;
+  }
+}
+
+int32_t IsWindowEnabled(OrlWindow window) {
+  const Place place = Find(window);
+  if (place.control != nullptr) {
+    return place.control->enabled ? 1 : 0;
+  }
+  return place.dialog != nullptr && place.dialog->enabled && IsInFront(place.dialog) ? 1 : 0;
+}
+
+void ShowWindow(OrlWindow window, int32_t shown) {
+  const Place place = Find(window);
+  if (place.dialog == nullptr) {
+    return;
+  }
+  const Hold hold(place.dialog);
+  if (place.control != nullptr) {
+    place.control->visible = shown != 0;
+    if (shown == 0) {
+      LoseFocus(place.control);
+    }
+    return;
+  }
+  const bool before = place.dialog->visible;
+  place.dialog->visible = shown != 0;
+  if (shown != 0 && !before) {
+    place.dialog->needsPaint = true;
+    FocusDialog(place.dialog);
+  } else if (shown == 0) {
+    LeaveDialog(place.dialog);
+  }
+}
+
+int32_t IsWindowVisible(OrlWindow window) {
+  const Place place = Find(window);
+  return place.dialog != nullptr && place.dialog->visible &&
+                 (place.control == nullptr || place.control->visible)
+             ? 1
+             : 0;
+}
+
+void SetFocus(OrlWindow window) {
+  const Place place = Find(window);
+  if (place.dialog == nullptr) {
+    return;
+  }
+  const Hold hold(place.dialog);
+  if (place.control == nullptr) {
+    FocusDialog(place.dialog);
+  } else {
+    SetFocusTo(place.dialog, place.control);
+  }
+}
+
+void GetWindowRect(OrlWindow window, OrlRect *rect) {
+  const Place place = Find(window);
+  if (rect != nullptr) {
+    *rect = place.dialog == nullptr ? OrlRect{} : ScreenRect(place);
+  }
+}
+
+void GetClientRect(OrlWindow window, OrlRect *rect) {
+  const Place place = Find(window);
+  if (rect != nullptr) {
+    *rect = place.dialog == nullptr ? OrlRect{} : ClientRect(place);
+  }
+}
+
+void ScreenToClient(OrlWindow window, int32_t *x, int32_t *y) {
+  const Place place = Find(window);
+  if (place.dialog == nullptr) {
+    return;
+  }
+  const OrlRect rect = ScreenRect(place);
+  const int32_t border = place.control == nullptr ? kBorder : 0;
+  const int32_t caption = place.control == nullptr ? kBorder + kCaption : 0;
+  if (x != nullptr) {
+    *x -= rect.left + border;
+  }
+  if (y != nullptr) {
+    *y -= rect.top + caption;
+  }
+}
+
+void MoveWindow(OrlWindow window, int32_t x, int32_t y, int32_t width, int32_t height) {
+  const Place place = Find(window);
+  if (place.dialog == nullptr) {
+    return;
+  }
+  OrlRect *rect = place.control == nullptr ? &place.dialog->rect : &place.control->rect;
+  *rect = {x, y, x + std::max(width, 0), y + std::max(height, 0)};
+  if (place.control != nullptr && place.control->kind == ORL_CONTROL_LIST) {
+    ForgetPictures(place.control);
+    ScrollTo(place.control, place.control->list.top);
+  }
+}
+
+int32_t GetSystemMetrics(int32_t index) {
+  return index == ORL_SM_CXFULLSCREEN   ? kScreenWidth
+         : index == ORL_SM_CYFULLSCREEN ? kScreenHeight
+                                        : 0;
+}
+
+void GetTextMetrics(OrlWindow window, OrlTextMetrics *metrics) {
+  if (metrics != nullptr) {
+    *metrics = Find(window).dialog == nullptr ? OrlTextMetrics{} : kFont;
+  }
+}
+
+OrlWindowProc SetWindowProc(OrlWindow window, OrlWindowProc proc) {
+  Control *control = FindControl(window);
+  if (control == nullptr) {
+    return nullptr;
+  }
+  OrlWindowProc before = control->proc == nullptr ? OwnProc : control->proc;
+  control->proc = proc;
+  return before;
+}
+
+intptr_t CallWindowProc(OrlWindowProc proc, OrlWindow window, uint32_t message, uintptr_t wParam,
+                        intptr_t lParam) {
+  const Place place = Find(window);
+  if (proc == nullptr || place.dialog == nullptr) {
+    return 0;
+  }
+  const Hold hold(place.dialog);
+  return proc(window, message, wParam, lParam);
+}
+
+void SetTimer(OrlWindow window, uintptr_t timer, uint32_t milliseconds) {
+  Dialog *dialog = FindDialog(window);
+  if (dialog != nullptr) {
+    SetTimerOf(dialog, timer, milliseconds);
+  }
+}
+
+void KillTimer(OrlWindow window, uintptr_t timer) {
+  Dialog *dialog = FindDialog(window);
+  if (dialog != nullptr) {
+    KillTimerOf(dialog, timer);
+  }
+}
+
+void CheckRadioButton(OrlWindow window, int32_t first, int32_t last, int32_t id) {
+  const Dialog *dialog = FindDialog(window);
+  for (int32_t i = 0; dialog != nullptr && i < dialog->controlCount; ++i) {
+    Control &control = dialog->controls[i];
+    if (control.kind == ORL_CONTROL_OPTION && control.id >= first && control.id <= last) {
+      control.checked = control.id == id;
+    }
+  }
+}
+
+void MessageBeep(uint32_t /*type*/) {
+  ++session.beeps;
+}
+
+int32_t IsClipboardTextAvailable() {
+  return session.clipboard == nullptr ? 0 : 1;
+}
+
+const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
+                                 DialogBoxParam,
+                                 EndDialog,
+                                 CreateDialogParam,
+                                 DestroyWindow,
+                                 GetDlgItem,
+                                 GetDlgCtrlID,
+                                 GetParent,
+                                 SetWindowText,
+                                 GetWindowText,
+                                 GetWindowTextLength,
+                                 EnableWindow,
+                                 IsWindowEnabled,
+                                 ShowWindow,
+                                 IsWindowVisible,
+                                 SetFocus,
+                                 GetWindowRect,
+                                 GetClientRect,
+                                 ScreenToClient,
+                                 MoveWindow,
+                                 GetSystemMetrics,
+                                 GetTextMetrics,
+                                 SetWindowProc,
+                                 CallWindowProc,
+                                 Send,
+                                 Post,
+                                 SetTimer,
+                                 KillTimer,
+                                 CheckRadioButton,
+                                 ShowBox,
+                                 MessageBeep,
+                                 IsClipboardTextAvailable,
+                                 LoadBitmapFile,
+                                 DeleteBitmapHandle,
+                                 DrawBitmapAt,
+                                 DrawTextIn,
+                                 InvertIn,
+                                 DrawFocusIn};
+
+void ForgetSession() {
+  Posted *posted = session.firstPosted;
+  while (posted != nullptr) {
+    Posted *next = posted->next;
+    WRENMemFree(posted);
+    posted = next;
+  }
+  for (int32_t i = 0; i < session.boxCount; ++i) {
+    WRENMemFree(session.boxes[i].text);
+    WRENMemFree(session.boxes[i].caption);
+  }
+  WRENMemFree(session.boxes);
+  WRENMemFree(session.clipboard);
+  FreeBitmaps();
+  const uint64_t serials = session.serials;  // no handle comes twice
+  session = {};
+  session.serials = serials;
+}
+
+}  // namespace
+
+}  // namespace headless
+
+using headless::session;
+
+const OrlWindowSystem *ORLHeadlessSystem(void) {
+  return &headless::kSystem;
+}
+
+int32_t ORLHeadlessStart(OrlHeadlessScript script, void *user) {
+  if (session.newest != nullptr || ORLSetWindowSystem(&headless::kSystem) == 0) {
+    return 0;
+  }
+  headless::ForgetSession();
+  session.script = script;
+  session.user = user;
+  return 1;
+}
+
+void ORLHeadlessEnd(void) {
+  if (headless::TopModal() != nullptr) {
+    return;
+  }
+  while (session.newest != nullptr && !session.newest->going) {
+    headless::Destroy(session.newest);
+  }
+  if (session.newest == nullptr) {
+    if (ORLGetWindowSystem() == &headless::kSystem) {
+      ORLSetWindowSystem(nullptr);
+    }
+    headless::ForgetSession();
+  }
+}

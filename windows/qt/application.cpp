@@ -1,0 +1,246 @@
+// The application that widgets need: the host's, or one of our own as long as dialogs are open.
+//
+// An application whose platform cannot be started ends its process. So what it will need is looked
+// at first: the platform's plugin, and whether its display answers.
+#include <dlfcn.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QFile>
+#include <QStringList>
+#include <QThread>
+#include <clocale>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "orli11/qt_windows.h"
+#include "windows/qt/state.h"
+
+namespace qt_windows {
+
+namespace {
+
+// The application of our own, with the arguments that it keeps.
+struct OwnApplication {
+  std::string name, platform;
+  char *arguments[4] = {};
+  int count = 3;
+  std::unique_ptr<QApplication> application;
+};
+// Not deleted where the process ends inside of a dialog: Qt may be gone by then.
+OwnApplication *own = nullptr;
+// Held while the application of our own comes or goes, and by those who ask whether one could.
+std::recursive_mutex changing;
+
+thread_local QByteArray problem;
+
+bool Say(const QString &what) {
+  problem = what.toLatin1();
+  return false;
+}
+
+// A connection to the X server, kept until the application has its own: some servers begin anew
+// when their last client leaves, and let nobody in meanwhile.
+struct XConnection {
+  using Disconnect = void (*)(void *);
+  void *connection = nullptr;
+  Disconnect disconnect = nullptr;
+  XConnection() = default;
+  ~XConnection() {
+    if (connection != nullptr) {
+      disconnect(connection);
+    }
+  }
+  XConnection(const XConnection &) = delete;
+  XConnection &operator=(const XConnection &) = delete;
+};
+
+// The X server that DISPLAY names answers; asked through the library that Qt's plugin uses.
+bool AnswersX(XConnection *kept) {
+  constexpr int kTries = 5;
+  constexpr unsigned long kPause = 20;  // milliseconds
+  using Connect = void *(*)(const char *, int *);
+  using HasError = int (*)(void *);
+  void *library = dlopen("libxcb.so.1", RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) {
+    return false;
+  }
+  const auto connect = reinterpret_cast<Connect>(dlsym(library, "xcb_connect"));
+  const auto hasError = reinterpret_cast<HasError>(dlsym(library, "xcb_connection_has_error"));
+  const auto disconnect =
+      reinterpret_cast<XConnection::Disconnect>(dlsym(library, "xcb_disconnect"));
+  if (connect == nullptr || hasError == nullptr || disconnect == nullptr) {
+    return false;
+  }
+  for (int tries = 0; tries < kTries; ++tries) {
+    void *connection = connect(nullptr, nullptr);
+    if (hasError(connection) == 0) {
+      kept->connection = connection;
+      kept->disconnect = disconnect;
+      return true;
+    }
+    disconnect(connection);
+    QThread::msleep(kPause);
+  }
+  return false;
+}
+
+// The socket of the compositor that WAYLAND_DISPLAY names takes a connection.
+bool AnswersWayland() {
+  QByteArray path = qgetenv("WAYLAND_DISPLAY");
+  if (!path.startsWith('/')) {
+    path = qgetenv("XDG_RUNTIME_DIR") + '/' + (path.isEmpty() ? QByteArray("wayland-0") : path);
+  }
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  if (path.size() >= static_cast<qsizetype>(sizeof(address.sun_path))) {
+    return false;
+  }
+  std::memcpy(address.sun_path, path.constData(), static_cast<size_t>(path.size()) + 1);
+  const int handle = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (handle < 0) {
+    return false;
+  }
+  const bool good =
+      ::connect(handle, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0;
+  close(handle);
+  return good;
+}
+
+// The plugin of a platform is there and finds what it needs.
+bool HasPlugin(const QString &platform) {
+  const QString plugin = platform == QLatin1String("wayland") ? platform + "-generic" : platform;
+  for (const QString &folder : QCoreApplication::libraryPaths()) {
+    const QByteArray file = QFile::encodeName(folder + "/platforms/libq" + plugin + ".so");
+    if (dlopen(file.constData(), RTLD_LAZY | RTLD_LOCAL) != nullptr) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// The platforms to try: what QT_QPA_PLATFORM names, else what the session is.
+QStringList Candidates() {
+  const QString asked = QString::fromLocal8Bit(qgetenv("QT_QPA_PLATFORM"));
+  if (!asked.isEmpty()) {
+    return asked.split(';', Qt::SkipEmptyParts);
+  }
+  const bool wayland = !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+  const bool x = !qEnvironmentVariableIsEmpty("DISPLAY");
+  QStringList found;
+  if (x) {
+    found.push_back("xcb");
+  }
+  if (wayland) {
+    found.insert(qgetenv("XDG_SESSION_TYPE") == "wayland" ? 0 : found.size(), "wayland");
+  }
+  return found;
+}
+
+// Platforms that start wherever their plugin is. Others take over a whole screen or card, and end
+// the process where they find none.
+bool StartsAnywhere(const QString &platform) {
+  return QStringList{"offscreen", "minimal", "vnc"}.contains(platform);
+}
+
+// The first platform that can be started, with its parameters; empty with `problem` said.
+QString ChoosePlatform(XConnection *kept) {
+  Say("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set");
+  for (const QString &candidate : Candidates()) {
+    const QString platform = candidate.section(':', 0, 0);
+    const bool wayland = platform.startsWith(QLatin1String("wayland"));
+    if (!HasPlugin(platform)) {
+      Say("Qt has no plugin for the platform '" + platform + "'");
+    } else if (platform != QLatin1String("xcb") && !wayland && !StartsAnywhere(platform)) {
+      Say("dialogs are not shown on the platform '" + platform + "'");
+    } else if (platform == QLatin1String("xcb") && !AnswersX(kept)) {
+      Say("the display '" + QString::fromLocal8Bit(qgetenv("DISPLAY")) + "' does not answer");
+    } else if (wayland && !AnswersWayland()) {
+      Say("the Wayland compositor does not answer");
+    } else {
+      problem.clear();
+      return candidate;
+    }
+  }
+  return {};
+}
+
+// Qt tells the user's terminal of locales that are not in UTF-8 and the like; only what ends the
+// process is worth a word.
+void KeepQuiet(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message) {
+  if (type == QtFatalMsg || type == QtCriticalMsg) {
+    std::fprintf(stderr, "%s\n", qPrintable(message));
+  }
+}
+
+std::string ProgramName() {
+  QFile file("/proc/self/comm");
+  const bool open = file.open(QIODevice::ReadOnly);
+  const QByteArray name = open ? file.readAll().trimmed() : QByteArray();
+  return name.isEmpty() ? "orli" : name.toStdString();
+}
+
+// The host's locale stays as it is: an application sets that of the environment.
+void Start(const QString &platform) {
+  own = new OwnApplication;
+  own->name = ProgramName();
+  own->platform = platform.toStdString();
+  static char option[] = "-platform";
+  own->arguments[0] = own->name.data();
+  own->arguments[1] = option;
+  own->arguments[2] = own->platform.data();
+  const std::string locale = std::setlocale(LC_ALL, nullptr);
+  const QtMessageHandler before = qInstallMessageHandler(KeepQuiet);
+  own->application = std::make_unique<QApplication>(own->count, own->arguments);
+  QApplication::setQuitOnLastWindowClosed(false);
+  qInstallMessageHandler(before);
+  std::setlocale(LC_ALL, locale.c_str());
+}
+
+}  // namespace
+
+bool BeginApplication() {
+  const std::lock_guard<std::recursive_mutex> lock(changing);
+  const QCoreApplication *present = QCoreApplication::instance();
+  if (present != nullptr) {
+    return (qobject_cast<const QApplication *>(present) != nullptr ||
+            Say("the process has an application that is no QApplication")) &&
+           (present->thread() == QThread::currentThread() ||
+            Say("the application of the process runs on another thread"));
+  }
+  XConnection kept;
+  const QString platform = ChoosePlatform(&kept);
+  if (platform.isEmpty()) {
+    return false;
+  }
+  Start(platform);
+  return true;
+}
+
+void EndApplication() {
+  const std::lock_guard<std::recursive_mutex> lock(changing);
+  if (own != nullptr && Dialogs().empty()) {
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    delete own;
+    own = nullptr;
+  }
+}
+
+bool CanShow() {
+  const std::lock_guard<std::recursive_mutex> lock(changing);
+  if (QCoreApplication::instance() != nullptr) {
+    return BeginApplication();
+  }
+  XConnection kept;
+  return !ChoosePlatform(&kept).isEmpty();
+}
+
+const char *CannotShow() {
+  return problem.constData();
+}
+
+}  // namespace qt_windows

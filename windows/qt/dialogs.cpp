@@ -1,0 +1,372 @@
+// Dialogs: made from templates, shown, run, gone again.
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDialog>
+#include <QEventLoop>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QTimerEvent>
+#include <QWindow>
+#include <algorithm>
+#include <unordered_map>
+
+#include "windows/qt/state.h"
+#include "windows/qt/text_map.h"
+
+namespace qt_windows {
+
+namespace {
+
+// A dialog that opens another whenever it is cancelled comes to an end.
+constexpr int kMostModals = 100;
+
+constexpr int32_t kMostControls = 4095;
+
+class DialogWidget : public QDialog {
+ public:
+  explicit DialogWidget(std::unique_ptr<Dialog> dialog) : dialog_(std::move(dialog)) {
+    setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+    setWindowFlag(Qt::WindowMaximizeButtonHint, true);
+    setSizeGripEnabled(false);
+  }
+
+  // The widgets of the controls know the records: they go first.
+  ~DialogWidget() override {
+    dialog_->going = true;
+    ForgetHandles(dialog_.get());
+    for (const auto &control : dialog_->controls) {
+      delete control->widget;
+    }
+  }
+  DialogWidget(const DialogWidget &) = delete;
+  DialogWidget &operator=(const DialogWidget &) = delete;
+
+  // By number of the program's, and back.
+  std::unordered_map<uintptr_t, int> timers;
+
+  // Qt closes dialogs by itself nowhere: the procedure decides.
+  void done(int /*result*/) override {}
+
+ protected:
+  void keyPressEvent(QKeyEvent *event) override {
+    if (event->key() == Qt::Key_Escape) {
+      PressEscape(dialog_.get());
+    } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+      PressReturn(dialog_.get());
+    } else if (event->key() == Qt::Key_F6) {
+      GoToNextWindow(dialog_.get());
+    } else {
+      event->ignore();
+    }
+  }
+
+  // An application that wants to quit closes its windows and waits for those that refuse.
+  void closeEvent(QCloseEvent *event) override {
+    const Hold hold(dialog_.get());
+    if (dialog_->modal) {
+      SendCommand(dialog_.get(), ORL_ID_CANCEL);
+    } else {
+      Tell(ORL_WM_CLOSE, 0);
+    }
+    event->setAccepted(dialog_->ended || dialog_->going);
+  }
+
+  // Told afterwards: what a procedure does must not happen while Qt draws.
+  void paintEvent(QPaintEvent *event) override {
+    QDialog::paintEvent(event);
+    if (!dialog_->paintPosted) {
+      dialog_->paintPosted = true;
+      const auto tell = [this] {
+        dialog_->paintPosted = false;
+        Tell(ORL_WM_PAINT, 0);
+      };
+      QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+    }
+  }
+
+  void resizeEvent(QResizeEvent *event) override {
+    QDialog::resizeEvent(event);
+    LayOut(dialog_.get());
+  }
+
+  void timerEvent(QTimerEvent *event) override {
+    const auto found = std::find_if(timers.begin(), timers.end(), [event](const auto &timer) {
+      return timer.second == event->timerId();
+    });
+    if (found != timers.end()) {
+      Tell(ORL_WM_TIMER, found->first);
+    } else {
+      QDialog::timerEvent(event);
+    }
+  }
+
+ private:
+  void Tell(uint32_t message, uintptr_t wParam) {
+    if (!HasEnded(dialog_.get())) {
+      Send(dialog_->window, message, wParam, 0);
+    }
+  }
+
+  std::unique_ptr<Dialog> dialog_;
+};
+
+DialogWidget *WidgetOf(const Dialog *dialog) {
+  return static_cast<DialogWidget *>(dialog->widget);
+}
+
+using Maker = Control *(*)(const OrlControl &row, Dialog *dialog);
+Maker MakerOf(const OrlControl &row) {
+  switch (row.kind) {
+    case ORL_CONTROL_EDIT:
+      return (row.style & ORL_STYLE_LINES) != 0 ? NewLines : NewLine;
+    case ORL_CONTROL_LIST:
+      return NewList;
+    case ORL_CONTROL_BUTTON:
+      return NewButton;
+    case ORL_CONTROL_OPTION:
+      return NewOption;
+    case ORL_CONTROL_GROUP:
+      return NewGroup;
+    default:
+      return NewLabel;
+  }
+}
+
+void MakeControls(Dialog *dialog) {
+  const OrlDialogTemplate &model = *dialog->model;
+  for (int32_t i = 0; i < model.controlCount; ++i) {
+    const OrlControl &row = model.controls[i];
+    Control *control = MakerOf(row)(row, dialog);
+    dialog->controls.emplace_back(control);
+    control->dialog = dialog;
+    control->id = row.id;
+    control->kind = row.kind;
+    control->style = row.style;
+    control->window = NewHandle(dialog, control);
+    control->widget->show();  // with the dialog
+  }
+  // A frame lies behind what stands in it.
+  for (const auto &control : dialog->controls) {
+    if (control->kind == ORL_CONTROL_GROUP) {
+      control->widget->lower();
+    }
+  }
+}
+
+// Where the template says, in the parent's client area; without a parent that is known it is for
+// the screen to say.
+void PutIntoPlace(Dialog *dialog) {
+  const Dialog *parent = Find(dialog->parent).dialog;
+  if (parent != nullptr) {
+    const QPoint corner = parent->widget->mapToGlobal(QPoint(0, 0));
+    dialog->widget->move(corner + QPoint(qRound(dialog->model->x * dialog->unitX),
+                                         qRound(dialog->model->y * dialog->unitY)));
+  }
+}
+
+// A modeless dialog that belongs to this one.
+Dialog *BelongingDialog(const Dialog *owner) {
+  for (Dialog *dialog : Dialogs()) {
+    if (!dialog->modal && !dialog->going && Find(dialog->parent).dialog == owner) {
+      return dialog;
+    }
+  }
+  return nullptr;
+}
+
+void EndModalsOf(const Dialog *owner) {
+  for (Dialog *dialog : Dialogs()) {
+    if (dialog->modal && Find(dialog->parent).dialog == owner) {
+      EndModal(dialog, dialog->result);
+    }
+  }
+}
+
+Control *FirstTabStop(const Dialog *dialog) {
+  const auto found =
+      std::find_if(dialog->controls.begin(), dialog->controls.end(), [](const auto &control) {
+        return TakesFocus(*control) && (control->style & ORL_STYLE_NO_TAB) == 0;
+      });
+  return found == dialog->controls.end() ? nullptr : found->get();
+}
+
+void MeasureLists(Dialog *dialog) {
+  for (size_t i = 0; i < dialog->controls.size() && !dialog->going; ++i) {
+    Control *list = dialog->controls[i].get();
+    if (list->kind == ORL_CONTROL_LIST && (list->style & ORL_STYLE_OWNER_DRAW) != 0) {
+      const OrlTextMetrics &metrics = dialog->metrics;
+      OrlMeasureItem measure = {list->id, 0, metrics.height + metrics.externalLeading};
+      Send(dialog->window, ORL_WM_MEASUREITEM, static_cast<uintptr_t>(list->id),
+           reinterpret_cast<intptr_t>(&measure));
+      list->SetRowHeight(std::max(1, measure.height));
+    }
+  }
+}
+
+}  // namespace
+
+QWidget *HostWidget(OrlWindow window) {
+  const QWidgetList widgets = QApplication::allWidgets();
+  const auto found = std::find(widgets.begin(), widgets.end(), static_cast<QWidget *>(window));
+  return found == widgets.end() ? nullptr : *found;
+}
+
+void StandAbove(QWidget *widget, OrlWindow parent) {
+  const Place place = Find(parent);
+  const QWidget *host = place.dialog != nullptr ? place.dialog->widget : HostWidget(parent);
+  widget->winId();  // makes its window
+  if (host != nullptr && host->window()->windowHandle() != nullptr) {
+    widget->windowHandle()->setTransientParent(host->window()->windowHandle());
+  }
+}
+
+Hold::~Hold() {
+  if (--dialog->holds == 0 && dialog->gone) {
+    dialog->widget->deleteLater();
+  }
+}
+
+bool CanNest() {
+  const auto modals = std::count_if(Dialogs().begin(), Dialogs().end(),
+                                    [](const Dialog *dialog) { return dialog->modal; });
+  return !IsDrawing() && modals + OpenBoxes() < kMostModals;
+}
+
+bool TakesFocus(const Control &control) {
+  return control.kind != ORL_CONTROL_LABEL && control.kind != ORL_CONTROL_GROUP &&
+         control.widget->isEnabled() && !control.widget->isHidden();
+}
+
+Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc,
+                  bool modal) {
+  if (model == nullptr || proc == nullptr || model->controlCount < 0 ||
+      model->controlCount > kMostControls ||
+      (model->controlCount > 0 && model->controls == nullptr) || !BeginApplication() ||
+      (modal && !CanNest())) {
+    return nullptr;
+  }
+  auto record = std::make_unique<Dialog>();
+  Dialog *dialog = record.get();
+  dialog->model = model;
+  dialog->proc = proc;
+  dialog->parent = parent;
+  dialog->modal = modal;
+  dialog->shown = modal || model->visible != 0;
+  dialog->widget = new DialogWidget(std::move(record));
+  dialog->window = NewHandle(dialog, nullptr);
+  dialog->title = model->title;
+  dialog->widget->setWindowTitle(CaptionText(model->title));
+  if (modal) {
+    dialog->widget->setWindowModality(Qt::ApplicationModal);
+  }
+  MakeControls(dialog);
+  MeasureDialog(dialog);
+  NameControls(dialog);
+  StandAbove(dialog->widget, parent);
+  PutIntoPlace(dialog);
+  LinkDialog(dialog);
+  return dialog;
+}
+
+void OpenDialog(Dialog *dialog, intptr_t parameter) {
+  const Hold hold(dialog);
+  Send(dialog->window, ORL_WM_SETFONT, 1, 0);
+  MeasureLists(dialog);
+  const Control *first = FirstTabStop(dialog);
+  const intptr_t result =
+      Send(dialog->window, ORL_WM_INITDIALOG,
+           reinterpret_cast<uintptr_t>(first == nullptr ? nullptr : first->window), parameter);
+  if (dialog->going || dialog->ended) {
+    return;
+  }
+  for (const auto &control : dialog->controls) {
+    control->ForgetUndo();
+  }
+  Control *stop = FirstTabStop(dialog);
+  if (stop != nullptr && (result != 0 || dialog->widget->focusWidget() == nullptr)) {
+    stop->widget->setFocus(Qt::OtherFocusReason);
+  }
+  if (dialog->shown) {
+    dialog->widget->show();
+  }
+}
+
+void ShowDialog(Dialog *dialog, bool shown) {
+  dialog->shown = shown;
+  dialog->widget->setVisible(shown);
+}
+
+void FocusIn(Dialog *dialog, Control *control) {
+  Control *remembered = control != nullptr ? control : FindControl(dialog->focus);
+  if (remembered != nullptr && TakesFocus(*remembered)) {
+    remembered->widget->setFocus(Qt::OtherFocusReason);
+  }
+  if (dialog->widget->isVisible() && !dialog->widget->isActiveWindow()) {
+    dialog->widget->activateWindow();
+  }
+}
+
+void Destroy(Dialog *dialog) {
+  if (dialog->going) {
+    return;
+  }
+  const Hold hold(dialog);
+  dialog->going = true;
+  Send(dialog->window, ORL_WM_DESTROY, 0, 0);
+  EndModalsOf(dialog);
+  for (Dialog *other = BelongingDialog(dialog); other != nullptr; other = BelongingDialog(dialog)) {
+    Destroy(other);
+  }
+  for (const auto &control : dialog->controls) {
+    Send(control->window, ORL_WM_DESTROY, 0, 0);
+  }
+  const Dialog *parent = Find(dialog->parent).dialog;
+  ForgetHandles(dialog);
+  dialog->gone = true;
+  const bool wasActive = dialog->widget->isActiveWindow();
+  dialog->widget->hide();
+  if (wasActive && parent != nullptr && parent->widget->isVisible()) {
+    parent->widget->activateWindow();
+  }
+}
+
+intptr_t RunModal(Dialog *dialog) {
+  const Hold hold(dialog);
+  QEventLoop loop;
+  dialog->loop = &loop;
+  if (!dialog->ended) {
+    loop.exec(QEventLoop::DialogExec);
+  }
+  // Where the application itself ends, the dialog is as good as cancelled.
+  dialog->loop = nullptr;
+  return dialog->result;
+}
+
+void EndModal(Dialog *dialog, intptr_t result) {
+  if (dialog->modal && !dialog->ended) {
+    dialog->ended = true;
+    dialog->result = result;
+    if (dialog->loop != nullptr) {
+      dialog->loop->quit();
+    }
+  }
+}
+
+void SetTimerOf(Dialog *dialog, uintptr_t timer, uint32_t milliseconds) {
+  constexpr uint32_t kShortestPeriod = 10;
+  constexpr uint32_t kLongestPeriod = 0x7FFFFFFF;
+  KillTimerOf(dialog, timer);
+  const auto period = static_cast<int>(std::clamp(milliseconds, kShortestPeriod, kLongestPeriod));
+  WidgetOf(dialog)->timers[timer] = dialog->widget->startTimer(period);
+}
+
+void KillTimerOf(Dialog *dialog, uintptr_t timer) {
+  auto &timers = WidgetOf(dialog)->timers;
+  const auto found = timers.find(timer);
+  if (found != timers.end()) {
+    dialog->widget->killTimer(found->second);
+    timers.erase(found);
+  }
+}
+
+}  // namespace qt_windows

@@ -1,0 +1,214 @@
+// Edits of several lines.
+//
+// What the program puts in is a change that the user can undo, as picking from the lists sets the
+// whole text each time: only what differs is replaced, in one step.
+#include <QDropEvent>
+#include <QPalette>
+#include <QPlainTextEdit>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextOption>
+#include <algorithm>
+#include <cstdlib>
+
+#include "windows/qt/edit.h"
+
+namespace qt_windows {
+
+namespace {
+
+class LinesWidget : public Messenger<QPlainTextEdit> {
+ public:
+  LinesWidget(Edit *edit, QWidget *parent) : Messenger(edit, parent), edit_(edit) {}
+
+  // The selection looks the same without the focus.
+  void KeepSelection() {
+    if ((edit_->style & ORL_STYLE_KEEP_SELECTION) == 0) {
+      return;
+    }
+    QPalette colors = palette();
+    bool differs = false;
+    for (const QPalette::ColorRole role : {QPalette::Highlight, QPalette::HighlightedText}) {
+      const QColor wanted = colors.color(QPalette::Active, role);
+      differs = differs || colors.color(QPalette::Inactive, role) != wanted;
+      colors.setColor(QPalette::Inactive, role, wanted);
+    }
+    if (differs) {
+      setPalette(colors);
+    }
+  }
+
+ protected:
+  void keyPressEvent(QKeyEvent *event) override {
+    KeyPressed(edit_, event, [this, event] { Press(event); });
+  }
+  void inputMethodEvent(QInputMethodEvent *event) override {
+    TakeInputMethod(edit_, event, [this](QInputMethodEvent *allowed) {
+      QPlainTextEdit::inputMethodEvent(allowed);
+    });
+  }
+  void dropEvent(QDropEvent *event) override {
+    const auto place = event->position().toPoint();
+    const intptr_t point = (place.x() & 0xFFFF) | static_cast<intptr_t>(place.y() & 0xFFFF) << 16;
+    Deliver(edit_, ORL_WM_LBUTTONUP, 0, point, [this, event] {
+      const OneChange change(edit_);
+      QPlainTextEdit::dropEvent(event);
+    });
+  }
+  void contextMenuEvent(QContextMenuEvent *event) override {
+    ShowMenu(edit_, createStandardContextMenu(), event->globalPos());
+  }
+  void changeEvent(QEvent *event) override {
+    QPlainTextEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+      KeepSelection();
+    }
+  }
+
+  // The clipboard's, and those of what is dragged.
+  QMimeData *createMimeDataFromSelection() const override {
+    const QTextCursor cursor = textCursor();
+    const qsizetype start = cursor.selectionStart();
+    return CopyOf(edit_->Shown().mid(start, cursor.selectionEnd() - start), TextKind::kLines);
+  }
+  bool canInsertFromMimeData(const QMimeData *offered) const override { return HoldsText(offered); }
+  void insertFromMimeData(const QMimeData *inserted) override { edit_->Paste(inserted); }
+
+ private:
+  void Press(QKeyEvent *event) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn) {
+      edit_->Enter(QStringLiteral("\n"), true);
+    } else if (Types(*event)) {
+      edit_->Enter(event->text(), true);
+    } else {
+      const OneChange change(edit_);
+      OwnEvent(event);
+    }
+  }
+
+  Edit *edit_;
+};
+
+// Words that are longer are broken anywhere from the start: for each of its lines Qt would look for
+// the end of the word. A blank that does not break is a part of one.
+constexpr qsizetype kLongWord = 500;
+
+bool HasLongWord(QStringView shown) {
+  constexpr QStringView breaks = u" \t\u2028\u2029";
+  qsizetype start = 0;
+  for (qsizetype at = 0; at < shown.size(); ++at) {
+    if (breaks.contains(shown[at])) {
+      start = at + 1;
+    } else if (at - start >= kLongWord) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// Where two texts differ: the first `prefix` and the last `suffix` units are the same. That may cut
+// a pair, which the document does not mind: it is whole again when the change is over.
+struct Difference {
+  qsizetype prefix = 0, suffix = 0;
+};
+Difference Compare(QStringView from, QStringView to) {
+  const auto prefix = std::mismatch(from.begin(), from.end(), to.begin(), to.end()).first;
+  const qsizetype same = prefix - from.begin();
+  const qsizetype most = std::min(from.size(), to.size()) - same;
+  const auto suffix = std::mismatch(from.rbegin(), from.rbegin() + most, to.rbegin()).first;
+  return {same, suffix - from.rbegin()};
+}
+
+struct LinesEdit : Edit {
+  LinesWidget *lines = nullptr;
+
+  QString Shown() const override { return lines->document()->toRawText(); }
+
+  Stretch Selected() const override {
+    const QTextCursor cursor = lines->textCursor();
+    return {cursor.anchor(), cursor.position()};
+  }
+
+  void Select(Stretch stretch) override {
+    QTextCursor cursor = lines->textCursor();
+    cursor.setPosition(static_cast<int>(stretch.anchor));
+    cursor.setPosition(static_cast<int>(stretch.caret), QTextCursor::KeepAnchor);
+    lines->setTextCursor(cursor);
+    lines->ensureCursorVisible();
+  }
+
+  // Ahead of a change that may be large.
+  void WrapAheadOf(QStringView shown) const {
+    if (HasLongWord(shown)) {
+      WrapFor(shown);
+    }
+  }
+
+  // Behind a change.
+  void WrapFor(QStringView shown) const {
+    lines->setWordWrapMode(HasLongWord(shown) ? QTextOption::WrapAnywhere
+                                              : QTextOption::WrapAtWordBoundaryOrAnywhere);
+  }
+
+  void PutShown(const QString &shown) override {
+    WrapAheadOf(shown);
+    const QString before = Shown();
+    const auto [prefix, suffix] = Compare(before, shown);
+    QTextCursor cursor(lines->document());
+    if (prefix + suffix < std::max(before.size(), shown.size())) {
+      // Undoing it puts the caret where the block begins.
+      cursor.setPosition(static_cast<int>(before.size() - suffix));
+      cursor.beginEditBlock();
+      cursor.setPosition(static_cast<int>(prefix));
+      cursor.setPosition(static_cast<int>(before.size() - suffix), QTextCursor::KeepAnchor);
+      cursor.insertText(shown.mid(prefix, shown.size() - suffix - prefix));
+      cursor.endEditBlock();
+    }
+    cursor.setPosition(0);
+    lines->setTextCursor(cursor);
+  }
+
+  void Insert(const QString &shown) override {
+    const auto [anchor, caret] = Selected();
+    WrapAheadOf(Shown().replace(std::min(anchor, caret), std::abs(caret - anchor), shown));
+    QTextCursor cursor = lines->textCursor();
+    cursor.insertText(shown);
+    lines->setTextCursor(cursor);
+    lines->ensureCursorVisible();
+  }
+
+  void OwnEvent(QEvent *event) override { lines->OwnEvent(event); }
+  void ForgetUndo() override { lines->document()->clearUndoRedoStacks(); }
+};
+
+}  // namespace
+
+Control *NewLines(const OrlControl &row, Dialog *dialog) {
+  auto edit = std::make_unique<LinesEdit>();
+  edit->textKind = TextKind::kLines;
+  edit->style = row.style;
+  auto *lines = new LinesWidget(edit.get(), dialog->widget);
+  edit->widget = edit->lines = lines;
+  const bool scrolls = (row.style & ORL_STYLE_SCROLL_BAR) != 0;
+  lines->setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+  lines->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  lines->setTabChangesFocus(true);
+  lines->setReadOnly(edit->IsReadOnly());
+  lines->setUndoRedoEnabled(!edit->IsReadOnly());
+  lines->KeepSelection();
+  // What can neither be changed nor scrolled is a part of the window.
+  if (edit->IsReadOnly() && (row.style & ORL_STYLE_SCROLL_BAR) == 0) {
+    lines->viewport()->setBackgroundRole(QPalette::Window);
+  }
+  edit->PutShown(ShownText(row.caption, edit->textKind));
+  edit->known = edit->Shown();
+  edit->ForgetUndo();
+  QObject::connect(lines, &QPlainTextEdit::textChanged, lines, [changed = edit.get()] {
+    changed->WrapFor(changed->Shown());
+    changed->Settle();
+  });
+  return edit.release();
+}
+
+}  // namespace qt_windows

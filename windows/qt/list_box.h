@@ -1,0 +1,44 @@
+// Lists: their record, what the rows (list.cpp) and the view (list_view.cpp) call in each other.
+//
+// The current row is the selected one. The view's own current index is no more than where the focus
+// stands: the view moves it by itself.
+#ifndef ORLI11_WINDOWS_QT_LIST_BOX_H
+#define ORLI11_WINDOWS_QT_LIST_BOX_H
+
+#include <QListView>
+
+#include "windows/qt/list_model.h"
+#include "windows/qt/state.h"
+
+namespace qt_windows {
+
+struct ListBox : Control {
+  QListView *view = nullptr;
+  ListModel *model = nullptr;
+  QByteArray caption;
+  int32_t rowHeight = 0;       // that the dialog asks for; 0: that of the font
+  bool dragging = false;       // the user has pressed a row
+  bool changesItself = false;  // the selection is being changed by the routines of the list
+
+  QByteArray Text() const override { return caption; }
+  void SetText(const char *text) override { caption = text; }
+  intptr_t OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam) override;
+  void Place(const QRect &rect) override;
+  void SetRowHeight(int32_t pixels) override;
+};
+
+bool IsOwnerDrawn(const ListBox *list);
+int32_t HeightOfRow(const ListBox *list);
+// -1 for none.
+int32_t CurrentRow(const ListBox *list);
+// Tells nobody. Without a current row, -1, the focus stands on the first.
+void MakeCurrent(ListBox *list, int32_t row);
+
+// The view of a list whose record is filled in but for it and the model. It belongs to the parent.
+QListView *NewListView(ListBox *list, QWidget *parent);
+// An event that a procedure has made up does what the user's would.
+void TakeEvent(ListBox *list, uint32_t message, uintptr_t wParam, intptr_t lParam);
+
+}  // namespace qt_windows
+
+#endif

@@ -1,0 +1,58 @@
+// The rows of a list, as its view reads them.
+#ifndef ORLI11_WINDOWS_QT_LIST_MODEL_H
+#define ORLI11_WINDOWS_QT_LIST_MODEL_H
+
+#include <QAbstractListModel>
+#include <QString>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qt_windows {
+
+struct ListRow {
+  std::string text;
+  QString shown;
+  intptr_t data = 0;
+};
+
+// The rows stand behind pointers: a row that comes into a long list moves all that follow.
+class ListModel : public QAbstractListModel {
+ public:
+  using QAbstractListModel::QAbstractListModel;
+  ~ListModel() override { qDeleteAll(rows_); }
+  ListModel(const ListModel &) = delete;
+  ListModel &operator=(const ListModel &) = delete;
+
+  int rowCount(const QModelIndex &parent = {}) const override {
+    return parent.isValid() ? 0 : Count();
+  }
+  QVariant data(const QModelIndex &index, int role) const override {
+    const bool tells = role == Qt::DisplayRole || role == Qt::AccessibleTextRole;
+    return tells && Has(index.row()) ? rows_[static_cast<size_t>(index.row())]->shown : QVariant();
+  }
+
+  int32_t Count() const { return static_cast<int32_t>(rows_.size()); }
+  bool Has(int64_t row) const { return row >= 0 && row < Count(); }
+  // A row that is there.
+  ListRow &At(int32_t row) { return *rows_[static_cast<size_t>(row)]; }
+
+  void Insert(int32_t row, ListRow entry) {
+    beginInsertRows({}, row, row);
+    rows_.insert(rows_.begin() + row, new ListRow(std::move(entry)));
+    endInsertRows();
+  }
+  void Remove(int32_t row) {
+    beginRemoveRows({}, row, row);
+    delete rows_[static_cast<size_t>(row)];
+    rows_.erase(rows_.begin() + row);
+    endRemoveRows();
+  }
+
+ private:
+  std::vector<ListRow *> rows_;
+};
+
+}  // namespace qt_windows
+
+#endif
