@@ -65,20 +65,21 @@ void PutUpTo(Target &target, Expression &expression, int64_t offset) {
 // it may not, and the place is then left alone.
 bool StandsAt(const Expression &expression, const ExprNode *node) {
   const int64_t length = WRENStrLen(NodeText(node));
-  return node->offset >= 0 && node->offset + length <= expression.walkLength &&
-         std::memcmp(expression.text + node->offset, NodeText(node), static_cast<size_t>(length)) ==
-             0;
+  return NodeOffset(node) >= 0 && NodeOffset(node) + length <= expression.walkLength &&
+         std::memcmp(expression.text + NodeOffset(node), NodeText(node),
+                     static_cast<size_t>(length)) == 0;
 }
 
 // The same for a name with its parentheses; without them there is no closing one to go by.
 bool StandsWithParentheses(const Expression &expression, const ExprNode *node) {
-  return StandsAt(expression, node) && node->closeOffset > node->offset &&
-         node->closeOffset < expression.walkLength && expression.text[node->closeOffset] == ')';
+  return StandsAt(expression, node) && NodeCloseOffset(node) > NodeOffset(node) &&
+         NodeCloseOffset(node) < expression.walkLength &&
+         expression.text[NodeCloseOffset(node)] == ')';
 }
 
 bool IsMarkedFunction(EC ec, const ExprNode *node) {
   const ExprItem *row =
-      node->kind == NODE_CALL ? ItemFind(&ec->functions, NodeText(node)) : nullptr;
+      NodeKindOf(node) == NODE_CALL ? ItemFind(&ec->functions, NodeText(node)) : nullptr;
   return row != nullptr && (row->itemFlags & ORL_FUNC_ESCAPE) != 0;
 }
 
@@ -95,14 +96,14 @@ void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node
   if (empty || !StandsAt(expression, node)) {
     return;
   }
-  PutUpTo(target, expression, node->offset);
+  PutUpTo(target, expression, NodeOffset(node));
   if (text != nullptr) {
     FillDateTemplate(text, date,
                      [&target](const char *part, int64_t length) { Put(target, part, length); });
   } else {
     PutText(target, date);
   }
-  expression.walkPlace = node->offset + WRENStrLen(NodeText(node));
+  expression.walkPlace = NodeOffset(node) + WRENStrLen(NodeText(node));
 }
 
 // ---- The walk -----------------------------------------------------------------------------------
@@ -112,10 +113,10 @@ void Arrive(Expansion &expansion, Expression &expression, const ExprNode *node, 
   if (!marks) {
     return;
   }
-  if (node->kind == NODE_DATE) {
+  if (NodeKindOf(node) == NODE_DATE) {
     PutDate(expansion.target, expansion.ec, expression, node);
   } else if (IsMarkedFunction(expansion.ec, node) && StandsWithParentheses(expression, node)) {
-    PutUpTo(expansion.target, expression, node->offset);
+    PutUpTo(expansion.target, expression, NodeOffset(node));
     PutText(expansion.target, kOpenMark);
   }
 }
@@ -125,9 +126,9 @@ void Arrive(Expansion &expansion, Expression &expression, const ExprNode *node, 
 void Leave(Expansion &expansion, Expression &expression, const ExprNode *from, const ExprNode *next,
            bool marks) {
   const ExprNode *stays = next != nullptr ? next->parent : nullptr;
-  for (const ExprNode *node = from; marks && node != stays; node = node->parent) {
+  for (const ExprNode *node = from; marks && node != stays; node = NodeParent(node)) {
     if (IsMarkedFunction(expansion.ec, node) && StandsWithParentheses(expression, node)) {
-      PutUpTo(expansion.target, expression, node->closeOffset + 1);
+      PutUpTo(expansion.target, expression, NodeCloseOffset(node) + 1);
       PutText(expansion.target, kCloseMark);
     }
   }
@@ -136,7 +137,7 @@ void Leave(Expansion &expansion, Expression &expression, const ExprNode *from, c
 // The formula to be spliced in at a node, or null.
 Expression *FormulaToSplice(const Expansion &expansion, const Expression &expression,
                             ExprNode *node) {
-  if (node->kind != NODE_FORMULA || !StandsWithParentheses(expression, node)) {
+  if (NodeKindOf(node) != NODE_FORMULA || !StandsWithParentheses(expression, node)) {
     return nullptr;
   }
   return BoundFormula(expansion.ec, node);
@@ -163,7 +164,7 @@ bool Expand(Expansion &expansion, Expression *top) {
         if (body->walkNumber == expansion.walkNumber && body->walkState == WalkState::Open) {
           return false;  // the formulas refer to each other in a circle
         }
-        PutUpTo(target, *current, node->offset);
+        PutUpTo(target, *current, NodeOffset(node));
         PutText(target, "(");
         expansion.spliced = true;
         Enter(expansion, body, current, node);
@@ -180,7 +181,7 @@ bool Expand(Expansion &expansion, Expression *top) {
       PutText(target, ")");
       node = current->walkReturn;
       current = current->walkCaller;
-      current->walkPlace = node->closeOffset + 1;
+      current->walkPlace = NodeCloseOffset(node) + 1;
       marks = current == top ? expansion.topMarks : expansion.bodyMarks;
     }
     if (expansion.spliced && target.length > kLongestSpliced) {
@@ -196,7 +197,7 @@ bool Expand(Expansion &expansion, Expression *top) {
 
 // What one node adds to the length of its text, formulas aside.
 int64_t GrowthOfNode(EC ec, const ExprNode *node, bool withMarks) {
-  if (node->kind == NODE_DATE && withMarks) {
+  if (NodeKindOf(node) == NODE_DATE && withMarks) {
     return std::max<int64_t>(int64_t{ec->pictureWidth} - WRENStrLen(NodeText(node)), 0);
   }
   return IsMarkedFunction(ec, node) ? kMarksLength : 0;
@@ -223,7 +224,7 @@ int64_t ExtendedGrowth(EC ec, Expression *top, bool withMarks) {
   ExprNode *node = top->tree;
   for (;;) {
     if (node != nullptr) {
-      Expression *body = node->kind == NODE_FORMULA ? BoundFormula(ec, node) : nullptr;
+      Expression *body = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(ec, node) : nullptr;
       if (body != nullptr && body->walkNumber != number) {
         EnterExpression(number, body, current, node);
         current = body;
@@ -256,7 +257,7 @@ int32_t ORLGetExtendedTextLength(EC ec, HEXP exp, int32_t withMarks) {
   if (ec == nullptr || exp == nullptr) {
     return 0;
   }
-  if (exp->tree->kind == NODE_DATE && ec->pictureWidth != 0 && withMarks != 0) {
+  if (NodeKindOf(exp->tree) == NODE_DATE && ec->pictureWidth != 0 && withMarks != 0) {
     return ec->pictureWidth;
   }
   const int64_t bound = WRENStrLen(exp->text) + ExtendedGrowth(ec, exp, withMarks != 0);

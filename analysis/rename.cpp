@@ -45,20 +45,15 @@ void ReplaceTokens(const char *source, char *target, const Names &names, char *t
 // Gives the items of that name in a tree the new one; without memory an item keeps the old one.
 void RenameInTree(ExprNode *tree, const Names &names) {
   for (ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
-    if (node->kind != NODE_ITEM || !SameText(NodeText(node), names.before)) {
-      continue;
-    }
-    char *text = CopyText(names.after);
-    if (text != nullptr) {
-      WRENMemFree(node->left);
-      node->left = text;
+    if (NodeKindOf(node) == NODE_ITEM && SameText(NodeText(node), names.before)) {
+      RenameNode(node, names.after);
     }
   }
 }
 
 bool TreeHasItem(const ExprNode *tree, const char *name) {
   for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
-    if (node->kind == NODE_ITEM && SameText(NodeText(node), name)) {
+    if (NodeKindOf(node) == NODE_ITEM && SameText(NodeText(node), name)) {
       return true;
     }
   }

@@ -35,7 +35,7 @@ bool Walk(UsageWalk &walk, ExprNode *root, Expression *self, Match match) {
       if (match(node)) {
         return AnswerYes(current);
       }
-      Expression *target = node->kind == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
+      Expression *target = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
       if (target != nullptr && target->walkNumber != walk.number) {
         EnterExpression(walk.number, target, current, node);
         current = target;
@@ -78,7 +78,7 @@ void MarkHarmless(const UsageWalk &walk, Expression *stored) {
     return;
   }
   for (ExprNode *node = stored->tree; node != nullptr; node = ExprNodeNext(stored->tree, node)) {
-    Expression *target = node->kind == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
+    Expression *target = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
     if (target != nullptr) {
       EnterExpression(walk.number, target, nullptr, nullptr);
       target->walkState = WalkState::No;
@@ -129,7 +129,7 @@ int32_t Ask(EC ec, HEXP exp, Match match) {
 }
 
 bool NodeUsesItem(const ExprNode *node, int32_t kind, const char *name) {
-  switch (node->kind) {
+  switch (NodeKindOf(node)) {
     case NODE_ITEM:
       return kind == ORL_INPUT && SameText(NodeText(node), name);
     case NODE_CALL:
@@ -142,13 +142,12 @@ bool NodeUsesItem(const ExprNode *node, int32_t kind, const char *name) {
 }
 
 bool IsCallWithItem(const ExprNode *node, const char *functionName, const char *itemName) {
-  if (node->kind != NODE_CALL || !SameText(NodeText(node), functionName)) {
+  if (NodeKindOf(node) != NODE_CALL || !SameText(NodeText(node), functionName)) {
     return false;
   }
-  const uint32_t count = ExprListCount(NodeList(node));
-  for (uint32_t i = 0; i < count; i++) {
-    const ExprNode *argument = ExprListAt(NodeList(node), i);
-    if (argument->kind == NODE_ITEM && SameText(NodeText(argument), itemName)) {
+  for (const ExprNode *argument = FirstChild(node); argument != nullptr;
+       argument = NextSibling(argument)) {
+    if (NodeKindOf(argument) == NODE_ITEM && SameText(NodeText(argument), itemName)) {
       return true;
     }
   }
@@ -164,11 +163,12 @@ UsageWalk UsageWalkBegin(EC ec) {
 }
 
 Expression *BoundFormula(EC ec, ExprNode *node) {
-  if (node->boundAt != ec->generation) {
-    node->bound = ORLHEXPFromName(ec, NodeText(node));
-    node->boundAt = ec->generation;
+  NodeBinding binding = BindingOf(node);
+  if (binding.at != ec->generation) {
+    binding = {ORLHEXPFromName(ec, NodeText(node)), ec->generation};
+    Bind(node, binding);
   }
-  return static_cast<Expression *>(node->bound);
+  return static_cast<Expression *>(binding.row);
 }
 
 bool ItemUsedBy(UsageWalk &walk, HEXP exp, int32_t kind, const char *name) {
@@ -253,6 +253,7 @@ int32_t ORLIsItemAggregate(EC ec, int32_t kind, const char *name) {
 
 int32_t ORLIsAggregateUsed(EC ec, HEXP exp) {
   return Ask(ec, exp, [=](const ExprNode *node) {
-    return node->kind == NODE_CALL && ItemHasAggregateParam(&ec->functions, NodeText(node)) != 0;
+    return NodeKindOf(node) == NODE_CALL &&
+           ItemHasAggregateParam(&ec->functions, NodeText(node)) != 0;
   });
 }

@@ -85,8 +85,8 @@ void InsertFunction(OrlWindow edit, const char *name) {
 // set by its name.
 void InsertFormula(OrlWindow edit, const char *name) {
   HEXP exp = ORLHEXPFromName(CurrentEditor().ec, name);
-  if (exp == nullptr || exp == OrlCurrentExpression() || exp->tree->kind == NODE_SET ||
-      exp->tree->kind == NODE_RANGE) {
+  if (exp == nullptr || exp == OrlCurrentExpression() || NodeKindOf(exp->tree) == NODE_SET ||
+      NodeKindOf(exp->tree) == NODE_RANGE) {
     return;
   }
   const int32_t length = WRENStrLen(name);

@@ -60,7 +60,7 @@ int32_t CopyToHost(const char *text, int32_t size, char *buffer) {
 }
 
 bool RootIs(HEXP exp, int32_t kind) {
-  return exp != nullptr && exp->tree != nullptr && exp->tree->kind == kind;
+  return exp != nullptr && exp->tree != nullptr && NodeKindOf(exp->tree) == kind;
 }
 
 }  // namespace
@@ -76,11 +76,11 @@ uint32_t MentionCount(EC ec, const char *name) {
 
 bool MentionsAdd(EC ec, const ExprNode *tree) {
   for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
-    if (node->kind != NODE_FORMULA || MentionsAddOne(ec, NodeText(node))) {
+    if (NodeKindOf(node) != NODE_FORMULA || MentionsAddOne(ec, NodeText(node))) {
       continue;
     }
     for (const ExprNode *done = tree; done != node; done = ExprNodeNext(tree, done)) {
-      if (done->kind == NODE_FORMULA) {
+      if (NodeKindOf(done) == NODE_FORMULA) {
         MentionsRemoveOne(ec, NodeText(done));
       }
     }
@@ -91,7 +91,7 @@ bool MentionsAdd(EC ec, const ExprNode *tree) {
 
 void MentionsRemove(EC ec, const ExprNode *tree) {
   for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
-    if (node->kind == NODE_FORMULA) {
+    if (NodeKindOf(node) == NODE_FORMULA) {
       MentionsRemoveOne(ec, NodeText(node));
     }
   }

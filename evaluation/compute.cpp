@@ -68,22 +68,23 @@ void AcceptBlock(Evaluation &run, int16_t type, void *block, Value *value) {
 // ---- Leaves ----
 
 void InputValue(Evaluation &run, ExprNode *node, Value *value) {
-  const int16_t type = node->dataType;
-  if (node->boundAt != run.ec->generation) {
+  const int16_t type = NodeType(node);
+  NodeBinding binding = BindingOf(node);
+  if (binding.at != run.ec->generation) {
     ExprItem *row = ItemFind(&run.ec->inputs, NodeText(node));
     const bool usable = row != nullptr && row->routine != nullptr && row->dataType == type &&
                         type >= 0 && type <= 3;
-    node->bound = usable ? row->routine : nullptr;
-    node->boundAt = run.ec->generation;
+    binding = {usable ? row->routine : nullptr, run.ec->generation};
+    Bind(node, binding);
   }
-  if (node->bound == nullptr) {
+  if (binding.row == nullptr) {
     return;
   }
   void *block = TakeBlock(run, type);
   if (block == nullptr) {
     return;
   }
-  const OrlValueProc routine = reinterpret_cast<OrlValueProc>(node->bound);
+  const OrlValueProc routine = reinterpret_cast<OrlValueProc>(binding.row);
   const uint32_t size = IsNumberType(type) ? kNumberBlockSize : kTextBlockSize;
   void *filled = block;
   const int32_t done = CallHost([&] {
@@ -98,7 +99,7 @@ void InputValue(Evaluation &run, ExprNode *node, Value *value) {
 
 void LiteralText(const ExprNode *node, Value *value) {
   const char *text = NodeText(node);
-  if ((node->detail & 1) == 0) {
+  if ((NodeDetail(node) & 1) == 0) {
     value->text = const_cast<char *>(text);
     value->length = static_cast<uint32_t>(std::strlen(text));
     value->form = ValueForm::Literal;
@@ -136,7 +137,7 @@ NumberOperation OperationOf(int32_t kind) {
 }
 
 void NumberArithmetic(Evaluation &run, const ExprNode *node, Value *left, Value *right) {
-  const OrlOperatorProc callback = run.ec->operators[OperatorGroupOf(node->kind)].procs[0];
+  const OrlOperatorProc callback = run.ec->operators[OperatorGroupOf(NodeKindOf(node))].procs[0];
   if (callback != nullptr) {
     NumberValue result = {};
     constexpr int32_t kSize = sizeof(NumberValue);
@@ -153,7 +154,7 @@ void NumberArithmetic(Evaluation &run, const ExprNode *node, Value *left, Value 
   if (right->number.length == 0) {
     WRENNumSetZero(&right->number);
   }
-  OperationOf(node->kind)(&left->number, &left->number, &right->number);
+  OperationOf(NodeKindOf(node))(&left->number, &left->number, &right->number);
 }
 
 void MoveDate(const ExprNode *node, Value *left, Value *right) {
@@ -161,7 +162,7 @@ void MoveDate(const ExprNode *node, Value *left, Value *right) {
     WRENNumSetZero(&right->number);
   }
   NumberValue result;
-  DateArithmetic(&result, &left->number, &right->number, node->kind, node->detail);
+  DateArithmetic(&result, &left->number, &right->number, NodeKindOf(node), NodeDetail(node));
   left->number = result;
 }
 
@@ -219,7 +220,7 @@ void *ArgumentOf(Value *value) {
 }
 
 void CallRoutine(Evaluation &run, const CallFrame &call, void **args, Value *value) {
-  const int16_t type = call.node->dataType;
+  const int16_t type = NodeType(call.node);
   void *block = TakeBlock(run, type);
   if (block == nullptr) {
     return;
@@ -259,9 +260,9 @@ uint32_t UnescapeString(char *target, const char *source) {
 }
 
 void ComputeLeaf(Evaluation &run, ExprNode *node, Value *value) {
-  switch (node->kind) {
+  switch (NodeKindOf(node)) {
     case NODE_NUMBER:
-      CopyNumber(&value->number, node->left);
+      CopyNumber(&value->number, NodeNumber(node));
       value->form = ValueForm::Number;
       break;
     case NODE_DATE:
@@ -280,15 +281,15 @@ void ComputeLeaf(Evaluation &run, ExprNode *node, Value *value) {
 }
 
 bool HasOperatorRule(const ExprNode *node) {
-  switch (node->kind) {
+  switch (NodeKindOf(node)) {
     case NODE_ADD:
     case NODE_SUB:
-      return IsNumberType(node->dataType);
+      return IsNumberType(NodeType(node));
     case NODE_MUL:
     case NODE_DIV:
-      return node->dataType == ORL_TYPE_NUMBER;
+      return NodeType(node) == ORL_TYPE_NUMBER;
     case NODE_CONCAT:
-      return node->dataType == ORL_TYPE_STRING;
+      return NodeType(node) == ORL_TYPE_STRING;
     default:
       return false;
   }
@@ -299,11 +300,11 @@ void ComputeOperator(Evaluation &run, const ExprNode *node, Value *left, Value *
     ValueFree(*left);
     return;
   }
-  if (node->kind == NODE_CONCAT) {
+  if (NodeKindOf(node) == NODE_CONCAT) {
     Concatenate(left, right);
-  } else if (node->dataType == ORL_TYPE_DATE) {
+  } else if (NodeType(node) == ORL_TYPE_DATE) {
     MoveDate(node, left, right);
-  } else if (LeftOperand(node)->dataType == ORL_TYPE_NUMBER) {
+  } else if (NodeType(LeftOperand(node)) == ORL_TYPE_NUMBER) {
     NumberArithmetic(run, node, left, right);
   } else if (right->form == ValueForm::Number) {
     SubtractDates(left, right);
@@ -326,7 +327,7 @@ void ComputeCall(Evaluation &run, const CallFrame &call, Value *arguments, Value
   for (uint32_t i = 0; i < call.done; i++) {
     args[i] = ArgumentOf(&arguments[i]);
   }
-  CallRoutine(run, call, call.node->right == nullptr ? nullptr : args, value);
+  CallRoutine(run, call, ChildCount(call.node) == 0 ? nullptr : args, value);
   if (args != few) {
     WRENMemFree(args);
   }

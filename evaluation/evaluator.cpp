@@ -42,7 +42,7 @@ Position GiveUp(Evaluation &run, ExprNode *node) {
 Position EnterFormula(Evaluation &run, ExprNode *node) {
   Expression *target = BoundFormula(run.ec, node);
   const bool usable = target != nullptr && target->tree != nullptr &&
-                      target->tree->dataType == node->dataType &&
+                      NodeType(target->tree) == NodeType(node) &&
                       target->evaluation != &run;  // not in a circle
   FormulaFrame *frame = usable ? StackPush(run.formulas) : nullptr;
   if (frame == nullptr) {
@@ -66,7 +66,8 @@ ExprNode *LeaveFormula(Evaluation &run) {
 // An argument by name: a copy of the node's text. A node without text leaves the entry empty.
 void PushName(Evaluation &run, const ExprNode *argument) {
   Value *value = PushValue(run);
-  char *copy = value != nullptr && HasText(argument->kind) ? CopyText(NodeText(argument)) : nullptr;
+  char *copy =
+      value != nullptr && HasText(NodeKindOf(argument)) ? CopyText(NodeText(argument)) : nullptr;
   if (copy != nullptr) {
     value->form = ValueForm::Opaque;
     value->text = copy;
@@ -78,7 +79,7 @@ Position NextArgument(Evaluation &run) {
   CallFrame &call = run.calls.items[run.calls.count - 1];
   const ParamRecord *parameters = reinterpret_cast<const ParamRecord *>(call.row + 1);
   while (call.done < call.given && !run.outOfMemory) {
-    ExprNode *argument = ExprListAt(NodeList(call.node), call.done);
+    ExprNode *argument = ChildAt(call.node, call.done);
     if (parameters[call.done].mode != 1) {
       return Down(argument);
     }
@@ -109,19 +110,19 @@ Position NextArgument(Evaluation &run) {
 
 Position EnterCall(Evaluation &run, ExprNode *node) {
   const ExprItem *row =
-      node->dataType >= 0 && node->dataType <= 3 ? BoundFunction(run.ec, node) : nullptr;
+      NodeType(node) >= 0 && NodeType(node) <= 3 ? BoundFunction(run.ec, node) : nullptr;
   CallFrame *call = row == nullptr ? nullptr : StackPush(run.calls);
   if (call == nullptr) {
     return GiveUp(run, node);
   }
   const uint32_t declared = row->paramCount < 0 ? 0 : static_cast<uint32_t>(row->paramCount);
-  const uint32_t listed = ExprListCount(NodeList(node));
+  const uint32_t listed = ChildCount(node);
   *call = CallFrame{node, row, declared < listed ? declared : listed, 0};
   return NextArgument(run);
 }
 
 Position GoDown(Evaluation &run, ExprNode *node) {
-  switch (node->kind) {
+  switch (NodeKindOf(node)) {
     case NODE_FORMULA:
       return EnterFormula(run, node);
     case NODE_CALL:
@@ -143,12 +144,12 @@ Position GoDown(Evaluation &run, ExprNode *node) {
 
 // From a node whose value is there to its parent.
 Position GoUp(Evaluation &run, ExprNode *node) {
-  ExprNode *parent = node->parent;
-  if (parent->kind == NODE_CALL) {
+  ExprNode *parent = NodeParent(node);
+  if (NodeKindOf(parent) == NODE_CALL) {
     run.calls.items[run.calls.count - 1].done++;
     return NextArgument(run);
   }
-  if (node->slot == 0) {
+  if (IsFirstChild(node)) {
     return Down(RightOperand(parent));
   }
   Value *right = &run.values.items[run.values.count - 1];
@@ -177,18 +178,18 @@ void Walk(Evaluation &run, HEXP exp) {
 }  // namespace
 
 const ExprItem *BoundFunction(EC ec, ExprNode *node) {
-  if (node->boundAt == ec->generation) {
-    return static_cast<const ExprItem *>(node->bound);
+  const NodeBinding binding = BindingOf(node);
+  if (binding.at == ec->generation) {
+    return static_cast<const ExprItem *>(binding.row);
   }
   const ExprItem *row = ItemFind(&ec->functions, NodeText(node));
   // The tree keeps the types that it was parsed with; the row may have come back with others, and
   // its routine would then take one kind of block for another.
   const bool usable = row != nullptr && row->routine != nullptr &&
-                      (row->dataType == node->dataType || row->dataType == ORL_TYPE_FOLLOWS) &&
-                      TypeArgumentsFit(NodeList(node), row);
+                      (row->dataType == NodeType(node) || row->dataType == ORL_TYPE_FOLLOWS) &&
+                      TypeArgumentsFit(node, row);
   row = usable ? row : nullptr;
-  node->bound = const_cast<ExprItem *>(row);
-  node->boundAt = ec->generation;
+  Bind(node, {const_cast<ExprItem *>(row), ec->generation});
   return row;
 }
 

@@ -11,17 +11,6 @@
 
 namespace {
 
-ExprNode *ChildAt(const ExprNode *node, uint32_t slot) {
-  if (HasOperands(node->kind)) {
-    return slot == 0 ? LeftOperand(node) : slot == 1 ? RightOperand(node) : nullptr;
-  }
-  // A named formula that was called with arguments holds them until it is freed.
-  if (HasList(node->kind) || node->kind == NODE_FORMULA) {
-    return ExprListAt(NodeList(node), slot);
-  }
-  return nullptr;
-}
-
 void Adopt(ExprNode *parent, ExprNode *child, uint32_t slot) {
   child->parent = parent;
   child->slot = slot;
@@ -89,6 +78,43 @@ void TypeLeaf(ParseState &state, ExprNode *node) {
 }
 
 }  // namespace
+
+uint32_t ChildCount(const ExprNode *node) {
+  return HasOperands(node->kind) ? 2 : HasList(node->kind) ? ExprListCount(NodeList(node)) : 0;
+}
+
+ExprNode *ChildAt(const ExprNode *node, uint32_t index) {
+  if (HasOperands(node->kind)) {
+    return index == 0 ? LeftOperand(node) : index == 1 ? RightOperand(node) : nullptr;
+  }
+  // A named formula that was called with arguments holds them until it is freed.
+  if (HasList(node->kind) || node->kind == NODE_FORMULA) {
+    return ExprListAt(NodeList(node), index);
+  }
+  return nullptr;
+}
+
+ExprNode *FirstChild(const ExprNode *node) {
+  return ChildAt(node, 0);
+}
+
+ExprNode *NextSibling(const ExprNode *node) {
+  return node->parent == nullptr ? nullptr : ChildAt(node->parent, node->slot + 1);
+}
+
+bool IsFirstChild(const ExprNode *node) {
+  return node->slot == 0;
+}
+
+bool RenameNode(ExprNode *node, const char *name) {
+  char *text = CopyText(name);
+  if (text == nullptr) {
+    return false;
+  }
+  WRENMemFree(node->left);
+  node->left = text;
+  return true;
+}
 
 ExprNode *ExprNodeNew(ParseState &state) {
   ExprNode *node = static_cast<ExprNode *>(WRENMemAlloc(sizeof(ExprNode)));

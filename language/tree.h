@@ -68,18 +68,77 @@ inline bool HasText(int32_t kind) {
          kind == NODE_DATE;
 }
 
+// ---- Reading a tree ----
+//
+// Everything outside language/ reads trees through these functions alone: how nodes are laid out in
+// memory is the affair of tree.cpp and the parser.
+
+inline int32_t NodeKindOf(const ExprNode *node) {
+  return node->kind;
+}
+inline int16_t NodeType(const ExprNode *node) {
+  return node->dataType;
+}
+inline uint16_t NodeDetail(const ExprNode *node) {
+  return node->detail;
+}
+inline int32_t NodeOffset(const ExprNode *node) {
+  return node->offset;
+}
+inline int32_t NodeLength(const ExprNode *node) {
+  return node->length;
+}
+inline int32_t NodeCloseOffset(const ExprNode *node) {
+  return node->closeOffset;
+}
+
+// The text of a node that HasText, terminated.
+inline const char *NodeText(const ExprNode *node) {
+  return static_cast<const char *>(node->left);
+}
+// The value of a NODE_NUMBER.
+inline const NumberValue *NodeNumber(const ExprNode *node) {
+  return static_cast<const NumberValue *>(node->left);
+}
+
+// The operands of a node that HasOperands.
 inline ExprNode *LeftOperand(const ExprNode *node) {
   return static_cast<ExprNode *>(node->left);
 }
 inline ExprNode *RightOperand(const ExprNode *node) {
   return static_cast<ExprNode *>(node->right);
 }
-inline const char *NodeText(const ExprNode *node) {
-  return static_cast<const char *>(node->left);
+
+// Null at the root.
+inline ExprNode *NodeParent(const ExprNode *node) {
+  return node->parent;
 }
-inline HandleArray NodeList(const ExprNode *node) {
-  return static_cast<HandleArray>(node->right);
+
+// Operands, arguments or members, in written order: their number, the first of them and the one
+// after a child; null when there is none. The child at an index costs a step for each one before
+// it.
+uint32_t ChildCount(const ExprNode *node);
+ExprNode *FirstChild(const ExprNode *node);
+ExprNode *NextSibling(const ExprNode *node);
+ExprNode *ChildAt(const ExprNode *node, uint32_t index);
+// True for the left operand, the first argument or the first member of its parent.
+bool IsFirstChild(const ExprNode *node);
+
+// What a node's name meant when it was last looked up; good while the context's generation is `at`.
+struct NodeBinding {
+  void *row;
+  uint64_t at;
+};
+inline NodeBinding BindingOf(const ExprNode *node) {
+  return {node->bound, node->boundAt};
 }
+inline void Bind(ExprNode *node, const NodeBinding &binding) {
+  node->bound = binding.row;
+  node->boundAt = binding.at;
+}
+
+// Gives a NODE_ITEM another name. False when there is no memory, with the old name as it was.
+bool RenameNode(ExprNode *node, const char *name);
 
 struct ParseState;
 
@@ -111,7 +170,11 @@ ExprNode *ExprNodeNext(const ExprNode *root, const ExprNode *node);
 // The same without going below `node`.
 ExprNode *ExprNodeNextBeside(const ExprNode *root, const ExprNode *node);
 
-// Number of nodes in a list (0 for null) and the node at an index.
+// The list of a node with arguments or members, and while one is built: number of nodes in a list
+// (0 for null) and the node at an index.
+inline HandleArray NodeList(const ExprNode *node) {
+  return static_cast<HandleArray>(node->right);
+}
 uint32_t ExprListCount(HandleArray list);
 ExprNode *ExprListAt(HandleArray list, uint32_t index);
 

@@ -389,7 +389,8 @@ int32_t TypeCheckCall(EC ec, HandleArray list, const char *name, FormulaError *e
   return 1;
 }
 
-bool TypeArgumentsFit(HandleArray list, const ExprItem *function) {
+bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function) {
+  const HandleArray list = NodeList(call);
   const int32_t listed = static_cast<int32_t>(ExprListCount(list));
   for (int32_t i = 0; i < listed && i < function->paramCount; i++) {
     const Expectation expected = ExpectedOf(function, list, i, listed);

@@ -32,8 +32,9 @@ int32_t TypeCountArgs(int32_t count, const ExprItem *function);
 int32_t TypeCheckCall(EC ec, HandleArray list, const char *name, FormulaError *error, uint16_t form,
                       uint16_t modifier);
 
-// True when the arguments that a routine is given by value have the types that its row declares.
-bool TypeArgumentsFit(HandleArray list, const ExprItem *function);
+// True when the arguments of a call that its routine is given by value have the types that its row
+// declares.
+bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function);
 
 // The type of a call of a function that declares type 4; kNoType without a list.
 int16_t TypeCallResult(EC ec, HandleArray list);

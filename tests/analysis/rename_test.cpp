@@ -67,10 +67,10 @@ Replaced Model(const std::string &text, const std::string &before, const std::st
 std::string Nodes(const ExprNode *tree, const std::string &before = "", const char *after = "") {
   std::string all;
   for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
-    const char *text = HasText(node->kind) ? NodeText(node) : "";
-    const bool renamed = node->kind == NODE_ITEM && before == text;
-    all += std::to_string(node->kind) + ":" + (renamed ? after : text) + "@" +
-           std::to_string(node->offset) + "+" + std::to_string(node->length) + " ";
+    const char *text = HasText(NodeKindOf(node)) ? NodeText(node) : "";
+    const bool renamed = NodeKindOf(node) == NODE_ITEM && before == text;
+    all += std::to_string(NodeKindOf(node)) + ":" + (renamed ? after : text) + "@" +
+           std::to_string(NodeOffset(node)) + "+" + std::to_string(NodeLength(node)) + " ";
   }
   return all;
 }

@@ -202,7 +202,7 @@ TEST(AllocationFailure, Rename) {
       const bool renamed = TextOf(ec, exp).find("Spare") == std::string::npos;
       EXPECT_EQ(TextOf(ec, exp), renamed ? "Another + Half(Another)" : "Spare + Half(Spare)");
       done = done && ORLIsItemUsed(ec, exp, ORL_INPUT, "Spare") == 0 &&
-             LeftOperand(exp->tree)->length == 7;
+             NodeLength(LeftOperand(exp->tree)) == 7;
     }
     return done;
   };

@@ -408,17 +408,22 @@ OwnedContext RandomContext(Random &random, Language &language) {
   return context;
 }
 
-// Every node's parent and slot must agree with where it stands.
+// Every node's parent and siblings must agree with where it stands.
 void ExpectLinked(const ExprNode *root) {
-  EXPECT_EQ(root->parent, nullptr);
+  EXPECT_EQ(NodeParent(root), nullptr);
   for (const ExprNode *node = root; node != nullptr; node = ExprNodeNext(root, node)) {
-    for (uint32_t i = 0; HasList(node->kind) && i < ExprListCount(NodeList(node)); ++i) {
-      EXPECT_EQ(ExprListAt(NodeList(node), i)->parent, node);
-      EXPECT_EQ(ExprListAt(NodeList(node), i)->slot, i);
+    uint32_t count = 0;
+    for (ExprNode *child = FirstChild(node); child != nullptr; child = NextSibling(child)) {
+      EXPECT_EQ(NodeParent(child), node);
+      EXPECT_EQ(ChildAt(node, count), child);
+      EXPECT_EQ(IsFirstChild(child), count == 0);
+      ++count;
     }
-    if (!HasOperands(node->kind)) continue;
-    EXPECT_EQ(LeftOperand(node)->parent, node);
-    EXPECT_EQ(RightOperand(node)->parent, node);
+    EXPECT_EQ(ChildCount(node), count);
+    EXPECT_EQ(ChildAt(node, count), nullptr);
+    if (!HasOperands(NodeKindOf(node))) continue;
+    EXPECT_EQ(LeftOperand(node), FirstChild(node));
+    EXPECT_EQ(RightOperand(node), NextSibling(LeftOperand(node)));
   }
 }
 
