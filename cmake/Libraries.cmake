@@ -1,6 +1,11 @@
 # orli_objects(NAME SOURCE...): the object files of one room of the house.
+#
+# A thread's own data are at a fixed offset from its base. The other model makes them at the first
+# use on a thread when the library was loaded late, and ends the process where that has no memory.
+# The room for them is small: the libraries keep a few hundred bytes there.
 function(orli_objects name)
   add_library(${name} OBJECT ${ARGN})
+  target_compile_options(${name} PRIVATE -ftls-model=initial-exec)
 endfunction()
 
 # orli_shared_library(NAME [HEADERS file...] OBJECTS room... [LINKS library...] [NOT_INSTALLED]):
@@ -26,6 +31,8 @@ function(orli_shared_library name)
   string(MAKE_C_IDENTIFIER ${name} node)
   file(CONFIGURE OUTPUT ${script} CONTENT "@node@ {\n  global:\n    @globals@;\n  local:\n    *;\n};\n" @ONLY)
   target_link_options(${name} PRIVATE -Wl,--version-script=${script} -Wl,-z,now -Wl,-z,relro)
+  # What threads have registered for their end, and hosts for their callbacks, must not go away.
+  target_link_options(${name} PRIVATE -Wl,-z,nodelete)
   if(NOT ORLI_SANITIZE)
     target_link_options(${name} PRIVATE -Wl,--no-undefined)
   endif()

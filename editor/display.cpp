@@ -20,8 +20,9 @@ void EnableName(OrlWindow dialog, bool enabled) {
 void ShowNewText(OrlWindow dialog) {
   const EditorState &editor = CurrentEditor();
   SetItemText(dialog, kEditText, "");
-  const char *name = GeneratedName(editor.ec, static_cast<ExpressionClass>(editor.editorMode));
-  SetItemText(dialog, kEditName, name == nullptr ? "" : name);
+  char name[kGeneratedNameSize];
+  GeneratedName(editor.ec, static_cast<ExpressionClass>(editor.editorMode), name);
+  SetItemText(dialog, kEditName, name);
   EnableName(dialog, true);
 }
 

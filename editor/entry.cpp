@@ -11,6 +11,11 @@
 
 namespace {
 
+// The state of the editor that this thread has open, on the stack of its entry; null without one.
+// No more than this stands in the thread's own data, which have little room in a library that is
+// loaded late.
+thread_local EditorState *openEditor;
+
 // The value of DialogBoxParam: -1 also where there is nothing to make a dialog of.
 intptr_t RunDialog(OrlWindow parent, BuildRecord &record) {
   const OrlDialogTemplate *dialog = FindDialog(kDialogEditor);
@@ -29,12 +34,12 @@ EditorMode ModeOfType(int32_t type) {
 }  // namespace
 
 EditorState &CurrentEditor() {
-  static thread_local EditorState state;
-  return state;
+  static EditorState none;  // for questions, which find nothing in it
+  return openEditor != nullptr ? *openEditor : none;
 }
 
 bool EditorRuns() {
-  return Windows() != nullptr && CurrentEditor().record != nullptr;
+  return Windows() != nullptr && openEditor != nullptr;
 }
 
 bool EditorHasModes() {
@@ -61,12 +66,12 @@ HEXP ORLBuildExpression(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit)
 
 HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit, int32_t type,
                               const char *itemName) {
-  EditorState &editor = CurrentEditor();
-  if (ec == nullptr || editor.record != nullptr) {
+  if (ec == nullptr || openEditor != nullptr) {
     return nullptr;
   }
   BuildRecord record = {ec, exp, nullptr, textLimit};
-  editor = EditorState{};
+  EditorState editor = {};
+  openEditor = &editor;
   editor.record = &record;
   editor.ec = ec;
   OrlSetCurrentExpression(exp);
@@ -76,7 +81,7 @@ HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t text
     std::memcpy(editor.valuesItem, itemName == nullptr ? "" : itemName, itemLength);
   }
   const intptr_t ended = RunDialog(parentWindow, record);
-  editor = EditorState{};
+  openEditor = nullptr;
   if (ended == -1) {
     const FormulaError error = {ORL_ERR_MEMLOW, 0, 0};
     ORLErrorDisplay(parentWindow, "", &error);

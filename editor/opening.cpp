@@ -133,8 +133,9 @@ void StartWithFailure(OrlWindow dialog) {
 
 void StartWithNewText(OrlWindow dialog) {
   const EditorState &editor = CurrentEditor();
-  const char *name = GeneratedName(editor.ec, static_cast<ExpressionClass>(editor.editorMode));
-  SetItemText(dialog, kEditName, name == nullptr ? "" : name);
+  char name[kGeneratedNameSize];
+  GeneratedName(editor.ec, static_cast<ExpressionClass>(editor.editorMode), name);
+  SetItemText(dialog, kEditName, name);
   SetCurrentRow(ItemOf(dialog, kListFormulas), 0);
   EnableItem(dialog, kButtonShowText, false);
 }

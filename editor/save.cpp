@@ -88,8 +88,7 @@ bool DeferText(const SaveTexts &texts, const FormulaError &error) {
 }
 
 // Tells what is wrong with the text or its name, and shows the place in the text.
-void TellFailure(OrlWindow dialog, const SaveTexts &texts) {
-  FormulaError error = CurrentParseState().error;
+void TellFailure(OrlWindow dialog, const SaveTexts &texts, FormulaError error) {
   if (error.id == ORL_ERR_NAME || error.id == ORL_ERR_DUPNAME) {
     error.offset = 0;
     error.length = WRENStrLen(texts.name);
@@ -154,11 +153,12 @@ HEXP ParseAndShow(OrlWindow dialog, const SaveTexts &texts) {
     return nullptr;
   }
   OrlCurrentExpression();  // the question may have let the host change the context
+  FormulaError error = {};
   uint16_t dataType = 0;
   HEXP saved =
-      ORLParseFormula(editor.ec, editor.currentExp, texts.text, texts.name, nullptr, &dataType);
+      ORLParseFormula(editor.ec, editor.currentExp, texts.text, texts.name, &error, &dataType);
   if (saved == nullptr) {
-    TellFailure(dialog, texts);
+    TellFailure(dialog, texts, error);
   } else {
     ShowSaved(dialog, saved, editor.currentExp != nullptr ? texts.oldName : nullptr);
   }

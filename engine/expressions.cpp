@@ -97,18 +97,18 @@ void MentionsRemove(EC ec, const ExprNode *tree) {
   }
 }
 
-const char *GeneratedName(EC ec, ExpressionClass which) {
-  static thread_local char buffer[128 + 8];
+bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]) {
   uint16_t number = ec->nextNumber[which];
   for (uint32_t tried = 0; tried <= UINT16_MAX; tried++, number++) {
     std::snprintf(buffer, sizeof buffer, "%s%u", moduleTexts.baseNames[which],
                   static_cast<unsigned>(number));
     if (ORLIsExpNameUnique(ec, nullptr, buffer) != 0) {
       ec->nextNumber[which] = number;
-      return buffer;
+      return true;
     }
   }
-  return nullptr;
+  buffer[0] = '\0';
+  return false;
 }
 
 int32_t ExpressionTableAppend(EC ec, Expression *expression) {

@@ -36,9 +36,12 @@ struct Expression {
   const Evaluation *evaluation;
 };
 
-// The name that a new expression of the class gets when it has none, in a buffer of the calling
-// thread that the next call overwrites; null when every number is taken.
-const char *GeneratedName(EC ec, ExpressionClass which);
+// Bytes of a generated name: a base text of the module, a number of 16 bits and the terminator.
+constexpr int32_t kGeneratedNameSize = 128 + 8;
+
+// Writes the name that a new expression of the class gets when it has none; false, with an empty
+// buffer, when every number is taken.
+bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]);
 
 // Adds a record at the end of the table. 1, or 0 for a null context or when the table cannot grow,
 // with everything as it was; then the record still belongs to the caller.

@@ -19,7 +19,7 @@ enum class NameVerdict : uint8_t { Valid, Invalid, NoMemory };
 // A name is one token that reads as a name and is the whole text: blanks at its ends or parentheses
 // around it are no part of a name.
 NameVerdict CheckName(EC ec, const char *name) {
-  ParseState &state = CurrentParseState();
+  ParseState state;
   ResetParseState(state, ec, name, true);
   if (RunParser(state) != 0) {
     return state.error.id == ORL_ERR_MEMORY ? NameVerdict::NoMemory : NameVerdict::Invalid;
@@ -68,8 +68,9 @@ ExprNode *ParseText(ParseState &state, EC ec, const char *text) {
 // error set.
 bool CompleteExpression(ParseState &state, EC ec, Expression *expression, const char *text,
                         const char *name) {
+  char generated[kGeneratedNameSize];
   if (name == nullptr || name[0] == '\0') {
-    name = GeneratedName(ec, ClassOf(expression->tree));
+    name = GeneratedName(ec, ClassOf(expression->tree), generated) ? generated : nullptr;
   }
   expression->text = CopyText(text);
   expression->name = name == nullptr ? nullptr : CopyText(name);
@@ -97,7 +98,7 @@ bool CompleteExpression(ParseState &state, EC ec, Expression *expression, const 
 // A new expression that is in no table yet, or null with the error in `error`, if given.
 Expression *ExpressionFromText(EC ec, const char *text, const char *name, FormulaError *error,
                                uint16_t *dataType) {
-  ParseState &state = CurrentParseState();
+  ParseState state;
   Expression *expression = static_cast<Expression *>(WRENMemAlloc(sizeof(Expression)));
   bool ok = false;
   if (expression == nullptr) {
@@ -123,8 +124,9 @@ Expression *ExpressionFromText(EC ec, const char *text, const char *name, Formul
 // Ends a parse entry after its text was good: the new record goes, the error is told.
 HEXP RefuseRecord(Expression *expression, int32_t id, int32_t length, FormulaError *error) {
   ExpressionFree(expression);
-  FormulaError &target = error == nullptr ? CurrentParseState().error : *error;
-  target = FormulaError{id, 0, length};
+  if (error != nullptr) {
+    *error = FormulaError{id, 0, length};
+  }
   return nullptr;
 }
 
@@ -209,10 +211,8 @@ bool RefersAlike(const ExprNode *left, const ExprNode *right) {
 }  // namespace
 
 bool ReparseExpression(EC ec, Expression *expression, const char *text) {
-  ParseState &state = CurrentParseState();
-  const FormulaError before = state.error;
+  ParseState state;
   ExprNode *tree = ParseText(state, ec, text);
-  state.error = before;
   if (tree == nullptr) {
     return false;
   }

@@ -1,10 +1,5 @@
 #include "language/parse_state.h"
 
-ParseState &CurrentParseState() {
-  static thread_local ParseState state;
-  return state;
-}
-
 void ResetParseState(ParseState &state, ExprContext *context, const char *text, bool nameCheck) {
   state.context = context;
   state.textStart = text;

@@ -72,10 +72,9 @@ struct ParseState {
   StackEntry entries[kParserStackSize];
 };
 
-// The calling thread's state. It stays readable after a parse.
-ParseState &CurrentParseState();
-
-// Makes the state ready for a text.
+// Makes a state, which may hold anything, ready for a text. A state lives as long as its parse, on
+// the stack of the entry that runs it: so threads share nothing, and a parse needs no memory for
+// it.
 void ResetParseState(ParseState &state, ExprContext *context, const char *text, bool nameCheck);
 
 // Bytes of the text delivered to the scanner so far, the blank behind it included.

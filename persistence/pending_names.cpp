@@ -31,7 +31,7 @@ PendingRow *PendingRowOf(PendingNames &names, const char *name) {
 }
 
 PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t &offset) {
-  ParseState &state = CurrentParseState();
+  ParseState state;
   ResetParseState(state, ec, text + offset, false);
   PendingRow *awaited = nullptr;
   while (awaited == nullptr) {

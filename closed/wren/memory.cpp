@@ -7,8 +7,12 @@
 // to kPooledSize bytes that is freed goes to the list of its capacity in the pool of the freeing
 // thread, and the next request for that capacity on this thread takes it from there. A value of 13
 // bytes so costs a few nanoseconds instead of a call of the heap. The lists are short, and they go
-// back to the heap when the thread ends. Sanitizers see every block, without a pool.
+// back to the heap when the thread ends: the pool opens when the C library has taken a note of
+// that, which may need memory; until then blocks go to the heap at once. Sanitizers see every
+// block, without a pool.
 #include "closed/wren/memory.h"
+
+#include <pthread.h>
 
 #include <cstddef>
 #include <cstdlib>
@@ -53,8 +57,7 @@ struct Pool {
 
 // Plain data without a constructor, at a fixed offset from the thread's base: no guard and no call
 // stands between a routine and its pool.
-constinit thread_local Pool pool
-    __attribute__((tls_model("initial-exec"))) = {{}, 0, false, 0, 0, -1};
+constinit thread_local Pool pool = {{}, 0, false, 0, 0, -1};
 
 void *BytesOf(Block *block) {
   return block + 1;
@@ -87,28 +90,34 @@ bool MayAllocate() {
 
 // Empties the pool when the thread ends. Blocks that are freed later, by other destructors of the
 // thread, find it closed and go to the heap at once.
-struct PoolRelease {
-  bool armed = false;
-  ~PoolRelease() {
-    pool.closed = true;
-    pool.longest = 0;
-    for (Block *&list : pool.lists) {
-      while (list != nullptr) {
-        Block *next = list->next;
-        std::free(list);
-        list = next;
-      }
+void ReleasePool(void * /*pool*/) {
+  pool.closed = true;
+  pool.longest = 0;
+  for (Block *&list : pool.lists) {
+    while (list != nullptr) {
+      Block *next = list->next;
+      std::free(list);
+      list = next;
     }
   }
-};
+}
+
+// A key has ReleasePool called at the end of each thread that stores something under it. Unlike the
+// destructor of a thread_local object, which ends the process where there is no memory to register
+// it, storing says when it fails.
+pthread_key_t releaseKey;
+bool hasReleaseKey;
+
+__attribute__((constructor(101))) void CreateReleaseKey() {
+  hasReleaseKey = pthread_key_create(&releaseKey, &ReleasePool) == 0;
+}
 
 // The end of a block that its list has no room for. The first block of a thread that comes here
 // opens the pool for those behind it and arranges for its release.
 [[gnu::cold, gnu::noinline]] void FreeUnpooled(Block *block) {
-  static thread_local PoolRelease release;
-  if (pool.longest == 0 && !pool.closed) {
-    release.armed = true;
-    pool.longest = WREN_POOL != 0 ? kPooledBlocks : 0;
+  if (WREN_POOL != 0 && pool.longest == 0 && !pool.closed && hasReleaseKey &&
+      pthread_setspecific(releaseKey, &pool) == 0) {
+    pool.longest = kPooledBlocks;
   }
   std::free(block);
 }

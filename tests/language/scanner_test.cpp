@@ -56,7 +56,7 @@ OwnedContext ScanContext() {
 // Scans the text, and once more behind its end, which must say the same.
 ScanResult ScanWhole(EC ec, const ScanInput &input) {
   EXPECT_EQ(WRENSetCodePage(input.codePage), 1);
-  ParseState &state = CurrentParseState();
+  ParseState state;
   const int64_t blocks = TEST_LiveBlocks();
   ec->flags = input.flags;
   ResetParseState(state, ec, input.text.c_str(), input.nameCheck);
