@@ -1,57 +1,69 @@
-// Exact decimal numbers: the form inside a NumberValue and how results are brought into it.
+// Exact decimal numbers: the form inside a NumberValue, and the arithmetic on unpacked numbers.
 //
-// A number is +-c * 10^e with a coefficient c of at most 26 digits and -128 <= e <= 127. Every
-// value has one canonical form:
+// A number is c * 10^e with a coefficient c of at most 26 digits and -128 <= e <= 127. Every value
+// has one canonical form:
 //
-//   e = 0   whole numbers of at most 26 digits, zero among them (without a minus sign)
+//   e = 0   integers of at most 26 digits, zero among them (without a minus sign)
 //   e < 0   numbers with a fraction; c does not end in the digit 0
-//   e > 0   larger whole numbers; c has all 26 digits
+//   e > 0   larger integers; c has all 26 digits
 //
-// so equal values have equal bytes, and whole numbers and amounts of money mostly meet at the same
-// exponent, where a sum is one addition. The twelve payload bytes, in the machine's byte order:
+// so equal values have equal bytes. The twelve payload bytes, in the machine's byte order:
 //
-//   0..3    bits 0-7 e in two's complement; bits 8-30 the upper 23 bits of c; bit 31 the minus sign
-//   4..11   the lower 64 bits of c
+//   0..3    bits 0-7 e in two's complement; bits 8-30 the upper 23 bits of |c|; bit 31 the sign
+//   4..11   the lower 64 bits of |c|
+//
+// Arithmetic works on the unpacked form, whose coefficient may end in zeros: only DecimalStore
+// makes the canonical one. Sums and products of the usual operands (64-bit coefficients) and
+// quotients by the usual divisors (products of 2 and 5, and 64-bit divisors) are computed inline or
+// with 128/64-bit divisions; everything else takes the general routines in decimal.cpp. The two
+// paths give the same values, since each operation rounds its exact result once.
 #ifndef ORLI11_CLOSED_WREN_DECIMAL_H
 #define ORLI11_CLOSED_WREN_DECIMAL_H
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "wreni11.h"
 
 __extension__ typedef unsigned __int128 Uint128;
+__extension__ typedef __int128 Int128;
 
-// A canonical number taken apart.
+// An unpacked number. Where the exponent is above 0 the coefficient has 26 digits.
 struct Decimal {
-  Uint128 coefficient;
-  int32_t exponent;
-  bool negative;
+  Int128 coefficient;  // below 10^26 in magnitude
+  int32_t exponent;    // kMinExponent to kMaxExponent
 };
 
 constexpr uint8_t kNumberLength = 12;  // the length byte of every number
 constexpr int32_t kDigits = 26;        // of a coefficient
 constexpr int32_t kMinExponent = -128;
 constexpr int32_t kMaxExponent = 127;
-constexpr int32_t kPowers = 39;  // powers of ten that 128 bits hold: 10^0 to 10^38
+constexpr int32_t kPowers = 39;    // powers of ten that 128 bits hold: 10^0 to 10^38
+constexpr int32_t kPowers64 = 20;  // powers of ten that 64 bits hold
 
+template <class Number, int32_t count>
 struct PowerTable {
-  Uint128 of[kPowers];
+  Number of[count];
 };
 
-constexpr PowerTable MakePowersOfTen() {
-  PowerTable table{};
-  Uint128 power = 1;
-  for (Uint128 &entry : table.of) {
+template <class Number, int32_t count>
+constexpr PowerTable<Number, count> MakePowersOf(Number base) {
+  PowerTable<Number, count> table{};
+  Number power = 1;
+  for (Number &entry : table.of) {
     entry = power;
-    power *= 10;
+    power *= base;
   }
   return table;
 }
 
-inline constexpr PowerTable kPowersOfTen = MakePowersOfTen();
+inline constexpr auto kPowersOfTen = MakePowersOf<Uint128, kPowers>(10);
+inline constexpr auto kPowersOfTen64 = MakePowersOf<uint64_t, kPowers64>(10);
 constexpr Uint128 kCoefficientEnd = kPowersOfTen.of[kDigits];       // above every coefficient
 constexpr Uint128 kFullCoefficient = kPowersOfTen.of[kDigits - 1];  // the first of 26 digits
+
+// ---- Out of line: any operands ----
 
 // Decimal digits of c, 0 for zero.
 int32_t DecimalDigitCount(Uint128 c);
@@ -59,64 +71,142 @@ int32_t DecimalDigitCount(Uint128 c);
 Uint128 DecimalDropDigits(Uint128 c, int64_t drop);
 // Writes the digits of c, at least one and at most 39, without a terminator; returns their count.
 int32_t DecimalWriteDigits(Uint128 c, char *target);
-// Stores the value nearest to +-c * 10^exponent; null when it is too large. `result` may be null.
-void DecimalStoreNearest(NumberValue *result, Uint128 c, int32_t exponent, bool negative);
+
+// Set `result` to the number nearest to +-c * 10^exponent, a sum, a product or a quotient by a
+// number that is not zero. False, with the result unspecified, when the value is too large.
+bool DecimalRounded(Decimal *result, Uint128 c, int32_t exponent, bool negative);
+bool DecimalAddAny(Decimal *result, const Decimal &a, const Decimal &b);
+bool DecimalMultiplyAny(Decimal *result, const Decimal &a, const Decimal &b);
+bool DecimalDivide(Decimal *result, const Decimal &a, const Decimal &b);
+
+// Takes zeros off the end of the coefficient until none is left or the exponent is 0.
+void DecimalStripZeros(Decimal *d);
+
+// Set `result` to the value rounded half away from zero to `decimals` places behind the point, or
+// cut to `precision` digits and `decimals` places. False when the value is too large.
+bool DecimalRoundTo(Decimal *result, const Decimal &d, int32_t decimals);
+bool DecimalTruncateTo(Decimal *result, const Decimal &d, int32_t precision, int32_t decimals);
+
+// -1, 0 or 1.
+int32_t DecimalCompare(const Decimal &a, const Decimal &b);
+// The integer part; saturates.
+int32_t DecimalToInt(const Decimal &d);
+
+// ---- Packing ----
+
+inline Uint128 DecimalMagnitude(const Decimal &d) {
+  const Uint128 sign = static_cast<Uint128>(d.coefficient >> 127);
+  return (static_cast<Uint128>(d.coefficient) ^ sign) - sign;
+}
+
+inline Decimal DecimalOfMagnitude(Uint128 c, int32_t exponent, bool negative) {
+  const Uint128 sign = static_cast<Uint128>(0) - static_cast<Uint128>(negative);
+  return {static_cast<Int128>((c ^ sign) - sign), exponent};
+}
+
+// Whether the coefficient of a canonical form fits 64 bits with its sign, as most do.
+inline bool DecimalIsNarrow(const Decimal &d) {
+  return static_cast<int64_t>(d.coefficient) == d.coefficient;
+}
+
+// Whether c, below 2^87, ends in the digit 0. c is even, and divisible by 5: as 2^64 leaves 1 when
+// divided by 5, the two halves may be added for the remainder, and a carry counts 1.
+inline bool DecimalEndsInZero(Uint128 c) {
+  const uint64_t low = static_cast<uint64_t>(c);
+  const uint64_t high = static_cast<uint64_t>(c >> 64);
+  if (high == 0) {
+    // The product with the inverse of 5 is the quotient where 5 divides; the odd ones rotate up.
+    return std::rotr(low * UINT64_C(0xCCCCCCCCCCCCCCCD), 1) <= UINT64_MAX / 10;
+  }
+  const uint64_t sum = low + high;
+  return (low & 1) == 0 && (sum + (sum < low ? 1 : 0)) % 5 == 0;
+}
 
 inline void DecimalStoreNull(NumberValue *result) {
   if (result != nullptr) std::memset(result, 0, sizeof *result);
 }
 
-// Stores a canonical number.
-inline void DecimalStore(NumberValue *result, const Decimal &d) {
+// Stores a number in its canonical form.
+inline void DecimalStore(NumberValue *result, Decimal d) {
+  if (d.exponent < 0 && DecimalEndsInZero(DecimalMagnitude(d))) DecimalStripZeros(&d);
+  const Uint128 c = DecimalMagnitude(d);
+  const uint64_t low = static_cast<uint64_t>(c);
+  const uint32_t head = static_cast<uint8_t>(d.exponent) | static_cast<uint32_t>(c >> 64) << 8 |
+                        (d.coefficient < 0 ? UINT32_C(1) << 31 : 0);
   if (result == nullptr) return;
-  const uint64_t low = static_cast<uint64_t>(d.coefficient);
-  const uint32_t head = static_cast<uint8_t>(d.exponent) |
-                        static_cast<uint32_t>(d.coefficient >> 64) << 8 |
-                        (d.negative ? UINT32_C(1) << 31 : 0);
   result->length = kNumberLength;
   std::memcpy(result->payload, &head, sizeof head);
   std::memcpy(result->payload + 4, &low, sizeof low);
 }
 
-// Whether c, below 2^87, ends in the digit 0. As 2^64 leaves 1 when divided by 5, the two halves
-// may be added for the remainder, and a carry out of their sum counts 1.
-inline bool DecimalEndsInZero(Uint128 c) {
-  const uint64_t low = static_cast<uint64_t>(c);
-  if ((low & 1) != 0) return false;
-  const uint64_t high = static_cast<uint64_t>(c >> 64);
-  const uint64_t sum = low + high;
-  return (sum + (sum < low ? 1 : 0)) % 5 == 0;
-}
-
-// Whether d is the canonical form of its value.
-inline bool DecimalIsCanonical(const Decimal &d) {
-  if (d.coefficient >= kCoefficientEnd) return false;
-  if (d.exponent == 0) return d.coefficient != 0 || !d.negative;
-  if (d.exponent > 0) return d.coefficient >= kFullCoefficient;
-  return !DecimalEndsInZero(d.coefficient);
-}
-
-// As DecimalStoreNearest, quick for a result that is canonical already.
-inline void DecimalFinish(NumberValue *result, Uint128 c, int32_t exponent, bool negative) {
-  const Decimal d = {c, exponent, negative};
-  if (exponent <= 0 && exponent >= kMinExponent && DecimalIsCanonical(d)) {
-    DecimalStore(result, d);
-  } else {
-    DecimalStoreNearest(result, c, exponent, negative);
+// Unpacks a payload; false for bytes that are not a number in canonical form.
+inline bool DecimalUnpack(uint32_t head, uint64_t low, Decimal *d) {
+  const Uint128 c = static_cast<Uint128>(head << 1 >> 9) << 64 | low;
+  const int32_t exponent = static_cast<int32_t>(head << 24) >> 24;
+  const bool negative = head >> 31 != 0;
+  *d = DecimalOfMagnitude(c, exponent, negative);
+  if ((head << 1 >> 9) == 0) [[likely]] {
+    // Without branches: how the digits of a host's values end cannot be predicted.
+    const bool fraction = exponent < 0;
+    return !(fraction & DecimalEndsInZero(low)) & (exponent <= 0) & !(negative & (low == 0));
   }
+  if (c >= kCoefficientEnd) return false;
+  return exponent > 0 ? c >= kFullCoefficient : exponent == 0 || !DecimalEndsInZero(c);
 }
 
-// Takes a number apart; false for null and for everything that is no canonical number.
+// Unpacks a number; false for null and for everything that is not a canonical number.
 inline bool DecimalLoad(const NumberValue *value, Decimal *d) {
   if (value == nullptr || value->length != kNumberLength) return false;
   uint32_t head = 0;
   uint64_t low = 0;
   std::memcpy(&head, value->payload, sizeof head);
   std::memcpy(&low, value->payload + 4, sizeof low);
-  d->coefficient = static_cast<Uint128>(head << 1 >> 9) << 64 | low;
-  d->exponent = static_cast<int32_t>(head << 24) >> 24;
-  d->negative = head >> 31 != 0;
-  return DecimalIsCanonical(*d);
+  return DecimalUnpack(head, low, d);
+}
+
+// ---- Arithmetic ----
+
+inline bool DecimalFits(Int128 coefficient) {
+  const Uint128 shifted = static_cast<Uint128>(coefficient) + (kCoefficientEnd - 1);
+  return shifted <= (kCoefficientEnd - 1) * 2;
+}
+
+// result = a + b; `result` may be an operand, here and below.
+inline bool DecimalAdd(Decimal *result, const Decimal &a, const Decimal &b) {
+  constexpr int32_t kMostShift = 18;  // |c| * 10^18 stays below 2^63 * 2^60
+  const int32_t gap = a.exponent - b.exponent;
+  if (DecimalIsNarrow(a) && DecimalIsNarrow(b) && gap <= kMostShift && gap >= -kMostShift &&
+      a.exponent <= 0 && b.exponent <= 0) [[likely]] {
+    const int32_t shiftA = gap > 0 ? gap : 0;
+    const int32_t shiftB = gap < 0 ? -gap : 0;
+    const Int128 sum = static_cast<Int128>(static_cast<int64_t>(a.coefficient)) *
+                           static_cast<int64_t>(kPowersOfTen64.of[shiftA]) +
+                       static_cast<Int128>(static_cast<int64_t>(b.coefficient)) *
+                           static_cast<int64_t>(kPowersOfTen64.of[shiftB]);
+    if (DecimalFits(sum)) [[likely]] {
+      *result = {sum, a.exponent - shiftA};
+      return true;
+    }
+  }
+  return DecimalAddAny(result, a, b);
+}
+
+inline bool DecimalSubtract(Decimal *result, const Decimal &a, const Decimal &b) {
+  return DecimalAdd(result, a, {-b.coefficient, b.exponent});
+}
+
+inline bool DecimalMultiply(Decimal *result, const Decimal &a, const Decimal &b) {
+  const int32_t exponent = a.exponent + b.exponent;
+  if (DecimalIsNarrow(a) && DecimalIsNarrow(b) && exponent <= 0 && exponent >= kMinExponent)
+      [[likely]] {
+    const Int128 product = static_cast<Int128>(static_cast<int64_t>(a.coefficient)) *
+                           static_cast<int64_t>(b.coefficient);
+    if (DecimalFits(product)) [[likely]] {
+      *result = {product, exponent};
+      return true;
+    }
+  }
+  return DecimalMultiplyAny(result, a, b);
 }
 
 #endif

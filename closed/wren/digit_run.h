@@ -28,7 +28,12 @@ inline void DigitRunFinish(NumberValue *result, const DigitRun &run, int64_t exp
   int64_t place = run.exponent + exponent;
   if (place > kBeyond) place = kBeyond;
   if (place < -kBeyond) place = -kBeyond;
-  DecimalFinish(result, run.coefficient, static_cast<int32_t>(place), negative);
+  Decimal d = {};
+  if (DecimalRounded(&d, run.coefficient, static_cast<int32_t>(place), negative)) {
+    DecimalStore(result, d);
+  } else {
+    DecimalStoreNull(result);
+  }
 }
 
 #endif

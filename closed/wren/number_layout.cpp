@@ -7,10 +7,10 @@
 bool NumberDigitsOf(const NumberValue *value, NumberDigits *digits) {
   Decimal d = {};
   if (!DecimalLoad(value, &d)) return false;
-  const int32_t count = DecimalWriteDigits(d.coefficient, digits->digits);
+  const int32_t count = DecimalWriteDigits(DecimalMagnitude(d), digits->digits);
   digits->count = d.coefficient == 0 ? 0 : count;
   digits->exponent = d.exponent;
-  digits->negative = d.negative;
+  digits->negative = d.coefficient < 0;
   return true;
 }
 

@@ -71,9 +71,7 @@ void WRENNumFromInt(NumberValue *result, int32_t source) {
 }
 
 void WRENNumFromLong(NumberValue *result, int64_t source) {
-  const bool negative = source < 0;
-  const uint64_t bits = static_cast<uint64_t>(source);
-  DecimalStore(result, {negative ? 0 - bits : bits, 0, negative});
+  DecimalStore(result, {source, 0});
 }
 
 void WRENNumFromText(NumberValue *result, const char *source) {
@@ -110,15 +108,16 @@ void WRENNumToDouble(const NumberValue *value, double *out) {
     *out = 0;
     return;
   }
-  if (d.coefficient >> 53 == 0 && d.exponent <= 0 && d.exponent >= -22) {
-    magnitude = static_cast<double>(static_cast<uint64_t>(d.coefficient));
+  const Uint128 c = DecimalMagnitude(d);
+  if (c >> 53 == 0 && d.exponent <= 0 && d.exponent >= -22) {
+    magnitude = static_cast<double>(static_cast<uint64_t>(c));
     magnitude /= kExactPowers[-d.exponent];
   } else {
     char text[64];
-    char *end = text + DecimalWriteDigits(d.coefficient, text);
+    char *end = text + DecimalWriteDigits(c, text);
     *end++ = 'e';
     end = std::to_chars(end, text + sizeof text, d.exponent).ptr;
     std::from_chars(text, end, magnitude);
   }
-  *out = d.negative ? -magnitude : magnitude;
+  *out = d.coefficient < 0 ? -magnitude : magnitude;
 }
