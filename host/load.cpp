@@ -38,7 +38,7 @@ bool Repair(const std::string &bytes, std::string &repaired) {
 int Replace(const std::string &path, const Loading &loading, const std::string &bytes) {
   StoreFile file;
   std::string error;
-  bool good = StoreFileOpen(path, STORE_CHANGE, file, error);
+  bool good = StoreFileOpen(path, STORE_CHANGE, StoreHeadProblem, file, error);
   if (good && file.bytes != loading.file.bytes) {
     error = file.path + ": was changed by another program; load it again";
     good = false;
@@ -113,7 +113,7 @@ int LoadParts(const std::string &path, Loading &loading, const Session *session)
 int Load(const std::string &path, const Session *session) {
   Loading loading;
   std::string problem;
-  const bool good = StoreFileOpen(path, STORE_READ, loading.file, problem);
+  const bool good = StoreFileOpen(path, STORE_READ, StoreHeadProblem, loading.file, problem);
   StoreFileClose(loading.file);
   if (!good) {
     return Complain(problem, EXIT_WRONG);

@@ -73,8 +73,8 @@ std::string Damaged(const Walk &walk) {
   return "is damaged or cut short at byte " + std::to_string(walk.position);
 }
 
-/* What is wrong with the start of the bytes; nothing when operators and columns follow. */
-std::string TakeStart(Walk &walk) {
+/* What is wrong with the start of the bytes; nothing when so many columns follow. */
+std::string TakeStart(Walk &walk, int &columns) {
   const std::string_view first = Take(walk, 1);
   const int version = first.empty() ? -1 : static_cast<unsigned char>(first.front());
   if (version > 0 && version < kUnknownVersions && version != kVersion) {
@@ -89,7 +89,8 @@ std::string TakeStart(Walk &walk) {
       return Unknown("an operator", routine);
     }
   }
-  return walk.cut ? Damaged(walk) : std::string();
+  columns = TakeHeader(walk, kInputTag);
+  return walk.cut || columns <= 0 ? Damaged(walk) : std::string(); /* every file has columns */
 }
 
 std::string TakeColumn(Walk &walk, Column &column) {
@@ -110,17 +111,15 @@ std::string TakeColumn(Walk &walk, Column &column) {
 /* As StoreTakeApart, for a store that is empty. */
 std::string TakeApart(const std::string &bytes, Store &store) {
   Walk walk{bytes};
-  std::string problem = TakeStart(walk);
-  for (int rows = problem.empty() ? TakeHeader(walk, kInputTag) : 0; rows > 0; --rows) {
+  int columns = 0;
+  std::string problem = TakeStart(walk, columns);
+  for (; problem.empty() && columns > 0; --columns) {
     problem = TakeColumn(walk, store.columns.emplace_back());
-    if (!problem.empty()) {
-      return problem;
-    }
   }
-  if (problem.empty() && store.columns.empty()) {
-    return Damaged(walk); /* every file has columns */
+  if (!problem.empty()) {
+    return problem;
   }
-  for (int rows = problem.empty() ? TakeHeader(walk, kFormulaTag) : 0; rows > 0; --rows) {
+  for (int rows = TakeHeader(walk, kFormulaTag); rows > 0; --rows) {
     const std::string text = TakeText(walk);
     store.formulas.push_back(FormulaOf(TakeText(walk), text));
     if (walk.cut) {
@@ -128,7 +127,7 @@ std::string TakeApart(const std::string &bytes, Store &store) {
     }
   }
   const bool good = !walk.cut && walk.position == bytes.size();
-  return problem.empty() && !good ? Damaged(walk) : problem;
+  return good ? std::string() : Damaged(walk);
 }
 
 /* What a copying routine of the engine gives, with room for its terminator. */
@@ -162,6 +161,12 @@ void Forget(const Store &store, const std::set<std::string> &names) {
 }
 
 }  // namespace
+
+std::string StoreHeadProblem(std::string_view head) {
+  Walk walk{head};
+  int columns = 0;
+  return TakeStart(walk, columns);
+}
 
 std::string StoreTakeApart(const std::string &bytes, Store &store) {
   store.columns.clear();
@@ -197,7 +202,7 @@ bool StoreRead(const std::string &bytes, Store &store, std::string &problem, siz
 
 bool StoreOpen(const std::string &path, StoreAccess access, StoreFile &file, Store &store,
                std::string &error) {
-  if (!StoreFileOpen(path, access, file, error)) {
+  if (!StoreFileOpen(path, access, StoreHeadProblem, file, error)) {
     return false;
   }
   std::string problem;

@@ -9,6 +9,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/columns.h"
@@ -24,6 +25,9 @@ struct Store {
 };
 
 constexpr char kStoreIsFull[] = "a store has at most 32767 formulas and columns each";
+
+/* What the first bytes of a file tell is wrong with it as a store, or nothing. */
+std::string StoreHeadProblem(std::string_view head);
 
 /* Takes the columns and formulas out of the bytes of a stored context and parses nothing; what is
  * wrong with the bytes, or nothing. */

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 enum StoreAccess {
   STORE_READ,
@@ -20,17 +21,24 @@ struct StoreFile {
   bool exists = false;
   std::filesystem::path target; /* what the path leads to, behind symbolic links */
   struct stat status = {};      /* of the file that is there */
-  int folder = -1;              /* its folder, held locked by who may change the store */
+  int folder = -1;              /* its folder, open for who may change the store */
+  bool locked = false;          /* the folder: nobody else changes a store of it */
 };
 
-/* Reads the file. A program that may change a store waits for the others that do. False with a
- * message, also for what is no plain file or larger than 2 GiB. StoreFileClose in any case. */
-bool StoreFileOpen(const std::string &path, StoreAccess access, StoreFile &file,
-                   std::string &error);
+/* What the first bytes of a file tell is wrong with it, or nothing. */
+using HeadProblem = std::string (*)(std::string_view head);
+
+/* Reads the file, the whole of it only when its first bytes are good. A program that may change a
+ * store waits for the others that do, and says so on standard error when that takes long. False
+ * with a message, also for a file that is not a regular one or is larger than 2 GiB. StoreFileClose
+ * in any case. */
+bool StoreFileOpen(const std::string &path, StoreAccess access, HeadProblem headProblem,
+                   StoreFile &file, std::string &error);
 void StoreFileClose(StoreFile &file);
 
-/* Puts these bytes in the place of the file, with its permissions: after a failure, told in
- * `error`, or a power cut the old file is there whole, else the new one. */
+/* Puts these bytes in the place of the file, with its permissions and access control list: after a
+ * failure, told in `error`, or a power cut the old file is there whole, else the new one. Removes
+ * what writers that were killed have left in the folder. */
 bool StoreFileWrite(const StoreFile &file, const std::string &bytes, std::string &error);
 
 #endif

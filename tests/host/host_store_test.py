@@ -1,5 +1,6 @@
 """Formulas kept in a file: the commands over a store, damaged and foreign files, failing writes."""
 
+import fcntl
 import os
 import random
 import resource
@@ -25,6 +26,12 @@ def block(columns=SALES_COLUMNS, formulas=(), routine=ROUTINE):
     if formulas:
         content += struct.pack("<HH", 252, len(formulas))
     return content + b"".join(f"{text}\0{name}\0".encode() for name, text in formulas)
+
+
+def acl(owner, nobody, group, mask, other):
+    """An access control list with an entry for the user 65534, as the kernel takes it."""
+    entries = ((1, owner, -1), (2, nobody, 65534), (4, group, -1), (16, mask, -1), (32, other, -1))
+    return struct.pack("<I", 2) + b"".join(struct.pack("<HHi", *entry) for entry in entries)
 
 
 class StoreCase(support.FolderCase):
@@ -184,6 +191,20 @@ late   range    Date    sold AND sold + 7 DAYS
         lines = self.good("list", self.store).splitlines()[2:]
         self.assertEqual(sorted(line.split()[0] for line in lines), sorted(names))
 
+    def test_a_writer_that_waits_says_so(self):
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        with subprocess.Popen([support.ORLI, "define", self.store, self.data, "net=amount"],
+                              stderr=subprocess.PIPE) as waiting:
+            self.assertEqual(
+                waiting.stderr.readline().decode(),
+                f"orli: {self.store}: waiting for another program that changes a store in this folder\n")
+            self.assertFalse(self.store.exists())
+            fcntl.flock(folder, fcntl.LOCK_UN)
+            self.assertEqual(waiting.wait(), 0)
+        self.assertEqual(self.store.read_bytes(), block(formulas=[("net", "amount")]))
+
 
 class Files(StoreCase):
     def test_what_is_no_good_store_is_told_and_kept(self):
@@ -224,6 +245,18 @@ class Files(StoreCase):
             huge.truncate(2**31)
         self.refused(f"{self.folder / 'huge'}: is larger than 2 GiB, which no store is",
                      "list", self.folder / "huge")
+
+    def test_a_large_foreign_file_is_refused_by_its_first_bytes(self):
+        for start, words in ((b"", "is no store of orli"), (b"\3", "is damaged or cut short at byte 21")):
+            with open(self.store, "wb") as huge:
+                huge.write(start)
+                huge.truncate(2**31 - 1)
+            with subprocess.Popen([support.ORLI, "list", self.store], stderr=subprocess.PIPE) as listing:
+                self.assertEqual(listing.stderr.read().decode(), f"orli: {self.store}: {words}\n")
+                _, status, usage = os.wait4(listing.pid, 0)
+                listing.returncode = os.waitstatus_to_exitcode(status)
+            self.assertEqual(listing.returncode, 1)
+            self.assertLess(usage.ru_maxrss, 2**20, "KiB")
 
     def test_damage_is_refused_or_harmless(self):
         columns, formulas = (("amount", 0), ("a b", 1)), (("net", "amount * 2"), ("x", "net() - 1"))
@@ -280,6 +313,49 @@ class Files(StoreCase):
             self.assertEqual(stat.S_IMODE(self.store.stat().st_mode), mode)
         self.assertTrue(link.is_symlink() and not self.store.is_symlink())
         self.assertEqual(self.store.read_bytes(), block(formulas=[("a", "amount")]))
+
+    def acl(self, path=None):
+        """The access control list of a file, of the store by itself; None when it has no more than a mode."""
+        try:
+            return os.getxattr(path or self.store, "system.posix_acl_access")
+        except OSError:
+            return None
+
+    def test_access_control_lists_are_kept(self):
+        wanted = acl(6, 4, 0, 6, 0)
+        try:
+            os.setxattr(self.data, "system.posix_acl_access", wanted)
+        except OSError as error:
+            self.skipTest(f"no access control lists here: {error}")
+        self.define("a=amount")
+        os.setxattr(self.store, "system.posix_acl_access", wanted)
+        self.define("b=amount")
+        self.assertEqual(self.acl(), wanted)
+        # A list that files of the folder begin with is for new files alone.
+        os.setxattr(self.folder, "system.posix_acl_default", wanted)
+        os.removexattr(self.store, "system.posix_acl_access")
+        self.store.chmod(0o640)
+        self.define("c=amount")
+        self.assertEqual((self.acl(), stat.S_IMODE(self.store.stat().st_mode)), (None, 0o640))
+        self.store.unlink()
+        self.define("d=amount")
+        self.assertEqual(self.acl(), wanted)
+        if os.geteuid() == 0:  # another user, who cannot keep the group
+            self.folder.chmod(0o777)
+            os.setxattr(self.store, "system.posix_acl_access", acl(6, 6, 6, 6, 0))
+            try:
+                subprocess.run([support.ORLI, "delete", self.store, "d"], check=True,
+                               user=65534, group=65534, extra_groups=[])
+            except PermissionError:
+                self.skipTest("the program is in a folder that other users may not enter")
+            self.assertEqual(self.acl(), acl(6, 6, 0, 6, 0))
+
+    def test_what_killed_writers_leave_is_swept(self):
+        kept = [".orli-backup.tmp", ".orli-1-0", "1-0.tmp", ".orli.tmp"]
+        for name in kept + [".orli-1-0.tmp", ".orli-4194304-12.tmp"]:
+            self.file("", name)
+        self.define("a=amount")
+        self.assertEqual(sorted(os.listdir(self.folder)), sorted(kept + ["data.csv", "sales.store"]))
 
 
 if __name__ == "__main__":
