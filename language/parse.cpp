@@ -286,11 +286,13 @@ int32_t TrialKind(EC ec, HEXP exp, const char *text, const char *name) {
 }
 
 int32_t ORLInputNameIsKeyword(char *target, const char *source) {
-  const bool isWord = DateUnitOfWord(source) != 0;
-  const size_t length = std::strlen(source);
-  std::memmove(target + (isWord ? 1 : 0), source, length + 1);
-  if (isWord) {
-    target[0] = '_';
+  const char *name = source != nullptr ? source : "";
+  const bool isWord = DateUnitOfWord(name) != 0;
+  if (target != nullptr) {
+    std::memmove(target + (isWord ? 1 : 0), name, std::strlen(name) + 1);
+    if (isWord) {
+      target[0] = '_';
+    }
   }
   return isWord ? 1 : 0;
 }

@@ -187,6 +187,10 @@ typedef int32_t (*OrlDelPermissionProc)(EC ec, HEXP exp, void *dialog);
 /* Told of the formula that ended a load. */
 typedef void (*OrlErrorProc)(EC ec, const char *text, const FormulaError *error);
 typedef int32_t (*OrlHelpProc)(int32_t command, intptr_t data);
+/* Fills the list of the values dialog. A String value that the user picks is inserted in quotes, with
+ * its own quotes doubled. Since \' is a quote too in a formula, a backslash in front of a quote of the
+ * value is lost when the formula is computed, and a value that ends with a backslash joins with the
+ * rest of the formula up to its next quote, if there is one. */
 typedef void (*OrlListValuesProc)(EC ec, const char *name, void *list, int32_t first,
                                   int32_t *more);
 
@@ -297,7 +301,7 @@ ORL_API HEXP ORLParseString(EC ec, const char *text, const char *name, FormulaEr
 ORL_API HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name,
                              FormulaError *error, uint16_t *dataType);
 /* Copies a name of at most 64 bytes to `target` (66 bytes), with "_" ahead when it is a date unit
- * word; 1 in that case, else 0. */
+ * word; 1 in that case, else 0. A null source is the empty name, a null target takes no copy. */
 ORL_API int32_t ORLInputNameIsKeyword(char *target, const char *source);
 
 /* ---- Evaluation ------------------------------------------------------------------------------ */
