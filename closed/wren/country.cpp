@@ -41,6 +41,7 @@ constexpr Country kUnitedStates = {
     .currencyCode = "USD",
     .currencyDecimalSeparator = ".",
     .currencyThousandsSeparator = ",",
+    .currencyGrouping = {3, 3, 3, 3},
     .currencyDecimals = 2,
     .currencySignFirst = true,
     .currencySpace = false,
@@ -274,24 +275,28 @@ void ReadDates(const LocaleHandle &locale, Country &country) {
   ReadNames(locale, converter, country.markers, kMarkerItems);
 }
 
+// Reads the sizes of groups. Without groups there is no separator.
+void ReadGrouping(const char *sizes, uint8_t (&grouping)[4], char (&separator)[8]) {
+  uint8_t size = 0;
+  bool more = true;
+  for (uint8_t &target : grouping) {
+    if (more && *sizes != 0) {
+      // The largest and the negative number both say that no group follows.
+      more = *sizes > 0 && *sizes < CHAR_MAX;
+      size = more ? static_cast<uint8_t>(*sizes++) : 0;
+    }
+    target = size;
+  }
+  if (grouping[0] == 0) {
+    memset(separator, 0, sizeof separator);
+  }
+}
+
 void ReadNumbers(const LocaleHandle &locale, Country &country) {
   const Converter converter("UTF-8", locale.Text(_NL_NUMERIC_CODESET));
   ConvertSeparators(converter, country.decimalSeparator, country.thousandsSeparator,
                     locale.Text(RADIXCHAR), locale.Text(THOUSEP));
-  const char *groups = locale.Text(__GROUPING);
-  uint8_t size = 0;
-  bool more = true;
-  for (uint8_t &target : country.grouping) {
-    if (more && *groups != 0) {
-      // The largest and the negative number both say that no group follows.
-      more = *groups > 0 && *groups < CHAR_MAX;
-      size = more ? static_cast<uint8_t>(*groups++) : 0;
-    }
-    target = size;
-  }
-  if (country.grouping[0] == 0) {
-    memset(country.thousandsSeparator, 0, sizeof country.thousandsSeparator);
-  }
+  ReadGrouping(locale.Text(__GROUPING), country.grouping, country.thousandsSeparator);
 }
 
 void ReadMoney(const LocaleHandle &locale, Country &country) {
@@ -310,6 +315,8 @@ void ReadMoney(const LocaleHandle &locale, Country &country) {
     ConvertSeparators(converter, country.currencyDecimalSeparator,
                       country.currencyThousandsSeparator, locale.Text(__MON_DECIMAL_POINT),
                       locale.Text(__MON_THOUSANDS_SEP));
+    ReadGrouping(locale.Text(__MON_GROUPING), country.currencyGrouping,
+                 country.currencyThousandsSeparator);
   }
   const int decimals = locale.Number(__FRAC_DIGITS);
   country.currencyDecimals = decimals >= 0 && decimals < SCHAR_MAX ? decimals : 2;
@@ -392,21 +399,21 @@ void FillSet(CountrySet &set, const Country &source) {
   ConvertCountry(source, "UTF-8", set.inCodePage[2]);
 }
 
-std::mutex changing;           // guards the making of sets
-CountrySet *newest = nullptr;  // all sets made so far
-CountrySet firstSet;           // needs no memory, so the first choice cannot fail for lack of it
+std::mutex changing;                         // guards the making of sets
+std::atomic<CountrySet *> newest = nullptr;  // all sets made so far
+CountrySet firstSet;  // needs no memory, so the first choice cannot fail for lack of it
 std::atomic<CountrySet *> current = nullptr;
 
 // The set of these settings, made when there is none yet; null when there is no memory. The caller
 // holds `changing`.
 CountrySet *SetOf(const Country &source) {
-  for (CountrySet *set = newest; set != nullptr; set = set->older) {
+  for (CountrySet *set = newest.load(std::memory_order_relaxed); set != nullptr; set = set->older) {
     if (set->source == source) {
       return set;
     }
   }
   CountrySet *set = &firstSet;
-  if (newest != nullptr) {
+  if (newest.load(std::memory_order_relaxed) != nullptr) {
     void *block = WRENMemAlloc(sizeof(CountrySet));
     if (block == nullptr) {
       return nullptr;
@@ -414,8 +421,8 @@ CountrySet *SetOf(const Country &source) {
     set = new (block) CountrySet;
   }
   FillSet(*set, source);
-  set->older = newest;
-  newest = set;
+  set->older = newest.load(std::memory_order_relaxed);
+  newest.store(set, std::memory_order_release);
   return set;
 }
 
@@ -442,15 +449,7 @@ const CountrySet &FirstChoice() {
   return *current.load(std::memory_order_acquire);
 }
 
-}  // namespace
-
-const Country &CountryBuiltIn() {
-  return kUnitedStates;
-}
-
-const Country &CountryNow() {
-  const CountrySet *chosen = current.load(std::memory_order_acquire);
-  const CountrySet &set = chosen != nullptr ? *chosen : FirstChoice();
+const Country &InActiveCodePage(const CountrySet &set) {
   switch (CodePageNow()) {
     case CodePage::Japanese:
       return set.inCodePage[1];
@@ -460,6 +459,31 @@ const Country &CountryNow() {
       break;
   }
   return set.inCodePage[0];
+}
+
+}  // namespace
+
+const Country &CountryBuiltIn() {
+  return kUnitedStates;
+}
+
+const Country &CountryNow() {
+  const CountrySet *chosen = current.load(std::memory_order_acquire);
+  return InActiveCodePage(chosen != nullptr ? *chosen : FirstChoice());
+}
+
+const char *NamesInActiveCodePage(const char *names) {
+  for (const CountrySet *set = newest.load(std::memory_order_acquire); set != nullptr;
+       set = set->older) {
+    for (const Country &country : set->inCodePage) {
+      for (size_t list = 0; list < std::size(country.nameTexts); list++) {
+        if (names == country.nameTexts[list]) {
+          return InActiveCodePage(*set).nameTexts[list];
+        }
+      }
+    }
+  }
+  return names;
 }
 
 int32_t WRENSetCountry(const char *localeName) {

@@ -25,6 +25,7 @@ struct Country {
   char currencyCode[8];  // the three letters of the currency, for where the sign has no form
   char currencyDecimalSeparator[8];
   char currencyThousandsSeparator[8];
+  uint8_t currencyGrouping[4];
   int32_t currencyDecimals;
   bool currencySignFirst;      // ahead of the digits
   bool currencySpace;          // a blank between sign and digits
@@ -39,5 +40,9 @@ const Country &CountryBuiltIn();
 
 // The settings in force, in the active code page. The record is never changed or freed.
 const Country &CountryNow();
+
+// A list of names as a LocaleBlock has them, in the active code page: the block may have been loaded
+// under another one. Lists that are not of the settings are returned as they are.
+const char *NamesInActiveCodePage(const char *names);
 
 #endif

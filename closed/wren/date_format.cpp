@@ -390,7 +390,7 @@ DateTextResult WriteDateText(const FormatRecord &record) {
     return DateTextResult::Refused;
   }
   const auto names = [&](const char *own, int32_t which) {
-    return !useCountry && own != nullptr ? own : country.nameTexts[which];
+    return !useCountry && own != nullptr ? NamesInActiveCodePage(own) : country.nameTexts[which];
   };
   DateWriter writer = {.text = record.output,
                        .used = 0,

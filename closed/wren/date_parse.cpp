@@ -1,12 +1,17 @@
 // Text to dates and times.
 //
 //   date    N s N s N           12/31/1999, 31.12.1999, 1999-12-31; s is one of - . / : and
-//   backslash
+//                               backslash, twice the same
 //           N s word s N        12-Jan-1999, 1999-Jan-12
-//           N blanks word tail N   12 Jan 1999, 12 January, 1999
-//           word blanks N tail N   Jan 12, 1999; a tail is a comma, blanks, or both
-//   time    N [t N [t N [t N]]] [marker]   10:30, 10:30:15.250, 10 pm; t is : or .
-//   date and time are joined by blanks, by one s, or by a T
+//           N [.] blanks word [.] tail N   12 Jan 1999, 12. January, 1999
+//           word [.] blanks N tail N       Jan 12, 1999; a tail is a comma, blanks, or both
+//   time    N t N [t N [. N]] [marker]     10:30, 10:30:15.250; t is : or the country's separator,
+//                                          with a marker also a point
+//           N marker                       10 pm
+//   date and time are joined by blanks or by a T
+//
+// These forms are strict because the scanner offers every run of numbers, points and signs as a
+// date: «2-1.5», «1.5-0.5» and «12/31/1999-1» are arithmetic.
 //
 // Each routine reads its part at the cursor, moves behind it and gives 1; on 0 the whole reading
 // has failed. Every reading goes through the text once, and there is a fixed number of readings.
@@ -26,6 +31,7 @@ namespace {
 struct Conventions {
   DateOrder order;
   int32_t pivotYear;
+  char timeSeparator;
   const char *monthNames;
   const char *markers;
   CodePage page;
@@ -188,11 +194,11 @@ bool ReadMarker(Cursor &cursor, const Conventions &conventions, int32_t &half) {
 
 // ---- Times ----
 
-// Reads a time up to the end of the text. `lone` tells whether an hour alone, without minutes and
-// without a marker, is a time.
-bool ReadTime(Cursor &cursor, const Conventions &conventions, bool lone, DateTimeParts &parts) {
+// Reads a time up to the end of the text.
+bool ReadTime(Cursor &cursor, const Conventions &conventions, DateTimeParts &parts) {
   Number numbers[3] = {};
   int32_t count = 0;
+  char separator = 0;
   parts.fraction = 0;
   while (count < 3) {
     if (!ReadNumber(cursor, numbers[count++])) {
@@ -201,8 +207,10 @@ bool ReadTime(Cursor &cursor, const Conventions &conventions, bool lone, DateTim
     if (!IsTimeSeparator(Peek(cursor))) {
       break;
     }
-    cursor.at++;
-    if (count == 3 && !ReadFraction(cursor, parts.fraction)) {
+    const char mark = *cursor.at++;
+    if (count == 1) {
+      separator = mark;
+    } else if (count == 2 ? mark != separator : !ReadFraction(cursor, parts.fraction)) {
       return false;
     }
   }
@@ -211,7 +219,8 @@ bool ReadTime(Cursor &cursor, const Conventions &conventions, bool lone, DateTim
   parts.second = numbers[2].value;
   SkipBlanks(cursor);
   if (cursor.at == cursor.end) {
-    return (lone || count > 1) && IsTimeReal(parts);
+    return count > 1 && (separator == ':' || separator == conventions.timeSeparator) &&
+           IsTimeReal(parts);
   }
   int32_t half = 0;
   if (parts.hour > 12 || !ReadMarker(cursor, conventions, half)) {
@@ -223,7 +232,7 @@ bool ReadTime(Cursor &cursor, const Conventions &conventions, bool lone, DateTim
 
 bool IsTime(Cursor cursor, const Conventions &conventions) {
   DateTimeParts parts = {};
-  return ReadTime(cursor, conventions, false, parts);
+  return ReadTime(cursor, conventions, parts);
 }
 
 // ---- Dates ----
@@ -273,26 +282,37 @@ bool SkipTail(Cursor &cursor) {
   return SkipBlanks(cursor) || comma;
 }
 
-// word blanks N tail N
+bool SkipByte(Cursor &cursor, char byte) {
+  const bool found = Peek(cursor) == byte;
+  cursor.at += found ? 1 : 0;
+  return found;
+}
+
+// Reads a month's name that may be abbreviated by a point, as in "Jan. 12, 1999".
+bool ReadWrittenMonth(Cursor &cursor, const Conventions &conventions, Number &month) {
+  if (!ReadMonth(cursor, conventions, month)) {
+    return false;
+  }
+  SkipByte(cursor, '.');
+  return true;
+}
+
+// word [.] blanks N tail N
 bool ReadMonthFirst(Cursor &cursor, const Conventions &conventions, DateTimeParts &parts) {
   Number month;
   Number day;
   Number year;
-  return ReadMonth(cursor, conventions, month) && SkipBlanks(cursor) && ReadNumber(cursor, day) &&
-         SkipTail(cursor) && ReadNumber(cursor, year) &&
+  return ReadWrittenMonth(cursor, conventions, month) && SkipBlanks(cursor) &&
+         ReadNumber(cursor, day) && SkipTail(cursor) && ReadNumber(cursor, year) &&
          MakeDate(year, month, day, conventions, parts);
 }
 
-// N s N s N. With a ":" it is a time and no date when the whole text can be one.
-bool ReadNumericDate(Cursor &cursor, const Cursor &start, Number (&numbers)[3],
+// N s N s N, from the second number on. With a ":" it is a time and no date when the whole text can
+// be one.
+bool ReadNumericDate(Cursor &cursor, const Cursor &start, char separator, Number (&numbers)[3],
                      const Conventions &conventions, DateTimeParts &parts) {
-  const char first = cursor.at[-1];
-  if (!ReadNumber(cursor, numbers[1]) || !IsSeparator(Peek(cursor))) {
-    return false;
-  }
-  const char second = *cursor.at++;
-  return ReadNumber(cursor, numbers[2]) &&
-         !((first == ':' || second == ':') && IsTime(start, conventions)) &&
+  return ReadNumber(cursor, numbers[1]) && SkipByte(cursor, separator) &&
+         ReadNumber(cursor, numbers[2]) && !(separator == ':' && IsTime(start, conventions)) &&
          MakeNumericDate(numbers, conventions, parts);
 }
 
@@ -305,20 +325,16 @@ bool ReadDate(Cursor &cursor, const Conventions &conventions, DateTimeParts &par
   if (!ReadNumber(cursor, numbers[0])) {
     return false;
   }
-  Number month;
-  if (IsSeparator(Peek(cursor))) {
-    cursor.at++;
-    if (IsDigit(Peek(cursor))) {
-      return ReadNumericDate(cursor, start, numbers, conventions, parts);
-    }
-    if (!ReadMonth(cursor, conventions, month) || !IsSeparator(Peek(cursor))) {
-      return false;
-    }
-    cursor.at++;
-  } else if (!SkipBlanks(cursor) || !ReadMonth(cursor, conventions, month) || !SkipTail(cursor)) {
-    return false;
+  const char separator = IsSeparator(Peek(cursor)) ? *cursor.at++ : '\0';
+  if (separator != 0 && IsDigit(Peek(cursor))) {
+    return ReadNumericDate(cursor, start, separator, numbers, conventions, parts);
   }
-  return ReadNumber(cursor, numbers[2]) &&
+  Number month;
+  const bool written = (separator == 0 || separator == '.') && SkipBlanks(cursor);
+  const bool named = written ? ReadWrittenMonth(cursor, conventions, month) && SkipTail(cursor)
+                             : separator != 0 && ReadMonth(cursor, conventions, month) &&
+                                   SkipByte(cursor, separator);
+  return named && ReadNumber(cursor, numbers[2]) &&
          MakeNamedDate(numbers[0], month, numbers[2], conventions, parts);
 }
 
@@ -329,19 +345,14 @@ bool ReadDateAndTime(Cursor &cursor, const Conventions &conventions, DateTimePar
   if (cursor.at == cursor.end) {
     return true;
   }
-  if (!SkipBlanks(cursor)) {
-    if (!IsSeparator(*cursor.at) && *cursor.at != 'T') {
-      return false;
-    }
-    cursor.at++;
-  }
-  return ReadTime(cursor, conventions, true, parts);
+  return (SkipBlanks(cursor) || SkipByte(cursor, 'T')) && ReadTime(cursor, conventions, parts);
 }
 
 Conventions ConventionsOf(const FormatRecord &record) {
   const Country &country = CountryNow();
   Conventions result = {.order = country.dateOrder,
                         .pivotYear = country.pivotYear,
+                        .timeSeparator = country.timeSeparator[0],
                         .monthNames = country.nameTexts[1],
                         .markers = country.nameTexts[2],
                         .page = CodePageNow()};
@@ -350,8 +361,8 @@ Conventions ConventionsOf(const FormatRecord &record) {
     result.pivotYear = record.pivotYear >= kFirstYear && record.pivotYear <= kLastYear - 99
                            ? record.pivotYear
                            : country.pivotYear;
-    result.monthNames = record.monthNames;
-    result.markers = record.markers;
+    result.monthNames = NamesInActiveCodePage(record.monthNames);
+    result.markers = NamesInActiveCodePage(record.markers);
   }
   return result;
 }
@@ -376,7 +387,7 @@ int32_t WRENFmtParseDate(FormatRecord *record) {
       break;
     case WREN_FMT_TIME:
       parts = kDayOfTimes;
-      good = ReadTime(cursor, conventions, false, parts);
+      good = ReadTime(cursor, conventions, parts);
       break;
     case WREN_FMT_DATETIME:
       good = ReadDateAndTime(cursor, conventions, parts);

@@ -40,10 +40,11 @@ NumberMarks NumberMarksOfCountry(const Country &country) {
 }
 
 NumberMarks NumberMarksOfMoney(const Country &country) {
-  NumberMarks marks = NumberMarksOfCountry(country);
+  NumberMarks marks = {};
   static_assert(sizeof marks.decimal == sizeof country.currencyDecimalSeparator);
   std::memcpy(marks.decimal, country.currencyDecimalSeparator, sizeof marks.decimal);
   std::memcpy(marks.thousands, country.currencyThousandsSeparator, sizeof marks.thousands);
+  std::memcpy(marks.grouping, country.currencyGrouping, sizeof marks.grouping);
   return marks;
 }
 

@@ -26,13 +26,24 @@ namespace {
 
 bool haveLocales = false;
 
-// Writes the source of a locale: Pashto, whose separators are in no code page but UTF-8, with a
-// full stop between the thousands of plain numbers.
-constexpr const char *kPoints = R"( && {
-for c in IDENTIFICATION CTYPE COLLATE TIME MONETARY MESSAGES PAPER NAME ADDRESS TELEPHONE MEASUREMENT
-do printf 'LC_%s\ncopy "ps_AF"\nEND LC_%s\n' $c $c; done
-printf 'LC_NUMERIC\ndecimal_point "<U066B>"\nthousands_sep "."\ngrouping 3;3\nEND LC_NUMERIC\n'
-} >points)";
+// Makes a locale of each name, but for the categories that take long to make and are not looked at.
+// "points" is Pashto, whose separators are in no code page but UTF-8, with a full stop between the
+// thousands of plain numbers.
+constexpr const char *kMakeLocales = R"( || exit 1
+for name in de_DE ja_JP fr_FR fi_FI en_GB pt_PT hi_IN points; do
+  for c in IDENTIFICATION CTYPE COLLATE TIME NUMERIC MONETARY MESSAGES PAPER NAME ADDRESS TELEPHONE \
+      MEASUREMENT; do
+    case $c-$name in
+      COLLATE-*) text='copy "POSIX"' ;;
+      NUMERIC-points) text='decimal_point "<U066B>"\nthousands_sep "."\ngrouping 3;3' ;;
+      *-points) text='copy "ps_AF"' ;;
+      *) text='copy "'$name'"' ;;
+    esac
+    printf "LC_$c\n$text\nEND LC_$c\n"
+  done >$name.source
+  localedef -c -f UTF-8 -i ./$name.source ./$name.UTF-8 || [ $? = 1 ] || exit 1
+done >log 2>&1
+)";
 
 // A directory with the locales, the system's only place for locales until it is cleared away.
 struct LocaleEnvironment : testing::Environment {
@@ -40,9 +51,7 @@ struct LocaleEnvironment : testing::Environment {
 
   void SetUp() override {
     ASSERT_NE(mkdtemp(directory), nullptr);
-    const std::string command =
-        std::string("cd ") + directory + kPoints + " && for l in de_DE ja_JP fr_FR fi_FI en_GB" +
-        " ./points; do localedef -f UTF-8 -i $l ./$l.UTF-8 || exit 1; done >/dev/null 2>&1";
+    const std::string command = std::string("cd ") + directory + kMakeLocales;
     haveLocales = system(command.c_str()) == 0;
     setenv("LOCPATH", directory, 1);
   }
@@ -138,20 +147,72 @@ TEST_F(CountryOfLocale, MonthsOfTheLanguageAreRead) {
     const char *locale, *text, *date;
   } rows[] = {
       {"de_DE.UTF-8", "5 M\xC3\xA4rz 2012", "2012-03-05 00:00:00"},
-      {"de_DE.UTF-8", "5 M\xC3\x84RZ 2012", "2012-03-05 00:00:00"},
+      {"de_DE.UTF-8", "5. M\xC3\x84RZ 2012", "2012-03-05 00:00:00"},
       {"de_DE.UTF-8", "5 Dez 2012", "2012-12-05 00:00:00"},
       {"de_DE.UTF-8", "5 Dec 2012", "2012-12-05 00:00:00"},
       {"de_DE.UTF-8", "5 Dezem 2012", "2012-12-05 00:00:00"},
-      {"fr_FR.UTF-8", "5 f\xC3\xA9vr 2012", "2012-02-05 00:00:00"},
+      {"fr_FR.UTF-8", "5 f\xC3\xA9vr. 2012", "2012-02-05 00:00:00"},
       {"fr_FR.UTF-8", "5 juil 2012", "2012-07-05 00:00:00"},
       {"fr_FR.UTF-8", "5 jui 2012", "no"},
       {"fr_FR.UTF-8", "5/6/2012 14:00", "2012-06-05 14:00:00"},
+      {"fr_FR.UTF-8", "5/6/2012 14.00", "no"},
+      {"fi_FI.UTF-8", "5.6.2012 14.00", "2012-06-05 14:00:00"},
       {"ja_JP.UTF-8", "12/6/5 10:30 \xE5\x8D\x88\xE5\xBE\x8C", "2012-06-05 22:30:00"},
   };
   for (const auto &row : rows) {
     SCOPED_TRACE(std::string(row.locale) + ": " + row.text);
     ASSERT_EQ(WRENSetCountry(row.locale), 1);
     EXPECT_EQ(Read(WREN_FMT_DATETIME, row.text), row.date);
+  }
+}
+
+// A LocaleBlock is loaded once and may outlive a change of the code page.
+TEST_F(CountryOfLocale, LoadedNamesFollowTheCodePage) {
+  ASSERT_EQ(WRENSetCountry("de_DE.UTF-8"), 1);
+  FormatRecord record = Record(WREN_FMT_DATE, 1);
+  record.picture = "d. MMMM yyyy";
+  ASSERT_EQ(WRENSetCountry("C"), 1);
+  const struct {
+    int32_t codePage;
+    const char *text;
+  } rows[] = {{1252, "5. M\xE4rz 2012"}, {932, "5. March 2012"}, {65001, "5. M\xC3\xA4rz 2012"}};
+  for (const auto &[codePage, text] : rows) {
+    WRENSetCodePage(codePage);
+    EXPECT_EQ(Write(record, Parts(2012, 3, 5)), text);
+    record.input = text;
+    record.parts = {};
+    EXPECT_EQ(WRENFmtParseDate(&record), 1) << text;
+    EXPECT_EQ(Iso(record.parts), "2012-03-05 00:00:00") << text;
+  }
+}
+
+// Amounts are grouped by the settings of money, also where plain numbers are not.
+TEST_F(CountryOfLocale, MoneyHasGroupsOfItsOwn) {
+  const struct {
+    const char *locale, *plain, *amount;
+  } rows[] = {
+      {"pt_PT.UTF-8", "1234567,5", "1.234.567,50 \xE2\x82\xAC"},
+      {"hi_IN.UTF-8", "1,234,567.5",
+       "\xE2\x82\xB9"
+       "12,34,567.50"},
+  };
+  for (const auto &row : rows) {
+    ASSERT_EQ(WRENSetCountry(row.locale), 1);
+    for (const int32_t mode : {WREN_FMT_NUMBER, WREN_FMT_CURRENCY}) {
+      char text[kDateTextRoom];
+      FormatRecord record = Record(mode);
+      WRENNumFromText(&record.number, "1234567.5");
+      record.output = text;
+      EXPECT_EQ(WRENFmtNumber(&record), 1) << row.locale;
+      EXPECT_STREQ(text, mode == WREN_FMT_NUMBER ? row.plain : row.amount);
+      WRENNumSetNull(&record.number);
+      record.mode = WREN_FMT_NUMBER;
+      record.input = text;
+      EXPECT_EQ(WRENFmtParseNumber(&record), 1) << text;
+      double number = 0;
+      WRENNumToDouble(&record.number, &number);
+      EXPECT_EQ(number, 1234567.5) << text;
+    }
   }
 }
 

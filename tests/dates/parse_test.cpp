@@ -16,136 +16,128 @@
 
 namespace {
 
-// ---- A model that takes a text apart word by word
+// ---- A model that looks at the form of a text: the kinds of its pieces in a row
 
 // clang-format off
 constexpr const char *kMonths[] = {"January", "february", "MARCH", "April", "may", "June", "July",
                                    "august", "september", "october", "november", "december"};
 // clang-format on
 
+struct Piece {
+  char kind;  // n: a number, w: a word, _: blanks, else the byte itself
+  std::string text;
+};
+using Pieces = std::vector<Piece>;
+
+Pieces PiecesOf(const std::string &text) {
+  Pieces pieces;
+  for (const char byte : text) {
+    const int code = static_cast<uint8_t>(byte);
+    const char kind = isdigit(code) != 0   ? 'n'
+                      : isalpha(code) != 0 ? 'w'
+                      : isspace(code) != 0 ? '_'
+                                           : byte;
+    const bool goesOn = !pieces.empty() && pieces.back().kind == kind && strchr("nw_", kind);
+    if (!goesOn) pieces.push_back({kind, ""});
+    pieces.back().text += byte;
+  }
+  if (!pieces.empty() && pieces.back().kind == '_') pieces.pop_back();
+  if (!pieces.empty() && pieces.front().kind == '_') pieces.erase(pieces.begin());
+  return pieces;
+}
+
 int32_t NumberOf(const std::string &digits) {
   return digits.size() > 8 ? 99999999 : std::stoi("0" + digits);
 }
 
 // The month of a word or a number; 0 for a word that is none.
-int32_t MonthOf(const std::string &word) {
+int32_t MonthOf(const Piece &piece) {
   for (int32_t i = 0; i < 12; i++) {
+    const std::string &word = piece.text;
     if (word.size() > 2 && strncasecmp(kMonths[i], word.c_str(), word.size()) == 0) {
       return i + 1;
     }
   }
-  return isdigit(word[0]) != 0 ? NumberOf(word) : 0;
+  return piece.kind == 'n' ? NumberOf(piece.text) : 0;
 }
 
-bool IsDate(DateTimeParts &p, const std::string &year, const std::string &month,
-            const std::string &day) {
-  p.year = NumberOf(year);
-  p.year += year.size() > 2 ? 0 : p.year < 50 ? 2000 : 1900;
+bool IsDate(DateTimeParts &p, const Piece &year, const Piece &month, const Piece &day) {
+  p.year = NumberOf(year.text);
+  p.year += year.text.size() > 2 ? 0 : p.year < 50 ? 2000 : 1900;
   p.month = MonthOf(month);
-  p.day = NumberOf(day);
+  p.day = NumberOf(day.text);
   return p.year > 0 && p.year < 10000 && p.day < 32 &&
          (std::chrono::year{p.year} / p.month / p.day).ok();
 }
 
-// Takes the bytes of a kind off the front of a text.
-std::string Take(std::string &rest, int (*isKind)(int)) {
-  size_t length = 0;
-  while (length < rest.size() && isKind(static_cast<uint8_t>(rest[length])) != 0) length++;
-  std::string taken = rest.substr(0, length);
-  rest.erase(0, length);
-  return taken;
-}
-
-// Takes the first byte if it is one of these, else gives 0.
-char TakeOne(std::string &rest, const char *marks) {
-  const char mark = rest.empty() || strchr(marks, rest[0]) == nullptr ? '\0' : rest[0];
-  rest.erase(0, mark != 0 ? 1 : 0);
-  return mark;
-}
-
-bool ReadTime(std::string rest, DateTimeParts &p, bool hourIsEnough) {
-  std::string fields[4];  // hour, minute, second, fraction
-  size_t count = 0;
-  do {
-    fields[count] = Take(rest, isdigit);
-    if (fields[count++].empty()) return false;
-  } while (count < 4 && TakeOne(rest, ":.") != 0);
-  Take(rest, isspace);
-  const char marker = TakeOne(rest, "aApP");
-  if (marker != 0 && TakeOne(rest, "mM") == 0) return false;
-  Take(rest, isspace);
-  if (!rest.empty() || (count == 1 && marker == 0 && !hourIsEnough)) return false;
-  p.hour = NumberOf(fields[0]);
-  p.minute = NumberOf(fields[1]);
-  p.second = NumberOf(fields[2]);
-  p.fraction = NumberOf((fields[3] + "000000").substr(0, 6));
-  if (marker != 0) {
-    if (p.hour > 12) return false;
-    p.hour = p.hour % 12 + (tolower(marker) == 'p' ? 12 : 0);
+bool IsTime(Pieces pieces, DateTimeParts &p) {
+  std::string marker;
+  if (!pieces.empty() && pieces.back().kind == 'w') {
+    marker = std::string(1, static_cast<char>(tolower(pieces.back().text[0])));
+    if (strcasecmp(pieces.back().text.c_str(), (marker + "m").c_str()) != 0) return false;
+    pieces.pop_back();
+    if (!pieces.empty() && pieces.back().kind == '_') pieces.pop_back();
+  }
+  static const std::set<std::string> unmarked = {"n:n", "n:n:n", "n:n:n.n", "n:n:n:n"};
+  static const std::set<std::string> marked = {"n", "n.n", "n.n.n", "n.n.n.n", "n.n.n:n"};
+  std::string form;
+  for (const Piece &piece : pieces) form += piece.kind;
+  if (!unmarked.contains(form) && (marker.empty() || !marked.contains(form))) return false;
+  pieces.resize(7, {'n', ""});
+  p.hour = NumberOf(pieces[0].text);
+  p.minute = NumberOf(pieces[2].text);
+  p.second = NumberOf(pieces[4].text);
+  p.fraction = NumberOf((pieces[6].text + "000000").substr(0, 6));
+  if (!marker.empty()) {
+    if ((marker != "a" && marker != "p") || p.hour > 12) return false;
+    p.hour = p.hour % 12 + (marker == "p" ? 12 : 0);
   }
   return p.hour < 24 && p.minute < 60 && p.second < 60;
 }
 
-struct DateText {
-  std::string words[3];
-  std::string
-      form;    // as "n-w-n": numbers and names with a separator, blanks (_) or a comma between
-  bool colon;  // one of the separators is a colon
-  std::string rest;
-};
-
-DateText DateTextOf(const std::string &text) {
-  DateText date = {};
-  date.rest = text;
-  Take(date.rest, isspace);
-  for (size_t i = 0; i < 3; i++) {
-    if (i > 0) {
-      const bool blank = !Take(date.rest, isspace).empty();
-      const char mark = blank ? '_' : TakeOne(date.rest, "-./:\\,");
-      if (mark == ',') Take(date.rest, isspace);
-      date.colon = date.colon || mark == ':';
-      date.form += mark == 0 ? '?' : mark == '_' || mark == ',' ? mark : '-';
-    }
-    date.words[i] = Take(date.rest, isalpha);
-    date.form += date.words[i].empty() ? 'n' : 'w';
-    if (date.words[i].empty()) date.words[i] = Take(date.rest, isdigit);
-    if (date.words[i].empty()) date.form += '?';
+// The forms of dates: equal separators, or blanks, where points end a day or an abbreviated month.
+std::set<std::string> DateForms() {
+  std::set<std::string> forms;
+  for (const char separator : {'-', '.', '/', ':', '\\'}) {
+    forms.insert({'n', separator, 'n', separator, 'n'});
+    forms.insert({'n', separator, 'w', separator, 'n'});
   }
-  return date;
+  for (const std::string tail : {"_n", ",n", ",_n"}) {
+    for (const std::string first : {"n_w", "n._w", "n_w.", "n._w.", "w_n", "w._n"}) {
+      forms.insert(first + tail);
+    }
+  }
+  return forms;
 }
 
 std::string Model(int32_t mode, const std::string &text, int32_t order) {
-  static const std::set<std::string> forms = {"n-n-n", "n-w-n", "n_w_n", "n_w,n", "w_n_n", "w_n,n"};
+  static const std::set<std::string> forms = DateForms();
+  Pieces rest = PiecesOf(text);
   DateTimeParts p = Parts(1900, 1, 1);
-  std::string time = text;
-  Take(time, isspace);
-  const bool isTime = ReadTime(time, p, false);
-  if (mode == WREN_FMT_TIME) {
-    return isTime ? Iso(p) : "no";
-  }
+  const bool isTime = IsTime(rest, p);
+  if (mode == WREN_FMT_TIME) return isTime ? Iso(p) : "no";
   p = {};
-  DateText date = DateTextOf(text);
-  if (!forms.contains(date.form)) {
-    return "no";
+  Pieces fields;
+  std::string form;
+  while (!forms.contains(form)) {
+    if (rest.empty()) return "no";
+    form += rest.front().kind;
+    if (strchr("nw", rest.front().kind) != nullptr) fields.push_back(rest.front());
+    rest.erase(rest.begin());
   }
-  const bool numeric = date.form == "n-n-n";
+  const bool numeric = form.find('w') == std::string::npos;
   // Where year, month and day stand.
   std::array<size_t, 3> at = {2, 1, 0};
-  if (date.form[0] == 'w' || (numeric && order != 1)) {
-    at = {2, 0, 1};
-  }
-  if (date.form[0] == 'n' &&
-      (date.words[0].size() > 2 || (numeric && order == 2 && date.words[2].size() < 3))) {
-    at = {0, 1, 2};
-  }
-  bool good = IsDate(p, date.words[at[0]], date.words[at[1]], date.words[at[2]]) &&
-              !(numeric && date.colon && isTime);
-  const bool blank = !Take(date.rest, isspace).empty();
-  if (!date.rest.empty()) {
-    good = good && mode == WREN_FMT_DATETIME && (blank || TakeOne(date.rest, "-./:\\Tt") != 0) &&
-           ReadTime(date.rest, p, true);
-  }
-  return good ? Iso(p) : "no";
+  if (form[0] == 'w' || (numeric && order != 1)) at = {2, 0, 1};
+  const bool yearFirst =
+      fields[0].text.size() > 2 || (numeric && order == 2 && fields[2].text.size() < 3);
+  if (form[0] == 'n' && yearFirst) at = {0, 1, 2};
+  if (numeric && form[1] == ':' && isTime) return "no";
+  if (!IsDate(p, fields[at[0]], fields[at[1]], fields[at[2]])) return "no";
+  if (rest.empty()) return Iso(p);
+  const bool joined = rest.front().kind == '_' || rest.front().text == "T";
+  rest.erase(rest.begin());
+  return mode == WREN_FMT_DATETIME && joined && IsTime(rest, p) ? Iso(p) : "no";
 }
 
 // Random texts, most of them nearly dates or times, in all modes, orders and code pages.
@@ -157,7 +149,7 @@ TEST(ParseDate, AgreesWithTheModel) {
   // clang-format off
   const Words numbers = {"1", "2", "4", "10", "12", "1", "2", "4", "10", "12", "1999", "2012", "13", "23", "24", "29", "30", "31", "01",
                          "0", "00", "49", "50", "59", "60", "99", "2000", "1900", "987", "0099", "0000", "9999", "10000", "99999999999"};
-  const Words separators = {"-", ".", "/", ":", "\\", " ", ",", ", ", "\t\n "};
+  const Words separators = {"-", ".", "/", ":", "\\", " ", ",", ", ", "\t\n ", ". "};
   const Words joints = {" ", " ", "  ", "-", ".", "/", ":", "\\", "T", ","};
   const Words timeSeparators = {":", ":", ":", "."};
   const Words ends = {"", "", "", " pm", "AM", "\taM ", " p", " ", "."};
@@ -174,7 +166,7 @@ TEST(ParseDate, AgreesWithTheModel) {
       for (size_t k = 0; k < 3; k++) {
         text += k == named ? std::string(kMonths[random() % 12]).substr(0, 2 + random() % 8)
                            : any(numbers);
-        text += k == 2 ? "" : random() % 4 == 0 ? any(separators) : separator;
+        text += k == 2 ? "" : random() % 8 == 0 ? any(separators) : separator;
       }
     }
     if (shape != 1) {
@@ -214,6 +206,15 @@ TEST(ParseDate, Forms) {
       {1, 0, "1/1/49", "2049-01-01 00:00:00"},
       {1, 0, "1/1/50", "1950-01-01 00:00:00"},
       {3, 1, "12-Jan-99 12 PM", "1999-01-12 12:00:00"},
+      {3, 1, "12. Jan. 99", "1999-01-12 00:00:00"},
+      {3, 0, "Jan. 12, 99 9.30 pm", "1999-01-12 21:30:00"},
+      {3, 0, "12-Jan/99", "no"},
+      {3, 0, "2-1.5", "no"},
+      {3, 0, "1.5-0.5", "no"},
+      {3, 0, "12/31/1999-1", "no"},
+      {3, 0, "12/31/1999 10", "no"},
+      {3, 0, "12/31/1999 10.30", "no"},
+      {2, 0, "10.30", "no"},
       {1, 0, "Septe 1, 2012", "2012-09-01 00:00:00"},
       {3, 0, "12:31:1999", "1999-12-31 00:00:00"},
       {3, 0, "10:30:15", "no"},

@@ -166,9 +166,9 @@ TEST(DateText, ReadsBack) {
   const PlainSettings settings;
   const std::pair<const char *, int32_t> rows[] = {{"M/d/yyyy h:mm:ss.ffffff AM/PM", 0},
                                                    {"dd.MM.yyyy HH:mm:ss.ffffff", 1},
-                                                   {"yyyy-MM-dd HH:mm:ss.ffffff", 2},
-                                                   {"d MMMM, yyyy H.mm.ss.ffffff", 0},
-                                                   {"d-MMM-yyyy-hh:mm:ss:ffffff am/pm", 1},
+                                                   {"yyyy-MM-dd'T'HH:mm:ss.ffffff", 2},
+                                                   {"d. MMMM yyyy h.mm.ss.ffffff AM/PM", 0},
+                                                   {"d-MMM-yyyy hh:mm:ss:ffffff am/pm", 1},
                                                    {"MMM d, yyyy HH:mm:ss.ffffff", 2},
                                                    {nullptr, kOrderOfCountry}};
   std::mt19937_64 random(11);

@@ -1,7 +1,9 @@
 // Evaluation: values of every kind of node, host routines, and what the two entries deliver.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -81,6 +83,9 @@ TEST(Evaluate, Rows) {
       {"End + 20 HOURS", "2012-02-11 06:30:15"}, {"NullDate", "null"}, {"NullDate + 1", "null"},
       {"End - Start", "10"}, {"NullDate - Start", "null"},
       {"Start - Name", "none", ORL_FLAG_DATE_MINUS_STRING},
+      {"12/31/1999-1", "1999-12-30", ORL_FLAG_RANGES},
+      {"3/31/2012-1 MONTH", "2012-02-29", ORL_FLAG_RANGES},
+      {"Amount-1.5-2.5", "1", ORL_FLAG_RANGES}, {"10/5/2", "2002-10-05", ORL_FLAG_RANGES},
       // Texts
       {"Name || ' ' || 'b'", "'Ann b'"}, {"''", "''"}, {"'it''s'", "'it's'"}, {"'a\\'b'", "'a'b'"},
       {"'a\\''b'", "'a'b'"}, {"'a\\b'", "'a\\b'"}, {"'a\\'", "'a\\'"},
@@ -103,6 +108,63 @@ TEST(Evaluate, Rows) {
     EXPECT_EQ(Evaluate(ec, exp), row.value) << row.text << " again";
     EXPECT_EQ(TEST_LiveBlocks(), before) << row.text;
   }
+}
+
+struct Arithmetic {
+  std::vector<std::string> numbers;
+  std::string operators;  // between them
+
+  std::string Text() const {
+    std::string text = numbers[0];
+    for (size_t i = 0; i < operators.size(); ++i) text += operators[i] + numbers[i + 1];
+    return text;
+  }
+  // Two equal signs between whole numbers; what follows the second one may have a fraction.
+  bool MayHoldDate() const {
+    const auto whole = [&](size_t i) { return numbers[i].find('.') == std::string::npos; };
+    for (size_t i = 1; i < operators.size(); ++i) {
+      const bool sign = operators[i] == '-' || operators[i] == '/';
+      if (sign && operators[i] == operators[i - 1] && whole(i - 1) && whole(i)) return true;
+    }
+    return false;
+  }
+  double Value() const {
+    double sum = 0, term = std::stod(numbers[0]);
+    for (size_t i = 0; i < operators.size(); ++i) {
+      const double number = std::stod(numbers[i + 1]);
+      if (operators[i] == '*') term *= number;
+      if (operators[i] == '/') term /= number;
+      if (operators[i] == '*' || operators[i] == '/') continue;
+      sum += term;
+      term = operators[i] == '-' ? -number : number;
+    }
+    return sum + term;
+  }
+};
+
+TEST(Evaluate, PlainArithmeticIsNoDate) {
+  const EvaluationContext ec(ORL_FLAG_RANGES);
+  std::mt19937 random(7);
+  const auto upTo = [&](unsigned most) { return std::to_string(random() % most + 1); };
+  int dates = 0;
+  for (int i = 0; i < 20000; ++i) {
+    Arithmetic arithmetic;
+    for (auto count = 2 + random() % 3; count > 0; --count) {
+      arithmetic.numbers.push_back(upTo(13) + (random() % 2 == 0 ? "." + upTo(12) : ""));
+      if (count > 1) arithmetic.operators += "--//+*"[random() % 6];
+    }
+    const std::string text = arithmetic.Text();
+    if (arithmetic.MayHoldDate()) {
+      ++dates;
+      continue;
+    }
+    const Parsed parsed = Parse(ec, text);
+    ASSERT_EQ(Outcome(parsed), "type 0") << text;
+    const double value = arithmetic.Value();
+    ASSERT_NEAR(std::stod(Evaluate(ec, parsed.exp)), value, 1e-9 * (1 + std::fabs(value))) << text;
+    ORLDestroyEXP(ec, parsed.exp);
+  }
+  EXPECT_LT(dates, 20000 / 10) << "texts that may hold a date";
 }
 
 // Both operands and all arguments are computed even when one has no value; not so what stands

@@ -101,6 +101,9 @@ TEST(ParserErrors, NamesAndTypes) {
 TEST(ParserErrors, Dates) {
   ExpectOutcomes({
       {0, "13/45/99", "123@0+8"},
+      {0, "2-1.5", "123@0+5"},
+      {0, "12/31/1999-1", "123@0+12"},
+      {kRanges, "10-5-2.5", "123@0+8"},
       {kRanges, "12ab", "123@0+4"},
       {kRanges, "13/45/99 + Nope", "123@0+8"},
       {kRanges, "Nope + 13/45/99", "102@0+4"},
@@ -149,6 +152,10 @@ TEST(InputNameIsKeyword, Rows) {
     EXPECT_EQ(ORLInputNameIsKeyword(name, source.c_str()), source == target ? 0 : 1) << source;
     EXPECT_EQ(name, target);
   }
+  char name[66] = "before";
+  EXPECT_EQ(ORLInputNameIsKeyword(name, nullptr), 0);
+  EXPECT_STREQ(name, "");
+  EXPECT_EQ(ORLInputNameIsKeyword(nullptr, "Day") + ORLInputNameIsKeyword(nullptr, nullptr), 1);
 }
 // clang-format on
 

@@ -35,6 +35,7 @@ Country With(const char *decimal, const char *moneyDecimal, const char *thousand
   set(country.currencyThousandsSeparator, thousands);
   set(country.currencySign, sign);
   std::memcpy(country.grouping, grouping, sizeof country.grouping);
+  std::memcpy(country.currencyGrouping, grouping, sizeof country.currencyGrouping);
   country.currencySignFirst = signFirst;
   country.currencySpace = space;
   country.negativeInParentheses = parentheses;
