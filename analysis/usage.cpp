@@ -16,22 +16,16 @@ bool AnswerYes(Expression *expression) {
   return true;
 }
 
-// Visits each node below `root` and of the formulas that it refers to, in written order, until
-// `match` is true for one. `self` is the expression whose tree it is, or null for a tree that is
-// not stored. The way back stands in the expressions, so any depth needs no memory.
+// Visits each node of an expression and of the formulas that it refers to, in written order, until
+// `match` is true for one. The way back stands in the expressions, so any depth needs no memory.
 template <class Match>
-bool Walk(UsageWalk &walk, ExprNode *root, Expression *self, Match match) {
-  Expression *current = self;
-  ExprNode *tree = root;
-  ExprNode *node = root;
-  if (self != nullptr) {
-    EnterExpression(walk.number, self, nullptr, nullptr);
-  }
+bool Walk(UsageWalk &walk, Expression *top, Match match) {
+  Expression *current = top;
+  ExprNode *tree = top->tree;
+  ExprNode *node = tree;
+  EnterExpression(walk.number, top, nullptr, nullptr);
   for (;;) {
     while (node != nullptr) {
-      if (current == self) {
-        walk.topNode = node;
-      }
       if (match(node)) {
         return AnswerYes(current);
       }
@@ -50,15 +44,13 @@ bool Walk(UsageWalk &walk, ExprNode *root, Expression *self, Match match) {
       }
       node = ExprNodeNext(tree, node);
     }
-    if (current != nullptr) {
-      current->walkState = WalkState::No;
-    }
-    if (current == self) {
+    current->walkState = WalkState::No;
+    if (current == top) {
       return false;
     }
     const ExprNode *from = current->walkReturn;
     current = current->walkCaller;
-    tree = current == nullptr ? root : current->tree;
+    tree = current->tree;
     node = ExprNodeNext(tree, from);
   }
 }
@@ -70,42 +62,12 @@ void Renew(UsageWalk &walk) {
   walk.circular = false;
 }
 
-// What the stored expression of a name refers to does not refer back to it, or it would not have
-// been stored: storing it anew need not go there again. Only where a name has been given twice this
-// does not hold.
-void MarkHarmless(const UsageWalk &walk, Expression *stored) {
-  if (stored == nullptr || walk.ec->hadDuplicates) {
-    return;
-  }
-  for (ExprNode *node = stored->tree; node != nullptr; node = ExprNodeNext(stored->tree, node)) {
-    Expression *target = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
-    if (target != nullptr) {
-      EnterExpression(walk.number, target, nullptr, nullptr);
-      target->walkState = WalkState::No;
-    }
-  }
-}
-
-// Begins a search for references to a name, or goes on with the last one where its answers still
-// hold: formulas that are stored under one name one after the other cost one search then.
-UsageWalk SearchBegin(EC ec, const char *name) {
-  const void *mention = MentionOfName(ec, name);
-  if (mention == ec->searchedName && ec->references == ec->searchReferences) {
-    return {ec, ec->revision, ec->searchNumber, false, nullptr};
-  }
-  UsageWalk walk = UsageWalkBegin(ec);
-  MarkHarmless(walk, ORLHEXPFromName(ec, name));
-  ec->searchedName = mention;
-  ec->searchNumber = walk.number;
-  ec->searchReferences = ec->references;
-  return walk;
-}
-
-// The same for the question whether an item is used, asked of one expression after the other.
+// Begins a walk for the question whether an item is used, or goes on with the last one where its
+// answers still hold: hosts ask it of one expression after the other.
 UsageWalk QuestionBegin(EC ec, int32_t kind, const char *name) {
   if (ec->askedNumber != 0 && ec->askedRevision == ec->revision && ec->askedKind == kind &&
       SameText(ec->askedName, name)) {
-    return {ec, ec->revision, ec->askedNumber, false, nullptr};
+    return {ec, ec->revision, ec->askedNumber, false};
   }
   UsageWalk walk = UsageWalkBegin(ec);
   const size_t length = std::strlen(name);
@@ -125,7 +87,7 @@ int32_t Ask(EC ec, HEXP exp, Match match) {
     return 0;
   }
   UsageWalk walk = UsageWalkBegin(ec);
-  return Walk(walk, exp->tree, exp, match) ? 1 : 0;
+  return Walk(walk, exp, match) ? 1 : 0;
 }
 
 bool NodeUsesItem(const ExprNode *node, int32_t kind, const char *name) {
@@ -157,7 +119,7 @@ bool IsCallWithItem(const ExprNode *node, const char *functionName, const char *
 }  // namespace
 
 UsageWalk UsageWalkBegin(EC ec) {
-  UsageWalk walk = {ec, 0, 0, false, nullptr};
+  UsageWalk walk = {ec, 0, 0, false};
   Renew(walk);
   return walk;
 }
@@ -178,27 +140,7 @@ bool ItemUsedBy(UsageWalk &walk, HEXP exp, int32_t kind, const char *name) {
   if (exp->walkNumber == walk.number) {
     return exp->walkState == WalkState::Yes;
   }
-  return Walk(walk, exp->tree, exp,
-              [=](const ExprNode *node) { return NodeUsesItem(node, kind, name); });
-}
-
-const ExprNode *FormulaRefersTo(EC ec, const char *name, ExprNode *tree) {
-  auto refers = [=](const ExprNode *node) { return NodeUsesItem(node, ORL_FORMULA, name); };
-  if (MentionCount(ec, name) == 0) {
-    // No stored formula names it, so only this tree itself can.
-    for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
-      if (refers(node)) {
-        return node;
-      }
-    }
-    return nullptr;
-  }
-  UsageWalk walk = SearchBegin(ec, name);
-  const bool found = Walk(walk, tree, nullptr, refers);
-  if (walk.circular) {
-    ec->searchedName = nullptr;
-  }
-  return found ? walk.topNode : nullptr;
+  return Walk(walk, exp, [=](const ExprNode *node) { return NodeUsesItem(node, kind, name); });
 }
 
 int32_t ORLIsItemUsed(EC ec, HEXP exp, int32_t kind, const char *name) {

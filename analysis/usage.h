@@ -13,8 +13,7 @@ struct UsageWalk {
   EC ec;
   uint64_t revision;  // of the context when the walk began
   uint64_t number;
-  bool circular;            // formulas refer to each other in a circle: no answer may be kept
-  const ExprNode *topNode;  // the node of the first tree at which the walk stands
+  bool circular;  // formulas refer to each other in a circle: no answer may be kept
 };
 
 UsageWalk UsageWalkBegin(EC ec);
@@ -24,9 +23,5 @@ bool ItemUsedBy(UsageWalk &walk, HEXP exp, int32_t kind, const char *name);
 
 // The formula that a NODE_FORMULA names at present, or null.
 Expression *BoundFormula(EC ec, ExprNode *node);
-
-// The recursion check: does a tree that is to be stored under `name` refer to that name, itself or
-// through stored formulas? Returns the node of the tree that does, or null.
-const ExprNode *FormulaRefersTo(EC ec, const char *name, ExprNode *tree);
 
 #endif

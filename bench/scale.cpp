@@ -2,6 +2,8 @@
  * row that is used is the last of its kind, the worst for a search from the front. */
 #include <benchmark/benchmark.h>
 
+#include <chrono>
+
 #include "bench/contexts.h"
 
 namespace {
@@ -109,6 +111,45 @@ void ScaleLookup(benchmark::State &state, Kind kind) {
   ORLDestroyEC(scale.ec);
 }
 
+/* A formula in the middle of a chain gets another text, which calls another one below it. */
+void ScaleReplaceInChain(benchmark::State &state) {
+  const auto count = static_cast<int>(state.range(0));
+  const auto name = [](int number) { return "F" + std::to_string(number); };
+  EC ec = ORLCreateEC(nullptr, nullptr, nullptr, 0);
+  for (int i = 0; i < count; i++) {
+    MustParse(ec, i == 0 ? "1" : name(i - 1) + "() + 1", name(i).c_str());
+  }
+  HEXP exp = ORLHEXPFromName(ec, name(count / 2).c_str());
+  const std::string texts[] = {name(count / 2 - 1) + "() + 2", name(count / 2 - 2) + "() + 2"};
+  FormulaError error;
+  uint16_t type = 0;
+  uint64_t next = 0;
+  for ([[maybe_unused]] auto step : state) {
+    const char *text = texts[next++ % 2].c_str();
+    if (ORLParseFormula(ec, exp, text, name(count / 2).c_str(), &error, &type) == nullptr) {
+      state.SkipWithError("the formula does not parse");
+      break;
+    }
+  }
+  ORLDestroyEC(ec);
+}
+
+/* Items of one name, all deleted at once: the time of one. */
+void ScaleDeleteAll(benchmark::State &state) {
+  const auto count = static_cast<int>(state.range(0));
+  for ([[maybe_unused]] auto step : state) {
+    EC ec = ORLCreateEC(nullptr, nullptr, nullptr, 0);
+    for (int i = 0; i < count; i++) {
+      AddItem(ec, "Same", ORL_TYPE_NUMBER, &AmountValue);
+    }
+    const auto start = std::chrono::steady_clock::now();
+    ORLDeleteAllECVars(ec);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    state.SetIterationTime(taken.count() / count);
+    ORLDestroyEC(ec);
+  }
+}
+
 #define SCALE(routine)                                                                 \
   BENCHMARK_CAPTURE(routine, items, kItems)->Arg(kFew)->Arg(1000)->Arg(20000);         \
   BENCHMARK_CAPTURE(routine, functions, kFunctions)->Arg(kFew)->Arg(1000)->Arg(20000); \
@@ -118,5 +159,7 @@ SCALE(ScaleParse);
 SCALE(ScaleParseDestroy);
 SCALE(ScaleEvaluate);
 SCALE(ScaleLookup);
+BENCHMARK(ScaleReplaceInChain)->Arg(kFew)->Arg(1000)->Arg(20000);
+BENCHMARK(ScaleDeleteAll)->Arg(kFew)->Arg(1000)->Arg(20000)->UseManualTime()->Iterations(20);
 
 }  // namespace

@@ -69,6 +69,9 @@ HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t text
   if (ec == nullptr || openEditor != nullptr) {
     return nullptr;
   }
+  if (ORLGetExpressionOrdinal(ec, exp) < 0) {
+    exp = nullptr;  // a handle that is dead, or of another context, may point anywhere
+  }
   BuildRecord record = {ec, exp, nullptr, textLimit};
   EditorState editor = {};
   openEditor = &editor;

@@ -36,6 +36,13 @@ enum ExpressionClass : int32_t { kClassFormula, kClassRange, kClassSet, kClassCo
 constexpr int32_t kHelpPathSize = 520;
 
 struct DeleteRun;
+struct Expression;
+
+// See expression_order.h.
+struct ExpressionOrder {
+  Expression *lowest, *highest;
+  bool broken;
+};
 
 struct ExprContext {
   void *owner;              // a window handle of the host or null
@@ -55,7 +62,6 @@ struct ExprContext {
   uint16_t flags;
   char *dateConvert[3];
   uint16_t dateConvertFlags;
-  bool hadDuplicates;  // two expressions have had one name: circles of references can exist
   OperatorSlots operators[kGroupCount];
   int32_t helpContext;
   char helpPath[kHelpPathSize];
@@ -64,12 +70,10 @@ struct ExprContext {
   NameIndex mentions;   // names that stored trees refer to as formulas, with a count each
   uint64_t generation;  // raised when a name may come to mean something else: lookups are stale
   uint64_t revision;    // raised by every change of a tree or table: answers about use are stale
-  uint64_t references;  // raised when what stored formulas refer to may have changed
   uint64_t walkNumber;  // of the last walk through named formulas
 
-  // The last search for circles: its answers hold for the same name as long as `references` stays.
-  const void *searchedName;  // the entry of the name among the mentions
-  uint64_t searchNumber, searchReferences;
+  ExpressionOrder order;
+  int64_t *searchSteps;  // what searches for circles may still take, while there is a limit
 
   // The last question for the users of an item: hosts ask it of one expression after the other.
   char askedName[65];
@@ -83,7 +87,6 @@ struct ExprContext {
 inline void ContextChanged(EC ec) {
   ec->generation++;
   ec->revision++;
-  ec->references++;
 }
 
 // A copy of a text in a block of WRENMemAlloc, or null when there is no memory.

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "engine/delete_item.h"
+#include "engine/expression_order.h"
 #include "engine/host_call.h"
 #include "engine/items.h"
 #include "engine/module.h"
@@ -65,10 +66,6 @@ bool RootIs(HEXP exp, int32_t kind) {
 
 }  // namespace
 
-const void *MentionOfName(EC ec, const char *name) {
-  return MentionOf(ec, name);
-}
-
 uint32_t MentionCount(EC ec, const char *name) {
   const Mention *mention = MentionOf(ec, name);
   return mention == nullptr ? 0 : mention->count;
@@ -119,13 +116,15 @@ int32_t ExpressionTableAppend(EC ec, Expression *expression) {
     MentionsRemove(ec, expression->tree);
     return 0;
   }
-  const bool duplicate = ORLHEXPFromName(ec, expression->name) != nullptr;
-  ec->hadDuplicates = ec->hadDuplicates || duplicate;
+  const bool awaited =
+      ORLHEXPFromName(ec, expression->name) == nullptr && MentionCount(ec, expression->name) != 0;
   NameIndexAppend(ec->expressionNames, expression->entry, expression->name, expression);
-  ec->generation++;
   ec->revision++;
-  if (!duplicate && MentionCount(ec, expression->name) != 0) {
-    ec->references++;  // stored formulas have been waiting for this name
+  if (awaited) {
+    ec->generation++;  // references that found nothing find it
+    ec->order.broken = true;
+  } else {
+    OrderAppend(ec, expression);
   }
   return 1;
 }

@@ -22,6 +22,11 @@ struct Expression {
 
   NameEntry entry;  // in the context's expressionNames
 
+  // Its place in the order of the context's expressions.
+  Expression *previousInOrder;
+  Expression *nextInOrder;
+  int64_t rank;
+
   // The walk through named formulas that came here last, and its way back.
   uint64_t walkNumber;
   Expression *walkCaller;
@@ -65,10 +70,6 @@ bool IsStored(EC ec, const ExpressionRef &ref);
 
 // The number of NODE_FORMULA in stored trees that name a formula.
 uint32_t MentionCount(EC ec, const char *name);
-
-// What stands for the name among the names that stored trees mention, or null; the same as long as
-// one of them does.
-const void *MentionOfName(EC ec, const char *name);
 
 // Count the formulas that a tree refers to as mentioned, or no longer. MentionsAdd is false, with
 // nothing counted, when there is no memory.

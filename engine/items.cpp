@@ -52,6 +52,15 @@ ExprItem *ItemOf(NameEntry *entry) {
   return static_cast<ExprItem *>(entry->row);
 }
 
+void RemoveRow(EC ec, ItemTable *table, ExprItem *item, int32_t index) {
+  HandleArrayRemove(table->rows, index);
+  ItemRow *row = RowOf(item);
+  NameIndexRemove(table->index, row->entry);
+  WRENMemFree(item->routineName);
+  WRENMemFree(row);
+  ContextChanged(ec);
+}
+
 int32_t DataTypeOf(const ItemTable *table, const char *name) {
   const ExprItem *item = ItemFind(table, name);
   return item == nullptr ? -1 : item->dataType;
@@ -85,12 +94,7 @@ int32_t ItemRemove(EC ec, ItemTable *table, const char *name) {
   if (item == nullptr) {
     return 0;
   }
-  HandleArrayRemove(table->rows, HandleArrayFindPointer(table->rows, item));
-  ItemRow *row = RowOf(item);
-  NameIndexRemove(table->index, row->entry);
-  WRENMemFree(item->routineName);
-  WRENMemFree(row);
-  ContextChanged(ec);
+  RemoveRow(ec, table, item, HandleArrayFindPointer(table->rows, item));
   return 1;
 }
 
@@ -220,10 +224,12 @@ int32_t ORLDeleteAllECVars(EC ec) {
   if (ec == nullptr || ec->inputs.rows == nullptr) {
     return 0;
   }
-  for (uint32_t i = HandleArrayRows(ec->inputs.rows); i > 0; i--) {
-    ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(ec->inputs.rows, i - 1));
-    if (item != nullptr && ORLDelExpItemNoCheck(ec, ORL_INPUT, item->name) == 0) {
-      return 0;
+  // From the end, where no rows move up.
+  for (int32_t i = static_cast<int32_t>(HandleArrayRows(ec->inputs.rows)) - 1; i >= 0; i--) {
+    const uint32_t index = static_cast<uint32_t>(i);
+    ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(ec->inputs.rows, index));
+    if (item != nullptr) {
+      RemoveRow(ec, &ec->inputs, item, i);
     }
   }
   return 1;

@@ -1,6 +1,7 @@
 // What becomes of contexts and expressions: copy, clone and destroy.
 #include "analysis/usage.h"
 #include "engine/context.h"
+#include "engine/expression_order.h"
 #include "engine/expressions.h"
 #include "engine/items.h"
 #include "language/tree.h"
@@ -122,6 +123,7 @@ int32_t ORLDestroyEXP(EC ec, HEXP exp) {
     ec->expressions = nullptr;
   }
   NameIndexRemove(ec->expressionNames, exp->entry);
+  OrderRemove(ec, exp);
   MentionsRemove(ec, exp->tree);
   ContextChanged(ec);
   ExpressionFree(exp);

@@ -1,7 +1,8 @@
 // The parse entries: texts to stored expressions, and the test of names.
 #include <cstring>
+#include <utility>
 
-#include "analysis/usage.h"
+#include "analysis/recursion.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/host_call.h"
@@ -64,6 +65,21 @@ ExprNode *ParseText(ParseState &state, EC ec, const char *text) {
   return nullptr;
 }
 
+// True when the formula does not refer to itself, else false with the error set.
+bool RefuseRecursion(EC ec, const Expression *expression, FormulaError &error) {
+  const ExprNode *where = nullptr;
+  switch (FormulaRefersTo(ec, expression->name, expression->tree, &where)) {
+    case ORL_ERR_RECURSIVE:
+      error = FormulaError{ORL_ERR_RECURSIVE, where->offset, where->length};
+      return false;
+    case ORL_ERR_MEMORY:
+      error = FormulaError{ORL_ERR_MEMORY, 0, 0};
+      return false;
+    default:
+      return true;
+  }
+}
+
 // Gives the record its name and text and checks what goes beyond the text itself. False with the
 // error set.
 bool CompleteExpression(ParseState &state, EC ec, Expression *expression, const char *text,
@@ -87,12 +103,7 @@ bool CompleteExpression(ParseState &state, EC ec, Expression *expression, const 
     }
     return false;
   }
-  const ExprNode *recursive = FormulaRefersTo(ec, expression->name, expression->tree);
-  if (recursive != nullptr) {
-    SetError(state, ORL_ERR_RECURSIVE, recursive->offset, recursive->length);
-    return false;
-  }
-  return true;
+  return RefuseRecursion(ec, expression, state.error);
 }
 
 // A new expression that is in no table yet, or null with the error in `error`, if given.
@@ -122,10 +133,10 @@ Expression *ExpressionFromText(EC ec, const char *text, const char *name, Formul
 }
 
 // Ends a parse entry after its text was good: the new record goes, the error is told.
-HEXP RefuseRecord(Expression *expression, int32_t id, int32_t length, FormulaError *error) {
+HEXP RefuseRecord(Expression *expression, const FormulaError &reason, FormulaError *error) {
   ExpressionFree(expression);
   if (error != nullptr) {
-    *error = FormulaError{id, 0, length};
+    *error = reason;
   }
   return nullptr;
 }
@@ -138,6 +149,19 @@ void ReplaceTree(EC ec, Expression *expression, ExprNode *tree) {
   expression->dataType = StoredType(tree);
 }
 
+// What forbids to store a new record as `exp`, or as a new expression for null; id 0 for nothing.
+FormulaError ConflictOf(EC ec, HEXP exp, const Expression *fresh) {
+  const int32_t length = WRENStrLen(fresh->text);
+  if (ORLIsExpNameUnique(ec, exp, fresh->name) == 0) {
+    return {ORL_ERR_DUPNAME, 0, length};
+  }
+  if (exp != nullptr && exp->dataType != fresh->dataType &&
+      ORLIsNamedFormulaUsed(ec, fresh->name) != 0) {
+    return {ORL_ERR_EXPDATATYPE, 0, length};
+  }
+  return {};
+}
+
 // A record that ORLParseFormula can store as `exp`, or as a new expression for null; null with the
 // error told when it can not.
 Expression *CheckedFormula(EC ec, HEXP exp, const char *text, const char *name, FormulaError *error,
@@ -146,46 +170,52 @@ Expression *CheckedFormula(EC ec, HEXP exp, const char *text, const char *name, 
   if (fresh == nullptr) {
     return nullptr;
   }
-  if (ORLIsExpNameUnique(ec, exp, fresh->name) == 0) {
-    return RefuseRecord(fresh, ORL_ERR_DUPNAME, WRENStrLen(text), error);
-  }
-  if (exp != nullptr && exp->dataType != fresh->dataType &&
-      ORLIsNamedFormulaUsed(ec, fresh->name) != 0) {
-    return RefuseRecord(fresh, ORL_ERR_EXPDATATYPE, WRENStrLen(text), error);
-  }
-  return fresh;
+  const FormulaError conflict = ConflictOf(ec, exp, fresh);
+  return conflict.id == 0 ? fresh : RefuseRecord(fresh, conflict, error);
 }
 
-// Moves the content of the new record, which is freed, into a stored one. 0, or the error that left
-// everything as it was: there is no memory to count the references, or the host has destroyed the
-// stored one when it heard of the new name.
-int32_t ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
+// Lets the host hear of the new name of a stored expression, and checks again what the host may
+// have changed meanwhile.
+FormulaError AnnounceName(EC ec, HEXP exp, const Expression *fresh) {
+  const ExpressionRef stored = RefTo(exp);
+  CallHost([=] { return ec->renameProc(ec, exp->name, fresh->name); });
+  if (!IsStored(ec, stored)) {
+    return {ORL_ERR_GENERAL, 0, 0};
+  }
+  FormulaError error = ConflictOf(ec, exp, fresh);
+  if (error.id == 0) {
+    RefuseRecursion(ec, fresh, error);
+  }
+  return error;
+}
+
+// Moves the content of the new record, which is freed, into a stored one. Id 0, or the error that
+// left everything as it was.
+FormulaError ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
   if (!MentionsAdd(ec, fresh->tree)) {
-    return ORL_ERR_MEMORY;
+    return {ORL_ERR_MEMORY, 0, 0};
   }
   const bool renamed = std::strcmp(exp->name, fresh->name) != 0;
   if (renamed && ec->renameProc != nullptr) {
-    const ExpressionRef stored = RefTo(exp);
-    CallHost([=] { return ec->renameProc(ec, exp->name, fresh->name); });
-    if (!IsStored(ec, stored)) {
+    const FormulaError error = AnnounceName(ec, exp, fresh);
+    if (error.id != 0) {
       MentionsRemove(ec, fresh->tree);
-      return ORL_ERR_GENERAL;
+      return error;
     }
   }
   ReplaceTree(ec, exp, fresh->tree);
   NameIndexRename(ec->expressionNames, exp->entry, fresh->name);
-  WRENMemFree(exp->text);
-  WRENMemFree(exp->name);
-  exp->text = fresh->text;
-  exp->name = fresh->name;
-  WRENMemFree(fresh);
+  std::swap(exp->name, fresh->name);
+  std::swap(exp->text, fresh->text);
+  OrderAfterReplace(ec, exp, fresh->name);
+  fresh->tree = nullptr;
+  ExpressionFree(fresh);
   if (renamed) {
     ContextChanged(ec);
   } else {
     ec->revision++;  // every name still finds what it found before
-    ec->references++;
   }
-  return 0;
+  return {};
 }
 
 // The first reference to a formula in a tree, at `node` or behind it; null when there is none.
@@ -218,13 +248,15 @@ bool ReparseExpression(EC ec, Expression *expression, const char *text) {
   }
   const bool fits =
       StoredType(tree) == expression->dataType || ORLIsNamedFormulaUsed(ec, expression->name) == 0;
+  const ExprNode *where = nullptr;
   const bool circular = !RefersAlike(expression->tree, tree) &&
-                        FormulaRefersTo(ec, expression->name, tree) != nullptr;
+                        FormulaRefersTo(ec, expression->name, tree, &where) != 0;
   if (!fits || circular || !MentionsAdd(ec, tree)) {
     ExprNodeFree(tree);
     return false;
   }
   ReplaceTree(ec, expression, tree);
+  OrderAfterReplace(ec, expression, expression->name);
   ContextChanged(ec);
   return true;
 }
@@ -246,29 +278,30 @@ int32_t ORLValidName(EC ec, const char *name, FormulaError *error) {
 HEXP ORLParseString(EC ec, const char *text, const char *name, FormulaError *error,
                     uint16_t *dataType) {
   if (ec == nullptr || dataType == nullptr) {
-    return RefuseRecord(nullptr, ORL_ERR_GENERAL, 0, error);
+    return RefuseRecord(nullptr, {ORL_ERR_GENERAL, 0, 0}, error);
   }
   Expression *fresh = ExpressionFromText(ec, text == nullptr ? "" : text, name, error, dataType);
   if (fresh == nullptr || ExpressionTableAppend(ec, fresh) != 0) {
     return fresh;
   }
-  return RefuseRecord(fresh, ORL_ERR_MEMORY, 0, error);
+  return RefuseRecord(fresh, {ORL_ERR_MEMORY, 0, 0}, error);
 }
 
 HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name, FormulaError *error,
                      uint16_t *dataType) {
   if (ec == nullptr || dataType == nullptr) {
-    return RefuseRecord(nullptr, ORL_ERR_GENERAL, 0, error);
+    return RefuseRecord(nullptr, {ORL_ERR_GENERAL, 0, 0}, error);
   }
   Expression *fresh = CheckedFormula(ec, exp, text == nullptr ? "" : text, name, error, dataType);
   if (fresh == nullptr) {
     return nullptr;
   }
-  const int32_t failure = exp != nullptr                          ? ReplaceContent(ec, exp, fresh)
-                          : ExpressionTableAppend(ec, fresh) == 0 ? int32_t{ORL_ERR_MEMORY}
-                                                                  : 0;
-  if (failure != 0) {
-    return RefuseRecord(fresh, failure, 0, error);
+  const FormulaError memory = {ORL_ERR_MEMORY, 0, 0};
+  const FormulaError failure = exp != nullptr ? ReplaceContent(ec, exp, fresh)
+                               : ExpressionTableAppend(ec, fresh) == 0 ? memory
+                                                                       : FormulaError{};
+  if (failure.id != 0) {
+    return RefuseRecord(fresh, failure, error);
   }
   return exp == nullptr ? fresh : exp;
 }

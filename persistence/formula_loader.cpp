@@ -3,16 +3,17 @@
 //
 // A formula that is put off is noted with the row whose name it waits for, and comes into a pass
 // only once there is a formula of that name: before, it would fail as it did. So the passes do what
-// they would do if each tried every formula. One that calls very many formulas which come up one by
-// one would still be parsed again up to each; after some tries its text is only looked through,
-// from the call just answered on, and it comes into a pass when every formula that it calls is
-// there, or when nothing else is left to try.
+// they would do if each tried every formula. Formulas that call very many others which come up one
+// by one would still be parsed again up to each; when so many bytes have been parsed again, texts
+// are only looked through, from the call just answered on, and a formula comes into a pass when
+// every formula that it calls is there, or when nothing else is left to try.
 #include "persistence/formula_loader.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
+#include "analysis/recursion.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/host_call.h"
@@ -22,8 +23,8 @@ namespace {
 
 constexpr int32_t kRowsPerWord = 64;
 
-// How often a text is parsed and put off before it is only looked through.
-constexpr int32_t kMostTries = 16;
+// How many bytes are parsed again in a load before texts are only looked through.
+constexpr int64_t kMostRetriedBytes = int64_t{1} << 20;
 
 struct FormulaLoad {
   EC ec;
@@ -35,6 +36,8 @@ struct FormulaLoad {
   HEXP *sorted;        // room for all rows' expressions
   int32_t current;     // the row that is being parsed
   int32_t putOff;      // rows that are put off
+  int64_t retried;     // bytes that were parsed again
+  int64_t steps;       // that searches for circles may still take
   bool passedOver;     // a row waits for another formula without having been parsed again
   bool reordered;      // a row was parsed out of stored order
   bool ok;
@@ -51,7 +54,7 @@ void Await(PendingRow &awaited, PendingRow &row) {
 
 // What a row whose call was answered waits for without being tried, or null when it is to be tried.
 PendingRow *WaitsOn(FormulaLoad &load, PendingRow &row) {
-  if (row.tries < kMostTries) {
+  if (load.retried < kMostRetriedBytes) {
     return nullptr;
   }
   PendingRow *another = NextAwaitedRow(load.ec, load.names, row.text, row.behind);
@@ -140,9 +143,12 @@ void Repair(FormulaLoad &load, PendingRow &row, const char *text, const FormulaE
 
 // Parses a row's text, with its name behind it.
 void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
+  const size_t length = std::strlen(text);
+  load.retried += row.text != nullptr ? static_cast<int64_t>(length) : 0;
   FormulaError error = {};
+  const SearchLimit limit(load.ec, &load.steps);
   uint16_t dataType = 0;
-  HEXP exp = ORLParseString(load.ec, text, text + std::strlen(text) + 1, &error, &dataType);
+  HEXP exp = ORLParseString(load.ec, text, text + length + 1, &error, &dataType);
   if (exp != nullptr) {
     Settle(load, row, exp);
     return;
@@ -159,7 +165,6 @@ void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
   }
   PutOff(load, row, text, row.owned);
   row.behind = error.offset + error.length;
-  row.tries++;
   Await(*awaited, row);
 }
 
@@ -233,6 +238,7 @@ void RestoreOrder(FormulaLoad &load) {
     NameIndexRemove(ec->expressionNames, exp->entry);
     NameIndexAppend(ec->expressionNames, exp->entry, exp->name, exp);
   }
+  ec->order.broken = true;
   ContextChanged(ec);
 }
 
@@ -274,6 +280,7 @@ bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorP
   }
   FormulaLoad load = {};
   load.ec = ec;
+  load.steps = kMostSearchSteps;
   load.errorProc = errorProc;
   load.ok = PrepareRows(load, count, cursor);
   uint64_t *passes = load.thisPass;

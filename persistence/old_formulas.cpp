@@ -1,6 +1,7 @@
 // The formulas of versions 0 and 1: one after the other, and the first that fails ends the load.
 #include <cstring>
 
+#include "analysis/recursion.h"
 #include "engine/host_call.h"
 #include "persistence/formula_loader.h"
 #include "persistence/keyword_words.h"
@@ -33,7 +34,9 @@ bool ChangeWords(OldFormula &formula, bool &renaming) {
   return formula.text != nullptr;
 }
 
-bool ParseOld(EC ec, const OldFormula &formula, const char *storedText, OrlErrorProc errorProc) {
+bool ParseOld(EC ec, const OldFormula &formula, const char *storedText, int64_t &steps,
+              OrlErrorProc errorProc) {
+  const SearchLimit limit(ec, &steps);
   FormulaError error = {};
   uint16_t dataType = 0;
   if (ORLParseString(ec, formula.text, formula.name, &error, &dataType) != nullptr) {
@@ -50,6 +53,7 @@ bool ParseOld(EC ec, const OldFormula &formula, const char *storedText, OrlError
 bool LoadOldFormulas(EC ec, BlockCursor &cursor, int32_t count, bool version0, bool renaming,
                      OrlErrorProc errorProc) {
   bool ok = true;
+  int64_t steps = kMostSearchSteps;
   for (int32_t i = 0; i < count && ok; i++) {
     const char *text = nullptr;
     const char *name = nullptr;
@@ -57,7 +61,8 @@ bool LoadOldFormulas(EC ec, BlockCursor &cursor, int32_t count, bool version0, b
       return false;
     }
     OldFormula formula = {text, name, nullptr, nullptr};
-    ok = (!version0 || ChangeWords(formula, renaming)) && ParseOld(ec, formula, text, errorProc);
+    ok = (!version0 || ChangeWords(formula, renaming)) &&
+         ParseOld(ec, formula, text, steps, errorProc);
     WRENMemFree(formula.ownText);
     WRENMemFree(formula.ownName);
   }

@@ -16,7 +16,6 @@ struct PendingRow {
   PendingRow *waiting;  // rows that wait for this row's name, first of them
   PendingRow *next;     // the next row that waits for the same name
   int32_t behind;       // offset in the text behind the call that it waits for
-  int32_t tries;        // how often it was parsed and put off
 };
 
 struct PendingNames {

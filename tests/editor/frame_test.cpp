@@ -1,5 +1,6 @@
 // The frame of the editor: what it opens with, its commands, modes and captions.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <cstring>
 
@@ -370,6 +371,14 @@ TEST(EditorFrame, GoesOnWithoutExpressionsThatAreGone) {
     });
     EXPECT_EQ(made, acts[0] == 't' ? ORLHEXPFromName(ec, "Total") : nullptr);
   }
+}
+
+TEST(EditorFrame, ReadsNoHandleThatIsNotInTheContext) {
+  const HostedContext ec = Formulas(true);
+  void *unreadable = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(unreadable, MAP_FAILED);
+  Edit(ec, {static_cast<HEXP>(unreadable)}, [&](OrlWindow d) { EXPECT_EQ(Marked(d), "{}"); });
+  munmap(unreadable, 4096);
 }
 
 // Memory ends at every place of a session in turn; nothing that was stored changes by it.

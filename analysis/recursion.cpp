@@ -1,0 +1,155 @@
+// A search for a circle goes depth first through the formulas that a tree leads to, each once, with
+// the way back in the expressions. Where the order of expressions is good it enters only what
+// stands above the one that is looked for. What it leaves without having found it is moved below
+// that one, where the next search does not enter it again.
+#include "analysis/recursion.h"
+
+#include "analysis/formula_walk.h"
+#include "analysis/usage.h"
+#include "engine/expression_order.h"
+#include "language/tree.h"
+#include "platform/text.h"
+
+namespace {
+
+struct Search {
+  EC ec;
+  const char *name;    // null: every expression is put into a new order
+  Expression *target;  // the first expression of that name when the order is good, else null
+  uint64_t number;
+  bool circular;  // formulas refer to each other in a circle
+};
+
+Search BeginSearch(EC ec, const char *name, Expression *target) {
+  return {ec, name, target, ++ec->walkNumber, false};
+}
+
+// Counts a step of a search; false when there are to be no more.
+bool CountStep(EC ec) {
+  return ec->searchSteps == nullptr || --*ec->searchSteps >= 0;
+}
+
+// The formula at a node when the search has to go through it, or null.
+Expression *ToEnter(Search &search, ExprNode *node) {
+  Expression *formula = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(search.ec, node) : nullptr;
+  if (formula == nullptr) {
+    return nullptr;
+  }
+  if (formula->walkNumber == search.number) {
+    search.circular = search.circular || formula->walkState == WalkState::Open;
+    return nullptr;
+  }
+  return search.target != nullptr && formula->rank < search.target->rank ? nullptr : formula;
+}
+
+// The search has gone through an expression and all that it leads to.
+void Leave(Search &search, Expression *expression) {
+  expression->walkState = WalkState::No;
+  if (search.name == nullptr) {
+    OrderAppend(search.ec, expression);
+  } else if (search.target != nullptr) {
+    OrderMoveBelow(search.ec, expression, search.target);
+  }
+}
+
+bool IsReference(const ExprNode *node, const char *name) {
+  return name != nullptr && NodeKindOf(node) == NODE_FORMULA && SameText(NodeText(node), name);
+}
+
+// Goes through a tree, which is that of `self` or in no expression. As FormulaRefersTo.
+int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **where) {
+  if (self != nullptr) {
+    EnterExpression(search.number, self, nullptr, nullptr);
+  }
+  Expression *current = self;
+  ExprNode *tree = root;
+  ExprNode *node = root;
+  for (;;) {
+    while (node != nullptr) {
+      if (current == self) {
+        *where = node;
+      }
+      if (!CountStep(search.ec)) {
+        return ORL_ERR_MEMORY;
+      }
+      if (IsReference(node, search.name)) {
+        return ORL_ERR_RECURSIVE;
+      }
+      Expression *formula = ToEnter(search, node);
+      if (formula != nullptr) {
+        EnterExpression(search.number, formula, current, node);
+        current = formula;
+        tree = node = formula->tree;
+      } else {
+        node = ExprNodeNext(tree, node);
+      }
+    }
+    if (current != nullptr) {
+      Leave(search, current);
+    }
+    if (current == self) {
+      return 0;
+    }
+    const ExprNode *from = current->walkReturn;
+    current = current->walkCaller;
+    tree = current == nullptr ? root : current->tree;
+    node = ExprNodeNext(tree, from);
+  }
+}
+
+// Makes a broken order anew. It stays broken where formulas refer to each other in a circle.
+int32_t RestoreOrder(EC ec) {
+  OrderRestart(ec);
+  Search search = BeginSearch(ec, nullptr, nullptr);
+  int32_t result = 0;
+  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions) && result == 0; i++) {
+    Expression *expression = static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i));
+    const ExprNode *where = nullptr;
+    if (expression->walkNumber != search.number) {
+      result = Run(search, expression->tree, expression, &where);
+    }
+  }
+  ec->order.broken = search.circular || result != 0;
+  return result;
+}
+
+// No stored formula names it, so only the tree itself can.
+int32_t OwnReference(const char *name, ExprNode *tree, const ExprNode **where) {
+  for (ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
+    if (IsReference(node, name)) {
+      *where = node;
+      return ORL_ERR_RECURSIVE;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode **where) {
+  if (MentionCount(ec, name) == 0) {
+    return OwnReference(name, tree, where);
+  }
+  Expression *stored = ORLHEXPFromName(ec, name);
+  if (stored != nullptr && ec->order.broken) {
+    const int32_t failure = RestoreOrder(ec);
+    if (failure != 0) {
+      return failure;
+    }
+  }
+  Search search = BeginSearch(ec, name, ec->order.broken ? nullptr : stored);
+  return Run(search, tree, nullptr, where);
+}
+
+void OrderAfterReplace(EC ec, Expression *expression, const char *oldName) {
+  const bool renamed = !SameText(oldName, expression->name);
+  const bool shared =
+      renamed && MentionCount(ec, oldName) != 0 && ORLHEXPFromName(ec, oldName) != nullptr;
+  const bool named = MentionCount(ec, expression->name) != 0;
+  if (shared || (renamed && named)) {
+    ec->order.broken = true;  // references mean another formula than before
+  } else if (!named || ORLHEXPFromName(ec, expression->name) != expression) {
+    OrderRemove(ec, expression);  // nothing refers to it
+    OrderAppend(ec, expression);
+  }
+}

@@ -1,0 +1,125 @@
+/* Blocks of up to a megabyte that are made to be slow to load, as a host may be handed them by
+ * others. Loading one, or refusing it, is to take less than a second. */
+#include <benchmark/benchmark.h>
+#include <orli11.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+struct Block {
+  std::string rows;
+  int count = 0;
+
+  void Add(const std::string &name, const std::string &text) {
+    rows += text + '\0' + name + '\0';
+    count++;
+  }
+
+  /* A block of version 3 with no operator names and no items. */
+  std::string Bytes() const {
+    std::string bytes(1, 3);
+    bytes.append(20, '\0');
+    for (const int byte : {252, 0, count & 255, count >> 8}) {
+      bytes += static_cast<char>(byte);
+    }
+    return bytes + rows;
+  }
+};
+
+std::string Name(char letter, int number) {
+  return letter + std::string("_") + std::to_string(number);
+}
+
+std::string Sum(int terms) {
+  std::string text = "1";
+  for (int i = 1; i < terms; i++) {
+    text += "+1";
+  }
+  return text;
+}
+
+/* Adds rows D_0 and on, and a formula that calls each of them. */
+void AddCalled(Block &block, int count) {
+  std::string calls = "1";
+  for (int i = 0; i < count; i++) {
+    block.Add(Name('D', i), "1");
+    calls += "+" + Name('D', i) + "()";
+  }
+  block.Add("U", calls);
+}
+
+/* A long formula, and second rows of names that are called: each could close a circle. */
+Block SecondRows() {
+  Block block;
+  block.Add("C", Sum(180000));
+  AddCalled(block, 12000);
+  for (int i = 0; i < 12000; i++) {
+    block.Add(Name('D', i), "C()");
+  }
+  return block;
+}
+
+/* The same where the long formula comes last and the names come back from the end. */
+Block SecondRowsBackwards() {
+  Block block;
+  AddCalled(block, 12000);
+  block.Add("C", Sum(180000));
+  for (int i = 11999; i >= 0; i--) {
+    block.Add(Name('D', i), "C()");
+  }
+  return block;
+}
+
+Block DoubledChain(bool backwards) {
+  constexpr int kRows = 32000;
+  Block block;
+  for (int i = 0; i < kRows; i++) {
+    const int row = backwards ? kRows - 1 - i : i;
+    const std::string below = Name('F', row - 1) + "()";
+    block.Add(Name('F', row), row == 0 ? "1" : below + "+" + below);
+  }
+  return block;
+}
+
+/* One long formula that calls others, which come up one by one in the passes of the load. */
+Block LongCaller() {
+  constexpr int kCalls = 16;
+  Block block;
+  std::string text = Sum(490000);
+  for (int i = 1; i <= kCalls; i++) {
+    text += "+" + Name('Z', i) + "()";
+  }
+  block.Add("R", text);
+  for (int i = kCalls; i > 0; i--) {
+    block.Add(Name('Z', i), i == 1 ? "1" : Name('Z', i - 1) + "()");
+  }
+  return block;
+}
+
+void LoadBlock(benchmark::State &state, Block (*make)()) {
+  const std::string bytes = make().Bytes();
+  const auto ignore = [](EC, const char *, const FormulaError *) {};
+  int32_t loaded = 0;
+  for ([[maybe_unused]] auto step : state) {
+    EC ec = ORLCreateEC(nullptr, nullptr, nullptr, 0);
+    loaded = ORLSetECContents(ec, static_cast<int32_t>(bytes.size()), bytes.data(), 1, ignore);
+    ORLDestroyEC(ec);
+  }
+  state.counters["bytes"] = static_cast<double>(bytes.size());
+  state.SetLabel(loaded != 0 ? "loaded" : "refused");
+}
+
+BENCHMARK_CAPTURE(LoadBlock, second_rows, &SecondRows)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadBlock, second_rows_backwards, &SecondRowsBackwards)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadBlock, doubled_chain, [] {
+  return DoubledChain(false);
+})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadBlock, doubled_chain_backwards, [] {
+  return DoubledChain(true);
+})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadBlock, long_caller, &LongCaller)->Unit(benchmark::kMillisecond);
+
+}  // namespace

@@ -1,0 +1,68 @@
+#include "engine/expression_order.h"
+
+namespace {
+
+// What an expression on top is above the one that was there. Many fit between the two.
+constexpr int64_t kTopGap = int64_t{1} << 40;
+// What an expression in between is at most above the one below it.
+constexpr int64_t kInnerGap = int64_t{1} << 16;
+constexpr int64_t kHighestRank = INT64_MAX - kTopGap;
+
+// Gives all ranks anew, as far apart as they can be.
+void SpreadRanks(ExpressionOrder &order) {
+  int64_t rank = 0;
+  for (Expression *at = order.lowest; at != nullptr; at = at->nextInOrder) {
+    at->rank = rank += kTopGap;
+  }
+}
+
+int64_t RankBelow(const Expression *above) {
+  return above->previousInOrder == nullptr ? 0 : above->previousInOrder->rank;
+}
+
+}  // namespace
+
+void OrderAppend(EC ec, Expression *expression) {
+  ExpressionOrder &order = ec->order;
+  if (order.broken) {
+    return;
+  }
+  if (order.highest != nullptr && order.highest->rank > kHighestRank) {
+    SpreadRanks(order);
+  }
+  expression->previousInOrder = order.highest;
+  expression->nextInOrder = nullptr;
+  expression->rank = (order.highest == nullptr ? 0 : order.highest->rank) + kTopGap;
+  (order.highest == nullptr ? order.lowest : order.highest->nextInOrder) = expression;
+  order.highest = expression;
+}
+
+void OrderRemove(EC ec, Expression *expression) {
+  ExpressionOrder &order = ec->order;
+  if (order.broken) {
+    return;
+  }
+  Expression *below = expression->previousInOrder;
+  Expression *above = expression->nextInOrder;
+  (below == nullptr ? order.lowest : below->nextInOrder) = above;
+  (above == nullptr ? order.highest : above->previousInOrder) = below;
+}
+
+void OrderMoveBelow(EC ec, Expression *expression, Expression *above) {
+  OrderRemove(ec, expression);
+  if (above->rank - RankBelow(above) < 2) {
+    SpreadRanks(ec->order);
+  }
+  const int64_t below = RankBelow(above);
+  const int64_t half = (above->rank - below) / 2;
+  expression->rank = below + (half < kInnerGap ? half : kInnerGap);
+  expression->previousInOrder = above->previousInOrder;
+  expression->nextInOrder = above;
+  (above->previousInOrder == nullptr ? ec->order.lowest : above->previousInOrder->nextInOrder) =
+      expression;
+  above->previousInOrder = expression;
+}
+
+void OrderRestart(EC ec) {
+  ec->order = ExpressionOrder{};
+}
