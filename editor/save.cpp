@@ -34,7 +34,7 @@ constexpr uint32_t kSaveQuestion = 202;
 bool TakeTexts(OrlWindow dialog, SaveTexts &texts) {
   const EditorState &editor = CurrentEditor();
   if (editor.currentExp != nullptr) {
-    texts.oldName = CopyText(editor.currentExp->name);
+    texts.oldName = CopyText(editor.currentExp->name).release();
     if (texts.oldName == nullptr) {
       return false;
     }

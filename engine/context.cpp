@@ -5,27 +5,8 @@
 #include "functions/date_text.h"
 #include "platform/text.h"
 
-char *CopyText(const char *text) {
-  const size_t size = std::strlen(text) + 1;
-  if (size > UINT32_MAX) {
-    return nullptr;
-  }
-  char *copy = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size)));
-  if (copy != nullptr) {
-    std::memcpy(copy, text, size);
-  }
-  return copy;
-}
-
-bool ReplaceText(char **field, const char *text) {
-  char *copy = CopyText(text);
-  WRENMemFree(*field);
-  *field = copy;
-  return copy != nullptr;
-}
-
 EC ORLCreateEC(void *owner, OrlLookupProc lookup, OrlRenameProc rename, uint16_t flags) {
-  EC ec = static_cast<EC>(WRENMemAlloc(sizeof(ExprContext)));
+  EC ec = Allocate<ExprContext>().release();
   if (ec == nullptr) {
     return nullptr;
   }
@@ -63,7 +44,7 @@ void ORLSetDateConvert(EC ec, const char *template1, const char *template2, cons
   const char *const templates[] = {template1, template2, template3};
   for (int32_t i = 0; i < 3; i++) {
     if (templates[i] != nullptr) {
-      ReplaceText(&ec->dateConvert[i], templates[i]);
+      ReplaceBlock(ec->dateConvert[i], CopyText(templates[i]));
     }
   }
 }
@@ -74,11 +55,8 @@ int32_t ORLSetDatePicture(EC ec, const char *picture1, const char *picture2, con
   }
   const char *const pictures[] = {picture1, picture2, picture3};
   for (int32_t i = 0; i < 3; i++) {
-    WRENMemFree(ec->pictures[i]);
-    ec->pictures[i] = nullptr;
-    if (pictures[i] != nullptr && pictures[i][0] != '\0') {
-      ec->pictures[i] = CopyText(pictures[i]);
-    }
+    const bool given = pictures[i] != nullptr && pictures[i][0] != '\0';
+    ReplaceBlock(ec->pictures[i], given ? CopyText(pictures[i]) : nullptr);
   }
   ec->pictureWidth = DatePictureWidth(ec->dateConvertFlags, ec->pictures, ec->dateConvert);
   return 1;

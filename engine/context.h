@@ -7,6 +7,7 @@
 #include "engine/handle_array.h"
 #include "engine/name_index.h"
 #include "orli11.h"
+#include "platform/owned.h"
 
 // One of the three tables of items: rows in the order of adding, and the index of their names.
 struct ItemTable {
@@ -88,12 +89,5 @@ inline void ContextChanged(EC ec) {
   ec->generation++;
   ec->revision++;
 }
-
-// A copy of a text in a block of WRENMemAlloc, or null when there is no memory.
-char *CopyText(const char *text);
-
-// Frees what an owned text field holds and stores a copy of `text` there. False when there is no
-// memory; then the field is null.
-bool ReplaceText(char **field, const char *text);
 
 #endif

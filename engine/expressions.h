@@ -3,6 +3,7 @@
 #define ORLI11_ENGINE_EXPRESSIONS_H
 
 #include <cstdint>
+#include <memory>
 
 #include "engine/context.h"
 #include "orli11.h"
@@ -57,6 +58,11 @@ int32_t ExpressionDataType(EC ec, const char *name);
 
 // Frees a record that is in no table, with all it holds; null is accepted.
 void ExpressionFree(Expression *expression);
+
+struct FreeExpression {
+  void operator()(Expression *expression) const { ExpressionFree(expression); }
+};
+using OwnedExpression = std::unique_ptr<Expression, FreeExpression>;
 
 // A stored expression that routines of the host may take away meanwhile. Its address may then be
 // that of another, its serial number may not.

@@ -189,7 +189,7 @@ int32_t ItemAdd(EC ec, ItemTable *table, const ExprItem *record) {
   NameIndexAppend(table->index, row->entry, item->name, item);
   ContextChanged(ec);
   if (record->routineName != nullptr) {
-    item->routineName = CopyText(record->routineName);
+    item->routineName = CopyText(record->routineName).release();
     if (ec->lookupProc != nullptr && record->routine == nullptr) {
       item->routine = CallHost([=] { return ec->lookupProc(record->routineName); });
     }

@@ -105,7 +105,7 @@ void LiteralText(const ExprNode *node, Value *value) {
     value->form = ValueForm::Literal;
     return;
   }
-  value->text = CopyText(text);
+  value->text = CopyText(text).release();
   if (value->text != nullptr) {
     value->length = UnescapeString(value->text, text);
     value->form = ValueForm::Text;
@@ -211,7 +211,7 @@ void *ArgumentOf(Value *value) {
     case ValueForm::Number:
       return &value->number;
     case ValueForm::Literal:
-      value->text = CopyText(value->text);
+      value->text = CopyText(value->text).release();
       value->form = value->text == nullptr ? ValueForm::None : ValueForm::Text;
       return value->text;
     default:

@@ -66,8 +66,9 @@ ExprNode *LeaveFormula(Evaluation &run) {
 // An argument by name: a copy of the node's text. A node without text leaves the entry empty.
 void PushName(Evaluation &run, const ExprNode *argument) {
   Value *value = PushValue(run);
-  char *copy =
-      value != nullptr && HasText(NodeKindOf(argument)) ? CopyText(NodeText(argument)) : nullptr;
+  char *copy = value != nullptr && HasText(NodeKindOf(argument))
+                   ? CopyText(NodeText(argument)).release()
+                   : nullptr;
   if (copy != nullptr) {
     value->form = ValueForm::Opaque;
     value->text = copy;

@@ -24,11 +24,11 @@ int32_t ORLSetOperatorCallback(EC ec, int16_t op, int16_t dataType, const char *
   OperatorSlots &slots = ec->operators[kGroupOfCode[op]];
   slots.procs[dataType] = reinterpret_cast<OrlOperatorProc>(routine);
   if (name == nullptr) {
-    WRENMemFree(slots.names[dataType]);
-    slots.names[dataType] = nullptr;
+    ReplaceBlock(slots.names[dataType]);
     return 1;
   }
-  if (!ReplaceText(&slots.names[dataType], name)) {
+  ReplaceBlock(slots.names[dataType], CopyText(name));
+  if (slots.names[dataType] == nullptr) {
     ORLDestroyEC(ec);
     return 0;
   }

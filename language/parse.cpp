@@ -88,8 +88,8 @@ bool CompleteExpression(ParseState &state, EC ec, Expression *expression, const 
   if (name == nullptr || name[0] == '\0') {
     name = GeneratedName(ec, ClassOf(expression->tree), generated) ? generated : nullptr;
   }
-  expression->text = CopyText(text);
-  expression->name = name == nullptr ? nullptr : CopyText(name);
+  expression->text = CopyText(text).release();
+  expression->name = name == nullptr ? nullptr : CopyText(name).release();
   if (expression->text == nullptr || expression->name == nullptr) {
     SetError(state, ORL_ERR_MEMORY, 0, 0);
     return false;

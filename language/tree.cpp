@@ -107,7 +107,7 @@ bool IsFirstChild(const ExprNode *node) {
 }
 
 bool RenameNode(ExprNode *node, const char *name) {
-  char *text = CopyText(name);
+  char *text = CopyText(name).release();
   if (text == nullptr) {
     return false;
   }

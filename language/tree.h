@@ -6,6 +6,7 @@
 #define ORLI11_LANGUAGE_TREE_H
 
 #include <cstdint>
+#include <memory>
 
 #include "engine/handle_array.h"
 #include "orli11.h"
@@ -163,6 +164,11 @@ HandleArray ExprListAppend(HandleArray list, ExprNode *node);
 // Free a node or list with all below it, in constant stack; null is accepted.
 void ExprNodeFree(ExprNode *node);
 void ExprListFree(HandleArray list);
+
+struct FreeTree {
+  void operator()(ExprNode *root) const { ExprNodeFree(root); }
+};
+using OwnedTree = std::unique_ptr<ExprNode, FreeTree>;
 
 // The next node of a walk that visits every node below `root` in written order, each before its
 // children; null at the end. Needs no memory: the way back stands in the nodes.

@@ -40,22 +40,20 @@ void *LookUp(EC ec, const char *routineName) {
 
 // Takes over an operator name; false when there is no memory or the host does not know it.
 bool SetOperator(EC ec, OperatorSlots &slots, int32_t type, const char *name) {
-  char *copy = CopyText(name);
+  OwnedText copy = CopyText(name);
   if (copy == nullptr) {
     return false;
   }
   OrlOperatorProc proc = nullptr;
   if (ec->lookupProc != nullptr) {
-    proc = reinterpret_cast<OrlOperatorProc>(LookUp(ec, copy));
+    proc = reinterpret_cast<OrlOperatorProc>(LookUp(ec, copy.get()));
     if (proc == nullptr) {
-      WRENMemFree(copy);
-      copy = nullptr;
+      copy.reset();
     }
   }
-  WRENMemFree(slots.names[type]);
-  slots.names[type] = copy;
+  ReplaceBlock(slots.names[type], std::move(copy));
   slots.procs[type] = proc;
-  return copy != nullptr;
+  return slots.names[type] != nullptr;
 }
 
 // Reads the operator names; false at the first that fails.
@@ -120,7 +118,7 @@ bool ReadInput(BlockLoad &load) {
   if (routineName == nullptr) {
     return false;
   }
-  row->routineName = CopyText(routineName);
+  row->routineName = CopyText(routineName).release();
   if (row->routineName == nullptr) {
     return false;
   }

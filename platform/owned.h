@@ -1,0 +1,48 @@
+// Owners of blocks of WRENMemAlloc. A routine that gets a block keeps it in an owner until a record
+// or the caller takes it over; records are plain and hold addresses, which their own deleters free.
+#ifndef ORLI11_PLATFORM_OWNED_H
+#define ORLI11_PLATFORM_OWNED_H
+
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+#include "wreni11.h"
+
+struct FreeBlock {
+  template <class T>
+  void operator()(T *block) const {
+    static_assert(std::is_trivially_destructible_v<T>, "a block is freed without a destructor");
+    WRENMemFree(const_cast<std::remove_const_t<T> *>(block));
+  }
+};
+
+// A block that holds one T or several. Records that own further blocks have deleters of their own.
+template <class T>
+using Owned = std::unique_ptr<T, FreeBlock>;
+
+// A terminated text in a block.
+using OwnedText = Owned<char>;
+
+// A zeroed block for `count` of T and `extra` bytes after them; null when there is no memory, and
+// for more than a block can hold.
+template <class T>
+Owned<T> Allocate(uint64_t count = 1, uint64_t extra = 0) {
+  const uint64_t most = (UINT32_MAX - extra) / sizeof(T);
+  if (extra > UINT32_MAX || count > most) {
+    return nullptr;
+  }
+  return Owned<T>(static_cast<T *>(WRENMemAlloc(static_cast<uint32_t>(count * sizeof(T) + extra))));
+}
+
+// A copy of a text; null when there is no memory.
+OwnedText CopyText(const char *text);
+
+// Gives a field that owns its block another one; what it held is freed.
+template <class T>
+void ReplaceBlock(T *&field, Owned<T> block = nullptr) {
+  const Owned<T> old(std::exchange(field, block.release()));
+}
+
+#endif
