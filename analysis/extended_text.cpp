@@ -9,13 +9,12 @@
 #include <algorithm>
 #include <cstring>
 
-#include "analysis/formula_walk.h"
-#include "analysis/usage.h"
 #include "engine/context.h"
 #include "engine/items.h"
 #include "functions/date_template.h"
 #include "functions/date_text.h"
-#include "language/tree.h"
+#include "language/formula_walk.h"
+#include "language/stored_tree.h"
 
 namespace {
 

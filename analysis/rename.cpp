@@ -8,7 +8,7 @@
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/items.h"
-#include "language/reparse.h"
+#include "language/parse.h"
 #include "language/tree.h"
 #include "platform/text.h"
 

@@ -2,8 +2,9 @@
 
 #include <cstring>
 
-#include "analysis/formula_walk.h"
 #include "engine/items.h"
+#include "language/formula_walk.h"
+#include "language/stored_tree.h"
 #include "platform/text.h"
 
 namespace {
@@ -124,15 +125,6 @@ UsageWalk UsageWalkBegin(EC ec) {
   return walk;
 }
 
-Expression *BoundFormula(EC ec, ExprNode *node) {
-  NodeBinding binding = BindingOf(node);
-  if (binding.at != ec->generation) {
-    binding = {ORLHEXPFromName(ec, NodeText(node)), ec->generation};
-    Bind(node, binding);
-  }
-  return static_cast<Expression *>(binding.row);
-}
-
 bool ItemUsedBy(UsageWalk &walk, HEXP exp, int32_t kind, const char *name) {
   if (walk.circular || walk.revision != walk.ec->revision) {
     Renew(walk);
@@ -156,11 +148,6 @@ int32_t ORLIsItemUsed(EC ec, HEXP exp, int32_t kind, const char *name) {
     ec->askedNumber = 0;
   }
   return used ? 1 : 0;
-}
-
-int32_t ORLIsNamedFormulaUsed(EC ec, const char *name) {
-  // A formula is used by some expression exactly when some stored tree names it.
-  return ec != nullptr && name != nullptr && MentionCount(ec, name) > 0 ? 1 : 0;
 }
 
 int32_t ORLIsItemUsedInComplex(EC ec, const char *name) {

@@ -5,7 +5,6 @@
 #include <cstdint>
 
 #include "engine/expressions.h"
-#include "language/tree.h"
 
 // A walk enters each formula once. Answers stand in the expressions and hold for further questions
 // of the same kind while the tables of the context stay as they are.
@@ -20,8 +19,5 @@ UsageWalk UsageWalkBegin(EC ec);
 
 // ORLIsItemUsed for one expression after the other.
 bool ItemUsedBy(UsageWalk &walk, HEXP exp, int32_t kind, const char *name);
-
-// The formula that a NODE_FORMULA names at present, or null.
-Expression *BoundFormula(EC ec, ExprNode *node);
 
 #endif

@@ -7,8 +7,8 @@
 #include "editor/window_calls.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
+#include "language/parse.h"
 #include "language/parse_state.h"
-#include "language/trial.h"
 #include "persistence/recovery.h"
 #include "platform/strings.h"
 #include "platform/text.h"
@@ -108,7 +108,7 @@ bool KindIsWanted(OrlWindow dialog, const SaveTexts &texts) {
   if (!EditorHasModes()) {
     return true;
   }
-  const int32_t kind = TrialKind(editor.ec, editor.currentExp, texts.text, texts.name);
+  const int32_t kind = ClassifyText(editor.ec, editor.currentExp, texts.text, texts.name);
   if (kind < 0 || kind == editor.editorMode) {
     return true;
   }

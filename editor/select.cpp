@@ -8,7 +8,7 @@
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/host_call.h"
-#include "language/trial.h"
+#include "language/stored_tree.h"
 #include "platform/text.h"
 
 namespace {
@@ -74,7 +74,8 @@ void ShowDeleted(OrlWindow dialog, bool wasCurrent) {
 }  // namespace
 
 int32_t KindOfExpression(HEXP exp) {
-  return exp != nullptr && exp->tree != nullptr ? KindOfTree(exp->tree) : int32_t{kModeFormula};
+  return exp != nullptr && exp->tree != nullptr ? int32_t{ClassOfTree(exp->tree)}
+                                                : int32_t{kModeFormula};
 }
 
 void OrlSelectFormula(OrlWindow dialog) {

@@ -36,7 +36,7 @@ enum ExpressionClass : int32_t { kClassFormula, kClassRange, kClassSet, kClassCo
 
 constexpr int32_t kHelpPathSize = 520;
 
-struct DeleteRun;
+struct ReferenceListener;
 struct Expression;
 
 // See expression_order.h.
@@ -68,7 +68,8 @@ struct ExprContext {
   char helpPath[kHelpPathSize];
 
   NameIndex expressionNames;
-  NameIndex mentions;   // names that stored trees refer to as formulas, with a count each
+  NameIndex references;         // names that stored trees refer to as formulas; see references.h
+  ReferenceListener *listener;  // who hears when one is no longer referred to, or null
   uint64_t generation;  // raised when a name may come to mean something else: lookups are stale
   uint64_t revision;    // raised by every change of a tree or table: answers about use are stale
   uint64_t walkNumber;  // of the last walk through named formulas
@@ -80,7 +81,6 @@ struct ExprContext {
   char askedName[65];
   int32_t askedKind;
   uint64_t askedNumber, askedRevision;
-  DeleteRun *deleteRun;  // the guarded delete that is going on, or null
   uint64_t lastDeleteRun;
 };
 

@@ -3,51 +3,13 @@
 #include <cstdio>
 #include <cstring>
 
-#include "engine/delete_item.h"
-#include "engine/expression_order.h"
 #include "engine/host_call.h"
 #include "engine/items.h"
 #include "engine/module.h"
-#include "language/tree.h"
+#include "engine/references.h"
 #include "platform/text.h"
 
 namespace {
-
-// How many stored references name one formula.
-struct Mention {
-  NameEntry entry;
-  uint32_t count;
-  char name[1];  // as long as it needs
-};
-
-Mention *MentionOf(EC ec, const char *name) {
-  NameEntry *entry = NameIndexFirst(ec->mentions, name);
-  return entry == nullptr ? nullptr : static_cast<Mention *>(entry->row);
-}
-
-bool MentionsAddOne(EC ec, const char *name) {
-  Mention *mention = MentionOf(ec, name);
-  if (mention == nullptr) {
-    const size_t length = std::strlen(name);
-    mention = static_cast<Mention *>(WRENMemAlloc(static_cast<uint32_t>(sizeof(Mention) + length)));
-    if (mention == nullptr) {
-      return false;
-    }
-    std::memcpy(mention->name, name, length + 1);
-    NameIndexAppend(ec->mentions, mention->entry, mention->name, mention);
-  }
-  mention->count++;
-  return true;
-}
-
-void MentionsRemoveOne(EC ec, const char *name) {
-  Mention *mention = MentionOf(ec, name);
-  if (mention != nullptr && --mention->count == 0) {
-    NameIndexRemove(ec->mentions, mention->entry);
-    DeleteRunUnmentioned(ec->deleteRun, mention->name);
-    WRENMemFree(mention);
-  }
-}
 
 int32_t CopyToHost(const char *text, int32_t size, char *buffer) {
   const int32_t length = WRENStrLen(text);
@@ -60,39 +22,7 @@ int32_t CopyToHost(const char *text, int32_t size, char *buffer) {
   return length < size ? length : size;
 }
 
-bool RootIs(HEXP exp, int32_t kind) {
-  return exp != nullptr && exp->tree != nullptr && NodeKindOf(exp->tree) == kind;
-}
-
 }  // namespace
-
-uint32_t MentionCount(EC ec, const char *name) {
-  const Mention *mention = MentionOf(ec, name);
-  return mention == nullptr ? 0 : mention->count;
-}
-
-bool MentionsAdd(EC ec, const ExprNode *tree) {
-  for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
-    if (NodeKindOf(node) != NODE_FORMULA || MentionsAddOne(ec, NodeText(node))) {
-      continue;
-    }
-    for (const ExprNode *done = tree; done != node; done = ExprNodeNext(tree, done)) {
-      if (NodeKindOf(done) == NODE_FORMULA) {
-        MentionsRemoveOne(ec, NodeText(done));
-      }
-    }
-    return false;
-  }
-  return true;
-}
-
-void MentionsRemove(EC ec, const ExprNode *tree) {
-  for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
-    if (NodeKindOf(node) == NODE_FORMULA) {
-      MentionsRemoveOne(ec, NodeText(node));
-    }
-  }
-}
 
 bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]) {
   uint16_t number = ec->nextNumber[which];
@@ -108,39 +38,9 @@ bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSi
   return false;
 }
 
-int32_t ExpressionTableAppend(EC ec, Expression *expression) {
-  if (ec == nullptr || !MentionsAdd(ec, expression->tree)) {
-    return 0;
-  }
-  if (!HandleArrayAppendPointer(&ec->expressions, expression)) {
-    MentionsRemove(ec, expression->tree);
-    return 0;
-  }
-  const bool awaited =
-      ORLHEXPFromName(ec, expression->name) == nullptr && MentionCount(ec, expression->name) != 0;
-  NameIndexAppend(ec->expressionNames, expression->entry, expression->name, expression);
-  ec->revision++;
-  if (awaited) {
-    ec->generation++;  // references that found nothing find it
-    ec->order.broken = true;
-  } else {
-    OrderAppend(ec, expression);
-  }
-  return 1;
-}
-
 int32_t ExpressionDataType(EC ec, const char *name) {
   HEXP exp = ORLHEXPFromName(ec, name);
   return exp == nullptr ? -1 : exp->dataType;
-}
-
-void ExpressionFree(Expression *expression) {
-  if (expression != nullptr) {
-    ExprNodeFree(expression->tree);
-    WRENMemFree(expression->name);
-    WRENMemFree(expression->text);
-    WRENMemFree(expression);
-  }
 }
 
 ExpressionRef RefTo(HEXP exp) {
@@ -230,23 +130,9 @@ int32_t ORLIsExpNameUnique(EC ec, HEXP exp, const char *name) {
   return ItemFind(&ec->functions, name) == nullptr ? 1 : 0;
 }
 
-int32_t ORLIsExpRange(EC /*ec*/, HEXP exp, int16_t which) {
-  return (which == 1 && RootIs(exp, NODE_SET)) || (which == 2 && RootIs(exp, NODE_RANGE)) ? 1 : 0;
-}
-
-int32_t ORLIsExpressionSimple(EC /*ec*/, HEXP exp) {
-  return RootIs(exp, NODE_NUMBER) || RootIs(exp, NODE_STRING) || RootIs(exp, NODE_DATE) ? 1 : 0;
-}
-
-int32_t ORLIsExpressionSimpleInput(EC /*ec*/, HEXP exp) {
-  return RootIs(exp, NODE_ITEM) ? 1 : 0;
-}
-
-int16_t ORLGetSimpleInputSubClass(EC ec, HEXP exp) {
-  const ExprItem *item = ec != nullptr && RootIs(exp, NODE_ITEM)
-                             ? ItemFind(&ec->inputs, NodeText(exp->tree))
-                             : nullptr;
-  return item == nullptr ? int16_t{-1} : static_cast<int16_t>(item->subClass);
+int32_t ORLIsNamedFormulaUsed(EC ec, const char *name) {
+  // A formula is used by some expression exactly when some stored tree names it.
+  return ec != nullptr && name != nullptr && ReferenceCount(ec, name) > 0 ? 1 : 0;
 }
 
 uint16_t ORLGetExpressionDataType(EC /*ec*/, HEXP exp) {

@@ -3,7 +3,6 @@
 #define ORLI11_ENGINE_EXPRESSIONS_H
 
 #include <cstdint>
-#include <memory>
 
 #include "engine/context.h"
 #include "orli11.h"
@@ -15,7 +14,7 @@ struct Evaluation;
 enum class WalkState : uint8_t { Open, No, Yes };
 
 struct Expression {
-  ExprNode *tree;  // owned
+  ExprNode *tree;  // owned; freed by FreeExpression of language/stored_tree.h
   char *name;      // owned
   ExprContext *context;
   uint16_t dataType;  // of the root at the time of the parse
@@ -49,20 +48,8 @@ constexpr int32_t kGeneratedNameSize = 128 + 8;
 // buffer, when every number is taken.
 bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]);
 
-// Adds a record at the end of the table. 1, or 0 for a null context or when the table cannot grow,
-// with everything as it was; then the record still belongs to the caller.
-int32_t ExpressionTableAppend(EC ec, Expression *expression);
-
 // The data type of the first expression of that name, or -1.
 int32_t ExpressionDataType(EC ec, const char *name);
-
-// Frees a record that is in no table, with all it holds; null is accepted.
-void ExpressionFree(Expression *expression);
-
-struct FreeExpression {
-  void operator()(Expression *expression) const { ExpressionFree(expression); }
-};
-using OwnedExpression = std::unique_ptr<Expression, FreeExpression>;
 
 // A stored expression that routines of the host may take away meanwhile. Its address may then be
 // that of another, its serial number may not.
@@ -73,13 +60,5 @@ struct ExpressionRef {
 ExpressionRef RefTo(HEXP exp);  // null is accepted
 // True while that very expression is in the context; false for null.
 bool IsStored(EC ec, const ExpressionRef &ref);
-
-// The number of NODE_FORMULA in stored trees that name a formula.
-uint32_t MentionCount(EC ec, const char *name);
-
-// Count the formulas that a tree refers to as mentioned, or no longer. MentionsAdd is false, with
-// nothing counted, when there is no memory.
-bool MentionsAdd(EC ec, const ExprNode *tree);
-void MentionsRemove(EC ec, const ExprNode *tree);
 
 #endif

@@ -2,9 +2,9 @@
 // and the way up in the nodes, so that no depth of tree or chain of formulas costs C stack.
 #include "evaluation/evaluator.h"
 
-#include "analysis/usage.h"
 #include "engine/items.h"
 #include "evaluation/evaluation.h"
+#include "language/stored_tree.h"
 #include "language/types.h"
 
 namespace {

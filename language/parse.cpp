@@ -1,17 +1,19 @@
 // The parse entries: texts to stored expressions, and the test of names.
+#include "language/parse.h"
+
 #include <cstring>
 #include <utility>
 
-#include "analysis/recursion.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/host_call.h"
 #include "engine/module.h"
+#include "engine/references.h"
 #include "language/parse_state.h"
 #include "language/parser.h"
-#include "language/reparse.h"
+#include "language/recursion.h"
 #include "language/scanner.h"
-#include "language/trial.h"
+#include "language/stored_tree.h"
 
 namespace {
 
@@ -25,39 +27,22 @@ NameVerdict CheckName(EC ec, const char *name) {
   if (RunParser(state) != 0) {
     return state.error.id == ORL_ERR_MEMORY ? NameVerdict::NoMemory : NameVerdict::Invalid;
   }
-  const ExprNode *root = state.root;
-  const bool isName =
-      root->kind == NODE_ITEM && root->offset == 0 && root->length == WRENStrLen(name);
-  ExprNodeFree(state.root);
-  state.root = nullptr;
+  const OwnedTree root(std::exchange(state.root, nullptr));
+  const bool isName = NodeKindOf(root.get()) == NODE_ITEM && NodeOffset(root.get()) == 0 &&
+                      NodeLength(root.get()) == WRENStrLen(name);
   return isName ? NameVerdict::Valid : NameVerdict::Invalid;
-}
-
-ExpressionClass ClassOf(const ExprNode *root) {
-  return root->kind == NODE_SET     ? kClassSet
-         : root->kind == NODE_RANGE ? kClassRange
-                                    : kClassFormula;
-}
-
-uint16_t StoredType(const ExprNode *root) {
-  const uint16_t type = static_cast<uint16_t>(root->dataType);
-  return type == NODE_STRING  ? uint16_t{ORL_TYPE_STRING}
-         : type == TOK_NUMBER ? uint16_t{ORL_TYPE_NUMBER}
-                              : type;
 }
 
 // The tree of a text, or null with the error set. A date-shaped text that read on as something else
 // and then failed counts as a bad date.
-ExprNode *ParseText(ParseState &state, EC ec, const char *text) {
+OwnedTree ParseText(ParseState &state, EC ec, const char *text) {
   ResetParseState(state, ec, text, false);
   if (std::strlen(text) >= INT32_MAX) {
     SetError(state, ORL_ERR_MAXTOKEN, 0, 0);
     return nullptr;
   }
   if (RunParser(state) == 0 && state.root != nullptr) {
-    ExprNode *tree = state.root;
-    state.root = nullptr;
-    return tree;
+    return OwnedTree(std::exchange(state.root, nullptr));
   }
   if (state.badDateSeen) {
     SetError(state, ORL_ERR_INVALIDDATE, state.badDateOffset, state.badDateLength);
@@ -66,11 +51,11 @@ ExprNode *ParseText(ParseState &state, EC ec, const char *text) {
 }
 
 // True when the formula does not refer to itself, else false with the error set.
-bool RefuseRecursion(EC ec, const Expression *expression, FormulaError &error) {
+bool CheckRecursion(EC ec, const Expression *expression, FormulaError &error) {
   const ExprNode *where = nullptr;
   switch (FormulaRefersTo(ec, expression->name, expression->tree, &where)) {
     case ORL_ERR_RECURSIVE:
-      error = FormulaError{ORL_ERR_RECURSIVE, where->offset, where->length};
+      error = FormulaError{ORL_ERR_RECURSIVE, NodeOffset(where), NodeLength(where)};
       return false;
     case ORL_ERR_MEMORY:
       error = FormulaError{ORL_ERR_MEMORY, 0, 0};
@@ -80,73 +65,55 @@ bool RefuseRecursion(EC ec, const Expression *expression, FormulaError &error) {
   }
 }
 
+// True when the text is a valid name, else false with the error set.
+bool CheckFormulaName(EC ec, const Expression *expression, FormulaError &error) {
+  switch (CheckName(ec, expression->name)) {
+    case NameVerdict::Valid:
+      return true;
+    case NameVerdict::NoMemory:
+      error = FormulaError{ORL_ERR_MEMORY, 0, 0};
+      return false;
+    default:
+      error = FormulaError{ORL_ERR_NAME, 0, WRENStrLen(expression->text)};
+      return false;
+  }
+}
+
 // Gives the record its name and text and checks what goes beyond the text itself. False with the
 // error set.
-bool CompleteExpression(ParseState &state, EC ec, Expression *expression, const char *text,
-                        const char *name) {
+bool CompleteExpression(EC ec, Expression *expression, const char *text, const char *name,
+                        FormulaError &error) {
   char generated[kGeneratedNameSize];
   if (name == nullptr || name[0] == '\0') {
-    name = GeneratedName(ec, ClassOf(expression->tree), generated) ? generated : nullptr;
+    name = GeneratedName(ec, ClassOfTree(expression->tree), generated) ? generated : nullptr;
   }
   expression->text = CopyText(text).release();
   expression->name = name == nullptr ? nullptr : CopyText(name).release();
   if (expression->text == nullptr || expression->name == nullptr) {
-    SetError(state, ORL_ERR_MEMORY, 0, 0);
+    error = FormulaError{ORL_ERR_MEMORY, 0, 0};
     return false;
   }
-  const NameVerdict verdict = CheckName(ec, expression->name);
-  if (verdict != NameVerdict::Valid) {
-    if (verdict == NameVerdict::NoMemory) {
-      SetError(state, ORL_ERR_MEMORY, 0, 0);
-    } else {
-      SetError(state, ORL_ERR_NAME, 0, WRENStrLen(text));
-    }
-    return false;
-  }
-  return RefuseRecursion(ec, expression, state.error);
+  return CheckFormulaName(ec, expression, error) && CheckRecursion(ec, expression, error);
 }
 
-// A new expression that is in no table yet, or null with the error in `error`, if given.
-Expression *ExpressionFromText(EC ec, const char *text, const char *name, FormulaError *error,
-                               uint16_t *dataType) {
-  ParseState state;
-  Expression *expression = static_cast<Expression *>(WRENMemAlloc(sizeof(Expression)));
-  bool ok = false;
+// A new expression that is in no table yet, or null with the error set.
+OwnedExpression ExpressionFromText(EC ec, const char *text, const char *name, FormulaError &error,
+                                   uint16_t *dataType) {
+  OwnedExpression expression(Allocate<Expression>().release());
   if (expression == nullptr) {
-    SetError(state, ORL_ERR_MEMORY, 0, 0);
-  } else {
-    expression->context = ec;
-    expression->tree = ParseText(state, ec, text);
-    if (expression->tree != nullptr) {
-      expression->dataType = *dataType = StoredType(expression->tree);
-      ok = CompleteExpression(state, ec, expression, text, name);
-    }
+    error = FormulaError{ORL_ERR_MEMORY, 0, 0};
+    return nullptr;
   }
-  if (ok) {
-    return expression;
+  ParseState state;
+  expression->context = ec;
+  expression->tree = ParseText(state, ec, text).release();
+  if (expression->tree == nullptr) {
+    error = state.error;
+    return nullptr;
   }
-  ExpressionFree(expression);
-  if (error != nullptr) {
-    *error = state.error;
-  }
-  return nullptr;
-}
-
-// Ends a parse entry after its text was good: the new record goes, the error is told.
-HEXP RefuseRecord(Expression *expression, const FormulaError &reason, FormulaError *error) {
-  ExpressionFree(expression);
-  if (error != nullptr) {
-    *error = reason;
-  }
-  return nullptr;
-}
-
-// Gives a stored expression another tree, whose references are counted.
-void ReplaceTree(EC ec, Expression *expression, ExprNode *tree) {
-  MentionsRemove(ec, expression->tree);
-  ExprNodeFree(expression->tree);
-  expression->tree = tree;
-  expression->dataType = StoredType(tree);
+  expression->dataType = *dataType = StoredType(expression->tree);
+  return CompleteExpression(ec, expression.get(), text, name, error) ? std::move(expression)
+                                                                     : nullptr;
 }
 
 // What forbids to store a new record as `exp`, or as a new expression for null; id 0 for nothing.
@@ -155,23 +122,24 @@ FormulaError ConflictOf(EC ec, HEXP exp, const Expression *fresh) {
   if (ORLIsExpNameUnique(ec, exp, fresh->name) == 0) {
     return {ORL_ERR_DUPNAME, 0, length};
   }
-  if (exp != nullptr && exp->dataType != fresh->dataType &&
-      ORLIsNamedFormulaUsed(ec, fresh->name) != 0) {
+  if (exp != nullptr && exp->dataType != fresh->dataType && ReferenceCount(ec, fresh->name) > 0) {
     return {ORL_ERR_EXPDATATYPE, 0, length};
   }
   return {};
 }
 
 // A record that ORLParseFormula can store as `exp`, or as a new expression for null; null with the
-// error told when it can not.
-Expression *CheckedFormula(EC ec, HEXP exp, const char *text, const char *name, FormulaError *error,
-                           uint16_t *dataType) {
-  Expression *fresh = ExpressionFromText(ec, text, name, error, dataType);
-  if (fresh == nullptr) {
+// error set when it can not.
+OwnedExpression CheckedFormula(EC ec, HEXP exp, const char *text, const char *name,
+                               FormulaError &error, uint16_t *dataType) {
+  OwnedExpression fresh = ExpressionFromText(ec, text, name, error, dataType);
+  const FormulaError conflict =
+      fresh == nullptr ? FormulaError{} : ConflictOf(ec, exp, fresh.get());
+  if (conflict.id != 0) {
+    error = conflict;
     return nullptr;
   }
-  const FormulaError conflict = ConflictOf(ec, exp, fresh);
-  return conflict.id == 0 ? fresh : RefuseRecord(fresh, conflict, error);
+  return fresh;
 }
 
 // Lets the host hear of the new name of a stored expression, and checks again what the host may
@@ -184,32 +152,30 @@ FormulaError AnnounceName(EC ec, HEXP exp, const Expression *fresh) {
   }
   FormulaError error = ConflictOf(ec, exp, fresh);
   if (error.id == 0) {
-    RefuseRecursion(ec, fresh, error);
+    CheckRecursion(ec, fresh, error);
   }
   return error;
 }
 
-// Moves the content of the new record, which is freed, into a stored one. Id 0, or the error that
-// left everything as it was.
+// Moves the content of the new record into a stored one. Id 0, or the error that left everything as
+// it was.
 FormulaError ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
-  if (!MentionsAdd(ec, fresh->tree)) {
+  if (!AddReferences(ec, fresh->tree)) {
     return {ORL_ERR_MEMORY, 0, 0};
   }
   const bool renamed = std::strcmp(exp->name, fresh->name) != 0;
   if (renamed && ec->renameProc != nullptr) {
     const FormulaError error = AnnounceName(ec, exp, fresh);
     if (error.id != 0) {
-      MentionsRemove(ec, fresh->tree);
+      RemoveReferences(ec, fresh->tree);
       return error;
     }
   }
-  ReplaceTree(ec, exp, fresh->tree);
+  ReplaceTree(ec, exp, OwnedTree(std::exchange(fresh->tree, nullptr)));
   NameIndexRename(ec->expressionNames, exp->entry, fresh->name);
   std::swap(exp->name, fresh->name);
   std::swap(exp->text, fresh->text);
   OrderAfterReplace(ec, exp, fresh->name);
-  fresh->tree = nullptr;
-  ExpressionFree(fresh);
   if (renamed) {
     ContextChanged(ec);
   } else {
@@ -220,7 +186,7 @@ FormulaError ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
 
 // The first reference to a formula in a tree, at `node` or behind it; null when there is none.
 const ExprNode *ReferenceFrom(const ExprNode *tree, const ExprNode *node) {
-  while (node != nullptr && node->kind != NODE_FORMULA) {
+  while (node != nullptr && NodeKindOf(node) != NODE_FORMULA) {
     node = ExprNodeNext(tree, node);
   }
   return node;
@@ -238,24 +204,31 @@ bool RefersAlike(const ExprNode *left, const ExprNode *right) {
   return a == nullptr && b == nullptr;
 }
 
+// The result of a parse entry that failed.
+HEXP Fail(const FormulaError &reason, FormulaError *error) {
+  if (error != nullptr) {
+    *error = reason;
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 bool ReparseExpression(EC ec, Expression *expression, const char *text) {
   ParseState state;
-  ExprNode *tree = ParseText(state, ec, text);
+  OwnedTree tree = ParseText(state, ec, text);
   if (tree == nullptr) {
     return false;
   }
   const bool fits =
-      StoredType(tree) == expression->dataType || ORLIsNamedFormulaUsed(ec, expression->name) == 0;
+      StoredType(tree.get()) == expression->dataType || ReferenceCount(ec, expression->name) == 0;
   const ExprNode *where = nullptr;
-  const bool circular = !RefersAlike(expression->tree, tree) &&
-                        FormulaRefersTo(ec, expression->name, tree, &where) != 0;
-  if (!fits || circular || !MentionsAdd(ec, tree)) {
-    ExprNodeFree(tree);
+  const bool circular = !RefersAlike(expression->tree, tree.get()) &&
+                        FormulaRefersTo(ec, expression->name, tree.get(), &where) != 0;
+  if (!fits || circular || !AddReferences(ec, tree.get())) {
     return false;
   }
-  ReplaceTree(ec, expression, tree);
+  ReplaceTree(ec, expression, std::move(tree));
   OrderAfterReplace(ec, expression, expression->name);
   ContextChanged(ec);
   return true;
@@ -278,44 +251,43 @@ int32_t ORLValidName(EC ec, const char *name, FormulaError *error) {
 HEXP ORLParseString(EC ec, const char *text, const char *name, FormulaError *error,
                     uint16_t *dataType) {
   if (ec == nullptr || dataType == nullptr) {
-    return RefuseRecord(nullptr, {ORL_ERR_GENERAL, 0, 0}, error);
+    return Fail({ORL_ERR_GENERAL, 0, 0}, error);
   }
-  Expression *fresh = ExpressionFromText(ec, text == nullptr ? "" : text, name, error, dataType);
-  if (fresh == nullptr || ExpressionTableAppend(ec, fresh) != 0) {
-    return fresh;
+  FormulaError found = {};
+  OwnedExpression fresh =
+      ExpressionFromText(ec, text == nullptr ? "" : text, name, found, dataType);
+  if (fresh == nullptr) {
+    return Fail(found, error);
   }
-  return RefuseRecord(fresh, {ORL_ERR_MEMORY, 0, 0}, error);
+  HEXP exp = fresh.get();
+  return StoreExpression(ec, fresh) ? exp : Fail({ORL_ERR_MEMORY, 0, 0}, error);
 }
 
 HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name, FormulaError *error,
                      uint16_t *dataType) {
   if (ec == nullptr || dataType == nullptr) {
-    return RefuseRecord(nullptr, {ORL_ERR_GENERAL, 0, 0}, error);
+    return Fail({ORL_ERR_GENERAL, 0, 0}, error);
   }
-  Expression *fresh = CheckedFormula(ec, exp, text == nullptr ? "" : text, name, error, dataType);
+  FormulaError found = {};
+  OwnedExpression fresh =
+      CheckedFormula(ec, exp, text == nullptr ? "" : text, name, found, dataType);
   if (fresh == nullptr) {
-    return nullptr;
+    return Fail(found, error);
   }
-  const FormulaError memory = {ORL_ERR_MEMORY, 0, 0};
-  const FormulaError failure = exp != nullptr ? ReplaceContent(ec, exp, fresh)
-                               : ExpressionTableAppend(ec, fresh) == 0 ? memory
-                                                                       : FormulaError{};
-  if (failure.id != 0) {
-    return RefuseRecord(fresh, failure, error);
+  if (exp != nullptr) {
+    found = ReplaceContent(ec, exp, fresh.get());
+  } else {
+    exp = fresh.get();
+    found = StoreExpression(ec, fresh) ? FormulaError{} : FormulaError{ORL_ERR_MEMORY, 0, 0};
   }
-  return exp == nullptr ? fresh : exp;
+  return found.id == 0 ? exp : Fail(found, error);
 }
 
-int32_t KindOfTree(const ExprNode *root) {
-  return ClassOf(root);
-}
-
-int32_t TrialKind(EC ec, HEXP exp, const char *text, const char *name) {
+int32_t ClassifyText(EC ec, HEXP exp, const char *text, const char *name) {
+  FormulaError error = {};
   uint16_t dataType = 0;
-  Expression *fresh = CheckedFormula(ec, exp, text, name, nullptr, &dataType);
-  const int32_t kind = fresh == nullptr ? -1 : KindOfTree(fresh->tree);
-  ExpressionFree(fresh);
-  return kind;
+  const OwnedExpression fresh = CheckedFormula(ec, exp, text, name, error, &dataType);
+  return fresh == nullptr ? -1 : ClassOfTree(fresh->tree);
 }
 
 int32_t ORLInputNameIsKeyword(char *target, const char *source) {

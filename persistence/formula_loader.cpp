@@ -13,10 +13,10 @@
 #include <bit>
 #include <cstring>
 
-#include "analysis/recursion.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/host_call.h"
+#include "language/recursion.h"
 #include "persistence/recovery.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // The formulas of versions 0 and 1: one after the other, and the first that fails ends the load.
 #include <cstring>
 
-#include "analysis/recursion.h"
 #include "engine/host_call.h"
+#include "language/recursion.h"
 #include "persistence/formula_loader.h"
 #include "persistence/keyword_words.h"
 #include "wreni11.h"

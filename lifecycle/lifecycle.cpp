@@ -1,35 +1,35 @@
 // What becomes of contexts and expressions: copy, clone and destroy.
-#include "analysis/usage.h"
 #include "engine/context.h"
 #include "engine/expression_order.h"
 #include "engine/expressions.h"
 #include "engine/items.h"
-#include "language/tree.h"
+#include "engine/references.h"
+#include "language/stored_tree.h"
 
 namespace {
 
 void FreeExpressions(EC ec) {
   const uint32_t count = HandleArrayRows(ec->expressions);
   for (uint32_t i = 0; i < count; i++) {
-    Expression *expression = static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i));
+    const OwnedExpression expression(
+        static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i)));
     if (expression != nullptr) {
-      MentionsRemove(ec, expression->tree);
-      ExpressionFree(expression);
+      RemoveReferences(ec, expression->tree);
     }
   }
   HandleArrayFree(ec->expressions);
   NameIndexFree(ec->expressionNames);
-  NameIndexFree(ec->mentions);
+  NameIndexFree(ec->references);
 }
 
 void FreeTexts(EC ec) {
   for (int32_t i = 0; i < 3; i++) {
-    WRENMemFree(ec->pictures[i]);
-    WRENMemFree(ec->dateConvert[i]);
+    ReplaceBlock(ec->pictures[i]);
+    ReplaceBlock(ec->dateConvert[i]);
   }
   for (OperatorSlots &slots : ec->operators) {
-    for (char *name : slots.names) {
-      WRENMemFree(name);
+    for (char *&name : slots.names) {
+      ReplaceBlock(name);
     }
   }
 }
@@ -77,7 +77,7 @@ int32_t ORLDestroyEC(EC ec) {
     ItemTableFree(&ec->functions);
     ItemTableFree(&ec->keywords);
     FreeTexts(ec);
-    WRENMemFree(ec);
+    const Owned<ExprContext> ended(ec);
   }
   return 1;
 }
@@ -113,7 +113,7 @@ int32_t ORLDestroyEXP(EC ec, HEXP exp) {
     return 1;
   }
   const int32_t ordinal = ORLGetExpressionOrdinal(ec, exp);
-  if (ordinal < 0 || ORLIsNamedFormulaUsed(ec, exp->name) != 0) {
+  if (ordinal < 0 || ReferenceCount(ec, exp->name) > 0) {
     return 0;
   }
   if (HandleArrayRows(ec->expressions) > 1) {
@@ -124,8 +124,8 @@ int32_t ORLDestroyEXP(EC ec, HEXP exp) {
   }
   NameIndexRemove(ec->expressionNames, exp->entry);
   OrderRemove(ec, exp);
-  MentionsRemove(ec, exp->tree);
+  const OwnedExpression ended(exp);
+  RemoveReferences(ec, exp->tree);
   ContextChanged(ec);
-  ExpressionFree(exp);
   return 1;
 }

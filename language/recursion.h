@@ -1,6 +1,6 @@
 // The recursion check: no formula may refer to itself, directly or through others.
-#ifndef ORLI11_ANALYSIS_RECURSION_H
-#define ORLI11_ANALYSIS_RECURSION_H
+#ifndef ORLI11_LANGUAGE_RECURSION_H
+#define ORLI11_LANGUAGE_RECURSION_H
 
 #include <cstdint>
 

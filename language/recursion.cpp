@@ -2,12 +2,12 @@
 // the way back in the expressions. Where the order of expressions is good it enters only what
 // stands above the one that is looked for. What it leaves without having found it is moved below
 // that one, where the next search does not enter it again.
-#include "analysis/recursion.h"
+#include "language/recursion.h"
 
-#include "analysis/formula_walk.h"
-#include "analysis/usage.h"
 #include "engine/expression_order.h"
-#include "language/tree.h"
+#include "engine/references.h"
+#include "language/formula_walk.h"
+#include "language/stored_tree.h"
 #include "platform/text.h"
 
 namespace {
@@ -127,7 +127,7 @@ int32_t OwnReference(const char *name, ExprNode *tree, const ExprNode **where) {
 }  // namespace
 
 int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode **where) {
-  if (MentionCount(ec, name) == 0) {
+  if (ReferenceCount(ec, name) == 0) {
     return OwnReference(name, tree, where);
   }
   Expression *stored = ORLHEXPFromName(ec, name);
@@ -144,8 +144,8 @@ int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode 
 void OrderAfterReplace(EC ec, Expression *expression, const char *oldName) {
   const bool renamed = !SameText(oldName, expression->name);
   const bool shared =
-      renamed && MentionCount(ec, oldName) != 0 && ORLHEXPFromName(ec, oldName) != nullptr;
-  const bool named = MentionCount(ec, expression->name) != 0;
+      renamed && ReferenceCount(ec, oldName) != 0 && ORLHEXPFromName(ec, oldName) != nullptr;
+  const bool named = ReferenceCount(ec, expression->name) != 0;
   if (shared || (renamed && named)) {
     ec->order.broken = true;  // references mean another formula than before
   } else if (!named || ORLHEXPFromName(ec, expression->name) != expression) {

@@ -8,9 +8,8 @@
 //
 // The host may destroy other expressions than it is asked to. Nothing is kept that this could make
 // dangle: places are orders of the table, which never come back, and are looked up when needed.
-#include "engine/delete_item.h"
-
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 
 #include "analysis/usage.h"
@@ -18,6 +17,7 @@
 #include "engine/expressions.h"
 #include "engine/host_call.h"
 #include "engine/items.h"
+#include "engine/references.h"
 
 namespace {
 
@@ -49,8 +49,6 @@ uint64_t QueuePop(PlaceQueue &queue) {
   return queue.places[--queue.count];
 }
 
-}  // namespace
-
 struct DeleteRun {
   EC ec;
   ItemTable *table;
@@ -63,10 +61,8 @@ struct DeleteRun {
   bool rounds;  // the first pass is over
   bool lost;    // a place could not be noted: the next round asks all
   bool ok;
-  DeleteRun *outer;  // a run whose host routine began this one
+  ReferenceListener listener;
 };
-
-namespace {
 
 // The index of the first expression at or behind a place. Tables are in the order of places.
 uint32_t IndexFrom(EC ec, uint64_t place) {
@@ -93,7 +89,7 @@ bool IsPutOff(const DeleteRun &run, HEXP exp) {
 }
 
 bool IsFree(const DeleteRun &run, HEXP exp) {
-  return IsPutOff(run, exp) && ORLIsNamedFormulaUsed(run.ec, exp->name) == 0;
+  return IsPutOff(run, exp) && ReferenceCount(run.ec, exp->name) == 0;
 }
 
 // Hands an expression to the host, which destroys it. Without the row there is nothing to hand
@@ -113,7 +109,7 @@ void FirstPass(DeleteRun &run, int32_t kind) {
   while (run.ok && exp != nullptr) {
     run.place = exp->entry.order;
     if (ItemUsedBy(walk, exp, kind, run.name)) {
-      if (ORLIsNamedFormulaUsed(run.ec, exp->name) != 0) {
+      if (ReferenceCount(run.ec, exp->name) != 0) {
         exp->deleteRun = run.number;
       } else {
         const uint64_t revision = run.ec->revision;
@@ -192,20 +188,21 @@ void Rounds(DeleteRun &run) {
   run.ok = run.ok && !AnyPutOff(run);
 }
 
-}  // namespace
-
-void DeleteRunUnmentioned(DeleteRun *run, const char *name) {
-  for (; run != nullptr; run = run->outer) {
-    const NameEntry *entry = run->rounds ? NameIndexFirst(run->ec->expressionNames, name) : nullptr;
-    for (; entry != nullptr; entry = entry->nextSame) {
-      HEXP exp = static_cast<HEXP>(entry->row);
-      if (IsPutOff(*run, exp)) {
-        PlaceQueue &queue = entry->order > run->place ? run->thisRound : run->nextRound;
-        run->lost = !QueuePush(queue, entry->order) || run->lost;
-      }
+// Queues the expressions of a name that nothing refers to any more. The run's listener hears of it
+// also while a run that its host routine began goes on.
+void QueueFreed(ReferenceListener *listener, const char *name) {
+  char *start = reinterpret_cast<char *>(listener) - offsetof(DeleteRun, listener);
+  DeleteRun &run = *reinterpret_cast<DeleteRun *>(start);
+  const NameEntry *entry = run.rounds ? NameIndexFirst(run.ec->expressionNames, name) : nullptr;
+  for (; entry != nullptr; entry = entry->nextSame) {
+    if (IsPutOff(run, static_cast<HEXP>(entry->row))) {
+      PlaceQueue &queue = entry->order > run.place ? run.thisRound : run.nextRound;
+      run.lost = !QueuePush(queue, entry->order) || run.lost;
     }
   }
 }
+
+}  // namespace
 
 int32_t ORLDeleteExpItem(EC ec, int32_t kind, const char *name, OrlDeleteProc proc) {
   if (ec == nullptr || name == nullptr) {
@@ -221,13 +218,13 @@ int32_t ORLDeleteExpItem(EC ec, int32_t kind, const char *name, OrlDeleteProc pr
   if (ItemFind(run.table, name) == nullptr) {
     return 1;
   }
-  run.outer = ec->deleteRun;
-  ec->deleteRun = &run;
+  run.listener = {&QueueFreed, ec->listener};
+  ec->listener = &run.listener;
   FirstPass(run, kind);
   Rounds(run);
-  ec->deleteRun = run.outer;
-  WRENMemFree(run.thisRound.places);
-  WRENMemFree(run.nextRound.places);
+  ec->listener = run.listener.outer;
+  ReplaceBlock(run.thisRound.places);
+  ReplaceBlock(run.nextRound.places);
   if (run.ok) {
     ItemRemove(ec, run.table, name);
   }

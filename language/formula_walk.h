@@ -1,7 +1,7 @@
 // Steps that walks through named formulas share. The way back stands in the expressions, so no
 // depth of references needs memory.
-#ifndef ORLI11_ANALYSIS_FORMULA_WALK_H
-#define ORLI11_ANALYSIS_FORMULA_WALK_H
+#ifndef ORLI11_LANGUAGE_FORMULA_WALK_H
+#define ORLI11_LANGUAGE_FORMULA_WALK_H
 
 #include "engine/expressions.h"
 

@@ -1,0 +1,26 @@
+// How often stored trees refer to each name as a formula. So that nothing refers to a formula is
+// known at once.
+#ifndef ORLI11_ENGINE_REFERENCES_H
+#define ORLI11_ENGINE_REFERENCES_H
+
+#include <cstdint>
+
+#include "engine/context.h"
+
+// The references to formulas of that name in stored trees.
+uint32_t ReferenceCount(EC ec, const char *name);
+
+// Counts one more; false, with nothing counted, when there is no memory.
+bool AddReference(EC ec, const char *name);
+
+// Counts one less, of those that were added.
+void RemoveReference(EC ec, const char *name);
+
+// Who wants to know when the last reference to a name goes. It is the first in the context's list
+// while it lives, which must end in reverse order.
+struct ReferenceListener {
+  void (*lastRemoved)(ReferenceListener *listener, const char *name);
+  ReferenceListener *outer;
+};
+
+#endif
