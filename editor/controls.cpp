@@ -1,7 +1,6 @@
 // The procedures that stand ahead of the editor's controls.
 #include "editor/editor.h"
 #include "editor/window_calls.h"
-#include "persistence/recovery.h"
 
 namespace {
 
@@ -28,7 +27,7 @@ intptr_t ListEvent(int32_t control, OrlWindow window, uint32_t message, uintptr_
 }  // namespace
 
 void OrlFollowRow(OrlWindow dialog, bool openTextView) {
-  if (!CurrentRecovery().active) {
+  if (CurrentEditor().repair == nullptr) {
     EnableItem(dialog, kButtonSelect, true);
   }
   OrlEnableDelete(dialog);

@@ -8,7 +8,7 @@
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/module.h"
-#include "persistence/recovery.h"
+#include "persistence/repair.h"
 
 namespace {
 
@@ -104,9 +104,9 @@ void OrlSetTitle(OrlWindow dialog) {
   const char *title = moduleTexts.editorTitles[editor.editorMode];
   HEXP exp = OrlCurrentExpression();
   const EditorText newRow = LoadText(kModeTexts[editor.editorMode].newRow);
-  const char *name = exp != nullptr             ? exp->name
-                     : CurrentRecovery().active ? CurrentRecovery().name
-                                                : newRow.text;
+  const char *name = exp != nullptr                      ? exp->name
+                     : CurrentEditor().repair != nullptr ? CurrentEditor().repair->name
+                                                         : newRow.text;
   if (!SetJoinedTitle(dialog, title, name)) {
     Windows()->SetWindowText(dialog, title);
   }
@@ -132,7 +132,8 @@ void OrlEnableDelete(OrlWindow dialog) {
   EC ec = CurrentEditor().ec;
   OrlWindow list = ItemOf(dialog, kListFormulas);
   const int32_t row = CurrentRow(list);
-  const bool offered = !CurrentRecovery().active && ec->delPermissionProc != nullptr && row >= 1;
+  const bool offered =
+      CurrentEditor().repair == nullptr && ec->delPermissionProc != nullptr && row >= 1;
   char *name = offered ? TextOfRow(list, row) : nullptr;
   EnableItem(dialog, kButtonDelete, name != nullptr && ORLIsNamedFormulaUsed(ec, name) == 0);
   WRENMemFree(name);

@@ -64,6 +64,8 @@ enum EditorMessage : uint32_t {
 };
 
 // What the entry points hand to the dialog, on their stack.
+struct FormulaRepair;
+
 struct BuildRecord {
   EC ec;
   HEXP exp;
@@ -82,6 +84,7 @@ struct EditorState {
   HEXP currentExp;         // shown in the two edits; null for a new text
   uint64_t currentSerial;  // of that expression
   int32_t editorMode;      // EditorMode
+  FormulaRepair *repair;   // the stored formula to be corrected, or null
   char valuesItem[65];     // the data item whose values are to open at start, or empty
   char expressionWord[kLabelSize];
   char expressionTail[kLabelSize + 8];  // [,Expression...]
@@ -98,6 +101,11 @@ struct EditorState {
 
 // The state of the editor that runs on this thread.
 EditorState &CurrentEditor();
+
+// Opens the editor on the record's expression; null when nothing was stored. With `repair` it is
+// opened on that formula instead.
+HEXP OrlRunEditor(OrlWindow parent, BuildRecord record, EditorMode mode, const char *itemName,
+                  FormulaRepair *repair);
 
 // True while the editor is open. A host may call the procedures of its windows at any time.
 bool EditorRuns();

@@ -6,7 +6,6 @@
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/host_call.h"
-#include "persistence/recovery.h"
 #include "resources/dialogs.h"
 
 namespace {
@@ -44,7 +43,7 @@ bool EditorRuns() {
 
 bool EditorHasModes() {
   EC ec = CurrentEditor().ec;
-  return ec != nullptr && ec->listValuesProc != nullptr && !CurrentRecovery().active;
+  return ec != nullptr && ec->listValuesProc != nullptr && CurrentEditor().repair == nullptr;
 }
 
 void OrlSetCurrentExpression(HEXP exp) {
@@ -66,28 +65,35 @@ HEXP ORLBuildExpression(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit)
 
 HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit, int32_t type,
                               const char *itemName) {
+  return OrlRunEditor(parentWindow, {ec, exp, nullptr, textLimit}, ModeOfType(type),
+                      itemName == nullptr ? "" : itemName, nullptr);
+}
+
+HEXP OrlRunEditor(OrlWindow parent, BuildRecord record, EditorMode mode, const char *itemName,
+                  FormulaRepair *repair) {
+  EC ec = record.ec;
   if (ec == nullptr || openEditor != nullptr) {
     return nullptr;
   }
-  if (ORLGetExpressionOrdinal(ec, exp) < 0) {
-    exp = nullptr;  // a handle that is dead, or of another context, may point anywhere
+  if (ORLGetExpressionOrdinal(ec, record.exp) < 0) {
+    record.exp = nullptr;  // a handle that is dead, or of another context, may point anywhere
   }
-  BuildRecord record = {ec, exp, nullptr, textLimit};
   EditorState editor = {};
   openEditor = &editor;
   editor.record = &record;
   editor.ec = ec;
-  OrlSetCurrentExpression(exp);
-  editor.editorMode = ModeOfType(type);
-  const size_t itemLength = itemName == nullptr ? 0 : strnlen(itemName, sizeof editor.valuesItem);
+  editor.repair = repair;
+  OrlSetCurrentExpression(record.exp);
+  editor.editorMode = mode;
+  const size_t itemLength = strnlen(itemName, sizeof editor.valuesItem);
   if (itemLength < sizeof editor.valuesItem) {  // longer than any item's name: no item is meant
-    std::memcpy(editor.valuesItem, itemName == nullptr ? "" : itemName, itemLength);
+    std::memcpy(editor.valuesItem, itemName, itemLength);
   }
-  const intptr_t ended = RunDialog(parentWindow, record);
+  const intptr_t ended = RunDialog(parent, record);
   openEditor = nullptr;
   if (ended == -1) {
     const FormulaError error = {ORL_ERR_MEMLOW, 0, 0};
-    ORLErrorDisplay(parentWindow, "", &error);
+    ORLErrorDisplay(parent, "", &error);
     return nullptr;
   }
   return ORLGetExpressionOrdinal(ec, record.result) < 0 ? nullptr : record.result;

@@ -7,7 +7,6 @@
 #include "editor/window_calls.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
-#include "persistence/recovery.h"
 #include "platform/text.h"
 
 namespace {
@@ -107,7 +106,7 @@ void OrlFollowContext(OrlWindow dialog) {
   if (EditorHasModes()) {
     OrlCaptionByRow(dialog);  // an expression may be of another kind now
   }
-  if (CurrentRecovery().active) {
+  if (CurrentEditor().repair != nullptr) {
     return;
   }
   HEXP current = OrlCurrentExpression();

@@ -6,7 +6,7 @@
 #include "editor/window_calls.h"
 #include "engine/context.h"
 #include "engine/host_call.h"
-#include "persistence/recovery.h"
+#include "persistence/repair.h"
 
 namespace {
 
@@ -22,8 +22,8 @@ OrlWindow TextEdit(OrlWindow dialog) {
 
 void Accept(const Command &command) {
   HEXP saved = OrlSaveText(command.dialog);
-  const RecoveryState &recovery = CurrentRecovery();
-  if (saved != nullptr || (recovery.active && recovery.deferred != nullptr)) {
+  const FormulaRepair *repair = CurrentEditor().repair;
+  if (saved != nullptr || (repair != nullptr && repair->deferred != nullptr)) {
     CurrentEditor().record->result = saved;
     Windows()->EndDialog(command.dialog, 0);
   }
@@ -150,11 +150,11 @@ void Measure(OrlMeasureItem *item) {
 }
 
 void ShowLoadError(OrlWindow dialog, uintptr_t timer) {
-  const RecoveryState &recovery = CurrentRecovery();
+  const FormulaRepair *repair = CurrentEditor().repair;
   if (timer == kErrorTimer) {
     Windows()->KillTimer(dialog, timer);
-    if (recovery.active) {
-      OrlLoadErrorDisplay(dialog, recovery.text, &recovery.error);
+    if (repair != nullptr) {
+      OrlLoadErrorDisplay(dialog, repair->text, &repair->error);
       OrlFollowContext(dialog);
     }
   }

@@ -11,7 +11,7 @@
 #include "engine/expressions.h"
 #include "engine/items.h"
 #include "engine/module.h"
-#include "persistence/recovery.h"
+#include "persistence/repair.h"
 #include "platform/strings.h"
 #include "platform/text.h"
 #include "resources/bitmaps.h"
@@ -67,7 +67,7 @@ void Intercept(OrlWindow dialog) {
 void OpenValuesLater(OrlWindow dialog) {
   const char *item = CurrentEditor().valuesItem;
   int32_t row = -1;
-  if (item[0] != '\0' && !CurrentRecovery().active &&
+  if (item[0] != '\0' && CurrentEditor().repair == nullptr &&
       OrlFindExact(ItemOf(dialog, kListItems), item, &row)) {
     EnableItem(dialog, kButtonValues, true);
     Windows()->PostMessage(dialog, ORL_WM_COMMAND, kButtonValues, 0);
@@ -119,11 +119,11 @@ void StartWithExpression(OrlWindow dialog, HEXP exp) {
 }
 
 void StartWithFailure(OrlWindow dialog) {
-  const RecoveryState &recovery = CurrentRecovery();
-  SetItemText(dialog, kEditName, recovery.name);
-  SetItemText(dialog, kEditText, recovery.text);
+  const FormulaRepair &repair = *CurrentEditor().repair;
+  SetItemText(dialog, kEditName, repair.name);
+  SetItemText(dialog, kEditText, repair.text);
   OrlWindow edit = ItemOf(dialog, kEditText);
-  OrlSelectError(edit, recovery.error);
+  OrlSelectError(edit, repair.error);
   SetModified(edit, true);
   EnableItem(dialog, kEditName, false);
   EnableItem(dialog, kButtonSelect, false);
@@ -205,7 +205,7 @@ void OrlInitDialog(OrlWindow dialog) {
   HEXP exp = OrlCurrentExpression();
   if (exp != nullptr) {
     StartWithExpression(dialog, exp);
-  } else if (CurrentRecovery().active) {
+  } else if (CurrentEditor().repair != nullptr) {
     StartWithFailure(dialog);
   } else {
     StartWithNewText(dialog);
@@ -236,7 +236,7 @@ void OrlOpenDialog(OrlWindow dialog) {
   FocusItem(dialog, kEditText);
   editor.textViewWindow = nullptr;
   editor.valuesWindow = nullptr;
-  if (CurrentRecovery().active) {
+  if (CurrentEditor().repair != nullptr) {
     Windows()->SetTimer(dialog, kErrorTimer, kErrorDelay);
   }
   editor.valuesMore = 1;

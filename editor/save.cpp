@@ -9,7 +9,7 @@
 #include "engine/expressions.h"
 #include "language/parse.h"
 #include "language/parse_state.h"
-#include "persistence/recovery.h"
+#include "persistence/repair.h"
 #include "platform/strings.h"
 #include "platform/text.h"
 
@@ -69,21 +69,20 @@ void CutTail(OrlWindow dialog, char *text) {
 // Keeps the text and its name for the reader of a block when the word at which the parse failed is
 // the name of a formula that is still to come.
 bool DeferText(const SaveTexts &texts, const FormulaError &error) {
-  RecoveryState &recovery = CurrentRecovery();
-  if (!recovery.active || error.id != ORL_ERR_FUNC ||
-      !IsForwardReference(recovery, texts.text, error)) {
+  FormulaRepair *repair = CurrentEditor().repair;
+  if (repair == nullptr || error.id != ORL_ERR_FUNC ||
+      AwaitedRow(*repair->pending, texts.text, error) == nullptr) {
     return false;
   }
   const size_t textSize = std::strlen(texts.text) + 1;
   const size_t nameSize = std::strlen(texts.name) + 1;
-  char *row = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(textSize + nameSize)));
+  OwnedText row = Allocate<char>(textSize + nameSize);
   if (row == nullptr) {
     return false;
   }
-  std::memcpy(row, texts.text, textSize);
-  std::memcpy(row + textSize, texts.name, nameSize);
-  WRENMemFree(recovery.deferred);
-  recovery.deferred = row;
+  std::memcpy(row.get(), texts.text, textSize);
+  std::memcpy(row.get() + textSize, texts.name, nameSize);
+  repair->deferred = std::move(row);
   return true;
 }
 

@@ -1,4 +1,6 @@
 // The reader of EC blocks, all versions.
+#include "persistence/block_reader.h"
+
 #include <cstddef>
 #include <cstring>
 
@@ -32,6 +34,8 @@ struct BlockLoad {
   const VersionRules *rules;
   BlockCursor cursor;
   bool renaming;  // version 0: a name was a date unit, and the formulas have to follow
+  OrlErrorProc errorProc;
+  const LoadDialogs &dialogs;
 };
 
 void *LookUp(EC ec, const char *routineName) {
@@ -179,42 +183,43 @@ bool StepOverFunctions(BlockLoad &load) {
   return load.cursor.ok;
 }
 
-bool ReadFormulas(BlockLoad &load, OrlErrorProc errorProc) {
+bool ReadFormulas(BlockLoad &load) {
   const int32_t count = TakeSectionHeader(load.cursor);
   if (!load.cursor.ok) {
     return false;
   }
   return load.rules->loadsInOrder
              ? LoadOldFormulas(load.ec, load.cursor, count, load.version == kVersion0,
-                               load.renaming, errorProc)
-             : LoadFormulas(load.ec, load.cursor, count, errorProc);
+                               load.renaming, load.errorProc)
+             : LoadFormulas(load.ec, load.cursor, count, load.errorProc, load.dialogs);
 }
 
 // The sections behind the operator area, where there are any. What stands behind the last known one
 // is not looked at.
-bool ReadSections(BlockLoad &load, bool loadFormulas, OrlErrorProc errorProc) {
+bool ReadSections(BlockLoad &load, bool loadFormulas) {
   if (PeekTag(load.cursor) == kTagInputs && !ReadInputs(load)) {
     return false;
   }
   if (load.rules->functions && PeekTag(load.cursor) == kTagFunctions && !StepOverFunctions(load)) {
     return false;
   }
-  return PeekTag(load.cursor) != kTagFormulas || !loadFormulas || ReadFormulas(load, errorProc);
+  return PeekTag(load.cursor) != kTagFormulas || !loadFormulas || ReadFormulas(load);
 }
 
 }  // namespace
 
-int32_t ORLSetECContents(EC ec, int32_t size, const void *block, int32_t loadFormulas,
-                         OrlErrorProc errorProc) {
+bool ReadContext(EC ec, int32_t size, const void *block, bool loadFormulas, OrlErrorProc errorProc,
+                 const LoadDialogs &dialogs) {
   const char *bytes = static_cast<const char *>(block);
   if (ec == nullptr || bytes == nullptr || size < 1) {
-    return 0;
+    return false;
   }
   const auto version = static_cast<uint8_t>(bytes[0]);
   if (version > kVersion3) {
-    return 0;
+    return false;
   }
   const VersionRules &rules = kVersions[version];
-  BlockLoad load = {ec, version, &rules, {bytes, size, rules.start, true}, false};
-  return ReadOperators(load) && ReadSections(load, loadFormulas != 0, errorProc) ? 1 : 0;
+  BlockLoad load = {ec,    version,   &rules, {bytes, size, rules.start, true},
+                    false, errorProc, dialogs};
+  return ReadOperators(load) && ReadSections(load, loadFormulas);
 }

@@ -17,7 +17,6 @@
 #include "engine/expressions.h"
 #include "engine/host_call.h"
 #include "language/recursion.h"
-#include "persistence/recovery.h"
 
 namespace {
 
@@ -29,6 +28,7 @@ constexpr int64_t kMostRetriedBytes = int64_t{1} << 20;
 struct FormulaLoad {
   EC ec;
   OrlErrorProc errorProc;
+  const LoadDialogs *dialogs;
   PendingNames names;
   uint64_t *thisPass;  // a bit for each row that the running pass still tries
   uint64_t *nextPass;  // the same for the pass behind it
@@ -97,7 +97,7 @@ void Report(FormulaLoad &load, const char *text, const FormulaError &error) {
   if (load.errorProc != nullptr) {
     CallHost([&] { load.errorProc(load.ec, text, &error); });
   } else {
-    ORLErrorDisplay(load.ec->owner, text, &error);
+    load.dialogs->showError(load.ec, text, error);
   }
   load.ok = false;
 }
@@ -126,14 +126,13 @@ void Settle(FormulaLoad &load, PendingRow &row, HEXP exp) {
 
 // Lets the user repair a formula. Whatever was done meanwhile, every formula may parse now.
 void Repair(FormulaLoad &load, PendingRow &row, const char *text, const FormulaError &error) {
-  HEXP repaired = RepairFormula(load.ec, text, error);
-  char *deferred = CurrentRecovery().deferred;
-  CurrentRecovery().deferred = nullptr;
+  FormulaRepair repair = {text, text + std::strlen(text) + 1, error, &load.names, nullptr};
+  HEXP repaired = load.dialogs->repair(load.ec, repair);
   WakeAll(load);
   if (repaired != nullptr) {
-    WRENMemFree(deferred);
     Settle(load, row, repaired);
-  } else if (deferred != nullptr) {
+  } else if (repair.deferred != nullptr) {
+    char *deferred = repair.deferred.release();
     PutOff(load, row, deferred, deferred);
     Mark(load.nextPass, load.current);
   } else {
@@ -157,8 +156,7 @@ void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
     Report(load, text, error);
     return;
   }
-  PendingRow *awaited =
-      error.id == ORL_ERR_FUNC ? AwaitedRow(CurrentRecovery(), text, error) : nullptr;
+  PendingRow *awaited = error.id == ORL_ERR_FUNC ? AwaitedRow(load.names, text, error) : nullptr;
   if (awaited == nullptr) {
     Repair(load, row, text, error);
     return;
@@ -274,7 +272,8 @@ void FreeRows(FormulaLoad &load, uint64_t *passes) {
 
 }  // namespace
 
-bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc) {
+bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc,
+                  const LoadDialogs &dialogs) {
   if (count == 0) {
     return true;
   }
@@ -282,13 +281,11 @@ bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorP
   load.ec = ec;
   load.steps = kMostSearchSteps;
   load.errorProc = errorProc;
+  load.dialogs = &dialogs;
   load.ok = PrepareRows(load, count, cursor);
   uint64_t *passes = load.thisPass;
-  PendingNames *outer = CurrentRecovery().pending;
-  CurrentRecovery().pending = &load.names;
   FirstPass(load, cursor, load.ok ? count : 0);
   RetryPasses(load);
-  CurrentRecovery().pending = outer;
   if (load.ok && load.reordered && RowsAreTheTable(load)) {
     RestoreOrder(load);
   }

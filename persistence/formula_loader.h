@@ -4,10 +4,12 @@
 
 #include "orli11.h"
 #include "persistence/block_cursor.h"
+#include "persistence/repair.h"
 
 // Read `count` rows of versions 2 and 3: a formula may refer to one stored behind it, and one that
-// does not parse opens the editor. False when the load has failed.
-bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc);
+// does not parse is handed to the user. False when the load has failed.
+bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc,
+                  const LoadDialogs &dialogs);
 
 // Read `count` rows of versions 0 and 1, in order. In version 0 names that are date units, and with
 // `renaming` the words of all texts, get a "_" in front.
