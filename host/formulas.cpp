@@ -265,5 +265,5 @@ const char *FormulaKind(EC ec, HEXP exp) {
 }
 
 std::string ErrorWithPlace(const std::string &text, const FormulaError &error) {
-  return std::string(MessageText(error.id)) + "\n" + Underline(text, error.offset, error.length);
+  return MessageText(error.id) + "\n" + Underline(text, error.offset, error.length);
 }

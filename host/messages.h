@@ -3,8 +3,9 @@
 #define ORLI11_HOST_MESSAGES_H
 
 #include <cstdint>
+#include <string>
 
 /* The text for an id of FormulaError, or a general one for an id that has none. */
-const char *MessageText(int32_t id);
+std::string MessageText(int32_t id);
 
 #endif

@@ -397,6 +397,10 @@ ORL_API HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint1
 /* Shows a text with its faulty place and the message. 1 when the user has closed it, -1 when there
  * is no window system to show it. */
 ORL_API int32_t ORLErrorDisplay(void *parentWindow, const char *text, const FormulaError *error);
+/* Writes the message of an error id as that box shows it into `buffer`, cut to `size` bytes with its
+ * terminator. The bytes of the whole message without terminator, whatever was written; 0, and the
+ * empty text, for an id that has none. The buffer may be null where `size` is 0. */
+ORL_API int32_t ORLErrorText(int32_t id, int32_t size, char *buffer);
 
 /* The procedures of the editor's windows, for window systems: of the dialog, and of its controls.
  * They do nothing, and give 0, while no editor is open on this thread. */

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -135,6 +136,26 @@ TEST(Context, CopyTakesOverItemsSettingsAndTexts) {
   EXPECT_EQ(Snapshot(twin),
             all.substr(0, all.find("Early:")) + "Two:0=Amount * 2\nList:0=Amount, Tax\nLate:0=7\n");
   EXPECT_EQ(Evaluate(twin, ORLHEXPFromName(twin, "Two")), "10");
+}
+
+TEST(ErrorText, IsCutAndCounted) {
+  const std::string text = "ERR_FUNC: Unknown function.";
+  const auto length = static_cast<int32_t>(text.size());
+  char buffer[100];
+  for (const int32_t size : {-1, 0, 1, 5, length, length + 1, 100}) {
+    std::fill_n(buffer, sizeof buffer, '#');
+    EXPECT_EQ(ORLErrorText(ORL_ERR_FUNC, size, buffer), length) << size;
+    const auto room = static_cast<size_t>(std::max(size, 0));
+    const std::string written = room == 0 ? "" : text.substr(0, room - 1) + '\0';
+    EXPECT_EQ(std::string(buffer, sizeof buffer),
+              written + std::string(sizeof buffer - written.size(), '#'))
+        << size;
+  }
+  EXPECT_EQ(ORLErrorText(ORL_ERR_FUNC, 0, nullptr), length);
+  for (const int32_t id : {INT32_MIN, 0, 99, 104, 138, 208}) {
+    EXPECT_EQ(ORLErrorText(id, sizeof buffer, buffer), 0) << id;
+    EXPECT_STREQ(buffer, "") << id;
+  }
 }
 
 }  // namespace
