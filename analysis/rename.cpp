@@ -62,13 +62,12 @@ bool TreeHasItem(const ExprNode *tree, const char *name) {
 
 // A copy of the text with `count` tokens replaced, or null when there is no memory. A longer name
 // makes the block larger by what it needs, a shorter one leaves the size as it was.
-char *RenamedText(char *text, int64_t count, char *token, const Names &names) {
+OwnedText RenamedText(char *text, int64_t count, char *token, const Names &names) {
   const int64_t growth = int64_t{WRENStrLen(names.after)} - WRENStrLen(names.before);
   const int64_t size = int64_t{WRENMemSize(text)} + (growth > 0 ? growth * count : 0);
-  char *renamed =
-      size <= INT32_MAX ? static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size))) : nullptr;
+  OwnedText renamed = size <= INT32_MAX ? Allocate<char>(static_cast<uint64_t>(size)) : nullptr;
   if (renamed != nullptr) {
-    ReplaceTokens(text, renamed, names, token);
+    ReplaceTokens(text, renamed.get(), names, token);
   }
   return renamed;
 }
@@ -85,32 +84,28 @@ bool IsBeingEvaluated(EC ec) {
   return false;
 }
 
-// 1, or 0 without memory, with the expression as it was.
-int32_t RenameInExpression(EC ec, HEXP exp, const Names &names, bool mayReparse) {
+// Without memory the expression stays as it was.
+void RenameInExpression(EC ec, HEXP exp, const Names &names, bool mayReparse) {
   if (exp == nullptr) {
-    return 1;
+    return;
   }
-  char *token = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(WRENStrLen(exp->text)) + 1));
+  const OwnedText token = Allocate<char>(std::strlen(exp->text), 1);
   if (token == nullptr) {
-    return 0;
+    return;
   }
-  const int64_t count = CountTokens(exp->text, token, names);
+  const int64_t count = CountTokens(exp->text, token.get(), names);
   if (count == 0 && !TreeHasItem(exp->tree, names.before)) {
-    WRENMemFree(token);
-    return 1;
+    return;
   }
-  char *text = RenamedText(exp->text, count, token, names);
-  WRENMemFree(token);
+  OwnedText text = RenamedText(exp->text, count, token.get(), names);
   if (text == nullptr) {
-    return 0;
+    return;
   }
-  if (!mayReparse || !ReparseExpression(ec, exp, text)) {
+  if (!mayReparse || !ReparseExpression(ec, exp, text.get())) {
     RenameInTree(exp->tree, names);
     ContextChanged(ec);
   }
-  WRENMemFree(exp->text);
-  exp->text = text;
-  return 1;
+  ReplaceBlock(exp->text, std::move(text));
 }
 
 }  // namespace

@@ -177,12 +177,11 @@ int32_t ORLIsFunctionVariableUsed(EC ec, HEXP exp, const char *functionName, con
 
 int32_t ORLIsItemAggregate(EC ec, int32_t kind, const char *name) {
   const ItemTable *table = ec == nullptr ? nullptr : ItemTableOf(ec, kind);
-  return table == nullptr ? 0 : ItemHasAggregateParam(table, name);
+  return table != nullptr && ItemHasAggregateParam(table, name) ? 1 : 0;
 }
 
 int32_t ORLIsAggregateUsed(EC ec, HEXP exp) {
   return Ask(ec, exp, [=](const ExprNode *node) {
-    return NodeKindOf(node) == NODE_CALL &&
-           ItemHasAggregateParam(&ec->functions, NodeText(node)) != 0;
+    return NodeKindOf(node) == NODE_CALL && ItemHasAggregateParam(&ec->functions, NodeText(node));
   });
 }

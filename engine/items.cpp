@@ -10,13 +10,21 @@
 
 namespace {
 
-// A row as its table owns it: the index entry ahead of the record, the parameters behind it. What
-// the record says of its kind may come from outside; only `hasParameters` tells what is behind it.
+// A row as its table owns it: the index entry before the record, the parameters after it. What the
+// record says of its kind may come from outside; only `hasParameters` says what follows it.
 struct ItemRow {
   NameEntry entry;
   bool hasParameters;
   ExprItem item;
 };
+
+struct FreeItemRow {
+  void operator()(ItemRow *row) const {
+    const OwnedText routineName(row->item.routineName);
+    const Owned<ItemRow> block(row);
+  }
+};
+using OwnedItemRow = std::unique_ptr<ItemRow, FreeItemRow>;
 
 ItemRow *RowOf(const ExprItem *item) {
   const char *start = reinterpret_cast<const char *>(item) - offsetof(ItemRow, item);
@@ -28,13 +36,13 @@ size_t ParameterBytes(const ExprItem *item) {
   return records * sizeof(ParamRecord);
 }
 
-// A row of its own with a copy of the record, without routine name, that no table knows yet; null
-// when there is no memory.
-ItemRow *NewRow(const ExprItem *record, bool hasParameters) {
-  const size_t size = sizeof(ExprItem) + (hasParameters ? ParameterBytes(record) : 0);
-  ItemRow *row =
-      static_cast<ItemRow *>(WRENMemAlloc(static_cast<uint32_t>(offsetof(ItemRow, item) + size)));
+// A row with a copy of the record, without routine name, that is in no table; null when there is no
+// memory.
+OwnedItemRow NewRow(const ExprItem *record, bool hasParameters) {
+  const size_t parameters = hasParameters ? ParameterBytes(record) : 0;
+  OwnedItemRow row(Allocate<ItemRow>(1, parameters).release());
   if (row != nullptr) {
+    const size_t size = sizeof(ExprItem) + parameters;
     row->hasParameters = hasParameters;
     std::memcpy(static_cast<void *>(&row->item), record, size);
     row->item.name[sizeof row->item.name - 1] = '\0';
@@ -54,10 +62,8 @@ ExprItem *ItemOf(NameEntry *entry) {
 
 void RemoveRow(EC ec, ItemTable *table, ExprItem *item, int32_t index) {
   HandleArrayRemove(table->rows, index);
-  ItemRow *row = RowOf(item);
+  const OwnedItemRow row(RowOf(item));
   NameIndexRemove(table->index, row->entry);
-  WRENMemFree(item->routineName);
-  WRENMemFree(row);
   ContextChanged(ec);
 }
 
@@ -89,13 +95,13 @@ ExprItem *ItemFind(const ItemTable *table, const char *name) {
   return entry == nullptr ? nullptr : ItemOf(entry);
 }
 
-int32_t ItemRemove(EC ec, ItemTable *table, const char *name) {
+bool ItemRemove(EC ec, ItemTable *table, const char *name) {
   ExprItem *item = ItemFind(table, name);
   if (item == nullptr) {
-    return 0;
+    return false;
   }
   RemoveRow(ec, table, item, HandleArrayFindPointer(table->rows, item));
-  return 1;
+  return true;
 }
 
 void ItemTableFree(ItemTable *table) {
@@ -103,26 +109,25 @@ void ItemTableFree(ItemTable *table) {
   for (uint32_t i = 0; i < count; i++) {
     ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(table->rows, i));
     if (item != nullptr) {
-      WRENMemFree(item->routineName);
-      WRENMemFree(RowOf(item));
+      const OwnedItemRow row(RowOf(item));
     }
   }
   HandleArrayFree(table->rows);
   NameIndexFree(table->index);
 }
 
-int32_t ItemHasAggregateParam(const ItemTable *table, const char *name) {
+bool ItemHasAggregateParam(const ItemTable *table, const char *name) {
   const ExprItem *item = ItemFind(table, name);
   if (item == nullptr || !RowOf(item)->hasParameters) {
-    return 0;
+    return false;
   }
   const ParamRecord *parameters = ItemParameters(item);
   for (int32_t i = 0; i < item->paramCount; i++) {
     if (parameters[i].mode != 0) {
-      return 1;
+      return true;
     }
   }
-  return 0;
+  return false;
 }
 
 int32_t InputDataType(EC ec, const char *name) {
@@ -163,30 +168,27 @@ bool ItemAppendEmpty(ItemTable *table) {
 }
 
 ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record) {
-  ItemRow *row = NewRow(record, false);
+  OwnedItemRow row = NewRow(record, false);
   if (row == nullptr) {
     return nullptr;
   }
   row->item.routine = nullptr;
   const int32_t last = static_cast<int32_t>(HandleArrayRows(table->rows)) - 1;
-  *static_cast<void **>(HandleArrayLock(table->rows, last)) = &row->item;
+  ExprItem *item = &row->item;
+  NameIndexAppend(table->index, row->entry, item->name, item);
+  *static_cast<void **>(HandleArrayLock(table->rows, last)) = &row.release()->item;
   HandleArrayUnlock(table->rows);
-  NameIndexAppend(table->index, row->entry, row->item.name, &row->item);
   ContextChanged(ec);
-  return &row->item;
+  return item;
 }
 
-int32_t ItemAdd(EC ec, ItemTable *table, const ExprItem *record) {
-  ItemRow *row = NewRow(record, table == &ec->functions);
-  if (row == nullptr) {
-    return 0;
+bool ItemAdd(EC ec, ItemTable *table, const ExprItem *record) {
+  OwnedItemRow row = NewRow(record, table == &ec->functions);
+  if (row == nullptr || !HandleArrayAppendPointer(&table->rows, &row->item)) {
+    return false;
   }
-  ExprItem *item = &row->item;
-  if (!HandleArrayAppendPointer(&table->rows, item)) {
-    WRENMemFree(row);
-    return 0;
-  }
-  NameIndexAppend(table->index, row->entry, item->name, item);
+  ExprItem *item = &row.release()->item;
+  NameIndexAppend(table->index, RowOf(item)->entry, item->name, item);
   ContextChanged(ec);
   if (record->routineName != nullptr) {
     item->routineName = CopyText(record->routineName).release();
@@ -194,12 +196,12 @@ int32_t ItemAdd(EC ec, ItemTable *table, const ExprItem *record) {
       item->routine = CallHost([=] { return ec->lookupProc(record->routineName); });
     }
   }
-  return 1;
+  return true;
 }
 
 int32_t ORLAddExpressionItem(EC ec, const ExprItem *row) {
   ItemTable *table = ec == nullptr || row == nullptr ? nullptr : ItemTableOf(ec, row->kind);
-  return table == nullptr ? 0 : ItemAdd(ec, table, row);
+  return table != nullptr && ItemAdd(ec, table, row) ? 1 : 0;
 }
 
 void ORLEnumExpItems(EC ec, int32_t kind, OrlEnumItemProc proc, void *user) {
@@ -217,7 +219,7 @@ void ORLEnumExpItems(EC ec, int32_t kind, OrlEnumItemProc proc, void *user) {
 
 int32_t ORLDelExpItemNoCheck(EC ec, int32_t kind, const char *name) {
   ItemTable *table = ec == nullptr || name == nullptr ? nullptr : ItemTableOf(ec, kind);
-  return table == nullptr ? 0 : ItemRemove(ec, table, name);
+  return table != nullptr && ItemRemove(ec, table, name) ? 1 : 0;
 }
 
 int32_t ORLDeleteAllECVars(EC ec) {

@@ -9,7 +9,7 @@
 
 struct ItemTable;
 
-// The parameter records behind a function's record.
+// The parameter records that follow a function's record.
 inline ParamRecord *ItemParameters(ExprItem *row) {
   return reinterpret_cast<ParamRecord *>(row + 1);
 }
@@ -23,12 +23,13 @@ ItemTable *ItemTableOf(EC ec, int32_t kind);
 // The first row of exactly that name, or null.
 ExprItem *ItemFind(const ItemTable *table, const char *name);
 
-// Removes the first row of that name with its routine name; 1 or 0.
-int32_t ItemRemove(EC ec, ItemTable *table, const char *name);
+// Removes the first row of that name with its routine name; false when there is none.
+bool ItemRemove(EC ec, ItemTable *table, const char *name);
 
 // Adds a copy of a record to a table, as ORLAddExpressionItem does, whatever kind the record names;
-// only in the table of functions are there parameter records behind it. 1 or 0.
-int32_t ItemAdd(EC ec, ItemTable *table, const ExprItem *record);
+// only in the table of functions do parameter records follow it. False when the table is full or
+// there is no memory.
+bool ItemAdd(EC ec, ItemTable *table, const ExprItem *record);
 
 // Gives a row of the table another name, of at most 64 bytes; its place stays.
 void ItemRename(EC ec, ItemTable *table, ExprItem *row, const char *name);
@@ -42,8 +43,8 @@ ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record);
 // Frees all rows of a table and the table.
 void ItemTableFree(ItemTable *table);
 
-// 1 when the first row of that name has a parameter with a mode other than 0.
-int32_t ItemHasAggregateParam(const ItemTable *table, const char *name);
+// True when the first row of that name has a parameter with a mode other than 0.
+bool ItemHasAggregateParam(const ItemTable *table, const char *name);
 
 // The data type of the first row of that name, or -1. Keywords compare as their row says.
 int32_t InputDataType(EC ec, const char *name);

@@ -4,8 +4,8 @@
 
 #include <cstring>
 
+#include "platform/owned.h"
 #include "platform/text.h"
-#include "wreni11.h"
 
 namespace {
 
@@ -175,14 +175,12 @@ void Grow(NameIndex &index) {
     return;
   }
   const uint64_t count = index.bucketCount == 0 ? kFirstBuckets : index.bucketCount * 2;
-  NameEntry **buckets =
-      static_cast<NameEntry **>(WRENMemAlloc(static_cast<uint32_t>(count * sizeof(void *))));
+  Owned<NameEntry *> buckets = Allocate<NameEntry *>(count);
   if (buckets == nullptr) {
     return;  // longer chains, the same answers
   }
   NameEntry *all = TakeAll(index);
-  WRENMemFree(index.buckets);
-  index.buckets = buckets;
+  ReplaceBlock(index.buckets, std::move(buckets));
   index.bucketCount = count;
   PutAll(index, all, false);
 }
@@ -243,6 +241,6 @@ NameEntry *NameIndexFirst(NameIndex &index, const char *name) {
 }
 
 void NameIndexFree(NameIndex &index) {
-  WRENMemFree(index.buckets);
+  ReplaceBlock(index.buckets);
   index = NameIndex{};
 }

@@ -1,12 +1,12 @@
-// The formulas of a block may stand in any order. Those that refer to one not parsed yet are put
-// off and tried again, pass after pass in stored order, until all are parsed.
+// The formulas of a block may be stored in any order. Those that refer to one that is not parsed
+// yet are deferred and tried again, pass after pass in stored order, until all are parsed.
 //
-// A formula that is put off is noted with the row whose name it waits for, and comes into a pass
-// only once there is a formula of that name: before, it would fail as it did. So the passes do what
-// they would do if each tried every formula. Formulas that call very many others which come up one
-// by one would still be parsed again up to each; when so many bytes have been parsed again, texts
-// are only looked through, from the call just answered on, and a formula comes into a pass when
-// every formula that it calls is there, or when nothing else is left to try.
+// A deferred formula waits for the row whose name it calls, and is scheduled for a pass only once
+// there is a formula of that name: before, it would fail as it did. So the passes do what they
+// would do if each tried every formula. Formulas that call very many others which come up one by
+// one would still be parsed again for each. When so many bytes have been parsed again, texts are
+// only scanned, from the call just resolved on, and a formula is scheduled when every formula that
+// it calls is there, or when nothing else is left to try.
 #include "persistence/formula_loader.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ namespace {
 
 constexpr int32_t kRowsPerWord = 64;
 
-// How many bytes are parsed again in a load before texts are only looked through.
+// How many bytes are parsed again in a load before texts are only scanned.
 constexpr int64_t kMostRetriedBytes = int64_t{1} << 20;
 
 struct FormulaLoad {
@@ -30,66 +30,67 @@ struct FormulaLoad {
   OrlErrorProc errorProc;
   const LoadDialogs *dialogs;
   PendingNames names;
-  uint64_t *thisPass;  // a bit for each row that the running pass still tries
-  uint64_t *nextPass;  // the same for the pass behind it
-  int32_t words;       // of each
-  HEXP *sorted;        // room for all rows' expressions
-  int32_t current;     // the row that is being parsed
-  int32_t putOff;      // rows that are put off
-  int64_t retried;     // bytes that were parsed again
-  int64_t steps;       // that searches for circles may still take
-  bool passedOver;     // a row waits for another formula without having been parsed again
-  bool reordered;      // a row was parsed out of stored order
+  Owned<uint64_t> thisPass;  // a bit for each row that the running pass still tries
+  Owned<uint64_t> nextPass;  // the same for the next pass
+  int32_t words;             // of each
+  Owned<HEXP> sorted;        // capacity for all rows' expressions
+  int32_t current;           // the row that is being parsed
+  int32_t deferred;          // rows that are deferred
+  int64_t retried;           // bytes that were parsed again
+  int64_t steps;             // that searches for circles may still take
+  bool passedOver;           // a row waits for another formula without having been parsed again
+  bool reordered;            // a row was parsed out of stored order
   bool ok;
 };
 
-void Mark(uint64_t *pass, int32_t row) {
-  pass[row / kRowsPerWord] |= uint64_t{1} << (row % kRowsPerWord);
+void Schedule(const Owned<uint64_t> &pass, int32_t row) {
+  pass.get()[row / kRowsPerWord] |= uint64_t{1} << (row % kRowsPerWord);
 }
 
-void Await(PendingRow &awaited, PendingRow &row) {
+void WaitFor(PendingRow &awaited, PendingRow &row) {
   row.next = awaited.waiting;
   awaited.waiting = &row;
 }
 
-// What a row whose call was answered waits for without being tried, or null when it is to be tried.
-PendingRow *WaitsOn(FormulaLoad &load, PendingRow &row) {
+// The row that a row whose call was resolved waits for next without being tried, or null when it is
+// to be tried.
+PendingRow *NextAwaited(FormulaLoad &load, PendingRow &row) {
   if (load.retried < kMostRetriedBytes) {
     return nullptr;
   }
-  PendingRow *another = NextAwaitedRow(load.ec, load.names, row.text, row.behind);
+  PendingRow *another = NextAwaitedRow(load.ec, load.names, row.text, row.resume);
   load.passedOver = load.passedOver || another != nullptr;
   return another;
 }
 
-// Lets the rows that wait for this one be tried again: in this pass where it still comes by. `all`
-// tries each, also those that are known to call a formula that is not there.
-void WakeWaiting(FormulaLoad &load, PendingRow &awaited, bool all) {
+// Schedules the rows that wait for this one: for this pass where it still comes to them. `all`
+// schedules each, also those that are known to call a formula that is not there.
+void Reschedule(FormulaLoad &load, PendingRow &awaited, bool all) {
   PendingRow *row = awaited.waiting;
   awaited.waiting = nullptr;
   while (row != nullptr) {
     PendingRow *next = row->next;
-    PendingRow *another = all ? nullptr : WaitsOn(load, *row);
+    PendingRow *another = all ? nullptr : NextAwaited(load, *row);
     if (another != nullptr) {
-      Await(*another, *row);
+      WaitFor(*another, *row);
     } else {
-      const auto index = static_cast<int32_t>(row - load.names.rows);
-      Mark(index > load.current ? load.thisPass : load.nextPass, index);
+      const auto index = static_cast<int32_t>(row - load.names.rows.get());
+      Schedule(index > load.current ? load.thisPass : load.nextPass, index);
     }
     row = next;
   }
 }
 
-void WakeAll(FormulaLoad &load) {
-  for (int32_t i = 0; load.putOff != 0 && i < load.names.count; i++) {
-    WakeWaiting(load, load.names.rows[i], true);
+void RescheduleAll(FormulaLoad &load) {
+  for (int32_t i = 0; load.deferred != 0 && i < load.names.count; i++) {
+    Reschedule(load, load.names.rows.get()[i], true);
   }
 }
 
-void WakeWaitingFor(FormulaLoad &load, const char *name) {
-  PendingRow *awaited = load.putOff != 0 ? PendingRowOf(load.names, name) : nullptr;
+void RescheduleWaitingFor(FormulaLoad &load, const char *name) {
+  PendingRow *awaited = load.deferred != 0 ? PendingRowOf(load.names, name) : nullptr;
   if (awaited != nullptr) {
-    WakeWaiting(load, *awaited, false);
+    Reschedule(load, *awaited, false);
   }
 }
 
@@ -102,45 +103,45 @@ void Report(FormulaLoad &load, const char *text, const FormulaError &error) {
   load.ok = false;
 }
 
-// Notes a text for another pass. `owned` is the text when the row has to free it.
-void PutOff(FormulaLoad &load, PendingRow &row, const char *text, char *owned) {
-  load.putOff += row.text == nullptr ? 1 : 0;
+// Keeps a text of the block for another pass.
+void Defer(FormulaLoad &load, PendingRow &row, const char *text) {
+  load.deferred += row.text == nullptr ? 1 : 0;
   row.text = text;
-  if (row.owned != owned) {
-    WRENMemFree(row.owned);
-  }
-  row.owned = owned;
+}
+
+// The same for a text of the editor's, in a block of its own.
+void DeferOwned(FormulaLoad &load, PendingRow &row, OwnedText text) {
+  Defer(load, row, text.get());
+  ReplaceBlock(row.owned, std::move(text));
 }
 
 void Settle(FormulaLoad &load, PendingRow &row, HEXP exp) {
   if (row.text != nullptr) {
-    load.putOff--;
+    load.deferred--;
     load.reordered = true;
   }
   row.text = nullptr;
-  WRENMemFree(row.owned);
-  row.owned = nullptr;
+  ReplaceBlock(row.owned);
   row.parsed = exp;
-  WakeWaitingFor(load, exp->name);
+  RescheduleWaitingFor(load, exp->name);
 }
 
 // Lets the user repair a formula. Whatever was done meanwhile, every formula may parse now.
 void Repair(FormulaLoad &load, PendingRow &row, const char *text, const FormulaError &error) {
   FormulaRepair repair = {text, text + std::strlen(text) + 1, error, &load.names, nullptr};
   HEXP repaired = load.dialogs->repair(load.ec, repair);
-  WakeAll(load);
+  RescheduleAll(load);
   if (repaired != nullptr) {
     Settle(load, row, repaired);
   } else if (repair.deferred != nullptr) {
-    char *deferred = repair.deferred.release();
-    PutOff(load, row, deferred, deferred);
-    Mark(load.nextPass, load.current);
+    DeferOwned(load, row, std::move(repair.deferred));
+    Schedule(load.nextPass, load.current);
   } else {
     load.ok = false;
   }
 }
 
-// Parses a row's text, with its name behind it.
+// Parses a row's text, which its name follows.
 void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
   const size_t length = std::strlen(text);
   load.retried += row.text != nullptr ? static_cast<int64_t>(length) : 0;
@@ -161,9 +162,9 @@ void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
     Repair(load, row, text, error);
     return;
   }
-  PutOff(load, row, text, row.owned);
-  row.behind = error.offset + error.length;
-  Await(*awaited, row);
+  Defer(load, row, text);
+  row.resume = error.offset + error.length;
+  WaitFor(*awaited, row);
 }
 
 void FirstPass(FormulaLoad &load, BlockCursor &cursor, int32_t count) {
@@ -175,32 +176,33 @@ void FirstPass(FormulaLoad &load, BlockCursor &cursor, int32_t count) {
       return;
     }
     load.current = i;
-    ParseRow(load, load.names.rows[i], text);
+    ParseRow(load, load.names.rows.get()[i], text);
   }
 }
 
 // Ends when all is parsed, and when nothing more can be: formulas refer to each other in a circle.
 void RetryPasses(FormulaLoad &load) {
-  while (load.ok && load.putOff != 0) {
+  while (load.ok && load.deferred != 0) {
     std::swap(load.thisPass, load.nextPass);
     int32_t tried = 0;
     for (int32_t word = 0; word < load.words && load.ok;) {
-      if (load.thisPass[word] == 0) {
+      uint64_t &scheduled = load.thisPass.get()[word];
+      if (scheduled == 0) {
         word++;
         continue;
       }
-      load.current = word * kRowsPerWord + std::countr_zero(load.thisPass[word]);
-      load.thisPass[word] &= load.thisPass[word] - 1;
-      PendingRow &row = load.names.rows[load.current];
+      load.current = word * kRowsPerWord + std::countr_zero(scheduled);
+      scheduled &= scheduled - 1;
+      PendingRow &row = load.names.rows.get()[load.current];
       ParseRow(load, row, row.text);
       tried++;
     }
     if (tried == 0) {
-      // Another fault may stand between two calls of a row that was passed over.
+      // A row that was passed over may have another fault between two calls.
       load.ok = load.passedOver;
       load.passedOver = false;
       load.current = load.names.count;
-      WakeAll(load);
+      RescheduleAll(load);
     }
   }
 }
@@ -212,9 +214,9 @@ bool RowsAreTheTable(const FormulaLoad &load) {
   if (rows != load.names.count) {
     return false;
   }
-  HEXP *sorted = load.sorted;
+  HEXP *sorted = load.sorted.get();
   for (int32_t i = 0; i < rows; i++) {
-    sorted[i] = load.names.rows[i].parsed;
+    sorted[i] = load.names.rows.get()[i].parsed;
   }
   std::sort(sorted, sorted + rows);
   bool same = std::adjacent_find(sorted, sorted + rows) == sorted + rows;
@@ -230,7 +232,7 @@ bool RowsAreTheTable(const FormulaLoad &load) {
 void RestoreOrder(FormulaLoad &load) {
   EC ec = load.ec;
   for (int32_t i = 0; i < load.names.count; i++) {
-    HEXP exp = load.names.rows[i].parsed;
+    HEXP exp = load.names.rows.get()[i].parsed;
     *static_cast<HEXP *>(HandleArrayLock(ec->expressions, i)) = exp;
     HandleArrayUnlock(ec->expressions);
     NameIndexRemove(ec->expressionNames, exp->entry);
@@ -240,34 +242,22 @@ void RestoreOrder(FormulaLoad &load) {
   ContextChanged(ec);
 }
 
-void *Room(int32_t count, size_t size) {
-  return WRENMemAlloc(static_cast<uint32_t>(count) * static_cast<uint32_t>(size));
-}
-
-// Room for the rows, for the bits of two passes, and for what puts the rows into order.
+// Allocates the rows, the bits of two passes, and what is needed to put the rows into order.
 bool PrepareRows(FormulaLoad &load, int32_t count, const BlockCursor &cursor) {
   // A row has two bytes at least, so a count beyond the block costs nothing.
   const int64_t left = cursor.size - cursor.position;
-  const auto rows = static_cast<int32_t>(std::min<int64_t>(count, left / 2 + 1));
-  load.words = rows / kRowsPerWord + 1;
+  const auto rows = static_cast<uint32_t>(std::min<int64_t>(count, left / 2 + 1));
+  const uint32_t words = rows / kRowsPerWord + 1;
+  load.words = static_cast<int32_t>(words);
   load.names.first = cursor.bytes + cursor.position;
   load.names.bytes = left;
-  load.names.count = rows;
-  load.names.rows = static_cast<PendingRow *>(Room(rows, sizeof(PendingRow)));
-  load.thisPass = static_cast<uint64_t *>(Room(2 * load.words, sizeof(uint64_t)));
-  load.nextPass = load.thisPass != nullptr ? load.thisPass + load.words : nullptr;
-  load.sorted = static_cast<HEXP *>(Room(rows, sizeof(HEXP)));
-  return load.names.rows != nullptr && load.thisPass != nullptr && load.sorted != nullptr;
-}
-
-void FreeRows(FormulaLoad &load, uint64_t *passes) {
-  for (int32_t i = 0; load.names.rows != nullptr && i < load.names.count; i++) {
-    WRENMemFree(load.names.rows[i].owned);
-  }
-  NameIndexFree(load.names.index);
-  WRENMemFree(load.names.rows);
-  WRENMemFree(load.sorted);
-  WRENMemFree(passes);
+  load.names.count = static_cast<int32_t>(rows);
+  load.names.rows = Allocate<PendingRow>(rows);
+  load.thisPass = Allocate<uint64_t>(words);
+  load.nextPass = Allocate<uint64_t>(words);
+  load.sorted = Allocate<HEXP>(rows);
+  return load.names.rows != nullptr && load.thisPass != nullptr && load.nextPass != nullptr &&
+         load.sorted != nullptr;
 }
 
 }  // namespace
@@ -283,12 +273,10 @@ bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorP
   load.errorProc = errorProc;
   load.dialogs = &dialogs;
   load.ok = PrepareRows(load, count, cursor);
-  uint64_t *passes = load.thisPass;
   FirstPass(load, cursor, load.ok ? count : 0);
   RetryPasses(load);
   if (load.ok && load.reordered && RowsAreTheTable(load)) {
     RestoreOrder(load);
   }
-  FreeRows(load, passes);
   return load.ok;
 }

@@ -19,23 +19,21 @@ uint32_t RoomForRenamed(size_t length) {
 
 }  // namespace
 
-char *RenameKeywordWords(const char *text) {
+OwnedText RenameKeywordWords(const char *text) {
   const size_t length = std::strlen(text);
   if (length > INT32_MAX / 2) {
     return nullptr;
   }
-  char *renamed = static_cast<char *>(WRENMemAlloc(RoomForRenamed(length)));
-  char *token = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(length + 1)));
+  OwnedText renamed = Allocate<char>(RoomForRenamed(length));
+  const OwnedText token = Allocate<char>(length, 1);
   if (renamed == nullptr || token == nullptr) {
-    WRENMemFree(renamed);
-    WRENMemFree(token);
     return nullptr;
   }
-  char *target = renamed;
-  for (TokenStretch stretch; NextStretch(&text, token, &stretch);) {
+  char *target = renamed.get();
+  for (TokenStretch stretch; NextStretch(&text, token.get(), &stretch);) {
     char word[kLongestWord + 2];
-    const bool changes =
-        stretch.length - stretch.lead <= kLongestWord && ORLInputNameIsKeyword(word, token) != 0;
+    const bool changes = stretch.length - stretch.lead <= kLongestWord &&
+                         ORLInputNameIsKeyword(word, token.get()) != 0;
     std::memcpy(target, stretch.text, static_cast<size_t>(stretch.length));
     if (changes) {
       lstrcpyA(target + stretch.lead, word);
@@ -43,6 +41,5 @@ char *RenameKeywordWords(const char *text) {
     target += stretch.length + (changes ? 1 : 0);
   }
   *target = '\0';
-  WRENMemFree(token);
   return renamed;
 }

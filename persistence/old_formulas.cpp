@@ -9,28 +9,27 @@
 
 namespace {
 
-// What a row is parsed as: the stored texts, or changed copies that are to be freed.
+// What a row is parsed as: the stored texts, or changed copies.
 struct OldFormula {
   const char *text;
   const char *name;
-  char *ownText;
-  char *ownName;
+  OwnedText ownText;
+  OwnedText ownName;
 };
 
 // Changes name and text of version 0 where they need it; false without memory.
 bool ChangeWords(OldFormula &formula, bool &renaming) {
-  formula.ownName =
-      static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(std::strlen(formula.name) + 2)));
+  formula.ownName = Allocate<char>(std::strlen(formula.name), 2);
   if (formula.ownName == nullptr) {
     return false;
   }
-  renaming = ORLInputNameIsKeyword(formula.ownName, formula.name) != 0 || renaming;
+  renaming = ORLInputNameIsKeyword(formula.ownName.get(), formula.name) != 0 || renaming;
   if (!renaming) {
     return true;
   }
   formula.ownText = RenameKeywordWords(formula.text);
-  formula.text = formula.ownText;
-  formula.name = formula.ownName;
+  formula.text = formula.ownText.get();
+  formula.name = formula.ownName.get();
   return formula.text != nullptr;
 }
 
@@ -63,8 +62,6 @@ bool LoadOldFormulas(EC ec, BlockCursor &cursor, int32_t count, bool version0, b
     OldFormula formula = {text, name, nullptr, nullptr};
     ok = (!version0 || ChangeWords(formula, renaming)) &&
          ParseOld(ec, formula, text, steps, errorProc);
-    WRENMemFree(formula.ownText);
-    WRENMemFree(formula.ownName);
   }
   return ok;
 }

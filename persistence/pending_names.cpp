@@ -15,11 +15,19 @@ void ListNames(PendingNames &names) {
     if (!TakeFormulaRow(cursor, &text, &name)) {
       return;  // the rows from here on will not be read either
     }
-    NameIndexAppend(names.index, names.rows[i].entry, name, &names.rows[i]);
+    PendingRow &row = names.rows.get()[i];
+    NameIndexAppend(names.index, row.entry, name, &row);
   }
 }
 
 }  // namespace
+
+PendingNames::~PendingNames() {
+  for (int32_t i = 0; rows != nullptr && i < count; i++) {
+    ReplaceBlock(rows.get()[i].owned);
+  }
+  NameIndexFree(index);
+}
 
 PendingRow *PendingRowOf(PendingNames &names, const char *name) {
   if (!names.listed) {
@@ -39,13 +47,12 @@ PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t
     if (token == TOK_END || token == TOK_NOMEM) {
       break;
     }
-    const char *name = static_cast<const char *>(state.tokenValue);
-    if (token == TOK_CALLNAME && ItemFind(&ec->functions, name) == nullptr &&
-        ORLHEXPFromName(ec, name) == nullptr) {
-      awaited = PendingRowOf(names, name);
+    const OwnedText name(static_cast<char *>(state.tokenValue));
+    if (token == TOK_CALLNAME && ItemFind(&ec->functions, name.get()) == nullptr &&
+        ORLHEXPFromName(ec, name.get()) == nullptr) {
+      awaited = PendingRowOf(names, name.get());
       offset += awaited != nullptr ? state.tokenOffset + state.tokenSpan : 0;
     }
-    WRENMemFree(state.tokenValue);
   }
   return awaited;
 }
