@@ -89,7 +89,7 @@ void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node
   char date[kDateTextSize];
   const int32_t form =
       DateRewriteText(NodeText(node), date, ec->pictures[0], ec->pictures[1], ec->pictures[2]);
-  const bool convert = (ec->dateConvertFlags & kConvertExtendedText) != 0;
+  const bool convert = (ec->dateConvertFlags & ORL_CONVERT_EXTENDED_TEXT) != 0;
   const char *text = convert ? TemplateOfForm(ec->dateConvert, form) : nullptr;
   const bool empty = date[0] == '\0' || (text != nullptr && text[0] == '\0');
   if (empty || !StandsAt(expression, node)) {

@@ -25,13 +25,13 @@ char *DateLiteral(const EditorState &editor, const char *text) {
   const ExprContext &ec = *editor.ec;
   const bool anyTemplate = std::any_of(std::begin(ec.dateConvert), std::end(ec.dateConvert),
                                        [](const char *convert) { return convert != nullptr; });
-  if ((ec.dateConvertFlags & kConvertExtendedText) != 0 || !anyTemplate) {
+  if ((ec.dateConvertFlags & ORL_CONVERT_EXTENDED_TEXT) != 0 || !anyTemplate) {
     return nullptr;
   }
   char date[kDateTextSize];
   const int32_t form = DateRewriteText(text, date, ec.pictures[0], ec.pictures[1], ec.pictures[2]);
   const bool quoted =
-      (ec.dateConvertFlags & kConvertQuotesInSets) != 0 && editor.editorMode == kModeSet;
+      (ec.dateConvertFlags & ORL_CONVERT_SETS_PLAIN) != 0 && editor.editorMode == kModeSet;
   const char *format = quoted ? "'%s'" : TemplateOfForm(ec.dateConvert, form);
   if (format == nullptr) {
     return nullptr;

@@ -7,12 +7,6 @@
 
 #include "functions/date_text.h"
 
-// Values of a context's `dateConvertFlags`.
-enum : uint16_t {
-  kConvertQuotesInSets = 1,  // the editor writes dates of sets in quotes alone
-  kConvertExtendedText = 2   // templates are for extended text, not for the editor
-};
-
 // The one of a context's three templates that is for a form of date text, or null.
 inline const char *TemplateOfForm(const char *const templates[3], int32_t form) {
   return form == kDateForm       ? templates[0]

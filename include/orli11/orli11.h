@@ -7,12 +7,12 @@
  *    in is copied; nothing of it is kept.
  * 3. Offsets and lengths in texts are bytes; offsets start at 0.
  * 4. A result of "1 or 0" is int32_t: 1 for success or yes. An EC or HEXP must be valid; a null one
- *    gives 0, -1 or null where told.
- * 5. A failure leaves the context as it was, unless told otherwise.
+ *    gives 0, -1 or null where its routine says so.
+ * 5. A failure leaves the context as it was, unless the routine says otherwise.
  * 6. Different threads may work on different contexts; one context belongs to one thread at a time.
  *    Host routines run on the caller's thread, inside the engine's call, and must not change the
- *    context that is being evaluated, walked or read into, unless told otherwise. An exception that
- *    one of them throws ends there, as if it had returned 0 or null.
+ *    context that is being evaluated, walked or read into, unless its type says so. An exception
+ * that one of them throws ends there, as if it had returned 0 or null.
  */
 #ifndef ORLI11_H
 #define ORLI11_H
@@ -69,45 +69,54 @@ enum {
   ORL_FUNC_ESCAPE = 32 /* extended text marks its calls */
 };
 
-/* Message ids of FormulaError. */
+/* `convertFlags` of ORLSetDateConvert. */
 enum {
-  ORL_ERR_TYPENUM = 100,
-  ORL_ERR_PARM = 101,
-  ORL_ERR_VAR = 102,
-  ORL_ERR_FUNC = 103,
-  ORL_ERR_NUMPARMSHI = 105,
-  ORL_ERR_GENERAL = 106,
-  ORL_ERR_NAME = 107,
-  ORL_ERR_INPUT = 108,
-  ORL_ERR_SYNTAX = 109,
-  ORL_ERR_UNKNOWNCHAR = 110,
-  ORL_ERR_OPERATORNUM = 111,
-  ORL_ERR_MAXTOKEN = 112,
-  ORL_ERR_OPERATORSTR = 113,
-  ORL_ERR_OPERATORDATE = 114,
-  ORL_ERR_TYPESTR = 115,
-  ORL_ERR_TYPEDATE = 116,
-  ORL_ERR_NUMPARMSLO = 117,
-  ORL_ERR_PARMNUM = 118,
-  ORL_ERR_PARMSTR = 119,
-  ORL_ERR_PARMDATE = 120,
-  ORL_ERR_MEMORY = 121,
-  ORL_ERR_TOCOMPLEX = 122,
-  ORL_ERR_INVALIDDATE = 123,
-  ORL_ERR_EXPPARMS = 124,
-  ORL_ERR_RECURSIVE = 125,
-  ORL_ERR_DUPNAME = 126,
-  ORL_ERR_EXPDATATYPE = 127,
-  ORL_ERR_TYPENUMDATE = 128,
-  ORL_ERR_KEYWORD = 129,
-  ORL_ERR_MISKEYWORD = 130,
-  ORL_ERR_MEMLOW = 131,
-  ORL_ERR_OPERATORKEYWORD = 132,
-  ORL_ERR_PARMKEYWORD = 133,
-  ORL_ERR_RANGETYPE = 134,
-  ORL_ERR_BETWEEN = 135,
-  ORL_ERR_IMBEDDEDRANGE = 136,
-  ORL_ERR_SUBCLASS = 137
+  ORL_CONVERT_SETS_PLAIN = 1,   /* while it writes a set, the editor inserts a picked date as '%s'
+                                   and not by its template */
+  ORL_CONVERT_EXTENDED_TEXT = 2 /* the templates are for extended text: the editor inserts picked
+                                   dates as they are */
+};
+
+/* Message ids of FormulaError: what is wrong, and after the colon what the span covers. The words
+ * for users are those of ORLErrorText. */
+enum {
+  ORL_ERR_TYPENUM = 100,         /* the right operand must be a Number: that operand */
+  ORL_ERR_PARM = 101,            /* an argument by name must be an item: the argument */
+  ORL_ERR_VAR = 102,             /* not an input item or keyword: the name */
+  ORL_ERR_FUNC = 103,            /* not a function or formula: the name and its parenthesis */
+  ORL_ERR_NUMPARMSHI = 105,      /* too many arguments: the function's name */
+  ORL_ERR_GENERAL = 106,         /* a null argument, or the formula was destroyed: no span */
+  ORL_ERR_NAME = 107,            /* the name of the formula is not valid: the whole text */
+  ORL_ERR_INPUT = 108,           /* of ORLValidName, whatever its result: the name */
+  ORL_ERR_SYNTAX = 109,          /* incomplete, or not a formula: the first wrong token */
+  ORL_ERR_UNKNOWNCHAR = 110,     /* a byte that begins no operand: the byte */
+  ORL_ERR_OPERATORNUM = 111,     /* not an operator of Numbers: the operator */
+  ORL_ERR_MAXTOKEN = 112,        /* a token of more than 2,046 bytes: what was read of it */
+  ORL_ERR_OPERATORSTR = 113,     /* not an operator of Strings: the operator */
+  ORL_ERR_OPERATORDATE = 114,    /* not an operator of Dates: the operator */
+  ORL_ERR_TYPESTR = 115,         /* the right operand must be a String: that operand */
+  ORL_ERR_TYPEDATE = 116,        /* not used */
+  ORL_ERR_NUMPARMSLO = 117,      /* too few arguments: the function's name */
+  ORL_ERR_PARMNUM = 118,         /* must be a Number: the argument */
+  ORL_ERR_PARMSTR = 119,         /* must be a String: the argument */
+  ORL_ERR_PARMDATE = 120,        /* must be a Date: the argument */
+  ORL_ERR_MEMORY = 121,          /* out of memory, or a load with too much work: no span */
+  ORL_ERR_TOCOMPLEX = 122,       /* nested too deep: the token that is too much */
+  ORL_ERR_INVALIDDATE = 123,     /* not a date of the calendar: the date */
+  ORL_ERR_EXPPARMS = 124,        /* a formula called with arguments: its name */
+  ORL_ERR_RECURSIVE = 125,       /* the formula would refer to itself: the reference */
+  ORL_ERR_DUPNAME = 126,         /* another formula or a function has the name: the whole text */
+  ORL_ERR_EXPDATATYPE = 127,     /* formulas rely on its old type: the whole text */
+  ORL_ERR_TYPENUMDATE = 128,     /* must be a Date or Number: the right operand */
+  ORL_ERR_KEYWORD = 129,         /* a keyword, modifier or unit out of place: that word */
+  ORL_ERR_MISKEYWORD = 130,      /* DISTINCT is required: the name, or the word ALL */
+  ORL_ERR_MEMLOW = 131,          /* of the editor: no dialog could be opened */
+  ORL_ERR_OPERATORKEYWORD = 132, /* not an operator of keywords: the operator */
+  ORL_ERR_PARMKEYWORD = 133,     /* must be a keyword of that type: the argument */
+  ORL_ERR_RANGETYPE = 134,       /* members of a set differ in type: the first other one */
+  ORL_ERR_BETWEEN = 135,         /* both sides must have one type: the right side */
+  ORL_ERR_IMBEDDEDRANGE = 136,   /* a range or set cannot be called: its name */
+  ORL_ERR_SUBCLASS = 137         /* the item must have another subClass: the item */
 };
 
 /* What is wrong with a text: the message id (0: nothing) and the faulty bytes; offset and length
@@ -126,7 +135,7 @@ typedef struct {
 } ParamRecord;
 
 /* A function, an input item or a keyword, as the host declares it. The parameter records of a
- * function follow directly behind the record: see ORL_EXPR_ITEM_WITH. */
+ * function follow the record directly: see ORL_EXPR_ITEM_WITH. */
 typedef struct {
   int16_t kind;       /* ORL_FUNCTION, ORL_INPUT or ORL_KEYWORD */
   int16_t dataType;   /* of a function its result */
@@ -134,7 +143,7 @@ typedef struct {
   void *routine;      /* OrlFunctionProc or OrlValueProc; null: the context's lookup is asked */
   char name[65];      /* as it stands in formulas, at most 64 bytes */
   int16_t paramCount; /* functions: parameter records; negative: written without parentheses, with
-                         one record behind it */
+                         one record all the same */
   union {
     uint16_t firstOptional; /* functions */
     uint16_t subClass;      /* input items: a code of the host's */
@@ -159,38 +168,93 @@ typedef struct {
 
 #pragma pack(pop)
 
+/* ---- Parameters by name and keywords ----------------------------------------------------------
+ */
+
+/* A parameter of mode 1 takes its argument by name: the argument must be a bare input item or
+ * keyword, it is not evaluated, and the entry of `args` is its name as text. So a host computes
+ * over a whole column: Sum(Amount) hands "Amount" to the host's routine. A function with such a
+ * parameter is called an aggregate (ORLIsItemAggregate). ORL_FUNC_EXPRESSION also lets other
+ * arguments pass; one that has no name leaves its entry null. With a subClass in its record, the
+ * parameter takes only input items that the host has given that subClass.
+ *
+ * A keyword is a word that formulas pass to functions and that has no value of its own, as in
+ * Total(Amount, Monthly). Its type is a number of the host's above 255, and a parameter of that
+ * dataType takes keywords of that type and nothing else; with mode 1 the routine receives the word.
+ * A function of type ORL_TYPE_FOLLOWS whose first argument is a keyword has the keyword's
+ * `resultType`. */
+
 /* ---- Host routines --------------------------------------------------------------------------- */
 
-/* The address of a host routine by its name, or null. */
+/* All of them run on the thread that called the engine, inside that call. Texts and records that
+ * they receive are the engine's and last for the call. */
+
+/* Returns the address of the host routine of that name, or null when there is none. The engine
+ * casts it to the type that the name was given for. Called while items are added, operators set and
+ * blocks read; it must not change the context. */
 typedef void *(*OrlLookupProc)(const char *routineName);
-/* Told when ORLParseFormula gives an existing expression another name. */
+
+/* Called when ORLParseFormula is about to give an existing expression another name, after its
+ * checks and before the change. The result is not used. It may change the context: the checks are
+ * made again afterwards. */
 typedef int32_t (*OrlRenameProc)(EC ec, const char *oldName, const char *newName);
-/* Gives the value of an input item: writes through *value, a zeroed block of `size` bytes (13: a
- * NumberValue; 50: text), or replaces it by a larger one (ORLMemRealloc, FUNStrVarResult). Nonzero
- * for success; 0: no value. */
+
+/* Returns the value of the input item `name` in *value: a zeroed block of `size` bytes, 13 for a
+ * NumberValue (Number, Date), 50 for a terminated text (String and other types). It may replace the
+ * block by a larger one (ORLMemRealloc, FUNStrVarResult); the engine owns the block before and
+ * after. Nonzero for success, 0 when there is no value. `exp` is the expression in whose text the
+ * item is written. It may call the engine, but not change the context. */
 typedef int32_t (*OrlValueProc)(EC ec, HEXP exp, int32_t size, void **value, const char *name);
-/* Computes a function: as OrlValueProc, with one entry of `args` for each declared parameter, null
- * for an argument that has no value or is not there; `args` is null without an argument list. What
- * an entry points to is the engine's, lasts for the call, and is no block of its own. */
+
+/* Computes a function into *result, which is as *value of OrlValueProc. `args` has one entry for
+ * each declared parameter: the argument's value, its name where the parameter is by name, or null
+ * for an argument that has no value or is not there. `args` is null without an argument list. The
+ * entries are the engine's and last for the call; they are not blocks to be resized or freed.
+ * Nonzero for success, 0 when there is no value. */
 typedef int32_t (*OrlFunctionProc)(EC ec, HEXP exp, int32_t resultSize, void **result,
                                    const char *name, void **args);
-/* Computes an operator on numbers in place of the built-in arithmetic. */
+
+/* Computes +, -, * or / on two Numbers in place of the built-in arithmetic, into *result. Operands
+ * and result may be null values (length 0). All sizes are 13, `dataType` is the type of the
+ * operation. The result of the routine is not used. Routines that are set for || and for other
+ * types are never called: they make the operator legal there, for extended text. */
 typedef int32_t (*OrlOperatorProc)(EC ec, HEXP exp, int32_t dataType, int32_t leftSize,
                                    const NumberValue *left, int32_t rightSize,
                                    const NumberValue *right, int32_t resultSize,
                                    NumberValue *result);
+
+/* Called by ORLEnumExpItems for each row. It must not add or delete rows of that kind. */
 typedef void (*OrlEnumItemProc)(EC ec, const char *name, void *user);
+
+/* Called by ORLEnumExpressions for each expression; 0 stops. It must not add or destroy
+ * expressions. */
 typedef int32_t (*OrlEnumExpressionProc)(EC ec, HEXP exp, int32_t ordinal);
-/* Asked to destroy an expression that uses `row`: nonzero when it is destroyed, 0 to stop. */
+
+/* Asked to destroy an expression that uses the item `row`, with ORLDestroyEXP: nonzero when it is
+ * destroyed, 0 to stop the delete. It may destroy other expressions as well. */
 typedef int32_t (*OrlDeleteProc)(EC ec, HEXP exp, ExprItem *row);
+
+/* Asked before the editor deletes an expression at the user's wish: nonzero permits, 0 refuses.
+ * `dialog` is the editor's window, for questions of the host's own. */
 typedef int32_t (*OrlDelPermissionProc)(EC ec, HEXP exp, void *dialog);
-/* Told of the formula that ended a load. */
+
+/* Called with the formula that ended a load, and why: a lack of memory, or in blocks of the
+ * versions 0 and 1 any error. `text` and `error` last for the call. */
 typedef void (*OrlErrorProc)(EC ec, const char *text, const FormulaError *error);
+
+/* Handed to the editor by a dialog framework that the user asks for help: a help command, 1 with a
+ * page number or 257 with a key word (const char *) as `data`. The result is not used. */
 typedef int32_t (*OrlHelpProc)(int32_t command, intptr_t data);
-/* Fills the list of the values dialog. A String value that the user picks is inserted in quotes, with
- * its own quotes doubled. Since \' is a quote too in a formula, a backslash in front of a quote of the
- * value is lost when the formula is computed, and a value that ends with a backslash joins with the
- * rest of the formula up to its next quote, if there is one. */
+
+/* Adds the values of the input item or keyword `name` to the list of the values dialog, a list of
+ * the window system, each as a row of text. `first` is 1 for a new listing and 0 when the user
+ * wants more; the list is never emptied by the engine. 0 in *more says that no more values are to
+ * come.
+ *
+ * A String value that the user picks is inserted in quotes, with its own quotes doubled. Since \'
+ * is a quote too in a formula, a backslash in front of a quote of the value is lost when the
+ * formula is computed, and a value that ends with a backslash joins with the rest of the formula up
+ * to its next quote, if there is one. */
 typedef void (*OrlListValuesProc)(EC ec, const char *name, void *list, int32_t first,
                                   int32_t *more);
 
@@ -216,13 +280,18 @@ ORL_API int32_t ORLDestroyEC(EC ec);
 ORL_API EC ORLCopyEC(EC ec);
 /* Keeps a help path of at most 519 bytes (a longer one is ignored) and a help context. */
 ORL_API void ORLSetHelpPath(EC ec, const char *path, int32_t helpContext);
-/* Sets the templates that are not null, each with one "%s" for a date. */
+/* Sets how dates are written for others, as in "DATE '%s'": templates with one "%s" each for dates,
+ * dates with time and times. A null template leaves that one as it was; `convertFlags` are
+ * ORL_CONVERT_... and always replace those before. Call it before ORLSetDatePicture, which measures
+ * the templates. */
 ORL_API void ORLSetDateConvert(EC ec, const char *template1, const char *template2,
                                const char *template3, uint16_t convertFlags);
 /* Sets the date pictures for dates, dates with time and times; null or empty clears one. Always
  * 1. */
 ORL_API int32_t ORLSetDatePicture(EC ec, const char *picture1, const char *picture2,
                                   const char *picture3);
+/* Set the routines of the editor, null for none. With the first the editor offers values, and modes
+ * for ranges and sets; without the second its users cannot delete. */
 ORL_API void ORLSetListValuesCallback(EC ec, OrlListValuesProc proc);
 ORL_API void ORLSetDelPermissionCallback(EC ec, OrlDelPermissionProc proc);
 /* The host's own value; the setter returns the one before. 0 for a null context. */
@@ -233,7 +302,7 @@ ORL_API int32_t ORLDeleteAllECVars(EC ec);
 
 /* ---- Items ----------------------------------------------------------------------------------- */
 
-/* Adds a copy of the record, with its parameter records, behind the rows of its kind. 1, or 0 for a
+/* Adds a copy of the record, with its parameter records, after the rows of its kind. 1, or 0 for a
  * null context, a bad kind or no memory. Names are not compared: lookups find the first. */
 ORL_API int32_t ORLAddExpressionItem(EC ec, const ExprItem *row);
 /* Calls `proc` for each row of the kind in order. `proc` must not add or delete rows. */
@@ -250,6 +319,7 @@ ORL_API int32_t ORLLoadComboBox(EC ec, int32_t kind, void *comboHandle);
 
 /* ---- Expressions ----------------------------------------------------------------------------- */
 
+/* The number of expressions; 0 for a null context. */
 ORL_API int32_t ORLGetExpressionCount(EC ec);
 /* Calls `proc` for each expression in order until it returns 0; returns its last result. */
 ORL_API int32_t ORLEnumExpressions(EC ec, OrlEnumExpressionProc proc);
@@ -300,8 +370,9 @@ ORL_API HEXP ORLParseString(EC ec, const char *text, const char *name, FormulaEr
  * was. */
 ORL_API HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name,
                              FormulaError *error, uint16_t *dataType);
-/* Copies a name of at most 64 bytes to `target` (66 bytes), with "_" ahead when it is a date unit
- * word; 1 in that case, else 0. A null source is the empty name, a null target takes no copy. */
+/* Copies a name of at most 64 bytes to `target` (66 bytes), with "_" before it when it is a date
+ * unit word; 1 in that case, else 0. A null source is the empty name, a null target takes no copy.
+ */
 ORL_API int32_t ORLInputNameIsKeyword(char *target, const char *source);
 
 /* ---- Evaluation ------------------------------------------------------------------------------ */
@@ -357,8 +428,8 @@ ORL_API int32_t ORLGetExtendedText(EC ec, HEXP exp, int32_t size, char *buffer, 
 
 /* Gives an input item (a kind other than 0) or a function (0) another name, of at most 64 bytes.
  * The formulas follow: in their texts each word that is the old name in any case, outside double
- * quotes, and their trees with it. Always 0: nothing is told of success, an unknown name or a lack
- * of memory, which leaves the formula that it struck as it was. */
+ * quotes, and their trees with it. Always 0, also for success and an unknown
+ * name. Where there is no memory a formula stays as it was. */
 ORL_API int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName,
                                         const char *newName);
 
@@ -378,7 +449,7 @@ ORL_API int32_t ORLGetECBlock(EC ec, int32_t capacity, void *buffer);
 /* Reads a block of `size` bytes into a context that has its functions and keywords and nothing
  * else. Routines are looked up again by their names, formulas parsed again; `loadFormulas` 0 leaves
  * the formulas out. A formula that no longer parses opens the formula editor, in blocks of the
- * versions 0 and 1 it ends the load. `errorProc`, which may be null, hears of the formula that
+ * versions 0 and 1 it ends the load. `errorProc`, which may be null, receives the formula that
  * ended the load. The block is not kept. 1 when everything was read, else 0; then the context holds
  * what was read before, and should be destroyed. */
 ORL_API int32_t ORLSetECContents(EC ec, int32_t size, const void *block, int32_t loadFormulas,
@@ -397,9 +468,9 @@ ORL_API HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint1
 /* Shows a text with its faulty place and the message. 1 when the user has closed it, -1 when there
  * is no window system to show it. */
 ORL_API int32_t ORLErrorDisplay(void *parentWindow, const char *text, const FormulaError *error);
-/* Writes the message of an error id as that box shows it into `buffer`, cut to `size` bytes with its
- * terminator. The bytes of the whole message without terminator, whatever was written; 0, and the
- * empty text, for an id that has none. The buffer may be null where `size` is 0. */
+/* Writes the message of an error id as that box shows it into `buffer`, cut to `size` bytes with
+ * its terminator. The bytes of the whole message without terminator, whatever was written; 0, and
+ * the empty text, for an id that has none. The buffer may be null where `size` is 0. */
 ORL_API int32_t ORLErrorText(int32_t id, int32_t size, char *buffer);
 
 /* The procedures of the editor's windows, for window systems: of the dialog, and of its controls.
