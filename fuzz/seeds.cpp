@@ -99,15 +99,15 @@ std::string InOldVersion(const std::string &block, int version) {
     at = block.find('\0', at) + 1;
   }
   std::string old = version == kVersion0 ? block.substr(1, at - 1) : '\1' + block.substr(1, at - 1);
-  if (at == block.size() || static_cast<uint8_t>(block[at]) != kTagInputs) {
+  if (at == block.size() || static_cast<uint8_t>(block[at]) != ORL_BLOCK_TAG_INPUTS) {
     return old + block.substr(at);
   }
   uint16_t count = 0;
   std::memcpy(&count, &block[at + 2], sizeof count);
-  old += block.substr(at, kSectionHeaderSize);
-  at += kSectionHeaderSize;
+  old += block.substr(at, ORL_BLOCK_HEADER_SIZE);
+  at += ORL_BLOCK_HEADER_SIZE;
   for (int i = 0; i < count; i++) {
-    StoredInput row;
+    OrlStoredInput row;
     std::memcpy(&row, &block[at], sizeof row);
     StoredOldInput stored = {row.kind, row.dataType, {}, {}, 0, 0, 0, row.itemFlags};
     std::memcpy(stored.name, row.name, sizeof stored.name);

@@ -1,6 +1,5 @@
 /* The command that opens the formula editor on a store. */
 #include <array>
-#include <climits>
 #include <map>
 
 #include "host/commands.h"
@@ -77,7 +76,7 @@ int Save(const EditOptions &options, const Store &edited, const StoreFile &befor
       WithStore(options.store, STORE_MAY_CREATE, [&](const Store &present, const StoreFile &file) {
         const std::vector<Formula> formulas =
             file.bytes == before.bytes ? after : Changed(present.formulas, changes);
-        if (formulas.size() > INT16_MAX) {
+        if (formulas.size() > ORL_BLOCK_MOST_ROWS) {
           return Refuse(file, kStoreIsFull);
         }
         std::string error;

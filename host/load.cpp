@@ -1,5 +1,4 @@
 /* The command that reads a store and lets the user repair what no longer parses. */
-#include <climits>
 #include <cstdio>
 
 #include "host/commands.h"
@@ -119,7 +118,8 @@ int Load(const std::string &path, const Session *session) {
     return Complain(problem, EXIT_WRONG);
   }
   problem = StoreTakeApart(loading.file.bytes, loading.before);
-  if (problem.empty() && session != nullptr && session->table.columns.size() > INT16_MAX) {
+  if (problem.empty() && session != nullptr &&
+      session->table.columns.size() > ORL_BLOCK_MOST_ROWS) {
     problem = kStoreIsFull;
   }
   if (!problem.empty()) {

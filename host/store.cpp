@@ -14,15 +14,7 @@
 
 namespace {
 
-constexpr char kVersion = 3;
 constexpr int kUnknownVersions = 16; /* first bytes below this are versions, others foreign files */
-constexpr int kOperators = 20;
-constexpr size_t kFixedBytes = 85; /* of a column */
-constexpr size_t kTypeOffset = 2;
-constexpr size_t kNameOffset = 12;
-constexpr size_t kNameBytes = sizeof ExprItem::name;
-constexpr std::string_view kInputTag("\xFA\0", 2);
-constexpr std::string_view kFormulaTag("\xFC\0", 2);
 
 /* A walk through the bytes of a store. What is taken behind their end is empty. */
 struct Walk {
@@ -48,21 +40,23 @@ std::string TakeText(Walk &walk) {
   return std::string(text);
 }
 
-int16_t Int16At(std::string_view bytes, size_t offset) {
-  int16_t value = 0;
-  if (offset + sizeof value <= bytes.size()) {
-    std::memcpy(&value, bytes.data() + offset, sizeof value);
-  }
-  return value;
+/* A record of the stored form; zeros where the bytes have ended. */
+template <class Record>
+Record TakeRecord(Walk &walk) {
+  Record record = {};
+  const std::string_view bytes = Take(walk, sizeof record);
+  std::memcpy(&record, bytes.data(), bytes.size());
+  return record;
 }
 
 /* The rows of the section of that tag when it is the next one. */
-int TakeHeader(Walk &walk, std::string_view tag) {
-  if (walk.bytes.substr(walk.position, tag.size()) != tag) {
+int TakeHeader(Walk &walk, uint16_t tag) {
+  Walk ahead = walk;
+  if (TakeRecord<uint16_t>(ahead) != tag) {
     return 0;
   }
-  Take(walk, tag.size());
-  return Int16At(Take(walk, sizeof(int16_t)), 0);
+  walk = ahead;
+  return TakeRecord<int16_t>(walk);
 }
 
 std::string Unknown(const std::string &what, const std::string &routine) {
@@ -77,30 +71,30 @@ std::string Damaged(const Walk &walk) {
 std::string TakeStart(Walk &walk, int &columns) {
   const std::string_view first = Take(walk, 1);
   const int version = first.empty() ? -1 : static_cast<unsigned char>(first.front());
-  if (version > 0 && version < kUnknownVersions && version != kVersion) {
-    return "is stored in version " + std::to_string(version) + ", and this orli knows only 3";
+  if (version > 0 && version < kUnknownVersions && version != ORL_BLOCK_VERSION) {
+    return "is stored in version " + std::to_string(version) + ", and this orli knows only " +
+           std::to_string(ORL_BLOCK_VERSION);
   }
-  if (version != kVersion) {
+  if (version != ORL_BLOCK_VERSION) {
     return first.empty() ? "is empty and no store of orli" : "is no store of orli";
   }
-  for (int i = 0; i < kOperators; ++i) {
+  for (int i = 0; i < ORL_BLOCK_OPERATORS; ++i) {
     const std::string routine = TakeText(walk);
     if (!routine.empty()) {
       return Unknown("an operator", routine);
     }
   }
-  columns = TakeHeader(walk, kInputTag);
+  columns = TakeHeader(walk, ORL_BLOCK_TAG_INPUTS);
   return walk.cut || columns <= 0 ? Damaged(walk) : std::string(); /* every file has columns */
 }
 
 std::string TakeColumn(Walk &walk, Column &column) {
-  const std::string_view fixed = Take(walk, kFixedBytes);
+  const auto stored = TakeRecord<OrlStoredInput>(walk);
   const std::string routine = TakeText(walk);
-  const std::string_view name =
-      fixed.substr(std::min(kNameOffset, fixed.size())).substr(0, kNameBytes);
+  const std::string_view name(stored.name, sizeof stored.name);
   column.name = name.substr(0, name.find('\0'));
-  column.type = Int16At(fixed, kTypeOffset);
-  if (walk.cut || Int16At(fixed, 0) != ORL_INPUT || column.name.size() == name.size() ||
+  column.type = stored.dataType;
+  if (walk.cut || stored.kind != ORL_INPUT || column.name.size() == name.size() ||
       column.type < ORL_TYPE_NUMBER || column.type > ORL_TYPE_STRING) {
     return Damaged(walk);
   }
@@ -119,7 +113,7 @@ std::string TakeApart(const std::string &bytes, Store &store) {
   if (!problem.empty()) {
     return problem;
   }
-  for (int rows = TakeHeader(walk, kFormulaTag); rows > 0; --rows) {
+  for (int rows = TakeHeader(walk, ORL_BLOCK_TAG_FORMULAS); rows > 0; --rows) {
     const std::string text = TakeText(walk);
     store.formulas.push_back(FormulaOf(TakeText(walk), text));
     if (walk.cut) {
@@ -242,10 +236,10 @@ std::string StoredForm(EC ec, const std::vector<Formula> &formulas) {
     return bytes;
   }
   const auto count = static_cast<uint16_t>(std::min<size_t>(formulas.size(), UINT16_MAX));
-  std::array<char, sizeof count> counted = {};
-  std::memcpy(counted.data(), &count, sizeof count);
-  bytes += kFormulaTag;
-  bytes.append(counted.data(), counted.size());
+  for (const uint16_t part : {uint16_t{ORL_BLOCK_TAG_FORMULAS}, count}) {
+    bytes += static_cast<char>(part & 0xFF);
+    bytes += static_cast<char>(part >> 8);
+  }
   for (const Formula &formula : formulas) {
     bytes += formula.text + '\0' + formula.name + '\0';
   }
@@ -355,7 +349,8 @@ bool StoreDefine(const Store &store, const StoreFile &file, const std::set<std::
   const std::string misfits = StoreMisfits(store, file, session, renewed, !defined);
   if (!misfits.empty()) {
     error = misfits;
-  } else if (formulas.size() > INT16_MAX || session.table.columns.size() > INT16_MAX) {
+  } else if (formulas.size() > ORL_BLOCK_MOST_ROWS ||
+             session.table.columns.size() > ORL_BLOCK_MOST_ROWS) {
     error = file.path + ": " + kStoreIsFull;
   } else {
     return defined;

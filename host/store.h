@@ -4,6 +4,7 @@
 #define ORLI11_HOST_STORE_H
 
 #include <orli11.h>
+#include <orli11_block.h>
 
 #include <functional>
 #include <memory>

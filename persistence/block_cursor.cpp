@@ -43,7 +43,7 @@ int32_t PeekTag(const BlockCursor &cursor) {
 }
 
 int32_t TakeSectionHeader(BlockCursor &cursor) {
-  const char *header = TakeBytes(cursor, kSectionHeaderSize, Behind::More);
+  const char *header = TakeBytes(cursor, ORL_BLOCK_HEADER_SIZE, Behind::More);
   int16_t count = 0;
   if (header != nullptr) {
     std::memcpy(&count, header + sizeof(uint16_t), sizeof count);

@@ -24,8 +24,8 @@ struct VersionRules {
 constexpr VersionRules kVersions[] = {
     {0, kOldestInputSize, true, true, true},
     {1, sizeof(StoredOldInput), false, true, true},
-    {1, sizeof(StoredInput), false, true, false},
-    {1, sizeof(StoredInput), false, false, false},
+    {1, sizeof(OrlStoredInput), false, true, false},
+    {1, sizeof(OrlStoredInput), false, false, false},
 };
 
 struct BlockLoad {
@@ -78,8 +78,8 @@ bool ReadOperators(BlockLoad &load) {
 // The record that an input row's fixed bytes stand for.
 ExprItem RecordOf(BlockLoad &load, const char *bytes) {
   ExprItem record = {};
-  if (load.rules->inputSize == sizeof(StoredInput)) {
-    StoredInput stored;
+  if (load.rules->inputSize == sizeof(OrlStoredInput)) {
+    OrlStoredInput stored;
     std::memcpy(&stored, bytes, sizeof stored);
     record.kind = stored.kind;
     record.dataType = stored.dataType;
@@ -197,13 +197,13 @@ bool ReadFormulas(BlockLoad &load) {
 // The sections behind the operator area, where there are any. What stands behind the last known one
 // is not looked at.
 bool ReadSections(BlockLoad &load, bool loadFormulas) {
-  if (PeekTag(load.cursor) == kTagInputs && !ReadInputs(load)) {
+  if (PeekTag(load.cursor) == ORL_BLOCK_TAG_INPUTS && !ReadInputs(load)) {
     return false;
   }
   if (load.rules->functions && PeekTag(load.cursor) == kTagFunctions && !StepOverFunctions(load)) {
     return false;
   }
-  return PeekTag(load.cursor) != kTagFormulas || !loadFormulas || ReadFormulas(load);
+  return PeekTag(load.cursor) != ORL_BLOCK_TAG_FORMULAS || !loadFormulas || ReadFormulas(load);
 }
 
 }  // namespace

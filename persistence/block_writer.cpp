@@ -64,7 +64,7 @@ void ForEachOperatorName(EC ec, Visit visit) {
 }
 
 int64_t SizeOf(const ExprItem &row) {
-  return int64_t{sizeof(StoredInput)} + TextSize(row.routineName);
+  return int64_t{sizeof(OrlStoredInput)} + TextSize(row.routineName);
 }
 
 int64_t SizeOf(const Expression &row) {
@@ -72,19 +72,19 @@ int64_t SizeOf(const Expression &row) {
 }
 
 // A header needs room for one byte behind it as well: it is never the end of a block.
-bool PutHeader(BlockTarget &target, SectionTag tag, uint16_t count) {
-  if (!Fits(target, kSectionHeaderSize + 1)) {
+bool PutHeader(BlockTarget &target, uint16_t tag, uint16_t count) {
+  if (!Fits(target, ORL_BLOCK_HEADER_SIZE + 1)) {
     return false;
   }
   const uint16_t header[] = {tag, count};
-  static_assert(sizeof header == kSectionHeaderSize);
+  static_assert(sizeof header == ORL_BLOCK_HEADER_SIZE);
   PutBytes(target, header, sizeof header);
   return true;
 }
 
 void PutInput(BlockTarget &target, const ExprItem &row) {
-  StoredInput stored = {row.kind,          row.dataType, 0, 0, {}, row.paramCount, row.subClass,
-                        row.optionalCount, row.itemFlags};
+  OrlStoredInput stored = {row.kind,     row.dataType,      {0, 0},       {}, row.paramCount,
+                           row.subClass, row.optionalCount, row.itemFlags};
   std::memcpy(stored.name, row.name, sizeof stored.name);
   PutBytes(target, &stored, sizeof stored);
   PutText(target, row.routineName);
@@ -93,7 +93,7 @@ void PutInput(BlockTarget &target, const ExprItem &row) {
 // Rows behind one that did not fit are still tried.
 void PutInputs(BlockTarget &target, HandleArray inputs) {
   const uint16_t count = CountRows<ExprItem>(inputs);
-  if (count == 0 || target.overflow || !PutHeader(target, kTagInputs, count)) {
+  if (count == 0 || target.overflow || !PutHeader(target, ORL_BLOCK_TAG_INPUTS, count)) {
     return;
   }
   ForEachRow<ExprItem>(inputs, [&target](const ExprItem &row) {
@@ -106,7 +106,7 @@ void PutInputs(BlockTarget &target, HandleArray inputs) {
 // The first row that does not fit is the last.
 void PutFormulas(BlockTarget &target, HandleArray expressions) {
   const uint16_t count = CountRows<Expression>(expressions);
-  if (count == 0 || target.overflow || !PutHeader(target, kTagFormulas, count)) {
+  if (count == 0 || target.overflow || !PutHeader(target, ORL_BLOCK_TAG_FORMULAS, count)) {
     return;
   }
   ForEachRow<Expression>(expressions, [&target](const Expression &row) {
@@ -124,11 +124,11 @@ int32_t ORLGetECBlockSize(EC ec, int32_t includeFormulas) {
   if (ec != nullptr) {
     ForEachOperatorName(ec, [&size](const char *name) { size += TextSize(name); });
     if (ec->inputs.rows != nullptr) {
-      size += kSectionHeaderSize;
+      size += ORL_BLOCK_HEADER_SIZE;
       ForEachRow<ExprItem>(ec->inputs.rows, [&size](const ExprItem &row) { size += SizeOf(row); });
     }
     if (ec->expressions != nullptr && includeFormulas != 0) {
-      size += kSectionHeaderSize;
+      size += ORL_BLOCK_HEADER_SIZE;
       ForEachRow<Expression>(ec->expressions,
                              [&size](const Expression &row) { size += SizeOf(row); });
     }

@@ -12,9 +12,10 @@ HEADLESS = "ORLI11-headless"
 WINDOW_SYSTEM = "ORLI11-qt"
 HAS_WINDOWS = (support.BUILD / f"lib/lib{WINDOW_SYSTEM}.so").exists()
 # The installed ones, that of the window system for tests, and the places where hosts had them once.
-HEADERS = ("include/orli11/orli11.h", "include/orli11/wreni11.h", "include/orli11/pavni11.h",
-           "include/orli11/windows.h", "include/orli11/qt_windows.h", "windows/headless/headless.h",
-           "engine/orli11.h", "closed/wren/wreni11.h", "closed/pavn/pavni11.h", "platform/windows.h")
+HEADERS = ("include/orli11/orli11.h", "include/orli11/orli11_block.h", "include/orli11/wreni11.h",
+           "include/orli11/pavni11.h", "include/orli11/windows.h", "include/orli11/qt_windows.h",
+           "windows/headless/headless.h", "engine/orli11.h", "closed/wren/wreni11.h",
+           "closed/pavn/pavni11.h", "platform/windows.h")
 CC = os.environ.get("ORLI_CC", "cc")
 CXX = os.environ.get("ORLI_CXX", "c++")
 
