@@ -1,0 +1,129 @@
+#!/usr/bin/env python3
+"""Holds docs/architecture.md against the sources: which folder includes and calls which."""
+
+import os
+import pathlib
+import re
+import subprocess
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BUILD = pathlib.Path(os.environ.get("ORLI_BUILD", ROOT / "build/release"))
+PAGE = (ROOT / "docs/architecture.md").read_text()
+PUBLIC = {path.name for path in (ROOT / "include/orli11").iterdir()}
+
+
+def rooms():
+    """The rooms from the lowest up, each with the rooms that it may know."""
+    known = {}
+    for name, knows in re.findall(r"^\| `([a-z/]+)/` \|.*\|([^|]*)\|$", PAGE, re.MULTILINE):
+        below = re.search(r"everything from `([a-z/]+)/` down", knows)
+        lower = list(known)
+        known[name] = set(lower[:lower.index(below[1]) + 1] if below
+                          else re.findall(r"`([a-z/]+)/`", knows))
+    return known
+
+
+ROOMS = rooms()
+
+
+def room_of(path):
+    """The room that a path from the root is in, or None."""
+    return next((room for room in ROOMS if path.startswith(room + "/")), None)
+
+
+def sources():
+    for room in list(ROOMS) + ["host"]:
+        for path in sorted((ROOT / room).rglob("*")):
+            if path.suffix in (".cpp", ".h"):
+                yield path.relative_to(ROOT).as_posix()
+
+
+def includes(path):
+    """The files of the project that a file includes, by their paths from the root."""
+    for name in re.findall(r'^#include ["<]([^">]+)[">]', (ROOT / path).read_text(), re.MULTILINE):
+        if name.startswith("orli11/") or name in PUBLIC:
+            continue
+        for candidate in (name, f"{pathlib.PurePath(path).parent}/{name}"):
+            if (ROOT / candidate).exists():
+                yield candidate
+
+
+def symbols(option):
+    """(room, object file, name) of the symbols that `nm` prints with that option."""
+    for room in ROOMS:
+        folder = BUILD / room / "CMakeFiles"
+        objects = [path for path in folder.rglob("*.o")
+                   if (ROOT / room / path.name.removesuffix(".o")).exists()]
+        if objects:
+            listing = subprocess.run(["nm", "-A", "-P", "-g", option, *objects], check=True,
+                                     capture_output=True, text=True).stdout
+            for line in listing.splitlines():
+                path, name = line.split(": ", 1)
+                yield room, f"{room}/{pathlib.PurePath(path).stem}", name.split()[0]
+
+
+class RoomsTest(unittest.TestCase):
+    maxDiff = None
+
+    def test_picture_has_the_rooms_of_the_table(self):
+        picture = PAGE.split("```")[1]
+        drawn = [name for name in re.findall(r"([a-z]+(?:/[a-z]+)*)/", picture) if name in ROOMS]
+        windows = {"windows/headless", "windows/qt"}  # side by side
+        self.assertEqual([name for name in reversed(drawn) if name not in windows],
+                         [name for name in ROOMS if name not in windows])
+        self.assertEqual(set(drawn), set(ROOMS))
+
+    def test_no_room_knows_a_higher_one(self):
+        order = list(ROOMS)
+        up = [(room, known) for room in order for known in ROOMS[room]
+              if order.index(known) >= order.index(room)]
+        self.assertEqual(up, [])
+
+    def test_every_folder_with_sources_is_a_room(self):
+        others = {"bench", "bindings", "build", "fuzz", "host", "include", "tests"}
+        folders = {path.parent.relative_to(ROOT).as_posix() for path in ROOT.glob("*/**/*.cpp")}
+        unknown = {folder for folder in folders
+                   if folder.split("/")[0] not in others and room_of(folder + "/") is None}
+        self.assertEqual(unknown, set())
+
+    def test_includes_stay_in_what_a_room_knows(self):
+        wrong = []
+        for path in sources():
+            room = room_of(path)
+            for included in includes(path):
+                target = room_of(included)
+                if target != room and target not in ROOMS.get(room, set()):
+                    wrong.append(f"{path} includes {included}")
+        self.assertEqual(wrong, [])
+
+    def test_includes_form_no_circle(self):
+        done, open_files = set(), []
+
+        def visit(path):
+            if path in open_files:
+                self.fail(" includes ".join(open_files[open_files.index(path):] + [path]))
+            if path not in done:
+                open_files.append(path)
+                for included in includes(path):
+                    visit(included)
+                open_files.pop()
+                done.add(path)
+
+        for path in sources():
+            visit(path)
+
+    def test_calls_run_down(self):
+        order = list(ROOMS)
+        homes = {name: (room, path) for room, path, name in symbols("--defined-only")}
+        self.assertGreater(len(homes), 300)
+        up = []
+        for room, path, name in symbols("--undefined-only"):
+            home, target = homes.get(name, (room, path))
+            if order.index(home) > order.index(room):
+                up.append(f"{path} uses {name} of {target}")
+        self.assertEqual(up, [])
+
+
+if __name__ == "__main__":
+    unittest.main()
