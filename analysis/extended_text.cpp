@@ -1,11 +1,12 @@
 // Extended text: a formula made self-contained for a reader outside the engine. Each reference to a
 // named formula becomes that formula's text in parentheses, at every depth; with marks, calls of
-// functions that are so declared stand in the ODBC escape for scalar functions, and dates stand
-// under the pictures and templates of the context.
+// functions that are so declared are written in the ODBC escape for scalar functions, and dates by
+// the pictures and templates of the context.
 //
 // The places come from the trees. A text is walked from its start to its end, and what replaces a
-// place is written as the walk comes by: once into nothing, to learn the length, and then into the
-// host's buffer. So no memory is needed, and a text that grows beyond bounds is found out early.
+// place is written when the walk reaches it: once only counted, to learn the length, and then into
+// the host's buffer. So no memory is needed, and a text that grows beyond bounds is found out
+// early.
 #include <algorithm>
 #include <cstring>
 
@@ -52,7 +53,7 @@ void PutText(Target &target, const char *text) {
   Put(target, text, static_cast<int64_t>(std::strlen(text)));
 }
 
-// Writes what stands ahead of `offset` and was not written yet.
+// Writes what is before `offset` and was not written yet.
 void PutUpTo(Target &target, Expression &expression, int64_t offset) {
   if (offset > expression.walkPlace) {
     Put(target, expression.text + expression.walkPlace, offset - expression.walkPlace);
@@ -60,8 +61,8 @@ void PutUpTo(Target &target, Expression &expression, int64_t offset) {
   }
 }
 
-// True when the node's text stands at its place. After a rename that left a formula without a parse
-// it may not, and the place is then left alone.
+// True when the text has the node's name at the node's place. It may not after a rename whose text
+// did not parse; the place is then left alone.
 bool StandsAt(const Expression &expression, const ExprNode *node) {
   const int64_t length = WRENStrLen(NodeText(node));
   return NodeOffset(node) >= 0 && NodeOffset(node) + length <= expression.walkLength &&
@@ -69,7 +70,7 @@ bool StandsAt(const Expression &expression, const ExprNode *node) {
                      static_cast<size_t>(length)) == 0;
 }
 
-// The same for a name with its parentheses; without them there is no closing one to go by.
+// The same for a name with its parentheses; without them the place of the closing one is not known.
 bool StandsWithParentheses(const Expression &expression, const ExprNode *node) {
   return StandsAt(expression, node) && NodeCloseOffset(node) > NodeOffset(node) &&
          NodeCloseOffset(node) < expression.walkLength &&

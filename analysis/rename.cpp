@@ -19,10 +19,10 @@ struct Names {
   const char *after;
 };
 
-// How often the old name stands in the text as a token, in any case of its letters.
+// How often the old name is a token of the text, in any case of its letters.
 int64_t CountTokens(const char *text, char *token, const Names &names) {
   int64_t count = 0;
-  for (TokenStretch stretch; NextStretch(&text, token, &stretch);) {
+  for (TokenSpan span; NextToken(&text, token, &span);) {
     count += WRENStrEqualNoCase(token, names.before) != 0 ? 1 : 0;
   }
   return count;
@@ -30,10 +30,10 @@ int64_t CountTokens(const char *text, char *token, const Names &names) {
 
 // Copies the text with every such token replaced; all between them stays.
 void ReplaceTokens(const char *source, char *target, const Names &names, char *token) {
-  for (TokenStretch stretch; NextStretch(&source, token, &stretch);) {
+  for (TokenSpan span; NextToken(&source, token, &span);) {
     const bool found = WRENStrEqualNoCase(token, names.before) != 0;
-    const size_t kept = static_cast<size_t>(found ? stretch.lead : stretch.length);
-    std::memcpy(target, stretch.text, kept);
+    const size_t kept = static_cast<size_t>(found ? span.lead : span.length);
+    std::memcpy(target, span.text, kept);
     target += kept;
     if (found) {
       lstrcpyA(target, names.after);
@@ -73,7 +73,7 @@ OwnedText RenamedText(char *text, int64_t count, char *token, const Names &names
 }
 
 // True while the host renames from a routine that an evaluation has called: values of that
-// evaluation may stand in any tree, so no tree may go.
+// evaluation may point into any tree, so no tree may be replaced.
 bool IsBeingEvaluated(EC ec) {
   for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i));
@@ -122,7 +122,7 @@ int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName, const 
   char before[sizeof row->name];
   char after[sizeof row->name];
   std::memcpy(before, row->name, sizeof before);
-  lstrcpyA(after, newName);  // which may be a text that goes, as that of the row itself
+  lstrcpyA(after, newName);  // the host may pass a text that is freed here, such as the row's name
   ItemRename(ec, table, row, after);
   const bool mayReparse = !IsBeingEvaluated(ec);
   for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {

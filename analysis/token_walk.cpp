@@ -2,14 +2,14 @@
 
 #include "wreni11.h"
 
-bool NextStretch(const char **text, char *token, TokenStretch *stretch) {
+bool NextToken(const char **text, char *token, TokenSpan *span) {
   if (**text == '\0') {
     return false;
   }
-  stretch->text = *text;
-  stretch->length =
+  span->text = *text;
+  span->length =
       WRENStrTokenize(token, *text, kTokenDelimiters, kTokenDelimiters, 0, kTokenQuote, 0);
-  stretch->lead = stretch->length - WRENStrLen(token);
-  *text += stretch->length;
+  span->lead = span->length - WRENStrLen(token);
+  *text += span->length;
   return true;
 }

@@ -5,21 +5,21 @@
 
 #include <cstdint>
 
-// What stands between tokens. A line feed and the single quote are not among it.
+// What separates tokens. A line feed and the single quote do not.
 inline constexpr char kTokenDelimiters[] = " \t\r()*+-/|%,";
 inline constexpr int32_t kTokenQuote = 34;
 
 // One step: `text` to `text + length` is used up, its first `lead` bytes are delimiters, the rest
-// is the token. Put together the stretches are the whole text; a tail of delimiters has an empty
+// is the token. Together the spans are the whole text; a tail of delimiters has an empty
 // token.
-struct TokenStretch {
+struct TokenSpan {
   const char *text;
   int32_t length;
   int32_t lead;
 };
 
-// Takes the next stretch from `*text` and moves on; false at the end. `token` receives the token
-// with a terminator and must have room for the whole text.
-bool NextStretch(const char **text, char *token, TokenStretch *stretch);
+// Takes the next span from `*text` and moves on; false at the end. `token` receives the token
+// with a terminator and must have the capacity for the whole text.
+bool NextToken(const char **text, char *token, TokenSpan *span);
 
 #endif

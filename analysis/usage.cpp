@@ -18,7 +18,7 @@ bool AnswerYes(Expression *expression) {
 }
 
 // Visits each node of an expression and of the formulas that it refers to, in written order, until
-// `match` is true for one. The way back stands in the expressions, so any depth needs no memory.
+// `match` is true for one. The way back is kept in the expressions, so any depth needs no memory.
 template <class Match>
 bool Walk(UsageWalk &walk, Expression *top, Match match) {
   Expression *current = top;
@@ -63,7 +63,7 @@ void Renew(UsageWalk &walk) {
   walk.circular = false;
 }
 
-// Begins a walk for the question whether an item is used, or goes on with the last one where its
+// Begins a walk for the question whether an item is used, or continues the last one where its
 // answers still hold: hosts ask it of one expression after the other.
 UsageWalk QuestionBegin(EC ec, int32_t kind, const char *name) {
   if (ec->askedNumber != 0 && ec->askedRevision == ec->revision && ec->askedKind == kind &&

@@ -6,8 +6,8 @@
 
 #include "engine/expressions.h"
 
-// A walk enters each formula once. Answers stand in the expressions and hold for further questions
-// of the same kind while the tables of the context stay as they are.
+// A walk enters each formula once. Answers are kept in the expressions and hold for further
+// questions of the same kind while the tables of the context stay as they are.
 struct UsageWalk {
   EC ec;
   uint64_t revision;  // of the context when the walk began

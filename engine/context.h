@@ -1,4 +1,4 @@
-// The expression context: the record behind an EC.
+// The expression context: the record that an EC points to.
 #ifndef ORLI11_ENGINE_CONTEXT_H
 #define ORLI11_ENGINE_CONTEXT_H
 
@@ -69,7 +69,7 @@ struct ExprContext {
 
   NameIndex expressionNames;
   NameIndex references;         // names that stored trees refer to as formulas; see references.h
-  ReferenceListener *listener;  // who hears when one is no longer referred to, or null
+  ReferenceListener *listener;  // notified when one is no longer referred to, or null
   uint64_t generation;  // raised when a name may come to mean something else: lookups are stale
   uint64_t revision;    // raised by every change of a tree or table: answers about use are stale
   uint64_t walkNumber;  // of the last walk through named formulas
@@ -84,7 +84,7 @@ struct ExprContext {
   uint64_t lastDeleteRun;
 };
 
-// A row has come, gone or changed its name.
+// A row was added, removed or renamed.
 inline void ContextChanged(EC ec) {
   ec->generation++;
   ec->revision++;

@@ -1,5 +1,5 @@
-// The order of a context's expressions by what refers to what: each stands above all formulas that
-// its tree refers to. So a formula can lead to another one only through formulas above that, and a
+// The order of a context's expressions by what refers to what: each is above all formulas that its
+// tree refers to. So a formula can lead to another one only through formulas above that, and a
 // search for circles need not look below.
 //
 // The order is a list with ascending ranks. It is broken where a name comes to mean something else

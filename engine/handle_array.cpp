@@ -8,7 +8,7 @@ struct ArrayHeader {
   uint32_t elementSize;
   int32_t count;
 };
-static_assert(sizeof(ArrayHeader) == 8, "elements begin behind eight bytes");
+static_assert(sizeof(ArrayHeader) == 8, "elements follow eight bytes");
 
 ArrayHeader *LockHeader(HandleArray array) {
   return static_cast<ArrayHeader *>(GlobalLock(array));
@@ -98,8 +98,8 @@ HandleArray HandleArrayRemove(HandleArray array, int32_t index) {
   }
   header->count--;
   const uint64_t at = static_cast<uint64_t>(index);
-  const uint64_t behind = static_cast<uint64_t>(header->count) - at;
-  std::memmove(ElementAt(header, at), ElementAt(header, at + 1), behind * header->elementSize);
+  const uint64_t moved = static_cast<uint64_t>(header->count) - at;
+  std::memmove(ElementAt(header, at), ElementAt(header, at + 1), moved * header->elementSize);
   const uint64_t size = BlockSize(header->elementSize, static_cast<uint64_t>(header->count));
   GlobalUnlock(array);
   return GlobalReAlloc(array, size, GHND_FLAGS);

@@ -2,8 +2,8 @@
 #ifndef ORLI11_ENGINE_HOST_CALL_H
 #define ORLI11_ENGINE_HOST_CALL_H
 
-// What the routine returns; nothing (0 or null) when it throws. An exception of the host goes no
-// further than this: the engine's own frames are not made to be unwound, nor are those of C
+// What the routine returns; nothing (0 or null) when it throws. An exception of the host ends
+// here: the engine's own frames are not made to be unwound, nor are those of C
 // callers.
 template <class Routine>
 auto CallHost(Routine routine) noexcept -> decltype(routine()) {

@@ -35,7 +35,7 @@ void LoadModuleTexts() {
   }
 }
 
-// Runs when the library is loaded, ahead of the host's own constructors.
+// Runs when the library is loaded, before the host's own constructors.
 __attribute__((constructor(200))) void AttachToProcess() {
   static char instance;
   ModuleEntry(&instance, kProcessAttach, nullptr);

@@ -13,8 +13,8 @@ constexpr uint64_t kFirstBuckets = 16;
 // Item names have at most 64 bytes; a longer text is in no index that ignores case.
 constexpr size_t kFoldedSize = 65;
 
-// Names come from strangers, so the hash is keyed anew in each process: nobody can prepare names
-// that all fall into one bucket.
+// Names are untrusted input, so each process keys the hash anew: names that all fall into one
+// bucket cannot be prepared.
 struct HashKey {
   uint64_t multiplier, start;
 };

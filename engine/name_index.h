@@ -1,8 +1,8 @@
 // A name index answers "the first row of that name in table order" at the same cost for ten rows
 // and for sixty thousand.
 //
-// It is a hash table whose entries stand inside the rows that they index, so that taking a row out
-// never needs memory. Rows of one name hang together in table order behind the first of them:
+// It is a hash table whose entries are part of the rows that they index, so that removing a row
+// never needs memory. Rows of one name are chained in table order, after the first of them:
 //
 //   bucket -> Tax -> Rate -> .        chains of different names (next)
 //              |
@@ -31,24 +31,24 @@ struct NameIndex {
   uint64_t bucketCount;
   uint64_t entryCount;
   uint64_t lastOrder;
-  bool ignoreCase;   // names that differ in case alone hang together
+  bool ignoreCase;   // names that differ in case alone are chained
   int32_t codePage;  // case follows the code page: the one that the hashes were made under
 };
 
 // Keys the hash for this process; called once, before there is any index.
 void NameIndexSeed();
 
-// Puts a row behind all rows that were added before.
+// Adds a row after all rows that were added before.
 void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name, void *row);
 
-// Takes a row out.
+// Removes a row.
 void NameIndexRemove(NameIndex &index, NameEntry &entry);
 
 // Gives a row of the index another name; its place in the table stays.
 void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name);
 
-// The first entry of the name, or null; more of the same name hang behind it. With ignoreCase the
-// entries are those that are equal but for case.
+// The first entry of the name, or null; its `nextSame` leads to more of that name. With ignoreCase
+// the entries are those that are equal but for case.
 NameEntry *NameIndexFirst(NameIndex &index, const char *name);
 
 // Frees the buckets; the entries belong to the rows.

@@ -16,8 +16,7 @@ bool AddReference(EC ec, const char *name);
 // Counts one less, of those that were added.
 void RemoveReference(EC ec, const char *name);
 
-// Who wants to know when the last reference to a name goes. It is the first in the context's list
-// while it lives, which must end in reverse order.
+// Is notified when the last reference to a name is removed. Listeners of a context form a stack.
 struct ReferenceListener {
   void (*lastRemoved)(ReferenceListener *listener, const char *name);
   ReferenceListener *outer;

@@ -1,7 +1,7 @@
 // A search for a circle goes depth first through the formulas that a tree leads to, each once, with
-// the way back in the expressions. Where the order of expressions is good it enters only what
-// stands above the one that is looked for. What it leaves without having found it is moved below
-// that one, where the next search does not enter it again.
+// the way back in the expressions. Where the order of expressions is good, it enters only those above
+// the target. What it leaves without having found the target is moved below that, where the next
+// search does not enter it again.
 #include "language/recursion.h"
 
 #include "engine/expression_order.h"
@@ -29,7 +29,7 @@ bool CountStep(EC ec) {
   return ec->searchSteps == nullptr || --*ec->searchSteps >= 0;
 }
 
-// The formula at a node when the search has to go through it, or null.
+// The formula at a node when the search has to enter it, or null.
 Expression *ToEnter(Search &search, ExprNode *node) {
   Expression *formula = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(search.ec, node) : nullptr;
   if (formula == nullptr) {
@@ -42,7 +42,7 @@ Expression *ToEnter(Search &search, ExprNode *node) {
   return search.target != nullptr && formula->rank < search.target->rank ? nullptr : formula;
 }
 
-// The search has gone through an expression and all that it leads to.
+// The search is done with an expression and all that it leads to.
 void Leave(Search &search, Expression *expression) {
   expression->walkState = WalkState::No;
   if (search.name == nullptr) {

@@ -1,13 +1,13 @@
 // The guarded delete of an item: the host destroys what uses it, and of that first what nothing
 // refers to.
 //
-// A first pass in table order hands over the users that nothing refers to and puts the others off.
-// Then rounds go over those put off, in table order, and hand over what has become free meanwhile.
-// An expression becomes free when the last reference to its name goes, so a round need not ask all
-// of them: two queues hold the places of the free ones, for this round and for the next.
+// A first pass in table order asks the host to destroy the users that nothing refers to and defers
+// the others. Rounds over those, in table order, ask for what has become free meanwhile. An
+// expression becomes free when the last reference to its name is removed, so a round need not look
+// at all of them: two queues hold the places of the free ones, for this round and for the next.
 //
 // The host may destroy other expressions than it is asked to. Nothing is kept that this could make
-// dangle: places are orders of the table, which never come back, and are looked up when needed.
+// dangle: places are numbers that are never used again, and are looked up when needed.
 #include <algorithm>
 #include <cstddef>
 #include <functional>
@@ -54,8 +54,8 @@ struct DeleteRun {
   ItemTable *table;
   const char *name;
   OrlDeleteProc proc;
-  uint64_t number;  // marks what this run has put off
-  uint64_t place;   // of the expression that was handed over last
+  uint64_t number;  // marks what this run has deferred
+  uint64_t place;   // of the expression that the host was asked for last
   PlaceQueue thisRound;
   PlaceQueue nextRound;
   bool rounds;  // the first pass is over
@@ -64,7 +64,7 @@ struct DeleteRun {
   ReferenceListener listener;
 };
 
-// The index of the first expression at or behind a place. Tables are in the order of places.
+// The index of the first expression at or after a place. Tables are in the order of places.
 uint32_t IndexFrom(EC ec, uint64_t place) {
   uint32_t low = 0;
   uint32_t high = HandleArrayRows(ec->expressions);
@@ -84,17 +84,17 @@ HEXP ExpressionFrom(EC ec, uint64_t place) {
   return static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, IndexFrom(ec, place)));
 }
 
-bool IsPutOff(const DeleteRun &run, HEXP exp) {
+bool IsDeferred(const DeleteRun &run, HEXP exp) {
   return exp->deleteRun == run.number;
 }
 
 bool IsFree(const DeleteRun &run, HEXP exp) {
-  return IsPutOff(run, exp) && ReferenceCount(run.ec, exp->name) == 0;
+  return IsDeferred(run, exp) && ReferenceCount(run.ec, exp->name) == 0;
 }
 
-// Hands an expression to the host, which destroys it. Without the row there is nothing to hand
-// over, and the expression is let go.
-void HandOver(DeleteRun &run, HEXP exp) {
+// Asks the host to destroy an expression. Without the row there is nothing to ask, and the
+// expression stays.
+void AskToDestroy(DeleteRun &run, HEXP exp) {
   ExprItem *row = ItemFind(run.table, run.name);
   run.place = exp->entry.order;
   exp->deleteRun = 0;
@@ -114,9 +114,9 @@ void FirstPass(DeleteRun &run, int32_t kind) {
       } else {
         const uint64_t revision = run.ec->revision;
         const uint32_t rows = HandleArrayRows(run.ec->expressions);
-        HandOver(run, exp);
-        // Where just one expression has gone, which nothing referred to, what was found of the
-        // others still holds.
+        AskToDestroy(run, exp);
+        // Where just one expression was destroyed, which nothing referred to, what was found
+        // of the others still holds.
         if (run.ec->revision == revision + 1 && HandleArrayRows(run.ec->expressions) + 1 == rows) {
           walk.revision = run.ec->revision;
         }
@@ -133,7 +133,7 @@ void AskAll(DeleteRun &run) {
   for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
     if (IsFree(run, exp) && !QueuePush(run.nextRound, exp->entry.order)) {
-      run.lost = true;  // what fits is handed over; the rest in the round after
+      run.lost = true;  // asks for what fits; for the rest in the next round
       return;
     }
   }
@@ -146,25 +146,25 @@ void Round(DeleteRun &run) {
     const uint64_t place = QueuePop(run.thisRound);
     HEXP exp = ExpressionFrom(run.ec, place);
     if (exp != nullptr && exp->entry.order == place && IsFree(run, exp)) {
-      HandOver(run, exp);
+      AskToDestroy(run, exp);
     }
   }
 }
 
-// Without memory for a single place the first free expression is handed over directly.
-void HandOverFirstFree(DeleteRun &run) {
+// Without memory for a single place the host is asked for the first free expression directly.
+void AskForFirstFree(DeleteRun &run) {
   for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
     if (IsFree(run, exp)) {
-      HandOver(run, exp);
+      AskToDestroy(run, exp);
       return;
     }
   }
 }
 
-bool AnyPutOff(const DeleteRun &run) {
+bool AnyDeferred(const DeleteRun &run) {
   for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
-    if (IsPutOff(run, static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i)))) {
+    if (IsDeferred(run, static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i)))) {
       return true;
     }
   }
@@ -177,25 +177,25 @@ void Rounds(DeleteRun &run) {
   while (run.ok && (run.nextRound.count > 0 || run.lost)) {
     const bool lost = run.lost;
     if (run.nextRound.count == 0) {
-      HandOverFirstFree(run);
+      AskForFirstFree(run);
     }
     Round(run);
     if (lost || run.lost) {
       AskAll(run);
     }
   }
-  // What is still in use now can never be let go: the host keeps what it was asked to destroy.
-  run.ok = run.ok && !AnyPutOff(run);
+  // What is in use even now stays so: the host keeps what it was asked to destroy.
+  run.ok = run.ok && !AnyDeferred(run);
 }
 
-// Queues the expressions of a name that nothing refers to any more. The run's listener hears of it
-// also while a run that its host routine began goes on.
+// Queues the expressions of a name that nothing refers to any more. The run is notified
+// also while another run, which its host routine began, is active.
 void QueueFreed(ReferenceListener *listener, const char *name) {
   char *start = reinterpret_cast<char *>(listener) - offsetof(DeleteRun, listener);
   DeleteRun &run = *reinterpret_cast<DeleteRun *>(start);
   const NameEntry *entry = run.rounds ? NameIndexFirst(run.ec->expressionNames, name) : nullptr;
   for (; entry != nullptr; entry = entry->nextSame) {
-    if (IsPutOff(run, static_cast<HEXP>(entry->row))) {
+    if (IsDeferred(run, static_cast<HEXP>(entry->row))) {
       PlaceQueue &queue = entry->order > run.place ? run.thisRound : run.nextRound;
       run.lost = !QueuePush(queue, entry->order) || run.lost;
     }

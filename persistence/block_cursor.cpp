@@ -5,31 +5,31 @@
 
 #include "persistence/block_format.h"
 
-const char *TakeBytes(BlockCursor &cursor, int64_t count, Behind behind) {
-  const int64_t end = cursor.position + count;
-  if (!cursor.ok || end > cursor.size || (end == cursor.size && behind == Behind::More)) {
+const char *TakeBytes(BlockCursor &cursor, int64_t count, BlockEnd end) {
+  const int64_t after = cursor.position + count;
+  if (!cursor.ok || after > cursor.size || (after == cursor.size && end == BlockEnd::Refused)) {
     cursor.ok = false;
     return nullptr;
   }
   const char *taken = cursor.bytes + cursor.position;
-  cursor.position = end;
+  cursor.position = after;
   return taken;
 }
 
-const char *TakeText(BlockCursor &cursor, Behind behind) {
+const char *TakeText(BlockCursor &cursor, BlockEnd end) {
   const char *text = cursor.bytes + cursor.position;
   const int64_t left = cursor.size - cursor.position;
-  const void *end = left > 0 ? std::memchr(text, 0, static_cast<size_t>(left)) : nullptr;
-  if (end == nullptr) {
+  const void *zero = left > 0 ? std::memchr(text, 0, static_cast<size_t>(left)) : nullptr;
+  if (zero == nullptr) {
     cursor.ok = false;
     return nullptr;
   }
-  return TakeBytes(cursor, static_cast<const char *>(end) - text + 1, behind);
+  return TakeBytes(cursor, static_cast<const char *>(zero) - text + 1, end);
 }
 
 bool TakeFormulaRow(BlockCursor &cursor, const char **text, const char **name) {
-  *text = TakeText(cursor, Behind::MayEnd);
-  *name = *text != nullptr ? TakeText(cursor, Behind::MayEnd) : nullptr;
+  *text = TakeText(cursor, BlockEnd::Allowed);
+  *name = *text != nullptr ? TakeText(cursor, BlockEnd::Allowed) : nullptr;
   return *name != nullptr;
 }
 
@@ -43,7 +43,7 @@ int32_t PeekTag(const BlockCursor &cursor) {
 }
 
 int32_t TakeSectionHeader(BlockCursor &cursor) {
-  const char *header = TakeBytes(cursor, ORL_BLOCK_HEADER_SIZE, Behind::More);
+  const char *header = TakeBytes(cursor, ORL_BLOCK_HEADER_SIZE, BlockEnd::Refused);
   int16_t count = 0;
   if (header != nullptr) {
     std::memcpy(&count, header + sizeof(uint16_t), sizeof count);

@@ -1,4 +1,4 @@
-// Reading a block from its start on. Nothing behind its last byte is ever looked at.
+// Reading a block from its start to its end. Nothing after its last byte is ever read.
 #ifndef ORLI11_PERSISTENCE_BLOCK_CURSOR_H
 #define ORLI11_PERSISTENCE_BLOCK_CURSOR_H
 
@@ -11,17 +11,17 @@ struct BlockCursor {
   bool ok;           // cleared for good when the block is too short
 };
 
-// Whether more must follow behind what is taken, or the block may end there.
-enum class Behind : uint8_t { More, MayEnd };
+// Whether the block may end after what is taken.
+enum class BlockEnd : uint8_t { Refused, Allowed };
 
 // Takes that many bytes; null, with ok cleared, when the block is too short.
-const char *TakeBytes(BlockCursor &cursor, int64_t count, Behind behind);
+const char *TakeBytes(BlockCursor &cursor, int64_t count, BlockEnd end);
 
 // Takes a text with its zero byte; the text stays in the block. Null, with ok cleared, when it does
 // not end in the block.
-const char *TakeText(BlockCursor &cursor, Behind behind);
+const char *TakeText(BlockCursor &cursor, BlockEnd end);
 
-// Takes a formula row: its text, and its name behind. False, with ok cleared, when it does not end
+// Takes a formula row: its text, then its name. False, with ok cleared, when it does not end
 // in the block.
 bool TakeFormulaRow(BlockCursor &cursor, const char **text, const char **name);
 

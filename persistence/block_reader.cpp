@@ -63,7 +63,7 @@ bool SetOperator(EC ec, OperatorSlots &slots, int32_t type, const char *name) {
 // Reads the operator names; false at the first that fails.
 bool ReadOperators(BlockLoad &load) {
   for (int32_t i = 0; i < kGroupCount * kOperatorTypes; i++) {
-    const char *name = TakeText(load.cursor, Behind::MayEnd);
+    const char *name = TakeText(load.cursor, BlockEnd::Allowed);
     if (name == nullptr) {
       return false;
     }
@@ -75,7 +75,7 @@ bool ReadOperators(BlockLoad &load) {
   return true;
 }
 
-// The record that an input row's fixed bytes stand for.
+// The record of an input row's fixed bytes.
 ExprItem RecordOf(BlockLoad &load, const char *bytes) {
   ExprItem record = {};
   if (load.rules->inputSize == sizeof(OrlStoredInput)) {
@@ -108,17 +108,17 @@ ExprItem RecordOf(BlockLoad &load, const char *bytes) {
   return record;
 }
 
-// Reads one input row; false when it failed. An element without a row may then stay behind.
+// Reads one input row; false when it failed. The table may then end with an empty element.
 bool ReadInput(BlockLoad &load) {
   EC ec = load.ec;
   const bool appended = ItemAppendEmpty(&ec->inputs);
-  const char *bytes = TakeBytes(load.cursor, load.rules->inputSize, Behind::More);
+  const char *bytes = TakeBytes(load.cursor, load.rules->inputSize, BlockEnd::Refused);
   if (!appended || bytes == nullptr) {
     return false;
   }
   const ExprItem record = RecordOf(load, bytes);
   ExprItem *row = ItemFillLast(ec, &ec->inputs, &record);
-  const char *routineName = row != nullptr ? TakeText(load.cursor, Behind::MayEnd) : nullptr;
+  const char *routineName = row != nullptr ? TakeText(load.cursor, BlockEnd::Allowed) : nullptr;
   if (routineName == nullptr) {
     return false;
   }
@@ -140,7 +140,7 @@ bool ReadInput(BlockLoad &load) {
 void TakeReportAverageClass(EC ec) {
   const ExprItem *function = ItemFind(&ec->functions, "ReportAverage");
   if (function == nullptr || function->paramCount == 0) {
-    return;  // a negative count has one parameter behind it
+    return;  // a negative count has one parameter record
   }
   const uint16_t subClass = ItemParameters(function)[0].subClass;
   for (uint32_t i = 0; i < HandleArrayRows(ec->inputs.rows); i++) {
@@ -168,15 +168,15 @@ bool ReadInputs(BlockLoad &load) {
 bool StepOverFunctions(BlockLoad &load) {
   const int32_t count = TakeSectionHeader(load.cursor);
   for (int32_t i = 0; i < count; i++) {
-    const char *row = TakeBytes(load.cursor, kOldestInputSize, Behind::MayEnd);
+    const char *row = TakeBytes(load.cursor, kOldestInputSize, BlockEnd::Allowed);
     if (row == nullptr) {
       return false;
     }
     int16_t parameters = 0;
     std::memcpy(&parameters, row + offsetof(StoredOldInput, paramCount), sizeof parameters);
     const int32_t bytes = parameters > 0 ? parameters * kStoredParameterSize : 0;
-    if (TakeBytes(load.cursor, bytes, Behind::MayEnd) == nullptr ||
-        TakeText(load.cursor, Behind::MayEnd) == nullptr) {
+    if (TakeBytes(load.cursor, bytes, BlockEnd::Allowed) == nullptr ||
+        TakeText(load.cursor, BlockEnd::Allowed) == nullptr) {
       return false;
     }
   }
@@ -194,8 +194,8 @@ bool ReadFormulas(BlockLoad &load) {
              : LoadFormulas(load.ec, load.cursor, count, load.errorProc, load.dialogs);
 }
 
-// The sections behind the operator area, where there are any. What stands behind the last known one
-// is not looked at.
+// The sections after the operator area, where there are any. What follows the last known one is not
+// read.
 bool ReadSections(BlockLoad &load, bool loadFormulas) {
   if (PeekTag(load.cursor) == ORL_BLOCK_TAG_INPUTS && !ReadInputs(load)) {
     return false;

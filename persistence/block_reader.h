@@ -7,7 +7,7 @@
 #include "orli11.h"
 #include "persistence/repair.h"
 
-// ORLSetECContents. `dialogs` stand in for the user.
+// ORLSetECContents. `dialogs` ask the user.
 bool ReadContext(EC ec, int32_t size, const void *block, bool loadFormulas, OrlErrorProc errorProc,
                  const LoadDialogs &dialogs);
 

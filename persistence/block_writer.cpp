@@ -71,7 +71,7 @@ int64_t SizeOf(const Expression &row) {
   return TextSize(row.text) + TextSize(row.name);
 }
 
-// A header needs room for one byte behind it as well: it is never the end of a block.
+// A header is never the end of a block, so one byte must fit after it.
 bool PutHeader(BlockTarget &target, uint16_t tag, uint16_t count) {
   if (!Fits(target, ORL_BLOCK_HEADER_SIZE + 1)) {
     return false;
@@ -90,7 +90,7 @@ void PutInput(BlockTarget &target, const ExprItem &row) {
   PutText(target, row.routineName);
 }
 
-// Rows behind one that did not fit are still tried.
+// Rows after one that did not fit are still tried.
 void PutInputs(BlockTarget &target, HandleArray inputs) {
   const uint16_t count = CountRows<ExprItem>(inputs);
   if (count == 0 || target.overflow || !PutHeader(target, ORL_BLOCK_TAG_INPUTS, count)) {

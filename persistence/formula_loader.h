@@ -6,7 +6,7 @@
 #include "persistence/block_cursor.h"
 #include "persistence/repair.h"
 
-// Read `count` rows of versions 2 and 3: a formula may refer to one stored behind it, and one that
+// Read `count` rows of versions 2 and 3: a formula may refer to one stored after it, and one that
 // does not parse is handed to the user. False when the load has failed.
 bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc,
                   const LoadDialogs &dialogs);

@@ -12,7 +12,7 @@ namespace {
 // Longer tokens are no unit words.
 constexpr int32_t kLongestWord = 15;
 
-// A changed word has three letters at least and a delimiter ahead of it, or begins the text.
+// A changed word has three letters at least and a delimiter before it, or begins the text.
 uint32_t RoomForRenamed(size_t length) {
   return static_cast<uint32_t>(length + length / 3 + 2);
 }
@@ -30,15 +30,15 @@ OwnedText RenameKeywordWords(const char *text) {
     return nullptr;
   }
   char *target = renamed.get();
-  for (TokenStretch stretch; NextStretch(&text, token.get(), &stretch);) {
+  for (TokenSpan span; NextToken(&text, token.get(), &span);) {
     char word[kLongestWord + 2];
-    const bool changes = stretch.length - stretch.lead <= kLongestWord &&
-                         ORLInputNameIsKeyword(word, token.get()) != 0;
-    std::memcpy(target, stretch.text, static_cast<size_t>(stretch.length));
+    const bool changes =
+        span.length - span.lead <= kLongestWord && ORLInputNameIsKeyword(word, token.get()) != 0;
+    std::memcpy(target, span.text, static_cast<size_t>(span.length));
     if (changes) {
-      lstrcpyA(target + stretch.lead, word);
+      lstrcpyA(target + span.lead, word);
     }
-    target += stretch.length + (changes ? 1 : 0);
+    target += span.length + (changes ? 1 : 0);
   }
   *target = '\0';
   return renamed;
