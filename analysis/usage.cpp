@@ -1,5 +1,6 @@
 #include "analysis/usage.h"
 
+#include <cassert>
 #include <cstring>
 
 #include "engine/items.h"
@@ -21,6 +22,7 @@ bool AnswerYes(Expression *expression) {
 // `match` is true for one. The way back is kept in the expressions, so any depth needs no memory.
 template <class Match>
 bool Walk(UsageWalk &walk, Expression *top, Match match) {
+  assert(top->tree != nullptr);
   Expression *current = top;
   ExprNode *tree = top->tree;
   ExprNode *node = tree;

@@ -1,5 +1,7 @@
 #include "engine/expression_order.h"
 
+#include <cassert>
+
 namespace {
 
 // What an expression on top is above the one that was there. Many fit between the two.
@@ -49,6 +51,7 @@ void OrderRemove(EC ec, Expression *expression) {
 }
 
 void OrderMoveBelow(EC ec, Expression *expression, Expression *above) {
+  assert(!ec->order.broken && expression != above);
   OrderRemove(ec, expression);
   if (above->rank - RankBelow(above) < 2) {
     SpreadRanks(ec->order);

@@ -16,7 +16,7 @@ void OrderAppend(EC ec, Expression *expression);
 // Takes an expression out.
 void OrderRemove(EC ec, Expression *expression);
 
-// Moves an expression directly below another one.
+// Moves an expression directly below another one. The order must not be broken.
 void OrderMoveBelow(EC ec, Expression *expression, Expression *above);
 
 // Empties the order; every expression is to be appended again, each above what it refers to.

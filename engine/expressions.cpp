@@ -1,5 +1,6 @@
 #include "engine/expressions.h"
 
+#include <cassert>
 #include <cstdio>
 #include <cstring>
 
@@ -25,6 +26,7 @@ int32_t CopyToHost(const char *text, int32_t size, char *buffer) {
 }  // namespace
 
 bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]) {
+  assert(which >= 0 && which < kClassCount);
   uint16_t number = ec->nextNumber[which];
   for (uint32_t tried = 0; tried <= UINT16_MAX; tried++, number++) {
     std::snprintf(buffer, sizeof buffer, "%s%u", moduleTexts.baseNames[which],

@@ -1,5 +1,6 @@
 #include "engine/handle_array.h"
 
+#include <cassert>
 #include <cstring>
 
 namespace {
@@ -11,6 +12,7 @@ struct ArrayHeader {
 static_assert(sizeof(ArrayHeader) == 8, "elements follow eight bytes");
 
 ArrayHeader *LockHeader(HandleArray array) {
+  assert(array != nullptr);
   return static_cast<ArrayHeader *>(GlobalLock(array));
 }
 
@@ -141,6 +143,7 @@ bool HandleArrayAppendPointer(HandleArray *table, void *pointer) {
     return false;
   }
   *table = array;
+  assert(HandleArrayCount(array) % 65536 == sizeof(void *));
   const uint32_t last = HandleArrayRows(array) - 1;
   void **element = static_cast<void **>(HandleArrayLock(array, static_cast<int32_t>(last)));
   *element = pointer;

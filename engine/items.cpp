@@ -1,5 +1,6 @@
 #include "engine/items.h"
 
+#include <cassert>
 #include <cstddef>
 #include <cstring>
 
@@ -155,6 +156,7 @@ int32_t KeywordResultType(EC ec, const char *name) {
 }
 
 void ItemRename(EC ec, ItemTable *table, ExprItem *row, const char *name) {
+  assert(std::strlen(name) < sizeof row->name);
   char fresh[sizeof row->name] = {};
   lstrcpyA(fresh, name);
   NameIndexRename(table->index, RowOf(row)->entry, fresh);
@@ -174,6 +176,7 @@ ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record) {
   }
   row->item.routine = nullptr;
   const int32_t last = static_cast<int32_t>(HandleArrayRows(table->rows)) - 1;
+  assert(last >= 0 && HandleArrayPointerAt(table->rows, static_cast<uint32_t>(last)) == nullptr);
   ExprItem *item = &row->item;
   NameIndexAppend(table->index, row->entry, item->name, item);
   *static_cast<void **>(HandleArrayLock(table->rows, last)) = &row.release()->item;

@@ -2,6 +2,7 @@
 
 #include <sys/random.h>
 
+#include <cassert>
 #include <cstring>
 
 #include "platform/owned.h"
@@ -208,6 +209,7 @@ void NameIndexSeed() {
 }
 
 void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name, void *row) {
+  assert(name != nullptr && row != nullptr);
   FollowCodePage(index);
   Grow(index);
   entry.name = name;
@@ -219,6 +221,7 @@ void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name, void 
 }
 
 void NameIndexRemove(NameIndex &index, NameEntry &entry) {
+  assert(index.entryCount > 0 && entry.row != nullptr);
   FollowCodePage(index);
   TakeOut(index, entry);
   index.entryCount--;

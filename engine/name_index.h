@@ -41,10 +41,10 @@ void NameIndexSeed();
 // Adds a row after all rows that were added before.
 void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name, void *row);
 
-// Removes a row.
+// Removes a row, which must be in the index.
 void NameIndexRemove(NameIndex &index, NameEntry &entry);
 
-// Gives a row of the index another name; its place in the table stays.
+// Gives a row, which must be in the index, another name; its place in the table stays.
 void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name);
 
 // The first entry of the name, or null; its `nextSame` leads to more of that name. With ignoreCase

@@ -1,8 +1,10 @@
 // A search for a circle goes depth first through the formulas that a tree leads to, each once, with
-// the way back in the expressions. Where the order of expressions is good, it enters only those above
-// the target. What it leaves without having found the target is moved below that, where the next
-// search does not enter it again.
+// the way back in the expressions. Where the order of expressions is good, it enters only those
+// above the target. What it leaves without having found the target is moved below that, where the
+// next search does not enter it again.
 #include "language/recursion.h"
+
+#include <cassert>
 
 #include "engine/expression_order.h"
 #include "engine/references.h"
@@ -127,6 +129,7 @@ int32_t OwnReference(const char *name, ExprNode *tree, const ExprNode **where) {
 }  // namespace
 
 int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode **where) {
+  assert(name != nullptr && tree != nullptr);
   if (ReferenceCount(ec, name) == 0) {
     return OwnReference(name, tree, where);
   }

@@ -1,5 +1,8 @@
 #include "language/stored_tree.h"
 
+#include <cassert>
+#include <utility>
+
 #include "engine/expression_order.h"
 #include "engine/items.h"
 #include "engine/references.h"
@@ -21,6 +24,7 @@ void FreeExpression::operator()(Expression *expression) const {
 }
 
 bool StoreExpression(EC ec, OwnedExpression &expression) {
+  assert(expression->tree != nullptr && expression->name != nullptr && expression->text != nullptr);
   if (!AddReferences(ec, expression->tree)) {
     return false;
   }
@@ -43,6 +47,7 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
 }
 
 void ReplaceTree(EC ec, Expression *expression, OwnedTree tree) {
+  assert(tree != nullptr && expression->tree != nullptr);
   RemoveReferences(ec, expression->tree);
   expression->dataType = StoredType(tree.get());
   const OwnedTree old(std::exchange(expression->tree, tree.release()));
@@ -72,6 +77,7 @@ void RemoveReferences(EC ec, const ExprNode *tree) {
 }
 
 Expression *BoundFormula(EC ec, ExprNode *node) {
+  assert(NodeKindOf(node) == NODE_FORMULA);
   NodeBinding binding = BindingOf(node);
   if (binding.at != ec->generation) {
     binding = {ORLHEXPFromName(ec, NodeText(node)), ec->generation};

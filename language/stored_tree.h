@@ -14,7 +14,8 @@ struct FreeExpression {
 };
 using OwnedExpression = std::unique_ptr<Expression, FreeExpression>;
 
-// Adds a record at the end of the context's table, which owns it from there on. False, with
+// Adds a record, which must have tree, name and text, at the end of the context's table, which owns
+// it from there on. False, with
 // everything as it was, when the table cannot grow or there is no memory.
 bool StoreExpression(EC ec, OwnedExpression &expression);
 

@@ -9,6 +9,7 @@
 // The host may destroy other expressions than it is asked to. Nothing is kept that this could make
 // dangle: places are numbers that are never used again, and are looked up when needed.
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <functional>
 
@@ -45,6 +46,7 @@ bool QueuePush(PlaceQueue &queue, uint64_t place) {
 }
 
 uint64_t QueuePop(PlaceQueue &queue) {
+  assert(queue.count > 0);
   std::pop_heap(queue.places, queue.places + queue.count, std::greater<>());
   return queue.places[--queue.count];
 }

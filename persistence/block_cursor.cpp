@@ -1,11 +1,13 @@
 #include "persistence/block_cursor.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "persistence/block_format.h"
 
 const char *TakeBytes(BlockCursor &cursor, int64_t count, BlockEnd end) {
+  assert(count >= 0 && cursor.position <= cursor.size);
   const int64_t after = cursor.position + count;
   if (!cursor.ok || after > cursor.size || (after == cursor.size && end == BlockEnd::Refused)) {
     cursor.ok = false;

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cstring>
 
 #include "engine/context.h"
@@ -48,6 +49,7 @@ void Schedule(const Owned<uint64_t> &pass, int32_t row) {
 }
 
 void WaitFor(PendingRow &awaited, PendingRow &row) {
+  assert(row.text != nullptr);
   row.next = awaited.waiting;
   awaited.waiting = &row;
 }
