@@ -6,6 +6,7 @@
 
 #include "engine/items.h"
 #include "engine/module.h"
+#include "platform/owned.h"
 #include "platform/strings.h"
 
 namespace {
@@ -69,18 +70,16 @@ bool FillRow(WorkingRow *row, WorkingTexts *texts) {
 }  // namespace
 
 int32_t FUNDefineFunctions(EC ec) {
-  WorkingRow *row = static_cast<WorkingRow *>(WRENMemAlloc(sizeof(WorkingRow)));
-  WorkingTexts *texts = static_cast<WorkingTexts *>(WRENMemAlloc(sizeof(WorkingTexts)));
+  const Owned<WorkingRow> row = Allocate<WorkingRow>();
+  const Owned<WorkingTexts> texts = Allocate<WorkingTexts>();
   bool ok = row != nullptr && texts != nullptr;
   for (uint32_t id = kFirstFunctionRow; ok && id <= kLastFunctionRow; id++) {
     if (LoadStringA(moduleHandle, id, texts->row, kRowTextSize) == 0) {
       continue;
     }
     row->item.kind = ORL_FUNCTION;
-    ok = FillRow(row, texts) && ORLAddExpressionItem(ec, &row->item) != 0;
+    ok = FillRow(row.get(), texts.get()) && ORLAddExpressionItem(ec, &row->item) != 0;
   }
-  WRENMemFree(texts);
-  WRENMemFree(row);
   return ok ? 1 : 0;
 }
 

@@ -2,12 +2,12 @@
 
 #include <cstring>
 
-#include "wreni11.h"
+#include "platform/owned.h"
 
-// The block behind a handle. Its bytes stand in a block of their own that may move; what that block
-// has beyond `size` is room to grow.
+// What a handle points to. Its bytes are in a block of their own that may move; what that block has
+// beyond `size` is for growth.
 struct MovableBlock {
-  void *bytes;
+  char *bytes;
   uint64_t size;
   int32_t locks;
 };
@@ -16,14 +16,14 @@ namespace {
 
 constexpr uint64_t kLargestBlock = UINT32_MAX;
 
-// Makes room for `size` bytes: for half as much again as there was, so that growing step by step
-// moves each byte a bounded number of times; for `size` alone when there is no memory for more.
-bool MakeRoom(MovableBlock *block, uint64_t size) {
-  const uint64_t room = WRENMemSize(block->bytes);
-  if (size <= room) {
+// Reserves `size` bytes: half as much again as there was, so that growing step by step moves each
+// byte a bounded number of times; `size` alone when there is no memory for more.
+bool Reserve(MovableBlock *block, uint64_t size) {
+  const uint64_t capacity = WRENMemSize(block->bytes);
+  if (size <= capacity) {
     return true;
   }
-  uint64_t wanted = room + room / 2;
+  uint64_t wanted = capacity + capacity / 2;
   wanted = wanted > kLargestBlock ? kLargestBlock : wanted;
   void *bytes = nullptr;
   if (wanted > size) {
@@ -35,7 +35,7 @@ bool MakeRoom(MovableBlock *block, uint64_t size) {
   if (bytes == nullptr) {
     return false;
   }
-  block->bytes = bytes;
+  block->bytes = static_cast<char *>(bytes);
   return true;
 }
 
@@ -45,26 +45,23 @@ GlobalHandle GlobalAlloc(uint32_t /*flags*/, uint64_t size) {
   if (size > kLargestBlock) {
     return nullptr;
   }
-  auto *block = static_cast<MovableBlock *>(WRENMemAlloc(sizeof(MovableBlock)));
-  if (block == nullptr) {
+  Owned<MovableBlock> block = Allocate<MovableBlock>();
+  OwnedText bytes = Allocate<char>(size);
+  if (block == nullptr || bytes == nullptr) {
     return nullptr;
   }
-  block->bytes = WRENMemAlloc(static_cast<uint32_t>(size));
-  if (block->bytes == nullptr) {
-    WRENMemFree(block);
-    return nullptr;
-  }
+  block->bytes = bytes.release();
   block->size = size;
-  return block;
+  return block.release();
 }
 
 GlobalHandle GlobalReAlloc(GlobalHandle handle, uint64_t size, uint32_t /*flags*/) {
-  if (handle == nullptr || size > kLargestBlock || !MakeRoom(handle, size)) {
+  if (handle == nullptr || size > kLargestBlock || !Reserve(handle, size)) {
     return nullptr;
   }
   if (size > handle->size) {
-    // The room may hold what stood there before the block was made smaller.
-    std::memset(static_cast<char *>(handle->bytes) + handle->size, 0, size - handle->size);
+    // What was there before the block was made smaller may be there still.
+    std::memset(handle->bytes + handle->size, 0, size - handle->size);
   }
   handle->size = size;
   return handle;
@@ -72,8 +69,8 @@ GlobalHandle GlobalReAlloc(GlobalHandle handle, uint64_t size, uint32_t /*flags*
 
 void GlobalFree(GlobalHandle handle) {
   if (handle != nullptr) {
-    WRENMemFree(handle->bytes);
-    WRENMemFree(handle);
+    ReplaceBlock(handle->bytes);
+    const Owned<MovableBlock> ended(handle);
   }
 }
 
