@@ -141,7 +141,7 @@ typedef struct {
   int16_t dataType;   /* of a function its result */
   char *routineName;  /* may be null; the context keeps a copy */
   void *routine;      /* OrlFunctionProc or OrlValueProc; null: the context's lookup is asked */
-  char name[65];      /* as it stands in formulas, at most 64 bytes */
+  char name[65];      /* as formulas write it, at most 64 bytes */
   int16_t paramCount; /* functions: parameter records; negative: written without parentheses, with
                          one record all the same */
   union {
@@ -412,7 +412,7 @@ ORL_API int32_t ORLIsAggregateUsed(EC ec, HEXP exp);
 
 /* The text of an expression made self-contained: each reference to a named formula becomes that
  * formula's text in parentheses, at every depth. With marks, calls of functions whose `itemFlags`
- * have ORL_FUNC_ESCAPE stand in the ODBC escape " {fn F() } ", and dates under the pictures and
+ * have ORL_FUNC_ESCAPE are in the ODBC escape " {fn F() } ", and dates by the pictures and
  * templates of the context; formulas that are spliced in are marked only in a context with date
  * pictures. A text with a formula spliced in has at most 65,535 bytes. */
 
@@ -420,7 +420,7 @@ ORL_API int32_t ORLIsAggregateUsed(EC ec, HEXP exp);
  * count by the pictures and templates that ORLSetDatePicture saw: set the templates first. */
 ORL_API int32_t ORLGetExtendedTextLength(EC ec, HEXP exp, int32_t withMarks);
 /* Writes the text to `buffer` of `size` bytes, at least 1, cut where it is longer. The bytes of
- * what stands there less 1: -1 for an empty text. 0 with an empty `buffer` on failure: the text is
+ * what was written less 1: -1 for an empty text. 0 with an empty `buffer` on failure: the text is
  * too long, or formulas refer to each other in a circle. */
 ORL_API int32_t ORLGetExtendedText(EC ec, HEXP exp, int32_t size, char *buffer, int32_t withMarks);
 
@@ -435,14 +435,14 @@ ORL_API int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName
 
 /* ---- Stored form ----------------------------------------------------------------------------- */
 
-/* A context can be laid down in a flat block, which docs/block-format.md describes, and read back
+/* A context can be written to a flat block, which docs/block-format.md describes, and read back
  * into a new one: operator names, input items, and with them the formulas, ranges and sets. The
  * host keeps the bytes. Functions, keywords and settings are not stored. */
 
 /* The bytes that ORLGetECBlock needs, with the formulas or without; 1 for a null context. */
 ORL_API int32_t ORLGetECBlockSize(EC ec, int32_t includeFormulas);
-/* Lays the block down in the host's `buffer` of `capacity` bytes, at least 1, and returns the bytes
- * that were laid down. What does not fit is left out, and the block is then of no use, unless
+/* Writes the block to the host's `buffer` of `capacity` bytes, at least 1, and returns the bytes
+ * that were written. What does not fit is left out, and the block is then of no use, unless
  * `capacity` is the size without formulas. Readers take at most 32,767 input items and as many
  * formulas: from a block of more of them they read none. */
 ORL_API int32_t ORLGetECBlock(EC ec, int32_t capacity, void *buffer);
@@ -507,7 +507,7 @@ ORL_API void FUNWinIniChange(void);
 ORL_API int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text);
 
 /* The built-in functions, each an OrlFunctionProc, in the order of a context's function table. What
- * they take and give stands in docs/functions.md. A host may call them by itself, with `result`
+ * they take and return is in docs/functions.md. A host may call them by itself, with `result`
  * pointing to a block of WRENMemAlloc: 13 bytes for a Number or Date, any size for a text. Each
  * returns 1, or 0 with the block still valid when there is no room or no memory for the result. */
 #define ORL_FUNCTION_ROUTINE(name)                                         \
