@@ -10,9 +10,12 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ.get("ORLI_BUILD", ROOT / "build/release"))
 ORLI = BUILD / "bin/orli"
+sys.path.append(str(ROOT / "tests/support"))
+from plain_environment import plain_environment  # noqa: E402, the folder has just been named
+
 WEATHER = ROOT / "data/weather.csv"
 # The conventions of dates come from the environment: the same on every machine.
-ENVIRONMENT = dict(os.environ, LC_ALL="C")
+ENVIRONMENT = plain_environment(LC_ALL="C")
 
 
 def run(*arguments, stdin=b"", **variables):

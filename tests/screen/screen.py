@@ -4,11 +4,15 @@ import os
 import pathlib
 import shutil
 import subprocess
+import sys
 import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ.get("ORLI_BUILD", ROOT / "build/release"))
+sys.path.append(str(ROOT / "tests/support"))
+from plain_environment import plain_environment  # noqa: E402, the folder has just been named
+
 PATIENCE = 30  # seconds for a window to come or go
 
 # Of the editor's template, in dialog units: a unit is an eighth of the font's height, and the window
@@ -46,11 +50,9 @@ class Screen:
         if not number:
             self.server.wait()
             raise RuntimeError("Xvfb has not started")
-        hidden = ("WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "SESSION_MANAGER", "QT_STYLE_OVERRIDE")
-        self.environment = {name: value for name, value in os.environ.items() if name not in hidden}
-        self.environment.update(DISPLAY=f":{number}", QT_SCALE_FACTOR=scale, LC_ALL="C.UTF-8",
-                                **dict.fromkeys(("XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "HOME"),
-                                                self.folder.name), **variables)
+        self.environment = plain_environment(DISPLAY=f":{number}", QT_SCALE_FACTOR=scale, LC_ALL="C.UTF-8")
+        self.environment.update(dict.fromkeys(("XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "HOME"),
+                                              self.folder.name), **variables)
         self.programs = []
         font = subprocess.run([BUILD / "bin/grab", "font"], env=self.environment, check=False,
                               capture_output=True)
