@@ -86,9 +86,10 @@ int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **w
         node = ExprNodeNext(tree, node);
       }
     }
-    if (current != nullptr) {
-      Leave(search, current);
+    if (current == nullptr) {
+      return 0;
     }
+    Leave(search, current);
     if (current == self) {
       return 0;
     }

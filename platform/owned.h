@@ -29,11 +29,11 @@ using OwnedText = Owned<char>;
 // for more than a block can hold.
 template <class T>
 Owned<T> Allocate(uint64_t count = 1, uint64_t extra = 0) {
-  const uint64_t most = (UINT32_MAX - extra) / sizeof(T);
-  if (extra > UINT32_MAX || count > most) {
+  constexpr uint64_t kSize = sizeof(T);  // NOLINT(bugprone-sizeof-expression): T may be a pointer
+  if (extra > UINT32_MAX || count > (UINT32_MAX - extra) / kSize) {
     return nullptr;
   }
-  return Owned<T>(static_cast<T *>(WRENMemAlloc(static_cast<uint32_t>(count * sizeof(T) + extra))));
+  return Owned<T>(static_cast<T *>(WRENMemAlloc(static_cast<uint32_t>(count * kSize + extra))));
 }
 
 // A copy of a text; null when there is no memory.
