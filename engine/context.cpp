@@ -5,6 +5,16 @@
 #include "functions/date_text.h"
 #include "platform/text.h"
 
+void SetOperatorRoutine(EC ec, OperatorGroup group, int32_t dataType, OrlOperatorProc routine) {
+  ec->operators[group].procs[dataType] = routine;
+  ec->hasNumberOperators = false;
+  for (const OperatorGroup number : {kGroupAdd, kGroupSub, kGroupMul, kGroupDiv}) {
+    if (ec->operators[number].procs[ORL_TYPE_NUMBER] != nullptr) {
+      ec->hasNumberOperators = true;
+    }
+  }
+}
+
 EC ORLCreateEC(void *owner, OrlLookupProc lookup, OrlRenameProc rename, uint16_t flags) {
   EC ec = Allocate<ExprContext>().release();
   if (ec == nullptr) {

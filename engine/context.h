@@ -64,6 +64,9 @@ struct ExprContext {
   char *dateConvert[3];
   uint16_t dateConvertFlags;
   OperatorSlots operators[kGroupCount];
+  bool hasNumberOperators;  // a callback stands in for the arithmetic of some operator
+  void *numberBlock;        // owned blocks that wait for the next routine of the host, or null
+  void *textBlock;
   int32_t helpContext;
   char helpPath[kHelpPathSize];
 
@@ -83,6 +86,9 @@ struct ExprContext {
   uint64_t askedNumber, askedRevision;
   uint64_t lastDeleteRun;
 };
+
+// Sets the routine of an operator for a data type; null takes it away.
+void SetOperatorRoutine(EC ec, OperatorGroup group, int32_t dataType, OrlOperatorProc routine);
 
 // A row was added, removed or renamed.
 inline void ContextChanged(EC ec) {

@@ -9,6 +9,7 @@
 
 struct ExprNode;
 struct Evaluation;
+struct Program;
 
 // What a walk through named formulas knows of an expression that it has entered.
 enum class WalkState : uint8_t { Open, No, Yes };
@@ -36,6 +37,8 @@ struct Expression {
   int64_t walkLength;  // of the text, for walks that need it
 
   uint64_t deleteRun;  // the guarded delete that has put the expression off
+
+  Program *program;  // owned, the tree's compiled form; null until the first evaluation
 
   // The evaluation that is inside this expression, to end one that runs in a circle.
   const Evaluation *evaluation;

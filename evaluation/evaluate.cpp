@@ -11,13 +11,9 @@ bool IsEvaluable(EC ec, HEXP exp) {
   return ec != nullptr && exp != nullptr && exp->tree != nullptr;
 }
 
-bool IsText(const Value &value) {
-  return value.form == ValueForm::Text || value.form == ValueForm::Literal;
-}
-
 // With size 0 the buffer receives the size that the text needs.
-int32_t DeliverText(const Value &value, int32_t size, void *buffer) {
-  const uint32_t needed = value.length + 1;
+int32_t DeliverText(const Evaluation &run, const Value &value, int32_t size, void *buffer) {
+  const uint32_t needed = value.text.length + 1;
   if (size == 0) {
     const int32_t told = static_cast<int32_t>(needed);
     std::memcpy(buffer, &told, sizeof told);
@@ -27,16 +23,16 @@ int32_t DeliverText(const Value &value, int32_t size, void *buffer) {
     return 0;
   }
   const uint32_t room = static_cast<uint32_t>(size);
-  std::memcpy(buffer, value.text, room < needed ? room : needed);
+  std::memcpy(buffer, run.texts.bytes + value.text.offset, room < needed ? room : needed);
   return 1;
 }
 
-int32_t Deliver(const Value &value, int32_t size, void *buffer) {
-  if (value.form == ValueForm::Number) {
-    CopyNumber(static_cast<NumberValue *>(buffer), &value.number);
+int32_t Deliver(const Evaluation &run, const Value &value, int32_t size, void *buffer) {
+  if (IsNumberForm(value.form)) {
+    StoreValue(static_cast<NumberValue *>(buffer), value);
     return 1;
   }
-  return IsText(value) ? DeliverText(value, size, buffer) : 0;
+  return value.form == ValueForm::Text ? DeliverText(run, value, size, buffer) : 0;
 }
 
 // The host's block with room for the text and one byte more, or null.
@@ -47,23 +43,23 @@ void *RoomFor(void *block, uint32_t size) {
   return ORLMemSize(block) < size ? ORLMemRealloc(block, size) : block;
 }
 
-int32_t DeliverBlock(const Value &value, int32_t *length, void **buffer) {
-  if (value.form == ValueForm::Number) {
+int32_t DeliverBlock(const Evaluation &run, const Value &value, int32_t *length, void **buffer) {
+  if (IsNumberForm(value.form)) {
     if (*buffer == nullptr) {
       return 0;
     }
-    CopyNumber(static_cast<NumberValue *>(*buffer), &value.number);
+    StoreValue(static_cast<NumberValue *>(*buffer), value);
     return 1;
   }
-  if (!IsText(value)) {
+  if (value.form != ValueForm::Text) {
     return 0;
   }
-  const uint32_t needed = value.length + 1;
+  const uint32_t needed = value.text.length + 1;
   void *block = RoomFor(*buffer, needed + 1);
   if (block == nullptr) {
     return 0;
   }
-  std::memcpy(block, value.text, needed);
+  std::memcpy(block, run.texts.bytes + value.text.offset, needed);
   *buffer = block;
   if (length != nullptr) {
     *length = static_cast<uint16_t>(needed);
@@ -76,7 +72,7 @@ template <class Delivery>
 int32_t EvaluateFor(EC ec, HEXP exp, Delivery deliver) {
   Evaluation run;
   const Value *value = EvaluationRun(run, ec, exp);
-  const int32_t result = value == nullptr ? 0 : deliver(*value);
+  const int32_t result = value == nullptr ? 0 : deliver(run, *value);
   EvaluationEnd(run);
   return result;
 }
@@ -87,13 +83,16 @@ int32_t ORLEvaluateExpression(EC ec, HEXP exp, int32_t size, void *buffer) {
   if (!IsEvaluable(ec, exp) || buffer == nullptr) {
     return 0;
   }
-  return EvaluateFor(ec, exp, [=](const Value &value) { return Deliver(value, size, buffer); });
+  return EvaluateFor(ec, exp, [=](const Evaluation &run, const Value &value) {
+    return Deliver(run, value, size, buffer);
+  });
 }
 
 int32_t ORLEvaluateExpressionExt(EC ec, HEXP exp, int32_t *length, void **buffer) {
   if (!IsEvaluable(ec, exp) || buffer == nullptr) {
     return 0;
   }
-  return EvaluateFor(ec, exp,
-                     [=](const Value &value) { return DeliverBlock(value, length, buffer); });
+  return EvaluateFor(ec, exp, [=](const Evaluation &run, const Value &value) {
+    return DeliverBlock(run, value, length, buffer);
+  });
 }

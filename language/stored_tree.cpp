@@ -17,6 +17,7 @@ bool RootIs(HEXP exp, int32_t kind) {
 }  // namespace
 
 void FreeExpression::operator()(Expression *expression) const {
+  WRENMemFree(expression->program);
   const OwnedTree tree(expression->tree);
   const OwnedText name(expression->name);
   const OwnedText text(expression->text);
@@ -50,6 +51,7 @@ void ReplaceTree(EC ec, Expression *expression, OwnedTree tree) {
   assert(tree != nullptr && expression->tree != nullptr);
   RemoveReferences(ec, expression->tree);
   expression->dataType = StoredType(tree.get());
+  WRENMemFree(std::exchange(expression->program, nullptr));
   const OwnedTree old(std::exchange(expression->tree, tree.release()));
 }
 

@@ -77,6 +77,8 @@ int32_t ORLDestroyEC(EC ec) {
     ItemTableFree(&ec->functions);
     ItemTableFree(&ec->keywords);
     FreeTexts(ec);
+    WRENMemFree(ec->numberBlock);
+    WRENMemFree(ec->textBlock);
     const Owned<ExprContext> ended(ec);
   }
   return 1;

@@ -22,7 +22,7 @@ int32_t ORLSetOperatorCallback(EC ec, int16_t op, int16_t dataType, const char *
     return 1;
   }
   OperatorSlots &slots = ec->operators[kGroupOfCode[op]];
-  slots.procs[dataType] = reinterpret_cast<OrlOperatorProc>(routine);
+  SetOperatorRoutine(ec, kGroupOfCode[op], dataType, reinterpret_cast<OrlOperatorProc>(routine));
   if (name == nullptr) {
     ReplaceBlock(slots.names[dataType]);
     return 1;

@@ -43,7 +43,7 @@ void *LookUp(EC ec, const char *routineName) {
 }
 
 // Takes over an operator name; false when there is no memory or the host does not know it.
-bool SetOperator(EC ec, OperatorSlots &slots, int32_t type, const char *name) {
+bool SetOperator(EC ec, OperatorGroup group, int32_t type, const char *name) {
   OwnedText copy = CopyText(name);
   if (copy == nullptr) {
     return false;
@@ -55,9 +55,10 @@ bool SetOperator(EC ec, OperatorSlots &slots, int32_t type, const char *name) {
       copy.reset();
     }
   }
-  ReplaceBlock(slots.names[type], std::move(copy));
-  slots.procs[type] = proc;
-  return slots.names[type] != nullptr;
+  char *&owned = ec->operators[group].names[type];
+  ReplaceBlock(owned, std::move(copy));
+  SetOperatorRoutine(ec, group, type, proc);
+  return owned != nullptr;
 }
 
 // Reads the operator names; false at the first that fails.
@@ -67,8 +68,8 @@ bool ReadOperators(BlockLoad &load) {
     if (name == nullptr) {
       return false;
     }
-    OperatorSlots &slots = load.ec->operators[i / kOperatorTypes];
-    if (name[0] != '\0' && !SetOperator(load.ec, slots, i % kOperatorTypes, name)) {
+    const auto group = static_cast<OperatorGroup>(i / kOperatorTypes);
+    if (name[0] != '\0' && !SetOperator(load.ec, group, i % kOperatorTypes, name)) {
       return false;
     }
   }

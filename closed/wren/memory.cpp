@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "closed/wren/block.h"
 #include "wreni11.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -33,13 +34,6 @@
 #endif
 
 namespace {
-
-struct Block {
-  uint32_t size;      // what the caller asked for; in a pool the length of its list
-  uint32_t capacity;  // what is there behind the header
-  Block *next;        // in a list of the pool
-};
-static_assert(sizeof(Block) == 16 && alignof(std::max_align_t) == 16);
 
 constexpr uint32_t kUnitBytes = 16;    // capacities of pooled blocks are multiples of it
 constexpr uint32_t kPooledSize = 256;  // the largest block that is pooled
@@ -265,5 +259,5 @@ extern "C" void WRENMemFree(void *block) {
 }
 
 extern "C" uint32_t WRENMemSize(const void *block) {
-  return block == nullptr ? 0 : (static_cast<const Block *>(block) - 1)->size;
+  return block == nullptr ? 0 : BlockSize(block);
 }

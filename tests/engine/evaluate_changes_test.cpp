@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -53,15 +54,16 @@ TEST(EvaluateChanges, BlocksThatRoutinesLeaveBehind) {
       {"large, then an exception", 5000, true, -1, "none", "none"},
       {"another block", 13, false, 1, "null", "'!'"},
   };
-  const HostedContext ec;
-  AddInput(ec, "N", 0, 0, Address(&MisbehavingItem));
-  AddInput(ec, "D", 1, 0, Address(&MisbehavingItem));
-  AddInput(ec, "S", 2, 0, Address(&MisbehavingItem));
-  AddFunction(ec, {"FN", 0, {}, 0, 0, 0, Address(&MisbehavingCall)});
-  AddFunction(ec, {"FD", 1, {}, 0, 0, 0, Address(&MisbehavingCall)});
-  AddFunction(ec, {"FS", 2, {}, 0, 0, 0, Address(&MisbehavingCall)});
   for (const Behaviour &row : rows) {
     behaviour = &row;
+    const int64_t before = TEST_LiveBlocks();
+    std::optional<HostedContext> ec(std::in_place);
+    AddInput(*ec, "N", 0, 0, Address(&MisbehavingItem));
+    AddInput(*ec, "D", 1, 0, Address(&MisbehavingItem));
+    AddInput(*ec, "S", 2, 0, Address(&MisbehavingItem));
+    AddFunction(*ec, {"FN", 0, {}, 0, 0, 0, Address(&MisbehavingCall)});
+    AddFunction(*ec, {"FD", 1, {}, 0, 0, 0, Address(&MisbehavingCall)});
+    AddFunction(*ec, {"FS", 2, {}, 0, 0, 0, Address(&MisbehavingCall)});
     // clang-format off
     const std::pair<const char *, std::string> formulas[] = {
         {"N", row.number}, {"FN()", row.number}, {"S || '!'", row.text}, {"FS() || '!'", row.text},
@@ -70,12 +72,11 @@ TEST(EvaluateChanges, BlocksThatRoutinesLeaveBehind) {
     };
     // clang-format on
     for (const auto &[text, expected] : formulas) {
-      HEXP exp = Make(ec, text);
-      const int64_t before = TEST_LiveBlocks();
-      const std::string value = Evaluate(ec, exp);
+      const std::string value = Evaluate(*ec, Make(*ec, text));
       EXPECT_TRUE(value == expected || expected == "any") << row.what << ": " << text << value;
-      EXPECT_EQ(TEST_LiveBlocks(), before) << row.what << ": " << text;
     }
+    ec.reset();
+    EXPECT_EQ(TEST_LiveBlocks(), before) << row.what;
   }
 }
 
@@ -152,16 +153,16 @@ TEST(EvaluateChanges, NamesThatMeanSomethingElseGiveNoValue) {
   for (const Row &row : rows) {
     for (const bool evaluatedBefore : {false, true}) {
       SCOPED_TRACE("row " + std::to_string(&row - rows) + ", " + row.text);
-      HostedContext ec(ORL_FLAG_RANGES);
-      ec.host.values = {{"Amount", "5"}, {"Name", "Ann"}};
-      AddFunction(ec, {"Present", 0, {{0, 0, 0}}, 0, 0, 0, present});
-      Make(ec, "3", "Total");
-      HEXP exp = Make(ec, row.text, "Tested");
-      if (evaluatedBefore) Evaluate(ec, exp);
-      for (const Change &change : row.changes) change(ec);
       const int64_t before = TEST_LiveBlocks();
-      const std::string value = Evaluate(ec, exp);
-      EXPECT_EQ(value, row.value) << evaluatedBefore;
+      std::optional<HostedContext> ec(std::in_place, ORL_FLAG_RANGES);
+      ec->host.values = {{"Amount", "5"}, {"Name", "Ann"}};
+      AddFunction(*ec, {"Present", 0, {{0, 0, 0}}, 0, 0, 0, present});
+      Make(*ec, "3", "Total");
+      HEXP exp = Make(*ec, row.text, "Tested");
+      if (evaluatedBefore) Evaluate(*ec, exp);
+      for (const Change &change : row.changes) change(*ec);
+      EXPECT_EQ(Evaluate(*ec, exp), row.value) << evaluatedBefore;
+      ec.reset();
       EXPECT_EQ(TEST_LiveBlocks(), before);
     }
   }

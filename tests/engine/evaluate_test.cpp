@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <random>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -101,11 +102,12 @@ TEST(Evaluate, Rows) {
   };
   // clang-format on
   for (const Row &row : rows) {
-    const EvaluationContext ec(row.flags);
-    HEXP exp = Make(ec, row.text);
     const int64_t before = TEST_LiveBlocks();
-    EXPECT_EQ(Evaluate(ec, exp), row.value) << row.text;
-    EXPECT_EQ(Evaluate(ec, exp), row.value) << row.text << " again";
+    std::optional<EvaluationContext> ec(std::in_place, row.flags);
+    HEXP exp = Make(*ec, row.text);
+    EXPECT_EQ(Evaluate(*ec, exp), row.value) << row.text;
+    EXPECT_EQ(Evaluate(*ec, exp), row.value) << row.text << " again";
+    ec.reset();
     EXPECT_EQ(TEST_LiveBlocks(), before) << row.text;
   }
 }

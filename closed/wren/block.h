@@ -1,0 +1,20 @@
+// The header of a heap block, for code that asks for the size of one block after the other.
+#ifndef ORLI11_CLOSED_WREN_BLOCK_H
+#define ORLI11_CLOSED_WREN_BLOCK_H
+
+#include <cstddef>
+#include <cstdint>
+
+struct Block {
+  uint32_t size;      // what the caller asked for; in a pool the length of its list
+  uint32_t capacity;  // what is there behind the header
+  Block *next;        // in a list of the pool
+};
+static_assert(sizeof(Block) == 16 && alignof(std::max_align_t) == 16);
+
+// WRENMemSize of a block that is not null.
+inline uint32_t BlockSize(const void *bytes) {
+  return (static_cast<const Block *>(bytes) - 1)->size;
+}
+
+#endif

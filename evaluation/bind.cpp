@@ -1,0 +1,122 @@
+// What the names of a program stand for.
+#include "engine/context.h"
+#include "engine/expressions.h"
+#include "engine/items.h"
+#include "evaluation/program.h"
+#include "language/tree.h"
+#include "language/types.h"
+
+namespace {
+
+// True when the evaluator may call the built-in function on values: the row declares it as it is.
+bool TakesValues(const ExprItem *row, const BuiltIn *builtIn, int16_t type) {
+  if (builtIn == nullptr || builtIn->dataType != type) {
+    return false;
+  }
+  for (int32_t i = 0; i < row->paramCount; i++) {
+    if (ItemParameters(row)[i].mode != 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void BindAll(EC ec, Program *program) {
+  Word *code = ProgramCode(program);
+  const Word *end = code + program->length;
+  while (code < end) {
+    switch (code->instruction.operation) {
+      case Operation::NumberInput:
+      case Operation::DateInput:
+      case Operation::TextInput:
+      case Operation::OtherInput:
+        BindInput(ec, code);
+        break;
+      case Operation::Formula:
+        BindFormula(ec, code);
+        break;
+      case Operation::Call:
+        BindCall(ec, code);
+        break;
+      default:
+        break;
+    }
+    code += InstructionLength(code->instruction.operation);
+  }
+  program->context = ec;
+  program->generation = ec->generation;
+}
+
+}  // namespace
+
+uint32_t InstructionLength(Operation operation) {
+  switch (operation) {
+    case Operation::Number:
+    case Operation::Constant:
+    case Operation::Nothing:
+      return kNumberEnd;
+    case Operation::PackedNumber:
+    case Operation::Text:
+      return 3;
+    case Operation::EscapedText:
+    case Operation::Date:
+      return 2;
+    case Operation::NumberInput:
+    case Operation::DateInput:
+    case Operation::TextInput:
+    case Operation::OtherInput:
+      return kInputEnd;
+    case Operation::Formula:
+      return kFormulaEnd;
+    case Operation::Call:
+      return kCallEnd;
+    case Operation::NextArgument:
+      return kArgumentEnd;
+    default:
+      return 1;
+  }
+}
+
+void BindInput(EC ec, Word *code) {
+  const char *name = NodeText(code[kInputNode].node);
+  const ExprItem *row = ItemFind(&ec->inputs, name);
+  const bool usable = row != nullptr && row->dataType == code->instruction.type;
+  code[kInputRoutine].routine = usable ? row->routine : nullptr;
+  code[kInputName].text = name;
+}
+
+void BindFormula(EC ec, Word *code) {
+  const ExprNode *node = code[kFormulaNode].node;
+  Expression *target = ORLHEXPFromName(ec, NodeText(node));
+  const bool usable =
+      target != nullptr && target->tree != nullptr && NodeType(target->tree) == NodeType(node);
+  code[kFormulaExpression].expression = usable ? target : nullptr;
+}
+
+// The tree keeps the types that it was parsed with; the row may have come back with others, and its
+// routine would then take one kind of block for another.
+void BindCall(EC ec, Word *code) {
+  const ExprNode *node = code[kCallNode].node;
+  const int16_t type = NodeType(node);
+  ExprItem *row = ItemFind(&ec->functions, NodeText(node));
+  const bool usable = row != nullptr && row->routine != nullptr &&
+                      (row->dataType == type || row->dataType == ORL_TYPE_FOLLOWS) &&
+                      TypeArgumentsFit(node, row);
+  code[kCallRow].row = usable ? row : nullptr;
+  const BuiltIn *builtIn = usable ? BuiltInOf(row->routine) : nullptr;
+  code[kCallBuiltIn].builtIn = usable && TakesValues(row, builtIn, type) ? builtIn : nullptr;
+}
+
+Program *BoundProgram(EC ec, Expression *expression) {
+  Program *program = expression->program;
+  if (program == nullptr) {
+    program = expression->program = CompileTree(expression->tree);
+    if (program == nullptr) {
+      return nullptr;
+    }
+  }
+  if (program->generation != ec->generation || program->context != ec) {
+    BindAll(ec, program);
+  }
+  return program;
+}

@@ -1,0 +1,155 @@
+// Operators beyond the arithmetic of two numbers.
+#include <cstring>
+
+#include "engine/host_call.h"
+#include "evaluation/arithmetic.h"
+#include "evaluation/date_arithmetic.h"
+#include "evaluation/evaluation.h"
+#include "functions/date_text.h"
+#include "platform/text.h"
+
+namespace {
+
+OperatorGroup GroupOf(Operation operation) {
+  switch (operation) {
+    case Operation::Add:
+      return kGroupAdd;
+    case Operation::Subtract:
+      return kGroupSub;
+    case Operation::Multiply:
+      return kGroupMul;
+    default:
+      return kGroupDiv;
+  }
+}
+
+// Either value is none, or of a form that the operator has no rule for.
+void GiveUp(TextBuffer &texts, Value *left, Value *right) {
+  DropValue(texts, right);
+  DropValue(texts, left);
+}
+
+void CallOperator(Evaluation &run, OrlOperatorProc callback, Value *left, const Value *right) {
+  constexpr int32_t kSize = sizeof(NumberValue);
+  NumberValue leftNumber;
+  NumberValue rightNumber;
+  NumberValue result = {};
+  StoreValue(&leftNumber, *left);
+  StoreValue(&rightNumber, *right);
+  CallHost([&] {
+    return callback(run.ec, run.expression, ORL_TYPE_NUMBER, kSize, &leftNumber, kSize,
+                    &rightNumber, kSize, &result);
+  });
+  SetNumberFrom(left, &result);
+}
+
+// A null counts as zero; false for bytes that are not a number.
+bool OperandOf(const Value &value, Decimal *d) {
+  *d = value.form == ValueForm::Number ? NumberOf(value) : Decimal{};
+  return value.form == ValueForm::Number || IsNullNumber(value);
+}
+
+}  // namespace
+
+void ComputeSlowly(Evaluation &run, Operation operation, Value *left, Value *right) {
+  if (!IsNumberForm(left->form) || !IsNumberForm(right->form)) {
+    GiveUp(run.texts, left, right);
+    return;
+  }
+  const OrlOperatorProc callback = run.ec->operators[GroupOf(operation)].procs[0];
+  if (callback != nullptr) {
+    CallOperator(run, callback, left, right);
+    return;
+  }
+  Decimal a;
+  Decimal b;
+  const bool haveA = OperandOf(*left, &a);
+  const bool haveB = OperandOf(*right, &b);
+  // A quotient of zero is zero, whatever the other operand is.
+  const bool zero = operation == Operation::Divide &&
+                    ((haveA && a.coefficient == 0) || (haveB && b.coefficient == 0));
+  if (zero) {
+    SetNumber(left, {});
+  } else if (haveA && haveB && Compute(operation, &a, a, b)) {
+    SetNumber(left, a);
+  } else {
+    SetNull(left);
+  }
+}
+
+void MoveDate(const Instruction &instruction, Value *left, const Value *right) {
+  if (!IsNumberForm(left->form) || !IsNumberForm(right->form)) {
+    left->form = ValueForm::None;
+    return;
+  }
+  NumberValue date;
+  NumberValue amount;
+  NumberValue result;
+  StoreValue(&date, *left);
+  if (IsNullNumber(*right)) {
+    WRENNumSetZero(&amount);
+  } else {
+    StoreValue(&amount, *right);
+  }
+  DateArithmetic(&result, &date, &amount, instruction.operand, instruction.detail);
+  SetPacked(left, &result);
+}
+
+void SubtractDates(TextBuffer &texts, Value *left, Value *right) {
+  if (!IsNumberForm(left->form) || !IsNumberForm(right->form)) {
+    GiveUp(texts, left, right);  // among them a date minus a text
+    return;
+  }
+  NumberValue dates[2];
+  NumberValue result = {};
+  StoreValue(&dates[0], *left);
+  StoreValue(&dates[1], *right);
+  DateDifference(&result, &dates[0], &dates[1]);
+  SetNumberFrom(left, &result);
+}
+
+// The right text follows the left one in the buffer: it only moves onto its terminator.
+void Concatenate(TextBuffer &texts, Value *left, Value *right) {
+  if (left->form != ValueForm::Text || right->form != ValueForm::Text ||
+      uint64_t{left->text.length} + right->text.length >= INT32_MAX) {
+    GiveUp(texts, left, right);
+    return;
+  }
+  const uint32_t end = left->text.offset + left->text.length;
+  MoveTextBytes(texts.bytes + end, texts.bytes + right->text.offset, right->text.length);
+  SetText(texts, left, left->text.offset, left->text.length + right->text.length);
+}
+
+uint32_t UnescapeString(char *target, const char *source) {
+  char *end = target;
+  while (*source != '\0') {
+    if (source[0] == '\\' && source[1] == '\'') {
+      source++;
+    }
+    if (source[0] == '\'' && source[1] == '\'') {
+      source++;
+    }
+    const char *next = CharNextA(source);
+    while (source < next) {
+      *end++ = *source++;
+    }
+  }
+  *end = '\0';
+  return static_cast<uint32_t>(end - target);
+}
+
+void PushEscapedText(TextBuffer &texts, const char *text, Value *value) {
+  const uint32_t offset = texts.used;
+  value->form = ValueForm::None;
+  if (TextReserve(texts, offset, std::strlen(text) + 1)) {
+    SetText(texts, value, offset, UnescapeString(texts.bytes + offset, text));
+  }
+}
+
+void PushDate(const char *text, Value *value) {
+  NumberValue date = {};
+  if (DateFromText(&date, text) == 0) {
+    WRENNumSetNull(&date);
+  }
+  SetPacked(value, &date);
+}

@@ -1,0 +1,107 @@
+// The compiled form of an expression: a flat program in postfix order.
+//
+// A program is one heap block. It is made from the tree when the expression is evaluated for the
+// first time, belongs to the expression and goes with its tree. Instructions are sequences of
+// words; the first tells the operation, and names are bound: the words behind it hold what the name
+// stands for as long as the context's generation is that of the program.
+#ifndef ORLI11_EVALUATION_PROGRAM_H
+#define ORLI11_EVALUATION_PROGRAM_H
+
+#include <cstdint>
+
+#include "functions/built_in.h"
+#include "orli11.h"
+
+struct ExprNode;
+struct Expression;
+
+enum class Operation : uint8_t {
+  End,           // the value on top of the stack is the program's
+  NoValue,       // push none: a node that there is no rule for
+  SmallNumber,   // push the 32-bit operand
+  Number,        // push a number: coefficient (2 words), exponent
+  PackedNumber,  // push 13 bytes (2 words)
+  Constant,      // a constant part: as Number, and go on `operand` words further; with operator
+                 // callbacks go on behind the words, where the part is computed
+  Text,          // push a text: address, length
+  EscapedText,   // push a text without its escapes: address
+  Date,          // push the date of a text: address
+  NumberInput,   // push the value of an input item: node, routine, name
+  DateInput,
+  TextInput,
+  OtherInput,
+  Formula,       // push the value of a named formula: node, expression
+  Call,          // resolve a function: node, row, built-in routine, arguments and length
+  NextArgument,  // `detail`: its place. In both, `operand` is the way past the argument: node
+  Invoke,        // call the function with the `operand` values on top of its frame
+  Add,           // ORDER ARITHMETIC
+  Subtract,
+  Multiply,
+  Divide,
+  MoveDate,  // `detail`: the unit, `operand`: '+' or '-'
+  SubtractDates,
+  Concatenate,
+  Nothing  // the head of a constant part that cannot be folded, as long as Constant
+};
+
+struct Instruction {
+  Operation operation;
+  uint8_t type;  // of the node
+  uint16_t detail;
+  int32_t operand;
+};
+
+union Word {
+  Instruction instruction;
+  uint64_t bits;
+  const char *text;
+  ExprNode *node;
+  ExprItem *row;
+  void *routine;
+  const BuiltIn *builtIn;
+  Expression *expression;
+  struct {
+    uint32_t arguments;  // values that are pushed for the call
+    uint32_t length;     // words from the Call to behind its Invoke
+  } call;
+};
+static_assert(sizeof(Word) == 8);
+
+// Words behind the first one of an instruction.
+enum InputWord { kInputNode = 1, kInputRoutine, kInputName, kInputEnd };
+enum FormulaWord { kFormulaNode = 1, kFormulaExpression, kFormulaEnd };
+enum CallWord { kCallNode = 1, kCallRow, kCallBuiltIn, kCallShape, kCallEnd };
+enum ArgumentWord { kArgumentNode = 1, kArgumentEnd };
+enum NumberWord { kNumberLow = 1, kNumberHigh, kNumberExponent, kNumberEnd };
+
+struct Program {
+  EC context;           // whose names the program is bound to
+  uint64_t generation;  // of the context when all names were bound
+  uint32_t depth;       // values that it pushes at most
+  uint32_t length;      // words of code, which follow
+};
+
+inline Word *ProgramCode(Program *program) {
+  return reinterpret_cast<Word *>(program + 1);
+}
+
+// The program of an expression that has a tree, with its names bound; null when out of memory.
+Program *BoundProgram(EC ec, Expression *expression);
+
+// Compiles a tree; null when out of memory. The caller owns the block.
+Program *CompileTree(const ExprNode *tree);
+
+// Bind the name of one instruction to what it stands for now.
+void BindInput(EC ec, Word *code);
+void BindFormula(EC ec, Word *code);
+void BindCall(EC ec, Word *code);
+
+// Words of an instruction.
+uint32_t InstructionLength(Operation operation);
+
+// Copies a string literal without its escapes: a doubled quote and a quote behind a backslash
+// become one quote. `target` has room for the source. Returns the bytes written without the
+// terminator.
+uint32_t UnescapeString(char *target, const char *source);
+
+#endif

@@ -1,0 +1,35 @@
+#include "functions/value.h"
+
+namespace {
+
+// A block for at least `wanted` bytes with everything that is used; null when out of memory.
+char *LargerBuffer(TextBuffer &texts, uint64_t wanted, uint64_t size) {
+  if (size < wanted || size > UINT32_MAX) {
+    return nullptr;
+  }
+  if (texts.bytes != texts.first) {
+    return static_cast<char *>(WRENMemRealloc(texts.bytes, static_cast<uint32_t>(size)));
+  }
+  char *bytes = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size)));
+  if (bytes != nullptr) {
+    std::memcpy(bytes, texts.first, texts.used);
+  }
+  return bytes;
+}
+
+}  // namespace
+
+bool TextBufferGrow(TextBuffer &texts, uint64_t size) {
+  const uint64_t wanted = size + kTextSlack;
+  // Geometric growth, so that a long chain costs linear time; without memory for that the least.
+  char *bytes = LargerBuffer(texts, wanted, wanted + wanted / 2);
+  if (bytes == nullptr) {
+    bytes = LargerBuffer(texts, wanted, wanted);
+  }
+  if (bytes == nullptr) {
+    return false;
+  }
+  texts.bytes = bytes;
+  texts.size = WRENMemSize(bytes);
+  return true;
+}

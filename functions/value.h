@@ -1,0 +1,174 @@
+// Values while a formula is computed, and the bytes of its texts.
+#ifndef ORLI11_FUNCTIONS_VALUE_H
+#define ORLI11_FUNCTIONS_VALUE_H
+
+#include <cstdint>
+#include <cstring>
+
+#include "closed/wren/decimal.h"
+#include "orli11.h"
+#include "wreni11.h"
+
+enum class ValueForm : uint8_t {
+  None,    // the node cannot be computed; not the same as a null number
+  Number,  // an unpacked number
+  Packed,  // a NumberValue as it is: dates, nulls, and bytes that are not a number
+  Text,    // a text in the text buffer
+  Block,   // a heap block that the value owns and the engine only hands on
+  Name,    // the same, with the name of an argument by name
+  Frame    // the call whose arguments follow on the stack
+};
+
+// The payload of a NumberValue, in the pieces in which numbers are stored: loading a value in one
+// piece that was just stored in several stalls the processor.
+struct PackedNumber {
+  uint64_t low;   // payload bytes 4 to 11
+  uint32_t head;  // payload bytes 0 to 3
+  uint8_t length;
+};
+
+struct TextSpan {
+  uint32_t offset;  // in the text buffer
+  uint32_t length;  // without the terminator that follows
+};
+
+union Word;
+
+struct CallFrame {
+  Word *call;
+  ExprItem *row;  // as resolved before the arguments; null when it was removed meanwhile
+};
+
+struct Value {
+  union {
+    Int128 coefficient;
+    PackedNumber packed;
+    TextSpan text;
+    void *block;
+    CallFrame frame;
+  };
+  int32_t exponent;     // Number
+  uint32_t textsUsed;   // Frame: what the text buffer held before the arguments
+  uint32_t generation;  // Frame: of the context when the row was found, its lower half
+  ValueForm form;
+};
+
+inline Decimal NumberOf(const Value &value) {
+  return {value.coefficient, value.exponent};
+}
+inline void SetNumber(Value *value, const Decimal &number) {
+  value->coefficient = number.coefficient;
+  value->exponent = number.exponent;
+  value->form = ValueForm::Number;
+}
+inline void SetNull(Value *value) {
+  value->packed = {};
+  value->form = ValueForm::Packed;
+}
+inline void SetPacked(Value *value, const void *number) {
+  const uint8_t *bytes = static_cast<const uint8_t *>(number);
+  value->packed.length = bytes[0];
+  std::memcpy(&value->packed.head, bytes + 1, sizeof value->packed.head);
+  std::memcpy(&value->packed.low, bytes + 5, sizeof value->packed.low);
+  value->form = ValueForm::Packed;
+}
+// A number is kept unpacked, everything else as it is; in both forms the bytes can be restored.
+inline void SetNumberFrom(Value *value, const void *number) {
+  SetPacked(value, number);
+  Decimal d;
+  if (value->packed.length == kNumberLength &&
+      DecimalUnpack(value->packed.head, value->packed.low, &d)) [[likely]] {
+    SetNumber(value, d);
+  }
+}
+
+// Restores the NumberValue of a Number or Packed.
+inline void StoreValue(NumberValue *target, const Value &value) {
+  if (value.form == ValueForm::Number) {
+    DecimalStore(target, NumberOf(value));
+    return;
+  }
+  target->length = value.packed.length;
+  std::memcpy(target->payload, &value.packed.head, sizeof value.packed.head);
+  std::memcpy(target->payload + 4, &value.packed.low, sizeof value.packed.low);
+}
+
+inline bool IsNumberForm(ValueForm form) {
+  return form == ValueForm::Number || form == ValueForm::Packed;
+}
+inline bool IsNullNumber(const Value &value) {
+  return value.form == ValueForm::Packed && value.packed.length == 0;
+}
+
+// The texts of the values on the stack, in their order, each with a terminator. The bytes move when
+// the buffer grows.
+struct TextBuffer {
+  char *bytes;
+  uint32_t used;
+  uint32_t size;
+  alignas(16) char first[496];
+};
+
+inline void TextBufferBegin(TextBuffer &texts) {
+  texts.bytes = texts.first;
+  texts.used = 0;
+  texts.size = sizeof texts.first;
+}
+inline void TextBufferEnd(TextBuffer &texts) {
+  if (texts.bytes != texts.first) WRENMemFree(texts.bytes);
+}
+
+// Bytes that short copies may write and read behind a text.
+constexpr uint32_t kTextSlack = 16;
+
+// Grows the buffer to `size` bytes and slack; false when out of memory, with the buffer unchanged.
+bool TextBufferGrow(TextBuffer &texts, uint64_t size);
+
+// Makes room for `bytes` bytes at an offset.
+inline bool TextReserve(TextBuffer &texts, uint32_t offset, uint64_t bytes) {
+  const uint64_t wanted = offset + bytes;
+  return wanted + kTextSlack <= texts.size || TextBufferGrow(texts, wanted);
+}
+
+// Makes the bytes at an offset, up to `length`, the value's text and the last one of the buffer.
+inline void SetText(TextBuffer &texts, Value *value, uint32_t offset, uint32_t length) {
+  texts.bytes[offset + length] = '\0';
+  texts.used = offset + length + 1;
+  value->text = {offset, length};
+  value->form = ValueForm::Text;
+}
+
+// Makes a copy of `length` bytes the value's text, as the last one of the buffer. `source` is not
+// in the buffer. None when out of memory.
+inline void CopyTextInto(TextBuffer &texts, Value *value, const char *source, uint32_t length) {
+  const uint32_t offset = texts.used;
+  if (!TextReserve(texts, offset, uint64_t{length} + 1)) {
+    value->form = ValueForm::None;
+    return;
+  }
+  std::memcpy(texts.bytes + offset, source, length);
+  SetText(texts, value, offset, length);
+}
+
+// Moves up to 16 bytes, or all of a longer text, within the buffer.
+inline void MoveTextBytes(char *target, const char *source, uint32_t length) {
+  if (length > kTextSlack) {
+    std::memmove(target, source, length);
+    return;
+  }
+  uint64_t words[2];
+  std::memcpy(words, source, sizeof words);
+  std::memcpy(target, words, sizeof words);
+}
+
+// Releases what a value holds that is on top of the stack.
+inline void DropValue(TextBuffer &texts, Value *value) {
+  if (value->form == ValueForm::Text) {
+    texts.used = value->text.offset;
+  } else if (value->form == ValueForm::Block || value->form == ValueForm::Name) {
+    WRENMemFree(value->block);
+  }
+  value->form = ValueForm::None;
+}
+
+#endif
