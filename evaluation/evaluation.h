@@ -31,13 +31,7 @@ struct Evaluation {
 const Value *EvaluationRun(Evaluation &run, EC ec, HEXP exp);
 void EvaluationEnd(Evaluation &run);
 
-// ---- Host routines ----
-
-// Push the value of an input item, in a block of its kind; None where there is none.
-void NumberInputValue(Evaluation &run, const Word *code, Value *value);
-void DateInputValue(Evaluation &run, const Word *code, Value *value);
-void TextInputValue(Evaluation &run, const Word *code, Value *value);
-void OtherInputValue(Evaluation &run, const Word *code, Value *value);
+// ---- Calls ----
 
 // Begins a call: its frame takes the place of the value. False when there is no routine to call,
 // with None in that place.

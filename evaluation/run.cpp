@@ -2,8 +2,11 @@
 // own, so that neither the depth of a formula nor the length of a chain of formulas costs C stack.
 #include "evaluation/arithmetic.h"
 #include "evaluation/evaluation.h"
+#include "evaluation/host_block.h"
 
 namespace {
+
+constexpr int32_t kOtherType = 3;  // of the host's own
 
 // Enters an expression: its program, with room for its values; null where it cannot be computed.
 Program *EnterExpression(Evaluation &run, Expression *expression, uint32_t values, Program *program,
@@ -65,28 +68,28 @@ void RunProgram(Evaluation &run, Program *program) {
         if (program->generation != run.ec->generation) [[unlikely]] {
           BindInput(run.ec, code);
         }
-        NumberInputValue(run, code, ++top);
+        InputValue<ORL_TYPE_NUMBER>(run, code, ++top);
         code += kInputEnd;
         break;
       case Operation::DateInput:
         if (program->generation != run.ec->generation) {
           BindInput(run.ec, code);
         }
-        DateInputValue(run, code, ++top);
+        InputValue<ORL_TYPE_DATE>(run, code, ++top);
         code += kInputEnd;
         break;
       case Operation::TextInput:
         if (program->generation != run.ec->generation) {
           BindInput(run.ec, code);
         }
-        TextInputValue(run, code, ++top);
+        InputValue<ORL_TYPE_STRING>(run, code, ++top);
         code += kInputEnd;
         break;
       case Operation::OtherInput:
         if (program->generation != run.ec->generation) {
           BindInput(run.ec, code);
         }
-        OtherInputValue(run, code, ++top);
+        InputValue<kOtherType>(run, code, ++top);
         code += kInputEnd;
         break;
       case Operation::SmallNumber:

@@ -36,7 +36,7 @@ inline const Value *ArgumentOf(const InnerCall &call, uint32_t place, ValueForm 
 
 inline TextSpan TextOf(const InnerCall &call, uint32_t place) {
   const Value *value = ArgumentOf(call, place, ValueForm::Text);
-  return value == nullptr ? TextSpan{call.texts.used, 0} : value->text;
+  return value == nullptr ? TextSpan{call.texts.used, 0} : SpanOf(*value);
 }
 
 // Whether the argument holds a number; bytes that are not one count as null.

@@ -53,6 +53,11 @@ struct Value {
   ValueForm form;
 };
 
+// Piece by piece, as spans are stored.
+inline TextSpan SpanOf(const Value &value) {
+  return {value.text.offset, value.text.length};
+}
+
 inline Decimal NumberOf(const Value &value) {
   return {value.coefficient, value.exponent};
 }
@@ -134,7 +139,8 @@ inline bool TextReserve(TextBuffer &texts, uint32_t offset, uint64_t bytes) {
 inline void SetText(TextBuffer &texts, Value *value, uint32_t offset, uint32_t length) {
   texts.bytes[offset + length] = '\0';
   texts.used = offset + length + 1;
-  value->text = {offset, length};
+  value->text.offset = offset;
+  value->text.length = length;
   value->form = ValueForm::Text;
 }
 

@@ -1,139 +1,13 @@
-// Calls of value routines and function routines, with the blocks that they write into.
-//
-// A block of each size waits in the context for the next routine. It is taken while a routine runs,
-// so that an evaluation inside the routine gets another one, and is kept for the next as long as
-// the host hands the same one back.
+// Calls of functions: the host's and those that are built in.
 #include <algorithm>
 #include <cstring>
 
-#include "closed/wren/block.h"
-#include "engine/host_call.h"
 #include "engine/items.h"
 #include "evaluation/evaluation.h"
+#include "evaluation/host_block.h"
 #include "language/tree.h"
 
 namespace {
-
-constexpr uint32_t kNumberBlockSize = sizeof(NumberValue);
-constexpr uint32_t kTextBlockSize = 50;
-
-// A zeroed block of the size; null when out of memory.
-template <uint32_t size>
-inline void *TakeBlock(void *&waiting) {
-  void *block = waiting;
-  if (block == nullptr) [[unlikely]] {
-    return WRENMemAlloc(size);
-  }
-  waiting = nullptr;
-  std::memset(block, 0, size);
-  return block;
-}
-
-template <uint32_t size>
-inline void ReleaseBlock(void *&waiting, void *block) {
-  if (waiting == nullptr && block != nullptr && BlockSize(block) == size) [[likely]] {
-    waiting = block;
-  } else {
-    WRENMemFree(block);
-  }
-}
-
-// Calls `routine` with a block of the size and hands the block that the routine leaves to `accept`.
-// The value is None, and `accept` is not called, when the routine fails or throws.
-template <uint32_t size, class Routine, class Accept>
-inline void CallWithBlock(void *&waiting, Value *value, Routine routine, Accept accept) {
-  value->form = ValueForm::None;
-  void *block = TakeBlock<size>(waiting);
-  if (block == nullptr) {
-    return;
-  }
-  void *filled = block;
-  const int32_t done = CallHost([&] { return routine(static_cast<int32_t>(size), &filled); });
-  if (done != 0 && filled != nullptr) [[likely]] {
-    accept(filled);
-  }
-  ReleaseBlock<size>(waiting, filled);
-}
-
-// The routine may have put another block in the place of the one that it was given, of any size:
-// nothing beyond it is read.
-inline void AcceptNumber(const void *block, Value *value) {
-  if (BlockSize(block) >= kNumberBlockSize) {
-    SetNumberFrom(value, block);
-  }
-}
-
-inline void AcceptPacked(const void *block, Value *value) {
-  if (BlockSize(block) >= kNumberBlockSize) {
-    SetPacked(value, block);
-  }
-}
-
-// A text without a terminator ends with the block's last byte.
-void AcceptText(TextBuffer &texts, const void *block, Value *value) {
-  const uint32_t size = BlockSize(block);
-  if (size == 0) {
-    return;
-  }
-  const void *end = std::memchr(block, 0, size);
-  const char *text = static_cast<const char *>(block);
-  const uint32_t length =
-      end == nullptr ? size - 1 : static_cast<uint32_t>(static_cast<const char *>(end) - text);
-  CopyTextInto(texts, value, text, length);
-}
-
-// A block of a host's own type, which becomes the value's.
-template <class Routine>
-void CallForBlock(Value *value, Routine routine) {
-  value->form = ValueForm::None;
-  void *block = WRENMemAlloc(kTextBlockSize);
-  if (block == nullptr) {
-    return;
-  }
-  const int32_t done =
-      CallHost([&] { return routine(static_cast<int32_t>(kTextBlockSize), &block); });
-  if (done != 0 && block != nullptr && BlockSize(block) != 0) {
-    value->block = block;
-    value->form = ValueForm::Block;
-  } else {
-    WRENMemFree(block);
-  }
-}
-
-// Calls a routine that takes a size and a block, and takes over the value by its type.
-template <class Routine>
-void CallForType(Evaluation &run, int32_t type, Value *value, Routine routine) {
-  switch (type) {
-    case ORL_TYPE_NUMBER:
-      CallWithBlock<kNumberBlockSize>(run.ec->numberBlock, value, routine,
-                                      [=](const void *block) { AcceptNumber(block, value); });
-      break;
-    case ORL_TYPE_DATE:
-      CallWithBlock<kNumberBlockSize>(run.ec->numberBlock, value, routine,
-                                      [=](const void *block) { AcceptPacked(block, value); });
-      break;
-    case ORL_TYPE_STRING:
-      CallWithBlock<kTextBlockSize>(run.ec->textBlock, value, routine, [&](const void *block) {
-        AcceptText(run.texts, block, value);
-      });
-      break;
-    default:
-      CallForBlock(value, routine);
-  }
-}
-
-template <int32_t type>
-inline void InputValue(Evaluation &run, const Word *code, Value *value) {
-  const auto routine = reinterpret_cast<OrlValueProc>(code[kInputRoutine].routine);
-  if (routine == nullptr) {
-    value->form = ValueForm::None;
-    return;
-  }
-  const char *name = code[kInputName].text;
-  CallForType(run, type, value, [&](int32_t size, void **block) {
-    return routine(run.ec, run.expression, size, block, name);
-  });
-}
 
 // ---- Calls ----
 
@@ -169,7 +43,7 @@ void ArgumentsEnd(Arguments &arguments) {
 
 // Turns a text into a block: a host may do with it what it may do with any block.
 void MakeTextBlock(const TextBuffer &texts, Value *value) {
-  const TextSpan span = value->text;
+  const TextSpan span = SpanOf(*value);
   void *block = WRENMemAlloc(span.length + 1);
   value->form = ValueForm::None;
   if (block != nullptr) {
@@ -264,19 +138,6 @@ void PushName(const ExprNode *argument, Value *value) {
 
 }  // namespace
 
-void NumberInputValue(Evaluation &run, const Word *code, Value *value) {
-  InputValue<ORL_TYPE_NUMBER>(run, code, value);
-}
-void DateInputValue(Evaluation &run, const Word *code, Value *value) {
-  InputValue<ORL_TYPE_DATE>(run, code, value);
-}
-void TextInputValue(Evaluation &run, const Word *code, Value *value) {
-  InputValue<ORL_TYPE_STRING>(run, code, value);
-}
-void OtherInputValue(Evaluation &run, const Word *code, Value *value) {
-  InputValue<3>(run, code, value);
-}
-
 bool BeginCall(Evaluation &run, Word *code, Value *frame) {
   if (code[kCallRow].row == nullptr) {
     frame->form = ValueForm::None;
@@ -308,31 +169,31 @@ void InvokeCall(Evaluation &run, Value *frame, uint32_t count) {
   const Word *call = frame->frame.call;
   Value *args = frame + 1;
   const uint32_t textsUsed = frame->textsUsed;
-  Value result;
-  result.form = ValueForm::None;
+  const bool unchanged = IsUnchanged(run, frame);
   CheckRow(run, frame);
   const ExprItem *row = frame->frame.row;
-  const BuiltIn *builtIn = IsUnchanged(run, frame) ? call[kCallBuiltIn].builtIn : nullptr;
+  const BuiltIn *builtIn = unchanged ? call[kCallBuiltIn].builtIn : nullptr;
+  Value *result = frame;
+  result->form = ValueForm::None;
   if (builtIn != nullptr && builtIn->inner != nullptr) {
-    InnerCall inner = {run.texts, args, count, &result};
+    InnerCall inner = {run.texts, args, count, result};
     builtIn->inner(inner);
   } else if (row != nullptr && row->routine != nullptr && TakesNamesAlike(row, args, count)) {
-    CallRoutine(run, {call, row, builtIn == nullptr}, args, count, &result);
+    CallRoutine(run, {call, row, builtIn == nullptr}, args, count, result);
   }
   for (uint32_t i = 0; i < count; i++) {
     if (args[i].form == ValueForm::Block || args[i].form == ValueForm::Name) {
       WRENMemFree(args[i].block);
     }
   }
-  if (result.form == ValueForm::Text) {
+  if (result->form == ValueForm::Text) {
     // Down to where the arguments' texts began.
-    const TextSpan span = result.text;
+    const TextSpan span = SpanOf(*result);
     if (span.offset != textsUsed) {
       MoveTextBytes(run.texts.bytes + textsUsed, run.texts.bytes + span.offset, span.length);
+      SetText(run.texts, result, textsUsed, span.length);
     }
-    SetText(run.texts, &result, textsUsed, span.length);
   } else {
     run.texts.used = textsUsed;
   }
-  *frame = result;
 }

@@ -1,0 +1,137 @@
+// The blocks that the host's routines write into, and the value routines of input items.
+//
+// A block of each size waits in the context for the next routine. It is taken while a routine runs,
+// so that an evaluation inside the routine gets another one, and is kept for the next as long as
+// the host hands the same one back.
+#ifndef ORLI11_EVALUATION_HOST_BLOCK_H
+#define ORLI11_EVALUATION_HOST_BLOCK_H
+
+#include <cstring>
+
+#include "closed/wren/block.h"
+#include "engine/host_call.h"
+#include "evaluation/evaluation.h"
+
+constexpr uint32_t kNumberBlockSize = sizeof(NumberValue);
+constexpr uint32_t kTextBlockSize = 50;
+
+// A zeroed block of the size; null when out of memory.
+template <uint32_t size>
+inline void *TakeBlock(void *&waiting) {
+  void *block = waiting;
+  if (block == nullptr) [[unlikely]] {
+    return WRENMemAlloc(size);
+  }
+  waiting = nullptr;
+  std::memset(block, 0, size);
+  return block;
+}
+
+template <uint32_t size>
+inline void ReleaseBlock(void *&waiting, void *block) {
+  if (waiting == nullptr && block != nullptr && BlockSize(block) == size) [[likely]] {
+    waiting = block;
+  } else {
+    WRENMemFree(block);
+  }
+}
+
+// Calls `routine` with a block of the size and hands the block that the routine leaves to `accept`.
+// The value is None, and `accept` is not called, when the routine fails or throws.
+template <uint32_t size, class Routine, class Accept>
+inline void CallWithBlock(void *&waiting, Value *value, Routine routine, Accept accept) {
+  value->form = ValueForm::None;
+  void *block = TakeBlock<size>(waiting);
+  if (block == nullptr) {
+    return;
+  }
+  void *filled = block;
+  const int32_t done = CallHost([&] { return routine(static_cast<int32_t>(size), &filled); });
+  if (done != 0 && filled != nullptr) [[likely]] {
+    accept(filled);
+  }
+  ReleaseBlock<size>(waiting, filled);
+}
+
+// The routine may have put another block in the place of the one that it was given, of any size:
+// nothing beyond it is read.
+inline void AcceptNumber(const void *block, Value *value) {
+  if (BlockSize(block) >= kNumberBlockSize) {
+    SetNumberFrom(value, block);
+  }
+}
+
+inline void AcceptPacked(const void *block, Value *value) {
+  if (BlockSize(block) >= kNumberBlockSize) {
+    SetPacked(value, block);
+  }
+}
+
+// A text without a terminator ends with the block's last byte.
+inline void AcceptText(TextBuffer &texts, const void *block, Value *value) {
+  const uint32_t size = BlockSize(block);
+  if (size == 0) {
+    return;
+  }
+  const void *end = std::memchr(block, 0, size);
+  const char *text = static_cast<const char *>(block);
+  const uint32_t length =
+      end == nullptr ? size - 1 : static_cast<uint32_t>(static_cast<const char *>(end) - text);
+  CopyTextInto(texts, value, text, length);
+}
+
+// A block of a host's own type, which becomes the value's.
+template <class Routine>
+void CallForBlock(Value *value, Routine routine) {
+  value->form = ValueForm::None;
+  void *block = WRENMemAlloc(kTextBlockSize);
+  if (block == nullptr) {
+    return;
+  }
+  const int32_t done =
+      CallHost([&] { return routine(static_cast<int32_t>(kTextBlockSize), &block); });
+  if (done != 0 && block != nullptr && BlockSize(block) != 0) {
+    value->block = block;
+    value->form = ValueForm::Block;
+  } else {
+    WRENMemFree(block);
+  }
+}
+
+// Calls a routine that takes a size and a block, and takes over the value by its type.
+template <class Routine>
+inline void CallForType(Evaluation &run, int32_t type, Value *value, Routine routine) {
+  switch (type) {
+    case ORL_TYPE_NUMBER:
+      CallWithBlock<kNumberBlockSize>(run.ec->numberBlock, value, routine,
+                                      [=](const void *block) { AcceptNumber(block, value); });
+      break;
+    case ORL_TYPE_DATE:
+      CallWithBlock<kNumberBlockSize>(run.ec->numberBlock, value, routine,
+                                      [=](const void *block) { AcceptPacked(block, value); });
+      break;
+    case ORL_TYPE_STRING:
+      CallWithBlock<kTextBlockSize>(run.ec->textBlock, value, routine, [&](const void *block) {
+        AcceptText(run.texts, block, value);
+      });
+      break;
+    default:
+      CallForBlock(value, routine);
+  }
+}
+
+// Sets the value of an input item, in a block of its kind; None where there is none.
+template <int32_t type>
+inline void InputValue(Evaluation &run, const Word *code, Value *value) {
+  const auto routine = reinterpret_cast<OrlValueProc>(code[kInputRoutine].routine);
+  if (routine == nullptr) {
+    value->form = ValueForm::None;
+    return;
+  }
+  const char *name = code[kInputName].text;
+  CallForType(run, type, value, [&](int32_t size, void **block) {
+    return routine(run.ec, run.expression, size, block, name);
+  });
+}
+
+#endif
