@@ -1,5 +1,7 @@
 #include "language/scan_checks.h"
 
+#include "closed/wren/utf8.h"
+#include "platform/name_character.h"
 #include "platform/text.h"
 #include "wreni11.h"
 
@@ -35,6 +37,7 @@ int32_t AnswerAtStop(const char *text, int32_t length, int32_t stop, bool call, 
 
 int32_t CheckName(const char *text, int32_t length, bool call) {
   const bool doubleByte = WRENIsDoubleByte() != 0;
+  const bool utf8 = ActiveCodePage() == kCodePageUtf8;
   bool quoted = false;
   int32_t at = 0;
   while (at < length) {
@@ -47,6 +50,12 @@ int32_t CheckName(const char *text, int32_t length, bool call) {
       if (at == length - 1) return at;
       at++;
       if (!IsTrailByte(ByteAt(text, at))) return at;
+    } else if (utf8 && byte >= 0x80) {
+      // Bytes that are no sequence are taken one by one, as characters without a meaning.
+      uint32_t codePoint = 0;
+      const size_t bytes = DecodeUtf8(text + at, &codePoint);
+      if (bytes != 0 && !quoted && !IsNameCharacter(codePoint)) return at;
+      at += bytes != 0 ? static_cast<int32_t>(bytes) - 1 : 0;
     } else {
       const bool known = (doubleByte ? WRENIsDigit(byte) : IsCharAlphaA(text[at])) != 0;
       if (!known && !quoted) return AnswerAtStop(text, length, at, call, doubleByte);

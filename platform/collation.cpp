@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <iterator>
 
+#include "closed/wren/utf8.h"
 #include "platform/text.h"
 #include "wreni11.h"
 
@@ -154,10 +155,8 @@ uint32_t CharCode(const char *bytes, size_t count, int32_t page) {
   if (page == kCodePage932) {
     return uint32_t{first} << 8 | static_cast<uint8_t>(bytes[1]);
   }
-  uint32_t code = first & (0x7FU >> count);
-  for (size_t index = 1; index < count; ++index) {
-    code = code << 6 | (static_cast<uint8_t>(bytes[index]) & 0x3FU);
-  }
+  uint32_t code = 0;
+  DecodeUtf8(bytes, &code);
   return code;
 }
 

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "closed/wren/casemap_table.h"
+#include "closed/wren/utf8.h"
 
 namespace {
 

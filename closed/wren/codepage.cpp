@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "closed/wren/utf8.h"
 #include "wreni11.h"
 
 namespace {
@@ -44,10 +45,6 @@ uint8_t ByteAt(const char *text, size_t index) {
   return static_cast<uint8_t>(text[index]);
 }
 
-bool IsContinuation(uint8_t byte) {
-  return (byte & 0xC0) == 0x80;
-}
-
 // A byte as a caller has it, from 0 to 255 or as a signed char; -1 for any other number.
 int32_t ByteValue(int32_t byte) {
   if (byte < -128 || byte > 255) {
@@ -60,48 +57,6 @@ int32_t ByteValue(int32_t byte) {
 
 CodePage CodePageNow() {
   return activePage.load(std::memory_order_relaxed);
-}
-
-// The well-formed sequences are those of the Unicode standard's table of UTF-8 byte sequences: the
-// first byte tells the length, and the bounds of the second one shut out what is overlong, a
-// surrogate or too large.
-size_t DecodeUtf8(const char *text, uint32_t *codePoint) {
-  const uint8_t first = ByteAt(text, 0);
-  if (first < 0x80) {
-    *codePoint = first;
-    return 1;
-  }
-  if (first < 0xC2 || first > 0xF4) {
-    return 0;
-  }
-  const uint8_t second = ByteAt(text, 1);
-  const uint8_t lowest = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
-  const uint8_t highest = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
-  if (second < lowest || second > highest) {
-    return 0;
-  }
-  const size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-  uint32_t point = (first & (0x7FU >> length)) << 6 | (second & 0x3FU);
-  for (size_t index = 2; index < length; ++index) {
-    const uint8_t next = ByteAt(text, index);  // behind a byte that is not the terminator
-    if (!IsContinuation(next)) {
-      return 0;
-    }
-    point = point << 6 | (next & 0x3FU);
-  }
-  *codePoint = point;
-  return length;
-}
-
-size_t EncodeUtf8(uint32_t codePoint, char *target) {
-  constexpr uint8_t kMarks[5] = {0, 0x00, 0xC0, 0xE0, 0xF0};
-  const size_t length = codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
-  for (size_t index = length - 1; index > 0; --index) {
-    target[index] = static_cast<char>(0x80 | (codePoint & 0x3F));
-    codePoint >>= 6;
-  }
-  target[0] = static_cast<char>(kMarks[length] | codePoint);
-  return length;
 }
 
 uint32_t CodePointOf1252(uint8_t byte) {

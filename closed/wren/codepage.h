@@ -23,13 +23,6 @@ constexpr bool IsLeadByte932(uint8_t byte) {
   return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
 }
 
-// Bytes of the valid UTF-8 sequence at the address, 1 to 4, with its code point; 0 when there is
-// none. Overlong forms, surrogates and numbers above 10FFFF are not valid.
-size_t DecodeUtf8(const char *text, uint32_t *codePoint);
-
-// Writes the UTF-8 form of a code point (up to 10FFFF, no surrogate); returns its bytes, 1 to 4.
-size_t EncodeUtf8(uint32_t codePoint, char *target);
-
 // The code point of a byte of code page 1252; bytes without a character stand for themselves.
 uint32_t CodePointOf1252(uint8_t byte);
 

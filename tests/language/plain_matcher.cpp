@@ -5,7 +5,9 @@
 #include <cstring>
 #include <string_view>
 
+#include "closed/wren/utf8.h"
 #include "functions/date_text.h"
+#include "platform/name_character.h"
 #include "platform/text.h"
 
 namespace {
@@ -191,8 +193,11 @@ struct Run {
     for (size_t i = 0; i < text.size(); i++) {
       const char byte = text[i];
       const bool last = i + 1 == text.size();
-      const bool other =
-          DoubleByte() ? WRENIsDigit(static_cast<uint8_t>(byte)) != 0 : IsCharAlphaA(byte) != 0;
+      uint32_t point = 0;
+      const size_t bytes = input.codePage == 65001 ? DecodeUtf8(&text[i], &point) : 0;
+      const bool other = bytes > 1      ? IsNameCharacter(point)
+                         : DoubleByte() ? WRENIsDigit(static_cast<uint8_t>(byte)) != 0
+                                        : IsCharAlphaA(byte) != 0;
       if (In("\"`", byte)) {
         quoted = !quoted;
       } else if (DoubleByte() && In(kLead, byte)) {
@@ -200,6 +205,8 @@ struct Run {
       } else if (!quoted && !other && !In("A-Za-z0-9@#$_.", byte)) {
         if (call && In(" (", byte)) return kGood;
         return !DoubleByte() && last && byte == '|' ? kRefuse : static_cast<int>(i);
+      } else if (bytes > 1) {
+        i += bytes - 1;
       }
     }
     return kGood;

@@ -140,6 +140,11 @@ TEST(Scanner, KnowsTheCodePagesLetters) {
       {{932, "'\x81\\'||''"}, "STRING@0+4:\x81\\ CONCAT@4+2 STRING@6+2"},
       {{932, "'a\\'"}, "BAD@0+1 IDENT@1+1:a BAD@2+1 BAD@3+1"},
       {{65001, "\xC3\x80x||\xE3\x80\x85;"}, "IDENT@0+3:\xC3\x80x CONCAT@3+2 IDENT@5+3:\xE3\x80\x85 BAD@8+1"},
+      // What looks like a blank, a sign or a quote, or like nothing, is in no name but a quoted one.
+      {{65001, "a\xC2\xA0+1"}, "BAD@1+1 +@3+1 NUMBER@4+1"},
+      {{65001, "a1\xE2\x88\x92(1)"}, "BAD@2+1 NUMBER@6+1 )@7+1"},
+      {{65001, "\xEF\xBB\xBFx"}, "BAD@0+1"},
+      {{65001, "\"\xC2\xA0\" \xE0\xA4\x95\xE2\x80\x8D"}, "IDENT@0+4:\"\xC2\xA0\" IDENT@5+6:\xE0\xA4\x95\xE2\x80\x8D"},
   });
 }
 
@@ -169,7 +174,7 @@ const char *const kPieces[] = {
     "\t", "\n", "\r", "(", " (", ")", "*", "%", "<", "=", "{", "|", "||", ";", "'", "'", "''",
     "'a'", "\\'", "'\\'", "\"", "\"a b\"", "`", "`x`", "?", "\x7F", "\x01", "\x80", "\x81",
     "\x81\\", "\x81'", "\x81|", "\x83\x80", "\x9F", "\xA0", "\xB1", "\xDF", "\xC3\x80", "\xC3\xA9",
-    "\xE3\x81\x82", "\xE2\x82\xAC", "\xE9", "\xE9|", "\xE9`", "\xFC\xFC", "\xFD", "\xFF"};
+    "\xE3\x81\x82", "\xE2\x82\xAC", "\xC2\xA0", "\xE2\x80\x93", "\xE2\x80\x99", "\xEF\xBB\xBF", "\xE9", "\xE9|", "\xE9`", "\xFC\xFC", "\xFD", "\xFF"};
 // Alphabets of single bytes, each for the close quarters of some rules.
 const std::string_view kAlphabets[] = {
     "11  .:/-,abJm+(\t", "1 abc, .:/-", "'''\\\\a\x81\x83 |", "aB1..\"\"``\xE9\x81\x9F||( @",

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "platform/name_character.h"
 #include "tests/wren/text_model.h"
 #include "wreni11.h"
 
@@ -117,6 +118,26 @@ TEST(PlatformTextTest, CharactersAndCodePage) {
   EXPECT_STREQ("", lstrcatA(lstrcpyA(target, nullptr), nullptr));
   EXPECT_EQ(target, CharNextA(target)) << "the terminator stays";
   EXPECT_EQ(0, lstrlenA(nullptr));
+}
+
+// Python tells the categories of the Unicode character data; it knows neither the properties Dash
+// and Quotation_Mark, whose other members stand here, nor the characters of later versions.
+TEST(NameCharacter, EveryCharacterIsWhatPythonSays) {
+  const std::vector<std::string> lines = LinesOf(R"(python3 -c '
+from unicodedata import category
+others = [0x85, 0x201A, 0x201E, 0x2053, 0x207B, 0x208B, 0x2212, 0x2E42, 0x300C, 0x300D, 0x300E,
+          0x300F, 0x301D, 0x301E, 0x301F, 0xFE41, 0xFE42, 0xFE43, 0xFE44, 0xFF02, 0xFF07, 0xFF62,
+          0xFF63]
+for code in range(0x80, 0x110000):
+    kind = category(chr(code))
+    marks = kind in ("Zs", "Zl", "Zp", "Pd", "Pi", "Pf", "Cf") or code in others
+    print("?" if kind == "Cn" else "no" if marks and code not in (0x200C, 0x200D) else "yes")
+')");
+  ASSERT_EQ(lines.size(), 0x110000U - 0x80);
+  for (uint32_t code = 0x80; code < 0x110000; ++code) {
+    const char first = lines[code - 0x80][0];
+    EXPECT_TRUE(first == '?' || IsNameCharacter(code) == (first == 'y')) << std::hex << code;
+  }
 }
 
 }  // namespace
