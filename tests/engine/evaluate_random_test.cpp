@@ -1,0 +1,255 @@
+// Random formulas, computed by the engine in one piece and operation by operation through the
+// exported routines, which take packed values and blocks: both give the same bytes.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "evaluation/date_arithmetic.h"
+#include "pavni11.h"
+#include "support/context.h"
+
+namespace {
+
+// A formula with its value.
+struct Sample {
+  std::string formula;
+  NumberValue number = {};
+  std::string text;
+};
+
+struct Generator {
+  std::mt19937 random{1};
+  std::vector<Sample> numbers, dates, texts;  // the input items
+
+  size_t Below(size_t end) { return random() % end; }
+  const Sample &Item(const std::vector<Sample> &items) { return items[Below(items.size())]; }
+  Sample Number(int depth);
+  Sample Date(int depth);
+  Sample Text(int depth);
+};
+
+using Routine = OrlFunctionProc;
+
+// Calls a routine as the engine calls one of the host.
+Sample Call(const char *name, Routine routine, bool text, std::vector<Sample> args,
+            const std::string &types) {
+  Sample result;
+  std::vector<void *> entries;
+  result.formula = std::string(name) + "(";
+  for (size_t i = 0; i < args.size(); ++i) {
+    result.formula += (i == 0 ? "" : ", ") + args[i].formula;
+    entries.push_back(types[i] == 't' ? static_cast<void *>(args[i].text.data())
+                                      : static_cast<void *>(&args[i].number));
+  }
+  result.formula += ")";
+  const int32_t size = text ? 50 : 13;
+  void *block = ORLMemAlloc(static_cast<uint32_t>(size));
+  EXPECT_EQ(routine(nullptr, nullptr, size, &block, name, entries.data()), 1) << result.formula;
+  if (text) {
+    result.text = static_cast<char *>(block);
+  } else {
+    std::memcpy(&result.number, block, sizeof result.number);
+  }
+  ORLMemFree(block);
+  return result;
+}
+
+Sample Operation(Sample left, char op, Sample right) {
+  Sample result;
+  result.formula = "(" + left.formula + " " + op + " " + right.formula + ")";
+  if (left.number.length == 0) WRENNumSetZero(&left.number);
+  if (right.number.length == 0) WRENNumSetZero(&right.number);
+  const NumberValue *a = &left.number;
+  const NumberValue *b = &right.number;
+  if (op == '/' && (WRENNumIsZero(a) != 0 || WRENNumIsZero(b) != 0)) {
+    WRENNumSetZero(&result.number);
+  } else {
+    const auto compute = op == '+'   ? WRENNumAdd
+                         : op == '-' ? WRENNumSub
+                         : op == '*' ? WRENNumMul
+                                     : WRENNumDiv;
+    compute(&result.number, a, b);
+  }
+  return result;
+}
+
+Sample Generator::Number(int depth) {
+  if (depth == 0) return Item(numbers);
+  const auto number = [&] { return Number(depth - 1); };
+  switch (Below(12)) {
+    case 0:
+      return Call("NumberRound", FUNNumberRound, false, {number(), number()}, "nn");
+    case 1:
+      return Call("NumberTruncate", FUNNumberTruncate, false, {number(), number()}, "nn");
+    case 2:
+      return Call("NumberAbsolute", FUNNumberAbsolute, false, {number()}, "n");
+    case 3:
+      return Call("NumberMod", FUNNumberMod, false, {number(), number()}, "nn");
+    case 4:
+      return Call("NumberIFF", FUNNumberIFF, false, {number(), number(), number(), number()},
+                  "nnnn");
+    case 5:
+      return Call("StrLength", FUNStrLength, false, {Text(depth - 1)}, "t");
+    case 6: {
+      static const std::pair<const char *, Routine> fields[] = {
+          {"DateYear", FUNDateYear}, {"DateMonth", FUNDateMonth},    {"DateDay", FUNDateDay},
+          {"DateHour", FUNDateHour}, {"DateMinute", FUNDateMinute},  {"DateSecond", FUNDateSecond},
+          {"WeekDay", FUNWeekDay},   {"DateQuarter", FUNDateQuarter}};
+      const auto &[name, routine] = fields[Below(std::size(fields))];
+      return Call(name, routine, false, {Date(depth - 1)}, "d");
+    }
+    case 7: {
+      const Sample left = Date(depth - 1);
+      const Sample right = Date(depth - 1);
+      Sample result;
+      result.formula = "(" + left.formula + " - " + right.formula + ")";
+      DateDifference(&result.number, &left.number, &right.number);
+      return result;
+    }
+    default: {
+      const Sample left = number();
+      return Operation(left, "+-*/"[Below(4)], number());
+    }
+  }
+}
+
+Sample Generator::Date(int depth) {
+  if (depth == 0) return Item(dates);
+  if (Below(3) == 0) {
+    const Sample selector = Number(depth - 1);
+    return Call("DateIFF", FUNDateIFF, false,
+                {selector, Date(depth - 1), Date(depth - 1), Date(depth - 1)}, "nddd");
+  }
+  static const std::pair<const char *, uint16_t> units[] = {
+      {"", kUnitNone},       {" MONTHS", kUnitMonth},   {" YEARS", kUnitYear},
+      {" HOURS", kUnitHour}, {" MINUTES", kUnitMinute}, {" SECONDS", kUnitSecond}};
+  const auto &[word, unit] = units[Below(std::size(units))];
+  const Sample date = Date(depth - 1);
+  Sample amount = Number(depth - 1);
+  const char op = "+-"[Below(2)];
+  Sample result;
+  result.formula = "(" + date.formula + " " + op + " " + amount.formula + word + ")";
+  if (amount.number.length == 0) WRENNumSetZero(&amount.number);
+  DateArithmetic(&result.number, &date.number, &amount.number, op, unit);
+  return result;
+}
+
+Sample Generator::Text(int depth) {
+  if (depth == 0) return Item(texts);
+  static const std::pair<const char *, Routine> whole[] = {
+      {"StrUpper", FUNStrUpper}, {"StrLower", FUNStrLower}, {"StrTrim", FUNStrTrim},
+      {"StrLTrim", FUNStrLTrim}, {"StrRTrim", FUNStrRTrim}, {"StrProper", FUNStrProper}};
+  static const std::pair<const char *, Routine> parts[] = {{"StrLeft", FUNStrLeft},
+                                                           {"StrRight", FUNStrRight}};
+  const auto text = [&] { return Text(depth - 1); };
+  const auto count = [&] { return Item(numbers); };
+  switch (Below(6)) {
+    case 0: {
+      const auto &[name, routine] = whole[Below(std::size(whole))];
+      return Call(name, routine, true, {text()}, "t");
+    }
+    case 1: {
+      const auto &[name, routine] = parts[Below(std::size(parts))];
+      return Call(name, routine, true, {text(), count()}, "tn");
+    }
+    case 2:
+      return Call("StrMid", FUNStrMid, true, {text(), count(), count()}, "tnn");
+    case 3:
+      return Call("StrIFF", FUNStrIFF, true, {count(), text(), text(), text()}, "nttt");
+    default: {
+      Sample left = text();
+      const Sample right = text();
+      left.formula = "(" + left.formula + " || " + right.formula + ")";
+      left.text += right.text;
+      return left;
+    }
+  }
+}
+
+Generator *generator = nullptr;
+
+int32_t ItemValue(EC, HEXP, int32_t size, void **value, const char *name) {
+  const size_t place = static_cast<size_t>(name[1] - '0');
+  if (name[0] == 't') {
+    return FUNStrVarResult(value, size, generator->texts[place].text.c_str());
+  }
+  const Sample &item = (name[0] == 'n' ? generator->numbers : generator->dates)[place];
+  std::memcpy(*value, &item.number, sizeof item.number);
+  return 1;
+}
+
+NumberValue DateOf(int32_t year, int32_t month, int32_t day, int32_t second) {
+  const DateTimeParts parts = {month, day, year, 23, 59, second, 999999};
+  NumberValue date = {};
+  date.length = static_cast<uint8_t>(PAVNDateToNumber(date.payload, &parts));
+  return date;
+}
+
+// Items whose values are of every kind, null and foreign bytes among them.
+void AddItems(EC ec) {
+  for (const char *number : {"2", "-3.50", "0", "1234.5", "12345678901234567890123456", "9e152",
+                             "-1e-128", "0.3333333333333333333333333", "7", "."}) {
+    Sample item;
+    item.formula = "n" + std::to_string(generator->numbers.size());
+    WRENNumFromText(&item.number, number);
+    if (number[0] == '7') std::memset(&item.number, 12, sizeof item.number);
+    generator->numbers.push_back(item);
+  }
+  for (const NumberValue &date : {DateOf(2024, 2, 29, 0),
+                                  DateOf(1, 1, 1, 59),
+                                  DateOf(9999, 12, 31, 59),
+                                  DateOf(1969, 7, 20, 17),
+                                  {}}) {
+    generator->dates.push_back({"d" + std::to_string(generator->dates.size()), date, ""});
+  }
+  for (const std::string &text :
+       {std::string(), std::string("  Ada Lovelace "), std::string("x\x81 \xE9\xC3\xA9 "),
+        std::string(60, 'm') + "\xE0 ", std::string("abcdefghijklmnopqrs")}) {
+    generator->texts.push_back({"t" + std::to_string(generator->texts.size()), {}, text});
+  }
+  for (const Sample &item : generator->numbers)
+    AddInput(ec, item.formula.c_str(), 0, 0, Address(&ItemValue));
+  for (const Sample &item : generator->dates)
+    AddInput(ec, item.formula.c_str(), 1, 0, Address(&ItemValue));
+  for (const Sample &item : generator->texts)
+    AddInput(ec, item.formula.c_str(), 2, 0, Address(&ItemValue));
+}
+
+TEST(EvaluateRandom, AgreesWithTheRoutinesOneByOne) {
+  Generator random;
+  generator = &random;
+  const OwnedContext context(ORLCreateEC(nullptr, nullptr, nullptr, 0));
+  FUNDefineFunctions(context.get());
+  AddItems(context.get());
+  for (int32_t page : {1252, 932, 65001}) {
+    WRENSetCodePage(page);
+    for (int i = 0; i < 6000; ++i) {
+      const int kind = i % 3;
+      const int depth = 1 + i % 4;
+      const Sample sample = kind == 0   ? random.Number(depth)
+                            : kind == 1 ? random.Date(depth)
+                                        : random.Text(depth);
+      HEXP exp = Make(context.get(), sample.formula);
+      if (kind == 2) {
+        std::string text(sample.text.size() + 1, '#');
+        ASSERT_EQ(ORLEvaluateExpression(context.get(), exp, static_cast<int32_t>(text.size()),
+                                        text.data()),
+                  1);
+        ASSERT_EQ(text, sample.text + '\0') << sample.formula << " in " << page;
+      } else {
+        NumberValue value;
+        ASSERT_EQ(ORLEvaluateExpression(context.get(), exp, sizeof value, &value), 1);
+        ASSERT_EQ(std::memcmp(&value, &sample.number, sizeof value), 0)
+            << sample.formula << " in " << page << ": " << NumberText(value) << " not "
+            << NumberText(sample.number);
+      }
+      ORLDestroyEXP(context.get(), exp);
+    }
+  }
+  WRENSetCodePage(1252);
+}
+
+}  // namespace
