@@ -10,10 +10,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "dates/date_template.h"
+#include "dates/date_text.h"
 #include "engine/context.h"
 #include "engine/items.h"
-#include "functions/date_template.h"
-#include "functions/date_text.h"
 #include "language/formula_walk.h"
 #include "language/stored_tree.h"
 

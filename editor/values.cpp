@@ -4,14 +4,14 @@
 #include <cstring>
 #include <iterator>
 
+#include "dates/date_template.h"
+#include "dates/date_text.h"
 #include "editor/editor.h"
 #include "editor/editor_text.h"
 #include "editor/window_calls.h"
 #include "engine/context.h"
 #include "engine/host_call.h"
 #include "engine/items.h"
-#include "functions/date_template.h"
-#include "functions/date_text.h"
 #include "resources/dialogs.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "functions/date_text.h"
+#include "dates/date_text.h"
 #include "platform/text.h"
 
 void SetOperatorRoutine(EC ec, OperatorGroup group, int32_t dataType, OrlOperatorProc routine) {

@@ -1,11 +1,11 @@
 // Operators beyond the arithmetic of two numbers.
 #include <cstring>
 
+#include "dates/date_arithmetic.h"
+#include "dates/date_text.h"
 #include "engine/host_call.h"
 #include "evaluation/arithmetic.h"
-#include "evaluation/date_arithmetic.h"
 #include "evaluation/evaluation.h"
-#include "functions/date_text.h"
 #include "platform/text.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // The built-in functions on dates. Each is an OrlFunctionProc.
-#include "evaluation/date_arithmetic.h"
-#include "evaluation/stored_date.h"
+#include "dates/date_arithmetic.h"
+#include "dates/date_text.h"
+#include "dates/stored_date.h"
 #include "functions/arguments.h"
-#include "functions/date_text.h"
 #include "functions/result_block.h"
 #include "orli11.h"
 #include "pavni11.h"

@@ -1,5 +1,5 @@
 // Functions on numbers and dates that are values already.
-#include "evaluation/stored_date.h"
+#include "dates/stored_date.h"
 #include "functions/inner_routines.h"
 
 namespace {

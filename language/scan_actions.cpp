@@ -2,10 +2,10 @@
 
 #include <cstring>
 
+#include "dates/date_arithmetic.h"
+#include "dates/date_text.h"
 #include "engine/context.h"
 #include "engine/items.h"
-#include "evaluation/date_arithmetic.h"
-#include "functions/date_text.h"
 #include "language/scan_checks.h"
 #include "language/scanner.h"
 

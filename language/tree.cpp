@@ -2,9 +2,9 @@
 
 #include <cstring>
 
+#include "dates/date_text.h"
 #include "engine/context.h"
 #include "engine/items.h"
-#include "functions/date_text.h"
 #include "language/parse_state.h"
 #include "language/types.h"
 #include "platform/text.h"

@@ -1,5 +1,5 @@
 // Moving dates by units, and the days between them.
-#include "evaluation/date_arithmetic.h"
+#include "dates/date_arithmetic.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "closed/wren/memory.h"
-#include "functions/date_text.h"
+#include "dates/date_text.h"
 #include "functions/result_block.h"
 #include "orli11.h"
 #include "tests/dates/date_support.h"

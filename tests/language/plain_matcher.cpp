@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "closed/wren/utf8.h"
-#include "functions/date_text.h"
+#include "dates/date_text.h"
 #include "platform/name_character.h"
 #include "platform/text.h"
 

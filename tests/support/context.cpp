@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "functions/date_text.h"
+#include "dates/date_text.h"
 #include "pavni11.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // Moving a date by units, and the days between two dates.
-#ifndef ORLI11_EVALUATION_DATE_ARITHMETIC_H
-#define ORLI11_EVALUATION_DATE_ARITHMETIC_H
+#ifndef ORLI11_DATES_DATE_ARITHMETIC_H
+#define ORLI11_DATES_DATE_ARITHMETIC_H
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 // Dates between their stored form and their parts.
-#ifndef ORLI11_EVALUATION_STORED_DATE_H
-#define ORLI11_EVALUATION_STORED_DATE_H
+#ifndef ORLI11_DATES_STORED_DATE_H
+#define ORLI11_DATES_STORED_DATE_H
 
 #include "pavni11.h"
 

@@ -1,11 +1,11 @@
 // Date conversion templates: a text with one "%s" for the date; "%%" stands for a percent sign.
-#ifndef ORLI11_FUNCTIONS_DATE_TEMPLATE_H
-#define ORLI11_FUNCTIONS_DATE_TEMPLATE_H
+#ifndef ORLI11_DATES_DATE_TEMPLATE_H
+#define ORLI11_DATES_DATE_TEMPLATE_H
 
 #include <cstdint>
 #include <cstring>
 
-#include "functions/date_text.h"
+#include "dates/date_text.h"
 
 // The one of a context's three templates that is for a form of date text, or null.
 inline const char *TemplateOfForm(const char *const templates[3], int32_t form) {

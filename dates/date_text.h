@@ -1,6 +1,6 @@
 // Conversions between a date and its text.
-#ifndef ORLI11_FUNCTIONS_DATE_TEXT_H
-#define ORLI11_FUNCTIONS_DATE_TEXT_H
+#ifndef ORLI11_DATES_DATE_TEXT_H
+#define ORLI11_DATES_DATE_TEXT_H
 
 #include <cstdint>
 

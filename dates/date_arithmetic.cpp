@@ -1,12 +1,12 @@
 // Every step carries into the next larger unit until days or years move. Amounts and carries are
 // computed in 64 bits, so no 32-bit amount can overflow.
-#include "evaluation/date_arithmetic.h"
+#include "dates/date_arithmetic.h"
 
 #include <algorithm>
 #include <iterator>
 
 #include "closed/wren/gregorian.h"
-#include "evaluation/stored_date.h"
+#include "dates/stored_date.h"
 #include "pavni11.h"
 
 namespace {

@@ -1,9 +1,9 @@
-#include "functions/date_text.h"
+#include "dates/date_text.h"
 
 #include <algorithm>
 #include <iterator>
 
-#include "evaluation/stored_date.h"
+#include "dates/stored_date.h"
 
 namespace {
 
