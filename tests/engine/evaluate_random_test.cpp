@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "evaluation/date_arithmetic.h"
+#include "dates/date_arithmetic.h"
 #include "pavni11.h"
 #include "support/context.h"
 
