@@ -96,6 +96,26 @@ int32_t DaysInMonth(int32_t month, int32_t year) {
   return IsIn(month, 1, 12) ? DaysOfMonth(month, year) : 31;
 }
 
+bool MoveParts(DateTimeParts *parts, int64_t n, uint16_t unit) {
+  switch (unit) {
+    case kUnitNone:
+    case kUnitDay:
+      return MoveDays(*parts, n);
+    case kUnitMonth:
+      return MoveMonths(*parts, n);
+    case kUnitYear:
+      return MoveYears(*parts, n);
+    case kUnitHour:
+      return MoveTime(*parts, n, 2);
+    case kUnitMinute:
+      return MoveTime(*parts, n, 1);
+    case kUnitSecond:
+      return MoveTime(*parts, n, 0);
+    default:
+      return false;
+  }
+}
+
 void DateArithmetic(NumberValue *result, const NumberValue *date, const NumberValue *amount,
                     int32_t op, uint16_t unit) {
   *result = {};
@@ -103,32 +123,8 @@ void DateArithmetic(NumberValue *result, const NumberValue *date, const NumberVa
   if (!DecodeDate(*date, &parts)) {
     return;
   }
-  const int64_t n = op == '+' ? int64_t{WRENNumToInt(amount)} : -int64_t{WRENNumToInt(amount)};
-  bool moved = false;
-  switch (unit) {
-    case kUnitNone:
-    case kUnitDay:
-      moved = MoveDays(parts, n);
-      break;
-    case kUnitMonth:
-      moved = MoveMonths(parts, n);
-      break;
-    case kUnitYear:
-      moved = MoveYears(parts, n);
-      break;
-    case kUnitHour:
-      moved = MoveTime(parts, n, 2);
-      break;
-    case kUnitMinute:
-      moved = MoveTime(parts, n, 1);
-      break;
-    case kUnitSecond:
-      moved = MoveTime(parts, n, 0);
-      break;
-    default:
-      break;
-  }
-  if (moved) {
+  const int64_t n = WRENNumToInt(amount);
+  if (MoveParts(&parts, op == '+' ? n : -n, unit)) {
     EncodeDate(result, parts);
   }
 }

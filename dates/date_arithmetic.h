@@ -22,6 +22,10 @@ enum DateUnit : uint16_t {
 void DateArithmetic(NumberValue *result, const NumberValue *date, const NumberValue *amount,
                     int32_t op, uint16_t unit);
 
+// Moves a date by n units, back for a negative n. False for an unknown unit and for a date beyond
+// what 32 bits count.
+bool MoveParts(DateTimeParts *parts, int64_t n, uint16_t unit);
+
 // result = calendar days from `right` to `left`, a Number; null when either is null.
 void DateDifference(NumberValue *result, const NumberValue *left, const NumberValue *right);
 

@@ -3,6 +3,7 @@
 
 #include "dates/date_arithmetic.h"
 #include "dates/date_text.h"
+#include "dates/stored_date.h"
 #include "engine/host_call.h"
 #include "evaluation/arithmetic.h"
 #include "evaluation/evaluation.h"
@@ -83,15 +84,16 @@ void MoveDate(const Instruction &instruction, Value *left, const Value *right) {
     return;
   }
   NumberValue date;
-  NumberValue amount;
-  NumberValue result;
   StoreValue(&date, *left);
-  if (IsNullNumber(*right)) {
-    WRENNumSetZero(&amount);
-  } else {
-    StoreValue(&amount, *right);
+  Decimal amount;
+  OperandOf(*right, &amount);
+  const int64_t n = DecimalToInt(amount);
+  DateTimeParts parts;
+  NumberValue result = {};
+  if (DecodeDate(date, &parts) &&
+      MoveParts(&parts, instruction.operand == '+' ? n : -n, instruction.detail)) {
+    EncodeDate(&result, parts);
   }
-  DateArithmetic(&result, &date, &amount, instruction.operand, instruction.detail);
   SetPacked(left, &result);
 }
 

@@ -1,24 +1,13 @@
 // The calendar: proleptic Gregorian dates, their stored form and their day numbers.
-//
-// Stored form, 10 bytes, so that comparing bytes compares dates:
-//
-//   0      2       3     4      5        6        7             10
-//   | year | month | day | hour | minute | second | microsecond |
-//   big-endian throughout
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
+#include "closed/pavn/stored_form.h"
 #include "closed/wren/gregorian.h"
 #include "pavni11.h"
 
 namespace {
-
-constexpr int32_t kStoredLength = 10;
-// True when a date can be made of the fields; the day may be one that the month does not have.
-bool AreFieldsValid(const DateTimeParts &parts) {
-  return IsIn(parts.year, kFirstYear, kLastYear) && IsIn(parts.month, 1, 12) &&
-         IsIn(parts.day, 1, 31) && IsTimeReal(parts);
-}
 
 constexpr int64_t FloorDivide(int64_t value, int64_t divisor) {
   return value / divisor - (value % divisor < 0 ? 1 : 0);
@@ -31,38 +20,24 @@ int32_t Saturate(int64_t value) {
 }  // namespace
 
 int32_t PAVNDateToNumber(uint8_t *bytes, const DateTimeParts *parts) {
-  if (bytes == nullptr || parts == nullptr || !AreFieldsValid(*parts)) {
-    return 0;
+  uint8_t stored[12];
+  const int32_t length =
+      bytes == nullptr || parts == nullptr ? 0 : EncodeStoredDate(stored, *parts);
+  if (length != 0) {
+    std::memcpy(bytes, stored, kStoredLength);
   }
-  const int32_t day = std::min(parts->day, DaysOfMonth(parts->month, parts->year));
-  const int32_t stored[kStoredLength] = {
-      parts->year >> 8,     parts->year,    parts->month,  day,
-      parts->hour,          parts->minute,  parts->second, parts->fraction >> 16,
-      parts->fraction >> 8, parts->fraction};
-  for (int32_t i = 0; i < kStoredLength; i++) {
-    bytes[i] = static_cast<uint8_t>(stored[i] & 0xFF);
-  }
-  return kStoredLength;
+  return length;
 }
 
 void PAVNNumberToDate(const uint8_t *bytes, int32_t length, DateTimeParts *parts) {
   if (parts == nullptr) {
     return;
   }
-  *parts = {};
   if (bytes == nullptr || length != kStoredLength) {
+    *parts = {};
     return;
   }
-  const DateTimeParts decoded = {.month = bytes[2],
-                                 .day = bytes[3],
-                                 .year = bytes[0] << 8 | bytes[1],
-                                 .hour = bytes[4],
-                                 .minute = bytes[5],
-                                 .second = bytes[6],
-                                 .fraction = bytes[7] << 16 | bytes[8] << 8 | bytes[9]};
-  if (IsDateReal(decoded) && IsTimeReal(decoded)) {
-    *parts = decoded;
-  }
+  DecodeStoredDate(bytes, parts);
 }
 
 // Months and days out of range carry over, so that any fields have a number; 64 bits hold every
