@@ -5,8 +5,6 @@
 
 #include <cstdint>
 
-// What separates tokens. A line feed and the single quote do not.
-inline constexpr char kTokenDelimiters[] = " \t\r()*+-/|%,";
 inline constexpr int32_t kTokenQuote = 34;
 
 // One step: `text` to `text + length` is used up, its first `lead` bytes are delimiters, the rest

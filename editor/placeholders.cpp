@@ -4,15 +4,13 @@
 #include <cstring>
 #include <iterator>
 
+#include "analysis/token_walk.h"
 #include "editor/editor.h"
 #include "editor/window_calls.h"
 #include "engine/module.h"
 #include "platform/text.h"
 
 namespace {
-
-constexpr const char *kDelimiters = " \t\r()*+-/|%,";
-constexpr int32_t kQuote = 34;
 
 struct Span {
   int32_t start, length;  // start -1: nothing
@@ -31,7 +29,8 @@ bool IsPlaceholder(const char *token) {
 Span FindWord(const char *text, char *token) {
   int32_t used = 0;
   while (text[used] != '\0') {
-    used += WRENStrTokenize(token, text + used, kDelimiters, kDelimiters, 0, kQuote, 0);
+    used += WRENStrTokenize(token, text + used, ORL_WORD_DELIMITERS, ORL_WORD_DELIMITERS, 0,
+                            kTokenQuote, 0);
     if (IsPlaceholder(token)) {
       const int32_t length = WRENStrLen(token);
       return {used - length, length};

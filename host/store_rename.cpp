@@ -16,8 +16,7 @@
 
 namespace {
 
-/* What stands between the words that a rename takes, and what holds a word together. */
-constexpr char kBetweenWords[] = " \t\r()*+-/|%,";
+/* What holds a word together. */
 constexpr char kNameQuote = '"';
 constexpr char kTextQuote = '\'';
 
@@ -43,7 +42,8 @@ bool ChangesOthers(const std::string &text, const Renaming &names,
                                : text.data() + text.size();
   std::vector<char> room(text.size() + 1);
   for (const char *at = text.c_str(); *at != '\0';) {
-    at += WRENStrTokenize(room.data(), at, kBetweenWords, kBetweenWords, 0, kNameQuote, 0);
+    at += WRENStrTokenize(room.data(), at, ORL_WORD_DELIMITERS, ORL_WORD_DELIMITERS, 0, kNameQuote,
+                          0);
     const std::string word(room.data());
     if (WRENStrEqualNoCase(word.c_str(), names.before.c_str()) == 1 &&
         (at > opening || (word != names.before && columns.count(word) != 0))) {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "closed/wren/utf8.h"
 #include "platform/text.h"
 #include "wreni11.h"
 
@@ -113,10 +114,8 @@ char32_t CharacterOf(const char *bytes, int32_t count, int32_t page) {
   if (count == 1) {
     return first < 0x80 ? first : 0;
   }
-  char32_t code = first & (0x7FU >> count);
-  for (int32_t index = 1; index < count; ++index) {
-    code = code << 6 | (static_cast<uint8_t>(bytes[index]) & 0x3FU);
-  }
+  uint32_t code = 0;
+  DecodeUtf8(bytes, &code);
   return code;
 }
 
@@ -125,16 +124,6 @@ struct Coded {
   int32_t count = 0;  // of its bytes; 0 when the code page does not have it
   std::array<char, kLongest + 1> bytes = {};
 };
-
-void PutUtf8(char32_t code, Coded *coded) {
-  constexpr uint8_t kMarks[] = {0, 0x00, 0xC0, 0xE0, 0xF0};
-  coded->count = code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
-  for (int32_t index = coded->count - 1; index > 0; --index) {
-    coded->bytes[static_cast<size_t>(index)] = static_cast<char>(0x80 | (code & 0x3F));
-    code >>= 6;
-  }
-  coded->bytes[0] = static_cast<char>(kMarks[coded->count] | code);
-}
 
 // The character at a place of a text that is no breaks' nor an escape's. Lone surrogates have no
 // bytes.
@@ -149,7 +138,7 @@ Coded CharacterAt(QStringView text, qsizetype at, int32_t page) {
     return coded;
   }
   if (page == kCodePageUtf8) {
-    PutUtf8(code, &coded);
+    coded.count = static_cast<int32_t>(EncodeUtf8(code, coded.bytes.data()));
     return coded;
   }
   const uint32_t found = code < 0x10000 ? TableOf(page).codes[code] : 0;
