@@ -8,7 +8,7 @@ namespace {
 // A keyword as a whole formula is marked up to the end of any text.
 constexpr int32_t kWholeText = 1000;
 
-struct Production {
+struct Reduction {
   ParseState &state;
   StackEntry *rhs;
   void **result;
@@ -26,7 +26,7 @@ void TakeOver(StackEntry &entry) {
   entry.value = nullptr;
 }
 
-bool Pass(Production p, StackEntry &entry) {
+bool Pass(Reduction p, StackEntry &entry) {
   *p.result = std::exchange(entry.value, nullptr);
   return true;
 }
@@ -49,12 +49,12 @@ bool FailWith(ExprNode *node) {
   return false;
 }
 
-bool Refuse(Production p, int32_t id, int32_t offset, int32_t length) {
+bool Refuse(Reduction p, int32_t id, int32_t offset, int32_t length) {
   SetError(p.state, id, offset, length);
   return false;
 }
 
-bool FormulaOfExpr(Production p) {
+bool FormulaOfExpr(Reduction p) {
   ExprNode *root = NodeOf(p.rhs[0]);
   if (root->dataType > 255) {
     return Refuse(p, ORL_ERR_KEYWORD, 0, kWholeText);
@@ -63,7 +63,7 @@ bool FormulaOfExpr(Production p) {
   return Pass(p, p.rhs[0]);
 }
 
-bool FormulaOfList(Production p) {
+bool FormulaOfList(Reduction p) {
   ExprNode *node = ExprNodeSet(p.state, ListOf(p.rhs[0]));
   if (node == nullptr) {
     return false;
@@ -76,7 +76,7 @@ bool FormulaOfList(Production p) {
   return true;
 }
 
-bool FormulaOfRange(Production p) {
+bool FormulaOfRange(Reduction p) {
   ExprNode *node = ExprNodeRange(p.state, NodeOf(p.rhs[0]), NodeOf(p.rhs[2]));
   if (node == nullptr) {
     return false;
@@ -88,7 +88,7 @@ bool FormulaOfRange(Production p) {
 }
 
 // Appends the node of `member` to the list, or to a new one without a list entry.
-bool Listed(Production p, StackEntry *list, StackEntry &member) {
+bool Listed(Reduction p, StackEntry *list, StackEntry &member) {
   HandleArray longer = ExprListAppend(list == nullptr ? nullptr : ListOf(*list), NodeOf(member));
   if (longer == nullptr) {
     return Refuse(p, ORL_ERR_MEMORY, 0, 0);
@@ -101,7 +101,7 @@ bool Listed(Production p, StackEntry *list, StackEntry &member) {
   return true;
 }
 
-ExprNode *BuildOperator(Production p, int32_t kind) {
+ExprNode *BuildOperator(Reduction p, int32_t kind) {
   ExprNode *node = ExprNodeBuild(p.state, kind, p.rhs[0].value, p.rhs[2].value, kCallPlain);
   if (node != nullptr) {
     TakeOver(p.rhs[0]);
@@ -112,7 +112,7 @@ ExprNode *BuildOperator(Production p, int32_t kind) {
   return node;
 }
 
-bool Operator(Production p, int32_t kind) {
+bool Operator(Reduction p, int32_t kind) {
   ExprNode *node = BuildOperator(p, kind);
   if (node != nullptr && node->dataType == kNoType) {
     PlaceError(p.state, p.rhs[1]);
@@ -123,12 +123,12 @@ bool Operator(Production p, int32_t kind) {
 }
 
 // A unit word that is still pending belongs to no operation that ends here.
-bool AdditiveOperator(Production p, int32_t kind) {
+bool AdditiveOperator(Reduction p, int32_t kind) {
   p.state.dateUnit = 0;
   return Operator(p, kind);
 }
 
-bool OperatorWithUnit(Production p, int32_t kind) {
+bool OperatorWithUnit(Reduction p, int32_t kind) {
   ExprNode *node = BuildOperator(p, kind);
   if (node != nullptr && node->dataType == kNoType) {
     if (p.state.error.length == 0 && p.state.error.id == ORL_ERR_KEYWORD) {
@@ -141,7 +141,7 @@ bool OperatorWithUnit(Production p, int32_t kind) {
   return node != nullptr;
 }
 
-bool Leaf(Production p, int32_t kind) {
+bool Leaf(Reduction p, int32_t kind) {
   ExprNode *node = ExprNodeLeaf(p.state, kind, static_cast<char *>(p.rhs[0].value));
   if (node == nullptr) {
     return false;
@@ -156,7 +156,7 @@ bool Leaf(Production p, int32_t kind) {
   return true;
 }
 
-bool Number(Production p, StackEntry &entry, bool negate) {
+bool Number(Reduction p, StackEntry &entry, bool negate) {
   ExprNode *node = ExprNodeNumber(p.state, static_cast<NumberValue *>(entry.value), negate);
   if (node == nullptr) {
     return false;
@@ -182,7 +182,7 @@ bool PointsAtMarker(const CallShape &shape, int32_t id) {
   return shape.form == kCallModifier && (id == ORL_ERR_KEYWORD || id == ORL_ERR_MISKEYWORD);
 }
 
-bool Call(Production p, const CallShape &shape) {
+bool Call(Reduction p, const CallShape &shape) {
   ParseState &state = p.state;
   void *list = shape.params == 0 ? nullptr : p.rhs[shape.params].value;
   ExprNode *node = ExprNodeBuild(state, NODE_CALL, p.rhs[0].value, list, shape.form);
@@ -209,70 +209,72 @@ bool Call(Production p, const CallShape &shape) {
 
 }  // namespace
 
-bool RunAction(ParseState &state, int32_t production, StackEntry *rhs, void **result) {
-  const Production p = {state, rhs, result};
+bool RunAction(ParseState &state, Production production, StackEntry *rhs, void **result) {
+  const Reduction p = {state, rhs, result};
   switch (production) {
-    case 3:
+    case Production::FormulaOfExpr:
       return FormulaOfExpr(p);
-    case 4:
+    case Production::FormulaOfList:
       return FormulaOfList(p);
-    case 5:
+    case Production::FormulaOfRange:
       return FormulaOfRange(p);
-    case 6:
+    case Production::SingleOfExpr:
       return Listed(p, nullptr, rhs[0]);
-    case 7:
-    case 8:
+    case Production::ListOfTwo:
+    case Production::ListOfMore:
       return Listed(p, &rhs[0], rhs[2]);
-    case 9:
-    case 10:
-    case 22:
-    case 24:
+    case Production::ParamsOfSingle:
+    case Production::ParamsOfList:
+    case Production::ExprOfCall:
+    case Production::ExprOfConstant:
       return Pass(p, rhs[0]);
-    case 11:
+    case Production::Add:
       return AdditiveOperator(p, NODE_ADD);
-    case 12:
+    case Production::Subtract:
       return AdditiveOperator(p, NODE_SUB);
-    case 13:
+    case Production::Multiply:
       return Operator(p, NODE_MUL);
-    case 14:
+    case Production::Divide:
       return Operator(p, NODE_DIV);
-    case 15:
+    case Production::Modulo:
       return Operator(p, NODE_MOD);
-    case 16:
+    case Production::Parentheses:
       return Pass(p, rhs[1]);
-    case 17:
+    case Production::Concatenate:
       return Operator(p, NODE_CONCAT);
-    case 18:
+    case Production::SubtractUnits:
       return OperatorWithUnit(p, NODE_SUB);
-    case 19:
+    case Production::AddUnits:
       return OperatorWithUnit(p, NODE_ADD);
-    case 20:
+    case Production::NoMemory:
       return Refuse(p, ORL_ERR_MEMORY, 0, 0);
-    case 21:
+    case Production::UnknownCharacter:
       return Refuse(p, ORL_ERR_UNKNOWNCHAR, state.tokenOffset, state.tokenSpan);
-    case 23:
+    case Production::Item:
       return Leaf(p, NODE_ITEM);
-    case 25:
+    case Production::NegativeNumber:
       return Number(p, rhs[1], true);
-    case 26:
+    case Production::Date:
       return Leaf(p, NODE_DATE);
-    case 27:
+    case Production::String:
       return Leaf(p, NODE_STRING);
-    case 28:
+    case Production::Number:
       return Number(p, rhs[0], false);
-    case 29:
+    case Production::SystemCall:
       return Call(p, {kCallPlain, 0, 0, false});
-    case 30:
+    case Production::CallOfStar:
       return Call(p, {kCallStar, 0, 1, true});
-    case 31:
+    case Production::CallOfModifier:
       return Call(p, {kCallModifier, 0, 1, true});
-    case 32:
+    case Production::CallOfNothing:
       return Call(p, {kCallPlain, 0, 0, true});
-    case 33:
+    case Production::CallOfModifierAndParams:
       return Call(p, {kCallModifier, 2, 1, true});
-    case 34:
+    case Production::CallOfParams:
       return Call(p, {kCallPlain, 1, 0, true});
-    default:
-      return Refuse(p, ORL_ERR_GENERAL, 0, 0);
+    case Production::None:
+    case Production::Count:
+      break;
   }
+  return Refuse(p, ORL_ERR_GENERAL, 0, 0);
 }

@@ -13,7 +13,7 @@
 // behind the b. When the scanner's action refuses that, the next match on the way back is the
 // number 12.
 //
-// The tables are written by automaton_maker from token_rules.h when the system is built.
+// The tables are written by automaton_generator from token_rules.h when the system is built.
 #ifndef ORLI11_LANGUAGE_AUTOMATON_H
 #define ORLI11_LANGUAGE_AUTOMATON_H
 

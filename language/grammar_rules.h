@@ -1,53 +1,95 @@
 // The grammar of the language, as a person writes it. The build makes the parser's tables from it.
 //
 // Quoted characters are tokens of that character, names in capitals the tokens of parse_state.h
-// without their "TOK_". The number of a production is the number of its action.
+// without their "TOK_".
 #ifndef ORLI11_LANGUAGE_GRAMMAR_RULES_H
 #define ORLI11_LANGUAGE_GRAMMAR_RULES_H
 
+#include <cstdint>
+#include <iterator>
+
+// ORDER PRODUCTION: kGrammar follows this list.
+enum class Production : uint8_t {
+  None,
+  FormulaOfExpr,
+  FormulaOfList,
+  FormulaOfRange,
+  SingleOfExpr,
+  ListOfTwo,
+  ListOfMore,
+  ParamsOfSingle,
+  ParamsOfList,
+  Add,
+  Subtract,
+  Multiply,
+  Divide,
+  Modulo,
+  Parentheses,
+  Concatenate,
+  SubtractUnits,
+  AddUnits,
+  NoMemory,
+  UnknownCharacter,
+  ExprOfCall,
+  Item,
+  ExprOfConstant,
+  NegativeNumber,
+  Date,
+  String,
+  Number,
+  SystemCall,
+  CallOfStar,
+  CallOfModifier,
+  CallOfNothing,
+  CallOfModifierAndParams,
+  CallOfParams,
+  Count
+};
+
 struct GrammarProduction {
-  int number;
+  Production production;
   const char *left;
   const char *right;
 };
 
 constexpr GrammarProduction kGrammar[] = {
-    {3, "formula", "expr"},
-    {4, "formula", "list"},
-    {5, "formula", "expr AND expr"},
-    {6, "single", "expr"},
-    {7, "list", "single ',' expr"},
-    {8, "list", "list ',' expr"},
-    {9, "params", "single"},
-    {10, "params", "list"},
-    {11, "expr", "expr '+' expr"},
-    {12, "expr", "expr '-' expr"},
-    {13, "expr", "expr '*' expr"},
-    {14, "expr", "expr '/' expr"},
-    {15, "expr", "expr '%' expr"},
-    {16, "expr", "'(' expr ')'"},
-    {17, "expr", "expr CONCAT expr"},
-    {18, "expr", "expr '-' expr DATEUNIT"},
-    {19, "expr", "expr '+' expr DATEUNIT"},
-    {20, "expr", "NOMEM"},
-    {21, "expr", "BAD"},
-    {22, "expr", "call"},
-    {23, "expr", "IDENT"},
-    {24, "expr", "constant"},
-    {25, "constant", "'-' NUMBER"},
-    {26, "constant", "DATE"},
-    {27, "constant", "STRING"},
-    {28, "constant", "NUMBER"},
-    {29, "call", "SYSNAME"},
-    {30, "call", "CALLNAME '*' ')'"},
-    {31, "call", "CALLNAME MODIFIER ')'"},
-    {32, "call", "CALLNAME ')'"},
-    {33, "call", "CALLNAME MODIFIER params ')'"},
-    {34, "call", "CALLNAME params ')'"},
+    {Production::FormulaOfExpr, "formula", "expr"},
+    {Production::FormulaOfList, "formula", "list"},
+    {Production::FormulaOfRange, "formula", "expr AND expr"},
+    {Production::SingleOfExpr, "single", "expr"},
+    {Production::ListOfTwo, "list", "single ',' expr"},
+    {Production::ListOfMore, "list", "list ',' expr"},
+    {Production::ParamsOfSingle, "params", "single"},
+    {Production::ParamsOfList, "params", "list"},
+    {Production::Add, "expr", "expr '+' expr"},
+    {Production::Subtract, "expr", "expr '-' expr"},
+    {Production::Multiply, "expr", "expr '*' expr"},
+    {Production::Divide, "expr", "expr '/' expr"},
+    {Production::Modulo, "expr", "expr '%' expr"},
+    {Production::Parentheses, "expr", "'(' expr ')'"},
+    {Production::Concatenate, "expr", "expr CONCAT expr"},
+    {Production::SubtractUnits, "expr", "expr '-' expr DATEUNIT"},
+    {Production::AddUnits, "expr", "expr '+' expr DATEUNIT"},
+    {Production::NoMemory, "expr", "NOMEM"},
+    {Production::UnknownCharacter, "expr", "BAD"},
+    {Production::ExprOfCall, "expr", "call"},
+    {Production::Item, "expr", "IDENT"},
+    {Production::ExprOfConstant, "expr", "constant"},
+    {Production::NegativeNumber, "constant", "'-' NUMBER"},
+    {Production::Date, "constant", "DATE"},
+    {Production::String, "constant", "STRING"},
+    {Production::Number, "constant", "NUMBER"},
+    {Production::SystemCall, "call", "SYSNAME"},
+    {Production::CallOfStar, "call", "CALLNAME '*' ')'"},
+    {Production::CallOfModifier, "call", "CALLNAME MODIFIER ')'"},
+    {Production::CallOfNothing, "call", "CALLNAME ')'"},
+    {Production::CallOfModifierAndParams, "call", "CALLNAME MODIFIER params ')'"},
+    {Production::CallOfParams, "call", "CALLNAME params ')'"},
 };
+static_assert(std::size(kGrammar) + 1 == static_cast<size_t>(Production::Count));
 
-// Operators, lowest binding first; all are left-associative.
-constexpr const char *kOperatorLadder[] = {
+// The precedence table: operators, lowest binding first; all are left-associative.
+constexpr const char *kPrecedence[] = {
     "'+' '-'",
     "'*' '/'",
     "'%'",

@@ -91,7 +91,7 @@ bool Reduce(ParserRun &run, int32_t production) {
   const ParserProduction row = kParserProductions[production];
   StackEntry *rhs = &state.entries[run.top - row.length + 1];
   StackEntry entry = {rhs->offset, rhs->length, nullptr};
-  if (!RunAction(state, production, rhs, &entry.value)) {
+  if (!RunAction(state, static_cast<Production>(production), rhs, &entry.value)) {
     return false;
   }
   run.top -= row.length;

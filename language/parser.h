@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "language/grammar_rules.h"
 #include "language/parse_state.h"
 
 // Parses the text that the state was reset for. 0 when it was accepted, with the tree in
@@ -14,6 +15,6 @@ int32_t RunParser(ParseState &state);
 // The action of a production. `rhs` are the stack entries of its right side; what the action takes
 // over it replaces by null, and the new value goes to *result. False ends the parse, with the error
 // set; the values left in `rhs` then still belong to the caller.
-bool RunAction(ParseState &state, int32_t production, StackEntry *rhs, void **result);
+bool RunAction(ParseState &state, Production production, StackEntry *rhs, void **result);
 
 #endif

@@ -1,4 +1,4 @@
-// The parser's tables: an LR automaton made from grammar_rules.h by maker/parser_maker.cpp.
+// The parser's tables: an LR automaton made from grammar_rules.h by generator/parser_generator.cpp.
 //
 // A state whose one production is complete and cannot go on reduces at once, without a look at the
 // next token. Every other state is a deciding state: it looks at the next token, shifts it where it

@@ -1,8 +1,7 @@
-// Makes the parser's tables from the grammar: an LR(0) automaton whose conflicts between operators
-// are settled by the ladder, after D. E. Knuth, "On the translation of languages from left to
-// right" (1965). Where a state has two complete productions, each takes the tokens that can follow
-// it there. Run by the build with the file to
-// write.
+// Generates the parser's tables from the grammar: an LR(0) automaton whose conflicts between
+// operators are resolved by the precedence table, after D. E. Knuth, "On the translation of
+// languages from left to right" (1965). Where a state has two complete productions, each takes the
+// tokens that can follow it there. Run by the build with the file to write.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -17,13 +16,13 @@
 
 namespace {
 
-struct Production {
+struct Rule {
   int number;
   std::string left;
   std::vector<std::string> right;
 };
 
-// A production with the point ahead of its symbol `point`.
+// A rule with the dot before its symbol of that index.
 using Item = std::pair<size_t, size_t>;
 using ItemSet = std::set<Item>;
 
@@ -35,7 +34,7 @@ struct State {
 
 const std::string kEnd = "END";
 
-std::vector<Production> productions;
+std::vector<Rule> rules;
 std::set<std::string> nonterminals;
 std::vector<State> states;
 
@@ -51,7 +50,7 @@ std::vector<std::string> Words(const char *text) {
 // 0 for a symbol that is no operator.
 int LevelOf(const std::string &symbol) {
   int level = 0;
-  for (const char *operators : kOperatorLadder) {
+  for (const char *operators : kPrecedence) {
     level++;
     const std::vector<std::string> words = Words(operators);
     if (std::find(words.begin(), words.end(), symbol) != words.end()) {
@@ -61,16 +60,16 @@ int LevelOf(const std::string &symbol) {
   return 0;
 }
 
-int LevelOf(const Production &production) {
+int LevelOf(const Rule &rule) {
   int level = 0;
-  for (const std::string &symbol : production.right) {
+  for (const std::string &symbol : rule.right) {
     level = std::max(level, LevelOf(symbol));
   }
   return level;
 }
 
 const std::string *SymbolAt(const Item &item) {
-  const std::vector<std::string> &right = productions[item.first].right;
+  const std::vector<std::string> &right = rules[item.first].right;
   return item.second < right.size() ? &right[item.second] : nullptr;
 }
 
@@ -79,8 +78,8 @@ ItemSet Closure(ItemSet items) {
   while (!open.empty()) {
     const std::string *symbol = SymbolAt(open.back());
     open.pop_back();
-    for (size_t i = 0; symbol != nullptr && i < productions.size(); i++) {
-      if (productions[i].left == *symbol && items.insert({i, 0}).second) {
+    for (size_t i = 0; symbol != nullptr && i < rules.size(); i++) {
+      if (rules[i].left == *symbol && items.insert({i, 0}).second) {
         open.push_back({i, 0});
       }
     }
@@ -124,12 +123,12 @@ std::vector<size_t> CompleteIn(const State &state) {
   return complete;
 }
 
-// All productions bind to the left, so an operator is shifted over a complete operation only when
+// All operators bind to the left, so an operator is shifted over a complete operation only when
 // it binds tighter.
-void SettleOperators() {
+void ResolveOperators() {
   for (State &state : states) {
     for (const size_t complete : CompleteIn(state)) {
-      const int level = LevelOf(productions[complete]);
+      const int level = LevelOf(rules[complete]);
       for (auto next = state.next.begin(); next != state.next.end();) {
         const int other = LevelOf(next->first);
         next = level != 0 && other != 0 && other <= level ? state.next.erase(next) : ++next;
@@ -139,11 +138,11 @@ void SettleOperators() {
 }
 
 // The tokens that can follow a one-symbol production once it is reduced in `state`.
-std::set<std::string> FollowIn(size_t state, const Production &production) {
+std::set<std::string> FollowIn(size_t state, const Rule &rule) {
   std::set<std::string> tokens;
   for (const State &below : states) {
-    const auto here = below.next.find(production.right[0]);
-    const auto onward = below.next.find(production.left);
+    const auto here = below.next.find(rule.right[0]);
+    const auto onward = below.next.find(rule.left);
     if (here == below.next.end() || here->second != state || onward == below.next.end()) {
       continue;
     }
@@ -176,8 +175,8 @@ const char *ValueKindOf(const std::string &symbol) {
 
 std::vector<std::string> Terminals() {
   std::set<std::string> terminals;
-  for (const Production &production : productions) {
-    for (const std::string &symbol : production.right) {
+  for (const Rule &rule : rules) {
+    for (const std::string &symbol : rule.right) {
       if (nonterminals.count(symbol) == 0) {
         terminals.insert(symbol);
       }
@@ -187,12 +186,15 @@ std::vector<std::string> Terminals() {
 }
 
 void ReadGrammar() {
-  productions.push_back({2, "start", {"formula", kEnd}});
-  for (const GrammarProduction &rule : kGrammar) {
-    productions.push_back({rule.number, rule.left, Words(rule.right)});
+  rules.push_back({0, "start", {"formula", kEnd}});
+  for (const GrammarProduction &row : kGrammar) {
+    if (row.production != static_cast<Production>(rules.size())) {
+      GiveUp("a production is out of order");
+    }
+    rules.push_back({static_cast<int>(row.production), row.left, Words(row.right)});
   }
-  for (const Production &production : productions) {
-    nonterminals.insert(production.left);
+  for (const Rule &rule : rules) {
+    nonterminals.insert(rule.left);
   }
 }
 
@@ -208,11 +210,11 @@ int ActionOn(size_t at, const std::string &terminal) {
     return 0;
   }
   for (const size_t index : complete) {
-    if (productions[index].right.size() != 1) {
+    if (rules[index].right.size() != 1) {
       GiveUp("two complete productions that are longer than one symbol");
     }
-    if (FollowIn(at, productions[index]).count(terminal) != 0) {
-      return -productions[index].number;
+    if (FollowIn(at, rules[index]).count(terminal) != 0) {
+      return -rules[index].number;
     }
   }
   return 0;
@@ -224,7 +226,7 @@ void PrintTables() {
   if (states.size() >= 127) {
     GiveUp("more states than an entry can hold");
   }
-  std::printf("// Made from grammar_rules.h by parser_maker.cpp.\n\n");
+  std::printf("// Generated from grammar_rules.h by parser_generator.cpp.\n\n");
   std::printf("constexpr int32_t kParserStates = %zu;\n", states.size());
   std::printf("constexpr int32_t kParserTokens[] = {");
   for (const std::string &terminal : terminals) {
@@ -245,14 +247,13 @@ void PrintTables() {
     const std::vector<size_t> complete = CompleteIn(state);
     const bool decides = !state.next.empty() || complete.size() != 1;
     std::printf("  {%s, %d, ValueKind::%s},\n", decides ? "true" : "false",
-                complete.size() == 1 ? productions[complete[0]].number : 0,
-                ValueKindOf(state.symbol));
+                complete.size() == 1 ? rules[complete[0]].number : 0, ValueKindOf(state.symbol));
   }
   std::printf("};\n\nstruct ParserProduction {\n  uint8_t length;\n  uint8_t left;\n};\n\n");
-  std::printf("constexpr ParserProduction kParserProductions[] = {\n  {0, 0}, {0, 0}, {0, 0},\n");
-  for (size_t i = 1; i < productions.size(); i++) {
-    const auto left = std::find(inner.begin(), inner.end(), productions[i].left);
-    std::printf("  {%zu, %td},\n", productions[i].right.size(), left - inner.begin());
+  std::printf("constexpr ParserProduction kParserProductions[] = {\n  {0, 0},\n");
+  for (size_t i = 1; i < rules.size(); i++) {
+    const auto left = std::find(inner.begin(), inner.end(), rules[i].left);
+    std::printf("  {%zu, %td},\n", rules[i].right.size(), left - inner.begin());
   }
   std::printf("};\n\nconstexpr uint8_t kParserGoto[kParserStates][%zu] = {\n", inner.size());
   for (const State &state : states) {
@@ -274,7 +275,7 @@ int main(int argc, char **argv) {
   }
   ReadGrammar();
   MakeStates();
-  SettleOperators();
+  ResolveOperators();
   PrintTables();
   return 0;
 }

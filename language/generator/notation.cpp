@@ -1,4 +1,4 @@
-#include "language/maker/notation.h"
+#include "language/generator/notation.h"
 
 #include <cctype>
 #include <stdexcept>
