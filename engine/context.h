@@ -63,8 +63,8 @@ struct ExprContext {
   uint16_t flags;
   char *dateConvert[3];
   uint16_t dateConvertFlags;
+  bool hasNumberOperators;  // a callback replaces the arithmetic of some operator
   OperatorSlots operators[kGroupCount];
-  bool hasNumberOperators;  // a callback stands in for the arithmetic of some operator
   void *numberBlock;        // owned blocks that wait for the next routine of the host, or null
   void *textBlock;
   int32_t helpContext;
