@@ -177,6 +177,14 @@ void OrlDeleteSelected(OrlWindow dialog);
 // a routine of the host, which may have changed it. Calls no routine of the host's.
 void OrlFollowContext(OrlWindow dialog);
 
+// ---- The host beside the editor (host.cpp) ------------------------------------------------------
+
+// Whether the host takes what is about to be stored for the expression that is shown. True also for
+// what does not parse, which the save will tell.
+bool OrlHostTakes(OrlWindow dialog, const char *text, const char *name);
+// Tells it that an expression has been stored, renamed or deleted.
+void OrlTellHost(OrlWindow dialog);
+
 // ---- Side windows and error boxes (text_view.cpp, values.cpp, error_box.cpp) --------------------
 
 void OrlOpenTextView(OrlWindow dialog);

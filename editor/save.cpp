@@ -152,6 +152,10 @@ HEXP ParseAndShow(OrlWindow dialog, const SaveTexts &texts) {
     return nullptr;
   }
   OrlCurrentExpression();  // the question may have let the host change the context
+  if (!OrlHostTakes(dialog, texts.text, texts.name)) {
+    return nullptr;
+  }
+  OrlCurrentExpression();
   FormulaError error = {};
   uint16_t dataType = 0;
   HEXP saved =
@@ -181,6 +185,9 @@ HEXP OrlSaveText(OrlWindow dialog) {
     ORLErrorDisplay(dialog, "", &error);
   }
   FreeTexts(texts);
+  if (saved != nullptr) {
+    OrlTellHost(dialog);
+  }
   OrlFollowContext(dialog);
   OrlEnableEditButtons(dialog);
   return saved;

@@ -118,5 +118,6 @@ void OrlDeleteSelected(OrlWindow dialog) {
   }
   RemoveRow(list, ordinal);
   ShowDeleted(dialog, wasCurrent);
+  OrlTellHost(dialog);
   OrlFollowContext(dialog);  // a formula that only the deleted one used may be renamed again
 }

@@ -1,95 +1,98 @@
 /* The command that opens the formula editor on a store. */
-#include <array>
-#include <map>
+#include <algorithm>
+#include <cstddef>
 
 #include "host/commands.h"
 #include "host/display.h"
+#include "host/edit_store.h"
 #include "host/store.h"
 #include "host/value_listing.h"
 #include "orli11/windows.h"
 
 namespace {
 
-/* What a session of the editor has changed. */
-struct Changes {
-  std::vector<Formula> stored; /* added, or changed */
-  std::set<std::string> deleted;
+/* ---- Beside the editor ---- */
+
+constexpr char kSaveCaption[] = "Formula Save";
+constexpr size_t kShownText = 300; /* bytes of a formula's text in a question */
+
+/* The beginning of a text, ended where a character of it ends. */
+std::string Beginning(const std::string &text) {
+  size_t end = std::min(text.size(), kShownText);
+  while (end > 0 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
+    --end;
+  }
+  return end == text.size() ? text : text.substr(0, end) + " ...";
+}
+
+/* Asks whether what another program has stored is to be replaced. */
+bool AskForeign(EditedStore &store, OrlWindow dialog, const Foreign &foreign) {
+  const std::string question = "Another program has stored " + DisplayName(foreign.name) +
+                               " meanwhile:\n\n" + Beginning(foreign.text) + "\n\nReplace it?";
+  const int32_t answer =
+      ORLGetWindowSystem()->MessageBox(dialog, question.c_str(), kSaveCaption,
+                                       ORL_MB_YESNO | ORL_MB_ICONQUESTION | ORL_MB_DEFBUTTON2);
+  if (answer == ORL_IDYES) {
+    store.replaced[foreign.name] = foreign.text;
+  }
+  return answer == ORL_IDYES;
+}
+
+void TellBox(OrlWindow dialog, const std::string &message) {
+  ORLGetWindowSystem()->MessageBox(dialog, message.c_str(), kSaveCaption,
+                                   ORL_MB_OK | ORL_MB_ICONSTOP);
+}
+
+int32_t MaySave(void *user, OrlWindow dialog, HEXP exp, const char *text, const char *name) {
+  EditedStore &store = *static_cast<EditedStore *>(user);
+  std::string error;
+  Foreign foreign;
+  while (!EditedStoreMayTake(store, exp, text, name, error, foreign)) {
+    if (!error.empty()) {
+      TellBox(dialog, "Not stored.\n\n" + error);
+      return 0;
+    }
+    if (!AskForeign(store, dialog, foreign)) {
+      return 0;
+    }
+  }
+  return 1;
+}
+
+void WriteChanges(void *user, OrlWindow dialog) {
+  EditedStore &store = *static_cast<EditedStore *>(user);
+  std::string error;
+  Foreign foreign;
+  while (!EditedStoreWrite(store, error, foreign)) {
+    if (!error.empty()) {
+      TellBox(dialog, "Not stored yet.\n\n" + error);
+      return;
+    }
+    if (!AskForeign(store, dialog, foreign)) {
+      return;
+    }
+  }
+}
+
+/* As long as it lives the editor's user has these routines beside the editor. */
+class HostInUse {
+ public:
+  explicit HostInUse(const OrlEditorHost *host) { Set(host); }
+  ~HostInUse() { Set(nullptr); }
+  HostInUse(const HostInUse &) = delete;
+  HostInUse &operator=(const HostInUse &) = delete;
+
+ private:
+  static void Set(const OrlEditorHost *host) {
+    const OrlWindowSystem *windows = ORLGetWindowSystem();
+    if (windows != nullptr && windows->size > offsetof(OrlWindowSystem, SetEditorHost) &&
+        windows->SetEditorHost != nullptr) {
+      windows->SetEditorHost(host);
+    }
+  }
 };
 
-using Texts = std::map<std::string, std::string>; /* by name */
-
-Texts TextsOf(const std::vector<Formula> &formulas) {
-  Texts texts;
-  for (const Formula &formula : formulas) {
-    texts.emplace(formula.name, formula.text);
-  }
-  return texts;
-}
-
-Changes ChangesBetween(const std::vector<Formula> &before, const std::vector<Formula> &after) {
-  const Texts old = TextsOf(before);
-  const Texts present = TextsOf(after);
-  Changes changes;
-  for (const Formula &formula : after) {
-    const auto found = old.find(formula.name);
-    if (found == old.end() || found->second != formula.text) {
-      changes.stored.push_back(formula);
-    }
-  }
-  for (const Formula &formula : before) {
-    if (present.count(formula.name) == 0) {
-      changes.deleted.insert(formula.name);
-    }
-  }
-  return changes;
-}
-
-/* The same changes to formulas that somebody else has changed meanwhile. */
-std::vector<Formula> Changed(const std::vector<Formula> &formulas, const Changes &changes) {
-  std::vector<Formula> kept;
-  for (const Formula &formula : formulas) {
-    if (changes.deleted.count(formula.name) == 0) {
-      kept.push_back(formula);
-    }
-  }
-  return FormulasMerged(kept, changes.stored);
-}
-
-/* "stored mean, warm; deleted old" */
-std::string Summary(const Changes &changes) {
-  std::vector<std::string> stored;
-  for (const Formula &formula : changes.stored) {
-    stored.push_back(formula.name);
-  }
-  std::string summary = stored.empty() ? "" : "stored " + NameList(stored);
-  if (!changes.deleted.empty()) {
-    summary += (summary.empty() ? "deleted " : "; deleted ") +
-               NameList({changes.deleted.begin(), changes.deleted.end()});
-  }
-  return summary;
-}
-
-/* Writes what the session has changed into the store, and tells it. */
-int Save(const EditOptions &options, const Store &edited, const StoreFile &before,
-         const std::vector<Formula> &after, const Changes &changes) {
-  const int status =
-      WithStore(options.store, STORE_MAY_CREATE, [&](const Store &present, const StoreFile &file) {
-        const std::vector<Formula> formulas =
-            file.bytes == before.bytes ? after : Changed(present.formulas, changes);
-        if (formulas.size() > ORL_BLOCK_MOST_ROWS) {
-          return Refuse(file, kStoreIsFull);
-        }
-        std::string error;
-        return StoreSave(file, StoredForm(edited.ec.get(), formulas), error)
-                   ? EXIT_GOOD
-                   : Complain(error, EXIT_WRONG);
-      });
-  StoreTell(changes.stored, status);
-  if (status == EXIT_GOOD) {
-    Complain(before.path + ": " + Summary(changes), status);
-  }
-  return status;
-}
+/* ---- The command ---- */
 
 int32_t EditorType(const std::string &kind) {
   constexpr int32_t kSet = 1;
@@ -99,18 +102,41 @@ int32_t EditorType(const std::string &kind) {
 
 /* Runs the editor in the context. */
 void RunEditor(const EditOptions &options, Session &session, const Store &store,
-               const char *valuesItem) {
+               const char *valuesItem, EditedStore &edited) {
   EC ec = store.ec.get();
   ValueListing listing;
   listing.session = &session;
   ORLSetUserLong(ec, reinterpret_cast<intptr_t>(&listing));
   ORLSetListValuesCallback(ec, ListValues);
   ORLSetDelPermissionCallback(ec, [](EC, HEXP, void *) { return 1; });
+  OrlEditorHost host = {};
+  host.size = sizeof host;
+  host.user = &edited;
+  host.MaySave = MaySave;
+  host.Changed = WriteChanges;
+  const HostInUse inUse(&host);
   const Formula *formula = options.name.empty() ? nullptr : StoreFormula(store, options.name);
   HEXP exp = formula != nullptr ? formula->exp : nullptr;
   const std::string kind =
       options.mode.empty() && exp != nullptr ? FormulaKind(ec, exp) : options.mode;
   ORLBuildExpressionOfType(nullptr, ec, exp, 0, EditorType(kind), valuesItem);
+}
+
+/* Tells what has come of a session that began with the formulas `first`. What could not be written
+ * until now is tried once more. */
+int Finish(EditedStore &store, const StoreFile &file, const std::vector<Formula> &first) {
+  std::string error;
+  Foreign foreign;
+  if (!EditedStoreWrite(store, error, foreign)) {
+    Complain(error.empty() ? file.path + ": another program has stored " +
+                                 DisplayName(foreign.name) + " meanwhile"
+                           : error,
+             EXIT_WRONG);
+    StoreTell(ChangesBetween(store.known, FormulasOf(store.ec)).stored, EXIT_WRONG);
+    return EXIT_WRONG;
+  }
+  const std::string summary = ChangesSummary(ChangesBetween(first, store.known));
+  return Complain(file.path + ": " + (summary.empty() ? "nothing changed" : summary), EXIT_GOOD);
 }
 
 /* Edits the formulas over the columns of the file, for which they must be right. */
@@ -127,13 +153,10 @@ int Edit(const EditOptions &options, Session &session, const Store &old, const S
     return Complain(session.csv.path + ": has no column " + DisplayName(options.values),
                     EXIT_WRONG);
   }
-  RunEditor(options, session, edited, column != nullptr ? column->name.c_str() : nullptr);
-  const std::vector<Formula> after = FormulasOf(edited.ec.get());
-  const Changes changes = ChangesBetween(before, after);
-  if (changes.stored.empty() && changes.deleted.empty()) {
-    return Complain(file.path + ": nothing changed", EXIT_GOOD);
-  }
-  return Save(options, edited, file, after, changes);
+  EditedStore store = {options.store, edited.ec.get(), file.bytes, FormulasOf(edited.ec.get()), {}};
+  const std::vector<Formula> first = store.known;
+  RunEditor(options, session, edited, column != nullptr ? column->name.c_str() : nullptr, store);
+  return Finish(store, file, first);
 }
 
 }  // namespace

@@ -10,12 +10,15 @@ namespace {
 std::atomic<const OrlWindowSystem *> windowSystem{nullptr};
 std::atomic<int32_t> openDialogs{0};
 
-// True when every entry of the table leads somewhere. All entries are routines.
+// The entries that every table has end ahead of this one.
+constexpr size_t kRequired = offsetof(OrlWindowSystem, SetEditorHost);
+
+// True when every required entry of the table leads somewhere. All entries are routines.
 bool IsWhole(const OrlWindowSystem &table) {
   using Entry = void (*)();
   constexpr size_t first = offsetof(OrlWindowSystem, DialogBoxParam);
   static_assert((sizeof(OrlWindowSystem) - first) % sizeof(Entry) == 0);
-  for (size_t at = first; at < sizeof(OrlWindowSystem); at += sizeof(Entry)) {
+  for (size_t at = first; at < kRequired; at += sizeof(Entry)) {
     Entry entry = nullptr;
     std::memcpy(&entry, reinterpret_cast<const char *>(&table) + at, sizeof(entry));
     if (entry == nullptr) {
@@ -31,7 +34,7 @@ int32_t ORLSetWindowSystem(const OrlWindowSystem *system) {
   if (openDialogs != 0) {
     return 0;
   }
-  if (system != nullptr && (system->size < sizeof(OrlWindowSystem) || !IsWhole(*system))) {
+  if (system != nullptr && (system->size < kRequired || !IsWhole(*system))) {
     return 0;
   }
   windowSystem = system;

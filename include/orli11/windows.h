@@ -213,11 +213,33 @@ enum {
 /* Metrics of the screen. */
 enum { ORL_SM_CXFULLSCREEN = 16, ORL_SM_CYFULLSCREEN = 17 };
 
+/* ---- A host beside the editor ---------------------------------------------------------------- */
+
+/* `flags` of OrlEditorHost. */
+enum {
+  ORL_HOST_DISCARDS = 1 /* what the user has changed is discarded without a question */
+};
+
+/* What a host adds to the formula editor, for window systems with SetEditorHost. Each routine may
+ * be null and gets `user`; it runs on the thread of the dialog, and may show boxes over it. */
+typedef struct {
+  uint32_t size; /* of the record that the host was compiled with; later ones grow at the end */
+  uint32_t flags;
+  void *user;
+  /* The text is good and is to be stored: as a new expression where `exp` is null, else in place of
+   * that one. `name` is empty where one will be generated. 0: it is not, and stays in the editor.
+   */
+  int32_t (*MaySave)(void *user, OrlWindow dialog, HEXP exp, const char *text, const char *name);
+  /* The user has stored, renamed or deleted an expression, and does not see it yet. */
+  void (*Changed)(void *user, OrlWindow dialog);
+} OrlEditorHost;
+
 /* ---- The operations -------------------------------------------------------------------------- */
 
 /* The table that a window system hands in. `size` is that of the table it was compiled with; later
- * tables only grow at the end. No entry may be null. Operations on a null window, on one that has
- * gone or on one that the system does not know do nothing and give 0, null or the empty text. */
+ * tables only grow at the end. No entry may be null but the optional ones behind `DrawFocusRect`,
+ * ahead of which a table may also end. Operations on a null window, on one that has gone or on one
+ * that the system does not know do nothing and give 0, null or the empty text. */
 typedef struct {
   uint32_t size;
 
@@ -283,6 +305,13 @@ typedef struct {
   void (*DrawText)(void *surface, const char *text, const OrlRect *rect);
   void (*InvertRect)(void *surface, const OrlRect *rect);
   void (*DrawFocusRect)(void *surface, const OrlRect *rect);
+
+  /* ---- Optional operations ---- */
+
+  /* Takes what a host adds to the editors that open from now on; null for nothing. The record is
+   * kept, not copied. The one before, or null. */
+  const OrlEditorHost *(*SetEditorHost)(const OrlEditorHost *host);
+  const OrlEditorHost *(*GetEditorHost)(void);
 } OrlWindowSystem;
 
 /* Hands a window system to the process; null takes it away. The table is kept, not copied. 1, or 0

@@ -277,8 +277,12 @@ TEST(HeadlessLimits, TheSystemIsTakenWholeAndNotFromUnderADialog) {
   broken.DrawFocusRect = nullptr;
   EXPECT_EQ(0, ORLSetWindowSystem(&broken));
   broken = sys;
-  broken.size = sizeof(broken) - 1;
+  // Ahead of the optional operations a table may end.
+  broken.size = offsetof(OrlWindowSystem, SetEditorHost) - 1;
   EXPECT_EQ(0, ORLSetWindowSystem(&broken));
+  ++broken.size;
+  EXPECT_EQ(1, ORLSetWindowSystem(&broken));
+  EXPECT_EQ(1, ORLSetWindowSystem(nullptr));
   WithDialog(nullptr, [](OrlWindow) {
     const DialogInUse inUse;  // as the dialogs of the engine have it
     EXPECT_EQ(0, ORLSetWindowSystem(nullptr) + ORLHeadlessStart(LookOnce, nullptr));

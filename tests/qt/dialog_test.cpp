@@ -17,8 +17,8 @@
 #include <map>
 
 #include "orli11/qt_windows.h"
-#include "windows/qt/state.h"
 #include "resources/dialogs.h"
+#include "windows/qt/state.h"
 
 namespace {
 
@@ -302,6 +302,60 @@ TEST(QtDialog, AnEndedDialogHearsNothingMore) {
     QTest::qWait(30);
   });
   EXPECT_EQ(0, told);
+}
+
+// Whoever leaves a dialog with changed text is asked ahead of the command, unless the host wants it
+// otherwise or nothing is lost.
+TEST(QtDialog, AsksBeforeChangedTextIsDiscarded) {
+  OrlEditorHost quiet = {};
+  quiet.size = sizeof quiet;
+  quiet.flags = ORL_HOST_DISCARDS;
+  const struct {
+    const char *typed;
+    bool quiet, undone, asks;
+  } rows[] = {{"x", false, false, true},
+              {"", false, false, false},
+              {"x", false, true, false},
+              {"x", true, false, false}};
+  for (const auto &row : rows) {
+    SCOPED_TRACE(std::string(row.typed) + (row.quiet ? " quiet" : "") +
+                 (row.undone ? " undone" : ""));
+    int32_t cancelled = 0, asked = 0;
+    answer = [&](uint32_t message, uintptr_t wParam) {
+      const bool isCancel = message == ORL_WM_COMMAND && wParam == ORL_ID_CANCEL;
+      cancelled += isCancel ? 1 : 0;
+      return isCancel ? 1 : 0;
+    };
+    RunDialog(FindDialog(kDialogEditor), [&](OrlWindow window) {
+      sys->SetEditorHost(row.quiet ? &quiet : nullptr);
+      QWidget *text = WidgetOf(window, 100);
+      QTest::keyClicks(text, row.typed);
+      if (row.undone) QTest::keyClick(text, Qt::Key_Z, Qt::ControlModifier);
+      const std::function<void()> leave[] = {
+          [&] { QTest::keyClick(text, Qt::Key_Escape); },
+          [&] { QTest::mouseClick(WidgetOf(window, 2), Qt::LeftButton); },
+          [&] { qt_windows::FindDialog(window)->widget->close(); }};
+      int32_t expected = 0;
+      for (const auto &way : leave) {
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_Y}) {
+          QTimer timer;
+          QObject::connect(&timer, &QTimer::timeout, [&] {
+            QWidget *box = QApplication::activeModalWidget();
+            if (qobject_cast<QMessageBox *>(box) == nullptr) return;
+            timer.stop();
+            asked++;
+            QTest::keyClick(box, key, key == Qt::Key_Y ? Qt::AltModifier : Qt::NoModifier);
+          });
+          timer.start(10);
+          way();
+          expected += !row.asks || key == Qt::Key_Y ? 1 : 0;
+          EXPECT_EQ(expected, cancelled) << key;
+        }
+      }
+      EXPECT_EQ(row.asks ? 9 : 0, asked);
+    });
+    sys->SetEditorHost(nullptr);
+  }
 }
 
 // A side window by keys: Return takes the row unless the dialog does something else with it, F6

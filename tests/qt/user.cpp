@@ -17,8 +17,8 @@
 #include <QWindow>
 #include <algorithm>
 
-#include "wreni11.h"
 #include "windows/qt/edit.h"
+#include "wreni11.h"
 
 // What a platform tells of its windows at once; Qt has them for tests (qtestmouse.h).
 QT_BEGIN_NAMESPACE
@@ -346,6 +346,11 @@ int32_t PressOn(OrlWindow dialog, int32_t id, bool twice) {
 int32_t ORLHeadlessStart(OrlHeadlessScript script, void *user) {
   MakeApplication();
   if (ORLSetWindowSystem(ORLHeadlessSystem()) == 0) return 0;
+  // No more is asked than on the system without a screen.
+  static OrlEditorHost host = {};
+  host.size = sizeof(host);
+  host.flags = ORL_HOST_DISCARDS;
+  ORLHeadlessSystem()->SetEditorHost(&host);
   session = {};
   QGuiApplication::clipboard()->clear();
   session.script = script;

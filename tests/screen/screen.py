@@ -89,16 +89,21 @@ class Screen:
         """The visible windows whose title matches a pattern, the oldest first."""
         return self.tool("search", "--onlyvisible", "--name", title)[1].split()
 
-    def wait(self, title, there=True):
-        """Waits until a window with this title is there, or is not; its number."""
+    def wait(self, title, there=True, beside=None):
+        """Waits until a window with this title, but for `beside`, is there or is not; its number."""
         end = time.monotonic() + PATIENCE
-        while bool(found := self.windows(title)) != there:
+        while bool(found := [window for window in self.windows(title) if window != beside]) != there:
             if time.monotonic() > end:
                 raise AssertionError(f"no window {title!r}" if there else f"{title!r} stays open")
             time.sleep(0.05)
         if there:
             self.tool("windowfocus", "--sync", found[-1])
         return found[-1] if found else None
+
+    def gone(self, title, beside):
+        """Waits until a window over another one has closed, and goes back to that."""
+        self.wait(title, there=False, beside=beside)
+        self.tool("windowfocus", "--sync", beside)
 
     def place(self, window):
         """x, y, width and height of a window's inside on the screen."""

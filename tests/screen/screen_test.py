@@ -131,8 +131,18 @@ class KeyboardTest(EditorCase):
         self.orli("define", self.store, self.data, "half=amount / 2")
         before = self.store.read_bytes()
         self.edit("half")
+        self.screen.key("Escape")  # nothing has changed: no question
+        self.finish()
+        self.edit("half")
         self.screen.type("1 + ")
-        self.screen.key("Escape")
+        # Return and Escape keep the text.
+        for ask in (lambda: self.screen.key("Escape"), lambda: self.press("cancel")):
+            for keep in ("Return", "Escape"):
+                ask()
+                self.screen.wait("^Formula Editor - half$", beside=self.editor)
+                self.screen.key(keep)
+                self.screen.gone("^Formula Editor - half$", beside=self.editor)
+        self.screen.key("Escape", "alt+y")
         self.finish()
         self.assertEqual(self.store.read_bytes(), before)
 
@@ -164,14 +174,58 @@ class StoreTest(EditorCase):
         self.assertIn("Formula1=tax + 1", self.finish())
         self.assertEqual(self.names(), ["half", "Formula1"])
 
+    def ask_about_half(self, answer):
+        """Writes a formula of a name that another program has stored meanwhile."""
+        self.edit()
+        self.orli("define", self.store, self.data, "half=amount / 2")
+        self.screen.type("tax / 2")
+        self.screen.key("alt+m", "alt+m")
+        self.screen.type("half")
+        self.screen.key("Return")
+        self.screen.wait("^Formula Save$")
+        self.screen.key(answer)
+        self.screen.wait("^Formula Save$", there=False)
+        self.screen.tool("windowfocus", "--sync", self.editor)
 
-    def test_formula_that_cannot_be_stored_is_told(self):
+    def test_name_that_another_has_stored_meanwhile_is_asked_for(self):
+        self.ask_about_half("alt+y")
+        self.finish()
+        self.assertEqual(self.orli("show", self.store, "half").strip(), "tax / 2")
+
+    def test_formula_of_another_is_kept(self):
+        self.ask_about_half("Return")
+        self.screen.key("alt+m", "alt+m")
+        self.screen.type("third")
+        self.screen.key("Return")
+        self.assertIn("third=tax / 2", self.finish())
+        self.assertEqual(self.names(), ["half", "third"])
+        self.assertEqual(self.orli("show", self.store, "half").strip(), "amount / 2")
+
+    def test_formula_that_cannot_be_stored_stays_in_the_editor(self):
         self.edit()
         self.store.write_bytes(b"no store")
         self.screen.type("tax + 1")
         self.screen.key("Return")
-        self.assertIn("not stored: Formula1=tax + 1", self.fail_to_finish())
+        self.screen.wait("^Formula Save$")
         self.assertEqual(self.store.read_bytes(), b"no store")
+        self.store.unlink()
+        self.screen.key("Return")
+        self.screen.wait("^Formula Save$", there=False)
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        self.screen.key("Return")
+        self.assertIn("Formula1=tax + 1", self.finish())
+        self.assertEqual(self.names(), ["Formula1"])
+
+    def test_what_was_saved_outlives_the_program(self):
+        self.orli("define", self.store, self.data, "half=amount / 2", "twice=tax * 2")
+        self.edit("twice")
+        self.screen.type("1 + ")
+        self.screen.key("alt+u", "Home", "Down", "alt+s")
+        self.screen.wait("^Formula Save$")
+        self.screen.key("alt+y")
+        self.screen.wait("^Formula Editor - half$")
+        self.program.kill()
+        self.assertEqual(self.orli("show", self.store, "twice").strip(), "1 + tax * 2")
 
 
 class LoadTest(EditorCase):

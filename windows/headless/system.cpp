@@ -309,7 +309,9 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  DrawBitmapAt,
                                  DrawTextIn,
                                  InvertIn,
-                                 DrawFocusIn};
+                                 DrawFocusIn,
+                                 nullptr,
+                                 nullptr};
 
 void ForgetSession() {
   Posted *posted = session.firstPosted;

@@ -64,7 +64,9 @@ class DialogWidget : public QDialog {
   void closeEvent(QCloseEvent *event) override {
     const Hold hold(dialog_.get());
     if (dialog_->modal) {
-      SendCommand(dialog_.get(), ORL_ID_CANCEL);
+      if (MayDiscard(dialog_.get())) {
+        SendCommand(dialog_.get(), ORL_ID_CANCEL);
+      }
     } else {
       Tell(ORL_WM_CLOSE, 0);
     }
@@ -280,7 +282,7 @@ void OpenDialog(Dialog *dialog, intptr_t parameter) {
     return;
   }
   for (const auto &control : dialog->controls) {
-    control->ForgetUndo();
+    control->TakeAsSaved();
   }
   Control *stop = FirstTabStop(dialog);
   if (stop != nullptr && (result != 0 || dialog->widget->focusWidget() == nullptr)) {

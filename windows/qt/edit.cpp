@@ -213,6 +213,11 @@ void Edit::SetText(const char *text) {
   }
 }
 
+void Edit::TakeAsSaved() {
+  saved = Shown();
+  ForgetUndo();
+}
+
 QString Edit::Allowed(const QString &entered, bool *whole) const {
   *whole = true;
   QString allowed = EnterableText(entered, textKind, Room(*this), whole);
@@ -280,7 +285,7 @@ intptr_t Edit::OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam) {
     case ORL_EM_SETMODIFY:
       modified = wParam != 0;
       if (!modified) {
-        ForgetUndo();
+        TakeAsSaved();
       }
       break;
     case ORL_EM_LIMITTEXT:

@@ -28,6 +28,7 @@ struct Edit : Control {
   int32_t limit = 0;  // in bytes; 0: none
   bool modified = false;
   QString known;     // what the dialog has been told of, or has put there
+  QString saved;     // what it held when it was last taken for saved
   int32_t busy = 0;  // inside of changes that are told as one
   QByteArray typed;  // the beginning of a character that WM_CHAR has brought
 
@@ -42,6 +43,7 @@ struct Edit : Control {
   virtual void Insert(const QString &shown) = 0;
   // What the widget's class does with the press of a key or an event of the mouse.
   virtual void OwnEvent(QEvent *event) = 0;
+  virtual void ForgetUndo() {}
 
   bool IsReadOnly() const { return (style & ORL_STYLE_READ_ONLY) != 0; }
   void Copy() const;
@@ -58,6 +60,8 @@ struct Edit : Control {
 
   QByteArray Text() const override { return BytesOfText(Shown(), textKind); }
   void SetText(const char *text) override;
+  void TakeAsSaved() override;
+  bool IsUnsaved() const override { return modified && !IsReadOnly() && Shown() != saved; }
   intptr_t OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam) override;
 };
 

@@ -385,6 +385,9 @@ void PressEscape(Dialog *dialog) {
     return;
   }
   const Hold hold(dialog);
+  if (!MayDiscard(dialog)) {
+    return;
+  }
   if (SendCommand(dialog, ORL_ID_CANCEL) == 0 && !dialog->modal) {
     Send(dialog->window, ORL_WM_CLOSE, 0, 0);
   }

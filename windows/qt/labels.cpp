@@ -147,8 +147,12 @@ Control *NewButton(const OrlControl &row, Dialog *dialog) {
   FillIn(pressed, row, dialog, widget);
   widget->setAutoDefault(true);
   widget->setDefault((row.style & ORL_STYLE_DEFAULT) != 0);
-  QObject::connect(widget, &QPushButton::clicked, widget,
-                   [pressed] { Notify(pressed, ORL_BN_CLICKED); });
+  QObject::connect(widget, &QPushButton::clicked, widget, [pressed] {
+    const Hold hold(pressed->dialog);
+    if (pressed->id != ORL_ID_CANCEL || MayDiscard(pressed->dialog)) {
+      Notify(pressed, ORL_BN_CLICKED);
+    }
+  });
   return button.release();
 }
 

@@ -56,8 +56,10 @@ struct Control {
   virtual void Place(const QRect &rect) { widget->setGeometry(rect); }
   // The height of a row; for the dialog's answer to WM_MEASUREITEM.
   virtual void SetRowHeight(int32_t /*pixels*/) {}
-  // Forgets what could be undone.
-  virtual void ForgetUndo() {}
+  // Takes what it shows for what is saved, from which nothing is undone.
+  virtual void TakeAsSaved() {}
+  // Whether the user has changed it since.
+  virtual bool IsUnsaved() const { return false; }
 };
 
 struct Dialog {
@@ -226,6 +228,14 @@ void DrawFocusIn(void *surface, const OrlRect *rect);
 // Those that wait for their user.
 int32_t OpenBoxes();
 int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_t type);
+
+// ---- The host beside the editor (editor_host.cpp)
+
+const OrlEditorHost *SetEditorHost(const OrlEditorHost *host);
+const OrlEditorHost *GetEditorHost();
+// Asks the user of a modal dialog whether changed texts may be discarded, unless there are none or
+// the host wants no question. The dialog may have gone afterwards: false then.
+bool MayDiscard(Dialog *dialog);
 
 // ---- The application (application.cpp)
 

@@ -383,7 +383,9 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  Safe<DrawBitmapAt>::Call,
                                  Safe<DrawTextIn>::Call,
                                  Safe<InvertIn>::Call,
-                                 Safe<DrawFocusIn>::Call};
+                                 Safe<DrawFocusIn>::Call,
+                                 Safe<SetEditorHost>::Call,
+                                 Safe<GetEditorHost>::Call};
 
 }  // namespace
 
