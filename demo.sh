@@ -3,7 +3,7 @@
 # opens the formula editor over them; installs what that needs (Debian 12).
 set -euo pipefail
 cd "$(dirname "$0")"
-groups=(build)
+groups=(build) targets=(orli)
 case ${1-} in
   "") ;;
   --edit)
@@ -11,11 +11,11 @@ case ${1-} in
       echo "demo.sh: no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set" >&2
       exit 1
     fi
-    groups+=(screen)
+    groups+=(screen) targets+=(ORLI11-qt)
     ;;
   *) echo "demo.sh: no such option: $1" >&2; exit 2 ;;
 esac
 scripts/install.sh "${groups[@]}"
 echo "Building build/release ..."
-scripts/build.sh release
+scripts/build.sh release "${targets[@]}"
 exec scripts/demo.sh build/release/bin/orli "$@"

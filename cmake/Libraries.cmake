@@ -1,34 +1,62 @@
-# orli_objects(NAME SOURCE...): the object files of one room of the house.
+# What every target of the project is compiled with, and how its libraries are made.
+
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+# orli_compile(TARGET...): the language, the warnings, the sanitizers, and where headers are: the
+# public ones, and the others as "folder/file.h".
+function(orli_compile)
+  foreach(name IN LISTS ARGN)
+    target_compile_features(${name} PRIVATE c_std_11 cxx_std_20)
+    set_target_properties(${name} PROPERTIES C_EXTENSIONS OFF CXX_EXTENSIONS OFF)
+    target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+      $<$<BOOL:${ORLI_WERROR}>:-Werror>)
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include
+      ${PROJECT_SOURCE_DIR}/include/orli11)
+    if(ORLI_SANITIZE)
+      target_compile_options(${name} PRIVATE -fsanitize=${ORLI_SANITIZE} -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
+      target_link_options(${name} PRIVATE -fsanitize=${ORLI_SANITIZE})
+    endif()
+  endforeach()
+endfunction()
+
+# orli_precompile(TARGET header...): headers that most sources of the target include. A cache of
+# compilations does better without.
+function(orli_precompile name)
+  if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    target_precompile_headers(${name} PRIVATE ${ARGN})
+  endif()
+endfunction()
+
+# orli_program(NAME SOURCE...): an executable.
+function(orli_program name)
+  add_executable(${name} ${ARGN})
+  orli_compile(${name})
+endfunction()
+
+# orli_objects(NAME SOURCE...): the object files of one folder.
 #
 # A thread's own data are at a fixed offset from its base. The other model makes them at the first
 # use on a thread when the library was loaded late, and ends the process where that has no memory.
 # The room for them is small: the libraries keep a few hundred bytes there.
 function(orli_objects name)
   add_library(${name} OBJECT ${ARGN})
+  set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
   target_compile_options(${name} PRIVATE -ftls-model=initial-exec)
+  orli_compile(${name})
 endfunction()
 
-# orli_shared_library(NAME [HEADERS file...] OBJECTS room... [LINKS library...] [NOT_INSTALLED]):
-# libNAME.so, which exports the names of cmake/exports/NAME.txt and nothing else. Its headers are
-# those of include/orli11.
-function(orli_shared_library name)
-  cmake_parse_arguments(ARG "NOT_INSTALLED" "" "HEADERS;OBJECTS;LINKS" ${ARGN})
-  set(objects "")
-  foreach(room IN LISTS ARG_OBJECTS)
-    list(APPEND objects $<TARGET_OBJECTS:${room}>)
-  endforeach()
-  add_library(${name} SHARED ${objects})
-  target_link_libraries(${name} PRIVATE ${ARG_LINKS})
-  target_include_directories(${name} INTERFACE
-    ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR}/include/orli11)
-
-  # The version script is made from the list, so that the list is the one home of the names.
-  set(list_file ${CMAKE_SOURCE_DIR}/cmake/exports/${name}.txt)
+# The version script is made from the list of names, which is their one home.
+function(orli_version_script name)
+  set(list_file ${PROJECT_SOURCE_DIR}/cmake/exports/${name}.txt)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list_file})
   file(STRINGS ${list_file} exported REGEX "^[A-Za-z]")
   list(JOIN exported ";\n    " globals)
-  set(script ${CMAKE_BINARY_DIR}/${name}.map)
-  string(MAKE_C_IDENTIFIER ${name} node)
+  set(script ${PROJECT_BINARY_DIR}/${name}.map)
+  string(MAKE_C_IDENTIFIER ${name}_${PROJECT_VERSION_MAJOR} node)
+  string(TOUPPER ${node} node)
   file(CONFIGURE OUTPUT ${script} CONTENT "@node@ {\n  global:\n    @globals@;\n  local:\n    *;\n};\n" @ONLY)
   target_link_options(${name} PRIVATE -Wl,--version-script=${script} -Wl,-z,now -Wl,-z,relro)
   # What threads have registered for their end, and hosts for their callbacks, must not go away.
@@ -37,11 +65,50 @@ function(orli_shared_library name)
     target_link_options(${name} PRIVATE -Wl,--no-undefined)
   endif()
   set_target_properties(${name} PROPERTIES LINK_DEPENDS ${script})
+endfunction()
 
-  if(ARG_NOT_INSTALLED)
+# orli_library(NAME [EXPORT name] [HEADERS file...] OBJECTS folder... [LINKS PUBLIC|PRIVATE library...]
+#   [COMPONENT name]): libNAME, which exports the names of cmake/exports/NAME.txt and nothing else,
+# installed with these headers of include/orli11 unless COMPONENT is NONE; for other projects the
+# target ORLI11::EXPORT.
+function(orli_library name)
+  cmake_parse_arguments(ARG "" "COMPONENT;EXPORT" "HEADERS;OBJECTS;LINKS" ${ARGN})
+  add_library(${name})
+  foreach(folder IN LISTS ARG_OBJECTS)
+    target_sources(${name} PRIVATE $<TARGET_OBJECTS:${folder}>)
+  endforeach()
+  if(ARG_LINKS)
+    target_link_libraries(${name} ${ARG_LINKS})
+  endif()
+  orli_compile(${name})
+  set(include_dir ${CMAKE_INSTALL_INCLUDEDIR})
+  target_include_directories(${name} INTERFACE
+    "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include;${PROJECT_SOURCE_DIR}/include/orli11>"
+    "$<INSTALL_INTERFACE:${include_dir};${include_dir}/orli11>")
+  set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX INSTALL_RPATH "$ORIGIN"
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(BUILD_SHARED_LIBS)
+    orli_version_script(${name})
+  else()
+    # C programs link them too.
+    target_link_libraries(${name} PRIVATE stdc++ m)
+  endif()
+  set(export "")
+  if(ARG_EXPORT)
+    add_library(ORLI11::${ARG_EXPORT} ALIAS ${name})
+    set_target_properties(${name} PROPERTIES EXPORT_NAME ${ARG_EXPORT})
+    set(export EXPORT ORLI11)
+  endif()
+  if(ARG_COMPONENT STREQUAL NONE OR NOT ORLI_INSTALL)
     return()
   endif()
-  install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-  list(TRANSFORM ARG_HEADERS PREPEND ${CMAKE_SOURCE_DIR}/include/orli11/)
-  install(FILES ${ARG_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orli11)
+  if(NOT ARG_COMPONENT)
+    set(ARG_COMPONENT libraries)
+  endif()
+  install(TARGETS ${name} ${export}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${ARG_COMPONENT}
+    NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+  list(TRANSFORM ARG_HEADERS PREPEND ${PROJECT_SOURCE_DIR}/include/orli11/)
+  install(FILES ${ARG_HEADERS} DESTINATION ${include_dir}/orli11 COMPONENT development)
 endfunction()

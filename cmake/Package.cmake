@@ -1,9 +1,37 @@
-# What an installed copy needs beyond its files: libraries that find each other wherever the folder
-# is put, and a pkg-config file that finds them by its own place.
-set_target_properties(ORLI11 WRENI11 PAVNI11 PROPERTIES INSTALL_RPATH "$ORIGIN")
+# What an installed copy needs beyond its files: the ways in which CMake and pkg-config find it
+# wherever its folder is put, and Debian packages.
+include(CMakePackageConfigHelpers)
 
+set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ORLI11)
+install(EXPORT ORLI11 NAMESPACE ORLI11:: FILE ORLI11Targets.cmake DESTINATION ${config_dir}
+  COMPONENT development)
+configure_package_config_file(cmake/ORLI11Config.cmake.in ${PROJECT_BINARY_DIR}/ORLI11Config.cmake
+  INSTALL_DESTINATION ${config_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/ORLI11ConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/ORLI11Config.cmake ${PROJECT_BINARY_DIR}/ORLI11ConfigVersion.cmake
+  DESTINATION ${config_dir} COMPONENT development)
+
+# The pkg-config file finds the folder by its own place, unless a folder is given as a whole path.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH ORLI_PC_UP /${package_dir} /)
-string(REGEX REPLACE "/$" "" ORLI_PC_UP "${ORLI_PC_UP}")
-configure_file(cmake/orli11.pc.in ${CMAKE_BINARY_DIR}/orli11.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/orli11.pc DESTINATION ${package_dir})
+set(ORLI_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
+if(NOT IS_ABSOLUTE ${package_dir})
+  file(RELATIVE_PATH up /${package_dir} /)
+  string(REGEX REPLACE "/$" "" up "${up}")
+  set(ORLI_PC_PREFIX "\${pcfiledir}/${up}")
+endif()
+foreach(dir LIBDIR INCLUDEDIR)
+  set(ORLI_PC_${dir} ${CMAKE_INSTALL_${dir}})
+  if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_${dir}})
+    set(ORLI_PC_${dir} "\${prefix}/${CMAKE_INSTALL_${dir}}")
+  endif()
+endforeach()
+# Static libraries bring along what they are written in.
+set(runtime "-lstdc++ -lm")
+set(ORLI_PC_LIBS "")
+set(ORLI_PC_LIBS_PRIVATE ${runtime})
+if(NOT BUILD_SHARED_LIBS)
+  set(ORLI_PC_LIBS " ${runtime}")
+endif()
+configure_file(cmake/orli11.pc.in ${PROJECT_BINARY_DIR}/orli11.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/orli11.pc DESTINATION ${package_dir} COMPONENT development)

@@ -54,6 +54,10 @@ int32_t ModuleEntry(void *instance, uint32_t reason, void * /*reserved*/) {
   return 1;
 }
 
+uint32_t ORLVersion(void) {
+  return ORL_VERSION_MAJOR << 16 | ORL_VERSION_MINOR << 8 | ORL_VERSION_PATCH;
+}
+
 int32_t WEP(int32_t /*code*/) {
   return 1;
 }

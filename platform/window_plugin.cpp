@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr char kPlugin[] = "libORLI11-qt.so";
+constexpr char kPlugin[] = "libORLI11-qt.so.1";
 
 // The routines of orli11/qt_windows.h.
 using SystemRoutine = const OrlWindowSystem *(*)();

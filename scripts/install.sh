@@ -1,13 +1,15 @@
 #!/bin/bash
 # install.sh GROUP... - installs the Debian packages of the groups that are not there yet.
-#   build      what the libraries, the host program, the tests and the benchmarks are built with
+#   build      what the libraries and the host program are built with
+#   tests      what the tests and the benchmarks are built with
 #   screen     what the formula editor is built with, and a screen with a user for its tests
 #   pictures   a small window manager, for the pictures of the editor
 #   databases  two databases with their ODBC drivers, which tests compare formulas with
 #   check      what .ci/run needs beyond that
 set -euo pipefail
 
-build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev unixodbc-dev libacl1-dev libgtest-dev libbenchmark-dev"
+build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev unixodbc-dev libacl1-dev"
+tests="libgtest-dev libbenchmark-dev"
 screen="qt6-base-dev xvfb xdotool"
 pictures="openbox"
 databases="libsqliteodbc odbc-postgresql postgresql"
@@ -16,7 +18,7 @@ check="clang clang-tidy clang-format libclang-rt-14-dev"
 missing=""
 for group in "$@"; do
   case $group in
-    build | screen | pictures | databases | check) ;;
+    build | tests | screen | pictures | databases | check) ;;
     *) echo "install.sh: no such group: $group" >&2; exit 2 ;;
   esac
   for package in ${!group}; do

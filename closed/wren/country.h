@@ -41,8 +41,8 @@ const Country &CountryBuiltIn();
 // The settings in force, in the active code page. The record is never changed or freed.
 const Country &CountryNow();
 
-// A list of names as a LocaleBlock has them, in the active code page: the block may have been loaded
-// under another one. Lists that are not of the settings are returned as they are.
+// A list of names as a LocaleBlock has them, in the active code page: the block may have been
+// loaded under another one. Lists that are not of the settings are returned as they are.
 const char *NamesInActiveCodePage(const char *names);
 
 #endif

@@ -31,6 +31,17 @@
 extern "C" {
 #endif
 
+/* ---- Version --------------------------------------------------------------------------------- */
+
+#define ORL_VERSION_MAJOR 1
+#define ORL_VERSION_MINOR 0
+#define ORL_VERSION_PATCH 0
+
+/* The version of the library: major << 16 | minor << 8 | patch. A host compares it with the macros,
+ * which are those of the header that it was compiled with: hosts of the same major version that use
+ * nothing newer than the library's minor version work. */
+ORL_API uint32_t ORLVersion(void);
+
 /* ---- Types ----------------------------------------------------------------------------------- */
 
 typedef struct ExprContext *EC;  /* a context */

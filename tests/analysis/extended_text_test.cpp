@@ -6,11 +6,11 @@
 #include <map>
 #include <memory>
 #include <random>
-#include <regex>
 #include <string>
 #include <vector>
 
 #include "support/context.h"
+#include "support/pattern.h"
 
 namespace {
 
@@ -169,18 +169,19 @@ using Texts = std::map<std::string, std::string>;
 
 // Expands and marks a text word by word.
 std::string Model(const Texts &formulas, const std::string &text, bool marks) {
-  static const std::regex token(R"('[^']*'|"[^"]*"|[A-Z]\w*(\.\w+)*|\d+-\d+-\d+|[^])");
+  static const Pattern token(
+      R"(^('[^']*'|"[^"]*"|[A-Z][A-Za-z0-9_]*(\.[A-Za-z0-9_]+)*|[0-9]+-[0-9]+-[0-9]+|.))");
   std::string result;
   std::vector<bool> open;  // for each parenthesis: it belongs to a marked call
   bool marked = false;
-  for (auto at = std::sregex_iterator(text.begin(), text.end(), token);
-       at != std::sregex_iterator(); ++at) {
-    const std::string word = at->str(), rest = at->suffix();
+  for (std::string rest = text; !rest.empty();) {
+    const std::string word(token.Find(rest).at(0));
+    rest.erase(0, word.size());
     const size_t called = rest.find_first_not_of(' ');
     const bool call = called != std::string::npos && rest[called] == '(';
     if (call && formulas.count(word) != 0) {
       result += "(" + Model(formulas, formulas.at(word), marks) + ")";
-      while (at->str() != ")") ++at;
+      rest.erase(0, rest.find(')') + 1);
       continue;
     }
     const bool opens = marks && call && (word == "F" || word == "Marked");

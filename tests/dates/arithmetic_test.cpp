@@ -9,6 +9,7 @@
 #include <random>
 #include <string>
 
+#include "support/context.h"
 #include "tests/dates/date_support.h"
 
 namespace {

@@ -53,10 +53,6 @@ NumberValue Number(int32_t value) {
   return number;
 }
 
-std::string NumberText(const NumberValue &value) {
-  return WRENNumIsNull(&value) != 0 ? "null" : std::to_string(WRENNumToInt(&value));
-}
-
 std::chrono::sys_seconds RandomMoment(std::mt19937_64 &random) {
   return kFirst + std::chrono::seconds{random() % static_cast<uint64_t>((kEnd - kFirst).count())};
 }

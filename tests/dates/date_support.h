@@ -26,7 +26,6 @@ DateTimeParts Parts(int32_t year, int32_t month, int32_t day, int32_t hour = 0, 
 // A stored date by its text as Iso() writes it, or without the time; "null" for the null date.
 NumberValue Stored(const std::string &iso);
 NumberValue Number(int32_t value);
-std::string NumberText(const NumberValue &value);
 
 // The standard library's calendar: any moment of ours, and the parts of a moment.
 constexpr std::chrono::sys_seconds kFirst = std::chrono::sys_days{std::chrono::year{1} / 1 / 1};

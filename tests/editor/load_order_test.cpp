@@ -9,8 +9,10 @@ namespace {
 
 // "F1=text" for each formula.
 std::string BlockOfRows(const std::vector<std::string> &rows) {
-  std::string block = '\3' + std::string(20, '\0') + "\xfc" + '\0';
-  block += static_cast<char>(rows.size());
+  std::string block(24, '\0');
+  block[0] = 3;
+  block[21] = '\xfc';
+  block[23] = static_cast<char>(rows.size());
   block += '\0';
   for (const std::string &row : rows) {
     const size_t equals = row.find('=');

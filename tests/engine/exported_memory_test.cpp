@@ -296,6 +296,7 @@ void AskAboutContext() {
   LOADED(ORLIsItemAggregate)(ec, ORL_INPUT, "Amount");
   LOADED(ORLGetECBlockSize)(ec, 1);
   LOADED(FUNModuleHandle)();
+  LOADED(ORLVersion)();
   LOADED(ORLErrorText)(ORL_ERR_VAR, sizeof at.text, at.text);
   LOADED(WEP)(0);
   LOADED(ORLGetWindowSystem)();

@@ -47,9 +47,11 @@ class Libraries(support.FolderCase):
                 path = support.BUILD / f"lib/lib{library}.so"
                 output = subprocess.check_output(["objdump", "-p", path], text=True)
                 needed = set(re.findall(r"NEEDED\s+(\S+)", output))
-                own = {"libWRENI11.so", "libPAVNI11.so"} if library == "ORLI11" else set()
+                own = {"libWRENI11.so.1", "libPAVNI11.so.1"} if library == "ORLI11" else set()
                 self.assertLessEqual(own, needed)
-                self.assertLessEqual(needed - system, own | {"libWRENI11.so"})
+                self.assertLessEqual(needed - system, own | {"libWRENI11.so.1"})
+                self.assertIn(f"SONAME               lib{library}.so.1\n", output)
+                self.assertIn(f" {library}_1\n", output)
 
 
 class Headers(support.FolderCase):
@@ -154,7 +156,7 @@ class Install(support.FolderCase):
 #include <orli11/windows.h>
 #include <stdio.h>
 int main(void) {
-  if (ORLGetWindowSystem() != NULL) return 1;
+  if (ORLGetWindowSystem() != NULL || ORLVersion() >> 16 != ORL_VERSION_MAJOR) return 1;
   EC ec = ORLCreateEC(NULL, NULL, NULL, 0);
   uint16_t type;
   NumberValue value;

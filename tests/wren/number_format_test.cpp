@@ -203,8 +203,9 @@ TEST(NumberFormat, Parse) {
   ExpectParsed(kBuiltIn, zeros + ",123", "123");
   ExpectParsed(kBuiltIn, zeros + ",1234", nullptr);
   ExpectParsed(kBuiltIn, "1" + zeros.substr(1), nullptr);  // too large
-  ExpectParsed(kBuiltIn, std::string(2000000, ' ') + "5", "5");
-  ExpectParsed(kBuiltIn, "." + std::string(2000000, '3'), "0.33333333333333333333333333");
+  ExpectParsed(kBuiltIn, std::string(2000000, ' ').append("5"), "5");
+  ExpectParsed(kBuiltIn, std::string(2000000, '3').replace(0, 1, "."),
+               "0.33333333333333333333333333");
 }
 
 TEST(NumberFormat, ParseRefuses) {
