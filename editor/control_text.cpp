@@ -2,33 +2,31 @@
 #include "editor/editor.h"
 #include "editor/window_calls.h"
 
-char *TextOfWindow(OrlWindow window) {
+OwnedText TextOfWindow(OrlWindow window) {
   const int32_t length = Windows()->GetWindowTextLength(window);
-  char *text = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(length) + 1));
+  OwnedText text = Allocate<char>(static_cast<uint32_t>(length) + 1);
   if (text != nullptr) {
-    Windows()->GetWindowText(window, text, length + 1);
+    Windows()->GetWindowText(window, text.get(), length + 1);
   }
   return text;
 }
 
-char *TextOfRow(OrlWindow list, int32_t row) {
+OwnedText TextOfRow(OrlWindow list, int32_t row) {
   const auto place = static_cast<uintptr_t>(static_cast<intptr_t>(row));
   const intptr_t length = row < 0 ? -1 : Send(list, ORL_LB_GETTEXTLEN, place);
   if (length < 0) {
     return nullptr;
   }
-  char *text = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(length) + 1));
+  OwnedText text = Allocate<char>(static_cast<uint64_t>(length) + 1);
   if (text != nullptr) {
-    Send(list, ORL_LB_GETTEXT, place, reinterpret_cast<intptr_t>(text));
+    Send(list, ORL_LB_GETTEXT, place, reinterpret_cast<intptr_t>(text.get()));
   }
   return text;
 }
 
-HEXP ExpressionOfRow(OrlWindow list, int32_t row) {
-  char *name = row >= 1 ? TextOfRow(list, row) : nullptr;
-  HEXP exp = name != nullptr ? ORLHEXPFromName(CurrentEditor().ec, name) : nullptr;
-  WRENMemFree(name);
-  return exp;
+HEXP ExpressionOfRow(const EditorState &editor, OrlWindow list, int32_t row) {
+  const OwnedText name = row >= 1 ? TextOfRow(list, row) : nullptr;
+  return name != nullptr ? ORLHEXPFromName(editor.ec, name.get()) : nullptr;
 }
 
 int32_t RowOfOrdinal(OrlWindow list, int32_t ordinal) {

@@ -5,61 +5,62 @@
 namespace {
 
 // Hands an event to the control itself.
-intptr_t Own(int32_t control, OrlWindow window, uint32_t message, uintptr_t wParam,
-             intptr_t lParam) {
-  return Windows()->CallWindowProc(CurrentEditor().controlProcs[control], window, message, wParam,
-                                   lParam);
+intptr_t Own(const EditorState &editor, int32_t control, OrlWindow window, uint32_t message,
+             uintptr_t wParam, intptr_t lParam) {
+  return Windows()->CallWindowProc(editor.controlProcs[control], window, message, wParam, lParam);
 }
 
 // A list whose rows the space key inserts.
-intptr_t ListEvent(int32_t control, OrlWindow window, uint32_t message, uintptr_t wParam,
-                   intptr_t lParam) {
-  if (!EditorRuns()) {
+intptr_t ListEvent(EditorState *editor, int32_t control, OrlWindow window, uint32_t message,
+                   uintptr_t wParam, intptr_t lParam) {
+  if (editor == nullptr) {
     return 0;
   }
-  const intptr_t result = Own(control, window, message, wParam, lParam);
+  const intptr_t result = Own(*editor, control, window, message, wParam, lParam);
   if (message == ORL_WM_CHAR && wParam == ' ') {
-    OrlInsertItem(window);
+    OrlInsertItem(*editor, window);
   }
   return result;
 }
 
 }  // namespace
 
-void OrlFollowRow(OrlWindow dialog, bool openTextView) {
-  if (CurrentEditor().repair == nullptr) {
-    EnableItem(dialog, kButtonSelect, true);
+void OrlFollowRow(EditorState &editor, bool openTextView) {
+  if (editor.repair == nullptr) {
+    EnableItem(editor.dialog, kButtonSelect, true);
   }
-  OrlEnableDelete(dialog);
+  OrlEnableDelete(editor);
   if (openTextView) {
-    OrlOpenTextView(dialog);
+    OrlOpenTextView(editor);
   }
-  if (CurrentEditor().textViewWindow == nullptr) {
-    OrlEnableShowText(dialog);
+  if (editor.textViewWindow == nullptr) {
+    OrlEnableShowText(editor);
   }
-  if (EditorHasModes()) {
-    OrlCaptionByRow(dialog);
+  if (EditorHasModes(editor)) {
+    OrlCaptionByRow(editor);
   }
 }
 
 intptr_t EditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (!EditorRuns()) {
+  EditorState *const editor = OpenEditor();
+  if (editor == nullptr) {
     return 0;
   }
-  const intptr_t result = Own(kEditText, window, message, wParam, lParam);
+  const intptr_t result = Own(*editor, kEditText, window, message, wParam, lParam);
   if (message == ORL_WM_KEYDOWN || message == ORL_WM_LBUTTONUP) {
-    OrlEnableEditButtons(Windows()->GetParent(window));
+    OrlEnableEditButtons(*editor);
   }
   return result;
 }
 
 intptr_t StatusSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (!EditorRuns()) {
+  const EditorState *const editor = OpenEditor();
+  if (editor == nullptr) {
     return 0;
   }
   switch (message) {
     case ORL_WM_SETFOCUS: {
-      OrlWindow dialog = Windows()->GetParent(window);
+      OrlWindow dialog = editor->dialog;
       OrlWindow before = reinterpret_cast<OrlWindow>(wParam);
       // A modeless dialog of the editor has it as its parent too, but is no control of it.
       const bool isSibling =
@@ -76,35 +77,36 @@ intptr_t StatusSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_
     case ORL_WM_LBUTTONDBLCLK:
       return 0;
     default:
-      return Own(kEditStatus, window, message, wParam, lParam);
+      return Own(*editor, kEditStatus, window, message, wParam, lParam);
   }
 }
 
 intptr_t LBFormsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (!EditorRuns()) {
+  EditorState *const open = OpenEditor();
+  if (open == nullptr) {
     return 0;
   }
-  const intptr_t result = ListEvent(kListFormulas, window, message, wParam, lParam);
-  OrlWindow dialog = Windows()->GetParent(window);
+  EditorState &editor = *open;
+  const intptr_t result = ListEvent(&editor, kListFormulas, window, message, wParam, lParam);
   switch (message) {
     case ORL_LB_SETCURSEL:
-      if (EditorHasModes()) {
-        OrlCaptionByRow(dialog);
+      if (EditorHasModes(editor)) {
+        OrlCaptionByRow(editor);
       }
       break;
     case ORL_WM_KEYUP:
       if (wParam == ORL_VK_UP || wParam == ORL_VK_DOWN) {
-        OrlFollowRow(dialog, CurrentEditor().textViewWindow != nullptr);
+        OrlFollowRow(editor, editor.textViewWindow != nullptr);
       }
       break;
     case ORL_WM_LBUTTONUP:
-      OrlFollowRow(dialog, CurrentEditor().textViewWindow != nullptr);
+      OrlFollowRow(editor, editor.textViewWindow != nullptr);
       break;
     case ORL_WM_RBUTTONDBLCLK:
       // The right button selects nothing by itself: the row under the mouse is clicked for it.
-      Own(kListFormulas, window, ORL_WM_LBUTTONDOWN, wParam, lParam);
-      Own(kListFormulas, window, ORL_WM_LBUTTONUP, wParam, lParam);
-      OrlFollowRow(dialog, true);
+      Own(editor, kListFormulas, window, ORL_WM_LBUTTONDOWN, wParam, lParam);
+      Own(editor, kListFormulas, window, ORL_WM_LBUTTONUP, wParam, lParam);
+      OrlFollowRow(editor, true);
       break;
     default:
       break;
@@ -113,9 +115,9 @@ intptr_t LBFormsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr
 }
 
 intptr_t LBVarsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  return ListEvent(kListItems, window, message, wParam, lParam);
+  return ListEvent(OpenEditor(), kListItems, window, message, wParam, lParam);
 }
 
 intptr_t LBFuncsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  return ListEvent(kListFunctions, window, message, wParam, lParam);
+  return ListEvent(OpenEditor(), kListFunctions, window, message, wParam, lParam);
 }

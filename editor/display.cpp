@@ -12,151 +12,148 @@
 
 namespace {
 
-void EnableName(OrlWindow dialog, bool enabled) {
-  EnableItem(dialog, kEditName, enabled);
-  EnableItem(dialog, kLabelName, enabled);
+void EnableName(const EditorState &editor, bool enabled) {
+  EnableItem(editor.dialog, kEditName, enabled);
+  EnableItem(editor.dialog, kLabelName, enabled);
 }
 
-void ShowNewText(OrlWindow dialog) {
-  const EditorState &editor = CurrentEditor();
-  SetItemText(dialog, kEditText, "");
+void ShowNewText(const EditorState &editor) {
+  SetItemText(editor.dialog, kEditText, "");
   char name[kGeneratedNameSize];
   GeneratedName(editor.ec, static_cast<ExpressionClass>(editor.editorMode), name);
-  SetItemText(dialog, kEditName, name);
-  EnableName(dialog, true);
+  SetItemText(editor.dialog, kEditName, name);
+  EnableName(editor, true);
 }
 
-void ShowExpression(OrlWindow dialog, HEXP exp) {
-  const EditorState &editor = CurrentEditor();
-  SetItemText(dialog, kEditText, exp->text);
+void ShowExpression(const EditorState &editor, HEXP exp) {
+  SetItemText(editor.dialog, kEditText, exp->text);
   if (exp->name[0] != '\0') {
-    SetItemText(dialog, kEditName, exp->name);
-    EnableName(dialog, ORLIsNamedFormulaUsed(editor.ec, exp->name) == 0);
+    SetItemText(editor.dialog, kEditName, exp->name);
+    EnableName(editor, ORLIsNamedFormulaUsed(editor.ec, exp->name) == 0);
   }
   if (editor.textViewWindow != nullptr) {
     Send(editor.textViewWindow, kMessageShowExpression, 0, reinterpret_cast<intptr_t>(exp));
   }
 }
 
-void MarkMode(OrlWindow dialog) {
-  Windows()->CheckRadioButton(dialog, kOptionFormula, kOptionSet,
-                              kModeTexts[CurrentEditor().editorMode].optionButton);
+void MarkMode(const EditorState &editor) {
+  Windows()->CheckRadioButton(editor.dialog, kOptionFormula, kOptionSet,
+                              kModeTexts[editor.editorMode].optionButton);
 }
 
 // The kind of a row of the Formulas list.
-int32_t KindOfRow(OrlWindow list, int32_t row) {
-  return row == 0 ? CurrentEditor().editorMode : KindOfExpression(ExpressionOfRow(list, row));
+int32_t KindOfRow(const EditorState &editor, OrlWindow list, int32_t row) {
+  return row == 0 ? editor.editorMode : KindOfExpression(ExpressionOfRow(editor, list, row));
 }
 
 }  // namespace
 
-bool OrlIsModified(OrlWindow dialog) {
-  return IsModified(ItemOf(dialog, kEditText)) || IsModified(ItemOf(dialog, kEditName));
+bool OrlIsModified(const EditorState &editor) {
+  return IsModified(ItemOf(editor.dialog, kEditText)) ||
+         IsModified(ItemOf(editor.dialog, kEditName));
 }
 
-void OrlClearModified(OrlWindow dialog) {
-  SetModified(ItemOf(dialog, kEditText), false);
-  SetModified(ItemOf(dialog, kEditName), false);
+void OrlClearModified(const EditorState &editor) {
+  SetModified(ItemOf(editor.dialog, kEditText), false);
+  SetModified(ItemOf(editor.dialog, kEditName), false);
 }
 
-void OrlShowCurrent(OrlWindow dialog) {
-  HEXP exp = OrlCurrentExpression();
+void OrlShowCurrent(EditorState &editor) {
+  HEXP exp = OrlCurrentExpression(editor);
   if (exp != nullptr) {
-    ShowExpression(dialog, exp);
+    ShowExpression(editor, exp);
   } else {
-    ShowNewText(dialog);
+    ShowNewText(editor);
   }
-  OrlSyncValuesButton(dialog, 0);
-  OrlClearModified(dialog);
-  OrlSetTitle(dialog);
-  OrlEnableEditButtons(dialog);
+  OrlSyncValuesButton(editor, 0);
+  OrlClearModified(editor);
+  OrlSetTitle(editor);
+  OrlEnableEditButtons(editor);
 }
 
-void OrlSetMode(OrlWindow dialog, int32_t target, bool interactive) {
-  EditorState &editor = CurrentEditor();
+void OrlSetMode(EditorState &editor, int32_t target, bool interactive) {
   if (target == kModeTexts[editor.editorMode].optionButton ||
-      (interactive && OrlIsModified(dialog) && !OrlAskSave(dialog))) {
-    MarkMode(dialog);
+      (interactive && OrlIsModified(editor) && !OrlAskSave(editor))) {
+    MarkMode(editor);
     return;
   }
   editor.editorMode = target - kOptionFormula;
-  MarkMode(dialog);
-  OrlWindow list = ItemOf(dialog, kListFormulas);
+  MarkMode(editor);
+  OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t row = CurrentRow(list);
   Send(list, ORL_LB_DELETESTRING, 0);
   InsertRow(list, 0, LoadText(kModeTexts[editor.editorMode].newRow).text, -1);
   if (row >= 0) {
     SetCurrentRow(list, row);
   }
-  OrlSetTitle(dialog);
-  OrlSetStatus(dialog);
+  OrlSetTitle(editor);
+  OrlSetStatus(editor);
   if (interactive) {
     editor.currentExp = nullptr;
-    OrlShowCurrent(dialog);
-    OrlSeedText(dialog);
-    OrlClearModified(dialog);
-    FocusItem(dialog, kEditText);
+    OrlShowCurrent(editor);
+    OrlSeedText(editor);
+    OrlClearModified(editor);
+    FocusItem(editor.dialog, kEditText);
   }
 }
 
-void OrlSetTitle(OrlWindow dialog) {
-  const EditorState &editor = CurrentEditor();
+void OrlSetTitle(EditorState &editor) {
   const char *title = moduleTexts.editorTitles[editor.editorMode];
-  HEXP exp = OrlCurrentExpression();
+  HEXP exp = OrlCurrentExpression(editor);
   const EditorText newRow = LoadText(kModeTexts[editor.editorMode].newRow);
-  const char *name = exp != nullptr                      ? exp->name
-                     : CurrentEditor().repair != nullptr ? CurrentEditor().repair->name
-                                                         : newRow.text;
-  if (!SetJoinedTitle(dialog, title, name)) {
-    Windows()->SetWindowText(dialog, title);
+  const char *name = exp != nullptr             ? exp->name
+                     : editor.repair != nullptr ? editor.repair->name
+                                                : newRow.text;
+  if (!SetJoinedTitle(editor.dialog, title, name)) {
+    Windows()->SetWindowText(editor.dialog, title);
   }
 }
 
-void OrlSetStatus(OrlWindow dialog) {
-  SetItemText(dialog, kEditStatus, LoadText(kModeTexts[CurrentEditor().editorMode].status).text);
+void OrlSetStatus(const EditorState &editor) {
+  SetItemText(editor.dialog, kEditStatus, LoadText(kModeTexts[editor.editorMode].status).text);
 }
 
-void OrlEnableOk(OrlWindow dialog) {
-  EnableItem(dialog, kButtonOk, ItemHasText(dialog, kEditText) && ItemHasText(dialog, kEditName));
+void OrlEnableOk(const EditorState &editor) {
+  EnableItem(editor.dialog, kButtonOk,
+             ItemHasText(editor.dialog, kEditText) && ItemHasText(editor.dialog, kEditName));
 }
 
-void OrlEnableEditButtons(OrlWindow dialog) {
-  const Selection selection = SelectionOf(ItemOf(dialog, kEditText));
+void OrlEnableEditButtons(const EditorState &editor) {
+  const Selection selection = SelectionOf(ItemOf(editor.dialog, kEditText));
   for (const int32_t id : {kButtonCut, kButtonCopy, kButtonClear, kButtonWrap}) {
-    EnableItem(dialog, id, selection.start != selection.end);
+    EnableItem(editor.dialog, id, selection.start != selection.end);
   }
-  EnableItem(dialog, kButtonPaste, Windows()->IsClipboardTextAvailable() != 0);
+  EnableItem(editor.dialog, kButtonPaste, Windows()->IsClipboardTextAvailable() != 0);
 }
 
-void OrlEnableDelete(OrlWindow dialog) {
-  EC ec = CurrentEditor().ec;
-  OrlWindow list = ItemOf(dialog, kListFormulas);
+void OrlEnableDelete(const EditorState &editor) {
+  EC ec = editor.ec;
+  OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t row = CurrentRow(list);
-  const bool offered =
-      CurrentEditor().repair == nullptr && ec->delPermissionProc != nullptr && row >= 1;
-  char *name = offered ? TextOfRow(list, row) : nullptr;
-  EnableItem(dialog, kButtonDelete, name != nullptr && ORLIsNamedFormulaUsed(ec, name) == 0);
-  WRENMemFree(name);
+  const bool offered = editor.repair == nullptr && ec->delPermissionProc != nullptr && row >= 1;
+  const OwnedText name = offered ? TextOfRow(list, row) : nullptr;
+  EnableItem(editor.dialog, kButtonDelete,
+             name != nullptr && ORLIsNamedFormulaUsed(ec, name.get()) == 0);
 }
 
-void OrlEnableShowText(OrlWindow dialog) {
-  EnableItem(dialog, kButtonShowText, CurrentRow(ItemOf(dialog, kListFormulas)) >= 1);
+void OrlEnableShowText(const EditorState &editor) {
+  EnableItem(editor.dialog, kButtonShowText, CurrentRow(ItemOf(editor.dialog, kListFormulas)) >= 1);
 }
 
-void OrlCaptionByRow(OrlWindow dialog) {
-  OrlWindow list = ItemOf(dialog, kListFormulas);
+void OrlCaptionByRow(const EditorState &editor) {
+  OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t row = CurrentRow(list);
   if (row < 0) {
     return;
   }
-  const ModeTexts &texts = kModeTexts[KindOfRow(list, row)];
-  SetItemText(dialog, kButtonSelect, LoadText(texts.selectCaption).text);
-  SetItemText(dialog, kButtonShowText, LoadText(texts.showCaption).text);
+  const ModeTexts &texts = kModeTexts[KindOfRow(editor, list, row)];
+  SetItemText(editor.dialog, kButtonSelect, LoadText(texts.selectCaption).text);
+  SetItemText(editor.dialog, kButtonShowText, LoadText(texts.showCaption).text);
 }
 
-void OrlCaptionValues(OrlWindow dialog) {
+void OrlCaptionValues(const EditorState &editor) {
   constexpr uint32_t kOpensDialog = 245;
   constexpr uint32_t kListsValues = 246;
-  const bool open = CurrentEditor().valuesWindow != nullptr;
-  SetItemText(dialog, kButtonValues, LoadText(open ? kListsValues : kOpensDialog).text);
+  const bool open = editor.valuesWindow != nullptr;
+  SetItemText(editor.dialog, kButtonValues, LoadText(open ? kListsValues : kOpensDialog).text);
 }

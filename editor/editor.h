@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "orli11.h"
+#include "platform/owned.h"
 #include "platform/window_system.h"
 
 // What is written in the editor: the kind of a text, and the mode of the dialog.
@@ -63,9 +64,9 @@ enum EditorMessage : uint32_t {
   kMessageSelectPlaceholder = 1126  // editor
 };
 
-// What the entry points hand to the dialog, on their stack.
 struct FormulaRepair;
 
+// What the entry points hand to the dialog, on their stack.
 struct BuildRecord {
   EC ec;
   HEXP exp;
@@ -81,6 +82,7 @@ constexpr int32_t kLabelSize = 129;  // "Expression" and its kin, at most 128 ch
 struct EditorState {
   BuildRecord *record;
   EC ec;
+  OrlWindow dialog;        // null until it is there
   HEXP currentExp;         // shown in the two edits; null for a new text
   uint64_t currentSerial;  // of that expression
   int32_t editorMode;      // EditorMode
@@ -99,57 +101,55 @@ struct EditorState {
   OrlWindowProc controlProcs[kEditStatus + 1];  // the controls' own procedures, by control id
 };
 
-// The state of the editor that runs on this thread.
-EditorState &CurrentEditor();
+// The state of the editor that runs on this thread, null when none does. A host may call the
+// procedures of its windows at any time: each looks it up once and passes it on.
+EditorState *OpenEditor();
 
 // Opens the editor on the record's expression; null when nothing was stored. With `repair` it is
 // opened on that formula instead.
 HEXP OrlRunEditor(OrlWindow parent, BuildRecord record, EditorMode mode, const char *itemName,
                   FormulaRepair *repair);
 
-// True while the editor is open. A host may call the procedures of its windows at any time.
-bool EditorRuns();
-
 // True with a list values routine and outside recovery: modes, row bitmaps and values are there.
-bool EditorHasModes();
+bool EditorHasModes(const EditorState &editor);
 
 // Takes an expression, or null, for the one that is shown.
-void OrlSetCurrentExpression(HEXP exp);
+void OrlSetCurrentExpression(EditorState &editor, HEXP exp);
 // `currentExp`, or null, also in the state, when the host has destroyed that expression meanwhile.
-HEXP OrlCurrentExpression();
+HEXP OrlCurrentExpression(EditorState &editor);
 
 // ---- Frame (entry.cpp, frame.cpp, opening.cpp, layout.cpp, display.cpp, controls.cpp) -----------
 
 // Makes the row of exactly that text the current and the top row; false when there is none.
 bool OrlFindExact(OrlWindow list, const char *name, int32_t *row);
 // Readies the dialog for its run: state, controls, and what is there to see.
-void OrlOpenDialog(OrlWindow dialog);
-void OrlInitDialog(OrlWindow dialog);
+void OrlOpenDialog(EditorState &editor);
+void OrlInitDialog(EditorState &editor);
 bool OrlIsHiddenExpression(EC ec, HEXP exp);
-void OrlShowCurrent(OrlWindow dialog);
-void OrlSetMode(OrlWindow dialog, int32_t target, bool interactive);
-void OrlSetTitle(OrlWindow dialog);
-void OrlSetStatus(OrlWindow dialog);
-void OrlEnableEditButtons(OrlWindow dialog);
-void OrlEnableDelete(OrlWindow dialog);
-void OrlEnableShowText(OrlWindow dialog);
-void OrlCaptionByRow(OrlWindow dialog);
+void OrlShowCurrent(EditorState &editor);
+void OrlSetMode(EditorState &editor, int32_t target, bool interactive);
+void OrlSetTitle(EditorState &editor);
+void OrlSetStatus(const EditorState &editor);
+void OrlEnableEditButtons(const EditorState &editor);
+void OrlEnableDelete(const EditorState &editor);
+void OrlEnableShowText(const EditorState &editor);
+void OrlCaptionByRow(const EditorState &editor);
 // The user has gone to another row of the Formulas list: buttons, captions and text view follow.
-void OrlFollowRow(OrlWindow dialog, bool openTextView);
-void OrlCaptionValues(OrlWindow dialog);
-void OrlEnableOk(OrlWindow dialog);
+void OrlFollowRow(EditorState &editor, bool openTextView);
+void OrlCaptionValues(const EditorState &editor);
+void OrlEnableOk(const EditorState &editor);
 // Whether the user has changed text or name.
-bool OrlIsModified(OrlWindow dialog);
-void OrlClearModified(OrlWindow dialog);
+bool OrlIsModified(const EditorState &editor);
+void OrlClearModified(const EditorState &editor);
 // Selects the faulty bytes of a text in an edit.
 void OrlSelectError(OrlWindow edit, const FormulaError &error);
-void OrlHelpRequest(OrlWindow dialog, OrlWindow control, OrlHelpProc callback);
-void OrlLayoutOperators(OrlWindow dialog);
-void OrlLayoutFormulas(OrlWindow dialog);
+void OrlHelpRequest(EditorState &editor, OrlWindow control, OrlHelpProc callback);
+void OrlLayoutOperators(const EditorState &editor);
+void OrlLayoutFormulas(const EditorState &editor);
 
 // ---- Lists and insertion (insertion.cpp, placeholders.cpp, templates.cpp, rows.cpp) -------------
 
-void OrlInsertItem(OrlWindow list);
+void OrlInsertItem(EditorState &editor, OrlWindow list);
 // Appends the parameter template of a function to the name in `buffer` of `size` bytes; false when
 // it has no room.
 bool OrlBuildTemplate(char *buffer, int32_t size, const ExprItem *item);
@@ -158,52 +158,52 @@ int32_t OrlTemplateLength(const ExprItem *item);
 const char *OrlParameterLabel(const ExprItem *item, int32_t index);
 // Puts the first `length` bytes of a text in place of the edit's selection. The offset where they
 // stand then, or -1 when there is no memory, with the edit as it was.
-int32_t OrlInsertText(OrlWindow edit, const char *text, int32_t length);
-void OrlSelectPlaceholder(OrlWindow dialog);
-void OrlSeedText(OrlWindow dialog);
-void OrlWrapSelection(OrlWindow edit);
-void OrlDrawFormulaRow(const OrlDrawItem *draw);
-void *OrlRowBitmap(int32_t row, const char *text);
+int32_t OrlInsertText(const EditorState &editor, const char *text, int32_t length);
+void OrlSelectPlaceholder(const EditorState &editor);
+void OrlSeedText(const EditorState &editor);
+void OrlWrapSelection(const EditorState &editor);
+void OrlDrawFormulaRow(const EditorState &editor, const OrlDrawItem *draw);
+void *OrlRowBitmap(const EditorState &editor, int32_t row, const char *text);
 
 // ---- Save and delete (save.cpp, select.cpp, follow.cpp) -----------------------------------------
 
 // The kind of a stored expression, by its root.
 int32_t KindOfExpression(HEXP exp);
-HEXP OrlSaveText(OrlWindow dialog);
-bool OrlAskSave(OrlWindow dialog);
-void OrlSelectFormula(OrlWindow dialog);
-void OrlDeleteSelected(OrlWindow dialog);
+HEXP OrlSaveText(EditorState &editor);
+bool OrlAskSave(EditorState &editor);
+void OrlSelectFormula(EditorState &editor);
+void OrlDeleteSelected(EditorState &editor);
 // Brings the rows of the list of formulas, and what hangs on them, in step with the context behind
 // a routine of the host, which may have changed it. Calls no routine of the host's.
-void OrlFollowContext(OrlWindow dialog);
+void OrlFollowContext(EditorState &editor);
 
 // ---- The host beside the editor (host.cpp) ------------------------------------------------------
 
 // Whether the host takes what is about to be stored for the expression that is shown. True also for
 // what does not parse, which the save will tell.
-bool OrlHostTakes(OrlWindow dialog, const char *text, const char *name);
+bool OrlHostTakes(EditorState &editor, const char *text, const char *name);
 // Tells it that an expression has been stored, renamed or deleted.
-void OrlTellHost(OrlWindow dialog);
+void OrlTellHost(const EditorState &editor);
 
 // ---- Side windows and error boxes (text_view.cpp, values.cpp, error_box.cpp) --------------------
 
-void OrlOpenTextView(OrlWindow dialog);
-void OrlOpenValues(OrlWindow dialog);
-void OrlFillValues(OrlWindow dialog, int32_t first);
-void OrlSyncValuesButton(OrlWindow dialog, int32_t first);
+void OrlOpenTextView(EditorState &editor);
+void OrlOpenValues(EditorState &editor);
+void OrlFillValues(EditorState &editor, int32_t first);
+void OrlSyncValuesButton(EditorState &editor, int32_t first);
 // Writes a text as a String literal; `target` has room for twice its length and 3 bytes.
 void OrlQuoteString(char *target, const char *text);
 intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaError *error);
 
 // ---- Texts of controls (control_text.cpp) -------------------------------------------------------
 
-// Copies in blocks of WRENMemAlloc, to be freed by the caller; null without memory.
-char *TextOfWindow(OrlWindow window);
-char *TextOfRow(OrlWindow list, int32_t row);
+// Copies; null without memory, and for a row that is not there.
+OwnedText TextOfWindow(OrlWindow window);
+OwnedText TextOfRow(OrlWindow list, int32_t row);
 
 // The expression whose name a row of list 114 shows; null for row 0, which shows none, and for a
 // name that is gone.
-HEXP ExpressionOfRow(OrlWindow list, int32_t row);
+HEXP ExpressionOfRow(const EditorState &editor, OrlWindow list, int32_t row);
 
 // A row of list 114 whose data is this ordinal, or -1.
 int32_t RowOfOrdinal(OrlWindow list, int32_t ordinal);

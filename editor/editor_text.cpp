@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "engine/module.h"
+#include "platform/owned.h"
 #include "platform/strings.h"
 #include "platform/text.h"
 #include "platform/window_system.h"
@@ -24,15 +25,13 @@ void AppendText(EditorText &text, uint32_t id) {
 bool SetJoinedTitle(OrlWindow window, const char *left, const char *right) {
   constexpr char kBetween[] = " - ";
   const size_t size = std::strlen(left) + std::strlen(right) + sizeof kBetween;
-  char *title =
-      size <= INT32_MAX ? static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size))) : nullptr;
+  const OwnedText title = size <= INT32_MAX ? Allocate<char>(size) : nullptr;
   if (title == nullptr) {
     return false;
   }
-  lstrcpyA(title, left);
-  lstrcatA(title, kBetween);
-  lstrcatA(title, right);
-  Windows()->SetWindowText(window, title);
-  WRENMemFree(title);
+  lstrcpyA(title.get(), left);
+  lstrcatA(title.get(), kBetween);
+  lstrcatA(title.get(), right);
+  Windows()->SetWindowText(window, title.get());
   return true;
 }

@@ -32,27 +32,20 @@ EditorMode ModeOfType(int32_t type) {
 
 }  // namespace
 
-EditorState &CurrentEditor() {
-  static EditorState none;  // for questions, which find nothing in it
-  return openEditor != nullptr ? *openEditor : none;
+EditorState *OpenEditor() {
+  return Windows() != nullptr ? openEditor : nullptr;
 }
 
-bool EditorRuns() {
-  return Windows() != nullptr && openEditor != nullptr;
+bool EditorHasModes(const EditorState &editor) {
+  return editor.ec->listValuesProc != nullptr && editor.repair == nullptr;
 }
 
-bool EditorHasModes() {
-  EC ec = CurrentEditor().ec;
-  return ec != nullptr && ec->listValuesProc != nullptr && CurrentEditor().repair == nullptr;
+void OrlSetCurrentExpression(EditorState &editor, HEXP exp) {
+  editor.currentExp = exp;
+  editor.currentSerial = RefTo(exp).serial;
 }
 
-void OrlSetCurrentExpression(HEXP exp) {
-  CurrentEditor().currentExp = exp;
-  CurrentEditor().currentSerial = RefTo(exp).serial;
-}
-
-HEXP OrlCurrentExpression() {
-  EditorState &editor = CurrentEditor();
+HEXP OrlCurrentExpression(EditorState &editor) {
   if (!IsStored(editor.ec, {editor.currentExp, editor.currentSerial})) {
     editor.currentExp = nullptr;
   }
@@ -83,7 +76,7 @@ HEXP OrlRunEditor(OrlWindow parent, BuildRecord record, EditorMode mode, const c
   editor.record = &record;
   editor.ec = ec;
   editor.repair = repair;
-  OrlSetCurrentExpression(record.exp);
+  OrlSetCurrentExpression(editor, record.exp);
   editor.editorMode = mode;
   const size_t itemLength = strnlen(itemName, sizeof editor.valuesItem);
   if (itemLength < sizeof editor.valuesItem) {  // longer than any item's name: no item is meant

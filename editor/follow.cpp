@@ -15,10 +15,8 @@ bool RowShows(OrlWindow list, int32_t row, int32_t ordinal, const char *name) {
   if (Send(list, ORL_LB_GETITEMDATA, static_cast<uintptr_t>(row)) != ordinal) {
     return false;
   }
-  char *text = TextOfRow(list, row);
-  const bool same = text == nullptr || SameText(text, name);  // without memory nobody can tell
-  WRENMemFree(text);
-  return same;
+  const OwnedText text = TextOfRow(list, row);
+  return text == nullptr || SameText(text.get(), name);  // without memory it counts as unchanged
 }
 
 bool IsHidden(EC ec, HEXP exp) {
@@ -27,8 +25,8 @@ bool IsHidden(EC ec, HEXP exp) {
 
 // True when the rows are in the order of the expressions, with their names and ordinals, and none
 // is missing that is to be listed.
-bool RowsAgree(OrlWindow list, int32_t rows) {
-  EC ec = CurrentEditor().ec;
+bool RowsAgree(const EditorState &editor, OrlWindow list, int32_t rows) {
+  EC ec = editor.ec;
   int32_t row = 1;
   for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(ec); ordinal++) {
     HEXP exp = ORLHEXPFromOrdinal(ec, ordinal);
@@ -43,15 +41,15 @@ bool RowsAgree(OrlWindow list, int32_t rows) {
 
 // Lists the expressions anew; those that had a row keep one, though a new list would hide them.
 // False without memory.
-bool ListAnew(OrlWindow list, int32_t rows) {
-  EC ec = CurrentEditor().ec;
-  HEXP *listed =
-      static_cast<HEXP *>(WRENMemAlloc(static_cast<uint32_t>(rows) * uint32_t{sizeof(HEXP)}));
-  if (listed == nullptr) {
+bool ListAnew(const EditorState &editor, OrlWindow list, int32_t rows) {
+  EC ec = editor.ec;
+  const Owned<HEXP> block = Allocate<HEXP>(static_cast<uint32_t>(rows));
+  if (block == nullptr) {
     return false;
   }
+  HEXP *const listed = block.get();
   for (int32_t row = rows - 1; row >= 1; row--) {
-    listed[row] = ExpressionOfRow(list, row);
+    listed[row] = ExpressionOfRow(editor, list, row);
     Send(list, ORL_LB_DELETESTRING, static_cast<uintptr_t>(row));
   }
   std::sort(listed, listed + rows);
@@ -61,15 +59,13 @@ bool ListAnew(OrlWindow list, int32_t rows) {
       InsertRow(list, -1, exp->name, ordinal);
     }
   }
-  WRENMemFree(listed);
   WRENListBoxRefit(list);
   return true;
 }
 
 // Makes the row of an expression current again that the host may have taken away. The buttons that
 // act on a row go with it; where there was none, they stay as they were.
-void RestoreRow(OrlWindow dialog, OrlWindow list, int32_t row, HEXP exp) {
-  EditorState &editor = CurrentEditor();
+void RestoreRow(const EditorState &editor, OrlWindow list, int32_t row, HEXP exp) {
   if (row < 0) {
     return;
   }
@@ -82,7 +78,7 @@ void RestoreRow(OrlWindow dialog, OrlWindow list, int32_t row, HEXP exp) {
     return;
   }
   for (const int32_t button : {kButtonDelete, kButtonSelect, kButtonShowText}) {
-    EnableItem(dialog, button, false);
+    EnableItem(editor.dialog, button, false);
   }
   if (editor.textViewWindow != nullptr) {
     Send(editor.textViewWindow, kMessageShowExpression, static_cast<uintptr_t>(editor.editorMode));
@@ -91,27 +87,26 @@ void RestoreRow(OrlWindow dialog, OrlWindow list, int32_t row, HEXP exp) {
 
 }  // namespace
 
-void OrlFollowContext(OrlWindow dialog) {
-  const EditorState &editor = CurrentEditor();
-  OrlWindow list = ItemOf(dialog, kListFormulas);
+void OrlFollowContext(EditorState &editor) {
+  OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const auto rows = static_cast<int32_t>(Send(list, ORL_LB_GETCOUNT));
-  if (!RowsAgree(list, rows)) {
+  if (!RowsAgree(editor, list, rows)) {
     const int32_t row = CurrentRow(list);
-    HEXP exp = ExpressionOfRow(list, row);
-    if (ListAnew(list, rows)) {
-      RestoreRow(dialog, list, row, exp);
+    HEXP exp = ExpressionOfRow(editor, list, row);
+    if (ListAnew(editor, list, rows)) {
+      RestoreRow(editor, list, row, exp);
     }
   }
-  OrlEnableDelete(dialog);
-  if (EditorHasModes()) {
-    OrlCaptionByRow(dialog);  // an expression may be of another kind now
+  OrlEnableDelete(editor);
+  if (EditorHasModes(editor)) {
+    OrlCaptionByRow(editor);  // an expression may be of another kind now
   }
-  if (CurrentEditor().repair != nullptr) {
+  if (editor.repair != nullptr) {
     return;
   }
-  HEXP current = OrlCurrentExpression();
+  HEXP current = OrlCurrentExpression(editor);
   const bool free = current == nullptr || ORLIsNamedFormulaUsed(editor.ec, current->name) == 0;
-  EnableItem(dialog, kEditName, free);
-  EnableItem(dialog, kLabelName, free);
-  OrlSetTitle(dialog);  // what an expression held that is gone stays in the edits, as a new text
+  EnableItem(editor.dialog, kEditName, free);
+  EnableItem(editor.dialog, kLabelName, free);
+  OrlSetTitle(editor);  // what an expression held that is gone stays in the edits, as a new text
 }

@@ -11,31 +11,27 @@
 namespace {
 
 struct Command {
-  OrlWindow dialog;
+  EditorState &editor;
   int32_t id;
   int32_t notification;
 };
 
-OrlWindow TextEdit(OrlWindow dialog) {
-  return ItemOf(dialog, kEditText);
-}
-
 void Accept(const Command &command) {
-  HEXP saved = OrlSaveText(command.dialog);
-  const FormulaRepair *repair = CurrentEditor().repair;
+  HEXP saved = OrlSaveText(command.editor);
+  const FormulaRepair *repair = command.editor.repair;
   if (saved != nullptr || (repair != nullptr && repair->deferred != nullptr)) {
-    CurrentEditor().record->result = saved;
-    Windows()->EndDialog(command.dialog, 0);
+    command.editor.record->result = saved;
+    Windows()->EndDialog(command.editor.dialog, 0);
   }
 }
 
 void Cancel(const Command &command) {
-  Windows()->EndDialog(command.dialog, 0);
+  Windows()->EndDialog(command.editor.dialog, 0);
 }
 
 void EditChanged(const Command &command) {
   if (command.notification == ORL_EN_CHANGE) {
-    OrlEnableOk(command.dialog);
+    OrlEnableOk(command.editor);
   }
 }
 
@@ -44,59 +40,59 @@ void EditText(const Command &command) {
                            : command.id == kButtonCut   ? ORL_WM_CUT
                            : command.id == kButtonPaste ? ORL_WM_PASTE
                                                         : ORL_WM_CLEAR;
-  Send(TextEdit(command.dialog), message);
-  OrlEnableEditButtons(command.dialog);
-  FocusItem(command.dialog, kEditText);
+  Send(ItemOf(command.editor.dialog, kEditText), message);
+  OrlEnableEditButtons(command.editor);
+  FocusItem(command.editor.dialog, kEditText);
 }
 
 void Wrap(const Command &command) {
-  OrlWrapSelection(TextEdit(command.dialog));
-  EnableItem(command.dialog, kButtonWrap, false);
-  OrlEnableEditButtons(command.dialog);
+  OrlWrapSelection(command.editor);
+  EnableItem(command.editor.dialog, kButtonWrap, false);
+  OrlEnableEditButtons(command.editor);
 }
 
 void ListCommand(const Command &command) {
   if (command.notification == ORL_LBN_DBLCLK) {
-    OrlInsertItem(ItemOf(command.dialog, command.id));
+    OrlInsertItem(command.editor, ItemOf(command.editor.dialog, command.id));
   } else if (command.notification == ORL_LBN_SELCHANGE && command.id == kListItems) {
-    OrlSyncValuesButton(command.dialog, 1);
+    OrlSyncValuesButton(command.editor, 1);
   } else if (command.notification == ORL_LBN_SELCHANGE && command.id == kListFormulas) {
     // By a key that is none of the arrows, or by a screen reader.
-    OrlFollowRow(command.dialog, CurrentEditor().textViewWindow != nullptr);
+    OrlFollowRow(command.editor, command.editor.textViewWindow != nullptr);
   }
 }
 
 void InsertOperator(const Command &command) {
-  const bool concat = CurrentEditor().ec->concatAllowed != 0;
+  const bool concat = command.editor.ec->concatAllowed != 0;
   const char *const texts[] = {" + ", " - ", " * ", " / ", concat ? " || " : " % "};
   const char *text = texts[command.id - kButtonPlus];
-  OrlInsertText(TextEdit(command.dialog), text, WRENStrLen(text));
+  OrlInsertText(command.editor, text, WRENStrLen(text));
 }
 
 void InsertDigit(const Command &command) {
   const char text = "0123456789."[command.id - kButtonDigit0];
-  OrlInsertText(TextEdit(command.dialog), &text, 1);
+  OrlInsertText(command.editor, &text, 1);
 }
 
 void Delete(const Command &command) {
-  OrlDeleteSelected(command.dialog);
+  OrlDeleteSelected(command.editor);
 }
 
 void SelectRow(const Command &command) {
-  OrlSelectFormula(command.dialog);
+  OrlSelectFormula(command.editor);
 }
 
 void ShowText(const Command &command) {
-  OrlOpenTextView(command.dialog);
+  OrlOpenTextView(command.editor);
 }
 
 void ShowValues(const Command &command) {
-  OrlOpenValues(command.dialog);
-  OrlCaptionValues(command.dialog);
+  OrlOpenValues(command.editor);
+  OrlCaptionValues(command.editor);
 }
 
 void ChangeMode(const Command &command) {
-  OrlSetMode(command.dialog, command.id, true);
+  OrlSetMode(command.editor, command.id, true);
 }
 
 struct CommandRow {
@@ -122,8 +118,8 @@ constexpr CommandRow kCommands[] = {
     {kOptionFormula, kOptionSet, ChangeMode},
 };
 
-intptr_t RunCommand(OrlWindow dialog, uintptr_t wParam) {
-  const Command command = {dialog, static_cast<int32_t>(wParam & 0xFFFF),
+intptr_t RunCommand(EditorState &editor, uintptr_t wParam) {
+  const Command command = {editor, static_cast<int32_t>(wParam & 0xFFFF),
                            static_cast<int32_t>(wParam >> 16 & 0xFFFF)};
   const auto *row = std::find_if(std::begin(kCommands), std::end(kCommands), [&](const auto &at) {
     return command.id >= at.first && command.id <= at.last;
@@ -134,34 +130,35 @@ intptr_t RunCommand(OrlWindow dialog, uintptr_t wParam) {
   return command.id == kButtonOk || command.id == kButtonCancel ? 1 : 0;
 }
 
-void Begin(OrlWindow dialog, const void *record) {
-  if (record == nullptr || record != CurrentEditor().record) {
+void Begin(EditorState *editor, OrlWindow dialog, const void *record) {
+  if (editor == nullptr || record != editor->record) {
     Windows()->EndDialog(dialog, 0);
   } else {
-    OrlOpenDialog(dialog);
+    editor->dialog = dialog;
+    OrlOpenDialog(*editor);
   }
 }
 
-void Measure(OrlMeasureItem *item) {
-  const OrlTextMetrics &metrics = CurrentEditor().metrics;
+void Measure(const EditorState &editor, OrlMeasureItem *item) {
+  const OrlTextMetrics &metrics = editor.metrics;
   if (item != nullptr && item->control == kListFormulas) {
     item->height = metrics.height + metrics.externalLeading;
   }
 }
 
-void ShowLoadError(OrlWindow dialog, uintptr_t timer) {
-  const FormulaRepair *repair = CurrentEditor().repair;
+void ShowLoadError(EditorState &editor, uintptr_t timer) {
+  const FormulaRepair *repair = editor.repair;
   if (timer == kErrorTimer) {
-    Windows()->KillTimer(dialog, timer);
+    Windows()->KillTimer(editor.dialog, timer);
     if (repair != nullptr) {
-      OrlLoadErrorDisplay(dialog, repair->text, &repair->error);
-      OrlFollowContext(dialog);
+      OrlLoadErrorDisplay(editor.dialog, repair->text, &repair->error);
+      OrlFollowContext(editor);
     }
   }
 }
 
-void DeleteRowBitmaps() {
-  for (void *&bitmap : CurrentEditor().rowBitmaps) {
+void DeleteRowBitmaps(EditorState &editor) {
+  for (void *&bitmap : editor.rowBitmaps) {
     if (bitmap != nullptr) {
       Windows()->DeleteBitmap(bitmap);
     }
@@ -171,7 +168,7 @@ void DeleteRowBitmaps() {
 
 }  // namespace
 
-void OrlHelpRequest(OrlWindow dialog, OrlWindow control, OrlHelpProc callback) {
+void OrlHelpRequest(EditorState &editor, OrlWindow control, OrlHelpProc callback) {
   constexpr int32_t kHelpByNumber = 1;
   constexpr int32_t kHelpByKey = 257;
   constexpr intptr_t kEditorHelp = 400;
@@ -179,50 +176,52 @@ void OrlHelpRequest(OrlWindow dialog, OrlWindow control, OrlHelpProc callback) {
   if (callback == nullptr) {
     return;
   }
-  OrlWindow functions = ItemOf(dialog, kListFunctions);
-  char *name = control != nullptr && control == functions
-                   ? TextOfRow(functions, CurrentRow(functions))
-                   : nullptr;
+  OrlWindow functions = ItemOf(editor.dialog, kListFunctions);
+  const OwnedText name = control != nullptr && control == functions
+                             ? TextOfRow(functions, CurrentRow(functions))
+                             : nullptr;
   const int32_t command = name != nullptr ? kHelpByKey : kHelpByNumber;
-  const intptr_t data = name != nullptr    ? reinterpret_cast<intptr_t>(name)
-                        : EditorHasModes() ? kEditorWithModesHelp
-                                           : kEditorHelp;
+  const intptr_t data = name != nullptr          ? reinterpret_cast<intptr_t>(name.get())
+                        : EditorHasModes(editor) ? kEditorWithModesHelp
+                                                 : kEditorHelp;
   CallHost([=] { return callback(command, data); });
-  WRENMemFree(name);
-  OrlFollowContext(dialog);
+  OrlFollowContext(editor);
 }
 
 intptr_t OrlDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (Windows() == nullptr || (CurrentEditor().record == nullptr && message != ORL_WM_INITDIALOG)) {
+  EditorState *const open = OpenEditor();
+  if (message == ORL_WM_INITDIALOG && Windows() != nullptr) {
+    Begin(open, window, reinterpret_cast<const void *>(lParam));
     return 0;
   }
+  if (open == nullptr) {
+    return 0;
+  }
+  EditorState &editor = *open;
   switch (message) {
     case ORL_WM_SETFONT:
-      Windows()->GetTextMetrics(window, &CurrentEditor().metrics);
+      Windows()->GetTextMetrics(window, &editor.metrics);
       break;
     case ORL_WM_MEASUREITEM:
-      Measure(reinterpret_cast<OrlMeasureItem *>(lParam));
-      break;
-    case ORL_WM_INITDIALOG:
-      Begin(window, reinterpret_cast<const void *>(lParam));
+      Measure(editor, reinterpret_cast<OrlMeasureItem *>(lParam));
       break;
     case ORL_WM_COMMAND:
-      return RunCommand(window, wParam);
+      return RunCommand(editor, wParam);
     case ORL_WM_DRAWITEM:
-      OrlDrawFormulaRow(reinterpret_cast<const OrlDrawItem *>(lParam));
+      OrlDrawFormulaRow(editor, reinterpret_cast<const OrlDrawItem *>(lParam));
       break;
     case ORL_WM_TIMER:
-      ShowLoadError(window, wParam);
+      ShowLoadError(editor, wParam);
       break;
     case kMessageSelectPlaceholder:
-      OrlSelectPlaceholder(window);
+      OrlSelectPlaceholder(editor);
       break;
     case ORL_WM_HELP_REQUEST:
-      OrlHelpRequest(window, reinterpret_cast<OrlWindow>(wParam),
+      OrlHelpRequest(editor, reinterpret_cast<OrlWindow>(wParam),
                      reinterpret_cast<OrlHelpProc>(lParam));
       break;
     case ORL_WM_DESTROY:
-      DeleteRowBitmaps();
+      DeleteRowBitmaps(editor);
       break;
     default:
       break;

@@ -13,17 +13,18 @@ const OrlEditorHost *Host() {
 
 }  // namespace
 
-bool OrlHostTakes(OrlWindow dialog, const char *text, const char *name) {
+bool OrlHostTakes(EditorState &editor, const char *text, const char *name) {
   const OrlEditorHost *host = Host();
-  HEXP exp = OrlCurrentExpression();
+  OrlWindow dialog = editor.dialog;
+  HEXP exp = OrlCurrentExpression(editor);
   return host == nullptr || host->MaySave == nullptr ||
-         ClassifyText(CurrentEditor().ec, exp, text, name) < 0 ||
+         ClassifyText(editor.ec, exp, text, name) < 0 ||
          CallHost([=] { return host->MaySave(host->user, dialog, exp, text, name); }) != 0;
 }
 
-void OrlTellHost(OrlWindow dialog) {
+void OrlTellHost(const EditorState &editor) {
   const OrlEditorHost *host = Host();
   if (host != nullptr && host->Changed != nullptr) {
-    CallHost([=] { host->Changed(host->user, dialog); });
+    CallHost([&] { host->Changed(host->user, editor.dialog); });
   }
 }

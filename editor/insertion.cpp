@@ -27,8 +27,7 @@ struct Surroundings {
   const char *tail;    // goes to the end of the whole text, behind a blank
 };
 
-Surroundings SurroundingsFor(const char *text, Selection selection) {
-  const EditorState &editor = CurrentEditor();
+Surroundings SurroundingsFor(const EditorState &editor, const char *text, Selection selection) {
   char selected[kTailLimit];
   const int32_t length = selection.end - selection.start;
   if (length < 1 || length >= kTailLimit) {
@@ -51,20 +50,20 @@ char *Put(char *target, const char *text, int32_t length) {
 }
 
 // The name of a function with its template, in a block of its own; null without memory.
-char *FunctionWithTemplate(const char *name, const ExprItem *function) {
+OwnedText FunctionWithTemplate(const char *name, const ExprItem *function) {
   const int32_t size = WRENStrLen(name) + OrlTemplateLength(function) + 1;
-  char *text = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size)));
+  OwnedText text = Allocate<char>(static_cast<uint32_t>(size));
   if (text != nullptr) {
-    Put(text, name, WRENStrLen(name));
-    OrlBuildTemplate(text, size, function);
+    Put(text.get(), name, WRENStrLen(name));
+    OrlBuildTemplate(text.get(), size, function);
   }
   return text;
 }
 
 // Inserts a function with its template and selects the first placeholder.
-void InsertFunction(OrlWindow edit, const char *name) {
-  const ExprItem *function = ItemFind(&CurrentEditor().ec->functions, name);
-  char *text = function == nullptr ? nullptr : FunctionWithTemplate(name, function);
+void InsertFunction(const EditorState &editor, const char *name) {
+  const ExprItem *function = ItemFind(&editor.ec->functions, name);
+  const OwnedText text = function == nullptr ? nullptr : FunctionWithTemplate(name, function);
   if (text == nullptr) {
     return;
   }
@@ -73,113 +72,107 @@ void InsertFunction(OrlWindow edit, const char *name) {
   const int32_t ahead = WRENStrLen("(") + (distinct ? WRENStrLen("DISTINCT ") : 0) +
                         (bracket ? WRENStrLen("[") : 0) + WRENStrLen(" ");
   const int32_t label = function->paramCount > 0 ? WRENStrLen(OrlParameterLabel(function, 0)) : 0;
-  const int32_t at = OrlInsertText(edit, text, WRENStrLen(text));
+  const int32_t at = OrlInsertText(editor, text.get(), WRENStrLen(text.get()));
   if (at >= 0 && label > 0) {
     const int32_t start = at + WRENStrLen(name) + ahead;
-    Select(edit, start, start + label);
+    Select(ItemOf(editor.dialog, kEditText), start, start + label);
   }
-  WRENMemFree(text);
 }
 
 // A formula is written with parentheses. It cannot name itself, and no text can hold a range or a
 // set by its name.
-void InsertFormula(OrlWindow edit, const char *name) {
-  HEXP exp = ORLHEXPFromName(CurrentEditor().ec, name);
-  if (exp == nullptr || exp == OrlCurrentExpression() || NodeKindOf(exp->tree) == NODE_SET ||
+void InsertFormula(EditorState &editor, const char *name) {
+  HEXP exp = ORLHEXPFromName(editor.ec, name);
+  if (exp == nullptr || exp == OrlCurrentExpression(editor) || NodeKindOf(exp->tree) == NODE_SET ||
       NodeKindOf(exp->tree) == NODE_RANGE) {
     return;
   }
   const int32_t length = WRENStrLen(name);
-  char *text = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(length) + 3));
+  const OwnedText text = Allocate<char>(static_cast<uint32_t>(length) + 3);
   if (text != nullptr) {
-    Put(Put(text, name, length), "()", 2);
-    OrlInsertText(edit, text, length + 2);
-    WRENMemFree(text);
+    Put(Put(text.get(), name, length), "()", 2);
+    OrlInsertText(editor, text.get(), length + 2);
   }
 }
 
 }  // namespace
 
-void OrlInsertItem(OrlWindow list) {
+void OrlInsertItem(EditorState &editor, OrlWindow list) {
   const int32_t row = CurrentRow(list);
   const int32_t id = Windows()->GetDlgCtrlID(list);
   if (row < 0 || (id == kListFormulas && row == 0)) {
     return;
   }
-  char *name = TextOfRow(list, row);
-  OrlWindow edit = ItemOf(Windows()->GetParent(list), kEditText);
+  const OwnedText name = TextOfRow(list, row);
   if (name == nullptr) {
     return;
   }
   switch (id) {
     case kListItems:
-      OrlInsertText(edit, name, WRENStrLen(name));
+      OrlInsertText(editor, name.get(), WRENStrLen(name.get()));
       break;
     case kListFunctions:
-      InsertFunction(edit, name);
+      InsertFunction(editor, name.get());
       break;
     case kListFormulas:
-      InsertFormula(edit, name);
+      InsertFormula(editor, name.get());
       break;
     default:
       break;
   }
-  WRENMemFree(name);
 }
 
-int32_t OrlInsertText(OrlWindow edit, const char *text, int32_t length) {
-  char *old = TextOfWindow(edit);
-  if (old == nullptr) {
+int32_t OrlInsertText(const EditorState &editor, const char *text, int32_t length) {
+  OrlWindow edit = ItemOf(editor.dialog, kEditText);
+  const OwnedText oldText = TextOfWindow(edit);
+  if (oldText == nullptr) {
     return -1;
   }
+  const char *old = oldText.get();
   const int32_t oldLength = WRENStrLen(old);
   const Selection selection = SelectionIn(edit, oldLength);
-  const auto [before, tail] = SurroundingsFor(old, selection);
+  const auto [before, tail] = SurroundingsFor(editor, old, selection);
   const int32_t behind = oldLength - selection.end;
   const int64_t size = int64_t{selection.start} + WRENStrLen(before) + length + behind +
                        (tail == nullptr ? 0 : 1 + WRENStrLen(tail)) + 1;
-  char *fresh =
-      size > INT32_MAX ? nullptr : static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size)));
+  const OwnedText fresh = size > INT32_MAX ? nullptr : Allocate<char>(static_cast<uint64_t>(size));
   if (fresh == nullptr) {
-    WRENMemFree(old);
     return -1;
   }
-  char *at = Put(fresh, old, selection.start);
+  char *at = Put(fresh.get(), old, selection.start);
   at = Put(at, before, WRENStrLen(before));
-  const auto start = static_cast<int32_t>(at - fresh);
+  const auto start = static_cast<int32_t>(at - fresh.get());
   at = Put(at, text, length);
   at = Put(at, old + selection.end, behind);
   if (tail != nullptr) {
     Put(Put(at, " ", 1), tail, WRENStrLen(tail));
   }
-  Windows()->SetWindowText(edit, fresh);
-  WRENMemFree(old);
-  WRENMemFree(fresh);
+  Windows()->SetWindowText(edit, fresh.get());
   Select(edit, start + length, start + length);
   Windows()->SetFocus(edit);
   SetModified(edit, true);
-  OrlWindow dialog = Windows()->GetParent(edit);
-  Send(dialog, ORL_WM_COMMAND, kEditText | ORL_EN_CHANGE << 16, reinterpret_cast<intptr_t>(edit));
-  Windows()->PostMessage(dialog, kMessageSelectPlaceholder, 0, 0);
+  Send(editor.dialog, ORL_WM_COMMAND, kEditText | ORL_EN_CHANGE << 16,
+       reinterpret_cast<intptr_t>(edit));
+  Windows()->PostMessage(editor.dialog, kMessageSelectPlaceholder, 0, 0);
   return start;
 }
 
-void OrlWrapSelection(OrlWindow edit) {
-  char *old = TextOfWindow(edit);
+void OrlWrapSelection(const EditorState &editor) {
+  OrlWindow edit = ItemOf(editor.dialog, kEditText);
+  const OwnedText oldText = TextOfWindow(edit);
+  const char *old = oldText.get();
   const int32_t length = WRENStrLen(old);
-  char *fresh = length > INT32_MAX - 3
-                    ? nullptr
-                    : static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(length) + 3));
-  if (old != nullptr && fresh != nullptr) {
-    const auto [start, end] = SelectionIn(edit, length);
-    char *at = Put(Put(fresh, old, start), "(", 1);
-    at = Put(Put(at, old + start, end - start), ")", 1);
-    Put(at, old + end, length - end);
-    Windows()->SetWindowText(edit, fresh);
-    Select(edit, length + 2, length + 2);
-    Windows()->SetFocus(edit);
-    SetModified(edit, true);
+  const OwnedText fresh =
+      length > INT32_MAX - 3 ? nullptr : Allocate<char>(static_cast<uint32_t>(length) + 3);
+  if (old == nullptr || fresh == nullptr) {
+    return;
   }
-  WRENMemFree(old);
-  WRENMemFree(fresh);
+  const auto [start, end] = SelectionIn(edit, length);
+  char *at = Put(Put(fresh.get(), old, start), "(", 1);
+  at = Put(Put(at, old + start, end - start), ")", 1);
+  Put(at, old + end, length - end);
+  Windows()->SetWindowText(edit, fresh.get());
+  Select(edit, length + 2, length + 2);
+  Windows()->SetFocus(edit);
+  SetModified(edit, true);
 }

@@ -22,34 +22,34 @@ void MoveTo(OrlWindow dialog, int32_t id, const OrlRect &place) {
 }  // namespace
 
 // The box of operators grows where there is a fifth one.
-void OrlLayoutOperators(OrlWindow dialog) {
-  EC ec = CurrentEditor().ec;
+void OrlLayoutOperators(const EditorState &editor) {
+  EC ec = editor.ec;
   if (ec->concatAllowed == 0 && (ec->flags & ORL_FLAG_PERCENT) == 0) {
-    ShowItem(dialog, kButtonConcat, false);
+    ShowItem(editor.dialog, kButtonConcat, false);
     return;
   }
-  const OrlRect button = PlaceOf(dialog, kButtonConcat);
-  OrlRect box = PlaceOf(dialog, kGroupOperators);
+  const OrlRect button = PlaceOf(editor.dialog, kButtonConcat);
+  OrlRect box = PlaceOf(editor.dialog, kGroupOperators);
   box.bottom += button.bottom - button.top;
-  MoveTo(dialog, kGroupOperators, box);
+  MoveTo(editor.dialog, kGroupOperators, box);
   if (ec->concatAllowed == 0) {
-    SetItemText(dialog, kButtonConcat, "%");
+    SetItemText(editor.dialog, kButtonConcat, "%");
   }
 }
 
 // The label comes to stand just below the mode buttons, and the list's height is a whole number of
 // rows.
-void OrlLayoutFormulas(OrlWindow dialog) {
-  const OrlTextMetrics &metrics = CurrentEditor().metrics;
+void OrlLayoutFormulas(const EditorState &editor) {
+  const OrlTextMetrics &metrics = editor.metrics;
   const int32_t rowHeight = metrics.height + metrics.externalLeading;
-  OrlRect label = PlaceOf(dialog, kLabelFormulas);
-  OrlRect list = PlaceOf(dialog, kListFormulas);
-  const int32_t down = PlaceOf(dialog, kOptionFormula).bottom - label.top + 3;
+  OrlRect label = PlaceOf(editor.dialog, kLabelFormulas);
+  OrlRect list = PlaceOf(editor.dialog, kListFormulas);
+  const int32_t down = PlaceOf(editor.dialog, kOptionFormula).bottom - label.top + 3;
   const int32_t left = list.bottom - list.top - down;
   const int32_t shift = down + (rowHeight > 0 ? left % rowHeight : 0);
   label.top += shift;
   label.bottom += shift;
-  MoveTo(dialog, kLabelFormulas, label);
+  MoveTo(editor.dialog, kLabelFormulas, label);
   list.top += shift;
-  MoveTo(dialog, kListFormulas, list);
+  MoveTo(editor.dialog, kListFormulas, list);
 }

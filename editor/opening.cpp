@@ -31,8 +31,7 @@ constexpr Interception kInterceptions[] = {
     {kListItems, LBVarsSubProc}, {kListFunctions, LBFuncsSubProc},
 };
 
-void LoadWords() {
-  EditorState &editor = CurrentEditor();
+void LoadWords(EditorState &editor) {
   editor.expressionWord[0] = '\0';
   LoadStringA(moduleHandle, kWordExpression, editor.expressionWord, kLabelSize);
   std::snprintf(editor.expressionTail, sizeof editor.expressionTail, "[,%s...]",
@@ -41,13 +40,12 @@ void LoadWords() {
                 moduleTexts.typeLabels[kLabelAny]);
 }
 
-void LoadRowBitmaps() {
-  EditorState &editor = CurrentEditor();
+void LoadRowBitmaps(EditorState &editor) {
   const char *const names[kModeCount] = {kBitmapFormulaRow, kBitmapRangeRow, kBitmapSetRow};
   editor.bitmapWidth = 0;
   editor.bitmapHeight = 0;
   for (int32_t mode = 0; mode < kModeCount; mode++) {
-    const OrlBitmap *bitmap = EditorHasModes() ? FindBitmap(names[mode]) : nullptr;
+    const OrlBitmap *bitmap = EditorHasModes(editor) ? FindBitmap(names[mode]) : nullptr;
     editor.rowBitmaps[mode] = bitmap == nullptr ? nullptr : Windows()->LoadBitmap(bitmap);
     if (mode == kModeFormula && editor.rowBitmaps[mode] != nullptr) {
       editor.bitmapWidth = bitmap->width;
@@ -56,21 +54,21 @@ void LoadRowBitmaps() {
   }
 }
 
-void Intercept(OrlWindow dialog) {
+void Intercept(EditorState &editor) {
   for (const Interception &row : kInterceptions) {
-    CurrentEditor().controlProcs[row.control] =
-        Windows()->SetWindowProc(ItemOf(dialog, row.control), row.proc);
+    editor.controlProcs[row.control] =
+        Windows()->SetWindowProc(ItemOf(editor.dialog, row.control), row.proc);
   }
 }
 
 // Opens the values of the item that the host has named, once the editor stands.
-void OpenValuesLater(OrlWindow dialog) {
-  const char *item = CurrentEditor().valuesItem;
+void OpenValuesLater(const EditorState &editor) {
+  const char *item = editor.valuesItem;
   int32_t row = -1;
-  if (item[0] != '\0' && CurrentEditor().repair == nullptr &&
-      OrlFindExact(ItemOf(dialog, kListItems), item, &row)) {
-    EnableItem(dialog, kButtonValues, true);
-    Windows()->PostMessage(dialog, ORL_WM_COMMAND, kButtonValues, 0);
+  if (item[0] != '\0' && editor.repair == nullptr &&
+      OrlFindExact(ItemOf(editor.dialog, kListItems), item, &row)) {
+    EnableItem(editor.dialog, kButtonValues, true);
+    Windows()->PostMessage(editor.dialog, ORL_WM_COMMAND, kButtonValues, 0);
   }
 }
 
@@ -85,8 +83,7 @@ void AddNames(OrlWindow list, const ItemTable &table, int32_t typeLimit) {
   WRENListBoxRefit(list);
 }
 
-void FillFormulas(OrlWindow list) {
-  const EditorState &editor = CurrentEditor();
+void FillFormulas(const EditorState &editor, OrlWindow list) {
   InsertRow(list, -1, LoadText(kModeTexts[editor.editorMode].newRow).text, -1);
   WRENListBoxRefit(list);
   const bool all = (editor.ec->flags & ORL_FLAG_LIST_ALL) != 0;
@@ -99,61 +96,59 @@ void FillFormulas(OrlWindow list) {
   WRENListBoxRefit(list);
 }
 
-void StartWithExpression(OrlWindow dialog, HEXP exp) {
-  EC ec = CurrentEditor().ec;
-  SetItemText(dialog, kEditText, exp->text);
+void StartWithExpression(const EditorState &editor, HEXP exp) {
+  EC ec = editor.ec;
+  SetItemText(editor.dialog, kEditText, exp->text);
   if (exp->name[0] != '\0') {
-    SetItemText(dialog, kEditName, exp->name);
+    SetItemText(editor.dialog, kEditName, exp->name);
     if (ORLIsNamedFormulaUsed(ec, exp->name) != 0) {
-      EnableItem(dialog, kEditName, false);
-      EnableItem(dialog, kLabelName, false);
+      EnableItem(editor.dialog, kEditName, false);
+      EnableItem(editor.dialog, kLabelName, false);
     }
   }
-  OrlWindow list = ItemOf(dialog, kListFormulas);
+  OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t row = RowOfOrdinal(list, ORLGetExpressionOrdinal(ec, exp));
   if (row >= 0) {
     SetCurrentRow(list, row);
     Windows()->PostMessage(list, ORL_LB_SETTOPINDEX, static_cast<uintptr_t>(row), 0);
   }
-  EnableItem(dialog, kButtonShowText, true);
+  EnableItem(editor.dialog, kButtonShowText, true);
 }
 
-void StartWithFailure(OrlWindow dialog) {
-  const FormulaRepair &repair = *CurrentEditor().repair;
-  SetItemText(dialog, kEditName, repair.name);
-  SetItemText(dialog, kEditText, repair.text);
-  OrlWindow edit = ItemOf(dialog, kEditText);
+void StartWithFailure(const EditorState &editor) {
+  const FormulaRepair &repair = *editor.repair;
+  SetItemText(editor.dialog, kEditName, repair.name);
+  SetItemText(editor.dialog, kEditText, repair.text);
+  OrlWindow edit = ItemOf(editor.dialog, kEditText);
   OrlSelectError(edit, repair.error);
   SetModified(edit, true);
-  EnableItem(dialog, kEditName, false);
-  EnableItem(dialog, kButtonSelect, false);
-  FocusItem(dialog, kEditText);
-  EnableItem(dialog, kButtonShowText, false);
+  EnableItem(editor.dialog, kEditName, false);
+  EnableItem(editor.dialog, kButtonSelect, false);
+  FocusItem(editor.dialog, kEditText);
+  EnableItem(editor.dialog, kButtonShowText, false);
 }
 
-void StartWithNewText(OrlWindow dialog) {
-  const EditorState &editor = CurrentEditor();
+void StartWithNewText(const EditorState &editor) {
   char name[kGeneratedNameSize];
   GeneratedName(editor.ec, static_cast<ExpressionClass>(editor.editorMode), name);
-  SetItemText(dialog, kEditName, name);
-  SetCurrentRow(ItemOf(dialog, kListFormulas), 0);
-  EnableItem(dialog, kButtonShowText, false);
+  SetItemText(editor.dialog, kEditName, name);
+  SetCurrentRow(ItemOf(editor.dialog, kListFormulas), 0);
+  EnableItem(editor.dialog, kButtonShowText, false);
 }
 
-void StartModes(OrlWindow dialog) {
-  const EditorState &editor = CurrentEditor();
-  if (!EditorHasModes()) {
+void StartModes(EditorState &editor) {
+  if (!EditorHasModes(editor)) {
     for (const int32_t id : {kLabelMode, kOptionFormula, kOptionRange, kOptionSet}) {
-      ShowItem(dialog, id, false);
+      ShowItem(editor.dialog, id, false);
     }
     return;
   }
-  OrlLayoutFormulas(dialog);
-  Windows()->CheckRadioButton(dialog, kOptionFormula, kOptionSet,
+  OrlLayoutFormulas(editor);
+  Windows()->CheckRadioButton(editor.dialog, kOptionFormula, kOptionSet,
                               kModeTexts[editor.editorMode].optionButton);
-  if (OrlCurrentExpression() == nullptr) {
-    SetCurrentRow(ItemOf(dialog, kListFormulas), 0);
-    OrlSeedText(dialog);
+  if (OrlCurrentExpression(editor) == nullptr) {
+    SetCurrentRow(ItemOf(editor.dialog, kListFormulas), 0);
+    OrlSeedText(editor);
   }
 }
 
@@ -168,10 +163,8 @@ bool OrlFindExact(OrlWindow list, const char *name, int32_t *row) {
       return false;  // none, or the search has come around
     }
     at = found;
-    char *text = TextOfRow(list, at);
-    const bool same = text != nullptr && SameText(text, name);
-    WRENMemFree(text);
-    if (same) {
+    const OwnedText text = TextOfRow(list, at);
+    if (text != nullptr && SameText(text.get(), name)) {
       SetCurrentRow(list, at);
       Send(list, ORL_LB_SETTOPINDEX, static_cast<uintptr_t>(at));
       *row = at;
@@ -193,52 +186,50 @@ void OrlSelectError(OrlWindow edit, const FormulaError &error) {
   Select(edit, static_cast<int32_t>(start), static_cast<int32_t>(end));
 }
 
-void OrlInitDialog(OrlWindow dialog) {
-  const EditorState &editor = CurrentEditor();
+void OrlInitDialog(EditorState &editor) {
   constexpr int32_t kEveryType = INT16_MAX + 1;
   constexpr int32_t kKeywordTypes = 255;
-  AddNames(ItemOf(dialog, kListItems), editor.ec->inputs, kEveryType);
-  AddNames(ItemOf(dialog, kListItems), editor.ec->keywords, kKeywordTypes);
-  AddNames(ItemOf(dialog, kListFunctions), editor.ec->functions, kEveryType);
-  FillFormulas(ItemOf(dialog, kListFormulas));
-  OrlLayoutOperators(dialog);
-  HEXP exp = OrlCurrentExpression();
+  AddNames(ItemOf(editor.dialog, kListItems), editor.ec->inputs, kEveryType);
+  AddNames(ItemOf(editor.dialog, kListItems), editor.ec->keywords, kKeywordTypes);
+  AddNames(ItemOf(editor.dialog, kListFunctions), editor.ec->functions, kEveryType);
+  FillFormulas(editor, ItemOf(editor.dialog, kListFormulas));
+  OrlLayoutOperators(editor);
+  HEXP exp = OrlCurrentExpression(editor);
   if (exp != nullptr) {
-    StartWithExpression(dialog, exp);
-  } else if (CurrentEditor().repair != nullptr) {
-    StartWithFailure(dialog);
+    StartWithExpression(editor, exp);
+  } else if (editor.repair != nullptr) {
+    StartWithFailure(editor);
   } else {
-    StartWithNewText(dialog);
+    StartWithNewText(editor);
   }
-  OrlEnableDelete(dialog);
-  OrlSetTitle(dialog);
-  if (EditorHasModes()) {
-    EnableItem(dialog, kButtonValues, false);
+  OrlEnableDelete(editor);
+  OrlSetTitle(editor);
+  if (EditorHasModes(editor)) {
+    EnableItem(editor.dialog, kButtonValues, false);
   } else {
-    ShowItem(dialog, kButtonValues, false);
+    ShowItem(editor.dialog, kButtonValues, false);
   }
-  ShowItem(dialog, kButtonApply, false);
-  StartModes(dialog);
-  OrlSetStatus(dialog);
+  ShowItem(editor.dialog, kButtonApply, false);
+  StartModes(editor);
+  OrlSetStatus(editor);
 }
 
-void OrlOpenDialog(OrlWindow dialog) {
-  EditorState &editor = CurrentEditor();
-  LoadWords();
-  LoadRowBitmaps();
-  Intercept(dialog);
-  OrlInitDialog(dialog);
-  OrlEnableEditButtons(dialog);
+void OrlOpenDialog(EditorState &editor) {
+  LoadWords(editor);
+  LoadRowBitmaps(editor);
+  Intercept(editor);
+  OrlInitDialog(editor);
+  OrlEnableEditButtons(editor);
   if (editor.record->textLimit != 0) {
-    Send(ItemOf(dialog, kEditText), ORL_EM_LIMITTEXT, editor.record->textLimit);
+    Send(ItemOf(editor.dialog, kEditText), ORL_EM_LIMITTEXT, editor.record->textLimit);
   }
-  Send(ItemOf(dialog, kEditName), ORL_EM_LIMITTEXT, kNameLimit);
-  FocusItem(dialog, kEditText);
+  Send(ItemOf(editor.dialog, kEditName), ORL_EM_LIMITTEXT, kNameLimit);
+  FocusItem(editor.dialog, kEditText);
   editor.textViewWindow = nullptr;
   editor.valuesWindow = nullptr;
-  if (CurrentEditor().repair != nullptr) {
-    Windows()->SetTimer(dialog, kErrorTimer, kErrorDelay);
+  if (editor.repair != nullptr) {
+    Windows()->SetTimer(editor.dialog, kErrorTimer, kErrorDelay);
   }
   editor.valuesMore = 1;
-  OpenValuesLater(dialog);
+  OpenValuesLater(editor);
 }

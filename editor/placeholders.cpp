@@ -16,8 +16,7 @@ struct Span {
   int32_t start, length;  // start -1: nothing
 };
 
-bool IsPlaceholder(const char *token) {
-  const EditorState &editor = CurrentEditor();
+bool IsPlaceholder(const EditorState &editor, const char *token) {
   if (editor.editorMode != kModeFormula && WRENStrEqualNoCase(token, editor.expressionWord) != 0) {
     return true;
   }
@@ -26,12 +25,12 @@ bool IsPlaceholder(const char *token) {
 }
 
 // The first token that is a placeholder; quoted text is one token. `token` has room for the text.
-Span FindWord(const char *text, char *token) {
+Span FindWord(const EditorState &editor, const char *text, char *token) {
   int32_t used = 0;
   while (text[used] != '\0') {
     used += WRENStrTokenize(token, text + used, ORL_WORD_DELIMITERS, ORL_WORD_DELIMITERS, 0,
                             kTokenQuote, 0);
-    if (IsPlaceholder(token)) {
+    if (IsPlaceholder(editor, token)) {
       const int32_t length = WRENStrLen(token);
       return {used - length, length};
     }
@@ -50,9 +49,8 @@ Span FindBytes(const char *text, const char *pattern) {
   return {-1, 0};
 }
 
-Span FindPlaceholder(const char *text, char *token) {
-  const EditorState &editor = CurrentEditor();
-  Span found = FindWord(text, token);
+Span FindPlaceholder(const EditorState &editor, const char *text, char *token) {
+  Span found = FindWord(editor, text, token);
   if (found.start < 0 && editor.editorMode == kModeSet) {
     found = FindBytes(text, editor.expressionTail);
   }
@@ -61,28 +59,24 @@ Span FindPlaceholder(const char *text, char *token) {
 
 }  // namespace
 
-void OrlSelectPlaceholder(OrlWindow dialog) {
-  OrlWindow edit = ItemOf(dialog, kEditText);
+void OrlSelectPlaceholder(const EditorState &editor) {
+  OrlWindow edit = ItemOf(editor.dialog, kEditText);
   const Selection selection = SelectionOf(edit);
   if (selection.start == selection.end) {
-    char *text = TextOfWindow(edit);
-    char *token = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(WRENStrLen(text)) + 1));
-    const bool memory = text != nullptr && token != nullptr;
-    const Span found = memory ? FindPlaceholder(text, token) : Span{-1, 0};
-    WRENMemFree(text);
-    WRENMemFree(token);
-    if (!memory) {
+    const OwnedText text = TextOfWindow(edit);
+    const OwnedText token = text == nullptr ? nullptr : Allocate<char>(std::strlen(text.get()) + 1);
+    if (token == nullptr) {
       return;
     }
+    const Span found = FindPlaceholder(editor, text.get(), token.get());
     if (found.start >= 0) {
       Select(edit, found.start, found.start + found.length);
     }
   }
-  OrlEnableEditButtons(dialog);
+  OrlEnableEditButtons(editor);
 }
 
-void OrlSeedText(OrlWindow dialog) {
-  const EditorState &editor = CurrentEditor();
+void OrlSeedText(const EditorState &editor) {
   if (editor.editorMode == kModeFormula) {
     return;
   }
@@ -93,7 +87,7 @@ void OrlSeedText(OrlWindow dialog) {
   } else {
     std::snprintf(text, sizeof text, "%s, %s %s", word, word, editor.expressionTail);
   }
-  SetItemText(dialog, kEditText, text);
-  Select(ItemOf(dialog, kEditText), 0, WRENStrLen(word));
-  OrlEnableEditButtons(dialog);
+  SetItemText(editor.dialog, kEditText, text);
+  Select(ItemOf(editor.dialog, kEditText), 0, WRENStrLen(word));
+  OrlEnableEditButtons(editor);
 }

@@ -15,11 +15,11 @@
 
 namespace {
 
-// Working copies of a save, freed at its end.
+// Working copies of a save.
 struct SaveTexts {
-  char *oldName;  // of the expression that is shown; null for a new text
-  char *text;
-  char *name;
+  OwnedText oldName;  // of the expression that is shown; null for a new text
+  OwnedText text;
+  OwnedText name;
 };
 
 // Questions when a text is of another kind than the mode: [mode][kind].
@@ -31,28 +31,20 @@ constexpr uint32_t kKindQuestions[kModeCount][kModeCount] = {
 constexpr uint32_t kWarningWord = 226;
 constexpr uint32_t kSaveQuestion = 202;
 
-bool TakeTexts(OrlWindow dialog, SaveTexts &texts) {
-  const EditorState &editor = CurrentEditor();
+bool TakeTexts(const EditorState &editor, SaveTexts &texts) {
   if (editor.currentExp != nullptr) {
-    texts.oldName = CopyText(editor.currentExp->name).release();
+    texts.oldName = CopyText(editor.currentExp->name);
     if (texts.oldName == nullptr) {
       return false;
     }
   }
-  texts.text = TextOfWindow(ItemOf(dialog, kEditText));
-  texts.name = TextOfWindow(ItemOf(dialog, kEditName));
+  texts.text = TextOfWindow(ItemOf(editor.dialog, kEditText));
+  texts.name = TextOfWindow(ItemOf(editor.dialog, kEditName));
   return texts.text != nullptr && texts.name != nullptr;
 }
 
-void FreeTexts(SaveTexts &texts) {
-  WRENMemFree(texts.oldName);
-  WRENMemFree(texts.text);
-  WRENMemFree(texts.name);
-}
-
 // In Set mode the tail that stands for further members is no part of the text.
-void CutTail(OrlWindow dialog, char *text) {
-  const EditorState &editor = CurrentEditor();
+void CutTail(const EditorState &editor, char *text) {
   if (editor.editorMode != kModeSet) {
     return;
   }
@@ -63,73 +55,71 @@ void CutTail(OrlWindow dialog, char *text) {
       break;
     }
   }
-  SetItemText(dialog, kEditText, text);
+  SetItemText(editor.dialog, kEditText, text);
 }
 
 // Keeps the text and its name for the reader of a block when the word at which the parse failed is
 // the name of a formula that is still to come.
-bool DeferText(const SaveTexts &texts, const FormulaError &error) {
-  FormulaRepair *repair = CurrentEditor().repair;
+bool DeferText(const EditorState &editor, const SaveTexts &texts, const FormulaError &error) {
+  FormulaRepair *repair = editor.repair;
   if (repair == nullptr || error.id != ORL_ERR_FUNC ||
-      AwaitedRow(*repair->pending, texts.text, error) == nullptr) {
+      AwaitedRow(*repair->pending, texts.text.get(), error) == nullptr) {
     return false;
   }
-  const size_t textSize = std::strlen(texts.text) + 1;
-  const size_t nameSize = std::strlen(texts.name) + 1;
+  const size_t textSize = std::strlen(texts.text.get()) + 1;
+  const size_t nameSize = std::strlen(texts.name.get()) + 1;
   OwnedText row = Allocate<char>(textSize + nameSize);
   if (row == nullptr) {
     return false;
   }
-  std::memcpy(row.get(), texts.text, textSize);
-  std::memcpy(row.get() + textSize, texts.name, nameSize);
+  std::memcpy(row.get(), texts.text.get(), textSize);
+  std::memcpy(row.get() + textSize, texts.name.get(), nameSize);
   repair->deferred = std::move(row);
   return true;
 }
 
-// Tells what is wrong with the text or its name, and shows the place in the text.
-void TellFailure(OrlWindow dialog, const SaveTexts &texts, FormulaError error) {
+// Says what is wrong with the text or its name, and shows the place in the text.
+void ReportFailure(const EditorState &editor, const SaveTexts &texts, FormulaError error) {
   if (error.id == ORL_ERR_NAME || error.id == ORL_ERR_DUPNAME) {
     error.offset = 0;
-    error.length = WRENStrLen(texts.name);
-    ORLErrorDisplay(dialog, texts.name, &error);
-  } else if (!DeferText(texts, error)) {
-    ORLErrorDisplay(dialog, texts.text, &error);
+    error.length = WRENStrLen(texts.name.get());
+    ORLErrorDisplay(editor.dialog, texts.name.get(), &error);
+  } else if (!DeferText(editor, texts, error)) {
+    ORLErrorDisplay(editor.dialog, texts.text.get(), &error);
   }
-  OrlSelectError(ItemOf(dialog, kEditText), error);
-  FocusItem(dialog, kEditText);
+  OrlSelectError(ItemOf(editor.dialog, kEditText), error);
+  FocusItem(editor.dialog, kEditText);
 }
 
 // True when the text is of the kind of the mode, when the user takes it all the same, and when it
-// does not parse at all, which the save will tell. Asked before anything is stored, so that a No
+// does not parse at all, which the save will report. Asked before anything is stored, so that a No
 // leaves everything as it is.
-bool KindIsWanted(OrlWindow dialog, const SaveTexts &texts) {
-  const EditorState &editor = CurrentEditor();
-  if (!EditorHasModes()) {
+bool KindIsWanted(const EditorState &editor, const SaveTexts &texts) {
+  if (!EditorHasModes(editor)) {
     return true;
   }
-  const int32_t kind = ClassifyText(editor.ec, editor.currentExp, texts.text, texts.name);
+  const int32_t kind =
+      ClassifyText(editor.ec, editor.currentExp, texts.text.get(), texts.name.get());
   if (kind < 0 || kind == editor.editorMode) {
     return true;
   }
   const EditorText question = LoadText(kKindQuestions[editor.editorMode][kind]);
   EditorText caption = LoadText(kModeTexts[editor.editorMode].title);
   AppendText(caption, kWarningWord);
-  return Windows()->MessageBox(dialog, question.text, caption.text,
+  return Windows()->MessageBox(editor.dialog, question.text, caption.text,
                                ORL_MB_YESNO | ORL_MB_ICONSTOP) == ORL_IDYES;
 }
 
 bool RowIs(OrlWindow list, int32_t row, const char *name) {
-  char *text = TextOfRow(list, row);
-  const bool same = text != nullptr && SameText(text, name);
-  WRENMemFree(text);
-  return same;
+  const OwnedText text = TextOfRow(list, row);
+  return text != nullptr && SameText(text.get(), name);
 }
 
 // Brings the list of formulas in step with a saved expression; `oldName` is null for a new one.
 // What a routine of the host has changed at the same time is left to OrlFollowContext.
-void ShowSaved(OrlWindow dialog, HEXP saved, const char *oldName) {
-  const int32_t ordinal = ORLGetExpressionOrdinal(CurrentEditor().ec, saved);
-  OrlWindow list = ItemOf(dialog, kListFormulas);
+void ShowSaved(const EditorState &editor, HEXP saved, const char *oldName) {
+  const int32_t ordinal = ORLGetExpressionOrdinal(editor.ec, saved);
+  OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t current = CurrentRow(list);
   if (oldName == nullptr) {
     InsertRow(list, -1, saved->name, ordinal);
@@ -145,63 +135,61 @@ void ShowSaved(OrlWindow dialog, HEXP saved, const char *oldName) {
   WRENListBoxRefit(list);
 }
 
-HEXP ParseAndShow(OrlWindow dialog, const SaveTexts &texts) {
-  EditorState &editor = CurrentEditor();
-  OrlCurrentExpression();
-  if (!KindIsWanted(dialog, texts)) {
+HEXP ParseAndShow(EditorState &editor, const SaveTexts &texts) {
+  OrlCurrentExpression(editor);
+  if (!KindIsWanted(editor, texts)) {
     return nullptr;
   }
-  OrlCurrentExpression();  // the question may have let the host change the context
-  if (!OrlHostTakes(dialog, texts.text, texts.name)) {
+  OrlCurrentExpression(editor);  // the question may have let the host change the context
+  if (!OrlHostTakes(editor, texts.text.get(), texts.name.get())) {
     return nullptr;
   }
-  OrlCurrentExpression();
+  OrlCurrentExpression(editor);
   FormulaError error = {};
   uint16_t dataType = 0;
-  HEXP saved =
-      ORLParseFormula(editor.ec, editor.currentExp, texts.text, texts.name, &error, &dataType);
+  HEXP saved = ORLParseFormula(editor.ec, editor.currentExp, texts.text.get(), texts.name.get(),
+                               &error, &dataType);
   if (saved == nullptr) {
-    TellFailure(dialog, texts, error);
+    ReportFailure(editor, texts, error);
   } else {
-    ShowSaved(dialog, saved, editor.currentExp != nullptr ? texts.oldName : nullptr);
+    ShowSaved(editor, saved, editor.currentExp != nullptr ? texts.oldName.get() : nullptr);
   }
   return saved;
 }
 
 }  // namespace
 
-HEXP OrlSaveText(OrlWindow dialog) {
-  if (!ItemHasText(dialog, kEditText)) {
+HEXP OrlSaveText(EditorState &editor) {
+  if (!ItemHasText(editor.dialog, kEditText)) {
     return nullptr;
   }
-  OrlCurrentExpression();
+  OrlCurrentExpression(editor);
   SaveTexts texts = {};
   HEXP saved = nullptr;
-  if (TakeTexts(dialog, texts)) {
-    CutTail(dialog, texts.text);
-    saved = ParseAndShow(dialog, texts);
+  if (TakeTexts(editor, texts)) {
+    CutTail(editor, texts.text.get());
+    saved = ParseAndShow(editor, texts);
   } else {
     const FormulaError error = {ORL_ERR_MEMORY, 0, 0};
-    ORLErrorDisplay(dialog, "", &error);
+    ORLErrorDisplay(editor.dialog, "", &error);
   }
-  FreeTexts(texts);
   if (saved != nullptr) {
-    OrlTellHost(dialog);
+    OrlTellHost(editor);
   }
-  OrlFollowContext(dialog);
-  OrlEnableEditButtons(dialog);
+  OrlFollowContext(editor);
+  OrlEnableEditButtons(editor);
   return saved;
 }
 
-bool OrlAskSave(OrlWindow dialog) {
+bool OrlAskSave(EditorState &editor) {
   const EditorText question = LoadText(kSaveQuestion);
-  const EditorText caption = LoadText(kModeTexts[CurrentEditor().editorMode].saveCaption);
+  const EditorText caption = LoadText(kModeTexts[editor.editorMode].saveCaption);
   const int32_t answer =
-      Windows()->MessageBox(dialog, question.text, caption.text, ORL_MB_YESNOCANCEL);
-  OrlFollowContext(dialog);
+      Windows()->MessageBox(editor.dialog, question.text, caption.text, ORL_MB_YESNOCANCEL);
+  OrlFollowContext(editor);
   switch (answer) {
     case ORL_IDYES:
-      return OrlSaveText(dialog) != nullptr;
+      return OrlSaveText(editor) != nullptr;
     case ORL_IDNO:
       return true;
     default:

@@ -18,15 +18,14 @@ constexpr uint32_t kDeleteQuestion = 204;
 
 // Asks host and user whether the expression may go. Both may take their time, and the host may
 // change the context.
-bool DeletionIsWanted(OrlWindow dialog, HEXP exp) {
-  const EditorState &editor = CurrentEditor();
+bool DeletionIsWanted(EditorState &editor, HEXP exp) {
   const ExpressionRef asked = RefTo(exp);
   const int32_t kind = KindOfExpression(exp);
   const EditorText caption = LoadText(kModeTexts[kind].deleteCaption);
   const int32_t permitted =
-      CallHost([&] { return editor.ec->delPermissionProc(editor.ec, exp, dialog); });
+      CallHost([&] { return editor.ec->delPermissionProc(editor.ec, exp, editor.dialog); });
   if (permitted == 0) {
-    Windows()->MessageBox(dialog, LoadText(kDeniedMessage).text, caption.text, ORL_MB_OK);
+    Windows()->MessageBox(editor.dialog, LoadText(kDeniedMessage).text, caption.text, ORL_MB_OK);
     return false;
   }
   if (!IsStored(editor.ec, asked)) {
@@ -34,8 +33,9 @@ bool DeletionIsWanted(OrlWindow dialog, HEXP exp) {
   }
   EditorText question = LoadText(kDeleteQuestion);
   AppendText(question, kModeTexts[kind].word);
-  const int32_t answer = Windows()->MessageBox(
-      dialog, question.text, caption.text, ORL_MB_YESNO | ORL_MB_ICONQUESTION | ORL_MB_DEFBUTTON2);
+  const int32_t answer =
+      Windows()->MessageBox(editor.dialog, question.text, caption.text,
+                            ORL_MB_YESNO | ORL_MB_ICONQUESTION | ORL_MB_DEFBUTTON2);
   return answer == ORL_IDYES && IsStored(editor.ec, asked);
 }
 
@@ -57,14 +57,13 @@ void RemoveRow(OrlWindow list, int32_t ordinal) {
 }
 
 // The editor behind a deletion.
-void ShowDeleted(OrlWindow dialog, bool wasCurrent) {
-  EditorState &editor = CurrentEditor();
+void ShowDeleted(EditorState &editor, bool wasCurrent) {
   for (const int32_t button : {kButtonDelete, kButtonSelect, kButtonShowText}) {
-    EnableItem(dialog, button, false);
+    EnableItem(editor.dialog, button, false);
   }
   if (wasCurrent) {
     editor.currentExp = nullptr;
-    OrlShowCurrent(dialog);
+    OrlShowCurrent(editor);
   }
   if (editor.textViewWindow != nullptr) {
     Send(editor.textViewWindow, kMessageShowExpression, static_cast<uintptr_t>(editor.editorMode));
@@ -78,46 +77,44 @@ int32_t KindOfExpression(HEXP exp) {
                                                 : int32_t{kModeFormula};
 }
 
-void OrlSelectFormula(OrlWindow dialog) {
-  EditorState &editor = CurrentEditor();
-  OrlWindow list = ItemOf(dialog, kListFormulas);
-  if (CurrentRow(list) < 0 || (OrlIsModified(dialog) && !OrlAskSave(dialog))) {
+void OrlSelectFormula(EditorState &editor) {
+  OrlWindow list = ItemOf(editor.dialog, kListFormulas);
+  if (CurrentRow(list) < 0 || (OrlIsModified(editor) && !OrlAskSave(editor))) {
     return;
   }
   const int32_t chosen = CurrentRow(list);  // a save may have moved it, or the host taken it away
-  OrlSetCurrentExpression(ExpressionOfRow(list, chosen));
+  OrlSetCurrentExpression(editor, ExpressionOfRow(editor, list, chosen));
   const bool isNew = editor.currentExp == nullptr;
   if (!isNew) {
-    OrlSetMode(dialog, kOptionFormula + KindOfExpression(editor.currentExp), false);
+    OrlSetMode(editor, kOptionFormula + KindOfExpression(editor.currentExp), false);
   }
-  OrlShowCurrent(dialog);
+  OrlShowCurrent(editor);
   if (isNew) {
-    OrlSeedText(dialog);
+    OrlSeedText(editor);
   }
-  OrlClearModified(dialog);
-  FocusItem(dialog, kEditText);
+  OrlClearModified(editor);
+  FocusItem(editor.dialog, kEditText);
 }
 
-void OrlDeleteSelected(OrlWindow dialog) {
-  EditorState &editor = CurrentEditor();
-  OrlWindow list = ItemOf(dialog, kListFormulas);
+void OrlDeleteSelected(EditorState &editor) {
+  OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t row = CurrentRow(list);
-  HEXP exp = ExpressionOfRow(list, row);
+  HEXP exp = ExpressionOfRow(editor, list, row);
   if (exp == nullptr || editor.ec->delPermissionProc == nullptr) {
     return;
   }
-  const bool wanted = DeletionIsWanted(dialog, exp);
-  OrlFollowContext(dialog);
+  const bool wanted = DeletionIsWanted(editor, exp);
+  OrlFollowContext(editor);
   if (!wanted) {
     return;
   }
   const int32_t ordinal = ORLGetExpressionOrdinal(editor.ec, exp);
-  const bool wasCurrent = exp == OrlCurrentExpression();
+  const bool wasCurrent = exp == OrlCurrentExpression(editor);
   if (ordinal < 0 || ORLDestroyEXP(editor.ec, exp) == 0) {
     return;
   }
   RemoveRow(list, ordinal);
-  ShowDeleted(dialog, wasCurrent);
-  OrlTellHost(dialog);
-  OrlFollowContext(dialog);  // a formula that only the deleted one used may be renamed again
+  ShowDeleted(editor, wasCurrent);
+  OrlTellHost(editor);
+  OrlFollowContext(editor);  // a formula that only the deleted one used may be renamed again
 }

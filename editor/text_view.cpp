@@ -11,21 +11,18 @@ namespace {
 // The view's edit and its own procedure; one view at a time.
 thread_local OrlWindowProc ownEditProc;
 
-void ShowExpression(OrlWindow view, HEXP exp) {
-  EditorState &editor = CurrentEditor();
+void ShowExpression(const EditorState &editor, OrlWindow view, HEXP exp) {
   const EditorText title = LoadText(kModeTexts[KindOfExpression(exp)].viewTitle);
   const int32_t nameSize = ORLGetExpressionNameLength(editor.ec, exp) + 1;
   const int32_t textSize = ORLGetExpressionTextLength(editor.ec, exp) + 1;
-  char *name = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(nameSize)));
-  char *text = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(textSize)));
+  const OwnedText name = Allocate<char>(static_cast<uint32_t>(nameSize));
+  const OwnedText text = Allocate<char>(static_cast<uint32_t>(textSize));
   if (name != nullptr && text != nullptr) {
-    ORLGetExpressionName(editor.ec, exp, nameSize, name);
-    ORLGetExpressionText(editor.ec, exp, textSize, text);
-    SetJoinedTitle(view, title.text, name);
-    SetItemText(view, kEditView, text);
+    ORLGetExpressionName(editor.ec, exp, nameSize, name.get());
+    ORLGetExpressionText(editor.ec, exp, textSize, text.get());
+    SetJoinedTitle(view, title.text, name.get());
+    SetItemText(view, kEditView, text.get());
   }
-  WRENMemFree(name);
-  WRENMemFree(text);
 }
 
 void ShowNothing(OrlWindow view, uintptr_t mode) {
@@ -34,42 +31,38 @@ void ShowNothing(OrlWindow view, uintptr_t mode) {
   SetItemText(view, kEditView, "");
 }
 
-void CloseView(OrlWindow view) {
-  OrlWindow dialog = Windows()->GetParent(view);
-  CurrentEditor().textViewWindow = nullptr;
+void CloseView(EditorState &editor, OrlWindow view) {
+  editor.textViewWindow = nullptr;
   Windows()->DestroyWindow(view);
-  if (dialog != nullptr) {
-    OrlEnableShowText(dialog);
-  }
+  OrlEnableShowText(editor);
 }
 
 // The view goes without having been closed: with the editor, or by a routine of the host.
-void ForgetView(OrlWindow view) {
-  if (CurrentEditor().textViewWindow == view) {
-    CurrentEditor().textViewWindow = nullptr;
-    OrlEnableShowText(Windows()->GetParent(view));
+void ForgetView(EditorState &editor, OrlWindow view) {
+  if (editor.textViewWindow == view) {
+    editor.textViewWindow = nullptr;
+    OrlEnableShowText(editor);
   }
 }
 
 }  // namespace
 
-void OrlOpenTextView(OrlWindow dialog) {
-  EditorState &editor = CurrentEditor();
-  OrlWindow list = ItemOf(dialog, kListFormulas);
+void OrlOpenTextView(EditorState &editor) {
+  OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t row = CurrentRow(list);
   if (editor.textViewWindow == nullptr) {
     if (row == 0) {
       return;
     }
-    editor.textViewWindow =
-        Windows()->CreateDialogParam(FindDialog(kDialogTextView), dialog, OrlViewTextDlgProc, 0);
+    editor.textViewWindow = Windows()->CreateDialogParam(FindDialog(kDialogTextView), editor.dialog,
+                                                         OrlViewTextDlgProc, 0);
     if (editor.textViewWindow == nullptr) {
       return;
     }
-    EnableItem(dialog, kButtonShowText, false);
+    EnableItem(editor.dialog, kButtonShowText, false);
   }
   if (row > 0) {
-    HEXP exp = ExpressionOfRow(list, row);
+    HEXP exp = ExpressionOfRow(editor, list, row);
     Send(editor.textViewWindow, kMessageShowExpression, 0, reinterpret_cast<intptr_t>(exp));
   } else {
     Send(editor.textViewWindow, kMessageShowExpression, static_cast<uintptr_t>(editor.editorMode));
@@ -77,9 +70,11 @@ void OrlOpenTextView(OrlWindow dialog) {
 }
 
 intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (!EditorRuns()) {
+  EditorState *const open = OpenEditor();
+  if (open == nullptr) {
     return 0;
   }
+  EditorState &editor = *open;
   switch (message) {
     case ORL_WM_INITDIALOG:
       ownEditProc = Windows()->SetWindowProc(ItemOf(window, kEditView), ViewEditSubProc);
@@ -87,16 +82,16 @@ intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam, in
       return 1;
     case kMessageShowExpression:
       if (lParam != 0) {
-        ShowExpression(window, reinterpret_cast<HEXP>(lParam));
+        ShowExpression(editor, window, reinterpret_cast<HEXP>(lParam));
       } else {
         ShowNothing(window, wParam);
       }
       return 0;
     case ORL_WM_CLOSE:
-      CloseView(window);
+      CloseView(editor, window);
       return 1;
     case ORL_WM_DESTROY:
-      ForgetView(window);
+      ForgetView(editor, window);
       return 0;
     default:
       return 0;
@@ -104,7 +99,7 @@ intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam, in
 }
 
 intptr_t ViewEditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (!EditorRuns() || IsKeptFromReadOnly(message, wParam)) {
+  if (OpenEditor() == nullptr || IsKeptFromReadOnly(message, wParam)) {
     return 0;
   }
   return Windows()->CallWindowProc(ownEditProc, window, message, wParam, lParam);

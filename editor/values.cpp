@@ -21,7 +21,7 @@ thread_local char baseTitle[kLabelSize];
 
 // ---- Literals -----------------------------------------------------------------------------------
 
-char *DateLiteral(const EditorState &editor, const char *text) {
+OwnedText DateLiteral(const EditorState &editor, const char *text) {
   const ExprContext &ec = *editor.ec;
   const bool anyTemplate = std::any_of(std::begin(ec.dateConvert), std::end(ec.dateConvert),
                                        [](const char *convert) { return convert != nullptr; });
@@ -36,10 +36,9 @@ char *DateLiteral(const EditorState &editor, const char *text) {
   if (format == nullptr) {
     return nullptr;
   }
-  char *literal = static_cast<char *>(
-      WRENMemAlloc(static_cast<uint32_t>(std::strlen(format) + std::strlen(date) + 1)));
+  OwnedText literal = Allocate<char>(std::strlen(format) + std::strlen(date) + 1);
   if (literal != nullptr) {
-    char *end = literal;
+    char *end = literal.get();
     FillDateTemplate(format, date, [&end](const char *part, int64_t length) {
       std::memcpy(end, part, static_cast<size_t>(length));
       end += length;
@@ -50,44 +49,40 @@ char *DateLiteral(const EditorState &editor, const char *text) {
 
 // What the formula language wants for a listed value, in a block of its own; null when the value
 // goes in as it is listed.
-char *LiteralOf(const EditorState &editor, const char *text) {
+OwnedText LiteralOf(const EditorState &editor, const char *text) {
   if (editor.itemValueType == ORL_TYPE_DATE) {
     return DateLiteral(editor, text);
   }
   if (editor.itemValueType != ORL_TYPE_STRING) {
     return nullptr;
   }
-  char *literal =
-      static_cast<char *>(WRENMemAlloc(2 * static_cast<uint32_t>(std::strlen(text)) + 3));
+  OwnedText literal = Allocate<char>(2 * std::strlen(text) + 3);
   if (literal != nullptr) {
-    OrlQuoteString(literal, text);
+    OrlQuoteString(literal.get(), text);
   }
   return literal;
 }
 
-void InsertValue(OrlWindow window) {
-  EditorState &editor = CurrentEditor();
+void InsertValue(const EditorState &editor, OrlWindow window) {
   OrlWindow list = ItemOf(window, kListValues);
-  char *text = TextOfRow(list, CurrentRow(list));
+  const OwnedText text = TextOfRow(list, CurrentRow(list));
   if (text == nullptr) {
     return;
   }
-  char *literal = LiteralOf(editor, text);
-  const char *inserted = literal != nullptr ? literal : text;
-  OrlInsertText(ItemOf(Windows()->GetParent(window), kEditText), inserted, WRENStrLen(inserted));
-  WRENMemFree(literal);
-  WRENMemFree(text);
+  const OwnedText literal = LiteralOf(editor, text.get());
+  const char *inserted = literal != nullptr ? literal.get() : text.get();
+  OrlInsertText(editor, inserted, WRENStrLen(inserted));
 }
 
 // ---- The window ---------------------------------------------------------------------------------
 
 // Beside the list of functions, and moved back where that would leave the screen.
-void PlaceWindow(OrlWindow window) {
+void PlaceWindow(const EditorState &editor, OrlWindow window) {
   const OrlWindowSystem &windows = *Windows();
   OrlRect own = {};
   OrlRect list = {};
   windows.GetWindowRect(window, &own);
-  windows.GetWindowRect(ItemOf(windows.GetParent(window), kListFunctions), &list);
+  windows.GetWindowRect(ItemOf(editor.dialog, kListFunctions), &list);
   const int32_t width = own.right - own.left;
   const int32_t height = own.bottom - own.top;
   const int32_t x = std::min(list.right, windows.GetSystemMetrics(ORL_SM_CXFULLSCREEN) - width);
@@ -96,32 +91,30 @@ void PlaceWindow(OrlWindow window) {
   windows.MoveWindow(window, x, y, width, height);
 }
 
-void Open(OrlWindow window) {
+void Open(const EditorState &editor, OrlWindow window) {
   Windows()->GetWindowText(window, baseTitle, sizeof baseTitle);
-  PlaceWindow(window);
+  PlaceWindow(editor, window);
   Windows()->ShowWindow(window, 1);
 }
 
-void TakeItem(OrlWindow window, const char *name) {
-  EditorState &editor = CurrentEditor();
+void TakeItem(EditorState &editor, OrlWindow window, const char *name) {
   editor.itemValueType = name != nullptr ? InputDataType(editor.ec, name) : -1;
   if (name == nullptr || name[0] == '\0' || !SetJoinedTitle(window, name, baseTitle)) {
     Windows()->SetWindowText(window, baseTitle);
   }
 }
 
-void Close(OrlWindow window) {
-  OrlWindow dialog = Windows()->GetParent(window);
-  CurrentEditor().valuesWindow = nullptr;
-  OrlSyncValuesButton(dialog, 0);
+void Close(EditorState &editor, OrlWindow window) {
+  editor.valuesWindow = nullptr;
+  OrlSyncValuesButton(editor, 0);
   Windows()->DestroyWindow(window);
 }
 
 // The dialog goes without having been closed: with the editor, or by a routine of the host.
-void Forget(OrlWindow window) {
-  if (CurrentEditor().valuesWindow == window) {
-    CurrentEditor().valuesWindow = nullptr;
-    OrlCaptionValues(Windows()->GetParent(window));
+void Forget(EditorState &editor, OrlWindow window) {
+  if (editor.valuesWindow == window) {
+    editor.valuesWindow = nullptr;
+    OrlCaptionValues(editor);
   }
 }
 
@@ -142,79 +135,77 @@ void OrlQuoteString(char *target, const char *text) {
   *target = '\0';
 }
 
-void OrlFillValues(OrlWindow dialog, int32_t first) {
-  EditorState &editor = CurrentEditor();
-  OrlWindow items = ItemOf(dialog, kListItems);
-  char *name = TextOfRow(items, CurrentRow(items));
+void OrlFillValues(EditorState &editor, int32_t first) {
+  OrlWindow items = ItemOf(editor.dialog, kListItems);
+  const OwnedText name = TextOfRow(items, CurrentRow(items));
   if (name == nullptr || editor.valuesWindow == nullptr) {
-    WRENMemFree(name);
     return;
   }
-  SendText(editor.valuesWindow, kMessageTakeItem, 0, name);
+  SendText(editor.valuesWindow, kMessageTakeItem, 0, name.get());
   OrlWindow list = ItemOf(editor.valuesWindow, kListValues);
-  CallHost([&] { editor.ec->listValuesProc(editor.ec, name, list, first, &editor.valuesMore); });
-  WRENMemFree(name);
-  OrlFollowContext(dialog);
+  CallHost(
+      [&] { editor.ec->listValuesProc(editor.ec, name.get(), list, first, &editor.valuesMore); });
+  OrlFollowContext(editor);
 }
 
-void OrlOpenValues(OrlWindow dialog) {
-  EditorState &editor = CurrentEditor();
+void OrlOpenValues(EditorState &editor) {
   if (editor.ec->listValuesProc == nullptr) {
     return;
   }
   if (editor.valuesWindow != nullptr) {
-    OrlFillValues(dialog, 0);
-    EnableItem(dialog, kButtonValues, false);
+    OrlFillValues(editor, 0);
+    EnableItem(editor.dialog, kButtonValues, false);
     return;
   }
-  editor.valuesWindow =
-      Windows()->CreateDialogParam(FindDialog(kDialogValues), dialog, OrlListValuesDlgProc, 0);
+  editor.valuesWindow = Windows()->CreateDialogParam(FindDialog(kDialogValues), editor.dialog,
+                                                     OrlListValuesDlgProc, 0);
   if (editor.valuesWindow == nullptr) {
     return;
   }
-  OrlFillValues(dialog, 1);
+  OrlFillValues(editor, 1);
   if (editor.valuesMore == 0) {
-    EnableItem(dialog, kButtonValues, false);
+    EnableItem(editor.dialog, kButtonValues, false);
   }
 }
 
-void OrlSyncValuesButton(OrlWindow dialog, int32_t first) {
-  EditorState &editor = CurrentEditor();
+void OrlSyncValuesButton(EditorState &editor, int32_t first) {
   if (editor.ec->listValuesProc == nullptr) {
     return;
   }
-  const bool hasRow = CurrentRow(ItemOf(dialog, kListItems)) >= 0;
-  EnableItem(dialog, kButtonValues, hasRow);
-  OrlCaptionValues(dialog);
+  const bool hasRow = CurrentRow(ItemOf(editor.dialog, kListItems)) >= 0;
+  EnableItem(editor.dialog, kButtonValues, hasRow);
+  OrlCaptionValues(editor);
   if (hasRow && editor.valuesWindow != nullptr) {
-    OrlFillValues(dialog, first);
+    OrlFillValues(editor, first);
     if (editor.valuesMore == 0) {
-      EnableItem(dialog, kButtonValues, false);
+      EnableItem(editor.dialog, kButtonValues, false);
     }
   }
 }
 
 intptr_t OrlListValuesDlgProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (!EditorRuns()) {
+  EditorState *const open = OpenEditor();
+  if (open == nullptr) {
     return 0;
   }
+  EditorState &editor = *open;
   switch (message) {
     case ORL_WM_INITDIALOG:
-      Open(window);
+      Open(editor, window);
       return 1;
     case kMessageTakeItem:
-      TakeItem(window, reinterpret_cast<const char *>(lParam));
+      TakeItem(editor, window, reinterpret_cast<const char *>(lParam));
       return 0;
     case ORL_WM_COMMAND:
       if (wParam == (kListValues | uintptr_t{ORL_LBN_DBLCLK} << 16)) {
-        InsertValue(window);
+        InsertValue(editor, window);
       }
       return 0;
     case ORL_WM_CLOSE:
-      Close(window);
+      Close(editor, window);
       return 1;
     case ORL_WM_DESTROY:
-      Forget(window);
+      Forget(editor, window);
       return 0;
     default:
       return 0;

@@ -202,12 +202,11 @@ TEST(EditorInsertion, CountsBytesInEveryCodePage) {
 TEST(EditorInsertion, LeavesTheTextWhenMemoryEnds) {
   const HostedContext ec = Formulas();
   Edit(ec, {nullptr, 1}, [&](OrlWindow d) {
-    OrlWindow edit = ORLHeadlessSystem()->GetDlgItem(d, 100);
     const std::string before = Marked(d);
     for (int64_t count = 0; count < 2; count++) {
       TEST_FailAllocationsAfter(count);
-      OrlInsertText(edit, "abc", 3);
-      OrlWrapSelection(edit);
+      OrlInsertText(*OpenEditor(), "abc", 3);
+      OrlWrapSelection(*OpenEditor());
       TEST_FailAllocationsAfter(-1);
       EXPECT_EQ(Marked(d), before) << count;
     }

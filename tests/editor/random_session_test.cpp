@@ -82,7 +82,7 @@ void CheckRows(OrlWindow d) {
 }
 
 void CheckEditor(OrlWindow d) {
-  const EditorState &editor = CurrentEditor();
+  const EditorState &editor = *OpenEditor();
   const std::vector<std::string> words = {"Formula", "Range", "Set"};
   const std::string word = Text(d).substr(0, Text(d).find(' '));
   const auto isEnabled = [d](int32_t id) { return Look(d, id).enabled != 0; };
