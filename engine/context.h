@@ -65,7 +65,7 @@ struct ExprContext {
   uint16_t dateConvertFlags;
   bool hasNumberOperators;  // a callback replaces the arithmetic of some operator
   OperatorSlots operators[kGroupCount];
-  void *numberBlock;        // owned blocks that wait for the next routine of the host, or null
+  void *numberBlock;  // owned blocks that wait for the next routine of the host, or null
   void *textBlock;
   int32_t helpContext;
   char helpPath[kHelpPathSize];

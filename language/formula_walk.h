@@ -1,5 +1,5 @@
-// Steps that walks through named formulas share. The way back is kept in the expressions, so any depth
-// of references needs no memory.
+// Steps that walks through named formulas share. The way back is kept in the expressions, so any
+// depth of references needs no memory.
 #ifndef ORLI11_LANGUAGE_FORMULA_WALK_H
 #define ORLI11_LANGUAGE_FORMULA_WALK_H
 

@@ -1,5 +1,5 @@
-// The repair of a stored formula that no longer parses: what the reader of a block and the editor, in
-// which the user corrects the formula, pass to each other.
+// The repair of a stored formula that no longer parses: what the reader of a block and the editor,
+// in which the user corrects the formula, pass to each other.
 #ifndef ORLI11_PERSISTENCE_REPAIR_H
 #define ORLI11_PERSISTENCE_REPAIR_H
 

@@ -59,8 +59,8 @@ enum {
 /* Kinds of items. */
 enum { ORL_FUNCTION = 0, ORL_INPUT = 1, ORL_FORMULA = 2, ORL_KEYWORD = 3 };
 
-/* The bytes that separate the words of a formula in ORLRenameExpressionItem; neither a line feed nor
- * the single quote does, and what double quotes enclose is one word. */
+/* The bytes that separate the words of a formula in ORLRenameExpressionItem; neither a line feed
+ * nor the single quote does, and what double quotes enclose is one word. */
 #define ORL_WORD_DELIMITERS " \t\r()*+-/|%,"
 
 /* `flags` of ORLCreateEC. */

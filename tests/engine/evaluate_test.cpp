@@ -3,8 +3,8 @@
 
 #include <cmath>
 #include <cstring>
-#include <random>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 

@@ -12,8 +12,8 @@
 #include <functional>
 
 #include "orli11/qt_windows.h"
-#include "windows/qt/state.h"
 #include "tests/wren/text_model.h"
+#include "windows/qt/state.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 #include <functional>
 #include <random>
 
-#include "windows/qt/pictures.h"
 #include "orli11/qt_windows.h"
 #include "resources/bitmaps.h"
+#include "windows/qt/pictures.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 #include <map>
 #include <sstream>
 
-#include "windows/qt/text_map.h"
 #include "tests/wren/text_model.h"
+#include "windows/qt/text_map.h"
 #include "wreni11.h"
 
 namespace {

@@ -4,10 +4,10 @@
 #include <QWindow>
 #include <algorithm>
 
+#include "tests/qt/user.h"
 #include "windows/qt/edit.h"
 #include "windows/qt/list_box.h"
 #include "windows/qt/pictures.h"
-#include "tests/qt/user.h"
 
 using qt_user::Box;
 using qt_user::FindWindow;
