@@ -1,166 +1,281 @@
 #include "host/columns.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
-#include <numeric>
+#include <string_view>
 
+#include "host/column_names.h"
 #include "host/display.h"
+#include "host/field.h"
 #include "host/values.h"
 
 namespace {
 
-constexpr size_t kLongestName = sizeof(ExprItem::name) - 1;
+constexpr size_t kLongestField = 40; /* of those that a reason shows */
 
-/* How the fields of a column look so far, beside the Column itself. */
-struct ColumnFinding {
-  bool seenNumber = false, seenDate = false, seenOther = false;
+/* A field that decides on a type, and where it is. */
+struct Witness {
+  size_t input = 0;
+  int64_t line = 0; /* 0: there is none */
+  std::string text;
+};
+
+/* What the fields of a column look like so far, beside the Column itself. */
+struct Finding {
+  Witness number, date, other; /* the first of each kind */
+  Witness code, exponent;      /* the first number of the shape of a code */
+  Witness refused;             /* with a demanded type: what is not of it */
+  CodeShape shape = CODE_NONE; /* of `code` */
+  unsigned orders = ORDER_ANY; /* those that all numeric dates so far can be read in */
+  bool point = false;          /* a number has a decimal point */
+  bool offset = false;         /* a date has an offset */
+  bool demanded = false;       /* the options name the type */
 };
 
 struct ScanState {
   const CsvFile *csv;
-  EC ec;
+  const DataOptions *options;
   Table *table;
   Progress *progress;
-  std::vector<ColumnFinding> findings;
-  bool haveHeader = false;
+  bool bounds;
+  std::vector<Finding> findings;
 };
 
-/* A word of the language cannot stand for a column as it is. */
-bool IsPlainName(EC ec, const std::string &header) {
-  std::array<char, kLongestName + 2> unused;
-  return ORLValidName(ec, header.c_str(), nullptr) == 1 &&
-         ORLInputNameIsKeyword(unused.data(), header.c_str()) == 0;
-}
-
-bool CheckDuplicates(const ScanState &state, std::string &error) {
-  const std::vector<Column> &columns = state.table->columns;
-  std::vector<size_t> order(columns.size());
-  std::iota(order.begin(), order.end(), size_t{0});
-  std::stable_sort(order.begin(), order.end(), [&columns](size_t left, size_t right) {
-    return columns[left].header < columns[right].header;
-  });
-  for (size_t i = 1; i < order.size(); ++i) {
-    if (columns[order[i]].header == columns[order[i - 1]].header) {
-      error = state.csv->path + ": columns " + std::to_string(order[i - 1] + 1) + " and " +
-              std::to_string(order[i] + 1) +
-              " have the same name: " + DisplayName(columns[order[i]].header);
-      return false;
-    }
+void Note(Witness &witness, const CsvRow &row, const char *text) {
+  if (witness.line == 0) {
+    witness = {row.input, row.line, text};
   }
-  return true;
 }
 
-bool TakeHeader(ScanState &state, const CsvRow &row, std::string &error) {
-  for (size_t i = 0; i < row.starts.size(); ++i) {
-    Column column;
-    column.header = CsvField(row, i);
-    const std::string problem = ColumnName(state.ec, column);
-    if (!problem.empty()) {
-      error = state.csv->path + ": column " + std::to_string(i + 1) + " " + problem;
-      return false;
-    }
-    state.table->columns.push_back(std::move(column));
+void Widen(Column &column, int16_t type, const NumberValue &value) {
+  if (column.least.length == 0 || CompareValues(type, value, column.least) < 0) {
+    column.least = value;
   }
-  state.findings.resize(row.starts.size());
-  state.haveHeader = true;
-  return CheckDuplicates(state, error);
+  if (column.most.length == 0 || CompareValues(type, value, column.most) > 0) {
+    column.most = value;
+  }
 }
 
-void TakeField(Column &column, ColumnFinding &finding, const char *text) {
-  if (*text == '\0') {
+void TakeNumber(Finding &finding, const CsvRow &row, const char *text) {
+  Note(finding.number, row, text);
+  finding.point = finding.point || std::string_view(text).find('.') != std::string_view::npos;
+  if (finding.code.line != 0) {
     return;
   }
-  if (column.filled++ == 0) {
-    column.example = text;
+  const CodeShape shape = CodeShapeOf(text);
+  if (shape == CODE_EXPONENT) {
+    Note(finding.exponent, row, text);
+  } else if (shape != CODE_NONE) {
+    Note(finding.code, row, text);
+    finding.shape = shape;
   }
-  if (finding.seenOther || (finding.seenNumber && finding.seenDate)) {
-    return; /* a String whatever follows */
+}
+
+void TakeDate(Finding &finding, const CsvRow &row, const char *text) {
+  Note(finding.date, row, text);
+  const unsigned orders = DateOrdersOf(text);
+  finding.orders &= orders != 0 ? orders : ORDER_ANY;
+  finding.offset = finding.offset || HasOffset(text);
+}
+
+/* A field of a column whose type is found from its fields. */
+void FindType(const ScanState &state, Column &column, Finding &finding, const CsvRow &row,
+              const char *text) {
+  const FieldRules &rules = state.options->rules;
+  NumberValue value;
+  if (finding.other.line != 0) {
+    return; /* a String, whatever follows */
   }
-  NumberValue unused;
-  if (NumberFromField(text, &unused)) {
-    finding.seenNumber = true;
-  } else if (DateFromField(text, &unused)) {
-    finding.seenDate = true;
+  if (NumberFromField(rules, text, &value)) {
+    TakeNumber(finding, row, text);
+  } else if (DateFromField(rules, text, &value)) {
+    TakeDate(finding, row, text);
   } else {
-    finding.seenOther = true;
+    Note(finding.other, row, text);
+    return;
   }
+  if (state.bounds && (finding.number.line == 0 || finding.date.line == 0)) {
+    Widen(column, finding.number.line != 0 ? ORL_TYPE_NUMBER : ORL_TYPE_DATE, value);
+  }
+}
+
+/* A field of a column whose type is demanded. */
+void CheckType(const ScanState &state, Column &column, Finding &finding, const CsvRow &row,
+               const char *text) {
+  const FieldRules &rules = state.options->rules;
+  NumberValue value;
+  if (column.type == ORL_TYPE_STRING) {
+    return;
+  }
+  const bool good = column.type == ORL_TYPE_NUMBER ? NumberFromField(rules, text, &value)
+                                                   : DateFromField(rules, text, &value);
+  if (!good) {
+    Note(finding.refused, row, text);
+  } else if (state.bounds) {
+    Widen(column, column.type, value);
+  }
+}
+
+std::string Shown(const std::string &text) {
+  size_t width = 0;
+  return "'" + DisplayLine(text, kLongestField, width) + "'";
 }
 
 bool TakeRow(const CsvRow &row, void *user, std::string &error) {
   ScanState &state = *static_cast<ScanState *>(user);
-  if (!state.haveHeader) {
-    return TakeHeader(state, row, error);
-  }
   if (!ColumnsFit(*state.csv, *state.table, row, error)) {
     return false;
   }
   for (size_t i = 0; i < row.starts.size(); ++i) {
-    TakeField(state.table->columns[i], state.findings[i], CsvField(row, i));
+    Column &column = state.table->columns[i];
+    Finding &finding = state.findings[i];
+    const char *text = CsvField(row, i);
+    if (FieldIsEmpty(state.options->rules, text)) {
+      continue;
+    }
+    if (column.filled++ == 0) {
+      column.example = text;
+    }
+    (finding.demanded ? CheckType : FindType)(state, column, finding, row, text);
+    if (finding.refused.line != 0) {
+      error = CsvPlace(*state.csv, row.input, row.line) + ": column " + DisplayName(column.name) +
+              ": " + Shown(text) + " is not a " + TypeName(column.type);
+      return false;
+    }
   }
   ProgressStep(*state.progress, "finding types", ++state.table->rows, 0);
   return true;
 }
 
-int16_t TypeOf(const ColumnFinding &finding) {
-  if (finding.seenOther || finding.seenNumber == finding.seenDate) {
-    return ORL_TYPE_STRING;
+/* "500,001" */
+std::string Grouped(int64_t number) {
+  std::string digits = std::to_string(number);
+  for (size_t place = digits.size(); place > 3; place -= 3) {
+    digits.insert(place - 3, ",");
   }
-  return finding.seenNumber ? ORL_TYPE_NUMBER : ORL_TYPE_DATE;
+  return digits;
+}
+
+/* "line 500,001: 'oops'", with the file when there are several. */
+std::string Told(const ScanState &state, const Witness &witness) {
+  const bool several = state.csv->inputs.size() > 1;
+  return (several ? state.csv->Path(witness.input) + " " : std::string()) + "line " +
+         Grouped(witness.line) + ": " + Shown(witness.text);
+}
+
+/* What would make a number or date of the field that made the column a String. */
+std::string OtherReason(const ScanState &state, Column &column, const Finding &finding) {
+  const FieldRules &rules = state.options->rules;
+  std::string reason = Told(state, finding.other);
+  FieldRules other = rules;
+  other.decimal = rules.decimal == ',' ? '\0' : ',';
+  NumberValue unused;
+  const unsigned orders = DateOrdersOf(finding.other.text);
+  if (NumberFromField(other, finding.other.text.c_str(), &unused)) {
+    column.twoWays = finding.number.line != 0 && (rules.decimal == ',' || finding.point);
+    return column.twoWays
+               ? reason + " and " + Told(state, finding.number) +
+                     " have a decimal point and a decimal comma"
+               : reason + " is a number with --decimal " + (other.decimal == ',' ? "," : ".");
+  }
+  if (orders == 0) {
+    return reason;
+  }
+  if (finding.date.line != 0 && (orders & finding.orders) == 0) {
+    column.twoWays = true;
+    return reason + " and " + Told(state, finding.date) + " have day and month in two orders";
+  }
+  const char *order = (orders & ORDER_DMY) != 0 ? "dmy" : (orders & ORDER_MDY) != 0 ? "mdy" : "ymd";
+  return reason + " is a date with --date-order " + order;
+}
+
+/* Fixes the type of a column when all its fields were seen, and says why it is a String. */
+void Decide(const ScanState &state, Column &column, const Finding &finding) {
+  constexpr const char *kShapes[] = {"", " has leading zeros", " has a plus sign", ""};
+  if (finding.demanded) {
+    return;
+  }
+  column.type = ORL_TYPE_STRING;
+  if (finding.other.line != 0) {
+    column.why = OtherReason(state, column, finding);
+  } else if (finding.number.line != 0 && finding.date.line != 0) {
+    column.why =
+        Told(state, finding.number) + " is a number, " + Told(state, finding.date) + " is a date";
+  } else if (finding.date.line != 0) {
+    column.type = ORL_TYPE_DATE;
+    column.why = finding.offset ? "times with an offset are converted to UTC" : "";
+  } else if (finding.code.line != 0) {
+    column.why = Told(state, finding.code) + kShapes[finding.shape];
+  } else if (finding.exponent.line != 0 && !finding.point) {
+    column.why = Told(state, finding.exponent) + " looks like a code";
+  } else if (finding.number.line != 0) {
+    column.type = ORL_TYPE_NUMBER;
+  } else {
+    column.why = "all fields are empty";
+  }
+  if (column.type == ORL_TYPE_STRING) {
+    column.least = column.most = {};
+  }
+}
+
+/* Takes the types that the options name. */
+bool Demand(ScanState &state, std::string &error) {
+  for (const auto &[name, type] : state.options->types) {
+    const size_t index = FindByName(state.table->columns, name);
+    if (index == state.table->columns.size()) {
+      error = state.csv->Path() + ": --type: there is no column " + DisplayName(name);
+      return false;
+    }
+    state.table->columns[index].type = type;
+    state.findings[index].demanded = true;
+  }
+  return true;
 }
 
 }  // namespace
 
-std::string ColumnName(EC ec, Column &column) {
-  const std::string &header = column.header;
-  const bool hasQuote = header.find('"') != std::string::npos;
-  if (header.empty()) {
-    return "has no name in the header";
+void ColumnsName(const CsvFile &csv, EC ec, Table &table, std::vector<std::string> &notes) {
+  const std::vector<std::string> names = NamesOfHeaders(ec, csv.header, notes);
+  table.columns.resize(names.size());
+  for (size_t i = 0; i < names.size(); ++i) {
+    table.columns[i].header = csv.header[i];
+    table.columns[i].name = names[i];
   }
-  if (header.size() > kLongestName) {
-    return "has a name of " + std::to_string(header.size()) + " bytes; names have at most 64";
-  }
-  if (IsPlainName(ec, header)) {
-    column.name = header;
-    return {};
-  }
-  const char quote = hasQuote ? '`' : '"';
-  column.name = quote + header + quote;
-  if (column.name.size() > kLongestName) {
-    return "has a name that needs quotes and is then " + std::to_string(column.name.size()) +
-           " bytes long; names have at most 64";
-  }
-  /* Backticks do not help every name with a double quote. */
-  return ORLValidName(ec, column.name.c_str(), nullptr) == 1
-             ? std::string()
-             : "has a name that no formula can write: " + DisplayName(header);
 }
 
-bool ColumnsScan(CsvFile &csv, EC ec, Table &table, Progress &progress, std::string &error) {
-  ScanState state{&csv, ec, &table, &progress, {}, false};
+bool ColumnsScan(CsvFile &csv, const DataOptions &options, bool bounds, Table &table,
+                 Progress &progress, std::string &error) {
+  ScanState state{&csv, &options, &table, &progress, bounds, {}};
+  state.findings.resize(table.columns.size());
+  if (!Demand(state, error)) {
+    return false;
+  }
   const bool good = CsvRead(csv, TakeRow, &state, error);
   ProgressEnd(progress);
-  if (!good) {
-    return false;
+  for (size_t i = 0; good && i < table.columns.size(); ++i) {
+    Decide(state, table.columns[i], state.findings[i]);
   }
-  if (!state.haveHeader) {
-    error = csv.path + ": the file is empty";
-    return false;
-  }
-  for (size_t i = 0; i < table.columns.size(); ++i) {
-    table.columns[i].type = TypeOf(state.findings[i]);
-  }
-  return true;
+  return good;
 }
 
 bool ColumnsFit(const CsvFile &csv, const Table &table, const CsvRow &row, std::string &error) {
   if (row.starts.size() == table.columns.size()) {
     return true;
   }
-  error = csv.path + ": line " + std::to_string(row.line) + ": " +
-          std::to_string(row.starts.size()) + (row.starts.size() == 1 ? " field" : " fields") +
-          ", but the header has " + std::to_string(table.columns.size());
+  error = CsvPlace(csv, row.input, row.line) + ": " + std::to_string(row.starts.size()) +
+          (row.starts.size() == 1 ? " field" : " fields") + ", but the header has " +
+          std::to_string(table.columns.size());
   return false;
+}
+
+size_t FindByName(const std::vector<Column> &columns, const std::string &name) {
+  for (auto member : {&Column::name, &Column::header}) {
+    for (size_t i = 0; i < columns.size(); ++i) {
+      if (columns[i].*member == name) {
+        return i;
+      }
+    }
+  }
+  return columns.size();
 }
 
 const char *TypeName(int32_t type) {

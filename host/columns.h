@@ -1,4 +1,4 @@
-/* columns.h - the columns of a CSV file: their names in formulas and their types. */
+/* columns.h - the columns of CSV files: their names in formulas and their types. */
 #ifndef ORLI11_HOST_COLUMNS_H
 #define ORLI11_HOST_COLUMNS_H
 
@@ -15,8 +15,11 @@ struct Column {
   std::string header; /* as the file has it */
   std::string name;   /* as a formula has to write it: plain, or in quotes */
   int16_t type = ORL_TYPE_STRING;
-  int64_t filled = 0;  /* rows with a field that is not empty */
-  std::string example; /* the first of these */
+  int64_t filled = 0;                /* rows with a field that is not empty */
+  std::string example;               /* the first of these */
+  NumberValue least = {}, most = {}; /* of a Number or Date; null when they were not wanted */
+  std::string why;                   /* why it is a String, and what is odd about its fields */
+  bool twoWays = false;              /* its fields are written in two ways */
 };
 
 struct Table {
@@ -24,17 +27,23 @@ struct Table {
   int64_t rows = 0;
 };
 
-/* Gives the column of a header the name that formulas write; `ec` says which names need quotes. The
- * result is empty, or tells what is wrong with the header. */
-std::string ColumnName(EC ec, Column &column);
+/* Names the columns by the headers of the files; `ec` says which names need quotes. Lines about
+ * names that had to be changed go to `notes`. */
+void ColumnsName(const CsvFile &csv, EC ec, Table &table, std::vector<std::string> &notes);
 
-/* Reads the whole file once: the header gives the names, all rows together the types. A column is
- * Number or Date when each of its fields that is not empty is one, else String. `ec` says which
- * names need quotes. False with a message in `error`. */
-bool ColumnsScan(CsvFile &csv, EC ec, Table &table, Progress &progress, std::string &error);
+/* Reads the files once: all rows together tell the types. A column is Number or Date when each of
+ * its fields that is not empty is one, else String; so is one of numbers that look like codes. A
+ * type that the options name is demanded of each field instead. `bounds`: find the least and
+ * greatest values too. False with a message in `error`. */
+bool ColumnsScan(CsvFile &csv, const DataOptions &options, bool bounds, Table &table,
+                 Progress &progress, std::string &error);
 
 /* False with a message for a row that has more or fewer fields than the header. */
 bool ColumnsFit(const CsvFile &csv, const Table &table, const CsvRow &row, std::string &error);
+
+/* The index of a column by its header or by its name in formulas; that of no column is their
+ * number. */
+size_t FindByName(const std::vector<Column> &columns, const std::string &name);
 
 /* The word for a data type, as in "Number". */
 const char *TypeName(int32_t type);

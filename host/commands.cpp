@@ -2,10 +2,13 @@
 
 #include <cstdio>
 
+#include "host/color.h"
 #include "host/display.h"
 #include "host/formulas.h"
+#include "host/pictures.h"
 #include "host/session.h"
 #include "host/store.h"
+#include "host/values.h"
 
 namespace {
 
@@ -17,44 +20,75 @@ std::string KindAndType(EC ec, HEXP exp, uint16_t type) {
   return (kind == "formula" ? std::string() : kind + " of ") + TypeName(type);
 }
 
+/* A value as the table of columns shows it. */
+std::string BoundOf(int32_t type, const NumberValue &value) {
+  std::string cell;
+  CellFromValue(type, &value, cell);
+  return cell;
+}
+
 }  // namespace
 
 int Complain(const std::string &message, int status) {
-  std::fprintf(stderr, "orli: %s%s", message.c_str(),
-               !message.empty() && message.back() == '\n' ? "" : "\n");
+  const bool ended = !message.empty() && message.back() == '\n';
+  const std::string line = Colored(stderr, "orli: " + message + (ended ? "" : "\n"));
+  std::fputs(line.c_str(), stderr);
   return status;
 }
 
-int RunItems(const std::string &data) {
-  return WithSession(data, [](const Session &session) {
+int RunItems(const DataOptions &data, OutputFormat format) {
+  const auto write = [format](const Session &session) {
     Output output;
-    output.columns = {{"name"}, {"type"}, {"filled", true}, {"example"}};
+    output.format = format;
+    output.columns = {{"name"},
+                      {"type"},
+                      {"filled", ORL_TYPE_NUMBER},
+                      {"empty", ORL_TYPE_NUMBER},
+                      {"least"},
+                      {"greatest"},
+                      {"example"},
+                      {"why"}};
     for (const Column &column : session.table.columns) {
       size_t width = 0;
       OutputRow(output, {column.name, TypeName(column.type), std::to_string(column.filled),
-                         DisplayLine(column.example, kWidestExample, width)});
+                         std::to_string(session.table.rows - column.filled),
+                         BoundOf(column.type, column.least), BoundOf(column.type, column.most),
+                         DisplayLine(column.example, kWidestExample, width), column.why});
     }
     OutputEnd(output);
     return static_cast<int>(EXIT_GOOD);
-  });
+  };
+  return WithSession(data, write, true);
 }
 
-int RunCheck(const std::string &data, const std::string &store, const std::string &text) {
-  return WithSession(data, [&store, &text](const Session &session) {
-    std::vector<Formula> stored;
+int RunCheck(const CheckOptions &options) {
+  return WithSession(options.data, [&options](const Session &session) {
+    std::vector<Formula> others;
     std::string problem;
-    if (!store.empty() && (!StoreFormulas(store, session, stored, problem) ||
-                           !FormulasDefine(session.ec, stored, problem))) {
+    if (!options.store.empty() && !StoreFormulas(options.store, session, others, problem)) {
+      return Complain(problem, EXIT_WRONG);
+    }
+    for (const std::string &path : options.formulaFiles) {
+      if (!FormulasRead(path, others, problem)) {
+        return Complain(problem, EXIT_WRONG);
+      }
+    }
+    EC ec = session.ec.get();
+    if (!FormulasDefine(ec, others, problem)) {
       return Complain(problem, EXIT_WRONG);
     }
     FormulaError error = {};
     uint16_t type = 0;
-    HEXP exp = ORLParseFormula(session.ec, nullptr, text.c_str(), nullptr, &error, &type);
+    HEXP exp = ORLParseFormula(ec, nullptr, options.text.c_str(), nullptr, &error, &type);
     if (exp == nullptr) {
-      std::fputs(ErrorWithPlace(text, error).c_str(), stdout);
+      std::fputs(Colored(stdout, ErrorWithPlace(ec, options.text, error)).c_str(), stdout);
       return static_cast<int>(EXIT_WRONG);
     }
-    std::puts(KindAndType(session.ec, exp, type).c_str());
+    std::puts(KindAndType(ec, exp, type).c_str());
+    static_cast<void>(std::fflush(stdout));
+    for (const std::string &picture : PictureProblems(options.text)) {
+      Complain(picture, EXIT_GOOD);
+    }
     return static_cast<int>(EXIT_GOOD);
   });
 }

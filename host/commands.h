@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/data_options.h"
 #include "host/output.h"
 
 enum ExitStatus {
@@ -15,11 +16,28 @@ enum ExitStatus {
   EXIT_USAGE = 2  /* the command line is wrong */
 };
 
-struct EvalOptions {
-  std::string data, store;
-  std::vector<std::string> formulas; /* NAME=TEXT */
-  int64_t limit = -1;                /* rows to compute; -1: all */
+/* Which rows a command takes, which formulas it knows, and how it writes what it computes. */
+struct RowOptions {
+  DataOptions data;
+  std::string store;                     /* a file of formulas; empty: none */
+  std::vector<std::string> formulaFiles; /* with lines NAME=TEXT */
+  std::vector<std::string> conditions;   /* TEXT=BOUNDS; all of them must be met */
+  std::vector<std::string> sort;         /* NAME, NAME:asc or NAME:desc */
+  int64_t limit = -1;                    /* rows to write; -1: all */
+  int decimals = -1;                     /* of the numbers; -1: those that they have */
   OutputFormat format = OUTPUT_TABLE;
+};
+
+struct CheckOptions {
+  DataOptions data;
+  std::string store, text;
+  std::vector<std::string> formulaFiles;
+};
+
+struct EvalOptions {
+  RowOptions rows;
+  std::vector<std::string> formulas; /* NAME=TEXT */
+  std::string keep;                  /* "all" or names of columns; empty: none */
 };
 
 /* What a column of a report holds: the groups' own values or a figure of their rows. */
@@ -28,8 +46,10 @@ enum ReportFigure {
   REPORT_COUNT,
   REPORT_SUM,
   REPORT_MEAN,
+  REPORT_MEDIAN,
   REPORT_LEAST,
-  REPORT_GREATEST
+  REPORT_GREATEST,
+  REPORT_DISTINCT
 };
 
 struct ReportColumn {
@@ -38,18 +58,17 @@ struct ReportColumn {
 };
 
 struct ReportOptions {
-  std::string data, store;
+  RowOptions rows;
   std::vector<ReportColumn> columns;
-  OutputFormat format = OUTPUT_TABLE;
 };
 
-/* The columns of a file: name, type, filled rows, example. */
-int RunItems(const std::string &data);
-/* The functions: signature and description. */
-int RunFunctions();
-/* The type of a formula, or its error with the place underlined. It may call those of a store; an
- * empty `store` is none, also in the options of the next two. */
-int RunCheck(const std::string &data, const std::string &store, const std::string &text);
+/* The columns of files: name, type, filled and empty rows, least and greatest value, example, and
+ * why a column is a String. */
+int RunItems(const DataOptions &data, OutputFormat format);
+/* The functions: signature and description; or all about the one of that name. */
+int RunFunctions(const std::string &name);
+/* The type of a formula, or its error with the place underlined. */
+int RunCheck(const CheckOptions &options);
 /* Formulas computed for each row, those of the store first. */
 int RunEval(const EvalOptions &options);
 /* Rows grouped by the values of formulas, a row for each group in the order of these values. Null
@@ -57,8 +76,9 @@ int RunEval(const EvalOptions &options);
 int RunReport(const ReportOptions &options);
 
 /* Adds formulas to a store, or changes them, for the columns of a file. */
-int RunDefine(const std::string &store, const std::string &data,
-              const std::vector<std::string> &formulas);
+int RunDefine(const std::string &store, const DataOptions &data,
+              const std::vector<std::string> &formulas,
+              const std::vector<std::string> &formulaFiles);
 /* The formulas of a store: name, kind, type, text. */
 int RunList(const std::string &store, OutputFormat format);
 /* The text of a formula. */
@@ -71,7 +91,8 @@ int RunRename(const std::string &store, const std::string &from, const std::stri
 int RunUses(const std::string &store, const std::string &name);
 
 struct EditOptions {
-  std::string store, data;
+  std::string store;
+  DataOptions data;
   std::string name;   /* of the formula to be edited; empty: a new one */
   std::string mode;   /* "formula", "range" or "set"; empty: as the formula is */
   std::string values; /* the column whose values are listed at once; empty: none */
@@ -79,12 +100,13 @@ struct EditOptions {
 
 /* Opens the formula editor on a store, over the columns of a file. */
 int RunEdit(const EditOptions &options);
-/* Reads a store, for the columns of a file unless `data` is empty; opens the editor for each
+/* Reads a store, for the columns of a file unless `data` has none; opens the editor for each
  * formula that does not parse. */
-int RunLoad(const std::string &store, const std::string &data);
+int RunLoad(const std::string &store, const DataOptions &data);
 
 struct SqlOptions {
-  std::string store, data;
+  std::string store;
+  DataOptions data;
   std::vector<std::string> names;      /* of the formulas to be computed */
   std::vector<std::string> conditions; /* TEXT=NAME */
   std::string table;                   /* empty: named like the file */

@@ -1,9 +1,11 @@
 #include "host/computation.h"
 
+#include <algorithm>
 #include <cstdio>
 
-#include "host/commands.h"
 #include "host/display.h"
+#include "host/null_use.h"
+#include "host/pictures.h"
 #include "host/store.h"
 
 namespace {
@@ -13,17 +15,19 @@ constexpr uint32_t kFirstBlock = 64;
 struct RowReader {
   Computation *computation;
   const RowConsumer *consumer;
-  bool pastHeader = false;
 };
+
+bool ConditionsMet(const Computation &computation) {
+  return std::all_of(computation.conditions.begin(), computation.conditions.end(),
+                     [&computation](const Condition &condition) {
+                       return ConditionMet(computation.session.ec.get(), condition);
+                     });
+}
 
 bool ComputeRow(const CsvRow &row, void *user, std::string &error) {
   RowReader &reader = *static_cast<RowReader *>(user);
   Computation &computation = *reader.computation;
   Session &session = computation.session;
-  if (!reader.pastHeader) {
-    reader.pastHeader = true;
-    return true;
-  }
   if (computation.rows == computation.limit) {
     return false;
   }
@@ -32,58 +36,91 @@ bool ComputeRow(const CsvRow &row, void *user, std::string &error) {
     return false;
   }
   SessionSetRow(session, row);
+  if (!ConditionsMet(computation)) {
+    return true;
+  }
   for (size_t i = 0; i < computation.formulas.size(); ++i) {
     Result &result = computation.results[i];
-    int32_t length = 0;
-    result.good = ORLEvaluateExpressionExt(session.ec, computation.formulas[i].exp, &length,
-                                           &result.block) == 1;
+    result.good = Evaluate(session.ec.get(), computation.formulas[i].exp, result.block);
     result.missing += result.good ? 0 : 1;
   }
+  SessionCountZeros(session);
   const int64_t total = computation.limit >= 0 ? computation.limit : session.table.rows;
   ProgressStep(computation.progress, "computing", ++computation.rows, total);
   return reader.consumer->row();
 }
 
-/* Defines the formulas and those of the store, and keeps what is to be computed. Each must be able
- * to have a value; ranges and sets of the store are passed over. */
-bool Define(Computation &computation, std::string &error) {
-  EC ec = computation.session.ec;
-  std::vector<Formula> all;
-  if (!computation.store.empty() &&
-      !StoreFormulas(computation.store, computation.session, all, error)) {
+/* The formulas that those of the command line may call: of the store, then of files. */
+bool TakeOthers(const Computation &computation, std::vector<Formula> &all, std::string &error) {
+  const RowOptions &options = *computation.options;
+  if (!options.store.empty() && !StoreFormulas(options.store, computation.session, all, error)) {
     return false;
   }
-  const size_t stored = all.size();
-  all.insert(all.end(), computation.formulas.begin(), computation.formulas.end());
-  if (!FormulasDefine(ec, all, error)) {
-    return false;
+  return std::all_of(options.formulaFiles.begin(), options.formulaFiles.end(),
+                     [&](const std::string &path) { return FormulasRead(path, all, error); });
+}
+
+bool TakeConditions(Computation &computation, std::vector<Formula> &all, std::string &error) {
+  for (const std::string &argument : computation.options->conditions) {
+    if (!ConditionTake(argument, all, computation.conditions.emplace_back(), error)) {
+      return false;
+    }
   }
+  return true;
+}
+
+/* Keeps what is to be computed of all formulas, of which those from `own` on are the command's. */
+bool Keep(Computation &computation, const std::vector<Formula> &all, size_t own, size_t conditions,
+          std::string &error) {
+  EC ec = computation.session.ec.get();
   computation.formulas.clear();
-  for (size_t i = 0; i < all.size(); ++i) {
+  for (size_t i = 0; i < conditions; ++i) {
     const std::string kind = FormulaKind(ec, all[i].exp);
-    if (i >= stored && kind != "formula") {
+    if (i >= own && kind != "formula") {
       error = "formula " + DisplayName(all[i].title) + " is a " + kind + " and has no value";
       return false;
     }
-    if (i >= stored || (computation.computeStored && kind == "formula")) {
+    if (i >= own || (computation.computeStored && kind == "formula")) {
       computation.formulas.push_back(all[i]);
     }
   }
-  if (computation.formulas.empty()) {
-    error = DisplayName(computation.store) + ": holds no formula that has a value";
+  const bool none = computation.formulas.empty() && !computation.mayBeEmpty;
+  if (none) {
+    error = DisplayName(computation.options->store) + ": holds no formula that has a value";
   }
-  return !computation.formulas.empty();
+  return !none;
 }
 
-bool AllocateResults(Computation &computation, std::string &error) {
-  computation.results.resize(computation.formulas.size());
-  for (Result &result : computation.results) {
-    result.block = ORLMemAlloc(kFirstBlock);
-    if (result.block == nullptr) {
-      error = "no memory";
+void TellPictures(const std::vector<Formula> &formulas) {
+  for (const Formula &formula : formulas) {
+    for (const std::string &problem : PictureProblems(formula.text)) {
+      Complain("formula " + DisplayName(formula.title) + ": " + problem, EXIT_GOOD);
+    }
+  }
+}
+
+/* Defines the formulas of the command and all that they may call. Each of the command's must be
+ * able to have a value; ranges and sets of the store are passed over. */
+bool Define(Computation &computation, std::string &error) {
+  EC ec = computation.session.ec.get();
+  std::vector<Formula> all;
+  if (!TakeOthers(computation, all, error)) {
+    return false;
+  }
+  const size_t own = all.size();
+  all.insert(all.end(), computation.formulas.begin(), computation.formulas.end());
+  const size_t conditions = all.size();
+  if (!TakeConditions(computation, all, error) || !FormulasDefine(ec, all, error) ||
+      !Keep(computation, all, own, conditions, error)) {
+    return false;
+  }
+  for (Condition &condition : computation.conditions) {
+    if (!ConditionFinish(ec, all, condition, error)) {
       return false;
     }
   }
+  TellPictures(computation.formulas);
+  SessionWatchZeros(computation.session, ZeroUsesOf(all));
   return true;
 }
 
@@ -98,10 +135,35 @@ void ReportMissing(const Computation &computation) {
   }
 }
 
+/* Tells how many empty fields counted as zero: "2 empty values counted as zero: 2 of amount". */
+void ReportZeros(const Session &session) {
+  int64_t all = 0;
+  std::string columns;
+  for (size_t i = 0; i < session.values.size(); ++i) {
+    const int64_t zeros = session.values[i].zeros;
+    if (zeros != 0) {
+      columns += (all == 0 ? "" : ", ") + std::to_string(zeros) + " of " +
+                 DisplayName(session.table.columns[i].name);
+      all += zeros;
+    }
+  }
+  if (all != 0) {
+    Complain(std::to_string(all) + (all == 1 ? " empty value" : " empty values") +
+                 " counted as zero: " + columns,
+             EXIT_GOOD);
+  }
+}
+
 int ComputeRows(Computation &computation, const RowConsumer &consumer) {
   std::string error;
-  if (!Define(computation, error) || !AllocateResults(computation, error) ||
-      !consumer.begin(error)) {
+  if ((consumer.open && !consumer.open(error)) || !Define(computation, error)) {
+    return Complain(error, EXIT_WRONG);
+  }
+  computation.results.resize(computation.formulas.size());
+  for (Result &result : computation.results) {
+    result.block = NewBlock(kFirstBlock);
+  }
+  if (!consumer.begin(error)) {
     return Complain(error, EXIT_WRONG);
   }
   RowReader reader{&computation, &consumer};
@@ -114,6 +176,7 @@ int ComputeRows(Computation &computation, const RowConsumer &consumer) {
     return Complain(error, EXIT_WRONG);
   }
   ReportMissing(computation);
+  ReportZeros(computation.session);
   ProgressReport(computation.progress, computation.rows);
   return EXIT_GOOD;
 }
@@ -129,14 +192,10 @@ bool ComputationTake(Computation &computation, const std::string &argument, std:
   return good;
 }
 
-int ComputationRun(Computation &computation, const std::string &data, const RowConsumer &consumer) {
+int ComputationRun(Computation &computation, const RowConsumer &consumer) {
   std::string error;
   ProgressStart(computation.progress);
-  const bool open = SessionOpen(data.c_str(), computation.session, computation.progress, error);
-  const int status = open ? ComputeRows(computation, consumer) : Complain(error, EXIT_WRONG);
-  for (const Result &result : computation.results) {
-    ORLMemFree(result.block);
-  }
-  SessionClose(computation.session);
-  return status;
+  const bool open =
+      SessionOpen(computation.options->data, computation.session, computation.progress, error);
+  return open ? ComputeRows(computation, consumer) : Complain(error, EXIT_WRONG);
 }

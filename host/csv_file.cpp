@@ -1,11 +1,11 @@
 #include "host/csv_file.h"
 
 #include <csv.h>
-#include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstring>
+#include <string_view>
 
 #include "host/display.h"
 
@@ -14,27 +14,39 @@ namespace {
 constexpr size_t kChunk = 1 << 16;
 /* A field larger than this is a closing quote that is missing. */
 constexpr size_t kLongestField = size_t{16} << 20;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kUtf16Marks[] = {"\xFF\xFE", "\xFE\xFF"};
 
-/* What the two callbacks of the CSV parser work on. */
-struct ReadState {
+/* Takes rows off one input; what the two callbacks of the CSV parser work on. */
+struct InputState {
   const CsvFile *csv = nullptr;
   CsvRow row;
   int64_t line = 1;      /* the parser's present line */
-  bool begun = false;    /* a piece has been read */
+  bool begun = false;    /* a chunk has been read */
+  bool inHeader = true;  /* the first row is yet to come */
   int lastEnd = 0;       /* byte that ended the row before */
   bool afterEnd = false; /* nothing has come since then */
-  bool stopped = false;  /* the rest of the chunk is of no interest */
+  bool stopped = false;  /* the rest of the chunk is not needed */
   bool failed = false;
+  bool headerOnly = false; /* stop after the header, which goes to `proc` */
   CsvRowProc proc = nullptr;
   void *user = nullptr;
   std::string *error = nullptr;
 };
 
-std::string At(const CsvFile &csv, int64_t line, const std::string &what) {
-  return csv.path + ": line " + std::to_string(line) + ": " + what;
+struct ParserEnd {
+  void operator()(csv_parser *parser) const {
+    csv_free(parser);
+    delete parser;
+  }
+};
+using ParserOwner = std::unique_ptr<csv_parser, ParserEnd>;
+
+std::string At(const InputState &state, int64_t line, const std::string &what) {
+  return CsvPlace(*state.csv, state.row.input, line) + ": " + what;
 }
 
-void Fail(ReadState &state, const std::string &what) {
+void Fail(InputState &state, const std::string &what) {
   *state.error = what;
   state.stopped = true;
   state.failed = true;
@@ -52,7 +64,7 @@ int64_t BreaksIn(const char *text, size_t length) {
 }
 
 void OnField(void *field, size_t length, void *user) {
-  ReadState &state = *static_cast<ReadState *>(user);
+  InputState &state = *static_cast<InputState *>(user);
   if (state.stopped) {
     return;
   }
@@ -61,7 +73,7 @@ void OnField(void *field, size_t length, void *user) {
     state.row.line = state.line;
   }
   if (length != 0 && std::memchr(text, 0, length) != nullptr) {
-    Fail(state, At(*state.csv, state.line, "a zero byte; the file is no text in UTF-8"));
+    Fail(state, At(state, state.line, "a zero byte; the file is not text in UTF-8"));
     return;
   }
   state.afterEnd = false;
@@ -73,8 +85,21 @@ void OnField(void *field, size_t length, void *user) {
   state.line += BreaksIn(text, length);
 }
 
+/* The row is complete. */
+void FinishRow(InputState &state) {
+  const bool wanted = state.headerOnly || !state.inHeader;
+  state.inHeader = false;
+  if (wanted && !state.proc(state.row, state.user, *state.error)) {
+    state.stopped = true;
+    state.failed = !state.error->empty();
+  }
+  state.stopped = state.stopped || state.headerOnly;
+  state.row.bytes.clear();
+  state.row.starts.clear();
+}
+
 void OnRowEnd(int end, void *user) {
-  ReadState &state = *static_cast<ReadState *>(user);
+  InputState &state = *static_cast<InputState *>(user);
   if (state.stopped) {
     return;
   }
@@ -85,127 +110,238 @@ void OnRowEnd(int end, void *user) {
     return;
   }
   if (!state.row.starts.empty()) {
-    if (!state.proc(state.row, state.user, *state.error)) {
-      state.stopped = true;
-      state.failed = !state.error->empty();
-    }
-    state.row.bytes.clear();
-    state.row.starts.clear();
+    FinishRow(state);
   }
   ++state.line;
 }
 
 /* The line that the unfinished row or field begins on, and why it is wrong. */
-std::string ParserProblem(const CsvFile &csv, const ReadState &state, csv_parser &parser) {
+std::string ParserProblem(const InputState &state, csv_parser &parser) {
   const int64_t line = state.row.starts.empty() ? state.line : state.row.line;
   if (csv_error(&parser) == CSV_EPARSE) {
-    return At(csv, line, "a double quote where none may stand, or one that is never closed");
+    return At(state, line, "a double quote where none may stand, or one that is never closed");
   }
-  return At(csv, line, csv_strerror(csv_error(&parser)));
+  return At(state, line, csv_strerror(csv_error(&parser)));
 }
 
-/* One piece of the file, if there is one more, to the parser. */
-bool ReadChunk(const CsvFile &csv, csv_parser &parser, ReadState &state) {
-  static std::array<char, kChunk> chunk;
-  const size_t got = std::fread(chunk.data(), 1, chunk.size(), csv.file);
-  const bool marked = !state.begun && got >= 3 && std::memcmp(chunk.data(), "\xEF\xBB\xBF", 3) == 0;
-  const size_t mark = marked ? 3 : 0;
+/* What is skipped at the start of a file. */
+size_t MarkLength(std::string_view start) {
+  return start.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+}
+
+ParserOwner NewParser(char delimiter) {
+  ParserOwner parser(new csv_parser{});
+  if (csv_init(parser.get(), CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) {
+    return nullptr;
+  }
+  csv_set_delim(parser.get(), static_cast<unsigned char>(delimiter));
+  csv_set_blk_size(parser.get(), kChunk);
+  return parser;
+}
+
+/* Passes the next chunk of the input to the parser; false at the end of the input. */
+bool ReadChunk(ByteSource &source, csv_parser &parser, InputState &state) {
+  std::array<char, kChunk> chunk;
+  size_t got = 0;
+  if (!ByteSourceRead(source, chunk.data(), chunk.size(), got, *state.error)) {
+    state.stopped = true;
+    state.failed = true;
+    return true;
+  }
+  if (got == 0) {
+    return false;
+  }
+  const size_t mark = state.begun ? 0 : MarkLength({chunk.data(), got});
   const size_t size = got - mark;
   state.begun = true;
-  if (csv_parse(&parser, chunk.data() + mark, size, OnField, OnRowEnd, &state) != size) {
-    Fail(state, ParserProblem(csv, state, parser));
+  const size_t parsed = csv_parse(&parser, chunk.data() + mark, size, OnField, OnRowEnd, &state);
+  if (!state.stopped && parsed != size) {
+    Fail(state, ParserProblem(state, parser));
   } else if (!state.stopped && csv_get_buffer_size(&parser) > kLongestField) {
-    Fail(state, At(csv, state.line, "a field of more than 16 MiB; is a closing quote missing?"));
+    Fail(state, At(state, state.line, "a field of more than 16 MiB; is a closing quote missing?"));
   }
-  return got != 0;
+  return true;
 }
 
-/* Puts a copy in a temporary file, which is gone when it is closed, in the place of a pipe. */
-bool SpoolToFile(CsvFile &csv, std::string &error) {
-  FILE *copy = std::tmpfile();
-  std::string chunk(kChunk, '\0');
+/* The delimiter of the header: a comma unless it has none but semicolons or tabs. */
+char FindDelimiter(std::string_view start) {
+  size_t commas = 0;
+  size_t semicolons = 0;
+  size_t tabs = 0;
+  bool quoted = false;
+  bool empty = true;
+  for (const char byte : start.substr(MarkLength(start))) {
+    const bool lineEnd = byte == '\n' || byte == '\r';
+    if (!quoted && lineEnd && !empty) {
+      break;
+    }
+    empty = empty && lineEnd;
+    quoted = quoted != (byte == '"');
+    if (!quoted) {
+      commas += byte == ',' ? 1 : 0;
+      semicolons += byte == ';' ? 1 : 0;
+      tabs += byte == '\t' ? 1 : 0;
+    }
+  }
+  if (commas != 0 || semicolons + tabs == 0) {
+    return ',';
+  }
+  return semicolons >= tabs ? ';' : '\t';
+}
+
+/* Looks at the start of the input: its delimiter, unless told; refuses other encodings. */
+bool LookAtStart(CsvInput &input, char delimiter, std::string &error) {
+  std::array<char, kChunk> chunk;
   size_t got = 0;
-  bool good = copy != nullptr;
-  while (good && (got = std::fread(chunk.data(), 1, chunk.size(), csv.file)) != 0) {
-    good = std::fwrite(chunk.data(), 1, got, copy) == got;
+  if (!ByteSourceRewind(input.source, error) ||
+      !ByteSourceRead(input.source, chunk.data(), chunk.size(), got, error)) {
+    return false;
   }
-  good = good && std::ferror(csv.file) == 0;
-  if (!good) {
-    error = csv.path + ": cannot be copied to a temporary file: " + std::strerror(errno);
+  const std::string_view start(chunk.data(), got);
+  for (const std::string_view mark : kUtf16Marks) {
+    if (start.starts_with(mark)) {
+      error = input.source.path + ": is text in UTF-16; iconv -f UTF-16 -t UTF-8 converts it";
+      return false;
+    }
   }
-  CsvClose(csv);
-  csv.file = copy;
-  return good;
+  input.delimiter = delimiter != '\0' ? delimiter : FindDelimiter(start);
+  return true;
 }
 
 }  // namespace
 
 struct CsvReading {
-  csv_parser parser = {};
-  ReadState state;
+  CsvFile *csv = nullptr;
+  ParserOwner parser;
+  InputState state;
 };
 
-bool CsvOpen(const char *path, CsvFile &csv, std::string &error) {
-  const bool isInput = std::strcmp(path, "-") == 0;
-  csv.path = isInput ? "standard input" : DisplayName(path);
-  if (*path == '\0') {
-    error = "the name of the file is empty";
+namespace {
+
+/* Begins to read an input. False with a message. */
+bool BeginInput(CsvReading &reading, size_t index) {
+  InputState &state = reading.state;
+  state.row.input = index;
+  state.line = 1;
+  state.begun = state.afterEnd = false;
+  state.inHeader = true;
+  CsvInput &input = reading.csv->inputs[index];
+  reading.parser = NewParser(input.delimiter);
+  if (reading.parser == nullptr) {
+    *state.error = "out of memory";
     return false;
   }
-  csv.file = isInput ? stdin : std::fopen(path, "rb");
-  struct stat status = {};
-  if (csv.file == nullptr || fstat(fileno(csv.file), &status) != 0) {
-    error = csv.path + ": " + std::strerror(errno);
-    return false;
-  }
-  if (S_ISDIR(status.st_mode)) {
-    error = csv.path + ": is a directory";
-    return false;
-  }
-  return (S_ISREG(status.st_mode) && !isInput) || SpoolToFile(csv, error);
+  return ByteSourceRewind(input.source, *state.error);
 }
 
-void CsvClose(CsvFile &csv) {
-  if (csv.file != nullptr && csv.file != stdin) {
-    static_cast<void>(std::fclose(csv.file));
-  }
-  csv.file = nullptr;
-}
-
-CsvReadingOwner CsvBegin(CsvFile &csv, CsvRowProc proc, void *user, std::string &error) {
+CsvReadingOwner Begin(CsvFile &csv, size_t input, CsvRowProc proc, void *user, std::string &error) {
   CsvReadingOwner reading(new CsvReading);
-  if (csv_init(&reading->parser, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) {
-    error = "no memory";
-    return nullptr;
-  }
-  csv_set_blk_size(&reading->parser, kChunk);
-  std::rewind(csv.file);
   error.clear();
+  reading->csv = &csv;
   reading->state.csv = &csv;
   reading->state.proc = proc;
   reading->state.user = user;
   reading->state.error = &error;
-  return reading;
+  return BeginInput(*reading, input) ? std::move(reading) : nullptr;
+}
+
+/* The end of an input: the last row may lack its line end. */
+void FinishInput(CsvReading &reading) {
+  InputState &state = reading.state;
+  if (!state.stopped && csv_fini(reading.parser.get(), OnField, OnRowEnd, &state) != 0) {
+    Fail(state, ParserProblem(state, *reading.parser));
+  }
+}
+
+bool TakeHeader(const CsvRow &row, void *user, std::string & /*error*/) {
+  std::vector<std::string> &names = *static_cast<std::vector<std::string> *>(user);
+  for (size_t i = 0; i < row.starts.size(); ++i) {
+    names.emplace_back(CsvField(row, i));
+  }
+  return true;
+}
+
+bool ReadHeader(CsvFile &csv, size_t input, std::vector<std::string> &names, std::string &error) {
+  const CsvReadingOwner reading = Begin(csv, input, TakeHeader, &names, error);
+  if (reading == nullptr) {
+    return false;
+  }
+  InputState &state = reading->state;
+  state.headerOnly = true;
+  while (!state.stopped && ReadChunk(csv.inputs[input].source, *reading->parser, state)) {
+  }
+  FinishInput(*reading);
+  if (!state.failed && names.empty()) {
+    error = csv.Path(input) + ": the file is empty";
+  }
+  return error.empty();
+}
+
+/* Whether a file has the columns of the first one. */
+bool CheckHeader(const CsvFile &csv, size_t input, const std::vector<std::string> &names,
+                 std::string &error) {
+  const auto [one, other] =
+      std::mismatch(csv.header.begin(), csv.header.end(), names.begin(), names.end());
+  if (one == csv.header.end() && other == names.end()) {
+    return true;
+  }
+  const auto shown = [](auto place, auto end) {
+    return place == end ? std::string("missing") : "'" + DisplayName(*place) + "'";
+  };
+  error = csv.Path(input) + ": column " + std::to_string(one - csv.header.begin() + 1) + " is " +
+          shown(other, names.end()) + ", but " + shown(one, csv.header.end()) + " in " + csv.Path();
+  return false;
+}
+
+}  // namespace
+
+bool CsvOpen(const DataOptions &options, CsvFile &csv, std::string &error) {
+  if (options.paths.empty()) {
+    error = "the name of the file is empty";
+    return false;
+  }
+  if (std::count(options.paths.begin(), options.paths.end(), "-") > 1) {
+    error = "standard input can be read once";
+    return false;
+  }
+  for (const std::string &path : options.paths) {
+    CsvInput &input = csv.inputs.emplace_back();
+    std::vector<std::string> names;
+    const size_t index = csv.inputs.size() - 1;
+    if (!ByteSourceOpen(path, input.source, error) ||
+        !LookAtStart(input, options.delimiter, error) || !ReadHeader(csv, index, names, error)) {
+      return false;
+    }
+    if (index == 0) {
+      csv.header = std::move(names);
+    } else if (!CheckHeader(csv, index, names, error)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+CsvReadingOwner CsvBegin(CsvFile &csv, CsvRowProc proc, void *user, std::string &error) {
+  return Begin(csv, 0, proc, user, error);
 }
 
 bool CsvReadOn(CsvReading &reading) {
-  ReadState &state = reading.state;
-  const CsvFile &csv = *state.csv;
-  if (state.stopped || ReadChunk(csv, reading.parser, state)) {
+  InputState &state = reading.state;
+  CsvFile &csv = *reading.csv;
+  if (state.stopped || ReadChunk(csv.inputs[state.row.input].source, *reading.parser, state)) {
     return !state.stopped;
   }
-  if (!state.stopped && std::ferror(csv.file) != 0) {
-    Fail(state, csv.path + ": " + std::strerror(errno));
+  FinishInput(reading);
+  const size_t next = state.row.input + 1;
+  if (!state.stopped && next < csv.inputs.size() && BeginInput(reading, next)) {
+    return true;
   }
-  if (!state.stopped && csv_fini(&reading.parser, OnField, OnRowEnd, &state) != 0) {
-    Fail(state, ParserProblem(csv, state, reading.parser));
-  }
+  state.failed = !state.error->empty();
   state.stopped = true;
   return false;
 }
 
 void CsvReadingEnd::operator()(CsvReading *reading) const {
-  csv_free(&reading->parser);
   delete reading;
 }
 
@@ -218,4 +354,8 @@ bool CsvRead(CsvFile &csv, CsvRowProc proc, void *user, std::string &error) {
 
 const char *CsvField(const CsvRow &row, size_t index) {
   return row.bytes.data() + row.starts[index];
+}
+
+std::string CsvPlace(const CsvFile &csv, size_t input, int64_t line) {
+  return csv.Path(input) + ": line " + std::to_string(line);
 }

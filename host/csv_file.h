@@ -1,53 +1,67 @@
-/* csv_file.h - rows of a CSV file, one at a time, with the line each begins on. */
+/* csv_file.h - rows of CSV files with one header, one row at a time, each with its file and line.
+ */
 #ifndef ORLI11_HOST_CSV_FILE_H
 #define ORLI11_HOST_CSV_FILE_H
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
 
-/* A file that is open for reading, from the start as often as wanted. */
-struct CsvFile {
-  std::string path; /* as messages name it */
-  FILE *file = nullptr;
+#include "host/byte_source.h"
+#include "host/data_options.h"
+
+struct CsvInput {
+  ByteSource source;
+  char delimiter = ',';
 };
 
-/* The fields of one row. Each stands in `bytes` with a zero behind it. */
+/* Files that are open for reading, one after the other, from the start as often as wanted. */
+struct CsvFile {
+  std::vector<CsvInput> inputs;
+  std::vector<std::string> header; /* the names in the first row, which all files share */
+
+  /* The file as messages name it. */
+  const std::string &Path(size_t input = 0) const { return inputs[input].source.path; }
+};
+
+/* The fields of one row. Each is stored in `bytes`, followed by a zero. */
 struct CsvRow {
   std::string bytes;
   std::vector<size_t> starts;
+  size_t input = 0; /* index of its file */
   int64_t line = 0; /* on which the row begins, from 1 */
 };
 
-/* Called for each row in order, the header included; false stops the reading. A failure is told by
- * a message in `error`. */
+/* Called for each row after the header, in order; false stops the reading. A failure leaves a
+ * message in `error`. */
 using CsvRowProc = bool (*)(const CsvRow &row, void *user, std::string &error);
 
-/* Opens a file by name, or standard input for "-". What cannot be read twice (a pipe) is first
- * copied to a temporary file. False with a message in `error`. CsvClose in any case. */
-bool CsvOpen(const char *path, CsvFile &csv, std::string &error);
-void CsvClose(CsvFile &csv);
+/* Opens the files and reads their headers, which must be the same. A byte-order mark at the start
+ * of a file is skipped. False with a message in `error`. */
+bool CsvOpen(const DataOptions &options, CsvFile &csv, std::string &error);
 
-/* Reads the file from its start. Lines without a field count as lines but make no row. False with a
- * message in `error`, place included, when the file cannot be read, is not CSV or the row routine
+/* Reads the rows from the start. Lines without a field count as lines but make no row. False with a
+ * message in `error`, place included, when a file cannot be read, is not CSV or the row routine
  * failed. */
 bool CsvRead(CsvFile &csv, CsvRowProc proc, void *user, std::string &error);
 
-/* A reading that takes its time: each call of CsvReadOn hands on the rows of the next 64 KiB. False
- * when it was the last, also by a failure, which `error` of CsvBegin tells. */
+/* A reading in steps: each call of CsvReadOn passes on the rows of the next 64 KiB. False when it
+ * was the last, also by a failure, which `error` of CsvBegin then holds. */
 struct CsvReading;
 struct CsvReadingEnd {
   void operator()(CsvReading *reading) const;
 };
 using CsvReadingOwner = std::unique_ptr<CsvReading, CsvReadingEnd>;
-/* Null with a message when there is no memory. File, `user` and `error` must stay as long as the
- * reading, and the file has no other reading meanwhile. */
+/* Null with a message when it cannot begin. File, `user` and `error` must outlive the reading, and
+ * the file has no other reading meanwhile. */
 CsvReadingOwner CsvBegin(CsvFile &csv, CsvRowProc proc, void *user, std::string &error);
 bool CsvReadOn(CsvReading &reading);
 
 /* The text of a field, zero-terminated; valid as long as the row. */
 const char *CsvField(const CsvRow &row, size_t index);
+
+/* "data.csv: line 3", the place of a row in messages. */
+std::string CsvPlace(const CsvFile &csv, size_t input, int64_t line);
 
 #endif

@@ -1,5 +1,6 @@
 #include "host/display.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cwchar>
 
@@ -46,6 +47,12 @@ DisplayCharacter DisplayNext(std::string_view text) {
     result.width = static_cast<size_t>(width);
   }
   return result;
+}
+
+size_t DisplayCharacterBytes(std::string_view text) {
+  std::mbstate_t state = {};
+  const size_t bytes = std::mbrlen(text.data(), text.size(), &state);
+  return bytes > text.size() ? 0 : std::max<size_t>(bytes, 1);
 }
 
 std::string DisplayLine(std::string_view text, size_t most, size_t &width) {

@@ -17,6 +17,9 @@ struct DisplayCharacter {
 void DisplayStart();
 /* The character at the start of a text that is not empty. */
 DisplayCharacter DisplayNext(std::string_view text);
+/* The bytes of the character at the start of a text that is not empty; 0 when they are not UTF-8.
+ */
+size_t DisplayCharacterBytes(std::string_view text);
 /* The whole text on one line, with its width, cut to at most `most` columns. */
 std::string DisplayLine(std::string_view text, size_t most, size_t &width);
 /* The text on one line as messages show it, cut when it is very long. */

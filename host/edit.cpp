@@ -145,12 +145,12 @@ int Edit(const EditOptions &options, Session &session, const Store &old, const S
   std::string error;
   Store edited;
   if (!StoreDefine(old, file, {}, session, before, error) ||
-      !StoreRead(StoredForm(session.ec, before), edited, error)) {
+      !StoreRead(StoredForm(session.ec.get(), before), edited, error)) {
     return Complain(error, EXIT_WRONG);
   }
   const Column *column = options.values.empty() ? nullptr : StoreColumn(edited, options.values);
   if (column == nullptr && !options.values.empty()) {
-    return Complain(session.csv.path + ": has no column " + DisplayName(options.values),
+    return Complain(session.csv.Path() + ": has no column " + DisplayName(options.values),
                     EXIT_WRONG);
   }
   EditedStore store = {options.store, edited.ec.get(), file.bytes, FormulasOf(edited.ec.get()), {}};
@@ -162,7 +162,7 @@ int Edit(const EditOptions &options, Session &session, const Store &old, const S
 }  // namespace
 
 int RunEdit(const EditOptions &options) {
-  if (options.data == "-") {
+  if (options.data.paths[0] == "-") {
     return Complain("edit needs a file of columns that has a name", EXIT_USAGE);
   }
   StoreFile file;

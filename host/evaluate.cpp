@@ -1,54 +1,183 @@
-/* The command eval: formulas over the rows of a file. */
+/* The command eval: formulas over the rows of files. */
+#include <algorithm>
 #include <cstdio>
 
+#include "host/column_names.h"
 #include "host/commands.h"
 #include "host/computation.h"
-#include "host/values.h"
+#include "host/display.h"
+#include "host/field.h"
+#include "host/sorting.h"
 
 namespace {
 
-/* Writes the present row. A value that has no text is missing like one that has not come about. */
-void WriteRow(Computation &computation, std::vector<std::string> &cells, Output &output) {
-  for (size_t i = 0; i < cells.size(); ++i) {
+struct Evaluation {
+  const EvalOptions *options;
+  Computation computation;
+  std::vector<size_t> kept; /* columns that are written, by index */
+  std::vector<size_t> keys; /* formulas that the rows are sorted by */
+  std::vector<std::string> cells;
+  Sorter sorter;
+  Output output;
+};
+
+bool HasFormula(const Evaluation &evaluation, const std::string &title) {
+  const std::vector<Formula> &formulas = evaluation.computation.formulas;
+  return std::any_of(formulas.begin(), formulas.end(),
+                     [&title](const Formula &formula) { return formula.title == title; });
+}
+
+std::string TitleOf(const Column &column) {
+  return FormulaOf(column.name, "").title;
+}
+
+/* The columns that --keep names. */
+bool TakeKept(Evaluation &evaluation, std::string &error) {
+  const Table &table = evaluation.computation.session.table;
+  const std::string &keep = evaluation.options->keep;
+  if (keep == "all") {
+    for (size_t i = 0; i < table.columns.size(); ++i) {
+      evaluation.kept.push_back(i);
+    }
+    return true;
+  }
+  for (const std::string &name : keep.empty() ? std::vector<std::string>() : NamesOfList(keep)) {
+    const size_t index = FindByName(table.columns, name);
+    if (index == table.columns.size()) {
+      error = "--keep: there is no column " + DisplayName(name);
+      return false;
+    }
+    evaluation.kept.push_back(index);
+  }
+  return true;
+}
+
+/* The keys that --sort names: a formula of the run, a column, or a text of its own. */
+void TakeKeys(Evaluation &evaluation) {
+  Computation &computation = evaluation.computation;
+  for (const std::string &argument : evaluation.options->rows.sort) {
+    const SortArgument key = SortArgumentOf(argument);
+    const std::vector<Column> &columns = computation.session.table.columns;
+    const size_t column = FindByName(columns, key.name);
+    std::string text = column != columns.size() ? columns[column].name : key.name;
+    for (const Formula &formula : computation.formulas) {
+      text = formula.title == key.name || formula.name == key.name ? formula.text : text;
+    }
+    const std::string number = std::to_string(evaluation.sorter.keys.size() + 1);
+    computation.formulas.push_back(FormulaOf("\"--sort " + number + "\"", text));
+    computation.formulas.back().shown = false;
+    evaluation.sorter.keys.push_back({ORL_TYPE_NUMBER, key.descending});
+  }
+}
+
+/* Names the columns of the output. A formula takes the place of a kept column of its name. */
+void Begin(Evaluation &evaluation) {
+  const Computation &computation = evaluation.computation;
+  Output &output = evaluation.output;
+  const std::vector<Column> &columns = computation.session.table.columns;
+  evaluation.kept.erase(
+      std::remove_if(evaluation.kept.begin(), evaluation.kept.end(),
+                     [&](size_t i) { return HasFormula(evaluation, TitleOf(columns[i])); }),
+      evaluation.kept.end());
+  for (const size_t i : evaluation.kept) {
+    output.columns.push_back({TitleOf(columns[i]), columns[i].type});
+  }
+  for (size_t i = 0; i < computation.formulas.size(); ++i) {
+    const Formula &formula = computation.formulas[i];
+    if (formula.shown) {
+      output.columns.push_back({formula.title, formula.type});
+    } else {
+      evaluation.sorter.keys[evaluation.keys.size()].type = formula.type;
+      evaluation.keys.push_back(i);
+    }
+  }
+}
+
+/* A kept field as the file has it; where the output has types of its own, its value. */
+bool KeptCell(Evaluation &evaluation, size_t index, std::string &cell) {
+  Session &session = evaluation.computation.session;
+  const Column &column = session.table.columns[index];
+  if (!IsJson(evaluation.output.format) || column.type == ORL_TYPE_STRING) {
+    const char *field = CsvField(*session.row, index);
+    const bool empty =
+        IsJson(evaluation.output.format) && FieldIsEmpty(session.options.rules, field);
+    cell = empty ? "" : field;
+    return true;
+  }
+  NumberValue value;
+  return SessionValue(session, index, value) && CellFromValue(column.type, &value, cell);
+}
+
+/* Writes the present row. A value that has no text is missing like one that was not computed. */
+void WriteRow(Evaluation &evaluation) {
+  Computation &computation = evaluation.computation;
+  std::vector<std::string> &cells = evaluation.cells;
+  cells.resize(evaluation.output.columns.size());
+  size_t place = 0;
+  for (const size_t index : evaluation.kept) {
+    if (!KeptCell(evaluation, index, cells[place])) {
+      cells[place].clear();
+    }
+    ++place;
+  }
+  for (size_t i = 0; i < computation.formulas.size(); ++i) {
     Result &result = computation.results[i];
-    if (!result.good) {
-      cells[i].clear();
-    } else if (!CellFromValue(computation.formulas[i].type, result.block, cells[i])) {
-      cells[i].clear();
+    if (!computation.formulas[i].shown) {
+      continue;
+    }
+    std::string &cell = cells[place++];
+    cell.clear();
+    if (result.good && !CellFromValue(computation.formulas[i].type, result.block.get(), cell,
+                                      evaluation.options->rows.decimals)) {
+      cell.clear();
       ++result.missing;
     }
   }
-  OutputRow(output, cells);
+  std::vector<SortValue> values;
+  for (const size_t i : evaluation.keys) {
+    const Result &result = computation.results[i];
+    values.push_back(
+        SortValueOf(computation.formulas[i].type, result.good ? result.block.get() : nullptr));
+  }
+  SorterRow(evaluation.sorter, cells, std::move(values), evaluation.output);
 }
 
 }  // namespace
 
 int RunEval(const EvalOptions &options) {
-  Computation computation;
-  computation.limit = options.limit;
-  computation.store = options.store;
+  Evaluation evaluation;
+  evaluation.options = &options;
+  evaluation.output.format = options.rows.format;
+  evaluation.sorter.limit = options.rows.limit;
+  Computation &computation = evaluation.computation;
+  computation.options = &options.rows;
+  computation.limit = options.rows.sort.empty() ? options.rows.limit : -1;
   computation.computeStored = true;
+  computation.mayBeEmpty = !options.keep.empty();
   for (const std::string &argument : options.formulas) {
     std::string error;
     if (!ComputationTake(computation, argument, error)) {
       return Complain(error, EXIT_USAGE);
     }
   }
-  Output output;
-  output.format = options.format;
-  std::vector<std::string> cells;
   RowConsumer consumer;
-  consumer.begin = [&computation, &output, &cells](std::string & /*error*/) {
-    cells.resize(computation.formulas.size());
-    for (const Formula &formula : computation.formulas) {
-      output.columns.push_back({formula.title, formula.type == ORL_TYPE_NUMBER});
-    }
+  consumer.open = [&evaluation](std::string &error) {
+    TakeKeys(evaluation);
+    return TakeKept(evaluation, error);
+  };
+  consumer.begin = [&evaluation](std::string & /*error*/) {
+    Begin(evaluation);
     return true;
   };
-  consumer.row = [&computation, &output, &cells] {
-    WriteRow(computation, cells, output);
+  consumer.row = [&evaluation] {
+    WriteRow(evaluation);
     return std::ferror(stdout) == 0;
   };
-  consumer.end = [&output](bool /*good*/) { OutputEnd(output); };
-  return ComputationRun(computation, options.data, consumer);
+  consumer.end = [&evaluation](bool good) {
+    if (good) {
+      SorterEnd(evaluation.sorter, evaluation.output);
+    }
+    OutputEnd(evaluation.output);
+  };
+  return ComputationRun(computation, consumer);
 }

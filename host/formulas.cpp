@@ -2,19 +2,24 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
 #include <map>
 #include <string_view>
 
 #include "host/display.h"
+#include "host/hints.h"
 #include "host/messages.h"
+#include "host/tokens.h"
 #include "host/underline.h"
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t";
 /* ASCII bytes that no name without quotes holds. */
 constexpr std::string_view kBesideNames = "\t\n\r !\"%&'()*+,-./:;<=>?[\\]^`{|}~";
 constexpr size_t kNobody = static_cast<size_t>(-1);
+constexpr std::string_view kHintMark = "hint: ";
 /* How often a text is parsed for calls that come too early before it is only looked through. */
 constexpr int kMostTries = 16;
 
@@ -22,15 +27,9 @@ bool IsQuote(char byte) {
   return byte == '"' || byte == '`';
 }
 
-std::string Trimmed(const std::string &text) {
-  const size_t first = text.find_first_not_of(kBlanks);
-  const size_t last = text.find_last_not_of(kBlanks);
-  return first == std::string::npos ? std::string() : text.substr(first, last + 1 - first);
-}
-
 /* The "=" behind the name, looked for behind the name's quotes. */
 size_t FindEquals(const std::string &argument) {
-  const size_t first = argument.find_first_not_of(kBlanks);
+  const size_t first = argument.find_first_not_of(" \t");
   size_t from = 0;
   if (first != std::string::npos && IsQuote(argument[first])) {
     const size_t closing = argument.find(argument[first], first + 1);
@@ -243,7 +242,7 @@ bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error, s
   size_t failed = DefineAll(definition);
   if (failed != kNobody) {
     error = "formula " + DisplayName(formulas[failed].title) + ": " +
-            ErrorWithPlace(formulas[failed].text, formulas[failed].problem);
+            ErrorWithPlace(ec, formulas[failed].text, formulas[failed].problem, formulas);
   }
   for (size_t i = 0; i < formulas.size() && failed == kNobody; ++i) {
     if (formulas[i].exp == nullptr) {
@@ -264,6 +263,55 @@ const char *FormulaKind(EC ec, HEXP exp) {
   return ORLIsExpRange(ec, exp, 2) == 1 ? "range" : "formula";
 }
 
-std::string ErrorWithPlace(const std::string &text, const FormulaError &error) {
-  return MessageText(error.id) + "\n" + Underline(text, error.offset, error.length);
+std::string ErrorWithPlace(EC ec, const std::string &text, const FormulaError &error,
+                           const std::vector<Formula> &formulas) {
+  std::vector<std::string> names;
+  for (const Formula &formula : formulas) {
+    names.push_back(formula.name);
+  }
+  const std::string hint = HintFor(text, error, NamesOf(ec, names));
+  return MessageText(error.id) + "\n" + Underline(text, error.offset, error.length) +
+         (hint.empty() ? "" : std::string(kHintMark) + hint + "\n");
+}
+
+bool FormulasRead(const std::string &path, std::vector<Formula> &formulas, std::string &error) {
+  std::ifstream stream(path);
+  std::string argument;
+  int64_t begun = 0; /* the line that the formula began on */
+  const auto finish = [&] {
+    Formula formula;
+    const bool good = begun == 0 || FormulaFromArgument(argument, formula, error);
+    if (!good) {
+      error = DisplayName(path) + ": line " + std::to_string(begun) + ": " + error;
+    } else if (begun != 0) {
+      formulas.push_back(formula);
+    }
+    begun = 0;
+    return good;
+  };
+  int64_t number = 0;
+  for (std::string line; std::getline(stream, line);) {
+    ++number;
+    line.erase(line.find_last_not_of(" \t\r") + 1);
+    if (number == 1 && line.starts_with("\xEF\xBB\xBF")) {
+      line.erase(0, 3);
+    }
+    if (line.empty() || line.front() == '#') {
+      continue;
+    }
+    if (begun != 0 && (line.front() == ' ' || line.front() == '\t')) {
+      argument += "\n" + line;
+      continue;
+    }
+    if (!finish()) {
+      return false;
+    }
+    argument = line;
+    begun = number;
+  }
+  if (!stream.eof()) {
+    error = DisplayName(path) + ": " + std::strerror(errno == 0 ? EIO : errno);
+    return false;
+  }
+  return finish();
 }

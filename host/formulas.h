@@ -13,6 +13,7 @@ struct Formula {
   std::string title; /* the name without quotes around it, as the output shows it */
   HEXP exp = nullptr;
   int32_t type = -1;
+  bool shown = true;         /* its values belong to the output */
   FormulaError problem = {}; /* why it is not defined */
 };
 
@@ -35,7 +36,14 @@ bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error,
 /* "formula", "range" or "set"; only the first has values. */
 const char *FormulaKind(EC ec, HEXP exp);
 
-/* The words for an error in a text, and below them the text with the place underlined. */
-std::string ErrorWithPlace(const std::string &text, const FormulaError &error);
+/* The message for an error in a text, below it the text with the place underlined, and a hint on a
+ * line of its own where one is known. `formulas` are those that the context does not have yet. */
+std::string ErrorWithPlace(EC ec, const std::string &text, const FormulaError &error,
+                           const std::vector<Formula> &formulas = {});
+
+/* Reads formulas from a file: a line NAME=TEXT each, which goes on in lines that begin with a
+ * blank; empty lines and those that begin with # do not count. False with a message, place
+ * included. */
+bool FormulasRead(const std::string &path, std::vector<Formula> &formulas, std::string &error);
 
 #endif

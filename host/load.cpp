@@ -26,9 +26,9 @@ bool IsCircle(const Store &store, size_t wrong) {
 /* Opens the editor for each formula that does not parse; the bytes of what came of it. False when
  * the user has cancelled it. */
 bool Repair(const std::string &bytes, std::string &repaired) {
-  const std::unique_ptr<ExprContext, int32_t (*)(EC)> ec(NewContext(), ORLDestroyEC);
-  const bool good = ec != nullptr && ORLSetECContents(ec.get(), static_cast<int32_t>(bytes.size()),
-                                                      bytes.data(), 1, nullptr) == 1;
+  const Context ec = NewContext();
+  const bool good =
+      ORLSetECContents(ec.get(), static_cast<int32_t>(bytes.size()), bytes.data(), 1, nullptr) == 1;
   repaired = good ? StoredForm(ec.get(), true) : std::string();
   return good;
 }
@@ -77,7 +77,8 @@ void TellTypes(const Loading &loading, const Store &after) {
 
 /* How many formulas there are, and for which columns. */
 void TellCount(const Loading &loading, const Store &after, const Session *session) {
-  const std::string columns = session == nullptr ? "" : ", for the columns of " + session->csv.path;
+  const std::string columns =
+      session == nullptr ? "" : ", for the columns of " + session->csv.Path();
   std::printf("%s: %zu %s%s\n", loading.file.path.c_str(), after.formulas.size(),
               after.formulas.size() == 1 ? "formula" : "formulas", columns.c_str());
 }
@@ -125,15 +126,15 @@ int Load(const std::string &path, const Session *session) {
   if (!problem.empty()) {
     return Refuse(loading.file, problem);
   }
-  loading.bytes =
-      session == nullptr ? loading.file.bytes : StoredForm(session->ec, loading.before.formulas);
+  loading.bytes = session == nullptr ? loading.file.bytes
+                                     : StoredForm(session->ec.get(), loading.before.formulas);
   return LoadParts(path, loading, session);
 }
 
 }  // namespace
 
-int RunLoad(const std::string &store, const std::string &data) {
-  if (data.empty()) {
+int RunLoad(const std::string &store, const DataOptions &data) {
+  if (data.paths.empty()) {
     return Load(store, nullptr);
   }
   return WithSession(data, [&store](const Session &session) { return Load(store, &session); });

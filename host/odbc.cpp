@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "host/display.h"
+#include "host/field.h"
 #include "host/sql.h"
 #include "host/values.h"
 
@@ -104,8 +105,8 @@ bool SameNumber(const std::string &one, const std::string &other) {
 /* Numbers and dates in the form that formulas have; what has none stays as it came. */
 void Normalize(int32_t type, std::string &cell) {
   NumberValue value = {};
-  const bool known = type == ORL_TYPE_NUMBER ? NumberFromField(cell.c_str(), &value)
-                                             : DateFromField(cell.c_str(), &value);
+  const bool known = type == ORL_TYPE_NUMBER ? NumberFromField({}, cell.c_str(), &value)
+                                             : DateFromField({}, cell.c_str(), &value);
   std::string text;
   if (known && CellFromValue(type, &value, text) &&
       (type != ORL_TYPE_NUMBER || SameNumber(cell, text))) {

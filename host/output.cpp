@@ -5,18 +5,20 @@
 #include <cstdio>
 #include <string_view>
 
+#include "host/color.h"
 #include "host/display.h"
 
 namespace {
 
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 constexpr size_t kGap = 2; /* blanks between the columns of a table */
 
 void Put(std::string_view text) {
   static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
 }
 
-void PutCsvCell(const std::string &cell) {
-  if (cell.find_first_of(",\"\r\n") == std::string::npos &&
+void PutCsvCell(const std::string &cell, char delimiter) {
+  if (cell.find_first_of(std::string("\"\r\n") + delimiter) == std::string::npos &&
       (cell.empty() || (cell.front() != ' ' && cell.back() != ' '))) {
     Put(cell);
     return;
@@ -28,29 +30,79 @@ void PutCsvCell(const std::string &cell) {
   Put(quoted + "\"");
 }
 
-void PutCsvRow(const std::vector<std::string> &cells) {
+void PutCsvRow(const Output &output, const std::vector<std::string> &cells) {
+  const bool tabs = output.format == OUTPUT_TSV;
   for (size_t i = 0; i < cells.size(); ++i) {
-    Put(i == 0 ? "" : ",");
-    PutCsvCell(cells[i]);
+    Put(i == 0 ? "" : tabs ? "\t" : ",");
+    PutCsvCell(cells[i], tabs ? '\t' : ',');
   }
-  /* A line without a byte would be no row to a reader. */
-  Put(cells.size() == 1 && cells[0].empty() ? "\"\"\r\n" : "\r\n");
+  /* A line without a byte would not be a row to a reader. */
+  Put(cells.size() == 1 && cells[0].empty() ? "\"\"" : "");
+  Put(tabs ? "\n" : "\r\n");
 }
 
-void PutTableRow(const Output &output, const std::vector<std::string> &cells) {
+void AppendJsonString(std::string_view text, std::string &line) {
+  constexpr std::string_view kHex = "0123456789abcdef";
+  line += '"';
+  while (!text.empty()) {
+    const char byte = text.front();
+    if (byte >= 0 && (byte < ' ' || byte == '"' || byte == '\\')) {
+      const size_t place = std::string_view("\b\t\n\f\r\"\\").find(byte);
+      line += '\\';
+      if (place != std::string_view::npos) {
+        line += std::string_view("btnfr\"\\")[place];
+      } else {
+        line += "u00";
+        line += kHex[static_cast<size_t>(byte) / 16];
+        line += kHex[static_cast<size_t>(byte) % 16];
+      }
+      text.remove_prefix(1);
+    } else if (byte >= 0) {
+      line += byte;
+      text.remove_prefix(1);
+    } else {
+      const size_t bytes = DisplayCharacterBytes(text);
+      line += bytes == 0 ? kReplacement : text.substr(0, bytes);
+      text.remove_prefix(std::max<size_t>(bytes, 1));
+    }
+  }
+  line += '"';
+}
+
+void PutJsonRow(Output &output, const std::vector<std::string> &cells) {
+  std::string line = output.format == OUTPUT_JSONL ? "" : output.any ? ",\n" : "";
+  line += '{';
+  for (size_t i = 0; i < cells.size(); ++i) {
+    const OutputColumn &column = output.columns[i];
+    line += i == 0 ? "" : ", ";
+    AppendJsonString(column.title, line);
+    line += ": ";
+    if (column.type == ORL_TYPE_STRING || (column.type == ORL_TYPE_DATE && !cells[i].empty())) {
+      AppendJsonString(cells[i], line);
+    } else {
+      line += cells[i].empty() ? "null" : cells[i];
+    }
+  }
+  Put(line + (output.format == OUTPUT_JSONL ? "}\n" : "}"));
+  output.any = true;
+}
+
+void PutTableRow(const Output &output, const std::vector<std::string> &cells,
+                 std::string_view color = {}) {
   std::string line;
   for (size_t i = 0; i < cells.size(); ++i) {
     const OutputColumn &column = output.columns[i];
+    const bool right = column.type == ORL_TYPE_NUMBER;
     size_t width = 0;
     const std::string shown = DisplayLine(cells[i], static_cast<size_t>(-1) / 2, width);
     /* One very long cell would make blanks, only to be taken off again, of all rows. */
-    const bool filled = column.width > width && (column.alignRight || i + 1 < cells.size());
+    const bool filled = column.width > width && (right || i + 1 < cells.size());
     const std::string fill(filled ? column.width - width : 0, ' ');
     line.append(i == 0 ? 0 : kGap, ' ');
-    line += column.alignRight ? fill + shown : shown + fill;
+    line += right ? fill + shown : shown + fill;
   }
   line.erase(line.find_last_not_of(' ') + 1);
-  Put(line + "\n");
+  Put(color.empty() ? line + "\n" : std::string(color) + line + kNoColor + "\n");
 }
 
 void BeginTable(Output &output) {
@@ -68,7 +120,7 @@ void BeginTable(Output &output) {
     titles.push_back(column.title);
     rules.emplace_back(column.width, '-');
   }
-  PutTableRow(output, titles);
+  PutTableRow(output, titles, ColorOn(stdout) ? kBold : "");
   PutTableRow(output, rules);
   for (const std::vector<std::string> &row : output.held) {
     PutTableRow(output, row);
@@ -84,16 +136,22 @@ void Begin(Output &output) {
   output.begun = true;
   if (output.format == OUTPUT_TABLE) {
     BeginTable(output);
-    return;
+  } else if (output.format == OUTPUT_JSON) {
+    Put("[\n");
+  } else if (output.format != OUTPUT_JSONL) {
+    std::vector<std::string> titles;
+    for (const OutputColumn &column : output.columns) {
+      titles.push_back(column.title);
+    }
+    PutCsvRow(output, titles);
   }
-  std::vector<std::string> titles;
-  for (const OutputColumn &column : output.columns) {
-    titles.push_back(column.title);
-  }
-  PutCsvRow(titles);
 }
 
 }  // namespace
+
+bool IsJson(OutputFormat format) {
+  return format == OUTPUT_JSON || format == OUTPUT_JSONL;
+}
 
 void OutputRow(Output &output, const std::vector<std::string> &cells) {
   if (output.format == OUTPUT_TABLE && !output.begun) {
@@ -106,13 +164,18 @@ void OutputRow(Output &output, const std::vector<std::string> &cells) {
   Begin(output);
   if (output.format == OUTPUT_TABLE) {
     PutTableRow(output, cells);
+  } else if (IsJson(output.format)) {
+    PutJsonRow(output, cells);
   } else {
-    PutCsvRow(cells);
+    PutCsvRow(output, cells);
   }
 }
 
 void OutputEnd(Output &output) {
   Begin(output);
+  if (output.format == OUTPUT_JSON) {
+    Put(output.any ? "\n]\n" : "]\n");
+  }
 }
 
 bool OutputFinish() {

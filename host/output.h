@@ -1,31 +1,40 @@
-/* output.h - rows of cells as an aligned table or as CSV. */
+/* output.h - rows of cells as an aligned table, as CSV, TSV or JSON. */
 #ifndef ORLI11_HOST_OUTPUT_H
 #define ORLI11_HOST_OUTPUT_H
+
+#include <orli11.h>
 
 #include <string>
 #include <vector>
 
-enum OutputFormat { OUTPUT_TABLE, OUTPUT_CSV };
+enum OutputFormat { OUTPUT_TABLE, OUTPUT_CSV, OUTPUT_TSV, OUTPUT_JSON, OUTPUT_JSONL };
 
 struct OutputColumn {
   std::string title;
-  bool alignRight = false;
-  size_t width = 0; /* of a table; found by the writer */
+  int32_t type = ORL_TYPE_STRING; /* of its values; an empty cell of another type is null in JSON */
+  size_t width = 0;               /* of a table; found by the writer */
 };
 
-/* Rows go out as they come. A table finds the widths of its columns in the first kTableRows rows
- * and holds no more than these; a longer cell that comes later pushes its own line to the right. */
+/* Rows are written as they come. A table finds the widths of its columns in the first kTableRows
+ * rows and holds no more than these; a longer cell that comes later moves the rest of its own line
+ * to the right. */
 struct Output {
   OutputFormat format = OUTPUT_TABLE;
   std::vector<OutputColumn> columns;
   std::vector<std::vector<std::string>> held; /* rows of a table before the widths are known */
-  bool begun = false;                         /* the titles are out */
+  bool begun = false;                         /* the titles are written */
+  bool any = false;                           /* a row is written */
 };
 
 constexpr size_t kTableRows = 1000;
 
+/* Whether the format has types of its own, so that numbers must be plain. */
+bool IsJson(OutputFormat format);
+
 /* One row with a cell for each column. A table shows line breaks and the like by pictures of one
- * column, CSV writes every byte as it is (RFC 4180, lines end with CR LF). */
+ * column; CSV writes every byte as it is (RFC 4180, lines end with CR LF); TSV is the same with
+ * tabs and LF; in JSON cells of type Number are written as they are, and bytes that are not UTF-8
+ * by the replacement character. */
 void OutputRow(Output &output, const std::vector<std::string> &cells);
 /* Writes what is still held. */
 void OutputEnd(Output &output);

@@ -1,12 +1,16 @@
 #include "host/session.h"
 
 #include <algorithm>
+#include <clocale>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <numeric>
 
 #include "host/commands.h"
+#include "host/display.h"
+#include "host/field.h"
 #include "host/odbc_functions.h"
-#include "host/values.h"
 
 namespace {
 
@@ -23,20 +27,20 @@ const Column *FindColumn(const Session &session, const char *name, size_t &index
 }
 
 /* Converts the field, or gives the null value for an empty one. */
-void Convert(const Column &column, const char *field, ColumnValue &value) {
+void Convert(const FieldRules &rules, const Column &column, const char *field, ColumnValue &value) {
   value.known = true;
-  if (*field == '\0') {
+  if (FieldIsEmpty(rules, field)) {
     WRENNumSetNull(&value.number);
     value.good = true;
   } else if (column.type == ORL_TYPE_DATE) {
-    value.good = DateFromField(field, &value.number);
+    value.good = DateFromField(rules, field, &value.number);
   } else {
-    value.good = NumberFromField(field, &value.number);
+    value.good = NumberFromField(rules, field, &value.number);
   }
 }
 
 /* The value routine of all columns. */
-int32_t ValueOfColumn(EC ec, HEXP /*exp*/, int32_t size, void **value, const char *name) {
+int32_t ValueOfColumn(EC ec, HEXP exp, int32_t size, void **value, const char *name) {
   Session *session = reinterpret_cast<Session *>(ORLGetUserLong(ec));
   size_t index = 0;
   const Column *column = FindColumn(*session, name, index);
@@ -45,11 +49,15 @@ int32_t ValueOfColumn(EC ec, HEXP /*exp*/, int32_t size, void **value, const cha
   }
   const char *field = CsvField(*session->row, index);
   if (column->type == ORL_TYPE_STRING) {
-    return FUNStrVarResult(value, size, field);
+    return FUNStrVarResult(value, size, FieldIsEmpty(session->options.rules, field) ? "" : field);
   }
   ColumnValue &known = session->values[index];
   if (!known.known) {
-    Convert(*column, field, known);
+    Convert(session->options.rules, *column, field, known);
+  }
+  if (known.good && known.number.length == 0 && column->type == ORL_TYPE_NUMBER &&
+      session->zeroUses.count({exp, index}) != 0) {
+    known.zero = true;
   }
   if (known.good) {
     std::memcpy(*value, &known.number, sizeof known.number);
@@ -71,8 +79,8 @@ bool DeclareColumns(Session &session, std::string &error) {
     item.dataType = column.type;
     item.routineName = routineName.data();
     std::memcpy(item.name, column.name.c_str(), column.name.size() + 1);
-    if (ORLAddExpressionItem(session.ec, &item) == 0) {
-      error = session.csv.path + ": too many columns, or no memory";
+    if (ORLAddExpressionItem(session.ec.get(), &item) == 0) {
+      error = session.csv.Path() + ": too many columns, or out of memory";
       return false;
     }
   }
@@ -85,44 +93,76 @@ bool DeclareColumns(Session &session, std::string &error) {
   return true;
 }
 
+/* Warns once when the environment names a locale that is not installed: the settings of the United
+ * States are then used instead, which read other dates. */
+void CheckLocale() {
+  locale_t locale = newlocale(LC_TIME_MASK | LC_NUMERIC_MASK | LC_MONETARY_MASK, "", nullptr);
+  if (locale != nullptr) {
+    freelocale(locale);
+    return;
+  }
+  for (const char *variable : {"LC_ALL", "LC_TIME", "LC_NUMERIC", "LC_MONETARY", "LANG"}) {
+    const char *name = std::getenv(variable);
+    if (name != nullptr && *name != '\0') {
+      Complain("the locale " + DisplayName(name) + " of " + variable +
+                   " is not installed; dates and numbers are read as in the United States",
+               EXIT_GOOD);
+      return;
+    }
+  }
+}
+
+/* Tells of columns that are Strings because their fields are written in two ways. */
+void TellTwoWays(const Session &session) {
+  for (const Column &column : session.table.columns) {
+    if (column.twoWays) {
+      Complain(session.csv.Path() + ": column " + DisplayName(column.name) +
+                   " is written in two ways: " + column.why,
+               EXIT_GOOD);
+    }
+  }
+}
+
 }  // namespace
 
-EC NewContext() {
-  EC ec = ORLCreateEC(nullptr, LookUp, nullptr, ORL_FLAG_RANGES | ORL_FLAG_LIST_ALL);
-  if (ec != nullptr && (FUNDefineFunctions(ec) == 0 || !OdbcFunctionsDeclare(ec))) {
-    ORLDestroyEC(ec);
-    return nullptr;
+Context NewContext() {
+  Context ec(ORLCreateEC(nullptr, LookUp, nullptr, ORL_FLAG_RANGES | ORL_FLAG_LIST_ALL));
+  if (ec == nullptr || FUNDefineFunctions(ec.get()) == 0 || !OdbcFunctionsDeclare(ec.get())) {
+    throw std::bad_alloc();
   }
   return ec;
 }
 
-bool SessionOpen(const char *path, Session &session, Progress &progress, std::string &error) {
+bool SessionOpen(const DataOptions &options, Session &session, Progress &progress,
+                 std::string &error, bool bounds) {
   session.ec = NewContext();
-  if (session.ec == nullptr) {
-    error = "no memory";
+  session.options = options;
+  CheckLocale();
+  ORLSetUserLong(session.ec.get(), reinterpret_cast<intptr_t>(&session));
+  if (!CsvOpen(options, session.csv, error)) {
     return false;
   }
-  ORLSetUserLong(session.ec, reinterpret_cast<intptr_t>(&session));
-  return CsvOpen(path, session.csv, error) &&
-         ColumnsScan(session.csv, session.ec, session.table, progress, error) &&
-         DeclareColumns(session, error);
+  std::vector<std::string> notes;
+  ColumnsName(session.csv, session.ec.get(), session.table, notes);
+  for (const std::string &note : notes) {
+    Complain(session.csv.Path() + ": " + note, EXIT_GOOD);
+  }
+  if (!ColumnsScan(session.csv, options, bounds, session.table, progress, error) ||
+      !DeclareColumns(session, error)) {
+    return false;
+  }
+  TellTwoWays(session);
+  return true;
 }
 
-int WithSession(const std::string &data, const std::function<int(Session &session)> &command) {
+int WithSession(const DataOptions &options, const std::function<int(Session &session)> &command,
+                bool bounds) {
   Session session;
   Progress progress;
   std::string error;
   ProgressStart(progress);
-  const bool open = SessionOpen(data.c_str(), session, progress, error);
-  const int status = open ? command(session) : Complain(error, EXIT_WRONG);
-  SessionClose(session);
-  return status;
-}
-
-void SessionClose(Session &session) {
-  ORLDestroyEC(session.ec);
-  session.ec = nullptr;
-  CsvClose(session.csv);
+  return SessionOpen(options, session, progress, error, bounds) ? command(session)
+                                                                : Complain(error, EXIT_WRONG);
 }
 
 const Column *SessionColumn(const Session &session, const std::string &name) {
@@ -133,6 +173,35 @@ const Column *SessionColumn(const Session &session, const std::string &name) {
 void SessionSetRow(Session &session, const CsvRow &row) {
   session.row = &row;
   for (ColumnValue &value : session.values) {
-    value.known = false;
+    value.known = value.zero = false;
   }
+}
+
+void SessionWatchZeros(Session &session, const std::vector<ZeroUses> &uses) {
+  for (const ZeroUses &formula : uses) {
+    for (const std::string &name : formula.names) {
+      size_t index = 0;
+      const Column *column = FindColumn(session, name.c_str(), index);
+      if (column != nullptr && column->type == ORL_TYPE_NUMBER &&
+          column->filled != session.table.rows) {
+        session.zeroUses.emplace(formula.exp, index);
+      }
+    }
+  }
+}
+
+void SessionCountZeros(Session &session) {
+  for (ColumnValue &value : session.values) {
+    value.zeros += value.zero ? 1 : 0;
+  }
+}
+
+bool SessionValue(Session &session, size_t column, NumberValue &value) {
+  ColumnValue &known = session.values[column];
+  if (!known.known) {
+    Convert(session.options.rules, session.table.columns[column], CsvField(*session.row, column),
+            known);
+  }
+  value = known.number;
+  return known.good;
 }

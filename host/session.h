@@ -5,45 +5,70 @@
 #include <orli11.h>
 
 #include <functional>
+#include <memory>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/columns.h"
 #include "host/csv_file.h"
+#include "host/null_use.h"
 #include "host/progress.h"
 
 /* The value of one column in the present row, converted when the first formula asks for it. */
 struct ColumnValue {
   bool known = false, good = false;
+  bool zero = false; /* empty in the present row, and a formula computes with it as zero */
+  int64_t zeros = 0; /* rows so far in which it was so */
   NumberValue number = {};
 };
 
+struct ContextEnd {
+  void operator()(EC ec) const { ORLDestroyEC(ec); }
+};
+using Context = std::unique_ptr<ExprContext, ContextEnd>;
+
 /* What the value routine works on; the context's user value points to it. */
 struct Session {
-  EC ec = nullptr;
+  Context ec;
+  DataOptions options;
   CsvFile csv;
   Table table;
-  std::vector<size_t> byName;      /* column indices in the order of their names */
-  std::vector<ColumnValue> values; /* one for each column */
-  const CsvRow *row = nullptr;     /* the row being computed */
+  std::vector<size_t> byName;                 /* column indices in the order of their names */
+  std::vector<ColumnValue> values;            /* one for each column */
+  std::set<std::pair<HEXP, size_t>> zeroUses; /* columns that formulas compute with as zero when
+                                                 they are empty, by index */
+  const CsvRow *row = nullptr;                /* the row being computed */
 };
 
-/* Opens a file, finds its columns and declares them in a new context. False with a message in
- * `error`. SessionClose in any case. The session must not move while it is open. */
-bool SessionOpen(const char *path, Session &session, Progress &progress, std::string &error);
-void SessionClose(Session &session);
+/* Opens files, finds their columns and declares them in a new context. Tells on standard error what
+ * had to be changed or looks wrong. `bounds`: as in ColumnsScan. False with a message in `error`.
+ * The session must not move while it is open. */
+bool SessionOpen(const DataOptions &options, Session &session, Progress &progress,
+                 std::string &error, bool bounds = false);
 /* Runs a command over the session of a file and returns the exit status. */
-int WithSession(const std::string &data, const std::function<int(Session &session)> &command);
+int WithSession(const DataOptions &options, const std::function<int(Session &session)> &command,
+                bool bounds = false);
 /* A column by the name that formulas write, or null. */
 const Column *SessionColumn(const Session &session, const std::string &name);
-/* Makes a row the present one. It must stay until the formulas are computed. */
+/* Makes a row the present one. It must exist until the formulas are computed. */
 void SessionSetRow(Session &session, const CsvRow &row);
+
+/* Watches for empty numbers that formulas compute with as zero. */
+void SessionWatchZeros(Session &session, const std::vector<ZeroUses> &uses);
+/* Counts those of the present row, each column once. */
+void SessionCountZeros(Session &session);
+
+/* The number or date of a column in the present row, null when it is empty. False when the field
+ * cannot be converted. */
+bool SessionValue(Session &session, size_t column, NumberValue &value);
 
 /* The name of the routine that gives the values of columns, which contexts know. */
 constexpr char kColumnRoutine[] = "orli column";
 
-/* A context with the host's settings, the built-in functions and those of ODBC, or null without
- * memory. */
-EC NewContext();
+/* A context with the host's settings, the built-in functions and those of ODBC. Throws
+ * std::bad_alloc. */
+Context NewContext();
 
 #endif

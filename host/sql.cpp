@@ -24,7 +24,7 @@ struct Plan {
     size_t tested, bounds;
   };
   std::vector<Condition> conditions;
-  std::unique_ptr<ExprContext, int32_t (*)(EC)> ec = {nullptr, ORLDestroyEC};
+  Context ec;
 };
 
 /* A context in which only that parses which databases know: formulas without the built-in functions
@@ -131,7 +131,7 @@ std::string Refusal(const Plan &plan, size_t place) {
     called = UnknownCall(*formula);
   }
   return "not for a database: formula " + DisplayName(formula->title) + ": " +
-         ErrorWithPlace(formula->text, formula->problem);
+         ErrorWithPlace(plan.ec.get(), formula->text, formula->problem);
 }
 
 /* An empty field counts in a formula, where a database has NULL. A column that is shown as it is
@@ -173,7 +173,7 @@ bool AppendSql(const Plan &plan, size_t place, const Table &table, bool shown, s
 
 std::string TableName(const SqlOptions &options) {
   if (options.table.empty()) {
-    return SqlName(std::filesystem::path(options.data).stem().string());
+    return SqlName(std::filesystem::path(options.data.paths[0]).stem().string());
   }
   std::string name;
   for (size_t from = 0, dot = 0; dot != std::string::npos; from = dot + 1) {
@@ -233,19 +233,20 @@ bool SqlBuild(const SqlOptions &options, const Session &session, SqlQuery &query
       return false;
     }
   }
-  if (!FormulasDefine(session.ec, plan.formulas, error) || !CheckKinds(session.ec, plan, error)) {
+  if (!FormulasDefine(session.ec.get(), plan.formulas, error) ||
+      !CheckKinds(session.ec.get(), plan, error)) {
     return false;
   }
   if (!MakeContext(session.table, plan)) {
     error = "no memory";
     return false;
   }
-  DefineForDatabase(session.ec, plan);
+  DefineForDatabase(session.ec.get(), plan);
   return Compose(options, session.table, plan, query, error);
 }
 
 int RunSql(const SqlOptions &options) {
-  if (options.table.empty() && options.data == "-") {
+  if (options.table.empty() && options.data.paths[0] == "-") {
     return Complain("a file without a name needs --table; orli --help tells more", EXIT_USAGE);
   }
   return WithSession(options.data, [&options](const Session &session) {

@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
-#include <new>
 #include <string_view>
 
+#include "host/column_names.h"
 #include "host/commands.h"
 #include "host/display.h"
 
@@ -133,10 +133,7 @@ std::string Copy(EC ec, HEXP exp, int32_t length, decltype(ORLGetExpressionText)
 
 /* A new context with the contents of the bytes. */
 bool Load(const std::string &bytes, int32_t formulas, Store &store) {
-  store.ec.reset(NewContext());
-  if (store.ec == nullptr) {
-    throw std::bad_alloc();
-  }
+  store.ec = NewContext();
   return ORLSetECContents(store.ec.get(), static_cast<int32_t>(bytes.size()), bytes.data(),
                           formulas, nullptr) == 1;
 }
@@ -272,10 +269,7 @@ void StoreTell(const std::vector<Formula> &formulas, int status) {
 }
 
 const Column *StoreColumn(const Store &store, const std::string &name) {
-  Column asHeader;
-  asHeader.header = name;
-  ColumnName(store.ec.get(), asHeader);
-  for (const std::string &wanted : {name, asHeader.name}) {
+  for (const std::string &wanted : {name, WrittenName(store.ec.get(), name)}) {
     for (const Column &column : store.columns) {
       if (column.name == wanted) {
         return &column;
@@ -344,7 +338,7 @@ std::vector<Formula> FormulasMerged(const std::vector<Formula> &formulas,
 
 bool StoreDefine(const Store &store, const StoreFile &file, const std::set<std::string> &renewed,
                  const Session &session, std::vector<Formula> &formulas, std::string &error) {
-  const bool defined = FormulasDefine(session.ec, formulas, error);
+  const bool defined = FormulasDefine(session.ec.get(), formulas, error);
   /* A column that is missing is told rather than the error that this makes. */
   const std::string misfits = StoreMisfits(store, file, session, renewed, !defined);
   if (!misfits.empty()) {
@@ -374,9 +368,9 @@ std::string StoreMisfits(const Store &store, const StoreFile &file, const Sessio
     misfits +=
         (misfits.empty() ? "" : "\norli: ") + file.path + ": column " + DisplayName(column.name);
     misfits += present == nullptr
-                   ? " is not in " + session.csv.path
+                   ? " is not in " + session.csv.Path()
                    : std::string(" has type ") + TypeName(present->type) + " in " +
-                         session.csv.path + " and " + TypeName(column.type) + " in the store";
+                         session.csv.Path() + " and " + TypeName(column.type) + " in the store";
     misfits += "; it is needed by " + NameList(users);
   }
   return misfits;

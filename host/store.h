@@ -20,7 +20,7 @@
 
 /* A store that has been read and found good. */
 struct Store {
-  std::unique_ptr<ExprContext, int32_t (*)(EC)> ec = {nullptr, ORLDestroyEC};
+  Context ec;
   std::vector<Column> columns;   /* name and type alone */
   std::vector<Formula> formulas; /* in stored order, defined in `ec` */
 };

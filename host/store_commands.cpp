@@ -30,17 +30,23 @@ int Define(const std::vector<Formula> &wanted, Session &session, const Store &st
   if (!StoreDefine(store, file, names, session, merged, error)) {
     return Complain(error, EXIT_WRONG);
   }
-  return Save(file, StoredForm(session.ec, merged));
+  return Save(file, StoredForm(session.ec.get(), merged));
 }
 
 }  // namespace
 
-int RunDefine(const std::string &store, const std::string &data,
-              const std::vector<std::string> &formulas) {
-  std::vector<Formula> wanted(formulas.size());
+int RunDefine(const std::string &store, const DataOptions &data,
+              const std::vector<std::string> &formulas,
+              const std::vector<std::string> &formulaFiles) {
+  std::vector<Formula> wanted;
   std::string error;
-  for (size_t i = 0; i < formulas.size(); ++i) {
-    if (!FormulaFromArgument(formulas[i], wanted[i], error)) {
+  for (const std::string &path : formulaFiles) {
+    if (!FormulasRead(path, wanted, error)) {
+      return Complain(error, EXIT_WRONG);
+    }
+  }
+  for (const std::string &argument : formulas) {
+    if (!FormulaFromArgument(argument, wanted.emplace_back(), error)) {
       return Complain(error, EXIT_USAGE);
     }
   }

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "host/column_names.h"
 #include "host/commands.h"
 #include "host/display.h"
 #include "host/store.h"
@@ -148,15 +149,14 @@ int RunRename(const std::string &store, const std::string &from, const std::stri
     if (column == nullptr) {
       return Refuse(file, "has no column " + DisplayName(from));
     }
-    Column renamed;
-    renamed.header = FormulaOf(to, "").title;
-    const std::string problem = ColumnName(opened.ec.get(), renamed);
-    if (!problem.empty()) {
-      return Refuse(file, "the new column " + problem);
+    const std::string header = FormulaOf(to, "").title;
+    const std::string renamed = WrittenName(opened.ec.get(), header);
+    if (renamed.empty()) {
+      return Refuse(file, "the new column " + NameProblem(header));
     }
-    if (StoreColumn(opened, renamed.name) != nullptr) {
-      return Refuse(file, "has a column " + DisplayName(renamed.name) + " already");
+    if (StoreColumn(opened, renamed) != nullptr) {
+      return Refuse(file, "has a column " + DisplayName(renamed) + " already");
     }
-    return RenameAndSave(opened, file, {column->name, renamed.name});
+    return RenameAndSave(opened, file, {column->name, renamed});
   });
 }

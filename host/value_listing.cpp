@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/commands.h"
+#include "host/field.h"
 #include "host/values.h"
 #include "orli11/windows.h"
 
@@ -13,14 +14,14 @@ constexpr size_t kLongestValue = 1000;
 
 /* The value as a formula writes it; empty for one that is not listed. Numbers and dates are written
  * as results are: a file may have them in ways that formulas do not know, such as 2e3. */
-std::string ListedValue(int16_t type, const char *field) {
-  std::string text = field;
+std::string ListedValue(const FieldRules &rules, int16_t type, const char *field) {
+  std::string text = FieldIsEmpty(rules, field) ? "" : field;
   if (text.empty() || type == ORL_TYPE_STRING) {
     return text.size() <= kLongestValue ? text : std::string();
   }
   NumberValue value;
-  const bool known =
-      type == ORL_TYPE_DATE ? DateFromField(field, &value) : NumberFromField(field, &value);
+  const bool known = type == ORL_TYPE_DATE ? DateFromField(rules, field, &value)
+                                           : NumberFromField(rules, field, &value);
   const bool good = known && CellFromValue(type, &value, text) &&
                     (type == ORL_TYPE_DATE || text.find('e') == std::string::npos);
   return good ? text : std::string();
@@ -29,17 +30,13 @@ std::string ListedValue(int16_t type, const char *field) {
 bool TakeRow(const CsvRow &row, void *user, std::string &error) {
   ValueListing &listing = *static_cast<ValueListing *>(user);
   const Session &session = *listing.session;
-  if (!listing.pastHeader) {
-    listing.pastHeader = true;
-    return true;
-  }
   /* The file was read before, but it may have changed since. */
   if (!ColumnsFit(session.csv, session.table, row, error)) {
     return false;
   }
   ++listing.rows;
-  std::string value =
-      ListedValue(session.table.columns[listing.column].type, CsvField(row, listing.column));
+  std::string value = ListedValue(session.options.rules, session.table.columns[listing.column].type,
+                                  CsvField(row, listing.column));
   if (!value.empty() && listing.seen.insert(value).second) {
     listing.waiting.push_back(std::move(value));
   }
@@ -77,7 +74,6 @@ void ListingBegin(ValueListing &listing, const std::string &name) {
   Session &session = *listing.session;
   const Column *column = SessionColumn(session, name);
   listing.reading.reset();
-  listing.pastHeader = false;
   listing.rows = 0;
   listing.seen.clear();
   listing.waiting.clear();

@@ -17,8 +17,7 @@
 struct ValueListing {
   Session *session = nullptr;
   size_t column = 0;
-  CsvReadingOwner reading; /* null when the file has been read */
-  bool pastHeader = false;
+  CsvReadingOwner reading;              /* null when the file has been read */
   int64_t rows = 0;                     /* read so far */
   std::unordered_set<std::string> seen; /* bounded */
   std::deque<std::string> waiting;      /* found, but not handed out yet */

@@ -2,35 +2,28 @@
 
 #include <pavni11.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 #include <string_view>
+#include <tuple>
 
 namespace {
 
-constexpr int kMostDigits = 26;
-constexpr size_t kFormatRoom = 100;
+constexpr size_t kFormatCapacity = 100;
 constexpr size_t kMicrosecondDigits = 6;
-constexpr std::string_view kBlanks = " \t\r\n";
 
-int CountDigits(const char *text) {
-  int digits = 0;
-  for (; *text != '\0' && *text != 'e' && *text != 'E'; ++text) {
-    const bool isDigit = *text >= '0' && *text <= '9';
-    digits += isDigit && (digits != 0 || *text != '0') ? 1 : 0;
-  }
-  return digits;
-}
-
-bool PlainNumber(const NumberValue &value, std::string &cell) {
-  std::array<char, kFormatRoom> text;
+/* With `decimals` below 0 the digits that the number has. */
+bool PlainNumber(const NumberValue &value, int decimals, std::string &cell) {
+  std::array<char, kFormatCapacity> text;
   FormatRecord record;
   WRENFmtInit(&record);
   record.mode = WREN_FMT_NUMBER;
   record.output = text.data();
   record.useCountry = 0;
   record.decimalSeparator = '.';
+  record.fixedDecimals = decimals >= 0 ? 1 : 0;
+  record.decimals = decimals;
   record.number = value;
   const bool good = WRENFmtNumber(&record) == 1;
   cell = good ? text.data() : "";
@@ -63,7 +56,7 @@ bool NumberWithExponent(NumberValue value, std::string &cell) {
     WRENNumMul(&value, &value, &ten);
   }
   std::string digits;
-  const bool good = PlainNumber(value, digits);
+  const bool good = PlainNumber(value, -1, digits);
   cell = (negative ? "-" : "") + digits + "e" + std::to_string(exponent);
   return good;
 }
@@ -80,7 +73,7 @@ std::string FractionDigits(int32_t microseconds) {
 }
 
 bool DateCell(const NumberValue &value, std::string &cell) {
-  std::array<char, kFormatRoom> text;
+  std::array<char, kFormatCapacity> text;
   FormatRecord record;
   WRENFmtInit(&record);
   LocaleBlock locale;
@@ -105,88 +98,9 @@ bool DateCell(const NumberValue &value, std::string &cell) {
   return good;
 }
 
-bool IsDigit(char byte) {
-  return byte >= '0' && byte <= '9';
-}
-
-/* How the country writes the numbers of a date. */
-struct NumbersOfDate {
-  char separator;
-  bool yearFirst;
-};
-
-NumbersOfDate CountryNumbers() {
-  std::array<char, kFormatRoom> text = {};
-  FormatRecord record;
-  WRENFmtInit(&record);
-  record.mode = WREN_FMT_DATE;
-  record.output = text.data();
-  record.useCountry = 1;
-  record.parts = {12, 31, 1999, 0, 0, 0, 0};
-  WRENFmtDate(&record);
-  const std::string_view shown(text.data());
-  const size_t place = shown.find_first_not_of("0123456789");
-  LocaleBlock locale;
-  WRENFmtLoadLocale(&locale);
-  return {place == std::string_view::npos ? '/' : shown[place], locale.dateOrder == 2};
-}
-
-/* The digits at the start of the text, which moves behind them. */
-size_t SkipDigits(std::string_view &text) {
-  size_t count = 0;
-  while (count < text.size() && IsDigit(text[count])) {
-    ++count;
-  }
-  text.remove_prefix(count);
-  return count;
-}
-
-/* Whether three numbers at the start are written as a date and not as a version or an address: with
- * the country's separator, or as ISO has it; a year of two or four digits; a blank or a T in front
- * of the time. What begins otherwise is as good as the library says. */
-bool LooksLikeDate(std::string_view text) {
-  static const NumbersOfDate country = CountryNumbers();
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  const size_t first = SkipDigits(text);
-  if (first == 0 || text.size() < 2 || !IsDigit(text[1])) {
-    return true;
-  }
-  const char separator = text[0];
-  text.remove_prefix(1);
-  SkipDigits(text);
-  const bool iso = separator == '-' && first == 4;
-  if (text.empty() || text[0] != separator || !(iso || separator == country.separator)) {
-    return false;
-  }
-  text.remove_prefix(1);
-  const size_t last = SkipDigits(text);
-  const size_t year = first > 2 || (country.yearFirst && last <= 2) ? first : last;
-  return (year == 2 || year == 4) &&
-         (text.empty() || text[0] == 'T' || kBlanks.find(text[0]) != std::string_view::npos);
-}
-
 }  // namespace
 
-bool NumberFromField(const char *text, NumberValue *value) {
-  WRENNumFromText(value, text);
-  return WRENNumIsNull(value) == 0 && CountDigits(text) <= kMostDigits;
-}
-
-bool DateFromField(const char *text, NumberValue *value) {
-  FormatRecord record;
-  WRENFmtInit(&record);
-  record.mode = WREN_FMT_DATETIME;
-  record.input = text;
-  record.useCountry = 1;
-  if (WRENFmtParseDate(&record) == 0 || !LooksLikeDate(text)) {
-    return false;
-  }
-  std::memset(value, 0, sizeof *value);
-  value->length = static_cast<uint8_t>(PAVNDateToNumber(value->payload, &record.parts));
-  return value->length != 0;
-}
-
-bool CellFromValue(int32_t type, const void *value, std::string &cell) {
+bool CellFromValue(int32_t type, const void *value, std::string &cell, int decimals) {
   if (type == ORL_TYPE_STRING) {
     cell = static_cast<const char *>(value);
     return true;
@@ -197,6 +111,47 @@ bool CellFromValue(int32_t type, const void *value, std::string &cell) {
     cell.clear();
     return true;
   }
-  return type == ORL_TYPE_DATE ? DateCell(number, cell)
-                               : PlainNumber(number, cell) || NumberWithExponent(number, cell);
+  return type == ORL_TYPE_DATE
+             ? DateCell(number, cell)
+             : PlainNumber(number, decimals, cell) || NumberWithExponent(number, cell);
+}
+
+int CompareValues(int32_t type, const NumberValue &left, const NumberValue &right) {
+  if (type == ORL_TYPE_NUMBER) {
+    return WRENNumCompare(&left, &right);
+  }
+  std::array<DateTimeParts, 2> parts = {};
+  PAVNNumberToDate(left.payload, left.length, &parts[0]);
+  PAVNNumberToDate(right.payload, right.length, &parts[1]);
+  const auto fields = [](const DateTimeParts &date) {
+    return std::tie(date.year, date.month, date.day, date.hour, date.minute, date.second,
+                    date.fraction);
+  };
+  return static_cast<int>(fields(parts[1]) < fields(parts[0])) -
+         static_cast<int>(fields(parts[0]) < fields(parts[1]));
+}
+
+int CompareTexts(const std::string &left, const std::string &right) {
+  thread_local const Block block = NewBlock(sizeof(NumberValue));
+  void *result = block.get();
+  std::array<void *, 2> arguments = {const_cast<char *>(left.c_str()),
+                                     const_cast<char *>(right.c_str())};
+  FUNStrCompare(nullptr, nullptr, sizeof(NumberValue), &result, "StrCompare", arguments.data());
+  return WRENNumToInt(static_cast<const NumberValue *>(result));
+}
+
+Block NewBlock(uint32_t size) {
+  Block block(ORLMemAlloc(size));
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
+  return block;
+}
+
+bool Evaluate(EC ec, HEXP exp, Block &block) {
+  int32_t length = 0;
+  void *bytes = block.release();
+  const bool good = ORLEvaluateExpressionExt(ec, exp, &length, &bytes) == 1;
+  block.reset(bytes);
+  return good;
 }

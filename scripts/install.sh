@@ -8,7 +8,7 @@
 #   check      what .ci/run needs beyond that
 set -euo pipefail
 
-build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev unixodbc-dev libacl1-dev"
+build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev zlib1g-dev unixodbc-dev libacl1-dev"
 tests="libgtest-dev libbenchmark-dev"
 screen="qt6-base-dev xvfb xdotool"
 pictures="openbox"

@@ -47,10 +47,10 @@ class Report(support.FolderCase):
             (("--by", "g=amount", "--count", "g"), 1, "two formulas have the name g"),
             (("--count", "days"), 1, "days is a date unit word; write it in double quotes"),
             (("--by", "g=amount, 1"), 1, "formula g is a set and has no value"),
-            (("--by", "g=amounts"), 1, "formula g: ERR_VAR: Unknown input item.\n  amounts\n  ^^^^^^^"),
+            (("--by", "g=amounts"), 1, "formula g: ERR_VAR: Unknown input item.\n  amounts\n  ^^^^^^^\nhint: did you mean `amount`?"),
             (("--count", "n=1"), 2, "--count takes a name alone, not n=1"),
             (("--by", "amount"), 2, "a formula is given as NAME=TEXT, not as amount"),
-            (("--sum",), 2, "--sum needs a value behind it" + help_),
+            (("--sum",), 2, "--sum needs a value after it" + help_),
             ((), 2, "a report needs --by, --count or another figure" + help_),
         )
         for arguments, status, words in rows:

@@ -114,7 +114,7 @@ late   range    Date    sold AND sold + 7 DAYS
                          "gross=amount * 2")
         for old, new, words in (
                 ("sum", "x", "has no column sum"), ("amount", "tax", "has a column tax already"),
-                ("amount", "", "the new column has no name in the header"),
+                ("amount", "", "the new column has no name"),
                 ("amount", "n" * 65, "the new column has a name of 65 bytes; names have at most 64")):
             self.refused(f"{self.store}: {words}", "rename", self.store, old, new)
 
@@ -174,7 +174,8 @@ late   range    Date    sold AND sold + 7 DAYS
                 (["x=1", "x=2"], "two formulas have the name x"),
                 (["StrLeft=1"], "formula StrLeft has the name of a function"),
                 (["gross=place"], "formula net: ERR_OPERATORSTR: This Operator does not work with "
-                                  "Strings.\n  gross() - tax\n          ^")):
+                                  "Strings.\n  gross() - tax\n          ^\n"
+                                  "hint: texts are joined by ||; StrToNumber(s) makes a number of a text")):
             self.refused(words, "define", self.store, self.data, *formulas)
         self.refused("a formula is given as NAME=TEXT, not as x", "define", self.store, self.data, "x",
                      status=2)

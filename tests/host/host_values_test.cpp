@@ -23,16 +23,17 @@ struct ListedFile {
     Write(content);
     complaints.clear();
     std::string error;
-    EXPECT_TRUE(SessionOpen(path.c_str(), session, progress, error)) << error;
+    DataOptions options;
+    options.paths = {path};
+    EXPECT_TRUE(SessionOpen(options, session, progress, error)) << error;
     listing.session = &session;
-    ORLSetUserLong(session.ec, reinterpret_cast<intptr_t>(&listing));
-    ORLSetListValuesCallback(session.ec, ListValues);
+    ORLSetUserLong(session.ec.get(), reinterpret_cast<intptr_t>(&listing));
+    ORLSetListValuesCallback(session.ec.get(), ListValues);
   }
   ListedFile(const ListedFile &) = delete;
   ListedFile &operator=(const ListedFile &) = delete;
   ~ListedFile() {
     listing.reading.reset();
-    SessionClose(session);
     unlink(path.c_str());
   }
   void Write(const std::string &content) const {
@@ -66,7 +67,7 @@ TEST(HostValues, AreListedInOrderAndInsertedAsLiterals) {
   };
   for (const auto &row : rows) {
     const std::string text(row.saved, 4 + (row.item[0] == 's' ? 1 : 0));
-    HEXP exp = Edit(file.session.ec, {nullptr, 0, "n"}, [&](OrlWindow d) {
+    HEXP exp = Edit(file.session.ec.get(), {nullptr, 0, "n"}, [&](OrlWindow d) {
       Act(d, std::string("row 106 ") + row.item + "; select 100 0 0; type 100 " + text);
       OrlWindow list = ORLHeadlessFind("LISTVALUES");
       EXPECT_EQ(RowList(list, 100), row.rows) << row.item;
@@ -76,7 +77,7 @@ TEST(HostValues, AreListedInOrderAndInsertedAsLiterals) {
     ASSERT_NE(exp, nullptr) << row.item << ToldAll();
     std::string saved(100, '\0');
     saved.resize(
-        static_cast<size_t>(ORLGetExpressionText(file.session.ec, exp, 100, saved.data())));
+        static_cast<size_t>(ORLGetExpressionText(file.session.ec.get(), exp, 100, saved.data())));
     EXPECT_EQ(saved, row.saved);
   }
 }
@@ -115,7 +116,7 @@ TEST(HostValues, AFewInManyRowsComeWhenAskedForAgain) {
 
 TEST(HostValues, TheWindowGoesOnAndBeginsAnew) {
   ListedFile file(Values(650));
-  Edit(file.session.ec, {nullptr, 0, "s"}, [&](OrlWindow d) {
+  Edit(file.session.ec.get(), {nullptr, 0, "s"}, [&](OrlWindow d) {
     OrlWindow list = ORLHeadlessFind("LISTVALUES");
     EXPECT_EQ(Rows(list, 100).size(), 200U);
     Act(d, "click 133");

@@ -1,6 +1,7 @@
-// Makes the list that `orli functions` prints from the page of the functions: the heading and the
-// first line of each. Run by the build with the page and the file to write; a page that is not of
-// the form ends the build with the line that is at fault.
+// Generates the list that `orli functions` prints from the pages of the functions: heading, first
+// line and the rest of each. Run by the build with the file to write, the page of the built-in
+// functions and that of those for databases; a page that is not of the form ends the build with the
+// line that is at fault.
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -42,10 +43,14 @@ bool Take(std::string_view &rest, std::string_view text) {
   return there;
 }
 
+bool IsNameByte(char byte) {
+  return std::isalnum(static_cast<unsigned char>(byte)) != 0 || byte == '_';
+}
+
 // Takes a word off whose first letter is one of these.
 bool TakeWord(std::string_view &rest, char first, char last) {
   const bool good = !rest.empty() && rest.front() >= first && rest.front() <= last;
-  while (!rest.empty() && std::isalnum(static_cast<unsigned char>(rest.front())) != 0) {
+  while (!rest.empty() && IsNameByte(rest.front())) {
     rest.remove_prefix(1);
   }
   return good;
@@ -84,6 +89,10 @@ const char *FaultOf(const std::string &description) {
 std::string Quoted(const std::string &text) {
   std::string quoted = "\"";
   for (const char byte : text) {
+    if (byte == '\n') {
+      quoted += "\\n\"\n   \"";
+      continue;
+    }
     if (byte == '"' || byte == '\\') {
       quoted += '\\';
     }
@@ -92,8 +101,63 @@ std::string Quoted(const std::string &text) {
   return quoted + "\"";
 }
 
-// The rows of the list: a signature and a description for each function of the page.
-std::string ListOf(const char *page) {
+// A line without the marks of the page: [text](place) is text, `code` is code, \| is |.
+std::string Plain(std::string_view line) {
+  std::string plain;
+  for (size_t i = 0; i < line.size(); i++) {
+    const size_t middle = line.find("](", i);
+    if (line[i] == '[' && middle != std::string_view::npos) {
+      plain += line.substr(i + 1, middle - i - 1);
+      i = line.find(')', middle);
+    } else if (line[i] == '\\' && i + 1 < line.size() && line[i + 1] == '|') {
+      plain += line[++i];
+    } else if (line[i] != '`' && !line.substr(i).starts_with("**")) {
+      plain += line[i];
+    } else {
+      i += line[i] == '*' ? 1 : 0;
+    }
+  }
+  return plain;
+}
+
+// The two cells of a row of examples.
+struct Example {
+  std::string formula, result;
+};
+
+bool IsExample(const std::string &line, Example &example) {
+  const size_t middle = line.find("` | `");
+  if (!line.starts_with("| `") || middle == std::string::npos) {
+    return false;
+  }
+  example = {Plain(line.substr(3, middle - 3)),
+             Plain(line.substr(middle + 5, line.rfind('`') - middle - 5))};
+  return true;
+}
+
+// What follows the description of a function, up to the next heading.
+std::string RestOf(const std::vector<std::string> &lines, size_t first) {
+  std::string rest;
+  std::vector<Example> examples;
+  for (size_t i = first; i < lines.size() && !lines[i].starts_with("#"); i++) {
+    Example example;
+    if (IsExample(lines[i], example)) {
+      examples.push_back(example);
+    } else if (!lines[i].starts_with("|")) {
+      rest += Plain(lines[i]) + "\n";
+    }
+  }
+  rest.erase(rest.find_last_not_of('\n') + 1);
+  rest += rest.empty() ? "" : "\n\n";
+  for (const Example &example : examples) {
+    rest += "    " + example.formula + "  gives  " + example.result + "\n";
+  }
+  return rest;
+}
+
+// The rows of the list for each function of the page: signature, description, the rest, whether it
+// is for databases.
+std::string ListOf(const char *page, bool databases) {
   const std::vector<std::string> lines = LinesOf(page);
   const auto lineAt = [&lines](size_t i) { return i < lines.size() ? lines[i] : std::string(); };
   std::set<std::string> names;
@@ -114,7 +178,8 @@ std::string ListOf(const char *page) {
     if (fault != nullptr || !lineAt(i + 3).empty()) {
       GiveUp(page, i + 1, fault != nullptr ? fault : "the description takes more than one line");
     }
-    list += "  {" + Quoted(signature) + ",\n   " + Quoted(description) + "},\n";
+    list += "  {" + Quoted(signature) + ",\n   " + Quoted(description) + ",\n   " +
+            Quoted(RestOf(lines, i + 4)) + ",\n   " + (databases ? "true" : "false") + "},\n";
   }
   if (names.empty()) {
     GiveUp(page, lines.size(), "the page has no function");
@@ -125,18 +190,19 @@ std::string ListOf(const char *page) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  if (argc != 3) {
-    GiveUp("function_list_maker", 0, "usage: function_list_maker PAGE OUTPUT");
+  if (argc != 4) {
+    GiveUp("function_list_generator", 0,
+           "usage: function_list_generator OUTPUT PAGE DATABASE-PAGE");
   }
   try {
-    const std::string list = ListOf(argv[1]);
-    std::ofstream output(argv[2]);
+    const std::string list = ListOf(argv[2], false) + ListOf(argv[3], true);
+    std::ofstream output(argv[1]);
     output << list << std::flush;
     if (!output.good()) {
-      GiveUp(argv[2], 1, "the list cannot be written");
+      GiveUp(argv[1], 1, "the list cannot be written");
     }
   } catch (const std::exception &error) {
-    GiveUp(argv[1], 1, error.what());
+    GiveUp(argv[2], 1, error.what());
   }
   return 0;
 }

@@ -1,0 +1,335 @@
+/* The commands that compute over files: items, functions, check, eval, report. */
+#include "host/command_line.h"
+
+#include <array>
+#include <charconv>
+#include <limits>
+
+#include "host/column_names.h"
+#include "host/display.h"
+
+namespace {
+
+/* A whole number from 0 to `most`, or -1. */
+int64_t WholeNumber(std::string_view text, int64_t most) {
+  int64_t number = -1;
+  const std::from_chars_result result =
+      std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool good = result.ec == std::errc() && result.ptr == text.data() + text.size();
+  return good && number >= 0 && number <= most ? number : -1;
+}
+
+constexpr int64_t kMostRows = std::numeric_limits<int64_t>::max();
+constexpr int64_t kMostDecimals = 50;
+
+std::string CheckWhole(const std::string &text, int64_t most) {
+  if (WholeNumber(text, most) >= 0) {
+    return {};
+  }
+  return "'" + text + "' is not a whole number from 0 to " + std::to_string(most);
+}
+
+/* The byte between fields; 0 when the text names none. */
+char DelimiterOf(const std::string &text) {
+  if (text == "tab" || text == "\\t") {
+    return '\t';
+  }
+  const bool good =
+      text.size() == 1 && std::string_view("\"\r\n").find(text[0]) == std::string::npos;
+  return good ? text[0] : '\0';
+}
+
+std::string CheckDelimiter(const std::string &text) {
+  return DelimiterOf(text) == '\0' ? "'" + text + "' is not one byte, or the word tab" : "";
+}
+
+constexpr std::array<const char *, 3> kOrders = {"mdy", "dmy", "ymd"};
+
+struct TypeWord {
+  const char *word;
+  int16_t type;
+};
+constexpr std::array<TypeWord, 3> kTypes = {
+    {{"text", ORL_TYPE_STRING}, {"number", ORL_TYPE_NUMBER}, {"date", ORL_TYPE_DATE}}};
+
+/* Takes NAME=TYPE apart; false when it is not of that form. */
+bool TypeOf(const std::string &text, std::pair<std::string, int16_t> &result) {
+  const size_t equals = text.rfind('=');
+  for (const TypeWord &entry : kTypes) {
+    if (equals != std::string::npos && text.substr(equals + 1) == entry.word) {
+      result = {text.substr(0, equals), entry.type};
+      return true;
+    }
+  }
+  return false;
+}
+
+std::string CheckType(const std::string &text) {
+  std::pair<std::string, int16_t> unused;
+  return TypeOf(text, unused) ? "" : "'" + text + "' is not NAME=text, NAME=number or NAME=date";
+}
+
+constexpr std::array<std::pair<const char *, OutputFormat>, 5> kFormats = {
+    {{"table", OUTPUT_TABLE},
+     {"csv", OUTPUT_CSV},
+     {"tsv", OUTPUT_TSV},
+     {"json", OUTPUT_JSON},
+     {"jsonl", OUTPUT_JSONL}}};
+
+/* The options that say how files of data are to be read. */
+void AddReading(CLI::App *command, CommandLine &line) {
+  constexpr char kGroup[] = "Reading";
+  command
+      ->add_option("--delimiter", line.delimiter,
+                   "What stands between fields: one byte, or tab;\nfound in the header if not told")
+      ->type_name("C")
+      ->check(CheckDelimiter)
+      ->group(kGroup);
+  command->add_option("--type", line.types, "The type of a column; as often as wanted")
+      ->type_name("NAME=text|number|date")
+      ->check(CheckType)
+      ->allow_extra_args(false)
+      ->group(kGroup);
+  command->add_option("--date-order", line.dateOrder, "How the file writes dates such as 1/2/2024")
+      ->type_name("dmy|mdy|ymd")
+      ->check(Silent(CLI::IsMember({"dmy", "mdy", "ymd"})))
+      ->group(kGroup);
+  command
+      ->add_option("--decimal", line.decimal,
+                   "How it writes decimals; the other sign, or a\nblank, then groups digits")
+      ->type_name(",|.")
+      ->check(Silent(CLI::IsMember({",", "."})))
+      ->group(kGroup);
+  command->add_option("--null", line.nulls, "Fields that count as empty, as NA,NULL,-")
+      ->type_name("WORD,...")
+      ->group(kGroup);
+}
+
+void AddFormulaFiles(CLI::App *command, CommandLine &line, const char *help) {
+  command->add_option("--formulas", line.formulaFiles, help)
+      ->type_name("FILE")
+      ->check(NotEmpty)
+      ->allow_extra_args(false);
+}
+
+void AddStoreOption(CLI::App *command, CommandLine &line, const char *help) {
+  const auto isName = [](const std::string &text) {
+    return text.empty() ? std::string("is the name of a file") : std::string();
+  };
+  command->add_option("--store", line.store, help)->type_name("STORE")->check(isName);
+}
+
+/* What eval and report share. */
+void AddRowOptions(CLI::App *command, CommandLine &line, const char *limit, const char *sort) {
+  command
+      ->add_option("--where", line.conditions,
+                   "Only rows in which the formula TEXT lies in a range,\nis of a set or equals a "
+                   "value; all of these must hold")
+      ->type_name("TEXT=BOUNDS")
+      ->allow_extra_args(false);
+  command->add_option("--sort", line.sort, sort)
+      ->type_name("NAME[:desc]")
+      ->check(NotEmpty)
+      ->allow_extra_args(false);
+  command->add_option("-n,--limit", line.limit, limit)
+      ->type_name("N")
+      ->check([](const std::string &text) { return CheckWhole(text, kMostRows); });
+  command->add_option("--decimals", line.decimals, "Write computed numbers with N decimals")
+      ->type_name("N")
+      ->check([](const std::string &text) { return CheckWhole(text, kMostDecimals); });
+}
+
+RowOptions RowsOf(const CommandLine &line) {
+  RowOptions rows;
+  rows.data = DataOf(line);
+  rows.store = line.store;
+  rows.formulaFiles = line.formulaFiles;
+  rows.conditions = line.conditions;
+  rows.sort = line.sort;
+  rows.limit = line.limit.empty() ? -1 : WholeNumber(line.limit, kMostRows);
+  rows.decimals =
+      line.decimals.empty() ? -1 : static_cast<int>(WholeNumber(line.decimals, kMostDecimals));
+  rows.format = FormatOf(line);
+  return rows;
+}
+
+void AddItems(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *items =
+      app.add_subcommand("items", "List columns: name, type, rows filled, bounds, example");
+  AddData(items, line, DATA_SEVERAL);
+  AddFormat(items, line);
+  items->final_callback([&line, &status] { status = RunItems(DataOf(line), FormatOf(line)); });
+}
+
+void AddFunctions(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *functions =
+      app.add_subcommand("functions", "List functions: arguments, result, description");
+  functions->add_option("NAME", line.name, "Tell all about this one")->type_name("");
+  functions->final_callback([&line, &status] { status = RunFunctions(line.name); });
+}
+
+void AddCheck(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *check =
+      app.add_subcommand("check", "Tell a formula's type, or what is wrong and where");
+  AddData(check, line, DATA_ONE);
+  AddArgument(check, "TEXT", line.text, "The formula");
+  AddStoreOption(check, line, "Formulas that it may call");
+  AddFormulaFiles(check, line, "More of them, a line NAME=TEXT each");
+  check->final_callback([&line, &status] {
+    status = RunCheck({DataOf(line), line.store, line.text, line.formulaFiles});
+  });
+}
+
+void AddEval(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *eval = app.add_subcommand("eval", "Compute formulas for each row");
+  AddData(eval, line, DATA_SEVERAL);
+  eval->add_option(
+          "-f,--formula", line.eval.formulas,
+          "A formula; as often as wanted. Formulas may\ncall each other, in any order: NAME()")
+      ->type_name("NAME=TEXT")
+      ->allow_extra_args(false);
+  AddFormulaFiles(eval, line, "Formulas of a file, a line NAME=TEXT each");
+  AddStoreOption(eval, line, "Stored formulas, to be computed ahead of the others");
+  eval->add_option("--keep", line.eval.keep, "Write these columns too, or all, ahead of formulas")
+      ->type_name("all|NAME,...")
+      ->check(NotEmpty);
+  AddRowOptions(eval, line, "Compute the first N rows only",
+                "Order the rows by a column or formula");
+  AddFormat(eval, line);
+  eval->final_callback([&line, &status] {
+    line.eval.rows = RowsOf(line);
+    const bool nothing = line.eval.formulas.empty() && line.store.empty() &&
+                         line.formulaFiles.empty() && line.eval.keep.empty();
+    status = nothing ? ComplainOfUsage("eval needs --formula or --store") : RunEval(line.eval);
+  });
+}
+
+/* The options of a report that make a column each. */
+struct ReportOption {
+  ReportFigure figure;
+  const char *name, *type, *help;
+};
+
+constexpr std::array<ReportOption, 8> kReportOptions = {{
+    {REPORT_BY, "--by", "NAME=TEXT", "Rows of the same value of a formula are one group"},
+    {REPORT_COUNT, "--count", "NAME", "The rows of each group"},
+    {REPORT_DISTINCT, "--count-distinct", "NAME=TEXT", "The different values of a formula"},
+    {REPORT_SUM, "--sum", "NAME=TEXT", "The sum of a formula's values in each group"},
+    {REPORT_MEAN, "--mean", "NAME=TEXT", "Their mean"},
+    {REPORT_MEDIAN, "--median", "NAME=TEXT", "The value in their middle"},
+    {REPORT_LEAST, "--least", "NAME=TEXT", "The least number or earliest date"},
+    {REPORT_GREATEST, "--greatest", "NAME=TEXT", "The greatest number or latest date"},
+}};
+
+/* The columns of a report in the order of the command line. */
+std::vector<ReportColumn> ReportColumns(const CLI::App &report) {
+  std::vector<ReportColumn> columns;
+  std::array<size_t, kReportOptions.size()> taken = {}; /* values of each option so far */
+  for (const CLI::Option *option : report.parse_order()) {
+    for (size_t i = 0; i < kReportOptions.size(); ++i) {
+      if (option->get_name() == kReportOptions[i].name) {
+        columns.push_back({kReportOptions[i].figure, option->results().at(taken[i]++)});
+      }
+    }
+  }
+  return columns;
+}
+
+void AddReport(CLI::App &app, CommandLine &line, int &status) {
+  CLI::App *report =
+      app.add_subcommand("report", "Group the rows and compute figures of each group");
+  AddData(report, line, DATA_SEVERAL);
+  for (const ReportOption &option : kReportOptions) {
+    /* The values are taken from the options themselves, for the sake of their order. */
+    report
+        ->add_option_function<std::vector<std::string>>(
+            option.name, [](const std::vector<std::string> & /*values*/) {}, option.help)
+        ->type_name(option.type)
+        ->allow_extra_args(false);
+  }
+  AddFormulaFiles(report, line, "Formulas that the figures may call");
+  AddStoreOption(report, line, "Stored formulas that the figures may call");
+  AddRowOptions(report, line, "Write the first N groups only", "Order the groups by a column");
+  AddFormat(report, line);
+  report->footer("Columns stand in the order of their options, each as often as wanted.");
+  report->final_callback([report, &line, &status] {
+    line.report.rows = RowsOf(line);
+    line.report.columns = ReportColumns(*report);
+    status = line.report.columns.empty()
+                 ? ComplainOfUsage("a report needs --by, --count or another figure")
+                 : RunReport(line.report);
+  });
+}
+
+}  // namespace
+
+int ComplainOfUsage(const std::string &message) {
+  return Complain(DisplayName(message) + "; orli --help tells more", EXIT_USAGE);
+}
+
+void AddArgument(CLI::App *command, const char *name, std::string &value, const char *help) {
+  command->add_option(name, value, help)->required()->type_name("");
+}
+
+void AddFormat(CLI::App *command, CommandLine &line) {
+  command->add_option("--format", line.format, "How the rows are written; a table if not told")
+      ->type_name("table|csv|tsv|json|jsonl")
+      ->check(Silent(CLI::IsMember({"table", "csv", "tsv", "json", "jsonl"})));
+}
+
+void AddData(CLI::App *command, CommandLine &line, DataFiles files) {
+  const bool several = files == DATA_SEVERAL;
+  const char *help = several ? "Files of one header, one after the other;\n- is standard input"
+                     : files == DATA_OPTIONAL ? "The file whose columns it is for from now on"
+                                              : "The file, or - for standard input";
+  CLI::Option *data = several ? command->add_option("DATA.csv", line.data.paths, help)
+                              : command->add_option("DATA.csv", line.file, help);
+  data->type_name("")->required(files != DATA_OPTIONAL);
+  AddReading(command, line);
+}
+
+CLI::Validator Silent(CLI::Validator validator) {
+  validator.description("");
+  return validator;
+}
+
+std::string NotEmpty(const std::string &value) {
+  return value.empty() ? "the value is empty" : "";
+}
+
+OutputFormat FormatOf(const CommandLine &line) {
+  for (const auto &[word, format] : kFormats) {
+    if (line.format == word) {
+      return format;
+    }
+  }
+  return OUTPUT_TABLE;
+}
+
+DataOptions DataOf(const CommandLine &line) {
+  DataOptions data = line.data;
+  if (!line.file.empty()) {
+    data.paths = {line.file};
+  }
+  data.delimiter = line.delimiter.empty() ? '\0' : DelimiterOf(line.delimiter);
+  data.rules.decimal = line.decimal.empty() ? '\0' : line.decimal[0];
+  for (size_t i = 0; i < kOrders.size(); ++i) {
+    data.rules.dateOrder =
+        line.dateOrder == kOrders.at(i) ? static_cast<int32_t>(i) : data.rules.dateOrder;
+  }
+  if (!line.nulls.empty()) {
+    data.rules.nulls = NamesOfList(line.nulls);
+  }
+  for (const std::string &text : line.types) {
+    TypeOf(text, data.types.emplace_back());
+  }
+  return data;
+}
+
+void AddRowCommands(CLI::App &app, CommandLine &line, int &status) {
+  AddItems(app, line, status);
+  AddFunctions(app, line, status);
+  AddCheck(app, line, status);
+  AddEval(app, line, status);
+  AddReport(app, line, status);
+}

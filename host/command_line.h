@@ -1,0 +1,50 @@
+/* command_line.h - the commands of orli with their arguments and options, for the parser, the help,
+ * the man page and the completion. */
+#ifndef ORLI11_HOST_COMMAND_LINE_H
+#define ORLI11_HOST_COMMAND_LINE_H
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/commands.h"
+
+/* What the arguments of any command are put into. */
+struct CommandLine {
+  DataOptions data;
+  std::string file; /* of commands that take one alone */
+  std::string text, format, limit, decimals, store, name, newName;
+  std::string delimiter, dateOrder, decimal, nulls;
+  std::vector<std::string> formulas, types, formulaFiles, conditions, sort;
+  EvalOptions eval;
+  ReportOptions report;
+  EditOptions edit;
+  SqlOptions sql;
+};
+
+/* An error in the command line that the parser cannot know of. Returns EXIT_USAGE. */
+int ComplainOfUsage(const std::string &message);
+
+/* Parts of commands. */
+void AddArgument(CLI::App *command, const char *name, std::string &value, const char *help);
+void AddFormat(CLI::App *command, CommandLine &line);
+/* DATA.csv, one file or several. */
+enum DataFiles { DATA_ONE, DATA_SEVERAL, DATA_OPTIONAL };
+void AddData(CLI::App *command, CommandLine &line, DataFiles files);
+/* A check that says nothing about itself in the help. */
+CLI::Validator Silent(CLI::Validator validator);
+/* What is wrong with an empty value, for the parser. */
+std::string NotEmpty(const std::string &value);
+
+OutputFormat FormatOf(const CommandLine &line);
+/* The files of data and how they are to be read. */
+DataOptions DataOf(const CommandLine &line);
+
+/* Adds the commands. Each runs when its command line has been parsed, and sets `status`. */
+void AddRowCommands(CLI::App &app, CommandLine &line, int &status);
+void AddStoreCommands(CLI::App &app, CommandLine &line, int &status);
+/* The commands man and completion, over all commands of the app. */
+void AddManualCommands(CLI::App &app, CommandLine &line, int &status);
+
+#endif

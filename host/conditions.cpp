@@ -1,0 +1,125 @@
+#include "host/conditions.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "host/columns.h"
+#include "host/display.h"
+#include "host/tokens.h"
+
+namespace {
+
+/* The last "=" outside of strings and quoted names. */
+size_t FindEquals(const std::string &argument) {
+  size_t found = std::string::npos;
+  for (const Token &token : Tokens(argument)) {
+    if (token.kind == TOKEN_OTHER && token.text == "=") {
+      found = token.offset;
+    }
+  }
+  return found;
+}
+
+size_t Add(std::vector<Formula> &formulas, const std::string &name, const std::string &text) {
+  formulas.push_back(FormulaOf('"' + name + '"', text));
+  formulas.back().shown = false;
+  return formulas.size() - 1;
+}
+
+struct Value {
+  NumberValue number = {};
+  std::string text;
+  bool good = false; /* there is one, and it is not null */
+};
+
+Value ValueOf(EC ec, int32_t type, HEXP exp) {
+  thread_local Block block = NewBlock(sizeof(NumberValue));
+  Value value;
+  if (!Evaluate(ec, exp, block)) {
+    return value;
+  }
+  if (type == ORL_TYPE_STRING) {
+    value.text = static_cast<const char *>(block.get());
+    value.good = true;
+  } else {
+    std::memcpy(&value.number, block.get(), sizeof value.number);
+    value.good = value.number.length != 0;
+  }
+  return value;
+}
+
+int Compare(int32_t type, const Value &left, const Value &right) {
+  return type == ORL_TYPE_STRING ? CompareTexts(left.text, right.text)
+                                 : CompareValues(type, left.number, right.number);
+}
+
+}  // namespace
+
+bool ConditionTake(const std::string &argument, std::vector<Formula> &formulas,
+                   Condition &condition, std::string &error) {
+  const size_t equals = FindEquals(argument);
+  if (equals == std::string::npos) {
+    error = "a condition is given as TEXT=RANGE, TEXT=SET or TEXT=VALUE, not as " +
+            DisplayName(argument);
+    return false;
+  }
+  std::string bounds = Trimmed(argument.substr(equals + 1));
+  const auto named =
+      std::find_if(formulas.begin(), formulas.end(), [&bounds](const Formula &formula) {
+        return formula.name == bounds || formula.title == bounds;
+      });
+  if (named != formulas.end() && MembersOf(named->text).size() > 1) {
+    bounds = named->text;
+  }
+  const std::string name = "--where " + Trimmed(argument.substr(0, equals)).substr(0, 30) + " " +
+                           std::to_string(formulas.size());
+  std::string plain = name;
+  std::replace(plain.begin(), plain.end(), '"', '\'');
+  std::replace(plain.begin(), plain.end(), '`', '\'');
+  condition.tested = Add(formulas, plain, argument.substr(0, equals));
+  condition.bounds = Add(formulas, plain + " bounds", bounds);
+  condition.first = formulas.size();
+  for (const std::string &member : MembersOf(bounds)) {
+    Add(formulas, plain + " " + std::to_string(++condition.count), member);
+  }
+  return true;
+}
+
+bool ConditionFinish(EC ec, const std::vector<Formula> &formulas, Condition &condition,
+                     std::string &error) {
+  const Formula &tested = formulas[condition.tested];
+  const Formula &bounds = formulas[condition.bounds];
+  const std::string kind = FormulaKind(ec, bounds.exp);
+  if (std::string(FormulaKind(ec, tested.exp)) != "formula") {
+    error = "--where: " + DisplayName(tested.text) + " has no value";
+  } else if (tested.type != bounds.type) {
+    error = "--where: " + DisplayName(tested.text) + " is a " + TypeName(tested.type) + ", but " +
+            DisplayName(bounds.text) + " a " + TypeName(bounds.type);
+  } else if ((kind == "formula") != (condition.count == 1)) {
+    error = "--where: not a range, set or value: " + DisplayName(bounds.text);
+  }
+  condition.range = kind == "range";
+  condition.type = tested.type;
+  condition.test = tested.exp;
+  for (size_t i = 0; i < condition.count; ++i) {
+    condition.members.push_back(formulas[condition.first + i].exp);
+  }
+  return error.empty();
+}
+
+bool ConditionMet(EC ec, const Condition &condition) {
+  const Value tested = ValueOf(ec, condition.type, condition.test);
+  if (!tested.good) {
+    return false;
+  }
+  if (condition.range) {
+    const Value low = ValueOf(ec, condition.type, condition.members[0]);
+    const Value high = ValueOf(ec, condition.type, condition.members[1]);
+    return low.good && high.good && Compare(condition.type, low, tested) <= 0 &&
+           Compare(condition.type, tested, high) <= 0;
+  }
+  return std::any_of(condition.members.begin(), condition.members.end(), [&](HEXP exp) {
+    const Value member = ValueOf(ec, condition.type, exp);
+    return member.good && Compare(condition.type, tested, member) == 0;
+  });
+}

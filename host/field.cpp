@@ -1,0 +1,334 @@
+#include "host/field.h"
+
+#include <pavni11.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string>
+
+namespace {
+
+constexpr int kMostDigits = 26;
+constexpr size_t kLongestDate = 64;
+constexpr size_t kFormatCapacity = 100;
+constexpr int32_t kMinutesOfDay = 24 * 60;
+constexpr std::string_view kBlanks = " \t\r\n";
+
+bool IsDigit(char byte) {
+  return byte >= '0' && byte <= '9';
+}
+
+int CountDigits(std::string_view text) {
+  int digits = 0;
+  for (const char byte : text) {
+    if (byte == 'e' || byte == 'E') {
+      break;
+    }
+    digits += IsDigit(byte) && (digits != 0 || byte != '0') ? 1 : 0;
+  }
+  return digits;
+}
+
+std::string_view Trimmed(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+/* The text with the blanks that some countries group digits by as plain ones. */
+std::string WithPlainBlanks(std::string_view text) {
+  std::string plain(Trimmed(text));
+  for (const std::string_view blank : {"\xC2\xA0", "\xE2\x80\xAF"}) {
+    for (size_t at = plain.find(blank); at != std::string::npos; at = plain.find(blank, at)) {
+      plain.replace(at, blank.size(), " ");
+    }
+  }
+  return plain;
+}
+
+/* A number whose decimal separator was named, as plain text: the other separator, or blanks, group
+ * digits by three. Empty when it is not of that form. */
+std::string WithoutGroups(std::string_view field, char decimal) {
+  const std::string text = WithPlainBlanks(field);
+  const size_t separator = text.find_first_of(decimal == ',' ? ". " : ", ");
+  const char group = separator == std::string::npos ? ' ' : text[separator];
+  const std::string_view whole = std::string_view(text).substr(0, text.find(decimal));
+  std::string plain;
+  size_t run = 0; /* digits since the start or the last group separator */
+  bool grouped = false;
+  for (const char byte : whole) {
+    if (byte == group) {
+      if (run == 0 || run > 3 || (grouped && run != 3)) {
+        return {};
+      }
+      grouped = true;
+      run = 0;
+    } else {
+      plain += byte;
+      run += IsDigit(byte) ? 1 : 0;
+    }
+  }
+  if (grouped && run != 3) {
+    return {};
+  }
+  if (whole.size() != text.size()) {
+    plain += '.';
+    plain += text.substr(whole.size() + 1);
+    if (text.find_first_of("., ", whole.size() + 1) != std::string_view::npos) {
+      return {};
+    }
+  }
+  return plain;
+}
+
+/* The digits at the start of the text, which are removed from it. */
+std::string_view TakeDigits(std::string_view &text) {
+  size_t count = 0;
+  while (count < text.size() && IsDigit(text[count])) {
+    ++count;
+  }
+  const std::string_view digits = text.substr(0, count);
+  text.remove_prefix(count);
+  return digits;
+}
+
+/* Three numbers of one separator at the start of a text. */
+struct ThreeNumbers {
+  std::string_view first, second, third;
+  char separator = '\0'; /* 0: the text begins otherwise */
+  bool equal = true;     /* both separators are the same */
+  std::string_view rest;
+};
+
+ThreeNumbers TakeThree(std::string_view text) {
+  ThreeNumbers result;
+  result.first = TakeDigits(text);
+  if (result.first.empty() || text.size() < 2 || !IsDigit(text[1])) {
+    return {};
+  }
+  result.separator = text[0];
+  text.remove_prefix(1);
+  result.second = TakeDigits(text);
+  result.equal = !text.empty() && text[0] == result.separator;
+  text.remove_prefix(text.empty() ? 0 : 1);
+  result.third = TakeDigits(text);
+  result.rest = text;
+  return result;
+}
+
+/* How the country writes dates. */
+struct CountryDates {
+  char separator;
+  bool yearFirst;
+};
+
+CountryDates FindCountryDates() {
+  std::array<char, kFormatCapacity> text = {};
+  FormatRecord record;
+  WRENFmtInit(&record);
+  record.mode = WREN_FMT_DATE;
+  record.output = text.data();
+  record.useCountry = 1;
+  record.parts = {12, 31, 1999, 0, 0, 0, 0};
+  WRENFmtDate(&record);
+  const std::string_view shown(text.data());
+  const size_t place = shown.find_first_not_of("0123456789");
+  LocaleBlock locale;
+  WRENFmtLoadLocale(&locale);
+  return {place == std::string_view::npos ? '/' : shown[place], locale.dateOrder == 2};
+}
+
+/* Whether three numbers at the start are written as a date and not as a version or an address: as
+ * ISO has it, or with the country's separator, or with any of a date when the order was named; a
+ * year of two or four digits; a blank or a T before the time. Other beginnings are the library's
+ * decision. */
+bool LooksLikeDate(const FieldRules &rules, std::string_view text) {
+  static const CountryDates country = FindCountryDates();
+  const ThreeNumbers numbers = TakeThree(Trimmed(text));
+  if (numbers.separator == '\0') {
+    return true;
+  }
+  const bool iso = numbers.separator == '-' && numbers.first.size() == 4;
+  const bool named = rules.dateOrder >= 0;
+  const bool separated = named ? std::strchr("-./", numbers.separator) != nullptr
+                               : numbers.separator == country.separator;
+  if (!numbers.equal || !(iso || separated)) {
+    return false;
+  }
+  const bool yearFirst = named ? rules.dateOrder == 2 : country.yearFirst;
+  const bool firstIsYear = numbers.first.size() > 2 || (yearFirst && numbers.third.size() <= 2);
+  const size_t year = firstIsYear ? numbers.first.size() : numbers.third.size();
+  const std::string_view rest = numbers.rest;
+  return (year == 2 || year == 4) &&
+         (rest.empty() || rest[0] == 'T' || kBlanks.find(rest[0]) != std::string_view::npos);
+}
+
+/* Where the "Z" or offset of an ISO date and time begins; npos when there is none. */
+size_t FindOffset(std::string_view text) {
+  constexpr size_t kTime = 11; /* of 2024-01-31T10:30 */
+  const ThreeNumbers numbers = TakeThree(text);
+  if (numbers.separator != '-' || numbers.first.size() != 4 || text.size() < kTime + 3) {
+    return std::string_view::npos;
+  }
+  if (text.back() == 'Z' || text.back() == 'z') {
+    return text.size() - 1;
+  }
+  const size_t sign = text.find_last_of("+-");
+  if (sign < kTime + 2 || text.find(':') > sign) {
+    return std::string_view::npos;
+  }
+  return sign;
+}
+
+/* The minutes of "Z", "+02", "-0530" or "+05:30"; false for anything else. */
+bool OffsetMinutes(std::string_view offset, int32_t &minutes) {
+  if (offset == "Z" || offset == "z") {
+    minutes = 0;
+    return true;
+  }
+  std::string digits(offset.substr(1));
+  if (digits.size() == 5 && digits[2] == ':') {
+    digits.erase(2, 1);
+  }
+  if ((digits.size() != 2 && digits.size() != 4) ||
+      !std::all_of(digits.begin(), digits.end(), IsDigit)) {
+    return false;
+  }
+  digits.resize(4, '0');
+  const int32_t hour = (digits[0] - '0') * 10 + digits[1] - '0';
+  const int32_t minute = (digits[2] - '0') * 10 + digits[3] - '0';
+  minutes = (offset[0] == '-' ? -1 : 1) * (hour * 60 + minute);
+  return hour < 24 && minute < 60;
+}
+
+void SubtractMinutes(DateTimeParts &parts, int32_t minutes) {
+  int32_t total = parts.hour * 60 + parts.minute - minutes;
+  int32_t days = PAVNDateToDays(&parts);
+  for (; total < 0; total += kMinutesOfDay) {
+    --days;
+  }
+  for (; total >= kMinutesOfDay; total -= kMinutesOfDay) {
+    ++days;
+  }
+  PAVNDaysToDate(days, &parts);
+  parts.hour = total / 60;
+  parts.minute = total % 60;
+}
+
+bool ParseDate(const FieldRules &rules, const char *text, DateTimeParts &parts) {
+  FormatRecord record;
+  WRENFmtInit(&record);
+  record.mode = WREN_FMT_DATETIME;
+  record.input = text;
+  record.useCountry = 1;
+  if (rules.dateOrder >= 0) {
+    LocaleBlock locale;
+    WRENFmtLoadLocale(&locale);
+    record.useCountry = 0;
+    record.dateOrder = rules.dateOrder;
+    record.dayNames = locale.dayNames;
+    record.monthNames = locale.monthNames;
+    record.markers = locale.markers;
+    record.pivotYear = locale.pivotYear;
+  }
+  const bool good = WRENFmtParseDate(&record) != 0;
+  parts = record.parts;
+  return good;
+}
+
+bool IsMonth(std::string_view digits) {
+  const int number = digits.size() <= 2 ? std::stoi(std::string(digits)) : 0;
+  return number >= 1 && number <= 12;
+}
+
+bool IsDay(std::string_view digits) {
+  const int number = digits.size() <= 2 ? std::stoi(std::string(digits)) : 0;
+  return number >= 1 && number <= 31;
+}
+
+}  // namespace
+
+bool FieldIsEmpty(const FieldRules &rules, const char *text) {
+  return *text == '\0' ||
+         std::find(rules.nulls.begin(), rules.nulls.end(), text) != rules.nulls.end();
+}
+
+bool NumberFromField(const FieldRules &rules, const char *text, NumberValue *value) {
+  const char *first = text + std::strspn(text, " \t");
+  if (!IsDigit(*first) && std::strchr("+-.,", *first) == nullptr) {
+    return false;
+  }
+  if (rules.decimal == '\0') {
+    WRENNumFromText(value, text);
+    return WRENNumIsNull(value) == 0 && CountDigits(text) <= kMostDigits;
+  }
+  const std::string plain = WithoutGroups(text, rules.decimal);
+  WRENNumFromText(value, plain.c_str());
+  return WRENNumIsNull(value) == 0 && CountDigits(plain) <= kMostDigits;
+}
+
+bool DateFromField(const FieldRules &rules, const char *text, NumberValue *value) {
+  std::string_view whole(text);
+  if (whole.size() > kLongestDate) {
+    return false;
+  }
+  whole = Trimmed(whole);
+  const size_t offset = FindOffset(whole);
+  std::string local;
+  int32_t minutes = 0;
+  if (offset != std::string_view::npos) {
+    if (!OffsetMinutes(whole.substr(offset), minutes)) {
+      return false;
+    }
+    local = Trimmed(whole.substr(0, offset));
+    text = local.c_str();
+  }
+  DateTimeParts parts;
+  if (!ParseDate(rules, text, parts) || !LooksLikeDate(rules, text)) {
+    return false;
+  }
+  if (minutes != 0) {
+    SubtractMinutes(parts, minutes);
+  }
+  std::memset(value, 0, sizeof *value);
+  value->length = static_cast<uint8_t>(PAVNDateToNumber(value->payload, &parts));
+  return value->length != 0;
+}
+
+bool HasOffset(std::string_view text) {
+  return FindOffset(Trimmed(text)) != std::string_view::npos;
+}
+
+CodeShape CodeShapeOf(std::string_view number) {
+  number = Trimmed(number);
+  if (number.starts_with('+')) {
+    return CODE_SIGN;
+  }
+  if (number.starts_with('-')) {
+    number.remove_prefix(1);
+  }
+  if (number.size() > 1 && number[0] == '0' && IsDigit(number[1])) {
+    return CODE_ZEROS;
+  }
+  const std::string_view digits = TakeDigits(number);
+  const bool exponent = !digits.empty() && number.size() > 1 &&
+                        (number[0] == 'e' || number[0] == 'E') && IsDigit(number[1]);
+  return exponent ? CODE_EXPONENT : CODE_NONE;
+}
+
+unsigned DateOrdersOf(std::string_view text) {
+  const ThreeNumbers numbers = TakeThree(Trimmed(text));
+  if (numbers.separator == '\0' || !numbers.equal || numbers.third.empty() ||
+      std::strchr("-./", numbers.separator) == nullptr) {
+    return 0;
+  }
+  unsigned orders = 0;
+  if (numbers.first.size() <= 2 && (numbers.third.size() == 2 || numbers.third.size() == 4)) {
+    orders |= IsMonth(numbers.first) && IsDay(numbers.second) ? ORDER_MDY : 0U;
+    orders |= IsDay(numbers.first) && IsMonth(numbers.second) ? ORDER_DMY : 0U;
+  }
+  if ((numbers.first.size() == 2 || numbers.first.size() == 4) && numbers.third.size() <= 2) {
+    orders |= IsMonth(numbers.second) && IsDay(numbers.third) ? ORDER_YMD : 0U;
+  }
+  return orders;
+}

@@ -1,0 +1,42 @@
+/* field.h - the values of fields: numbers and dates as a file writes them. */
+#ifndef ORLI11_HOST_FIELD_H
+#define ORLI11_HOST_FIELD_H
+
+#include <orli11.h>
+
+#include <string_view>
+
+#include "host/data_options.h"
+
+/* Whether a field has no value: it is empty, or one of the words that count as empty. */
+bool FieldIsEmpty(const FieldRules &rules, const char *text);
+
+/* The number in a field that is not empty; false when it is none. A number of more digits than a
+ * NumberValue holds is left to be text, since it would be rounded. */
+bool NumberFromField(const FieldRules &rules, const char *text, NumberValue *value);
+
+/* The date in a field that is not empty: ISO dates, and what the order of the rules or the country
+ * settings allow. A time with "Z" or an offset is converted to UTC. A time alone is not a date. */
+bool DateFromField(const FieldRules &rules, const char *text, NumberValue *value);
+
+/* Whether an ISO date in a field ends with "Z" or an offset. */
+bool HasOffset(std::string_view text);
+
+/* Numbers that people use as codes, which would lose something as numbers. */
+enum CodeShape {
+  CODE_NONE,
+  CODE_ZEROS,   /* 01234 */
+  CODE_SIGN,    /* +4917012 */
+  CODE_EXPONENT /* 12E3 */
+};
+CodeShape CodeShapeOf(std::string_view number);
+
+/* The orders in which three numbers can be read as a date, whatever the rules are. */
+constexpr unsigned ORDER_MDY = 1;
+constexpr unsigned ORDER_DMY = 2;
+constexpr unsigned ORDER_YMD = 4;
+constexpr unsigned ORDER_ANY = 7;
+/* ORDER_... bits of a field such as 31/12/2012; 0 for anything else. */
+unsigned DateOrdersOf(std::string_view text);
+
+#endif

@@ -1,0 +1,60 @@
+#include "host/sorting.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "host/values.h"
+
+SortArgument SortArgumentOf(const std::string &argument) {
+  const size_t colon = argument.rfind(':');
+  const std::string_view order =
+      colon == std::string::npos ? std::string_view() : std::string_view(argument).substr(colon);
+  const bool known = order == ":asc" || order == ":desc";
+  return {known ? argument.substr(0, colon) : argument, order == ":desc"};
+}
+
+SortValue SortValueOf(int32_t type, const void *block) {
+  SortValue value;
+  if (block != nullptr && type == ORL_TYPE_STRING) {
+    value.text = static_cast<const char *>(block);
+  } else if (block != nullptr) {
+    std::memcpy(&value.number, block, sizeof value.number);
+  }
+  return value;
+}
+
+void SorterRow(Sorter &sorter, const std::vector<std::string> &cells, std::vector<SortValue> values,
+               Output &output) {
+  if (sorter.keys.empty()) {
+    OutputRow(output, cells);
+  } else {
+    sorter.rows.push_back({cells, std::move(values)});
+  }
+}
+
+void SorterEnd(Sorter &sorter, Output &output) {
+  const auto before = [&sorter](const Sorter::Row &left, const Sorter::Row &right) {
+    for (size_t i = 0; i < sorter.keys.size(); ++i) {
+      const SortKey &key = sorter.keys[i];
+      const SortValue &one = left.values[i];
+      const SortValue &other = right.values[i];
+      const int order = key.type == ORL_TYPE_STRING
+                            ? CompareTexts(one.text, other.text)
+                            : CompareValues(key.type, one.number, other.number);
+      if (order != 0) {
+        return key.descending ? order > 0 : order < 0;
+      }
+    }
+    return false;
+  };
+  std::stable_sort(sorter.rows.begin(), sorter.rows.end(), before);
+  int64_t left = sorter.limit;
+  for (const Sorter::Row &row : sorter.rows) {
+    if (left-- == 0) {
+      break;
+    }
+    OutputRow(output, row.cells);
+  }
+  sorter.rows.clear();
+}

@@ -1,0 +1,50 @@
+/* sorting.h - rows of an output, put in an order before they are written. */
+#ifndef ORLI11_HOST_SORTING_H
+#define ORLI11_HOST_SORTING_H
+
+#include <orli11.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/output.h"
+
+/* What the command line says of a key: NAME, NAME:asc or NAME:desc. */
+struct SortArgument {
+  std::string name;
+  bool descending = false;
+};
+SortArgument SortArgumentOf(const std::string &argument);
+
+struct SortKey {
+  int32_t type = ORL_TYPE_NUMBER;
+  bool descending = false;
+};
+
+/* The value of a row by one key: a text for strings, else a number or date. */
+struct SortValue {
+  NumberValue number = {};
+  std::string text;
+};
+/* `block` is the value of an expression of that type, or null when it has none. */
+SortValue SortValueOf(int32_t type, const void *block);
+
+/* The rows, all held in memory until they are written. */
+struct Sorter {
+  struct Row {
+    std::vector<std::string> cells;
+    std::vector<SortValue> values; /* one for each key */
+  };
+  std::vector<SortKey> keys; /* none: rows are written as they come */
+  int64_t limit = -1;        /* rows to write; -1: all */
+  std::vector<Row> rows;
+};
+
+/* Takes a row, or writes it when there are no keys. */
+void SorterRow(Sorter &sorter, const std::vector<std::string> &cells, std::vector<SortValue> values,
+               Output &output);
+/* Writes the rows in the order of the first key, then of the next; equal ones as they came. */
+void SorterEnd(Sorter &sorter, Output &output);
+
+#endif

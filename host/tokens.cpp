@@ -1,0 +1,182 @@
+#include "host/tokens.h"
+
+#include <orli11.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+
+bool IsDigit(char byte) {
+  return byte >= '0' && byte <= '9';
+}
+
+bool IsNameStart(char byte) {
+  return std::isalpha(static_cast<unsigned char>(byte)) != 0 || (byte & 0x80) != 0 ||
+         std::string_view("#$_@").find(byte) != std::string_view::npos;
+}
+
+/* The bytes of the string literal at the start, 0 when it is not closed. A quote is written twice
+ * or after a backslash; a literal may end with a backslash when no later quote closes it. */
+size_t StringLength(std::string_view text) {
+  enum State : uint8_t { INSIDE, ESCAPED, CLOSED, DOUBLED, QUOTED, REQUOTED, STOP };
+  constexpr std::array<std::array<State, 3>, 6> kNext = {{/* other, backslash, quote */
+                                                          {INSIDE, ESCAPED, CLOSED},
+                                                          {INSIDE, ESCAPED, QUOTED},
+                                                          {STOP, STOP, DOUBLED},
+                                                          {INSIDE, ESCAPED, CLOSED},
+                                                          {INSIDE, ESCAPED, REQUOTED},
+                                                          {INSIDE, ESCAPED, REQUOTED}}};
+  State state = INSIDE;
+  size_t length = 0;
+  for (size_t i = 1; i < text.size() && state != STOP; ++i) {
+    state = kNext.at(state).at(text[i] == '\'' ? 2 : text[i] == '\\' ? 1 : 0);
+    length = state == CLOSED || state == QUOTED || state == REQUOTED ? i + 1 : length;
+  }
+  return length;
+}
+
+/* The bytes of a name of plain and quoted parts with points between them; 0 for an open quote. */
+size_t NameLength(std::string_view text) {
+  size_t length = 0;
+  for (;;) {
+    if (text[length] == '"' || text[length] == '`') {
+      const size_t closing = text.find(text[length], length + 1);
+      if (closing == std::string_view::npos || closing == length + 1) {
+        return 0;
+      }
+      length = closing + 1;
+    } else {
+      while (length < text.size() && (IsNameStart(text[length]) || IsDigit(text[length]))) {
+        ++length;
+      }
+    }
+    const bool more =
+        length + 1 < text.size() && text[length] == '.' &&
+        (IsNameStart(text[length + 1]) || text[length + 1] == '"' || text[length + 1] == '`');
+    if (!more) {
+      return length;
+    }
+    ++length;
+  }
+}
+
+Token TokenAt(std::string_view text, size_t offset) {
+  const std::string_view rest = text.substr(offset);
+  const auto token = [&](TokenKind kind, size_t length) {
+    return Token{kind, offset, rest.substr(0, length)};
+  };
+  const char first = rest.front();
+  if (first == '\'') {
+    const size_t length = StringLength(rest);
+    return length == 0 ? token(TOKEN_UNCLOSED, rest.size()) : token(TOKEN_STRING, length);
+  }
+  if (first == '"' || first == '`' || IsNameStart(first)) {
+    const size_t length = NameLength(rest);
+    return length == 0 ? token(TOKEN_UNCLOSED, rest.size())
+                       : token(IsNameStart(first) ? TOKEN_NAME : TOKEN_QUOTED, length);
+  }
+  if (IsDigit(first) || (first == '.' && rest.size() > 1 && IsDigit(rest[1]))) {
+    const size_t end = rest.find_first_not_of("0123456789.");
+    return token(TOKEN_NUMBER, std::min(end, rest.size()));
+  }
+  if (rest.starts_with("||")) {
+    return token(TOKEN_OPERATOR, 2);
+  }
+  switch (first) {
+    case '+':
+    case '-':
+    case '*':
+    case '/':
+    case '%':
+      return token(TOKEN_OPERATOR, 1);
+    case '(':
+      return token(TOKEN_OPEN, 1);
+    case ')':
+      return token(TOKEN_CLOSE, 1);
+    case ',':
+      return token(TOKEN_COMMA, 1);
+    default:
+      return token(TOKEN_OTHER, 1);
+  }
+}
+
+/* Whether a comma is that of a date: 12 Jan, 1999 or Jan 12, 1999. */
+bool IsInDate(const std::vector<Token> &tokens, size_t comma) {
+  if (comma < 2 || comma + 1 == tokens.size() || tokens[comma + 1].kind != TOKEN_NUMBER) {
+    return false;
+  }
+  const Token &first = tokens[comma - 2];
+  const Token &second = tokens[comma - 1];
+  const Token &word = first.kind == TOKEN_NAME ? first : second;
+  const Token &day = first.kind == TOKEN_NAME ? second : first;
+  std::array<char, sizeof(ExprItem::name) + 1> unused;
+  return word.kind == TOKEN_NAME && day.kind == TOKEN_NUMBER && !EqualNoCase(word.text, "AND") &&
+         word.text.size() < sizeof(ExprItem::name) &&
+         ORLInputNameIsKeyword(unused.data(), std::string(word.text).c_str()) == 0;
+}
+
+}  // namespace
+
+std::vector<Token> Tokens(std::string_view text) {
+  std::vector<Token> tokens;
+  for (size_t i = text.find_first_not_of(kBlanks); i < text.size();
+       i = text.find_first_not_of(kBlanks, i)) {
+    tokens.push_back(TokenAt(text, i));
+    i += tokens.back().text.size();
+  }
+  return tokens;
+}
+
+std::vector<std::string> MembersOf(std::string_view text) {
+  std::vector<std::string> members;
+  const std::vector<Token> tokens = Tokens(text);
+  size_t begin = 0;
+  int depth = 0;
+  for (size_t i = 0; i < tokens.size(); ++i) {
+    const Token &token = tokens[i];
+    if (token.kind == TOKEN_COMMA && IsInDate(tokens, i)) {
+      continue;
+    }
+    depth += token.kind == TOKEN_OPEN ? 1 : token.kind == TOKEN_CLOSE ? -1 : 0;
+    const bool word = token.kind == TOKEN_NAME && EqualNoCase(token.text, "AND");
+    if (depth == 0 && (token.kind == TOKEN_COMMA || word)) {
+      members.push_back(Trimmed(text.substr(begin, token.offset - begin)));
+      begin = token.offset + token.text.size();
+    }
+  }
+  members.push_back(Trimmed(text.substr(begin)));
+  return members;
+}
+
+bool EqualNoCase(std::string_view left, std::string_view right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char one, char other) {
+    return std::tolower(static_cast<unsigned char>(one)) ==
+           std::tolower(static_cast<unsigned char>(other));
+  });
+}
+
+std::string Unquoted(std::string_view literal) {
+  std::string text;
+  literal = literal.substr(1, literal.size() - 2);
+  for (size_t i = 0; i < literal.size(); ++i) {
+    const auto quoteAt = [literal](size_t place) {
+      return place < literal.size() && literal[place] == '\'';
+    };
+    i += literal[i] == '\\' && quoteAt(i + 1) ? 1 : 0;
+    i += literal[i] == '\'' && quoteAt(i + 1) ? 1 : 0;
+    text += literal[i];
+  }
+  return text;
+}
+
+std::string Trimmed(std::string_view text) {
+  const size_t first = text.find_first_not_of(kBlanks);
+  const size_t last = text.find_last_not_of(kBlanks);
+  return first == std::string_view::npos ? std::string()
+                                         : std::string(text.substr(first, last + 1 - first));
+}

@@ -1,0 +1,43 @@
+/* tokens.h - the words of a formula's text, for what the host says about formulas. */
+#ifndef ORLI11_HOST_TOKENS_H
+#define ORLI11_HOST_TOKENS_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+enum TokenKind {
+  TOKEN_NUMBER,   /* digits and points; the parts of a date are numbers and operators */
+  TOKEN_NAME,     /* a plain name or word */
+  TOKEN_QUOTED,   /* a name in double quotes or backticks */
+  TOKEN_STRING,   /* a string literal with its quotes */
+  TOKEN_OPERATOR, /* + - * / % or || */
+  TOKEN_OPEN,
+  TOKEN_CLOSE,
+  TOKEN_COMMA,
+  TOKEN_UNCLOSED, /* a quote that nothing closes, and the rest of the text */
+  TOKEN_OTHER     /* a byte that has no meaning in formulas */
+};
+
+struct Token {
+  TokenKind kind;
+  size_t offset;         /* in the text */
+  std::string_view text; /* a part of it */
+};
+
+/* The tokens of the text, blanks left out. They refer to it. */
+std::vector<Token> Tokens(std::string_view text);
+
+/* The members of a range ("a AND b") or set ("a, b"), or the whole text when it is neither. */
+std::vector<std::string> MembersOf(std::string_view text);
+
+/* Whether two words are equal in whatever case, for ASCII. */
+bool EqualNoCase(std::string_view left, std::string_view right);
+
+/* What a string literal with its quotes means. */
+std::string Unquoted(std::string_view literal);
+
+/* A part of a text without the blanks at both ends. */
+std::string Trimmed(std::string_view text);
+
+#endif
