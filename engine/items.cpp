@@ -1,5 +1,6 @@
 #include "engine/items.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstddef>
 #include <cstring>
@@ -32,15 +33,15 @@ ItemRow *RowOf(const ExprItem *item) {
   return reinterpret_cast<ItemRow *>(const_cast<char *>(start));
 }
 
-size_t ParameterBytes(const ExprItem *item) {
-  const size_t records = item->paramCount < 0 ? 1 : static_cast<size_t>(item->paramCount);
-  return records * sizeof(ParamRecord);
+// How many records follow that of a function.
+size_t ParameterRecords(const ExprItem *item) {
+  return item->paramCount < 0 ? 1 : static_cast<size_t>(item->paramCount);
 }
 
 // A row with a copy of the record, without routine name, that is in no table; null when there is no
 // memory.
 OwnedItemRow NewRow(const ExprItem *record, bool hasParameters) {
-  const size_t parameters = hasParameters ? ParameterBytes(record) : 0;
+  const size_t parameters = hasParameters ? ParameterRecords(record) * sizeof(ParamRecord) : 0;
   OwnedItemRow row(Allocate<ItemRow>(1, parameters).release());
   if (row != nullptr) {
     const size_t size = sizeof(ExprItem) + parameters;
@@ -218,6 +219,20 @@ void ORLEnumExpItems(EC ec, int32_t kind, OrlEnumItemProc proc, void *user) {
       CallHost([=] { proc(ec, item->name, user); });
     }
   }
+}
+
+int32_t ORLGetExpressionItem(EC ec, int32_t kind, const char *name, ExprItem *row,
+                             int32_t parameters) {
+  const ItemTable *table = ec == nullptr || name == nullptr ? nullptr : ItemTableOf(ec, kind);
+  const ExprItem *item = table == nullptr || row == nullptr ? nullptr : ItemFind(table, name);
+  if (item == nullptr) {
+    return 0;
+  }
+  const size_t records = RowOf(item)->hasParameters ? ParameterRecords(item) : 0;
+  const size_t wanted = static_cast<size_t>(std::max(parameters, 0));
+  std::memcpy(static_cast<void *>(row), item,
+              sizeof *row + std::min(records, wanted) * sizeof(ParamRecord));
+  return 1;
 }
 
 int32_t ORLDelExpItemNoCheck(EC ec, int32_t kind, const char *name) {

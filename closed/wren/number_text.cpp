@@ -1,10 +1,13 @@
 // Conversions between numbers, machine integers, doubles and plain decimal text.
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <system_error>
 
+#include "closed/wren/cut_copy.h"
 #include "closed/wren/decimal.h"
 #include "closed/wren/digit_run.h"
+#include "closed/wren/number_layout.h"
 #include "wreni11.h"
 
 namespace {
@@ -78,6 +81,22 @@ void WRENNumFromText(NumberValue *result, const char *source) {
   NumberValue value = {};
   if (source != nullptr && !ReadNumber(&value, source)) DecimalStoreNull(&value);
   if (result != nullptr) *result = value;
+}
+
+int32_t WRENNumToText(const NumberValue *value, int32_t size, char *buffer) {
+  char text[1 + kDigits + kMaxExponent];  // the longest: no fraction has more places
+  static_assert(sizeof text >= sizeof "-0." - 1 - kMinExponent);
+  size_t length = 0;
+  NumberDigits digits;
+  if (NumberDigitsOf(value, &digits)) {
+    if (digits.negative) text[length++] = '-';
+    const int32_t last = -NumberFractionPlaces(digits);
+    for (int32_t place = std::max(NumberIntegerPlaces(digits), 1) - 1; place >= last; --place) {
+      if (place == -1) text[length++] = '.';
+      text[length++] = NumberDigitAt(digits, place);
+    }
+  }
+  return CutCopy(text, length, size, buffer);
 }
 
 void WRENNumFromDouble(NumberValue *result, double source) {

@@ -322,6 +322,13 @@ ORL_API int32_t ORLDeleteAllECVars(EC ec);
 ORL_API int32_t ORLAddExpressionItem(EC ec, const ExprItem *row);
 /* Calls `proc` for each row of the kind in order. `proc` must not add or delete rows. */
 ORL_API void ORLEnumExpItems(EC ec, int32_t kind, OrlEnumItemProc proc, void *user);
+/* Copies the first row of exactly that name to *row, and after it at most `parameters` of its
+ * parameter records (ORL_EXPR_ITEM_WITH has room for them): a function has `paramCount` of them, or
+ * one where that is negative, other kinds none. 1, or 0 with *row as it was when there is no such
+ * row, and for a null argument or a bad kind. `routineName` of the copy is the context's own and
+ * lasts as long as the row. */
+ORL_API int32_t ORLGetExpressionItem(EC ec, int32_t kind, const char *name, ExprItem *row,
+                                     int32_t parameters);
 /* Deletes the first row of that name, used or not; 1 or 0. */
 ORL_API int32_t ORLDelExpItemNoCheck(EC ec, int32_t kind, const char *name);
 /* Deletes an input item (kind 1) or function (any other kind) after `proc` has destroyed every

@@ -153,6 +153,12 @@ WREN_API void WRENNumFromDouble(NumberValue *result, double source);
 /* Plain decimal text: blanks, sign, digits, one point, exponent. Null when the text is anything
  * else; digits beyond the form are rounded. */
 WREN_API void WRENNumFromText(NumberValue *result, const char *source);
+/* Writes a number as plain decimal text into `buffer`: a sign where it is negative, digits, a point
+ * where a fraction follows, never an exponent; at most 154 bytes. WRENNumFromText reads the same
+ * value back. The text is cut to `size` bytes with its terminator; the result is the bytes of the
+ * whole text without terminator, whatever was written. 0, and the empty text, for the null value
+ * and for what is not a number, a date among it. The buffer may be null where `size` is 0. */
+WREN_API int32_t WRENNumToText(const NumberValue *value, int32_t size, char *buffer);
 
 /* ---- Formats --------------------------------------------------------------------------------- */
 

@@ -253,6 +253,8 @@ void CallNumberRoutines() {
   LOADED(WRENNumFromLong)(&value, 7);
   LOADED(WRENNumFromDouble)(&value, 1.5);
   LOADED(WRENNumFromText)(&value, "1.5");
+  char text[8];
+  LOADED(WRENNumToText)(&value, sizeof text, text);
   DateTimeParts parts = {1, 31, 2012, 0, 0, 0, 0};
   value.length = static_cast<uint8_t>(LOADED(PAVNDateToNumber)(value.payload, &parts));
   LOADED(PAVNNumberToDate)(value.payload, value.length, &parts);
@@ -294,6 +296,8 @@ void AskAboutContext() {
   LOADED(ORLIsItemUsedInComplex)(ec, "Amount");
   LOADED(ORLIsNamedFormulaUsed)(ec, "One");
   LOADED(ORLIsItemAggregate)(ec, ORL_INPUT, "Amount");
+  ExprItem row;
+  LOADED(ORLGetExpressionItem)(ec, ORL_INPUT, "Amount", &row, 0);
   LOADED(ORLGetECBlockSize)(ec, 1);
   LOADED(FUNModuleHandle)();
   LOADED(ORLVersion)();

@@ -30,6 +30,7 @@ TEST(Items, BadKinds) {
     EXPECT_EQ(ORLDelExpItemNoCheck(ec, kind, ""), 0) << kind;
     EXPECT_EQ(ORLLoadComboBox(ec, kind, nullptr), 0) << kind;
     EXPECT_TRUE(ItemNames(ec, kind).empty()) << kind;
+    EXPECT_EQ(ORLGetExpressionItem(ec, kind, "", &item, 0), 0) << kind;
   }
 }
 
@@ -54,10 +55,24 @@ TEST(Items, RecordsAreCopied) {
   EXPECT_EQ(+ItemParameters(kept)[0].dataType, 2);
   EXPECT_EQ(+ItemParameters(kept)[0].subClass, 3);
   EXPECT_EQ(+ItemParameters(kept)[1].dataType, 1);
+  const std::string name(64, 'n');
+  for (const int32_t parameters : {-1, 0, 1, 2, 3}) {
+    ORL_EXPR_ITEM_WITH(3) copy = {};
+    EXPECT_EQ(ORLGetExpressionItem(ec, ORL_FUNCTION, name.c_str(), &copy.item, parameters), 1);
+    EXPECT_EQ(copy.item.name, name) << parameters;
+    EXPECT_EQ(copy.item.routineName, kept->routineName) << parameters;
+    EXPECT_EQ(+copy.parameters[0].subClass, parameters > 0 ? 3 : 0) << parameters;
+    EXPECT_EQ(+copy.parameters[1].dataType, parameters > 1 ? 1 : 0) << parameters;
+    EXPECT_EQ(+copy.parameters[2].mode, 0) << parameters;
+  }
   row.item.paramCount = -1;  // written without parentheses, and taken with them too
   row.item.name[1] = '\0';
   EXPECT_EQ(ORLAddExpressionItem(ec, &row.item), 1);
   EXPECT_EQ(Outcome(Parse(ec, "n()")), "type 0");
+  row = {};
+  EXPECT_EQ(ORLGetExpressionItem(ec, ORL_FUNCTION, "n", &row.item, 3), 1);
+  EXPECT_EQ(+row.parameters[0].dataType, 7);
+  EXPECT_EQ(+row.parameters[1].dataType, 0);  // the row has one record
 }
 
 TEST(Items, KeywordsByName) {

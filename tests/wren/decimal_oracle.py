@@ -115,6 +115,7 @@ def main():
             decimals = R.choice([-2 ** 31, 1 - 2 ** 31, -400, 400, 2 ** 31 - 1])
         precision = R.choice([300, 300, 300, R.randint(-1, 28)])
         rounded = FORM.plus(shift(value, decimals, decimal.ROUND_HALF_UP))
+        print("totext", text, "-", f"{FORM.plus(value).normalize(EXACT) + 0:f}")
         print("round", text, decimals, payload(rounded))
         print(f"truncate {text} {precision},{decimals}",
               payload(FORM.plus(truncated(value, precision, decimals))))

@@ -63,6 +63,11 @@ std::string Computed(const std::string &name, const std::string &left, const std
     double value = 5;
     WRENNumToDouble(&a, &value);
     return Hex(&value, sizeof value);
+  } else if (name == "totext") {
+    char text[155] = "";
+    WRENNumToText(&a, sizeof text, text);
+    EXPECT_EQ(Bytes(a), Bytes(Number(text))) << "read back";
+    return text;
   } else if (name == "fromdouble") {
     WRENNumFromDouble(&result, std::strtod(left.c_str(), nullptr));
   } else if (name == "fromlong") {
@@ -87,7 +92,7 @@ TEST(DecimalOracle, EveryOperationAgrees) {
     ASSERT_FALSE(HasFailure()) << line;
     ++counts[name];
   }
-  EXPECT_EQ(12U, counts.size());
+  EXPECT_EQ(13U, counts.size());
   for (const auto &[name, count] : counts) EXPECT_GE(count, 25000) << name;
 }
 
@@ -120,6 +125,20 @@ TEST(NumberText, TakesBlanksAndAnyCountOfDigits) {
   ExpectSame(Number("1e-" + nines), "0");
 }
 
+TEST(NumberText, IsCutAndCounted) {
+  const NumberValue value = Number("-12.5");
+  static const char *const kWritten[] = {"#", "", "-", "-1", "-12", "-12.", "-12.5", "-12.5"};
+  for (int32_t size = 0; size < 8; ++size) {
+    char text[16] = "#";
+    std::memset(text + 1, '#', 8);
+    EXPECT_EQ(5, WRENNumToText(&value, size, text)) << size;
+    EXPECT_EQ(kWritten[size], size == 0 ? std::string(text, 1) : std::string(text)) << size;
+    EXPECT_EQ('#', text[size]) << size;
+  }
+  EXPECT_EQ(5, WRENNumToText(&value, 0, nullptr));
+  EXPECT_EQ(5, WRENNumToText(&value, -1, nullptr));
+}
+
 // Null, a null pointer, a date and bytes that no operation writes count as null.
 TEST(Number, WhatIsNoNumberCountsAsNull) {
   static const struct {
@@ -140,6 +159,9 @@ TEST(Number, WhatIsNoNumberCountsAsNull) {
     double asDouble = 5;
     WRENNumToDouble(none, &asDouble);
     EXPECT_EQ(0, asDouble);
+    char text[] = "7";
+    EXPECT_EQ(0, WRENNumToText(none, sizeof text, text));
+    EXPECT_STREQ("", text);
     for (const auto &[name, compute] : kOperations) {
       NumberValue result = one;
       compute(&result, none, &one);
