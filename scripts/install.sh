@@ -10,7 +10,7 @@ set -euo pipefail
 
 build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev zlib1g-dev unixodbc-dev libacl1-dev"
 tests="libgtest-dev libbenchmark-dev"
-screen="qt6-base-dev xvfb xdotool"
+screen="qt6-base-dev xvfb xdotool fonts-dejavu-core"
 pictures="openbox"
 databases="libsqliteodbc odbc-postgresql postgresql"
 check="clang clang-tidy clang-format libclang-rt-14-dev"

@@ -13,6 +13,10 @@ BUILD = pathlib.Path(os.environ.get("ORLI_BUILD", ROOT / "build/release"))
 sys.path.append(str(ROOT / "tests/support"))
 from plain_environment import plain_environment  # noqa: E402, the folder has just been named
 
+# The same letters wherever the pictures are taken.
+FONTS = """<?xml version="1.0"?><!DOCTYPE fontconfig SYSTEM "fonts.dtd"><fontconfig>
+<dir>/usr/share/fonts/truetype/dejavu</dir><cachedir>{folder}/fonts</cachedir></fontconfig>"""
+
 PATIENCE = 30  # seconds for a window to come or go
 
 # Of the editor's template, in dialog units: a unit is an eighth of the font's height, and the window
@@ -53,6 +57,9 @@ class Screen:
         self.environment = plain_environment(DISPLAY=f":{number}", QT_SCALE_FACTOR=scale, LC_ALL="C.UTF-8")
         self.environment.update(dict.fromkeys(("XDG_CONFIG_HOME", "XDG_RUNTIME_DIR", "HOME"),
                                               self.folder.name), **variables)
+        fonts = pathlib.Path(self.folder.name) / "fonts.conf"
+        fonts.write_text(FONTS.format(folder=self.folder.name))
+        self.environment["FONTCONFIG_FILE"] = str(fonts)
         self.programs = []
         font = subprocess.run([BUILD / "bin/grab", "font"], env=self.environment, check=False,
                               capture_output=True)
