@@ -4,6 +4,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -57,15 +58,20 @@ bool Decompress(ByteSource &source, std::string &error) {
 bool ReadCompressed(ByteSource &source, char *bytes, size_t size, size_t &got, std::string &error) {
   const int count = gzread(source.gzip.get(), bytes, static_cast<unsigned>(size));
   int problem = Z_OK;
-  const char *words = gzerror(source.gzip.get(), &problem);
+  const std::string words = gzerror(source.gzip.get(), &problem);
   got = count > 0 ? static_cast<size_t>(count) : 0;
   if (count > 0 || (count == 0 && problem == Z_OK)) {
     return true;
   }
-  error = source.path + ": " +
-          (problem == Z_BUF_ERROR ? "the compressed file is cut short"
-           : problem == Z_ERRNO   ? std::strerror(errno)
-                                  : std::string("the compressed file is damaged: ") + words);
+  if (problem == Z_BUF_ERROR) {
+    error = source.path + ": the compressed file is cut short";
+  } else if (problem == Z_ERRNO) {
+    error = source.path + ": " + std::strerror(errno);
+  } else {
+    /* The library's words begin with a name of the file that it has made up. */
+    error = source.path + ": the compressed file is damaged: " +
+            words.substr(std::min(words.rfind(": ") + 2, words.size()));
+  }
   return false;
 }
 

@@ -1,6 +1,6 @@
 #include "host/columns.h"
 
-#include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "host/column_names.h"
@@ -162,30 +162,41 @@ std::string Told(const ScanState &state, const Witness &witness) {
          Grouped(witness.line) + ": " + Shown(witness.text);
 }
 
+/* The order in which a field of three numbers is a date; null when there is none. */
+const char *OrderOf(const FieldRules &rules, const std::string &text) {
+  constexpr std::array<const char *, 3> kOrders = {"mdy", "dmy", "ymd"};
+  FieldRules other = rules;
+  NumberValue unused;
+  for (const int32_t order : {1, 0, 2}) {
+    other.dateOrder = order;
+    if (DateFromField(other, text.c_str(), &unused)) {
+      return kOrders.at(static_cast<size_t>(order));
+    }
+  }
+  return nullptr;
+}
+
 /* What would make a number or date of the field that made the column a String. */
 std::string OtherReason(const ScanState &state, Column &column, const Finding &finding) {
   const FieldRules &rules = state.options->rules;
-  std::string reason = Told(state, finding.other);
+  const std::string &text = finding.other.text;
+  const std::string reason = Told(state, finding.other);
   FieldRules other = rules;
   other.decimal = rules.decimal == ',' ? '\0' : ',';
   NumberValue unused;
-  const unsigned orders = DateOrdersOf(finding.other.text);
-  if (NumberFromField(other, finding.other.text.c_str(), &unused)) {
+  if (NumberFromField(other, text.c_str(), &unused)) {
     column.twoWays = finding.number.line != 0 && (rules.decimal == ',' || finding.point);
     return column.twoWays
-               ? reason + " and " + Told(state, finding.number) +
-                     " have a decimal point and a decimal comma"
+               ? Told(state, finding.number) + " and " + reason + " have different decimal signs"
                : reason + " is a number with --decimal " + (other.decimal == ',' ? "," : ".");
   }
-  if (orders == 0) {
-    return reason;
-  }
-  if (finding.date.line != 0 && (orders & finding.orders) == 0) {
+  const unsigned orders = DateOrdersOf(text);
+  if (finding.date.line != 0 && orders != 0 && (orders & finding.orders) == 0) {
     column.twoWays = true;
-    return reason + " and " + Told(state, finding.date) + " have day and month in two orders";
+    return Told(state, finding.date) + " and " + reason + " have day and month in different orders";
   }
-  const char *order = (orders & ORDER_DMY) != 0 ? "dmy" : (orders & ORDER_MDY) != 0 ? "mdy" : "ymd";
-  return reason + " is a date with --date-order " + order;
+  const char *order = orders == 0 ? nullptr : OrderOf(rules, text);
+  return order == nullptr ? reason : reason + " is a date with --date-order " + order;
 }
 
 /* Fixes the type of a column when all its fields were seen, and says why it is a String. */

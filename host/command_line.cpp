@@ -190,14 +190,20 @@ void AddEval(CLI::App &app, CommandLine &line, int &status) {
       ->allow_extra_args(false);
   AddFormulaFiles(eval, line, "Formulas of a file, a line NAME=TEXT each");
   AddStoreOption(eval, line, "Stored formulas, to be computed ahead of the others");
-  eval->add_option("--keep", line.eval.keep, "Write these columns too, or all, ahead of formulas")
+  eval->add_option("--keep", line.keep, "Write these columns too, or all, ahead of formulas")
       ->type_name("all|NAME,...")
-      ->check(NotEmpty);
+      ->check(NotEmpty)
+      ->allow_extra_args(false);
   AddRowOptions(eval, line, "Compute the first N rows only",
                 "Order the rows by a column or formula");
   AddFormat(eval, line);
   eval->final_callback([&line, &status] {
     line.eval.rows = RowsOf(line);
+    for (const std::string &list : line.keep) {
+      for (std::string &name : NamesOfList(list)) {
+        line.eval.keep.push_back(std::move(name));
+      }
+    }
     const bool nothing = line.eval.formulas.empty() && line.store.empty() &&
                          line.formulaFiles.empty() && line.eval.keep.empty();
     status = nothing ? ComplainOfUsage("eval needs --formula or --store") : RunEval(line.eval);

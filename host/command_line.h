@@ -16,7 +16,7 @@ struct CommandLine {
   std::string file; /* of commands that take one alone */
   std::string text, format, limit, decimals, store, name, newName;
   std::string delimiter, dateOrder, decimal, nulls;
-  std::vector<std::string> formulas, types, formulaFiles, conditions, sort;
+  std::vector<std::string> formulas, types, formulaFiles, conditions, sort, keep;
   EvalOptions eval;
   ReportOptions report;
   EditOptions edit;

@@ -37,7 +37,7 @@ struct CheckOptions {
 struct EvalOptions {
   RowOptions rows;
   std::vector<std::string> formulas; /* NAME=TEXT */
-  std::string keep;                  /* "all" or names of columns; empty: none */
+  std::vector<std::string> keep;     /* "all" or names of columns */
 };
 
 /* What a column of a report holds: the groups' own values or a figure of their rows. */

@@ -77,7 +77,11 @@ bool Keep(Computation &computation, const std::vector<Formula> &all, size_t own,
   for (size_t i = 0; i < conditions; ++i) {
     const std::string kind = FormulaKind(ec, all[i].exp);
     if (i >= own && kind != "formula") {
-      error = "formula " + DisplayName(all[i].title) + " is a " + kind + " and has no value";
+      error =
+          "formula " + DisplayName(all[i].title) + " is a " + kind + " and has no value" +
+          (kind == "set" ? "\nhint: a comma outside of parentheses makes a set; decimals have a "
+                           "point, groups of digits no sign"
+                         : "");
       return false;
     }
     if (i >= own || (computation.computeStored && kind == "formula")) {

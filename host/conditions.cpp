@@ -20,8 +20,10 @@ size_t FindEquals(const std::string &argument) {
   return found;
 }
 
-size_t Add(std::vector<Formula> &formulas, const std::string &name, const std::string &text) {
-  formulas.push_back(FormulaOf('"' + name + '"', text));
+/* Adds a formula under a name that no other has. */
+size_t Add(std::vector<Formula> &formulas, const std::string &text) {
+  formulas.push_back(FormulaOf("\"--where " + std::to_string(formulas.size()) + "\"", text));
+  formulas.back().title = "of --where";
   formulas.back().shown = false;
   return formulas.size() - 1;
 }
@@ -71,16 +73,12 @@ bool ConditionTake(const std::string &argument, std::vector<Formula> &formulas,
   if (named != formulas.end() && MembersOf(named->text).size() > 1) {
     bounds = named->text;
   }
-  const std::string name = "--where " + Trimmed(argument.substr(0, equals)).substr(0, 30) + " " +
-                           std::to_string(formulas.size());
-  std::string plain = name;
-  std::replace(plain.begin(), plain.end(), '"', '\'');
-  std::replace(plain.begin(), plain.end(), '`', '\'');
-  condition.tested = Add(formulas, plain, argument.substr(0, equals));
-  condition.bounds = Add(formulas, plain + " bounds", bounds);
+  condition.tested = Add(formulas, argument.substr(0, equals));
+  condition.bounds = Add(formulas, bounds);
   condition.first = formulas.size();
   for (const std::string &member : MembersOf(bounds)) {
-    Add(formulas, plain + " " + std::to_string(++condition.count), member);
+    Add(formulas, member);
+    ++condition.count;
   }
   return true;
 }

@@ -1,8 +1,8 @@
 /* The command eval: formulas over the rows of files. */
 #include <algorithm>
 #include <cstdio>
+#include <numeric>
 
-#include "host/column_names.h"
 #include "host/commands.h"
 #include "host/computation.h"
 #include "host/display.h"
@@ -34,14 +34,12 @@ std::string TitleOf(const Column &column) {
 /* The columns that --keep names. */
 bool TakeKept(Evaluation &evaluation, std::string &error) {
   const Table &table = evaluation.computation.session.table;
-  const std::string &keep = evaluation.options->keep;
-  if (keep == "all") {
-    for (size_t i = 0; i < table.columns.size(); ++i) {
-      evaluation.kept.push_back(i);
+  for (const std::string &name : evaluation.options->keep) {
+    if (name == "all") {
+      evaluation.kept.resize(table.columns.size());
+      std::iota(evaluation.kept.begin(), evaluation.kept.end(), size_t{0});
+      return true;
     }
-    return true;
-  }
-  for (const std::string &name : keep.empty() ? std::vector<std::string>() : NamesOfList(keep)) {
     const size_t index = FindByName(table.columns, name);
     if (index == table.columns.size()) {
       error = "--keep: there is no column " + DisplayName(name);
@@ -65,6 +63,7 @@ void TakeKeys(Evaluation &evaluation) {
     }
     const std::string number = std::to_string(evaluation.sorter.keys.size() + 1);
     computation.formulas.push_back(FormulaOf("\"--sort " + number + "\"", text));
+    computation.formulas.back().title = "of --sort";
     computation.formulas.back().shown = false;
     evaluation.sorter.keys.push_back({ORL_TYPE_NUMBER, key.descending});
   }

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <numeric>
 
 #include "host/display.h"
+#include "host/nearest.h"
 #include "host/tokens.h"
 
 namespace {
@@ -55,48 +55,10 @@ std::string ColumnOfHeader(const Case &wrong, std::string_view header) {
   return {};
 }
 
-std::string Lower(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
-  return lower;
-}
-
-/* How many letters must change to make one word of the other; two that are swapped count as one. */
-size_t Distance(const std::string &one, const std::string &other) {
-  std::vector<size_t> before(other.size() + 1);
-  std::vector<size_t> last(other.size() + 1);
-  std::vector<size_t> row(other.size() + 1);
-  std::iota(last.begin(), last.end(), size_t{0});
-  for (size_t i = 1; i <= one.size(); ++i) {
-    row[0] = i;
-    for (size_t j = 1; j <= other.size(); ++j) {
-      const size_t change = last[j - 1] + (one[i - 1] == other[j - 1] ? 0 : 1);
-      row[j] = std::min({change, last[j] + 1, row[j - 1] + 1});
-      if (i > 1 && j > 1 && one[i - 1] == other[j - 2] && one[i - 2] == other[j - 1]) {
-        row[j] = std::min(row[j], before[j - 2] + 1);
-      }
-    }
-    before.swap(last);
-    last.swap(row);
-  }
-  return last[other.size()];
-}
-
-/* The name that is nearest to a word; empty when none is near. */
-std::string Nearest(std::string_view word, const std::vector<std::string> &names) {
-  constexpr size_t kLongest = 64;
-  const std::string wanted = Lower(word.substr(0, kLongest));
-  size_t best = wanted.size() / 3 + 1; /* a short word differs in case alone */
-  std::string nearest;
-  for (const std::string &name : names) {
-    const size_t distance = Distance(wanted, Lower(name));
-    if (distance < best) {
-      best = distance;
-      nearest = name;
-    }
-  }
-  return nearest;
+/* A letter, digit or quote beside a name makes it part of another one. */
+bool IsWordByte(char byte) {
+  return std::isalnum(static_cast<unsigned char>(byte)) != 0 || byte == '_' || byte == '"' ||
+         byte == '`' || byte == '\'' || (byte & 0x80) != 0;
 }
 
 std::string DidYouMean(const std::string &name) {
@@ -139,8 +101,8 @@ std::string CurlyQuote(const Case &wrong) {
 
 std::string Comparison(const Case &wrong) {
   constexpr std::string_view kCompare =
-      "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by the sign of a number, as "
-      "in NumberIFF(a - b, 1, 2, 3): 1 where a is less than b, 2 where they are equal, else 3";
+      "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by a sign, as in "
+      "NumberIFF(a - b, 1, 2, 3), which is 1 if a is less than b, 2 if they are equal, else 3";
   constexpr std::array<std::string_view, 7> kWords = {"IF",   "IIF",    "IFF",   "CASE",
                                                       "WHEN", "IFELSE", "CHOOSE"};
   for (const Token &token : wrong.tokens) {
@@ -157,18 +119,21 @@ std::string Comparison(const Case &wrong) {
 }
 
 std::string Logic(const Case &wrong) {
-  for (const std::string_view word : {"OR", "NOT", "XOR", "AND"}) {
-    const Token *token = Find(wrong, TOKEN_NAME, word);
-    if (token != nullptr && wrong.error.id != ORL_ERR_BETWEEN &&
-        (word != "AND" || wrong.error.id == ORL_ERR_SYNTAX || wrong.error.id == ORL_ERR_FUNC)) {
-      return word == "AND" ? "AND joins the two ends of a range, once and outside of parentheses; "
-                             "conditions are made of NumberIFF"
-                           : std::string(word) +
-                                 " is not in the language: conditions are made of "
-                                 "NumberIFF, StrIFF and DateIFF";
+  for (const std::string_view word : {"OR", "NOT", "XOR"}) {
+    if (Find(wrong, TOKEN_NAME, word) != nullptr) {
+      return std::string(word) +
+             " is not in the language: conditions are made of NumberIFF, StrIFF "
+             "and DateIFF";
     }
   }
-  return {};
+  const auto ands = std::count_if(wrong.tokens.begin(), wrong.tokens.end(), [](const Token &token) {
+    return token.kind == TOKEN_NAME && EqualNoCase(token.text, "AND");
+  });
+  const bool misplaced = wrong.error.id == ORL_ERR_SYNTAX || wrong.error.id == ORL_ERR_FUNC;
+  return ands > 1 || (ands == 1 && misplaced)
+             ? "AND joins the two ends of a range, once and outside of parentheses; conditions are "
+               "made of NumberIFF"
+             : "";
 }
 
 std::string In(const Case &wrong) {
@@ -190,9 +155,9 @@ constexpr Foreign kForeign[] = {
     {"[", "names that are not plain stand in double quotes: \"wind speed\""},
     {"]", "names that are not plain stand in double quotes: \"wind speed\""},
     {";", "arguments are parted by commas"},
-    {"$", "amounts are written without a currency sign"},
     {"?", "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by the sign of a number"},
     {"|", "texts are joined by ||"},
+    {"{", "dates are written plain: 2024-01-31"},
 };
 
 std::string ForeignSign(const Case &wrong) {
@@ -205,11 +170,17 @@ std::string ForeignSign(const Case &wrong) {
     }
   }
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
-    if (wrong.tokens[i].text == "*" && wrong.tokens[i + 1].text == "*") {
+    const bool star = wrong.tokens[i + 1].text == "*";
+    if (star && wrong.tokens[i].text == "*") {
       return "write Power(a, b) for a to the power of b";
     }
+    if (star && wrong.tokens[i].text == "/") {
+      return "there are no comments in formulas";
+    }
   }
-  return {};
+  const bool amount = wrong.word.size() > 1 && wrong.word[0] == '$' &&
+                      std::isdigit(static_cast<unsigned char>(wrong.word[1])) != 0;
+  return amount ? "amounts are written without a currency sign" : "";
 }
 
 /* 1e3, which reads as the number 1 and the name e3. */
@@ -279,8 +250,11 @@ std::string NeedsQuotes(const Case &wrong) {
     const std::string header = name.substr(1, name.size() - 2);
     const size_t found = Lower(wrong.text).find(Lower(header));
     const auto offset = static_cast<size_t>(std::max(wrong.error.offset, 0));
-    if (found != std::string::npos && offset >= found && offset <= found + header.size() &&
-        (found == 0 || wrong.text[found - 1] != name.front())) {
+    const size_t end = found + header.size();
+    const bool whole = found != std::string::npos &&
+                       (found == 0 || !IsWordByte(wrong.text[found - 1])) &&
+                       (end >= wrong.text.size() || !IsWordByte(wrong.text[end]));
+    if (whole && offset >= found && offset <= end) {
       return "write `" + DisplayName(name) + "`, with its quotes";
     }
   }
@@ -294,7 +268,8 @@ std::string StringInNameQuotes(const Case &wrong) {
     return {};
   }
   const std::string_view inside = token.text.substr(1, token.text.size() - 2);
-  const std::string column = ColumnOfHeader(wrong, inside);
+  std::string column = ColumnOfHeader(wrong, inside);
+  column = column.empty() ? Nearest(token.text, wrong.names.columns) : column;
   return column.empty() ? "a text stands in single quotes: '" + DisplayName(inside) + "'"
                         : DidYouMean(column);
 }
@@ -363,7 +338,10 @@ std::string NearName(const Case &wrong) {
       near = Nearest(wrong.word, wrong.names.formulas);
       near += near.empty() ? "" : "()";
     }
-    return DidYouMean(near);
+    return near.empty() && Near(wrong, 0).kind == TOKEN_NAME
+               ? "no column has this name; a text stands in single quotes: '" +
+                     std::string(wrong.word) + "'"
+               : DidYouMean(near);
   }
   if (wrong.error.id != ORL_ERR_FUNC) {
     return {};
@@ -413,11 +391,41 @@ std::string Arguments(const Case &wrong) {
                : std::string();
 }
 
+bool IsOperand(const Token &token) {
+  return IsNameToken(token) || token.kind == TOKEN_NUMBER || token.kind == TOKEN_STRING;
+}
+
+/* What a text lacks: a parenthesis, an operator between two values, a value at its end. */
+std::string Missing(const Case &wrong) {
+  if (wrong.error.id != ORL_ERR_SYNTAX) {
+    return {};
+  }
+  int depth = 0;
+  for (const Token &token : wrong.tokens) {
+    depth += token.kind == TOKEN_OPEN ? 1 : token.kind == TOKEN_CLOSE ? -1 : 0;
+    if (depth < 0) {
+      return "a ( is missing before this )";
+    }
+  }
+  for (size_t i = 1; i < wrong.tokens.size(); ++i) {
+    const Token &before = wrong.tokens[i - 1];
+    const Token &token = wrong.tokens[i];
+    if (IsOperand(token) && (IsOperand(before) || before.kind == TOKEN_CLOSE)) {
+      return "an operator or a comma is missing before `" + DisplayName(token.text) + "`";
+    }
+  }
+  if (depth > 0) {
+    return "a ) is missing";
+  }
+  const TokenKind last = wrong.tokens.empty() ? TOKEN_OPERATOR : wrong.tokens.back().kind;
+  return last == TOKEN_OPERATOR || last == TOKEN_COMMA ? "a value is missing at the end" : "";
+}
+
 /* The first rule that has something to say gives the hint. */
 constexpr std::string (*kRules[])(const Case &wrong) = {
-    Unclosed, CurlyQuote,  NeedsQuotes, Comparison,         Logic,     In,
-    Exponent, ForeignSign, UnitWord,    StringInNameQuotes, Sign,      NeedsCall,
-    NoCall,   ForeignWord, NearName,    Arguments,          Converted,
+    Unclosed, CurlyQuote,  UnitWord,    NeedsQuotes,        Comparison, Logic,
+    In,       Exponent,    ForeignSign, StringInNameQuotes, Sign,       NeedsCall,
+    NoCall,   ForeignWord, NearName,    Arguments,          Converted,  Missing,
 };
 
 }  // namespace

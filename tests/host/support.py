@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -23,6 +24,11 @@ def run(*arguments, stdin=b"", **variables):
     result = subprocess.run([ORLI, *arguments], input=stdin, capture_output=True, check=False,
                             env=dict(ENVIRONMENT, **variables))
     return result.returncode, result.stdout, result.stderr
+
+
+def without_hint(output):
+    """A message as text, without the host's hint below it, which host_hints_test.py has."""
+    return re.sub(r"^hint: .*\n", "", output.decode(), flags=re.MULTILINE)
 
 
 class FolderCase(unittest.TestCase):
