@@ -45,7 +45,9 @@ template <class Record>
 Record TakeRecord(Walk &walk) {
   Record record = {};
   const std::string_view bytes = Take(walk, sizeof record);
-  std::memcpy(&record, bytes.data(), bytes.size());
+  if (!bytes.empty()) {  // no bytes have no address to copy from
+    std::memcpy(&record, bytes.data(), bytes.size());
+  }
   return record;
 }
 
