@@ -6,6 +6,7 @@
 
 #include "closed/wren/memory.h"
 #include "editor/session.h"
+#include "support/cases.h"
 #include "support/context.h"
 
 namespace {
@@ -43,149 +44,66 @@ int32_t Load(EC ec, const std::string &block) {
   return ORLSetECContents(ec, static_cast<int32_t>(block.size()), block.data(), 1, nullptr);
 }
 
-// A session, and what is there to see at its end. A dialog that was closed has no name.
-struct SessionRow {
-  bool modes;
-  int32_t type;
-  std::string exp, acts;
-  std::vector<int32_t> answers;
-  std::string marked, name;
-  int32_t mode;        // 0 formula, 1 range, 2 set
-  std::string titled;  // the expression in the title; "" for a new text
-  std::string rows;    // behind row 0, which is the current one unless another has a star
-  Ids enabled;
-  std::string told;  // or "Name=text" of what was made
-};
-
-const std::string kPlain = "Price:0, Total:1", kAll = "Price:0, Total:1, Span:3, Some:4";
-const std::string kOnTotal = "Price:0, *Total:1", kOnPrice = "*Price:0, Total:1";
-const std::string kSave = "Formula Save|Changes have been made, save before continuing?";
-const std::string kWrong = "!ERR_SYNTAX: Incomplete or invalid formula|";
+const std::string kAll = "Price:0, Total:1, Span:3, Some:4";
 const std::string kRange = "{Expression} AND Expression";
-const std::string kSet = "{Expression}, Expression [,Expression...]";
-const Ids kNew = {101, 115, 117}, kNewOk = {1, 101, 115, 117};
-const Ids kSeeded = {101, 102, 103, 105, 115, 117};
-const Ids kFree = {1, 101, 115, 116, 117, 118}, kUsed = {1, 117, 118};
+const Ids kFree = {1, 101, 115, 116, 117, 118};
 
-// clang-format off
-const std::vector<SessionRow> kSessions = {
-    // What it opens with: a new text, which leaves OK disabled, or an expression.
-    {false, 0, "", "", {}, "{}", "Formula1", 0, "", kPlain, kNew, ""},
-    {false, 1, "", "", {}, "{}", "Set1", 2, "", kPlain, kNew, ""},
-    {false, 3, "", "", {}, "{}", "Formula1", 0, "", kPlain, kNew, ""},
-    {true, 0, "", "", {}, "{}", "Formula1", 0, "", kAll, kNew, ""},
-    {true, 2, "", "", {}, kRange, "Range1", 1, "", kAll, kSeeded, ""},
-    {true, 1, "", "", {}, kSet, "Set1", 2, "", kAll, kSeeded, ""},
-    {false, 0, "Total", "", {}, "{}Price() + 1", "Total", 0, "Total", kOnTotal, kFree, ""},
-    {false, 0, "Price", "", {}, "{}Amount * 2", "Price", 0, "Price", kOnPrice, kUsed, ""},
-    {false, 0, "Formula7", "", {}, "{}5", "Formula7", 0, "Formula7", "-" + kPlain,
-     {1, 101, 115, 117, 118}, ""},
-    {true, 0, "Span", "", {}, "{}1 AND 2", "Span", 0, "Span", "Price:0, Total:1, *Span:3, Some:4",
-     kFree, ""},
-    // OK and Cancel; OK asks for text in both edits.
-    {false, 0, "", "type 100 1 + 1; click 1", {}, "", "", 0, "", "", {}, "Formula1=1 + 1"},
-    {false, 0, "Total", "type 100 9 *; key 100 13", {}, "", "", 0, "", "", {},
-     "Total=9 *Price() + 1"},
-    {false, 0, "", "type 100 1 +; click 1", {}, "1 +{}", "Formula1", 0, "", kPlain, kNewOk,
-     kWrong + "1 +{}"},
-    {false, 0, "Total", "type 100 9; click 2", {}, "", "", 0, "", "", {}, ""},
-    {false, 0, "Total", "type 100 9; key 100 27", {}, "", "", 0, "", "", {}, ""},
-    {false, 0, "Total", "close", {}, "", "", 0, "", "", {}, ""},
-    {false, 0, "", "no click 1; type 100 1", {}, "1{}", "Formula1", 0, "", kPlain, kNewOk, ""},
-    {false, 0, "", "type 100 1; key 100 8", {}, "{}", "Formula1", 0, "", kPlain, kNew, ""},
-    {false, 0, "Total", "select 101 0 -1; key 101 8", {}, "{}Price() + 1", "", 0, "Total", kOnTotal,
-     {101, 115, 116, 117, 118}, ""},
-    {false, 0, "Total", "select 101 0 -1; key 101 8; type 101 T", {}, "{}Price() + 1", "T", 0,
-     "Total", kOnTotal, kFree, ""},
-    // The clipboard, and brackets.
-    {false, 0, "", "no click 102; type 100 abc; select 100 1 2; click 102; key 100 35; click 104",
-     {}, "abcb{}", "Formula1", 0, "", kPlain, {1, 101, 104, 115, 117}, ""},
-    {false, 0, "", "type 100 abc; select 100 1 2; click 103", {}, "a{}c", "Formula1", 0, "", kPlain,
-     {1, 101, 104, 115, 117}, ""},
-    {false, 0, "", "type 100 abc; select 100 1 2; click 131", {}, "a{}c", "Formula1", 0, "", kPlain,
-     kNewOk, ""},
-    {false, 0, "", "type 100 a b c; select 100 2 3; click 105", {}, "a (b) c{}", "Formula1", 0, "",
-     kPlain, kNewOk, ""},
-    // Rows: a click loads nothing, Select does, and asks when the edits have changed.
-    {false, 0, "", "row 114 Total", {}, "{}", "Formula1", 0, "", kOnTotal,
-     {101, 115, 116, 117, 118}, ""},
-    {false, 0, "", "key 114 40; key 114 40; key 114 38", {}, "{}", "Formula1", 0, "", kOnPrice,
-     {101, 115, 117, 118}, ""},
-    {false, 0, "", "row 114 Total; click 117", {}, "{}Price() + 1", "Total", 0, "Total", kOnTotal,
-     kFree, ""},
-    {false, 0, "", "row 114 Price; click 117", {}, "{}Amount * 2", "Price", 0, "Price", kOnPrice,
-     kUsed, ""},
-    {false, 0, "Price", "type 100 x; row 114 [ New Formula ]; click 117", {ORL_ID_CANCEL},
-     "x{}Amount * 2", "Price", 0, "Price", kPlain, {1, 117}, kSave},
-    {false, 0, "Price", "type 100 x; row 114 [ New Formula ]; click 117", {ORL_IDNO}, "{}",
-     "Formula1", 0, "", kPlain, kNew, kSave},
-    {false, 0, "", "row 114 Total; click 116", {ORL_IDYES}, "{}", "Formula1", 0, "", "-Price:0",
-     {101, 115}, "Formula Delete|Are you sure you want to delete selected Formula"},
-    {false, 0, "", "row 114 Total; click 118; no click 118", {}, "{}", "Formula1", 0, "", kOnTotal,
-     {101, 115, 116, 117}, ""},
-    {false, 0, "", "type 100 abc; select 100 1 2; key 100 35", {}, "abc{}", "Formula1", 0, "", kPlain,
-     kNewOk, ""},
-    {false, 0, "", "right 114 Total", {}, "{}", "Formula1", 0, "", kOnTotal, {101, 115, 116, 117},
-     ""},
-    {false, 0, "", "no click 132; no click 133; no click 134; no click 135; no click 136", {}, "{}",
-     "Formula1", 0, "", kPlain, kNew, ""},
-    // Modes: the old text is given up, after a question when it has changed.
-    {true, 0, "", "click 135", {}, kRange, "Range1", 1, "", kAll, kSeeded, ""},
-    {true, 0, "", "click 136; click 134", {}, "{}", "Formula1", 0, "", kAll, kNew, ""},
-    {true, 0, "Some", "click 134", {}, "{}1, 2", "Some", 0, "Some",
-     "Price:0, Total:1, Span:3, *Some:4", kFree, ""},
-    {true, 0, "Some", "click 136", {}, kSet, "Set1", 2, "", "Price:0, Total:1, Span:3, *Some:4",
-     {101, 102, 103, 105, 115, 116, 117, 118}, ""},
-    {true, 0, "", "type 100 1; click 135", {ORL_ID_CANCEL}, "1{}", "Formula1", 0, "", kAll, kNewOk,
-     kSave},
-    {true, 0, "Total", "type 101 s; click 135", {ORL_IDYES}, kRange, "Range1", 1, "",
-     "Price:0, *sTotal:1, Span:3, Some:4", {101, 102, 103, 105, 115, 116, 117, 118}, kSave},
-    {true, 0, "", "type 100 (; click 136", {ORL_IDYES}, "({}", "Formula1", 0, "", kAll, kNewOk,
-     kSave + " / " + kWrong + "({}"},
-    {true, 0, "", "type 100 1; row 114 Span; click 117", {ORL_IDNO}, "{}1 AND 2", "Span", 1, "Span",
-     "Price:0, Total:1, *Span:3, Some:4", kFree, kSave},
-    {true, 0, "", "row 114 Some; click 117", {}, "{}1, 2", "Some", 2, "Some",
-     "Price:0, Total:1, Span:3, *Some:4", kFree, ""},
+// The columns of the sessions in frame_cases.txt.
+enum Column {
+  kModes,
+  kType,
+  kExp,
+  kActs,
+  kAnswers,
+  kMarked,
+  kName,
+  kMode,
+  kTitled,
+  kRows,
+  kEnabled,
+  kSaid
 };
-// clang-format on
 
-void CheckSession(OrlWindow d, const SessionRow &row) {
-  EXPECT_EQ(Look(d).reachable, row.name.empty() && row.marked.empty() ? 0 : 1);
+void CheckSession(OrlWindow d, const Case &row) {
+  const bool modes = row.Int(kModes) != 0;
+  const std::string &rows = row[kRows];
+  EXPECT_EQ(Look(d).reachable, row[kName].empty() && row[kMarked].empty() ? 0 : 1);
   if (Look(d).reachable == 0) return;
-  const std::string word = std::vector{"Formula", "Range", "Set"}[static_cast<size_t>(row.mode)];
+  const std::string word = std::vector{"Formula", "Range", "Set"}[size_t(row.Int(kMode))];
   const std::string newRow = "[ New " + word + " ]";
-  const bool elsewhere = row.rows.find_first_of("*-") != std::string::npos;
-  EXPECT_EQ(Marked(d), row.marked);
-  EXPECT_EQ(Text(d, 101), row.name);
-  EXPECT_EQ(Text(d), word + " Editor - " + (row.titled.empty() ? newRow : row.titled));
-  EXPECT_EQ(RowList(d, 114, true), (elsewhere ? "" : "*") + newRow + ":-1, " +
-                                       row.rows.substr(row.rows[0] == '-' ? 1 : 0));
-  EXPECT_EQ(Enabled(d, kChanging), row.enabled);
-  EXPECT_EQ(Visible(d, kHiding), row.modes ? (Ids{112, 133, 134, 135, 136, 138}) : Ids{112});
-  for (int32_t mode = 0; row.modes && mode < 3; mode++) {
-    EXPECT_EQ(Look(d, 134 + mode).checked, mode == row.mode ? 1 : 0) << mode;
+  const bool elsewhere = rows.find_first_of("*-") != std::string::npos;
+  EXPECT_EQ(Marked(d), row[kMarked]);
+  EXPECT_EQ(Text(d, 101), row[kName]);
+  EXPECT_EQ(Text(d), word + " Editor - " + (row[kTitled].empty() ? newRow : row[kTitled]));
+  EXPECT_EQ(RowList(d, 114, true),
+            (elsewhere ? "" : "*") + newRow + ":-1, " + rows.substr(rows[0] == '-' ? 1 : 0));
+  EXPECT_EQ(Enabled(d, kChanging), row.Ints(kEnabled));
+  EXPECT_EQ(Visible(d, kHiding), modes ? (Ids{112, 133, 134, 135, 136, 138}) : Ids{112});
+  for (int32_t mode = 0; modes && mode < 3; mode++) {
+    EXPECT_EQ(Look(d, 134 + mode).checked, mode == row.Int(kMode) ? 1 : 0) << mode;
   }
   EXPECT_EQ(Text(d, 139).rfind("To build a " + word + ": ", 0), 0u) << Text(d, 139);
-  EXPECT_EQ(ORLHeadlessBitmapCount(), row.modes ? 3 : 0);
+  EXPECT_EQ(ORLHeadlessBitmapCount(), modes ? 3 : 0);
   for (const char *last : {"", "click 103", "click 104", "click 105", "click 117", "click 131"}) {
-    const bool ends = row.acts.ends_with(last) && row.acts.empty() == (*last == 0);
-    EXPECT_EQ(Look(d, 100).focused, ends && row.told.empty() ? 1 : Look(d, 100).focused);
+    const bool ends = row[kActs].ends_with(last) && row[kActs].empty() == (*last == 0);
+    EXPECT_EQ(Look(d, 100).focused, ends && row[kSaid].empty() ? 1 : Look(d, 100).focused);
   }
 }
 
 TEST(EditorFrame, EndsSessionsAsTheTableSays) {
-  for (const SessionRow &row : kSessions) {
-    SCOPED_TRACE(row.exp + ": " + row.acts);
-    const HostedContext ec = Formulas(row.modes);
+  for (const Case &row : CasesOf("editor/frame_cases.txt", "sessions")) {
+    SCOPED_TRACE(row.where);
+    const HostedContext ec = Formulas(row.Int(kModes) != 0);
     bool played = false;
     const auto steps = [&](OrlWindow d) {
       played = true;
-      Act(d, row.acts);
+      Act(d, row[kActs]);
       CheckSession(d, row);
     };
-    HEXP made = Edit(ec, {ORLHEXPFromName(ec, row.exp.c_str()), row.type}, steps, row.answers);
+    HEXP exp = ORLHEXPFromName(ec, row[kExp].c_str());
+    HEXP made = Edit(ec, {exp, row.Int(kType)}, steps, row.Ints(kAnswers));
     EXPECT_TRUE(played);
-    EXPECT_EQ(made == nullptr ? ToldAll() : NameOf(ec, made) + "=" + TextOf(ec, made), row.told);
+    EXPECT_EQ(made == nullptr ? ToldAll() : NameOf(ec, made) + "=" + TextOf(ec, made), row[kSaid]);
   }
 }
 

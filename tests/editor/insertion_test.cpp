@@ -10,59 +10,38 @@
 #include "engine/context.h"
 #include "engine/items.h"
 #include "platform/text.h"
+#include "support/cases.h"
 #include "support/context.h"
 
 namespace {
 
 void ListNothing(EC, const char *, void *, int32_t, int32_t *) {}
 
-struct TemplateRow {
-  int16_t count;
-  uint16_t first, optional, flags;
-  std::vector<uint16_t> types;
-  std::string text, selected;  // behind the name
-};
-
-// clang-format off
-const std::vector<TemplateRow> kTemplates = {
-    {-1, 0, 0, 0, {0}, "{}", ""},
-    {0, 0, 0, 0, {}, "(){}", ""},
-    {3, 0, 0, 0, {2, 0, 1}, "( {String} , Number , DateTime )", ""},
-    {2, 1, 2, 0, {0, 2}, "( {Number} [, String [, String ]])", ""},
-    {2, 1, 0, 0, {4, 5}, "( {Any} , Any [,Any...] )", ""},
-    {2, 0, 2, 0, {300, 3}, "([ {Keyword} , Keyword ] )", ""},
-    {1, 0, 0, 16, {0}, "(DISTINCT  {Number} )", ""},
-    {1, 0, 1, 16, {0}, "(DISTINCT [ {Number} ] )", ""},
-    {4, 1, 0, 0, {0, 0, 0, 0}, "( {Number} , Number , Number , Number [,Any,Any,Any...] )", ""},
-    {3, 2, 1, 0, {0, 1, 2}, "( {Number} , DateTime [, String ])", ""},
-    // The optional group begins behind the last declared parameter, or there is none at all.
-    {1, 1, 2, 0, {1}, "( {DateTime} [, DateTime [, DateTime ]])", ""},
-    {0, 0, 2, 0, {}, "([ {Any} , Any ] )", ""},
-    {1, 5, 0, 0, {0}, "( {Number} , Number , Number , Number , Number [...] )", ""},
-    {-1, 0, 1, 0, {2}, "[ {String} ] ", ""},
-};
-// clang-format on
-
-void AddTemplate(EC ec, const TemplateRow &row, const char *name) {
+// A function with parameters of these types, of which some are optional.
+void AddTemplate(EC ec, const char *name, int32_t count, int32_t first, int32_t optional,
+                 int32_t flags, const std::vector<int32_t> &types) {
   ORL_EXPR_ITEM_WITH(200) full = {};
   std::snprintf(full.item.name, sizeof full.item.name, "%s", name);
-  full.item.paramCount = row.count;
-  full.item.firstOptional = row.first;
-  full.item.optionalCount = row.optional;
-  full.item.itemFlags = row.flags;
-  for (size_t i = 0; i < row.types.size(); i++) full.parameters[i].dataType = row.types[i];
+  full.item.paramCount = static_cast<int16_t>(count);
+  full.item.firstOptional = static_cast<uint16_t>(first);
+  full.item.optionalCount = static_cast<uint16_t>(optional);
+  full.item.itemFlags = static_cast<uint16_t>(flags);
+  for (size_t i = 0; i < types.size(); i++) {
+    full.parameters[i].dataType = static_cast<uint16_t>(types[i]);
+  }
   ORLAddExpressionItem(ec, &full.item);
 }
 
 TEST(EditorInsertion, WritesTemplatesOfFunctions) {
-  for (const TemplateRow &row : kTemplates) {
+  for (const Case &row : CasesOf("editor/insertion_cases.txt", "templates")) {
+    SCOPED_TRACE(row.where);
     const OwnedContext ec(ORLCreateEC(nullptr, nullptr, nullptr, 0));
-    AddTemplate(ec.get(), row, "Fn");
+    AddTemplate(ec.get(), "Fn", row.Int(0), row.Int(1), row.Int(2), row.Int(3), row.Ints(4));
     Edit(ec.get(), {}, [&](OrlWindow d) {
       Act(d, "double 107 Fn");
-      EXPECT_EQ(Marked(d), "Fn" + row.text);
+      EXPECT_EQ(Marked(d), "Fn" + row[5]);
       Act(d, "select 100 0 -1; type 100 (; double 107 Fn");
-      EXPECT_EQ(Marked(d), "(Fn" + row.text) << "behind another text";
+      EXPECT_EQ(Marked(d), "(Fn" + row[5]) << "after other text";
     });
   }
 }
@@ -70,7 +49,7 @@ TEST(EditorInsertion, WritesTemplatesOfFunctions) {
 TEST(EditorInsertion, KeepsTemplatesInTheirRoom) {
   const OwnedContext ec(ORLCreateEC(nullptr, nullptr, nullptr, 0));
   const std::string name(64, 'n');
-  AddTemplate(ec.get(), {100, 50, 60, 16, std::vector<uint16_t>(100, 300), "", ""}, name.c_str());
+  AddTemplate(ec.get(), name.c_str(), 100, 50, 60, 16, std::vector<int32_t>(100, 300));
   const ExprItem *item = ItemFind(&ec->functions, name.c_str());
   const int32_t length = OrlTemplateLength(item);
   for (const int32_t room : {1, length / 2, length, length + 1}) {
@@ -78,7 +57,7 @@ TEST(EditorInsertion, KeepsTemplatesInTheirRoom) {
     EXPECT_EQ(OrlBuildTemplate(buffer.data(), room, item), room > length) << room;
     EXPECT_EQ(std::strlen(buffer.data()), room > length ? static_cast<size_t>(length) : 0u);
   }
-  AddTemplate(ec.get(), {0, 65535, 65535, 0, {}, "", ""}, "Huge");
+  AddTemplate(ec.get(), "Huge", 0, 65535, 65535, 0, {});
   Edit(ec.get(), {}, [&](OrlWindow d) {
     Act(d, "double 107 " + name);
     EXPECT_EQ(Text(d, 100).size(), name.size() + static_cast<size_t>(length));
@@ -86,55 +65,6 @@ TEST(EditorInsertion, KeepsTemplatesInTheirRoom) {
     EXPECT_GT(Text(d, 100).size(), 900000u);
   });
 }
-
-struct PickRow {
-  int32_t type;  // as the editor is opened: 1 set, 2 range
-  std::string acts, marked;
-};
-
-// clang-format off
-const std::vector<PickRow> kPicks = {
-    // Buttons.
-    {0, "click 108; click 109; click 110; click 111; click 112", " +  -  *  /  || {}"},
-    {0, "click 120; click 121; click 122; click 123; click 124; click 125; click 126; click 127; "
-        "click 128; click 129; click 130", "0123456789.{}"},
-    {0, "type 100 abc; select 100 1 2; click 108", "a + {}c"},
-    {0, "type 100 abc; select 100 2 1; click 129", "a9{}c"},
-    // Items and formulas; a text cannot name itself, a range or a set.
-    {0, "double 106 Amount; click 110; double 106 Tax", "Amount * Tax{}"},
-    {0, "double 114 [ New Formula ]; double 114 Span; double 114 Some; double 114 Price", "Price(){}"},
-    {0, "row 114 Price; click 117; double 114 Price", "{}Amount * 2"},
-    {0, "row 114 Price; click 117; double 114 Total", "Total(){}Amount * 2"},
-    {0, "row 106 Tax; key 106 32; row 114 Price; key 114 32; row 107 Zero; key 107 32", "TaxPrice()Zero(){}"},
-    // The next placeholder: labels in every mode and case, whole words only, not in quotes.
-    {0, "double 107 Half", "Half( {Number} )"},
-    {0, "double 107 Text; double 106 Name", "Text( Name{} )"},
-    {0, "double 107 Tail; click 121", "Tail( 1 , {String} [,Any...] )"},
-    {0, "double 107 Tail; click 121; click 122", "Tail( 1 , 2 {[,Any...]} )"},
-    {0, "double 107 Tail; click 121; click 122; click 123", "Tail( 1 , 2 ,3{} )"},
-    {0, "type 100 \"a Number b\" number+1; key 100 35; click 120",
-     "\"a Number b\" {number}+10"},
-    {0, "type 100 'Any' x; key 100 35; click 120", "'Any' x0{}"},
-    {0, "type 100 Numbers x_String DATETIME; key 100 35; click 112", "Numbers x_String {DATETIME} || "},
-    {0, "type 100 Expression x; key 100 35; click 120", "Expression x0{}"},
-    {0, "type 100 [,Expression...]; key 100 35; click 120", "[,Expression...]0{}"},
-    {0, "type 100 [,ANY...]; key 100 35; click 120", "[,ANY...]0{}"},
-    {0, "type 100 a[,aNy...]b; select 100 1 10; click 120", "a,0{}b"},
-    // The starting texts of ranges and sets, and lists that grow.
-    {2, "double 106 Amount", "Amount AND {Expression}"},
-    {2, "double 106 Amount; double 107 Half", "Amount AND Half( {Number} )"},
-    {2, "click 108", " +  AND {Expression}"},
-    {2, "type 100 [,Expression...]; select 100 0 16; click 120", "0 AND {Expression}"},
-    {1, "double 106 Amount", "Amount, {Expression} [,Expression...]"},
-    {1, "double 106 Amount; double 106 Tax", "Amount, Tax {[,Expression...]}"},
-    {1, "double 106 Amount; double 106 Tax; double 114 Price", "Amount, Tax ,Price() {[,Expression...]}"},
-    {1, "click 121; click 122; double 107 Half", "1, 2 ,Half( {Number} ) [,Expression...]"},
-    {1, "select 100 0 -1; type 100 [,eXpression...]; select 100 0 -1; click 121", ",1 {[,Expression...]}"},
-    {1, "select 100 0 -1; type 100 [,eXpression...]x; key 100 35; click 121", "[,eXpression...]x1{}"},
-    // Brackets; the selection and the words of brackets stay as they are.
-    {0, "type 100 a Number; select 100 0 1; click 105", "(a) Number{}"},
-};
-// clang-format on
 
 HostedContext Formulas() {
   HostedContext context(ORL_FLAG_RANGES);
@@ -147,14 +77,14 @@ HostedContext Formulas() {
 }
 
 TEST(EditorInsertion, GoesOnToTheNextPlaceholder) {
-  for (const PickRow &row : kPicks) {
-    SCOPED_TRACE(row.acts);
+  for (const Case &row : CasesOf("editor/insertion_cases.txt", "picks")) {
+    SCOPED_TRACE(row.where);
     const HostedContext ec = Formulas();
-    Edit(ec, {nullptr, row.type}, [&](OrlWindow d) {
-      Act(d, row.acts);
-      EXPECT_EQ(Marked(d), row.marked);
+    Edit(ec, {nullptr, row.Int(0)}, [&](OrlWindow d) {
+      Act(d, row[1]);
+      EXPECT_EQ(Marked(d), row[2]);
       const OrlHeadlessState edit = Look(d, 100);
-      EXPECT_EQ(edit.modified, row.marked == "{}Amount * 2" ? 0 : 1);
+      EXPECT_EQ(edit.modified, row[2] == "{}Amount * 2" ? 0 : 1);
       EXPECT_EQ(Look(d, 1).enabled, 1);
       EXPECT_EQ(Look(d, 105).enabled, edit.selectionStart != edit.selectionEnd ? 1 : 0);
     });
@@ -237,54 +167,34 @@ TEST(EditorInsertion, KeepsTheStatusOutOfReach) {
   });
 }
 
-struct DrawRow {
-  bool values;
-  const char *row, *bitmap;
-  uint32_t action, state;
-  bool drawn, inverted, focus;
-};
-
-// clang-format off
-const std::vector<DrawRow> kDrawings = {
-    {true, "[ New Set ]", "SETL", 1, 0, true, false, false}, {true, "Price", "FORMULAL", 1, 0, true, false, false},
-    {true, "Span", "RANGEL", 1, 1, true, true, false}, {true, "Some", "SETL", 1, 17, true, true, true},
-    {true, "Price", "FORMULAL", 3, 1, true, true, false}, {true, "Price", "FORMULAL", 3, 0, true, false, false},
-    {true, "Price", "FORMULAL", 5, 16, true, false, true}, {true, "Price", "FORMULAL", 5, 0, true, false, false},
-    {true, "Price", "FORMULAL", 7, 17, true, true, true},
-    {true, "Price", "", 2, 0, false, true, false}, {true, "Price", "", 2, 1, false, true, false},
-    {true, "Price", "", 4, 0, false, false, true}, {true, "Price", "", 6, 17, false, true, true},
-    {false, "Span", "", 1, 17, true, true, true}, {false, "", "", 1, 0, false, false, false},
-};
-// clang-format on
-
 TEST(EditorInsertion, DrawsRows) {
-  for (const DrawRow &row : kDrawings) {
+  for (const Case &row : CasesOf("editor/insertion_cases.txt", "drawings")) {
+    SCOPED_TRACE(row.where);
+    const bool drawn = row.Int(5) != 0, inverted = row.Int(6) != 0;
     const HostedContext ec = Formulas();
-    if (!row.values) ORLSetListValuesCallback(ec, nullptr);
+    if (row.Int(0) == 0) ORLSetListValuesCallback(ec, nullptr);
     Edit(ec, {nullptr, 1}, [&](OrlWindow d) {
       const std::vector<std::string> rows = Rows(d, 114);
       int32_t at = -1;
       for (size_t i = 0; i < rows.size(); i++) {
-        if (rows[i] == row.row || rows[i] == std::string("*") + row.row)
-          at = static_cast<int32_t>(i);
+        if (rows[i] == row[1] || rows[i] == "*" + row[1]) at = static_cast<int32_t>(i);
       }
       OrlHeadlessRowShown shown = {};
-      ORLHeadlessDrawRow(d, 114, at, row.action, row.state, &shown);
-      SCOPED_TRACE(std::string(row.row) + " " + std::to_string(row.action) + " " +
-                   std::to_string(row.state));
-      EXPECT_STREQ(shown.bitmap, row.bitmap);
-      EXPECT_STREQ(shown.text, row.drawn ? row.row : "");
-      EXPECT_EQ(shown.inverted, row.inverted ? 1 : 0);
-      EXPECT_EQ(shown.focusRect, row.focus ? 1 : 0);
+      ORLHeadlessDrawRow(d, 114, at, static_cast<uint32_t>(row.Int(3)),
+                         static_cast<uint32_t>(row.Int(4)), &shown);
+      EXPECT_EQ(shown.bitmap, row[2]);
+      EXPECT_EQ(shown.text, drawn ? row[1] : "");
+      EXPECT_EQ(shown.inverted, row.Int(6));
+      EXPECT_EQ(shown.focusRect, row.Int(7));
       OrlTextMetrics metrics = {};
       ORLHeadlessSystem()->GetTextMetrics(d, &metrics);
-      const int32_t left = row.values ? 14 + metrics.averageWidth : 0;  // behind the bitmap
+      const int32_t left = row.Int(0) != 0 ? 14 + metrics.averageWidth : 0;  // after the bitmap
       const int32_t text = shown.textRect.left - shown.rowRect.left;
-      const int32_t inverted = shown.invertedRect.left - shown.rowRect.left;
-      EXPECT_EQ(text, row.drawn ? left : text);
-      EXPECT_EQ(inverted, row.inverted ? left : inverted);
+      const int32_t invertedFrom = shown.invertedRect.left - shown.rowRect.left;
+      EXPECT_EQ(text, drawn ? left : text);
+      EXPECT_EQ(invertedFrom, inverted ? left : invertedFrom);
       const int32_t down = (shown.rowRect.bottom - shown.rowRect.top - 10 + 1) / 2;  // the middle
-      EXPECT_EQ(shown.bitmapY, *row.bitmap == 0 ? 0 : shown.rowRect.top + down);
+      EXPECT_EQ(shown.bitmapY, row[2].empty() ? 0 : shown.rowRect.top + down);
     });
   }
 }

@@ -1,6 +1,7 @@
 #include "support/cases.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -24,7 +25,7 @@ std::string Trimmed(const std::string &text) {
 std::string WithNames(std::string text, const Names &names) {
   for (size_t at = 0; (at = text.find('$', at)) != std::string::npos; ++at) {
     size_t end = at + 1;
-    while (end < text.size() && std::isalnum(static_cast<uint8_t>(text[end])) != 0) ++end;
+    while (end < text.size() && std::isalpha(static_cast<uint8_t>(text[end])) != 0) ++end;
     const auto found = names.find(text.substr(at + 1, end - at - 1));
     if (found != names.end()) text.replace(at, end - at, found->second);
   }
@@ -73,6 +74,14 @@ const std::string &Case::operator[](size_t cell) const {
 
 int32_t Case::Int(size_t cell) const {
   return static_cast<int32_t>(std::strtol((*this)[cell].c_str(), nullptr, 0));
+}
+
+std::vector<int32_t> Case::Ints(size_t cell) const {
+  std::vector<int32_t> numbers;
+  for (const std::string &part : PartsOf((*this)[cell], ';')) {
+    numbers.push_back(static_cast<int32_t>(std::strtol(part.c_str(), nullptr, 0)));
+  }
+  return numbers;
 }
 
 uint16_t Case::Flags(size_t cell) const {

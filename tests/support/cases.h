@@ -20,6 +20,7 @@ struct Case {
 
   const std::string &operator[](size_t cell) const;  // empty where there is none
   int32_t Int(size_t cell) const;                    // 0 where there is none
+  std::vector<int32_t> Ints(size_t cell) const;      // those between semicolons
   // The flags of a context by letters: R ranges, M modifiers, P percent, U no date units, D a date
   // less a string, S strings added, C no concatenation.
   uint16_t Flags(size_t cell) const;
