@@ -160,6 +160,10 @@ const char *OrlParameterLabel(const ExprItem *item, int32_t index);
 // stand then, or -1 when there is no memory, with the edit as it was.
 int32_t OrlInsertText(const EditorState &editor, const char *text, int32_t length);
 void OrlSelectPlaceholder(const EditorState &editor);
+// The first placeholder that begins at a byte of the text or behind it, else the first of all.
+// False when there is none, or no memory.
+bool OrlFindPlaceholder(const EditorState &editor, const char *text, int32_t from, int32_t *start,
+                        int32_t *end);
 void OrlSeedText(const EditorState &editor);
 void OrlWrapSelection(const EditorState &editor);
 void OrlDrawFormulaRow(const EditorState &editor, const OrlDrawItem *draw);
@@ -176,6 +180,10 @@ void OrlDeleteSelected(EditorState &editor);
 // Brings the rows of the list of formulas, and what hangs on them, in step with the context behind
 // a routine of the host, which may have changed it. Calls no routine of the host's.
 void OrlFollowContext(EditorState &editor);
+
+// ---- What the editor tells of its text (text_aid.cpp) -------------------------------------------
+
+void OrlOfferTextAid(const EditorState &editor);
 
 // ---- The host beside the editor (host.cpp) ------------------------------------------------------
 

@@ -231,5 +231,6 @@ void OrlOpenDialog(EditorState &editor) {
     Windows()->SetTimer(editor.dialog, kErrorTimer, kErrorDelay);
   }
   editor.valuesMore = 1;
+  OrlOfferTextAid(editor);
   OpenValuesLater(editor);
 }

@@ -24,25 +24,26 @@ bool IsPlaceholder(const EditorState &editor, const char *token) {
                      [token](const char *label) { return WRENStrEqualNoCase(token, label) != 0; });
 }
 
-// The first token that is a placeholder; quoted text is one token. `token` has room for the text.
-Span FindWord(const EditorState &editor, const char *text, char *token) {
+// The first token from a byte on that is a placeholder; quoted text is one token. `token` has room
+// for the text.
+Span FindWord(const EditorState &editor, const char *text, char *token, int32_t from = 0) {
   int32_t used = 0;
   while (text[used] != '\0') {
     used += WRENStrTokenize(token, text + used, ORL_WORD_DELIMITERS, ORL_WORD_DELIMITERS, 0,
                             kTokenQuote, 0);
-    if (IsPlaceholder(editor, token)) {
-      const int32_t length = WRENStrLen(token);
+    const int32_t length = WRENStrLen(token);
+    if (used - length >= from && IsPlaceholder(editor, token)) {
       return {used - length, length};
     }
   }
   return {-1, 0};
 }
 
-// The first place of exactly these bytes that is not in the middle of a character.
-Span FindBytes(const char *text, const char *pattern) {
+// The first place of exactly these bytes, from one on, that is not in the middle of a character.
+Span FindBytes(const char *text, const char *pattern, int32_t from = 0) {
   const int32_t length = WRENStrLen(pattern);
   for (const char *at = text; *at != '\0'; at = CharNextA(at)) {
-    if (std::strncmp(at, pattern, static_cast<size_t>(length)) == 0) {
+    if (at - text >= from && std::strncmp(at, pattern, static_cast<size_t>(length)) == 0) {
       return {static_cast<int32_t>(at - text), length};
     }
   }
@@ -57,7 +58,36 @@ Span FindPlaceholder(const EditorState &editor, const char *text, char *token) {
   return found.start < 0 ? FindBytes(text, editor.anyTail) : found;
 }
 
+// By their places, words and tails alike.
+Span FindFrom(const EditorState &editor, const char *text, char *token, int32_t from) {
+  Span first = {-1, 0};
+  for (const Span found :
+       {FindWord(editor, text, token, from), FindBytes(text, editor.anyTail, from),
+        editor.editorMode == kModeSet ? FindBytes(text, editor.expressionTail, from)
+                                      : Span{-1, 0}}) {
+    if (found.start >= 0 && (first.start < 0 || found.start < first.start)) {
+      first = found;
+    }
+  }
+  return first;
+}
+
 }  // namespace
+
+bool OrlFindPlaceholder(const EditorState &editor, const char *text, int32_t from, int32_t *start,
+                        int32_t *end) {
+  const OwnedText token = Allocate<char>(std::strlen(text) + 1);
+  if (token == nullptr) {
+    return false;
+  }
+  Span found = FindFrom(editor, text, token.get(), from);
+  if (found.start < 0) {
+    found = FindFrom(editor, text, token.get(), 0);
+  }
+  *start = found.start;
+  *end = found.start + found.length;
+  return found.start >= 0;
+}
 
 void OrlSelectPlaceholder(const EditorState &editor) {
   OrlWindow edit = ItemOf(editor.dialog, kEditText);

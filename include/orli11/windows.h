@@ -234,6 +234,18 @@ typedef struct {
   void (*Changed)(void *user, OrlWindow dialog);
 } OrlEditorHost;
 
+/* ---- What an editor tells of its text -------------------------------------------------------- */
+
+/* Of a text that is being written, for window systems with SetTextAid. Texts and places are those
+ * of the edit, in bytes. No routine stores anything or calls one of the host's. Each may be null.
+ */
+typedef struct {
+  uint32_t size; /* of the record that the editor was compiled with; later ones grow at the end */
+  /* The first placeholder that begins at a byte of the text or behind it, else the first of all. 1,
+   * or 0 when there is none. */
+  int32_t (*FindPlaceholder)(const char *text, int32_t from, int32_t *start, int32_t *end);
+} OrlTextAid;
+
 /* ---- The operations -------------------------------------------------------------------------- */
 
 /* The table that a window system hands in. `size` is that of the table it was compiled with; later
@@ -312,6 +324,9 @@ typedef struct {
    * kept, not copied. The one before, or null. */
   const OrlEditorHost *(*SetEditorHost)(const OrlEditorHost *host);
   const OrlEditorHost *(*GetEditorHost)(void);
+  /* Hands in what can be told of the text of an edit, which helps while it is written, and makes it
+   * the one control of its dialog that the others work for. The record is kept, not copied. */
+  void (*SetTextAid)(OrlWindow edit, const OrlTextAid *aid);
 } OrlWindowSystem;
 
 /* Hands a window system to the process; null takes it away. The table is kept, not copied. 1, or 0

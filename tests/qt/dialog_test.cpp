@@ -7,6 +7,7 @@
 #include <QAbstractScrollArea>
 #include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -356,6 +357,35 @@ TEST(QtDialog, AsksBeforeChangedTextIsDiscarded) {
     });
     sys->SetEditorHost(nullptr);
   }
+}
+
+// An edit that others work for: it has the keys behind a button that disables itself, and its
+// procedures look at the clipboard when another program has changed that.
+TEST(QtDialog, TextIsGoneBackTo) {
+  static OrlTextAid aid = {sizeof aid, nullptr};
+  static int32_t looks;
+  looks = 0;
+  RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
+    OrlWindow edit = sys->GetDlgItem(window, 100);
+    sys->SetTextAid(edit, &aid);
+    sys->SetWindowProc(edit, [](OrlWindow, uint32_t message, uintptr_t, intptr_t) -> intptr_t {
+      looks += message == ORL_WM_KEYDOWN ? 1 : 0;
+      return 0;
+    });
+    answer = [window](uint32_t message, uintptr_t wParam) {
+      if (message == ORL_WM_COMMAND && wParam == 116) {
+        sys->EnableWindow(sys->GetDlgItem(window, 116), 0);
+      }
+      return 0;
+    };
+    EXPECT_TRUE(QTest::qWaitForWindowActive(qt_windows::FindDialog(window)->widget));
+    QTest::mouseClick(WidgetOf(window, 116), Qt::LeftButton);
+    EXPECT_EQ(WidgetOf(window, 100), QApplication::focusWidget());
+    looks = 0;
+    QApplication::clipboard()->setText("another program's");
+    QTest::qWait(10);
+    EXPECT_GE(looks, 1);
+  });
 }
 
 // A side window by keys: Return takes the row unless the dialog does something else with it, F6

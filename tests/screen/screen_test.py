@@ -127,6 +127,38 @@ class KeyboardTest(EditorCase):
         self.screen.key("Return")
         self.assertRegex(self.finish(), r"=tax ?- 1 \+\nhalf\(\)")
 
+    def test_keys_land_in_the_text_behind_every_button(self):
+        self.orli("define", self.store, self.data, "half=amount / 2", "twice=tax * 2")
+        self.edit()
+        self.screen.key("alt+f")
+        self.screen.type("strm place")  # the blank picks, and the first placeholder is typed over
+        self.screen.key("ctrl+space")
+        self.screen.type("1")
+        self.screen.key("alt+u", "Down", "alt+h")  # the button disables itself
+        self.screen.wait("^Formula Text - half$")
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        self.screen.type("2")  # over the last placeholder
+        self.screen.key("BackSpace", "ctrl+z", "ctrl+z", "3")  # over the one that undoing brings back
+        self.screen.click_control(self.editor, "functions", row=0)
+        self.screen.key("alt+u", "End", "alt+d")
+        self.screen.wait("^Formula Delete$")
+        self.screen.key("alt+y")
+        self.screen.gone("^Formula Delete$", beside=self.editor)
+        self.screen.type("0")  # where the caret was
+        self.press("plus")
+        self.pick("amount")  # replaces nothing
+        self.screen.key("Return")
+        self.assertIn("=StrMid( place , 1 , 30 + amount )", self.finish())
+        self.assertEqual(self.orli("show", self.store, "half").strip(), "amount / 2")
+
+    def test_mode_buttons_are_one_tab_stop(self):
+        self.edit()
+        self.screen.key("Tab", "Right")  # the range mode, and back in the text
+        self.screen.key("Tab", "Tab", "t")  # beyond the modes: tax
+        self.screen.type(" 1")
+        self.screen.key("Return")
+        self.assertIn("=tax AND 1", self.finish())
+
     def test_escape_leaves_the_store_as_it_was(self):
         self.orli("define", self.store, self.data, "half=amount / 2")
         before = self.store.read_bytes()

@@ -1,5 +1,6 @@
 // Dialogs: made from templates, shown, run, gone again.
 #include <QApplication>
+#include <QClipboard>
 #include <QCloseEvent>
 #include <QDialog>
 #include <QEventLoop>
@@ -28,6 +29,14 @@ class DialogWidget : public QDialog {
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     setWindowFlag(Qt::WindowMaximizeButtonHint, true);
     setSizeGripEnabled(false);
+    // What pastes it is told, once the change is over.
+    const auto tell = [this] {
+      if (dialog_->writing != nullptr) {
+        TellSelection(dialog_->writing);
+      }
+    };
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, tell,
+            Qt::QueuedConnection);
   }
 
   // The widgets of the controls know the records: they go first.
@@ -295,6 +304,10 @@ void OpenDialog(Dialog *dialog, intptr_t parameter) {
 
 void ShowDialog(Dialog *dialog, bool shown) {
   dialog->shown = shown;
+  // A window beside a text that is being written leaves the keys there.
+  const Dialog *parent = dialog->modal ? nullptr : Find(dialog->parent).dialog;
+  dialog->widget->setAttribute(Qt::WA_ShowWithoutActivating,
+                               parent != nullptr && parent->writing != nullptr);
   dialog->widget->setVisible(shown);
 }
 

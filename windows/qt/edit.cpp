@@ -15,7 +15,6 @@ namespace qt_windows {
 namespace {
 
 constexpr uint32_t kKeyProcess = 229;  // an input method has taken the key
-constexpr uint32_t kKeyApps = 93;      // the context menu's
 
 // Characters that WM_CHAR brings for a command.
 constexpr uint8_t kCharCopy = 3, kCharPaste = 22, kCharCut = 24, kCharDelete = 127;
@@ -373,8 +372,7 @@ void ShowMenu(Edit *edit, QMenu *menu, const QPoint &place) {
   }
   // The dialog's procedure learns of it as of a key, when it is done.
   QObject::connect(
-      menu, &QMenu::triggered, edit->widget,
-      [edit] { Deliver(edit, ORL_WM_KEYDOWN, kKeyApps, 0, [] {}); }, Qt::QueuedConnection);
+      menu, &QMenu::triggered, edit->widget, [edit] { TellSelection(edit); }, Qt::QueuedConnection);
   menu->setAttribute(Qt::WA_DeleteOnClose);
   menu->popup(place);
 }

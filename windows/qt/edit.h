@@ -18,6 +18,8 @@
 
 namespace qt_windows {
 
+constexpr uint32_t kKeyApps = 93;  // the context menu's
+
 // A selection in units of UTF-16, the caret being at its second end.
 struct Stretch {
   qsizetype anchor = 0, caret = 0;

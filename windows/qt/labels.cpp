@@ -69,13 +69,22 @@ class LabelWidget : public QLabel {
     // The mnemonic leads to its control and presses nothing.
     if (event->type() == QEvent::Shortcut && buddy() != nullptr) {
       window()->setAttribute(Qt::WA_KeyboardFocusChange);
-      buddy()->setFocus(Qt::ShortcutFocusReason);
+      TabStop(buddy())->setFocus(Qt::ShortcutFocusReason);
       return true;
     }
     return QLabel::event(event);
   }
 
  private:
+  // Of a row of buttons of which one is reached by the tab key that one.
+  static QWidget *TabStop(QWidget *first) {
+    QWidget *each = first;
+    while (each->focusPolicy() == Qt::ClickFocus && each->nextInFocusChain() != first) {
+      each = each->nextInFocusChain();
+    }
+    return each->focusPolicy() == Qt::ClickFocus ? first : each;
+  }
+
   QString caption_;
 };
 
@@ -152,6 +161,7 @@ Control *NewButton(const OrlControl &row, Dialog *dialog) {
     if (pressed->id != ORL_ID_CANCEL || MayDiscard(pressed->dialog)) {
       Notify(pressed, ORL_BN_CLICKED);
     }
+    GoToText(pressed->dialog);
   });
   return button.release();
 }

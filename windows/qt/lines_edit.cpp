@@ -12,6 +12,8 @@
 #include <cstdlib>
 
 #include "windows/qt/edit.h"
+#include "windows/qt/text_difference.h"
+#include "windows/qt/text_help.h"
 
 namespace qt_windows {
 
@@ -20,6 +22,8 @@ namespace {
 class LinesWidget : public Messenger<QPlainTextEdit> {
  public:
   LinesWidget(Edit *edit, QWidget *parent) : Messenger(edit, parent), edit_(edit) {}
+
+  TextHelp *help = nullptr;  // of an edit with a text aid
 
   // The selection looks the same without the focus.
   void KeepSelection() {
@@ -40,6 +44,10 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
 
  protected:
   void keyPressEvent(QKeyEvent *event) override {
+    if (help != nullptr && help->TakeKey(*event)) {
+      event->accept();
+      return;
+    }
     KeyPressed(edit_, event, [this, event] { Press(event); });
   }
   void inputMethodEvent(QInputMethodEvent *event) override {
@@ -82,8 +90,13 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
     } else if (Types(*event)) {
       edit_->Enter(event->text(), true);
     } else {
+      const bool isUndo = help != nullptr && event->matches(QKeySequence::Undo);
+      const QString before = isUndo ? edit_->Shown() : QString();
       const OneChange change(edit_);
       OwnEvent(event);
+      if (isUndo) {
+        help->SelectRestored(before);
+      }
     }
   }
 
@@ -105,19 +118,6 @@ bool HasLongWord(QStringView shown) {
     }
   }
   return false;
-}
-
-// Where two texts differ: the first `prefix` and the last `suffix` units are the same. That may cut
-// a pair, which the document does not mind: it is whole again when the change is over.
-struct Difference {
-  qsizetype prefix = 0, suffix = 0;
-};
-Difference Compare(QStringView from, QStringView to) {
-  const auto prefix = std::mismatch(from.begin(), from.end(), to.begin(), to.end()).first;
-  const qsizetype same = prefix - from.begin();
-  const qsizetype most = std::min(from.size(), to.size()) - same;
-  const auto suffix = std::mismatch(from.rbegin(), from.rbegin() + most, to.rbegin()).first;
-  return {same, suffix - from.rbegin()};
 }
 
 struct LinesEdit : Edit {
@@ -180,6 +180,20 @@ struct LinesEdit : Edit {
 
   void OwnEvent(QEvent *event) override { lines->OwnEvent(event); }
   void ForgetUndo() override { lines->document()->clearUndoRedoStacks(); }
+
+  bool TakeTextAid(const OrlTextAid *aid) override {
+    if (!IsReadOnly() && lines->help == nullptr) {
+      lines->help = new TextHelp(this, lines, aid);
+    }
+    return lines->help != nullptr;
+  }
+
+  void GoOn() override {
+    const auto [anchor, caret] = Selected();
+    if (anchor == caret && lines->help != nullptr) {
+      lines->help->SelectNextPlaceholder();
+    }
+  }
 };
 
 }  // namespace

@@ -260,9 +260,57 @@ class ListView : public Messenger<QListView> {
     if (list_->model->Count() == 0 && hasFocus()) {
       PaintEmpty();
     }
+    if (hasFocus()) {
+      PaintFrame();
+    }
+  }
+
+  // The list with the focus is seen at a glance: its row has the full colour, and a frame is around
+  // it.
+  void initViewItemOption(QStyleOptionViewItem *option) const override {
+    QListView::initViewItemOption(option);
+    if (!hasFocus()) {
+      option->state &= ~QStyle::State_Active;
+      const QColor ground = palette().color(QPalette::Active, QPalette::Base);
+      option->palette.setColor(
+          QPalette::Inactive, QPalette::Highlight,
+          Mixed(ground, palette().color(QPalette::Active, QPalette::Highlight)));
+      option->palette.setColor(QPalette::Inactive, QPalette::HighlightedText,
+                               palette().color(QPalette::Active, QPalette::Text));
+    }
+  }
+
+  void scrollContentsBy(int across, int down) override {
+    QListView::scrollContentsBy(across, down);
+    viewport()->update();  // with the frame
+  }
+
+  void focusInEvent(QFocusEvent *event) override {
+    Messenger::focusInEvent(event);
+    viewport()->update();
+  }
+
+  void focusOutEvent(QFocusEvent *event) override {
+    Messenger::focusOutEvent(event);
+    viewport()->update();
   }
 
  private:
+  static QColor Mixed(const QColor &ground, const QColor &color) {
+    constexpr int kPart = 30;  // percent
+    const auto mix = [](int from, int to) { return from + (to - from) * kPart / 100; };
+    return {mix(ground.red(), color.red()), mix(ground.green(), color.green()),
+            mix(ground.blue(), color.blue())};
+  }
+
+  void PaintFrame() {
+    constexpr int kWidth = 2;
+    QPainter painter(viewport());
+    painter.setPen(QPen(palette().color(QPalette::Highlight), kWidth, Qt::SolidLine, Qt::SquareCap,
+                        Qt::MiterJoin));
+    painter.drawRect(viewport()->rect().adjusted(1, 1, -1, -1));
+  }
+
   // The focus has no row to stand on.
   void PaintEmpty() {
     QPainter painter(viewport());

@@ -166,6 +166,8 @@ void Option::SetText(const char *text) {
 void MarkOption(Control *option, bool marked) {
   if (option != nullptr && option->kind == ORL_CONTROL_OPTION) {
     static_cast<OptionWidget *>(option->widget)->Mark(marked);
+    // The tab key stops once in a row of them; arrows go on.
+    option->widget->setFocusPolicy(marked ? Qt::StrongFocus : Qt::ClickFocus);
   }
 }
 

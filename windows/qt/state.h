@@ -60,6 +60,10 @@ struct Control {
   virtual void TakeAsSaved() {}
   // Whether the user has changed it since.
   virtual bool IsUnsaved() const { return false; }
+  // Helps its user to write from now on; false where nothing can be written.
+  virtual bool TakeTextAid(const OrlTextAid * /*aid*/) { return false; }
+  // The user has come back to it to write on: the next placeholder is selected unless something is.
+  virtual void GoOn() {}
 };
 
 struct Dialog {
@@ -76,7 +80,8 @@ struct Dialog {
   bool paintPosted = false;
   QEventLoop *loop = nullptr;  // while it runs
   intptr_t result = 0;
-  OrlWindow focus = nullptr;  // the control that had the focus last
+  OrlWindow focus = nullptr;   // the control that had the focus last
+  Control *writing = nullptr;  // the edit with a text aid, which the others work for
   OrlTextMetrics metrics = {};
   QSize baseSize;                                  // of the client area, as the template says
   double unitX = 0, unitY = 0;                     // pixels of a dialog unit
@@ -236,6 +241,14 @@ const OrlEditorHost *GetEditorHost();
 // Asks the user of a modal dialog whether changed texts may be discarded, unless there are none or
 // the host wants no question. The dialog may have gone afterwards: false then.
 bool MayDiscard(Dialog *dialog);
+
+// ---- Help while a text is written (text_help.cpp)
+
+void SetTextAid(OrlWindow edit, const OrlTextAid *aid);
+// Has the procedures of an edit look at its selection and the clipboard, as behind a key.
+void TellSelection(Control *edit);
+// Brings the user back to the text that the dialog is for, when it has one and they are not there.
+void GoToText(Dialog *dialog);
 
 // ---- The application (application.cpp)
 

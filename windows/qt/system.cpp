@@ -140,6 +140,9 @@ void EnableWindow(OrlWindow window, int32_t enabled) {
   if (place.dialog != nullptr) {
     const Hold hold(place.dialog);
     QWidget *widget = place.control == nullptr ? place.dialog->widget : place.control->widget;
+    if (enabled == 0 && widget->hasFocus() && place.control != place.dialog->writing) {
+      GoToText(place.dialog);
+    }
     widget->setEnabled(enabled != 0);
   }
 }
@@ -385,7 +388,8 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  Safe<InvertIn>::Call,
                                  Safe<DrawFocusIn>::Call,
                                  Safe<SetEditorHost>::Call,
-                                 Safe<GetEditorHost>::Call};
+                                 Safe<GetEditorHost>::Call,
+                                 Safe<SetTextAid>::Call};
 
 }  // namespace
 
