@@ -5,6 +5,7 @@
 #include <cctype>
 
 #include "host/display.h"
+#include "host/foreign_words.h"
 #include "host/nearest.h"
 #include "host/tokens.h"
 
@@ -55,6 +56,14 @@ std::string ColumnOfHeader(const Case &wrong, std::string_view header) {
   return {};
 }
 
+/* Whether a byte of the text belongs to a text or name in quotes. */
+bool InQuotes(const Case &wrong, size_t at) {
+  return std::any_of(wrong.tokens.begin(), wrong.tokens.end(), [at](const Token &token) {
+    return (token.kind == TOKEN_STRING || token.kind == TOKEN_QUOTED) && at >= token.offset &&
+           at < token.offset + token.text.size();
+  });
+}
+
 /* A letter, digit or quote beside a name makes it part of another one. */
 bool IsWordByte(char byte) {
   return std::isalnum(static_cast<unsigned char>(byte)) != 0 || byte == '_' || byte == '"' ||
@@ -69,6 +78,12 @@ bool IsUnitWord(std::string_view word) {
   std::array<char, sizeof(ExprItem::name) + 1> unused;
   return word.size() < sizeof(ExprItem::name) &&
          ORLInputNameIsKeyword(unused.data(), std::string(word).c_str()) == 1;
+}
+
+/* Whether a value is wanted where the token stands. */
+bool StartsOperand(const Case &wrong, size_t place) {
+  const TokenKind before = place == 0 ? TOKEN_OPEN : wrong.tokens[place - 1].kind;
+  return before == TOKEN_OPEN || before == TOKEN_COMMA || before == TOKEN_OPERATOR;
 }
 
 /* ---- The rules, each a sentence or nothing --------------------------------------------------- */
@@ -86,25 +101,33 @@ std::string Unclosed(const Case &wrong) {
          "'it''s'";
 }
 
-/* Quotes that word processors make of plain ones. */
-std::string CurlyQuote(const Case &wrong) {
-  for (const std::string_view quote : {"\xE2\x80\x98", "\xE2\x80\x99", "\xE2\x80\x9A",
-                                       "\xE2\x80\x9C", "\xE2\x80\x9D", "\xE2\x80\x9E"}) {
-    const auto offset = static_cast<size_t>(std::max(wrong.error.offset, 0));
-    const size_t found = wrong.text.find(quote);
-    if (found != std::string::npos && found <= offset + wrong.word.size()) {
-      return std::string(quote) + " is not a plain quote: texts stand in ', names in \"";
+/* A character that looks like one of the language, or stands for one elsewhere. Those that a column
+ * has in its name are good. */
+std::string ForeignCharacter(const Case &wrong) {
+  const size_t end = static_cast<size_t>(std::max(wrong.error.offset, 0)) + wrong.word.size();
+  size_t length = 1;
+  for (size_t at = 0; at < wrong.text.size() && at <= end; at += length) {
+    const std::string_view rest = std::string_view(wrong.text).substr(at);
+    const std::string_view hint = HintForCharacter(rest, length);
+    const std::string_view character = rest.substr(0, length);
+    const bool named =
+        !hint.empty() && std::any_of(wrong.names.columns.begin(), wrong.names.columns.end(),
+                                     [character](const std::string &name) {
+                                       return name.find(character) != std::string::npos;
+                                     });
+    if (!hint.empty() && !named && !InQuotes(wrong, at)) {
+      return std::string(hint);
     }
   }
   return {};
 }
 
 std::string Comparison(const Case &wrong) {
-  constexpr std::string_view kCompare =
-      "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by a sign, as in "
-      "NumberIFF(a - b, 1, 2, 3), which is 1 if a is less than b, 2 if they are equal, else 3";
   constexpr std::array<std::string_view, 7> kWords = {"IF",   "IIF",    "IFF",   "CASE",
                                                       "WHEN", "IFELSE", "CHOOSE"};
+  if (!wrong.tokens.empty() && wrong.tokens[0].text == "=") {
+    return "a formula has no = in front";
+  }
   for (const Token &token : wrong.tokens) {
     const bool sign = token.kind == TOKEN_OTHER && token.text.find_first_of("<=>!") == 0;
     const bool word = token.kind == TOKEN_NAME &&
@@ -112,7 +135,7 @@ std::string Comparison(const Case &wrong) {
                         return EqualNoCase(entry, token.text);
                       });
     if (sign || (word && wrong.error.id != ORL_ERR_VAR) || (word && token.text == wrong.word)) {
-      return std::string(kCompare);
+      return std::string(kNoComparisons);
     }
   }
   return {};
@@ -144,38 +167,22 @@ std::string In(const Case &wrong) {
                "--where \"name='a', 'b'\"; StrTranslate looks a text up in a list";
 }
 
-/* What other languages write, and what is written here. */
-struct Foreign {
-  std::string_view sign, hint;
-};
-constexpr Foreign kForeign[] = {
-    {"&", "texts are joined by ||"},
-    {"^", "write Power(a, b) for a to the power of b"},
-    {"%", "write NumberMod(a, b) for the remainder of a division"},
-    {"[", "names that are not plain stand in double quotes: \"wind speed\""},
-    {"]", "names that are not plain stand in double quotes: \"wind speed\""},
-    {";", "arguments are parted by commas"},
-    {"?", "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by the sign of a number"},
-    {"|", "texts are joined by ||"},
-    {"{", "dates are written plain: 2024-01-31"},
-};
-
 std::string ForeignSign(const Case &wrong) {
   for (const Token &token : wrong.tokens) {
-    for (const Foreign &foreign : kForeign) {
-      const bool sign = token.kind == TOKEN_OTHER || token.text == "%";
-      if (sign && token.text == foreign.sign) {
-        return std::string(foreign.hint);
-      }
+    const bool sign = token.kind == TOKEN_OTHER || token.text == "%";
+    const std::string_view hint = sign ? HintForSign(token.text) : std::string_view();
+    if (!hint.empty()) {
+      return std::string(hint);
     }
   }
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
-    const bool star = wrong.tokens[i + 1].text == "*";
-    if (star && wrong.tokens[i].text == "*") {
-      return "write Power(a, b) for a to the power of b";
+    const std::string pair =
+        std::string(wrong.tokens[i].text) + std::string(wrong.tokens[i + 1].text);
+    if (pair == "**") {
+      return std::string(HintForSign("^"));
     }
-    if (star && wrong.tokens[i].text == "/") {
-      return "there are no comments in formulas";
+    if (pair == "/*" || pair == "//") {
+      return std::string(kNoComments);
     }
   }
   const bool amount = wrong.word.size() > 1 && wrong.word[0] == '$' &&
@@ -204,9 +211,7 @@ std::string Sign(const Case &wrong) {
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
     const Token &sign = wrong.tokens[i];
     const Token &next = wrong.tokens[i + 1];
-    const TokenKind before = i == 0 ? TOKEN_OPEN : wrong.tokens[i - 1].kind;
-    const bool first = before == TOKEN_OPEN || before == TOKEN_COMMA || before == TOKEN_OPERATOR;
-    if (!first || (sign.text != "-" && sign.text != "+")) {
+    if (!StartsOperand(wrong, i) || (sign.text != "-" && sign.text != "+")) {
       continue;
     }
     if (sign.text == "+" && (IsNameToken(next) || next.kind == TOKEN_NUMBER)) {
@@ -227,22 +232,25 @@ std::string UnitWord(const Case &wrong) {
     if (token.kind != TOKEN_NAME || !IsUnitWord(token.text)) {
       continue;
     }
-    const bool first = i == 0 || wrong.tokens[i - 1].kind == TOKEN_OPEN ||
-                       wrong.tokens[i - 1].kind == TOKEN_COMMA ||
-                       wrong.tokens[i - 1].kind == TOKEN_OPERATOR;
-    if (first) {
+    const bool called = i + 1 < wrong.tokens.size() && wrong.tokens[i + 1].kind == TOKEN_OPEN;
+    if (StartsOperand(wrong, i) && !called) {
       const std::string column = ColumnOfHeader(wrong, token.text);
       return DisplayName(token.text) + " is a unit word of dates: write `" +
              DisplayName(column.empty() ? '"' + std::string(token.text) + '"' : column) +
              "` for a column of that name";
     }
   }
-  return wrong.error.id == ORL_ERR_KEYWORD ? "a unit word moves a Date by a Number: date + 7 DAYS"
-                                           : std::string();
+  const bool misplaced = wrong.error.id == ORL_ERR_SYNTAX && IsUnitWord(wrong.word);
+  return wrong.error.id == ORL_ERR_KEYWORD || misplaced
+             ? "a unit word moves a Date by a Number: date + 7 DAYS"
+             : std::string();
 }
 
 /* wind speed, without the quotes that such a name needs. */
 std::string NeedsQuotes(const Case &wrong) {
+  if (wrong.error.id == ORL_ERR_FUNC) {
+    return {};
+  }
   for (const std::string &name : wrong.names.columns) {
     if (name.size() < 3 || (name.front() != '"' && name.front() != '`')) {
       continue;
@@ -274,36 +282,23 @@ std::string StringInNameQuotes(const Case &wrong) {
                         : DidYouMean(column);
 }
 
-/* Words that other languages have for values. */
+/* Words of other languages, unless a function differs in case alone. */
 std::string ForeignWord(const Case &wrong) {
-  if (wrong.error.id != ORL_ERR_VAR && wrong.error.id != ORL_ERR_FUNC) {
-    return {};
+  const auto isWord = [&wrong](const std::string &name) { return EqualNoCase(name, wrong.word); };
+  if (wrong.error.id == ORL_ERR_VAR) {
+    return std::string(HintForWord(wrong.word, WORD_VALUE));
   }
-  for (const std::string_view word : {"NOW", "TODAY", "@NOW", "CURDATE", "SYSDATE"}) {
-    if (EqualNoCase(wrong.word, word)) {
-      return "formulas have no clock: write the date, as in 2024-01-31";
-    }
+  if (wrong.error.id == ORL_ERR_FUNC) {
+    const bool ours =
+        std::any_of(wrong.names.functions.begin(), wrong.names.functions.end(), isWord);
+    return ours ? std::string() : std::string(HintForWord(wrong.word, WORD_CALLED));
   }
-  for (const std::string_view word : {"NULL", "NONE", "NIL", "NA"}) {
-    if (EqualNoCase(wrong.word, word)) {
-      return "there is no word for an empty value: StrToDate('') is an empty Date, NumberMod(0, 0) "
-             "an empty Number, '' the empty text";
-    }
-  }
-  for (const std::string_view word : {"TRUE", "FALSE"}) {
-    if (EqualNoCase(wrong.word, word)) {
-      return "there is no type for true and false: use 1 and 0";
-    }
-  }
-  for (const std::string_view word : {"MIN", "MAX", "LEAST", "GREATEST"}) {
-    if (EqualNoCase(wrong.word, word)) {
-      return "the larger of two is NumberIFF(a - b, b, a, a), the smaller NumberIFF(a - b, a, a, "
-             "b)";
-    }
-  }
-  for (const std::string_view word : {"SUM", "AVG", "COUNT", "MEAN", "MEDIAN"}) {
-    if (EqualNoCase(wrong.word, word)) {
-      return "a formula sees one row; `orli report` computes figures of many";
+  for (size_t i = 1; i < wrong.tokens.size() && wrong.error.id == ORL_ERR_SYNTAX; ++i) {
+    const bool between = wrong.tokens[i].kind == TOKEN_NAME && !StartsOperand(wrong, i);
+    const std::string_view hint =
+        between ? HintForWord(wrong.tokens[i].text, WORD_BETWEEN) : std::string_view();
+    if (!hint.empty()) {
+      return std::string(hint);
     }
   }
   return {};
@@ -365,20 +360,33 @@ constexpr Conversion kConversions[] = {
      "a Date takes + and - alone: date + 7 DAYS, or date - date for the days between two"},
     {ORL_ERR_TYPENUM,
      "what follows a number is a number too: StrToNumber(s) makes one of a text; a date to be "
-     "moved "
-     "comes first, date + 7 DAYS"},
+     "moved comes first, date + 7 DAYS"},
     {ORL_ERR_PARMNUM, "StrToNumber(s) makes a number of a text"},
     {ORL_ERR_PARMSTR, "NumberToStr(n, 2) and DateToStr(d) make texts of numbers and dates"},
     {ORL_ERR_PARMDATE, "StrToDate(s) makes a date of a text"},
     {ORL_ERR_EXPPARMS, "a formula takes no arguments: write `name()`"},
     {ORL_ERR_INVALIDDATE, "a date is written 2024-01-31, with a time 2024-01-31 21:30:15"},
+    {ORL_ERR_BETWEEN, "both ends of a range have one type"},
+    {ORL_ERR_RANGETYPE, "all members of a set have one type"},
     {ORL_ERR_IMBEDDEDRANGE, "a range or set stands alone; --where takes it: --where 'column=name'"},
 };
+
+/* Tells of a String column where another type is wanted, since it may only have become one by a
+ * few odd fields. */
+std::string TextColumn(const Case &wrong) {
+  const bool behind = wrong.error.id == ORL_ERR_OPERATORSTR;
+  const bool isText = behind || wrong.error.id == ORL_ERR_TYPENUM ||
+                      wrong.error.id == ORL_ERR_PARMNUM || wrong.error.id == ORL_ERR_PARMDATE;
+  const std::string name(Near(wrong, behind ? -1 : 0).text);
+  return isText && Contains(wrong.names.texts, name)
+             ? "`" + DisplayName(name) + "` is a String, and `orli items` tells why; "
+             : std::string();
+}
 
 std::string Converted(const Case &wrong) {
   for (const Conversion &conversion : kConversions) {
     if (conversion.id == wrong.error.id) {
-      return std::string(conversion.hint);
+      return TextColumn(wrong) + std::string(conversion.hint);
     }
   }
   return {};
@@ -410,8 +418,18 @@ std::string Missing(const Case &wrong) {
   for (size_t i = 1; i < wrong.tokens.size(); ++i) {
     const Token &before = wrong.tokens[i - 1];
     const Token &token = wrong.tokens[i];
-    if (IsOperand(token) && (IsOperand(before) || before.kind == TOKEN_CLOSE)) {
+    const bool unit = i > 1 && token.kind == TOKEN_NAME && IsUnitWord(token.text);
+    if (IsOperand(token) && !unit && (IsOperand(before) || before.kind == TOKEN_CLOSE)) {
       return "an operator or a comma is missing before `" + DisplayName(token.text) + "`";
+    }
+  }
+  for (size_t i = 0; i < wrong.tokens.size(); ++i) {
+    const Token &token = wrong.tokens[i];
+    const bool call = token.kind == TOKEN_CLOSE && i > 1 && IsNameToken(wrong.tokens[i - 2]);
+    const bool wanted = token.kind == TOKEN_OPERATOR || token.kind == TOKEN_COMMA ||
+                        (token.kind == TOKEN_CLOSE && !call);
+    if (wanted && StartsOperand(wrong, i)) {
+      return "a value is missing before `" + DisplayName(token.text) + "`";
     }
   }
   if (depth > 0) {
@@ -423,9 +441,9 @@ std::string Missing(const Case &wrong) {
 
 /* The first rule that has something to say gives the hint. */
 constexpr std::string (*kRules[])(const Case &wrong) = {
-    Unclosed, CurlyQuote,  UnitWord,    NeedsQuotes,        Comparison, Logic,
-    In,       Exponent,    ForeignSign, StringInNameQuotes, Sign,       NeedsCall,
-    NoCall,   ForeignWord, NearName,    Arguments,          Converted,  Missing,
+    Unclosed, ForeignCharacter, UnitWord,    NeedsQuotes,        Comparison, Logic,
+    In,       Exponent,         ForeignSign, StringInNameQuotes, Sign,       NeedsCall,
+    NoCall,   ForeignWord,      NearName,    Arguments,          Converted,  Missing,
 };
 
 }  // namespace
@@ -436,6 +454,13 @@ KnownNames NamesOf(EC ec, const std::vector<std::string> &formulas) {
     static_cast<std::vector<std::string> *>(user)->emplace_back(name);
   };
   ORLEnumExpItems(ec, ORL_INPUT, add, &names.columns);
+  for (const std::string &name : names.columns) {
+    ExprItem row = {};
+    if (ORLGetExpressionItem(ec, ORL_INPUT, name.c_str(), &row, 0) == 1 &&
+        row.dataType == ORL_TYPE_STRING) {
+      names.texts.push_back(name);
+    }
+  }
   ORLEnumExpItems(ec, ORL_FUNCTION, add, &names.functions);
   names.formulas = formulas;
   for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {

@@ -10,6 +10,7 @@
 /* The names that a formula could have meant. */
 struct KnownNames {
   std::vector<std::string> columns, functions, formulas;
+  std::vector<std::string> texts; /* the columns of type String */
 };
 
 /* The columns and functions of a context and its formulas, with the names of others that are not

@@ -2,7 +2,7 @@
 
 import support
 
-DATA = 'price,temp_max,"wind speed",day,name,sold,Total\n1,2,3,4,x,2024-01-31,5\n'
+DATA = 'price,temp_max,"wind speed",day,name,sold,Total,größe²\n1,2,3,4,x,2024-01-31,5,6\n'
 FORMULAS = "net=price * 2\nfew=1, 2\n"
 
 

@@ -3,9 +3,10 @@ sessions of the shell. Those of docs/odbc-functions.md too."""
 
 import json
 import re
+import subprocess
 
+import host_transcript_test as transcript
 import support
-import transcript
 
 PAGE = (support.ROOT / "docs/language.md").read_text()
 FUNCTIONS = (support.ROOT / "docs/odbc-functions.md").read_text()
@@ -21,6 +22,13 @@ def blocks(kind):
 def shown(value):
     """A value of a row in JSON, as the pages have it; dates and texts differ by quotes alone."""
     return "empty" if value in (None, "") else str(value)
+
+
+def session(command, folder):
+    """What a command writes on a terminal, times left out."""
+    result = subprocess.run(["bash", "-c", command], cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                            env=transcript.ENVIRONMENT, check=False, text=True)
+    return transcript.TIMES.sub(r"\1", result.stdout)
 
 
 class Language(support.FolderCase):
@@ -56,7 +64,9 @@ class Language(support.FolderCase):
 
     def test_sessions(self):
         for text in blocks("console"):
-            transcript.check(self, text.splitlines(), self.folder)
+            for command, expected in transcript.commands_of(text):
+                with self.subTest(command=command):
+                    self.assertEqual(session(command, self.folder), transcript.TIMES.sub(r"\1", expected))
 
     def test_functions_of_databases(self):
         rows = re.findall(r"^\| `(.*)` \| `(.*)` \|$", FUNCTIONS, re.MULTILINE)

@@ -1,0 +1,157 @@
+#include "host/foreign_words.h"
+
+#include "host/tokens.h"
+
+namespace {
+
+constexpr std::string_view kJoin = "texts are joined by ||";
+constexpr std::string_view kPower = "write Power(a, b) for a to the power of b";
+constexpr std::string_view kQuoted =
+    "names that are not plain stand in double quotes: \"wind speed\"";
+constexpr std::string_view kPlainQuotes = "texts stand in plain quotes, ', and names in \"";
+constexpr std::string_view kPlainMinus = "write the plain minus sign, -";
+constexpr std::string_view kPlainBlank = "a blank that is no plain one stands there";
+constexpr std::string_view kNumberText =
+    "NumberToStr(n, 2) makes a text of a number, DateToStrPicture(d, 'd.M.yyyy') of a date";
+constexpr std::string_view kEmpty =
+    "the text of an empty value has no length: StrIFF(StrLength(NumberToStr(n, 0)), '', 'empty', "
+    "'filled')";
+
+struct Foreign {
+  std::string_view sign, hint;
+};
+
+constexpr Foreign kSigns[] = {
+    {"&", kJoin},
+    {"|", kJoin},
+    {"^", kPower},
+    {"%", "write NumberMod(a, b) for the remainder of a division"},
+    {"[", kQuoted},
+    {"]", kQuoted},
+    {";", "arguments are parted by commas"},
+    {"?", "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by the sign of a number"},
+    {"{", "dates are written plain: 2024-01-31"},
+};
+
+constexpr Foreign kCharacters[] = {
+    {"‘", kPlainQuotes},
+    {"’", kPlainQuotes},
+    {"‚", kPlainQuotes},
+    {"“", kPlainQuotes},
+    {"”", kPlainQuotes},
+    {"„", kPlainQuotes},
+    {"«", kPlainQuotes},
+    {"»", kPlainQuotes},
+    {"×", "write * for a product"},
+    {"·", "write * for a product"},
+    {"÷", "write / for a quotient"},
+    {"−", kPlainMinus},
+    {"–", kPlainMinus},
+    {"—", kPlainMinus},
+    {"≤", kNoComparisons},
+    {"≥", kNoComparisons},
+    {"≠", kNoComparisons},
+    {"²", kPower},
+    {"³", kPower},
+    {"√", "write Power(a, 0.5) for a square root"},
+    {"\xC2\xA0", kPlainBlank},     /* no-break space */
+    {"\xE2\x80\xAF", kPlainBlank}, /* narrow no-break space */
+    {"\xE2\x80\x8B", kPlainBlank}, /* zero width space */
+    {"\xEF\xBB\xBF", kPlainBlank}, /* byte-order mark */
+};
+
+/* Words of one meaning, with blanks between them. */
+struct ForeignWords {
+  unsigned places; /* WORD_... bits */
+  std::string_view words, hint;
+};
+
+constexpr ForeignWords kWords[] = {
+    {WORD_ALONE, "now today @now curdate sysdate getdate",
+     "formulas have no clock: write the date, as in 2024-01-31"},
+    {WORD_ALONE, "null none nil na",
+     "there is no word for an empty value: StrToDate('') is an empty Date, NumberMod(0, 0) an "
+     "empty Number, '' the empty text"},
+    {WORD_ALONE, "true false", "there is no type for true and false: use 1 and 0"},
+    {WORD_ALONE, "min max least greatest",
+     "the larger of two is NumberIFF(a - b, b, a, a), the smaller NumberIFF(a - b, a, a, b)"},
+    {WORD_ALONE, "sum avg count mean median",
+     "a formula sees one row; `orli report` computes figures of many"},
+    {WORD_CALLED, "len strlen", "StrLength(s) is the length of a text"},
+    {WORD_CALLED, "lower tolower", "StrLower(s) makes small letters"},
+    {WORD_CALLED, "upper toupper", "StrUpper(s) makes capitals"},
+    {WORD_CALLED, "trim strip", "StrTrim(s) takes the blanks at both ends away"},
+    {WORD_CALLED, "concat concatenate strconcat join", kJoin},
+    {WORD_CALLED, "mid substr slice", "StrMid(s, position, count) counts positions from 0"},
+    {WORD_CALLED, "instr find indexof strpos charindex search",
+     "StrScan(s, part) finds a part of a text, from 0, and is -1 without one"},
+    {WORD_CALLED, "replace substitute",
+     "StrScan finds a part of a text; StrLeft and StrMid take what is beside it"},
+    {WORD_CALLED, "proper initcap", "StrProper(s) makes capitals of first letters"},
+    {WORD_CALLED, "rept", "StrRepeat(s, count) repeats a text"},
+    {WORD_CALLED, "int trunc fix", "NumberTruncate(n, 0) cuts the fraction of a number"},
+    {WORD_CALLED, "ceil", "CEILING(n) is the next whole number"},
+    {WORD_CALLED, "pow", kPower},
+    {WORD_CALLED, "sqrt", "write Power(a, 0.5) for a square root"},
+    {WORD_CALLED, "datediff datedif days", "date - date is the days between two"},
+    {WORD_CALLED, "dateadd adddays edate", "+ moves a date: date + 7 DAYS, date - 1 MONTH"},
+    {WORD_CALLED, "eomonth last_day", "DateMonthEnd(d) is the last day of a month"},
+    {WORD_CALLED, "day", "DateDay(d) is the day of a date"},
+    {WORD_CALLED, "text format str tostring to_char", kNumberText},
+    {WORD_CALLED, "value val tonumber to_number", "StrToNumber(s) makes a number of a text"},
+    {WORD_CALLED, "todate to_date datevalue",
+     "StrToDate(s) makes a date of a text, DateConstruct(year, month, day, 0, 0, 0) of numbers"},
+    {WORD_CALLED, "isnull ifnull nvl coalesce isblank isempty", kEmpty},
+    {WORD_CALLED, "switch decode lookup vlookup",
+     "StrTranslate(s, 'a,b', 'x,y') looks a text up in a list, StrCase(n, 'x,y') a number"},
+    {WORD_BETWEEN, "is", kEmpty},
+    {WORD_BETWEEN, "like", "StrScan(s, part) finds a part of a text, and is -1 without one"},
+    {WORD_BETWEEN, "div", "write / for a quotient"},
+    {WORD_BETWEEN, "mod", "write NumberMod(a, b) for the remainder of a division"},
+    {WORD_BETWEEN, "week weeks quarter quarters",
+     "dates move by DAY, MONTH, YEAR, HOUR, MINUTE and SECOND: a week is 7 DAYS, a quarter 3 "
+     "MONTHS"},
+    {WORD_BETWEEN, "#", kNoComments},
+};
+
+bool HasWord(std::string_view words, std::string_view wanted) {
+  while (!words.empty()) {
+    const std::string_view word = words.substr(0, words.find(' '));
+    if (EqualNoCase(word, wanted)) {
+      return true;
+    }
+    words.remove_prefix(word.size() == words.size() ? word.size() : word.size() + 1);
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string_view HintForWord(std::string_view word, WordPlace place) {
+  for (const ForeignWords &entry : kWords) {
+    if ((entry.places & static_cast<unsigned>(place)) != 0 && HasWord(entry.words, word)) {
+      return entry.hint;
+    }
+  }
+  return {};
+}
+
+std::string_view HintForSign(std::string_view sign) {
+  for (const Foreign &foreign : kSigns) {
+    if (foreign.sign == sign) {
+      return foreign.hint;
+    }
+  }
+  return {};
+}
+
+std::string_view HintForCharacter(std::string_view text, size_t &length) {
+  for (const Foreign &foreign : kCharacters) {
+    if (text.starts_with(foreign.sign)) {
+      length = foreign.sign.size();
+      return foreign.hint;
+    }
+  }
+  length = 1;
+  return {};
+}
