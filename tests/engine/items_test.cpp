@@ -50,7 +50,7 @@ TEST(Items, RecordsAreCopied) {
   row.parameters[0].dataType = 7;
   const ExprItem *kept = ItemFind(ItemTableOf(ec, ORL_FUNCTION), std::string(64, 'n').c_str());
   ASSERT_NE(kept, nullptr);
-  EXPECT_STREQ(kept->routineName, "r");
+  EXPECT_STREQ(+kept->routineName, "r");
   EXPECT_EQ(+ItemParameters(kept)[0].mode, 1);
   EXPECT_EQ(+ItemParameters(kept)[0].dataType, 2);
   EXPECT_EQ(+ItemParameters(kept)[0].subClass, 3);
@@ -59,8 +59,8 @@ TEST(Items, RecordsAreCopied) {
   for (const int32_t parameters : {-1, 0, 1, 2, 3}) {
     ORL_EXPR_ITEM_WITH(3) copy = {};
     EXPECT_EQ(ORLGetExpressionItem(ec, ORL_FUNCTION, name.c_str(), &copy.item, parameters), 1);
-    EXPECT_EQ(copy.item.name, name) << parameters;
-    EXPECT_EQ(copy.item.routineName, kept->routineName) << parameters;
+    EXPECT_EQ(+copy.item.name, name) << parameters;
+    EXPECT_EQ(+copy.item.routineName, +kept->routineName) << parameters;
     EXPECT_EQ(+copy.parameters[0].subClass, parameters > 0 ? 3 : 0) << parameters;
     EXPECT_EQ(+copy.parameters[1].dataType, parameters > 1 ? 1 : 0) << parameters;
     EXPECT_EQ(+copy.parameters[2].mode, 0) << parameters;
