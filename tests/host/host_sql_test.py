@@ -25,44 +25,16 @@ import support
 
 PAGE = support.ROOT / "docs/sql.md"
 MARKS = ("<!-- rows of the test -->\n", "<!-- end of the rows -->\n")
-# How a database does with a formula over all rows.
-SAME, UNKNOWN, DIFFERS = "same", "not known", "differs"
+CELL = re.compile(r"(?<!\\)\| ?")
+# The rows of the page: the name and text of a formula, its value in the second row of the data, and those of
+# SQLite and PostgreSQL: bold where they differ, and a message without quotes where the database refuses it.
+ROWS = [[cell.strip() for cell in CELL.split(line)[1:-1]]
+        for line in PAGE.read_text().split(MARKS[0])[1].split(MARKS[1])[0].splitlines()
+        if re.match(r"\| \w+ \| `", line)]
+FORMULAS = [(row[0], row[1][1:-1].replace("\\|", "|")) for row in ROWS]
 SKIPPED = 77
 LIBC, PR_SET_PDEATHSIG = ctypes.CDLL(None), 1
 
-# Name, text, and how SQLite and PostgreSQL do.
-FORMULAS = (
-    ("sum", "temp_max + temp_min - wind * precipitation", SAME, SAME),
-    ("mean", "(temp_max + temp_min) / 2", SAME, SAME),
-    ("fahrenheit", "mean() * 9 / 5 + 32", SAME, SAME),
-    ("third", "precipitation / 3 / 7", SAME, SAME),
-    ("half", "7 / 2 - mean() / (1--1)", SAME, SAME),
-    ("tenths", "0.1 + 0.2", SAME, SAME),
-    ("label", "'it''s ' || weather", SAME, SAME),
-    ("reported", "date", SAME, SAME),
-    ("until", "31 May 2012", SAME, SAME),
-    ("moment", "5/31/2012 21:30:15.5", SAME, SAME),
-    ("frost", "ABS(temp_min)", SAME, SAME),
-    ("between", "FLOOR(temp_min) * 100 + CEILING(temp_min)", SAME, SAME),
-    ("week", "MOD(FLOOR(temp_max), 7)", SAME, SAME),
-    ("squared", "POWER(wind, 2)", SAME, SAME),
-    ("rounded", "ROUND(temp_max / 4, 1)", SAME, SAME),
-    ("cut", "TRUNCATE(temp_min / 3, 1)", UNKNOWN, SAME),
-    ("length", "LENGTH(weather) + LENGTH(LTRIM('  ab '))", SAME, SAME),
-    ("characters", "CHAR_LENGTH(weather)", UNKNOWN, SAME),
-    ("ahead", "SUBSTRING(weather, 0, 3) || SUBSTRING(weather, 2, 0)", SAME, SAME),
-    ("before", "SUBSTRING(weather, -1, 3)", DIFFERS, SAME),
-    ("folder", "'C:' || SUBSTRING('\\ ', 1, 1)", SAME, SAME),
-    ("middle", "SUBSTRING(weather, 2, 2) || RTRIM(' x  ')", SAME, SAME),
-    ("title", "UCASE(LEFT(weather, 1)) || LCASE(SUBSTRING(weather, 2, 99))", UNKNOWN, SAME),
-    ("place", "LOCATE('n', weather)", UNKNOWN, SAME),
-    ("bar", "REPEAT('=', 3) || SPACE(2) || RIGHT(weather, 2)", UNKNOWN, SAME),
-    ("number", "YEAR(date) * 10000 + MONTH(date) * 100 + DAYOFMONTH(date)", UNKNOWN, SAME),
-    ("quarter", "QUARTER(date) * 10 + DAYOFWEEK(date)", UNKNOWN, SAME),
-    ("clock", "HOUR(moment()) * 100 + MINUTE(moment())", UNKNOWN, SAME),
-    ("ticks", "SECOND(moment())", UNKNOWN, DIFFERS),
-    ("nothing", "wind / (temp_min - temp_min)", DIFFERS, UNKNOWN),
-)
 BOUNDS = ("mild=10 AND 2 * 7.5", "wet='rain', 'snow'", "spring=1 Mar 2012 AND until()", "lengths=3, 4, LENGTH('fog')")
 # Conditions, and which rows of data and formulas they keep.
 CONDITIONS = (
@@ -191,8 +163,8 @@ class Databases(support.FolderCase):
     def setUp(self):
         super().setUp()
         self.store = self.folder / "weather.store"
-        self.define(support.WEATHER, *[f"{name}={text}" for name, text, *_ in FORMULAS], *BOUNDS)
-        formulas = [word for name, text, *_ in FORMULAS for word in ("--formula", f"{name}={text}")]
+        self.define(support.WEATHER, *[f"{name}={text}" for name, text in FORMULAS], *BOUNDS)
+        formulas = [word for name, text in FORMULAS for word in ("--formula", f"{name}={text}")]
         self.rows = rows_of(support.run("eval", support.WEATHER, "--format", "csv", *formulas)[1])
         self.assertEqual(len(self.rows), 1461)
 
@@ -209,28 +181,23 @@ class Databases(support.FolderCase):
         return support.run("sql", self.store, support.WEATHER, *arguments, "--dsn", database.source, "--format", "csv")
 
     def given(self, database, name):
-        """How a database does with a formula, and what it gives for the second row."""
+        """What a database gives for the second row, as the page shows it."""
         status, output, errors = self.ask(database, name)
         if status != 0:
             self.assertRegex(errors.decode(), r"^orli: SQLSTATE \w{5}: .*\n$")
-            return UNKNOWN, re.sub(r".*?(\[SQLite\]|ERROR: )|\W*(\(1\))?\n", "", errors.decode())
+            return re.sub(r".*?(\[SQLite\]|ERROR: )|\W*(\(1\))?\n", "", errors.decode())
         cells = [row[name] for row in rows_of(output)]
         self.assertEqual(len(cells), len(self.rows), name)
         good = all(same(cell, row[name]) for cell, row in zip(cells, self.rows))
         shown = f"`{cells[1]}`" if cells[1] else "NULL"
-        return (SAME, shown) if good else (DIFFERS, f"**{shown}**")
+        return shown if good else f"**{shown}**"
 
     def check(self, kind):
-        """The rows are those of eval where FORMULAS says so; the page shows the second one."""
-        database, column = self.database(kind), (Sqlite, PostgreSQL).index(kind)
-        page = re.findall(r"^\| `.*\|$", PAGE.read_text().split(MARKS[0])[1], re.MULTILINE)
-        self.assertEqual(len(page), len(FORMULAS))
-        for (name, text, *outcomes), line in zip(FORMULAS, page):
-            outcome, shown = self.given(database, name)
-            self.assertEqual(outcome, outcomes[column], f"{kind.name}: {text}: {shown}")
-            cells = re.split(r"(?<!\\)\| ?", line)
-            self.assertEqual([cells[1], cells[2], cells[3 + column]],
-                             [in_table(text), f"`{self.rows[1][name]}` ", shown + " "])
+        """The rows are those of eval where the page says so."""
+        database, column = self.database(kind), 3 + (Sqlite, PostgreSQL).index(kind)
+        self.assertEqual(len(ROWS), 30)
+        for row in ROWS:
+            self.assertEqual([f"`{self.rows[1][row[0]]}`", self.given(database, row[0])], [row[2], row[column]], row)
         self.check_conditions(database)
         self.check_texts(database)
         self.check_numbers(database)
@@ -330,19 +297,15 @@ class Databases(support.FolderCase):
         self.assertEqual(support.run("sql", self.store, "-", "mean", stdin=support.WEATHER.read_bytes())[0], 2)
 
 
-def in_table(text):
-    return f"`{text}` ".replace("|", "\\|")
-
-
 class Writer(Databases):
     """Writes the rows of the page."""
 
     def runTest(self):
         databases = [self.database(Sqlite), self.database(PostgreSQL)]
-        lines = ["\n| Formula | `orli eval` | SQLite | PostgreSQL |\n", "|---|---|---|---|\n"]
-        for name, text, *_ in FORMULAS:
-            cells = [f"`{self.rows[1][name]}`", *(self.given(database, name)[1] for database in databases)]
-            lines.append(f"| {in_table(text)}| {' | '.join(cells)} |\n")
+        lines = ["\n| Name | Formula | `orli eval` | SQLite | PostgreSQL |\n", "|---|---|---|---|---|\n"]
+        for name, text, *_ in ROWS:
+            cells = [f"`{self.rows[1][name]}`", *(self.given(database, name) for database in databases)]
+            lines.append(f"| {name} | {text} | {' | '.join(cells)} |\n")
         before, rest = PAGE.read_text().split(MARKS[0])
         PAGE.write_text(before + MARKS[0] + "".join(lines) + "\n" + MARKS[1] + rest.split(MARKS[1])[1])
 
