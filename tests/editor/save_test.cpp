@@ -7,6 +7,7 @@
 #include "closed/wren/memory.h"
 #include "editor/session.h"
 #include "engine/context.h"
+#include "support/cases.h"
 #include "support/context.h"
 
 namespace {
@@ -143,71 +144,12 @@ void CheckRow(const Row &row, const Context &ec) {
   EXPECT_EQ(ec.Changes(), row.changes);
 }
 
-// clang-format off
 TEST(EditorSave, AsTheTableSays) {
-  const std::string four = " Price Total Span Some", fresh = "|[ New Formula ]|" + four,
-      seed = "{Expression}, Expression [,Expression...]|Set1|[ New Set ]|" + four,
-      total = "|Total| Price *Total Span Some", price = "|Price| *Price Total Span Some";
-  const Row rows[] = {
-      {"", 0, "type 100 Tax + 1; click 1", {}, "", "", "+Formula1=Tax + 1 "},
-      {"Total", 0, "type 100 2 *; type 101 s; click 1", {}, "", "",
-       "-Total=Price() + 1 +sTotal=2 *Price() + 1 "},
-      // Nothing to save, also with the Yes of the question.
-      {"", 0, "no click 1", {}, "", "{}|Formula1" + fresh, ""},
-      {"", 0, "type 100 1; key 100 8; click 135", {kYes}, "ask", "{}|Formula1" + fresh, ""},
-      // The text is wrong, or its name, or they do not fit what is there.
-      {"", 0, "type 100 Tax + Nope; click 1", {}, "!VAR|Tax + {Nope}",
-       "Tax + {Nope}|Formula1" + fresh, ""},
-      {"", 0, "type 100 Nope(1); click 1", {}, "!FUNC|{Nope(}1)", "{Nope(}1)|Formula1" + fresh, ""},
-      {"", 0, "type 100 Tax; type 101 no ; click 1", {}, "!NAME|{no Formula1}",
-       "{Tax}|no Formula1" + fresh, ""},
-      {"", 0, "type 100 Tax + Tax; select 101 0 -1; type 101 Price; click 1", {},
-       "!DUPNAME|{Price}", "{Tax +} Tax|Price" + fresh, ""},
-      {"Total", 0, "select 101 0 -1; type 101 Half; click 1", {}, "!DUPNAME|{Half}",
-       "{Pric}e() + 1|Half" + total, ""},
-      {"Price", 0, "select 100 0 -1; type 100 'x'; click 1", {}, "!EXPDATATYPE|{'x'}",
-       "{'x'}|Price" + price, ""},
-      {"Price", 0, "select 100 0 -1; type 100 Total(); click 1", {}, "!RECURSIVE|{Total(})",
-       "{Total(})|Price" + price, ""},
-      // What stands for further members is cut off.
-      {"", 1, "double 106 Amount; double 106 Tax; click 1", {}, "", "", "+Set1=Amount, Tax  "},
-      {"", 1, "double 106 Amount; double 106 Tax; type 101 no ; click 1", {}, "!NAME|{no Set1}",
-       "{Amount,} Tax |no Set1|[ New Set ]|" + four, ""},
-      // Saved by the way; a new text gets a name of its kind where it has none, and a row that
-      // stays.
-      {"", 0, "type 100 5; select 101 0 -1; key 101 46; click 136", {kYes}, "ask",
-       seed + " Formula1", "+Formula1=5 "},
-      {"", 0, "type 100 1 AND 2; select 101 0 -1; key 101 46; click 136", {kYes, kYes},
-       "ask / kind Range Formula", seed + " Range1", "+Range1=1 AND 2 "},
-      {"", 0, "type 100 5; click 117", {kYes}, "ask", "{}|Formula2" + fresh + " Formula1",
-       "+Formula1=5 "},
-      // A new name takes the place of the old one in the list, with the current row kept.
-      {"Total", 0, "row 114 Some; type 101 s; click 117", {kYes}, "ask",
-       "{}1, 2|Some|Some| Price sTotal Span *Some", "-Total=Price() + 1 +sTotal=Price() + 1 "},
-      {"Total", 0, "type 100 2 *; click 135; click 134", {kYes}, "ask",
-       "{}|Formula1|[ New Formula ]| Price *Total Span Some",
-       "-Total=Price() + 1 +Total=2 *Price() + 1 "},
-      // Selecting.
-      {"Total", 0, "row 114 Some; type 101 s; click 117", kStay, "ask",
-       "{}Price() + 1|sTotal|Total| Price Total Span *Some", ""},
-      {"", 2, "row 114 Price; row 114 [ New Range ]; click 117", {}, "",
-       "{Expression} AND Expression|Range1|[ New Range ]|" + four, ""},
-      {"", 2, "row 114 Price; click 117; row 114 [ New Formula ]; click 117", {}, "",
-       "{}|Formula1" + fresh, ""},
-      // Deleting. What only the deleted one used can have a new name.
-      {"", 0, "row 114 Span; click 116; no click 116; no click 117; no click 118", {kYes},
-       "del Range", "{}|Formula1|[ New Formula ]| Price Total Some", "-Span=1 AND 2 "},
-      {"Span", 0, "row 114 Some; click 116", {kNo}, "del Set",
-       "{}1 AND 2|Span|Span| Price Total Span *Some", ""},
-      {"Total", 0, "click 116; row 114 Price; click 116", {kYes, kYes}, "del Formula / del Formula",
-       "{}|Formula1|[ New Formula ]| Span Some", "-Price=Amount * 2 -Total=Price() + 1 "},
-      {"Price", 0, "no type 101 x; row 114 Total; click 116; type 101 x", {kYes}, "del Formula",
-       "{}Amount * 2|xPrice|Price| Price Span Some", "-Total=Price() + 1 "},
-      {"Some", 0, "row 114 Span; click 116; type 101 x; row 114 Total; click 117",
-       {kYes, kYes, kYes}, "del Range / ask / kind Set Formula",
-       "{}Price() + 1|Total|Total| Price *Total xSome", "-Span=1 AND 2 -Some=1, 2 +xSome=1, 2 "},
-  };
-  for (const Row &row : rows) CheckRow(row, Context());
+  for (const Case &row : CasesOf("editor/save_cases.txt", "save")) {
+    SCOPED_TRACE(row.where);
+    CheckRow({row[0].c_str(), row.Int(1), row[2].c_str(), row.Ints(3), row[4], row[5], row[6]},
+             Context());
+  }
   // Without modes nobody asks about the kind.
   CheckRow({"", 0, "type 100 1 AND 2; click 1", {}, "", "", "+Formula1=1 AND 2 "}, Context(false));
 }
@@ -219,11 +161,14 @@ TEST(EditorSave, AsksWhenTheKindIsNotThatOfTheMode) {
     const size_t mode = cases % 3, kind = cases / 3 % 3;
     const bool isNew = cases / 9 % 2 == 0, yes = cases / 18 == 0, saves = yes || mode == kind;
     const std::string acts = Cat("select 100 0 -1; type 100 ", texts[kind], "; click 1"),
-        name = isNew ? Cat(kWords[mode], "1") : "Some",
-        title = isNew ? Cat("[ New ", kWords[mode], " ]") : "Some",
-        list = isNew ? " Price Total Span Some" : " Price Total Span *Some";
+                      name = isNew ? Cat(kWords[mode], "1") : "Some",
+                      title = isNew ? Cat("[ New ", kWords[mode], " ]") : "Some",
+                      list = isNew ? " Price Total Span Some" : " Price Total Span *Some";
     const std::string marked = mode == 2 ? Cat("{}", texts[kind]) : Cat(texts[kind], "{}");
-    CheckRow({isNew ? "" : "Some", types[mode], acts.c_str(), {yes ? kYes : kNo},
+    CheckRow({isNew ? "" : "Some",
+              types[mode],
+              acts.c_str(),
+              {yes ? kYes : kNo},
               mode == kind ? "" : Cat("kind ", kWords[kind], " ", kWords[mode]),
               saves ? "" : Cat(marked, "|", name, "|", title, "|", list),
               saves ? Cat(isNew ? "+" : "-Some=1, 2 +", name, "=", texts[kind], " ") : ""},
@@ -236,6 +181,7 @@ void Destroy(EC ec, const char *name) {
 }
 
 // A host that refuses, or changes the context when it is called.
+// clang-format off
 TEST(EditorSave, FollowsWhatTheHostDoes) {
   const auto gone = [](EC ec) { Destroy(ec, "Total"); };
   const auto taken = [](EC ec) {
