@@ -107,7 +107,7 @@ void BindCall(EC ec, Word *code) {
   code[kCallBuiltIn].builtIn = usable && TakesValues(row, builtIn, type) ? builtIn : nullptr;
 }
 
-Program *BoundProgram(EC ec, Expression *expression) {
+Program *BindProgram(EC ec, Expression *expression) {
   Program *program = expression->program;
   if (program == nullptr) {
     program = expression->program = CompileTree(expression->tree);
@@ -115,8 +115,6 @@ Program *BoundProgram(EC ec, Expression *expression) {
       return nullptr;
     }
   }
-  if (program->generation != ec->generation || program->context != ec) {
-    BindAll(ec, program);
-  }
+  BindAll(ec, program);
   return program;
 }

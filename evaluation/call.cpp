@@ -58,7 +58,8 @@ void *EntryOf(const TextBuffer &texts, Value *value, NumberValue *number, bool b
     MakeTextBlock(texts, value);
   }
   switch (value->form) {
-    case ValueForm::Number:
+    case ValueForm::Narrow:
+    case ValueForm::Wide:
     case ValueForm::Packed:
       StoreValue(number, *value);
       return number;

@@ -10,11 +10,12 @@
 #include "evaluation/program.h"
 #include "functions/value.h"
 
-// An expression that is being computed, and where its program goes on.
+// A formula that is being computed for another one, and where the program of that one goes on.
 struct FormulaFrame {
   Expression *expression;
   const Evaluation *before;  // the evaluation that was inside the expression
-  Program *program;
+  Expression *caller;
+  Program *program;  // of the caller
   Word *next;
 };
 
@@ -29,7 +30,16 @@ struct Evaluation {
 // Computes an expression. Returns its value, which stays the run's, or null when there is none.
 // EvaluationEnd must follow in either case.
 const Value *EvaluationRun(Evaluation &run, EC ec, HEXP exp);
-void EvaluationEnd(Evaluation &run);
+
+inline void EvaluationEnd(Evaluation &run) {
+  const Value &value = run.values.items[0];
+  if (value.form == ValueForm::Block || value.form == ValueForm::Name) {
+    WRENMemFree(value.block);
+  }
+  TextBufferEnd(run.texts);
+  StackEnd(run.values);
+  StackEnd(run.formulas);
+}
 
 // ---- Calls ----
 

@@ -40,9 +40,9 @@ inline void ReleaseBlock(void *&waiting, void *block) {
 // The value is None, and `accept` is not called, when the routine fails or throws.
 template <uint32_t size, class Routine, class Accept>
 inline void CallWithBlock(void *&waiting, Value *value, Routine routine, Accept accept) {
-  value->form = ValueForm::None;
   void *block = TakeBlock<size>(waiting);
-  if (block == nullptr) {
+  value->form = ValueForm::None;
+  if (block == nullptr) [[unlikely]] {
     return;
   }
   void *filled = block;

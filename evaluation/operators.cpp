@@ -46,8 +46,8 @@ void CallOperator(Evaluation &run, OrlOperatorProc callback, Value *left, const 
 
 // A null counts as zero; false for bytes that are not a number.
 bool OperandOf(const Value &value, Decimal *d) {
-  *d = value.form == ValueForm::Number ? NumberOf(value) : Decimal{};
-  return value.form == ValueForm::Number || IsNullNumber(value);
+  *d = IsNumber(value) ? NumberOf(value) : Decimal{};
+  return IsNumber(value) || IsNullNumber(value);
 }
 
 }  // namespace

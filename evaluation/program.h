@@ -85,8 +85,9 @@ inline Word *ProgramCode(Program *program) {
   return reinterpret_cast<Word *>(program + 1);
 }
 
-// The program of an expression that has a tree, with its names bound; null when out of memory.
-Program *BoundProgram(EC ec, Expression *expression);
+// Compiles the tree of an expression unless that is done, and binds the names; null when out of
+// memory.
+Program *BindProgram(EC ec, Expression *expression);
 
 // Compiles a tree; null when out of memory. The caller owns the block.
 Program *CompileTree(const ExprNode *tree);

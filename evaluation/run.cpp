@@ -8,163 +8,191 @@ namespace {
 
 constexpr int32_t kOtherType = 3;  // of the host's own
 
-// Enters an expression: its program, with room for its values; null where it cannot be computed.
-Program *EnterExpression(Evaluation &run, Expression *expression, uint32_t values, Program *program,
-                         Word *next) {
+// The program of an expression that has a tree, with its names bound; null when out of memory.
+inline Program *BoundProgram(EC ec, Expression *expression) {
+  Program *program = expression->program;
+  if (program == nullptr || program->generation != ec->generation || program->context != ec)
+      [[unlikely]] {
+    return BindProgram(ec, expression);
+  }
+  return program;
+}
+
+// Makes room for the values of a program on top of `values` others; false when out of memory.
+inline bool ReserveValues(Evaluation &run, uint32_t values, const Program *program) {
+  const uint64_t wanted = uint64_t{values} + program->depth;
+  run.values.count = values;
+  return wanted <= run.values.room || StackGrow(run.values, wanted);
+}
+
+// Enters a formula that the program of another one refers to; null where it cannot be computed.
+Program *EnterFormula(Evaluation &run, Expression *expression, uint32_t values, Program *caller,
+                      Word *next) {
   if (expression == nullptr || expression->evaluation == &run) {  // gone, or a circle
     return nullptr;
   }
   Program *entered = BoundProgram(run.ec, expression);
-  if (entered == nullptr) {
-    return nullptr;
-  }
-  const uint64_t wanted = uint64_t{values} + entered->depth;
-  run.values.count = values;
-  if (wanted > run.values.room && !StackGrow(run.values, wanted)) {
+  if (entered == nullptr || !ReserveValues(run, values, entered)) {
     return nullptr;
   }
   FormulaFrame *frame = StackPush(run.formulas);
   if (frame == nullptr) {
     return nullptr;
   }
-  *frame = {expression, expression->evaluation, program, next};
+  *frame = {expression, expression->evaluation, run.expression, caller, next};
   expression->evaluation = &run;
   run.expression = expression;
   return entered;
 }
 
-FormulaFrame LeaveExpression(Evaluation &run) {
-  const FormulaFrame frame = run.formulas.items[--run.formulas.count];
-  frame.expression->evaluation = frame.before;
-  run.expression =
-      run.formulas.count == 0 ? nullptr : run.formulas.items[run.formulas.count - 1].expression;
-  return frame;
-}
-
-inline bool AreNumbers(const Value &left, const Value &right) {
-  return left.form == ValueForm::Number && right.form == ValueForm::Number;
+// False where the result is not narrow, and for quotients.
+template <Operation operation>
+inline bool ComputeNarrow(NarrowDecimal *result, NarrowDecimal left, NarrowDecimal right) {
+  switch (operation) {
+    case Operation::Add:
+      return NarrowAdd(result, left, right);
+    case Operation::Subtract:
+      return NarrowSubtract(result, left, right);
+    case Operation::Multiply:
+      return NarrowMultiply(result, left, right);
+    default:
+      return false;
+  }
 }
 
 template <Operation operation>
 inline void Arithmetic(Evaluation &run, Value *left, Value *right) {
-  Decimal result;
-  if (AreNumbers(*left, *right) && !run.ec->hasNumberOperators &&
-      Compute(operation, &result, NumberOf(*left), NumberOf(*right))) [[likely]] {
-    SetNumber(left, result);
-  } else {
+  if (run.ec->hasNumberOperators) {
     ComputeSlowly(run, operation, left, right);
+    return;
   }
+  NarrowDecimal result;
+  if (left->form == ValueForm::Narrow && right->form == ValueForm::Narrow &&
+      ComputeNarrow<operation>(&result, NarrowOf(*left), NarrowOf(*right))) [[likely]] {
+    SetNarrow(left, result);
+    return;
+  }
+  if constexpr (operation == Operation::Divide) {
+    Decimal quotient;
+    if (IsNumber(*left) && IsNumber(*right) &&
+        ComputeQuotient(&quotient, NumberOf(*left), NumberOf(*right))) [[likely]] {
+      SetNumber(left, quotient);
+      return;
+    }
+  }
+  ComputeSlowly(run, operation, left, right);
 }
 
-// Runs the program of the expression that was entered last. One more than `top` is the first free
-// place of the value stack, throughout.
-void RunProgram(Evaluation &run, Program *program) {
+// Runs the program of the root. One more than `top` is the first free place of the value stack,
+// throughout.
+inline void RunProgram(Evaluation &run, Program *program) {
+  const EC ec = run.ec;
   Word *code = ProgramCode(program);
   Value *top = run.values.items - 1;
   for (;;) {
-    const Instruction instruction = code->instruction;
+    const Instruction &instruction = code->instruction;
     switch (instruction.operation) {
       case Operation::NumberInput:
-        if (program->generation != run.ec->generation) [[unlikely]] {
-          BindInput(run.ec, code);
+        if (program->generation != ec->generation) [[unlikely]] {
+          BindInput(ec, code);
         }
         InputValue<ORL_TYPE_NUMBER>(run, code, ++top);
         code += kInputEnd;
-        break;
+        continue;
       case Operation::DateInput:
-        if (program->generation != run.ec->generation) {
-          BindInput(run.ec, code);
+        if (program->generation != ec->generation) {
+          BindInput(ec, code);
         }
         InputValue<ORL_TYPE_DATE>(run, code, ++top);
         code += kInputEnd;
-        break;
+        continue;
       case Operation::TextInput:
-        if (program->generation != run.ec->generation) {
-          BindInput(run.ec, code);
+        if (program->generation != ec->generation) {
+          BindInput(ec, code);
         }
         InputValue<ORL_TYPE_STRING>(run, code, ++top);
         code += kInputEnd;
-        break;
+        continue;
       case Operation::OtherInput:
-        if (program->generation != run.ec->generation) {
-          BindInput(run.ec, code);
+        if (program->generation != ec->generation) {
+          BindInput(ec, code);
         }
         InputValue<kOtherType>(run, code, ++top);
         code += kInputEnd;
-        break;
+        continue;
       case Operation::SmallNumber:
-        SetNumber(++top, {instruction.operand, 0});
+        SetNarrow(++top, {instruction.operand, 0});
         code++;
-        break;
+        continue;
       case Operation::Number:
         SetNumber(++top, DecimalOfWords(code));
         code += kNumberEnd;
-        break;
+        continue;
       case Operation::Constant:
-        if (run.ec->hasNumberOperators) {
+        if (ec->hasNumberOperators) {
           code += kNumberEnd;
         } else {
           SetNumber(++top, DecimalOfWords(code));
           code += instruction.operand;
         }
-        break;
+        continue;
       case Operation::Nothing:
         code += kNumberEnd;
-        break;
+        continue;
       case Operation::PackedNumber:
         SetPacked(++top, code + 1);
         code += 3;
-        break;
+        continue;
       case Operation::Add:
         --top;
         Arithmetic<Operation::Add>(run, top, top + 1);
         code++;
-        break;
+        continue;
       case Operation::Subtract:
         --top;
         Arithmetic<Operation::Subtract>(run, top, top + 1);
         code++;
-        break;
+        continue;
       case Operation::Multiply:
         --top;
         Arithmetic<Operation::Multiply>(run, top, top + 1);
         code++;
-        break;
+        continue;
       case Operation::Divide:
         --top;
         Arithmetic<Operation::Divide>(run, top, top + 1);
         code++;
-        break;
+        continue;
       case Operation::Text:
         CopyTextInto(run.texts, ++top, code[1].text, static_cast<uint32_t>(code[2].bits));
         code += 3;
-        break;
+        continue;
       case Operation::EscapedText:
         PushEscapedText(run.texts, code[1].text, ++top);
         code += 2;
-        break;
+        continue;
       case Operation::Concatenate:
         --top;
         Concatenate(run.texts, top, top + 1);
         code++;
-        break;
+        continue;
       case Operation::Date:
         PushDate(code[1].text, ++top);
         code += 2;
-        break;
+        continue;
       case Operation::MoveDate:
         --top;
         MoveDate(instruction, top, top + 1);
         code++;
-        break;
+        continue;
       case Operation::SubtractDates:
         --top;
         SubtractDates(run.texts, top, top + 1);
         code++;
-        break;
+        continue;
       case Operation::Call: {
-        if (program->generation != run.ec->generation) {
-          BindCall(run.ec, code);
+        if (program->generation != ec->generation) {
+          BindCall(ec, code);
         }
         Value *frame = ++top;
         const uint32_t count = code[kCallShape].call.arguments;
@@ -176,7 +204,7 @@ void RunProgram(Evaluation &run, Program *program) {
         } else {
           code += kCallEnd;
         }
-        break;
+        continue;
       }
       case Operation::NextArgument:
         if (WantsArgument(run, top - instruction.detail, instruction.detail, code, top + 1)) {
@@ -185,19 +213,19 @@ void RunProgram(Evaluation &run, Program *program) {
           top++;
           code += instruction.operand;
         }
-        break;
+        continue;
       case Operation::Invoke:
         top -= instruction.operand;
         InvokeCall(run, top, static_cast<uint32_t>(instruction.operand));
         code++;
-        break;
+        continue;
       case Operation::Formula: {
-        if (program->generation != run.ec->generation) {
-          BindFormula(run.ec, code);
+        if (program->generation != ec->generation) {
+          BindFormula(ec, code);
         }
         const uint32_t values = static_cast<uint32_t>(++top - run.values.items);
-        Program *entered = EnterExpression(run, code[kFormulaExpression].expression, values,
-                                           program, code + kFormulaEnd);
+        Program *entered = EnterFormula(run, code[kFormulaExpression].expression, values, program,
+                                        code + kFormulaEnd);
         top = run.values.items + values;
         if (entered == nullptr) {
           top->form = ValueForm::None;
@@ -207,22 +235,25 @@ void RunProgram(Evaluation &run, Program *program) {
           program = entered;
           code = ProgramCode(program);
         }
-        break;
+        continue;
       }
       case Operation::NoValue:
         (++top)->form = ValueForm::None;
         code++;
-        break;
+        continue;
       case Operation::End: {
-        const FormulaFrame frame = LeaveExpression(run);
-        if (frame.program == nullptr) {
+        if (run.formulas.count == 0) {
           return;
         }
+        const FormulaFrame &frame = run.formulas.items[--run.formulas.count];
+        frame.expression->evaluation = frame.before;
+        run.expression = frame.caller;
         program = frame.program;
         code = frame.next;
-        break;
+        continue;
       }
     }
+    __builtin_unreachable();
   }
 }
 
@@ -235,18 +266,14 @@ const Value *EvaluationRun(Evaluation &run, EC ec, HEXP exp) {
   StackBegin(run.values);
   StackBegin(run.formulas);
   run.values.items[0].form = ValueForm::None;
-  Program *program = EnterExpression(run, exp, 0, nullptr, nullptr);
-  if (program == nullptr) {
+  Program *program = BoundProgram(ec, exp);
+  if (program == nullptr || !ReserveValues(run, 0, program)) {
     return nullptr;
   }
+  const Evaluation *before = exp->evaluation;
+  exp->evaluation = &run;
   RunProgram(run, program);
+  exp->evaluation = before;
   const Value *value = run.values.items;
   return value->form == ValueForm::None ? nullptr : value;
-}
-
-void EvaluationEnd(Evaluation &run) {
-  DropValue(run.texts, run.values.items);
-  TextBufferEnd(run.texts);
-  StackEnd(run.values);
-  StackEnd(run.formulas);
 }

@@ -43,15 +43,12 @@ void NumberOfDate(InnerCall &call, Number number) {
 }  // namespace
 
 void InnerNumberAbsolute(InnerCall &call) {
-  PassOn(call, 0);
-  Value *result = call.result;
-  if (result->form == ValueForm::Number) {
-    if (result->coefficient < 0) {
-      result->coefficient = -result->coefficient;
-    }
+  Decimal d;
+  if (NumberOf(call, 0, &d)) {
+    SetNumber(call.result, {d.coefficient < 0 ? -d.coefficient : d.coefficient, d.exponent});
   } else {
     // Bytes that are not a number count as below zero, and have no opposite.
-    SetNull(result);
+    SetNull(call.result);
   }
 }
 

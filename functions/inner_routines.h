@@ -41,9 +41,9 @@ inline TextSpan TextOf(const InnerCall &call, uint32_t place) {
 
 // Whether the argument holds a number; bytes that are not one count as null.
 inline bool NumberOf(const InnerCall &call, uint32_t place, Decimal *d) {
-  const Value *value = ArgumentOf(call, place, ValueForm::Number);
-  *d = value == nullptr ? Decimal{} : NumberOf(*value);
-  return value != nullptr;
+  const bool given = place < call.count && IsNumber(call.args[place]);
+  *d = given ? NumberOf(call.args[place]) : Decimal{};
+  return given;
 }
 
 // A count or position: null is 0, a fraction is cut, what 32 bits cannot hold saturates.

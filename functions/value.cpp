@@ -19,6 +19,15 @@ char *LargerBuffer(TextBuffer &texts, uint64_t wanted, uint64_t size) {
 
 }  // namespace
 
+void SetWideFrom(Value *value, const void *number) {
+  SetPacked(value, number);
+  Decimal d;
+  if (value->packed.length == kNumberLength &&
+      DecimalUnpack(value->packed.head, value->packed.low, &d)) {
+    SetNumber(value, d);
+  }
+}
+
 bool TextBufferGrow(TextBuffer &texts, uint64_t size) {
   const uint64_t wanted = size + kTextSlack;
   // Geometric growth, so that a long chain costs linear time; without memory for that the least.

@@ -11,7 +11,8 @@
 
 enum class ValueForm : uint8_t {
   None,    // the node cannot be computed; not the same as a null number
-  Number,  // an unpacked number
+  Narrow,  // a number whose coefficient fits 64 bits
+  Wide,    // a number whose coefficient does not
   Packed,  // a NumberValue as it is: dates, nulls, and bytes that are not a number
   Text,    // a text in the text buffer
   Block,   // a heap block that the value owns and the engine only hands on
@@ -41,13 +42,14 @@ struct CallFrame {
 
 struct Value {
   union {
-    Int128 coefficient;
+    int64_t narrow;
+    Int128 wide;
     PackedNumber packed;
     TextSpan text;
     void *block;
     CallFrame frame;
   };
-  int32_t exponent;     // Number
+  int32_t exponent;     // Narrow, Wide
   uint32_t textsUsed;   // Frame: what the text buffer held before the arguments
   uint32_t generation;  // Frame: of the context when the row was found, its lower half
   ValueForm form;
@@ -58,13 +60,28 @@ inline TextSpan SpanOf(const Value &value) {
   return {value.text.offset, value.text.length};
 }
 
+inline bool IsNumber(const Value &value) {
+  return value.form == ValueForm::Narrow || value.form == ValueForm::Wide;
+}
+inline NarrowDecimal NarrowOf(const Value &value) {
+  return {value.narrow, value.exponent};
+}
 inline Decimal NumberOf(const Value &value) {
-  return {value.coefficient, value.exponent};
+  return {value.form == ValueForm::Narrow ? value.narrow : value.wide, value.exponent};
+}
+inline void SetNarrow(Value *value, NarrowDecimal number) {
+  value->narrow = number.coefficient;
+  value->exponent = number.exponent;
+  value->form = ValueForm::Narrow;
 }
 inline void SetNumber(Value *value, const Decimal &number) {
-  value->coefficient = number.coefficient;
+  if (DecimalIsNarrow(number)) {
+    SetNarrow(value, DecimalNarrow(number));
+    return;
+  }
+  value->wide = number.coefficient;
   value->exponent = number.exponent;
-  value->form = ValueForm::Number;
+  value->form = ValueForm::Wide;
 }
 inline void SetNull(Value *value) {
   value->packed = {};
@@ -78,18 +95,24 @@ inline void SetPacked(Value *value, const void *number) {
   value->form = ValueForm::Packed;
 }
 // A number is kept unpacked, everything else as it is; in both forms the bytes can be restored.
+void SetWideFrom(Value *value, const void *number);
 inline void SetNumberFrom(Value *value, const void *number) {
-  SetPacked(value, number);
-  Decimal d;
-  if (value->packed.length == kNumberLength &&
-      DecimalUnpack(value->packed.head, value->packed.low, &d)) [[likely]] {
-    SetNumber(value, d);
+  const uint8_t *bytes = static_cast<const uint8_t *>(number);
+  uint32_t head = 0;
+  uint64_t low = 0;
+  std::memcpy(&head, bytes + 1, sizeof head);
+  std::memcpy(&low, bytes + 5, sizeof low);
+  NarrowDecimal d;
+  if (bytes[0] == kNumberLength && DecimalUnpackNarrow(head, low, &d)) [[likely]] {
+    SetNarrow(value, d);
+  } else {
+    SetWideFrom(value, number);
   }
 }
 
-// Restores the NumberValue of a Number or Packed.
+// Restores the NumberValue of a number or Packed.
 inline void StoreValue(NumberValue *target, const Value &value) {
-  if (value.form == ValueForm::Number) {
+  if (IsNumber(value)) {
     DecimalStore(target, NumberOf(value));
     return;
   }
@@ -99,7 +122,7 @@ inline void StoreValue(NumberValue *target, const Value &value) {
 }
 
 inline bool IsNumberForm(ValueForm form) {
-  return form == ValueForm::Number || form == ValueForm::Packed;
+  return form >= ValueForm::Narrow && form <= ValueForm::Packed;
 }
 inline bool IsNullNumber(const Value &value) {
   return value.form == ValueForm::Packed && value.packed.length == 0;

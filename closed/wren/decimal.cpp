@@ -341,9 +341,17 @@ bool DecimalAddAny(Decimal *result, const Decimal &a, const Decimal &b) {
 }
 
 bool DecimalMultiplyAny(Decimal *result, const Decimal &a, const Decimal &b) {
+  const int32_t exponent = a.exponent + b.exponent;
+  if (DecimalIsNarrow(a) && DecimalIsNarrow(b) && exponent <= 0 && exponent >= kMinExponent) {
+    const Int128 product = static_cast<Int128>(static_cast<int64_t>(a.coefficient)) *
+                           static_cast<int64_t>(b.coefficient);
+    if (DecimalFits(product)) {
+      *result = {product, exponent};
+      return true;
+    }
+  }
   const Wide product = WideMultiply(DecimalMagnitude(a), DecimalMagnitude(b));
-  return WideRounded(result, product, a.exponent + b.exponent,
-                     (a.coefficient < 0) != (b.coefficient < 0));
+  return WideRounded(result, product, exponent, (a.coefficient < 0) != (b.coefficient < 0));
 }
 
 bool DecimalDivide(Decimal *result, const Decimal &a, const Decimal &b) {
@@ -388,6 +396,11 @@ void DecimalStripZeros(Decimal *d) {
     exponent += step.zeros;
   }
   *d = DecimalOfMagnitude(c, exponent, negative);
+}
+
+void DecimalStoreAny(NumberValue *result, Decimal d) {
+  if (d.exponent < 0 && DecimalEndsInZero(DecimalMagnitude(d))) DecimalStripZeros(&d);
+  DecimalPack(result, d.exponent, d.coefficient < 0, DecimalMagnitude(d));
 }
 
 bool DecimalRoundTo(Decimal *result, const Decimal &d, int32_t decimals) {

@@ -35,6 +35,14 @@ struct Decimal {
   int32_t exponent;    // kMinExponent to kMaxExponent
 };
 
+// A number whose coefficient fits 64 bits with its sign, as most do; its exponent is 0 or below.
+// The inline operations keep to it, in registers: 128 bits that were written in halves stall the
+// processor when they are copied as a whole.
+struct NarrowDecimal {
+  int64_t coefficient;
+  int32_t exponent;
+};
+
 constexpr uint8_t kNumberLength = 12;  // the length byte of every number
 constexpr int32_t kDigits = 26;        // of a coefficient
 constexpr int32_t kMinExponent = -128;
@@ -81,6 +89,8 @@ bool DecimalDivide(Decimal *result, const Decimal &a, const Decimal &b);
 
 // Takes zeros off the end of the coefficient until none is left or the exponent is 0.
 void DecimalStripZeros(Decimal *d);
+// DecimalStore, for numbers that are not narrow or end in several zeros.
+void DecimalStoreAny(NumberValue *result, Decimal d);
 
 // Set `result` to the value rounded half away from zero to `decimals` places behind the point, or
 // cut to `precision` digits and `decimals` places. False when the value is too large.
@@ -109,15 +119,24 @@ inline bool DecimalIsNarrow(const Decimal &d) {
   return static_cast<int64_t>(d.coefficient) == d.coefficient;
 }
 
+inline NarrowDecimal DecimalNarrow(const Decimal &d) {
+  return {static_cast<int64_t>(d.coefficient), d.exponent};
+}
+
+// The coefficient without its last digit, 0, where it ends in one; any other number above the
+// bound.
+constexpr uint64_t kTenthBound = UINT64_MAX / 10;
+inline uint64_t DecimalTenth(uint64_t c) {
+  // The product with the inverse of 5 is the quotient where 5 divides; the odd ones rotate up.
+  return std::rotr(c * UINT64_C(0xCCCCCCCCCCCCCCCD), 1);
+}
+
 // Whether c, below 2^87, ends in the digit 0. c is even, and divisible by 5: as 2^64 leaves 1 when
 // divided by 5, the two halves may be added for the remainder, and a carry counts 1.
 inline bool DecimalEndsInZero(Uint128 c) {
   const uint64_t low = static_cast<uint64_t>(c);
   const uint64_t high = static_cast<uint64_t>(c >> 64);
-  if (high == 0) {
-    // The product with the inverse of 5 is the quotient where 5 divides; the odd ones rotate up.
-    return std::rotr(low * UINT64_C(0xCCCCCCCCCCCCCCCD), 1) <= UINT64_MAX / 10;
-  }
+  if (high == 0) return DecimalTenth(low) <= kTenthBound;
   const uint64_t sum = low + high;
   return (low & 1) == 0 && (sum + (sum < low ? 1 : 0)) % 5 == 0;
 }
@@ -126,32 +145,60 @@ inline void DecimalStoreNull(NumberValue *result) {
   if (result != nullptr) std::memset(result, 0, sizeof *result);
 }
 
-// Stores a number in its canonical form.
-inline void DecimalStore(NumberValue *result, Decimal d) {
-  if (d.exponent < 0 && DecimalEndsInZero(DecimalMagnitude(d))) DecimalStripZeros(&d);
-  const Uint128 c = DecimalMagnitude(d);
+// Writes the bytes of a number in its canonical form.
+inline void DecimalPack(NumberValue *result, int32_t exponent, bool negative, Uint128 c) {
   const uint64_t low = static_cast<uint64_t>(c);
-  const uint32_t head = static_cast<uint8_t>(d.exponent) | static_cast<uint32_t>(c >> 64) << 8 |
-                        (d.coefficient < 0 ? UINT32_C(1) << 31 : 0);
+  const uint32_t head = static_cast<uint8_t>(exponent) | static_cast<uint32_t>(c >> 64) << 8 |
+                        static_cast<uint32_t>(negative) << 31;
   if (result == nullptr) return;
   result->length = kNumberLength;
   std::memcpy(result->payload, &head, sizeof head);
   std::memcpy(result->payload + 4, &low, sizeof low);
 }
 
-// Unpacks a payload; false for bytes that are not a number in canonical form.
-inline bool DecimalUnpack(uint32_t head, uint64_t low, Decimal *d) {
-  const Uint128 c = static_cast<Uint128>(head << 1 >> 9) << 64 | low;
+// Stores a number in its canonical form.
+inline void DecimalStore(NumberValue *result, Decimal d) {
+  if (DecimalIsNarrow(d)) [[likely]] {
+    // How the digits of results end cannot be predicted, so one zero is taken off without a branch.
+    const uint64_t c = static_cast<uint64_t>(DecimalMagnitude(d));
+    const uint64_t tenth = DecimalTenth(c);
+    const bool zero = (d.exponent < 0) & (tenth <= kTenthBound);
+    const uint64_t low = zero ? tenth : c;
+    const int32_t exponent = d.exponent + (zero ? 1 : 0);
+    if (!(exponent < 0 && DecimalEndsInZero(low))) [[likely]] {
+      DecimalPack(result, exponent, d.coefficient < 0, low);
+      return;
+    }
+  }
+  DecimalStoreAny(result, d);
+}
+
+// Unpacks the payload of a narrow number; false for all other bytes.
+inline bool DecimalUnpackNarrow(uint32_t head, uint64_t low, NarrowDecimal *d) {
+  // Without branches: how the digits of a host's values end cannot be predicted.
   const int32_t exponent = static_cast<int32_t>(head << 24) >> 24;
   const bool negative = head >> 31 != 0;
-  *d = DecimalOfMagnitude(c, exponent, negative);
-  if ((head << 1 >> 9) == 0) [[likely]] {
-    // Without branches: how the digits of a host's values end cannot be predicted.
-    const bool fraction = exponent < 0;
-    return !(fraction & DecimalEndsInZero(low)) & (exponent <= 0) & !(negative & (low == 0));
+  const uint64_t mask = static_cast<uint64_t>(0) - static_cast<uint64_t>(negative);
+  *d = {static_cast<int64_t>((low ^ mask) - mask), exponent};
+  const bool zeros = (exponent < 0) & (DecimalTenth(low) <= kTenthBound);
+  const bool wide = ((head << 1 >> 9) != 0) | (low >> 63 != 0);
+  return !(wide | zeros | (exponent > 0) | (negative & (low == 0)));
+}
+
+// Unpacks a payload; false for bytes that are not a number in canonical form.
+inline bool DecimalUnpack(uint32_t head, uint64_t low, Decimal *d) {
+  NarrowDecimal narrow;
+  if (DecimalUnpackNarrow(head, low, &narrow)) [[likely]] {
+    *d = {narrow.coefficient, narrow.exponent};
+    return true;
   }
+  const int32_t exponent = static_cast<int32_t>(head << 24) >> 24;
+  const bool negative = head >> 31 != 0;
+  const Uint128 c = static_cast<Uint128>(head << 1 >> 9) << 64 | low;
+  *d = DecimalOfMagnitude(c, exponent, negative);
   if (c >= kCoefficientEnd) return false;
-  return exponent > 0 ? c >= kFullCoefficient : exponent == 0 || !DecimalEndsInZero(c);
+  if (exponent > 0) return c >= kFullCoefficient;
+  return !(negative && c == 0) && (exponent == 0 || !DecimalEndsInZero(c));
 }
 
 // Unpacks a number; false for null and for everything that is not a canonical number.
@@ -171,22 +218,40 @@ inline bool DecimalFits(Int128 coefficient) {
   return shifted <= (kCoefficientEnd - 1) * 2;
 }
 
-// result = a + b; `result` may be an operand, here and below.
-inline bool DecimalAdd(Decimal *result, const Decimal &a, const Decimal &b) {
-  constexpr int32_t kMostShift = 18;  // |c| * 10^18 stays below 2^63 * 2^60
+// Set `result` to a sum, a difference or a product; false where that is not narrow.
+inline bool NarrowAdd(NarrowDecimal *result, NarrowDecimal a, NarrowDecimal b) {
+  constexpr int32_t kMostShift = 18;  // 10^18 is below 2^63
   const int32_t gap = a.exponent - b.exponent;
-  if (DecimalIsNarrow(a) && DecimalIsNarrow(b) && gap <= kMostShift && gap >= -kMostShift &&
-      a.exponent <= 0 && b.exponent <= 0) [[likely]] {
-    const int32_t shiftA = gap > 0 ? gap : 0;
-    const int32_t shiftB = gap < 0 ? -gap : 0;
-    const Int128 sum = static_cast<Int128>(static_cast<int64_t>(a.coefficient)) *
-                           static_cast<int64_t>(kPowersOfTen64.of[shiftA]) +
-                       static_cast<Int128>(static_cast<int64_t>(b.coefficient)) *
-                           static_cast<int64_t>(kPowersOfTen64.of[shiftB]);
-    if (DecimalFits(sum)) [[likely]] {
-      *result = {sum, a.exponent - shiftA};
-      return true;
-    }
+  if (gap > kMostShift || gap < -kMostShift) return false;
+  const int32_t shiftA = gap > 0 ? gap : 0;
+  const int32_t shiftB = gap < 0 ? -gap : 0;
+  const int64_t powerA = static_cast<int64_t>(kPowersOfTen64.of[shiftA]);
+  const int64_t powerB = static_cast<int64_t>(kPowersOfTen64.of[shiftB]);
+  int64_t left = 0;
+  int64_t right = 0;
+  result->exponent = a.exponent - shiftA;
+  return !__builtin_mul_overflow(a.coefficient, powerA, &left) &&
+         !__builtin_mul_overflow(b.coefficient, powerB, &right) &&
+         !__builtin_add_overflow(left, right, &result->coefficient);
+}
+
+inline bool NarrowSubtract(NarrowDecimal *result, NarrowDecimal a, NarrowDecimal b) {
+  return b.coefficient != INT64_MIN && NarrowAdd(result, a, {-b.coefficient, b.exponent});
+}
+
+inline bool NarrowMultiply(NarrowDecimal *result, NarrowDecimal a, NarrowDecimal b) {
+  result->exponent = a.exponent + b.exponent;
+  return result->exponent >= kMinExponent &&
+         !__builtin_mul_overflow(a.coefficient, b.coefficient, &result->coefficient);
+}
+
+// The same for any numbers; `result` may be an operand. False when the value is too large.
+inline bool DecimalAdd(Decimal *result, const Decimal &a, const Decimal &b) {
+  NarrowDecimal sum;
+  if (DecimalIsNarrow(a) && DecimalIsNarrow(b) &&
+      NarrowAdd(&sum, DecimalNarrow(a), DecimalNarrow(b))) [[likely]] {
+    *result = {sum.coefficient, sum.exponent};
+    return true;
   }
   return DecimalAddAny(result, a, b);
 }
@@ -196,15 +261,11 @@ inline bool DecimalSubtract(Decimal *result, const Decimal &a, const Decimal &b)
 }
 
 inline bool DecimalMultiply(Decimal *result, const Decimal &a, const Decimal &b) {
-  const int32_t exponent = a.exponent + b.exponent;
-  if (DecimalIsNarrow(a) && DecimalIsNarrow(b) && exponent <= 0 && exponent >= kMinExponent)
-      [[likely]] {
-    const Int128 product = static_cast<Int128>(static_cast<int64_t>(a.coefficient)) *
-                           static_cast<int64_t>(b.coefficient);
-    if (DecimalFits(product)) [[likely]] {
-      *result = {product, exponent};
-      return true;
-    }
+  NarrowDecimal product;
+  if (DecimalIsNarrow(a) && DecimalIsNarrow(b) &&
+      NarrowMultiply(&product, DecimalNarrow(a), DecimalNarrow(b))) [[likely]] {
+    *result = {product.coefficient, product.exponent};
+    return true;
   }
   return DecimalMultiplyAny(result, a, b);
 }
