@@ -23,6 +23,7 @@ struct Witness {
 struct Finding {
   Witness number, date, other; /* the first of each kind */
   Witness code, exponent;      /* the first number of the shape of a code */
+  Witness ordered;             /* the date that has left the fewest `orders` */
   Witness refused;             /* with a demanded type: what is not of it */
   CodeShape shape = CODE_NONE; /* of `code` */
   unsigned orders = ORDER_ANY; /* those that all numeric dates so far can be read in */
@@ -73,7 +74,10 @@ void TakeNumber(Finding &finding, const CsvRow &row, const char *text) {
 void TakeDate(Finding &finding, const CsvRow &row, const char *text) {
   Note(finding.date, row, text);
   const unsigned orders = DateOrdersOf(text);
-  finding.orders &= orders != 0 ? orders : ORDER_ANY;
+  if (orders != 0 && (finding.orders & orders) != finding.orders) {
+    finding.orders &= orders;
+    finding.ordered = {row.input, row.line, text};
+  }
   finding.offset = finding.offset || HasOffset(text);
 }
 
@@ -167,10 +171,11 @@ const char *OrderOf(const FieldRules &rules, const std::string &text) {
   constexpr std::array<const char *, 3> kOrders = {"mdy", "dmy", "ymd"};
   FieldRules other = rules;
   NumberValue unused;
-  for (const int32_t order : {1, 0, 2}) {
-    other.dateOrder = order;
-    if (DateFromField(other, text.c_str(), &unused)) {
-      return kOrders.at(static_cast<size_t>(order));
+  for (const size_t order : {2U, 1U, 0U}) {
+    other.dateOrder = static_cast<int32_t>(order);
+    const bool yearFirst = YearIsFirst(text);
+    if ((order == 2) == yearFirst && DateFromField(other, text.c_str(), &unused)) {
+      return kOrders.at(order);
     }
   }
   return nullptr;
@@ -191,12 +196,28 @@ std::string OtherReason(const ScanState &state, Column &column, const Finding &f
                : reason + " is a number with --decimal " + (other.decimal == ',' ? "," : ".");
   }
   const unsigned orders = DateOrdersOf(text);
-  if (finding.date.line != 0 && orders != 0 && (orders & finding.orders) == 0) {
+  if (finding.ordered.line != 0 && orders != 0 && (orders & finding.orders) == 0) {
     column.twoWays = true;
-    return Told(state, finding.date) + " and " + reason + " have day and month in different orders";
+    return Told(state, finding.ordered) + " and " + reason +
+           " have day and month in different orders";
   }
-  const char *order = orders == 0 ? nullptr : OrderOf(rules, text);
+  const char *order = OrderOf(rules, text);
   return order == nullptr ? reason : reason + " is a date with --date-order " + order;
+}
+
+/* What is odd about the fields of a Date. */
+std::string DateNote(const ScanState &state, const Finding &finding) {
+  if (finding.offset) {
+    return "times with an offset are converted to UTC";
+  }
+  const bool either = finding.ordered.line != 0 && (finding.orders & ORDER_MDY) != 0 &&
+                      (finding.orders & ORDER_DMY) != 0;
+  if (!either || state.options->rules.dateOrder >= 0) {
+    return {};
+  }
+  return Told(state, finding.ordered) + " is read as " +
+         (CountryDateOrder() == 1 ? "day, month, year; --date-order mdy has the month first"
+                                  : "month, day, year; --date-order dmy has the day first");
 }
 
 /* Fixes the type of a column when all its fields were seen, and says why it is a String. */
@@ -213,7 +234,7 @@ void Decide(const ScanState &state, Column &column, const Finding &finding) {
         Told(state, finding.number) + " is a number, " + Told(state, finding.date) + " is a date";
   } else if (finding.date.line != 0) {
     column.type = ORL_TYPE_DATE;
-    column.why = finding.offset ? "times with an offset are converted to UTC" : "";
+    column.why = DateNote(state, finding);
   } else if (finding.code.line != 0) {
     column.why = Told(state, finding.code) + kShapes[finding.shape];
   } else if (finding.exponent.line != 0 && !finding.point) {
@@ -275,6 +296,11 @@ bool ColumnsFit(const CsvFile &csv, const Table &table, const CsvRow &row, std::
   error = CsvPlace(csv, row.input, row.line) + ": " + std::to_string(row.starts.size()) +
           (row.starts.size() == 1 ? " field" : " fields") + ", but the header has " +
           std::to_string(table.columns.size());
+  const char other = csv.inputs[row.input].other;
+  if (other != '\0') {
+    error += std::string("\nhint: the header also has ") +
+             (other == '\t' ? "tabs: try --delimiter tab" : "semicolons: try --delimiter ';'");
+  }
   return false;
 }
 

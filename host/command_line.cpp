@@ -102,6 +102,7 @@ void AddReading(CLI::App *command, CommandLine &line) {
       ->group(kGroup);
   command->add_option("--null", line.nulls, "Fields that count as empty, as NA,NULL,-")
       ->type_name("WORD,...")
+      ->allow_extra_args(false)
       ->group(kGroup);
 }
 
@@ -206,7 +207,8 @@ void AddEval(CLI::App &app, CommandLine &line, int &status) {
     }
     const bool nothing = line.eval.formulas.empty() && line.store.empty() &&
                          line.formulaFiles.empty() && line.eval.keep.empty();
-    status = nothing ? ComplainOfUsage("eval needs --formula or --store") : RunEval(line.eval);
+    status =
+        nothing ? ComplainOfUsage("eval needs --formula, --keep or --store") : RunEval(line.eval);
   });
 }
 
@@ -323,8 +325,9 @@ DataOptions DataOf(const CommandLine &line) {
     data.rules.dateOrder =
         line.dateOrder == kOrders.at(i) ? static_cast<int32_t>(i) : data.rules.dateOrder;
   }
-  if (!line.nulls.empty()) {
-    data.rules.nulls = NamesOfList(line.nulls);
+  for (const std::string &list : line.nulls) {
+    const std::vector<std::string> words = NamesOfList(list);
+    data.rules.nulls.insert(data.rules.nulls.end(), words.begin(), words.end());
   }
   for (const std::string &text : line.types) {
     TypeOf(text, data.types.emplace_back());

@@ -163,8 +163,8 @@ bool ReadChunk(ByteSource &source, csv_parser &parser, InputState &state) {
   return true;
 }
 
-/* The delimiter of the header: a comma unless it has none but semicolons or tabs. */
-char FindDelimiter(std::string_view start) {
+/* Finds the delimiter in the header: a comma unless it has none but semicolons or tabs. */
+void FindDelimiter(std::string_view start, CsvInput &input) {
   size_t commas = 0;
   size_t semicolons = 0;
   size_t tabs = 0;
@@ -183,10 +183,14 @@ char FindDelimiter(std::string_view start) {
       tabs += byte == '\t' ? 1 : 0;
     }
   }
+  const bool moreTabs = tabs > semicolons;
   if (commas != 0 || semicolons + tabs == 0) {
-    return ',';
+    input.delimiter = ',';
+    input.other = semicolons + tabs == 0 ? '\0' : moreTabs ? '\t' : ';';
+  } else {
+    input.delimiter = moreTabs ? '\t' : ';';
+    input.other = semicolons == 0 || tabs == 0 ? '\0' : moreTabs ? ';' : '\t';
   }
-  return semicolons >= tabs ? ';' : '\t';
 }
 
 /* Looks at the start of the input: its delimiter, unless told; refuses other encodings. */
@@ -204,7 +208,10 @@ bool LookAtStart(CsvInput &input, char delimiter, std::string &error) {
       return false;
     }
   }
-  input.delimiter = delimiter != '\0' ? delimiter : FindDelimiter(start);
+  input.delimiter = delimiter;
+  if (delimiter == '\0') {
+    FindDelimiter(start, input);
+  }
   return true;
 }
 

@@ -14,6 +14,7 @@
 struct CsvInput {
   ByteSource source;
   char delimiter = ',';
+  char other = '\0'; /* what else could be the delimiter by the header, when none was told */
 };
 
 /* Files that are open for reading, one after the other, from the start as often as wanted. */

@@ -316,6 +316,16 @@ CodeShape CodeShapeOf(std::string_view number) {
   return exponent ? CODE_EXPONENT : CODE_NONE;
 }
 
+bool YearIsFirst(std::string_view text) {
+  return TakeThree(Trimmed(text)).first.size() == 4;
+}
+
+int32_t CountryDateOrder() {
+  LocaleBlock locale;
+  WRENFmtLoadLocale(&locale);
+  return locale.dateOrder;
+}
+
 unsigned DateOrdersOf(std::string_view text) {
   const ThreeNumbers numbers = TakeThree(Trimmed(text));
   if (numbers.separator == '\0' || !numbers.equal || numbers.third.empty() ||
@@ -327,7 +337,7 @@ unsigned DateOrdersOf(std::string_view text) {
     orders |= IsMonth(numbers.first) && IsDay(numbers.second) ? ORDER_MDY : 0U;
     orders |= IsDay(numbers.first) && IsMonth(numbers.second) ? ORDER_DMY : 0U;
   }
-  if ((numbers.first.size() == 2 || numbers.first.size() == 4) && numbers.third.size() <= 2) {
+  if (numbers.first.size() == 2 && numbers.third.size() <= 2) {
     orders |= IsMonth(numbers.second) && IsDay(numbers.third) ? ORDER_YMD : 0U;
   }
   return orders;

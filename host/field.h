@@ -36,7 +36,13 @@ constexpr unsigned ORDER_MDY = 1;
 constexpr unsigned ORDER_DMY = 2;
 constexpr unsigned ORDER_YMD = 4;
 constexpr unsigned ORDER_ANY = 7;
-/* ORDER_... bits of a field such as 31/12/2012; 0 for anything else. */
+/* ORDER_... bits of a field such as 31/12/2012; 0 for anything else, as for dates with a year of
+ * four digits in front, which every order reads alike. */
 unsigned DateOrdersOf(std::string_view text);
+/* Whether three numbers begin with a year of four digits. */
+bool YearIsFirst(std::string_view text);
+
+/* How the country settings order dates: 0 month, day, year; 1 day, month, year; 2 year first. */
+int32_t CountryDateOrder();
 
 #endif

@@ -28,7 +28,7 @@ constexpr Foreign kSigns[] = {
     {"%", "write NumberMod(a, b) for the remainder of a division"},
     {"[", kQuoted},
     {"]", kQuoted},
-    {";", "arguments are parted by commas"},
+    {";", "arguments are separated by commas"},
     {"?", "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by the sign of a number"},
     {"{", "dates are written plain: 2024-01-31"},
 };

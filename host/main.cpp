@@ -8,6 +8,7 @@
 
 #include "host/command_line.h"
 #include "host/display.h"
+#include "host/nearest.h"
 
 namespace {
 
@@ -44,13 +45,30 @@ void StyleHelp(CLI::App &app) {
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
 }
 
+/* "; did you mean --limit?", when a name is near. */
+std::string DidYouMean(const std::string &word, const std::vector<std::string> &names) {
+  const std::string near = Nearest(word, names);
+  return near.empty() ? near : "; did you mean " + near + "?";
+}
+
+std::vector<std::string> OptionNames(const CLI::App &app) {
+  std::vector<std::string> names;
+  for (const CLI::App *command : app.get_subcommands()) {
+    for (const CLI::Option *option : command->get_options()) {
+      names.push_back(option->get_name());
+    }
+  }
+  return names;
+}
+
 /* What is wrong with the command line, in words that name the argument. An option that nobody knows
  * goes first: the parser takes it away and then misses what it may have stood for. */
 std::string UsageMessage(const CLI::App &app, const CLI::ParseError &error) {
   for (const std::string &argument : app.remaining(true)) {
     if (argument.size() > 1 && argument.front() == '-' && argument != "--") {
+      const std::string near = DidYouMean(argument, OptionNames(app));
       return "unknown option: " + argument +
-             " (a name or text that begins with a minus stands after --)";
+             (near.empty() ? " (a name or text that begins with a minus stands after --)" : near);
     }
   }
   if (app.get_subcommands().empty()) {
@@ -60,6 +78,10 @@ std::string UsageMessage(const CLI::App &app, const CLI::ParseError &error) {
   const size_t missing = message.find(": 1 required");
   if (missing != std::string::npos && error.get_name() == "ArgumentMismatch") {
     return message.substr(0, missing) + " needs a value after it";
+  }
+  const size_t twice = message.find(": At Most 1 required");
+  if (twice != std::string::npos) {
+    return message.substr(0, twice) + " is given twice";
   }
   return message;
 }
@@ -78,7 +100,11 @@ int Run(int argc, char **argv) {
   const std::string first = argc > 1 ? argv[1] : "-";
   const auto isFirst = [&first](const CLI::App *command) { return command->get_name() == first; };
   if (first.rfind('-', 0) != 0 && app.get_subcommands(isFirst).empty()) {
-    return ComplainOfUsage("unknown command: '" + first + "'");
+    std::vector<std::string> names;
+    for (const CLI::App *command : app.get_subcommands({})) {
+      names.push_back(command->get_name());
+    }
+    return ComplainOfUsage("unknown command: '" + first + "'" + DidYouMean(first, names));
   }
   try {
     app.parse(argc, argv);
