@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/cases.h"
 #include "support/context.h"
 #include "support/pattern.h"
 
@@ -62,43 +63,19 @@ void Apply(EC ec, Settings settings) {
   if (settings != kBare) ORLSetDatePicture(ec, "yyyy-MM-dd", "d.M.yyyy HH:mm", "HH 'h'");
 }
 
-struct Case {
-  const char *text, *expected;
-  Settings settings;
-  int32_t marks;
-  int32_t bound;  // -1: not looked at
-};
-
 TEST(ExtendedText, EdgeCases) {
-  // clang-format off
-  const Case rows[] = {
-      {"N()*2", "( {fn F(A) } )*2", kPictures, 1, 16}, {"N()*2", "(F(A))*2", kPictures, 0, 16},
-      {"F(A)", " {fn F(A) } ", kPictures, 1, 12}, {"N()*2", "(F(A))*2", kBare, 1, 16},
-      {"F(A)+1", " {fn F(A) } +1", kBare, 1, 14}, {"F(A)+1", "F(A)+1", kBare, 0, 14},
-      {"F(F(1))+F(2)", " {fn F( {fn F(1) } ) } + {fn F(2) } ", kBare, 1, 36},
-      {"Plain(F( 1 ) )-Plain (1)", "Plain( {fn F( 1 ) }  )-Plain (1)", kBare, 1, 32},
-      {"1+@PI*F(1)", "1+@PI* {fn F(1) } ", kBare, 1, -1}, {"All(*)+All(DISTINCT A)", " {fn All(*) } + {fn All(DISTINCT A) } ", kBare, 1, 38},
-      {"Marked(\"N\")+N.N+N+N()", " {fn Marked(\"N\") } +N.N+N+(F(A))", kBare, 1, -1},
-      {"N  ( )+ M() ", "(F(A))+ ((F(A))*2) ", kBare, 0, -1}, {"'N() it''s \\'N()' || Q()", "'N() it''s \\'N()' || ('M()')", kBare, 0, -1},
-      {"N() AND M()", "(F(A)) AND ((F(A))*2)", kBare, 0, -1}, {"N(), F(N()) , 3", "(F(A)),  {fn F((F(A))) }  , 3", kBare, 1, -1},
-      {"31 Jan 2012", "31 Jan 2012", kBare, 1, 11}, {"Day(31 Jan 2012)+F(1)", "Day(31 Jan 2012)+ {fn F(1) } ", kBare, 1, -1},
-      {"Day(31 January 2012)+F(1)", "Day(2012-01-31)+ {fn F(1) } ", kPictures, 1, -1}, {"Day(31 January 2012)", "Day(31 January 2012)", kPictures, 0, 20},
-      {"D()", "(2012-01-31)", kPictures, 1, -1}, {"D() AND 1/2/13 9:30", "(2012-01-31) AND 2.1.2013 09:30", kPictures, 1, -1},
-      {"9:30", "09 h", kPictures, 1, 16}, {"01/12/2012 00:00:00.000000", "12.1.2012 00:00", kPictures, 1, 16},
-      {"1/31/2012", "{d '2012-01-31'}", kTemplates, 1, 26}, {"D(), 9:30, 1/2/13 9:30", "({d '2012-01-31'}), 09 h, 100% 2.1.2013 09:30%s", kTemplates, 1, -1},
-  };
-  // clang-format on
-  for (const Case &row : rows) {
-    SCOPED_TRACE(row.text);
+  for (const Case &row : CasesOf("analysis/analysis_cases.txt", "extended")) {
+    SCOPED_TRACE(row.where);
     const ExtendedContext ec;
     Make(ec, "F(A)", "N"), Make(ec, "N()*2", "M"), Make(ec, "'M()'", "Q");
     Make(ec, "1/31/2012", "D");
-    HEXP exp = Make(ec, row.text);
-    Apply(ec, row.settings);
+    HEXP exp = Make(ec, row[0]);
+    Apply(ec, static_cast<Settings>(row.Int(1)));
     const std::string before = Snapshot(ec);
-    EXPECT_TRUE(row.bound < 0 || ORLGetExtendedTextLength(ec, exp, row.marks) == row.bound)
-        << ORLGetExtendedTextLength(ec, exp, row.marks);
-    EXPECT_EQ(Extended(ec, exp, row.marks), row.expected);
+    if (!row[4].empty()) {
+      EXPECT_EQ(ORLGetExtendedTextLength(ec, exp, row.Int(2)), row.Int(4));
+    }
+    EXPECT_EQ(Extended(ec, exp, row.Int(2)), row[3]);
     EXPECT_EQ(Snapshot(ec), before);
   }
 }

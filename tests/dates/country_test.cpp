@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "closed/wren/date_format.h"
+#include "support/cases.h"
 #include "tests/dates/date_support.h"
 
 // The C library forgets to free a search path of its own whenever a locale is opened while LOCPATH
@@ -98,31 +99,11 @@ TEST(Country, BuiltInConventions) {
 }
 
 // Names come in the active code page; a language that does not fit into it gives way to English.
-// The numbers' conventions are decimal and thousands separator, both of amounts, size of the first
-// group, currency sign first, decimals of amounts, negative amounts in parentheses.
 TEST_F(CountryOfLocale, SettingsAndNames) {
-  const struct {
-    const char *locale;
-    int32_t codePage;
-    const char *text, *numbers, *names;  // the text is that of 31 December 1999, 21:30:15
-  } rows[] = {
-      // clang-format off
-      {"de_DE.UTF-8", 1252, "31.12.1999 21:30:15", ",.,.3020", "M\xE4rz Sonntag AM \x80"},
-      {"de_DE.UTF-8", 65001, "31.12.1999 21:30:15", ",.,.3020", "M\xC3\xA4rz Sonntag AM \xE2\x82\xAC"},
-      {"de_DE.UTF-8", 932, "31.12.1999 21:30:15", ",.,.3020", "March Sonntag AM EUR"},
-      {"ja_JP.UTF-8", 1252, "1999/12/31 21:30:15", ".,.,3100", "March Sunday AM JPY"},
-      {"ja_JP.UTF-8", 932, "1999/12/31 21:30:15", ".,.,3100", "3\x8C\x8E \x93\xFA\x97\x6A\x93\xFA \x8C\xDF\x91\x4F \x81\x8F"},
-      {"fr_FR.UTF-8", 1252, "31/12/1999 21:30:15", ", , 3020", "mars dimanche AM \x80"},
-      {"fi_FI.UTF-8", 65001, "31.12.1999 21.30.15", ",\xE2\x80\xAF,\xE2\x80\xAF""3020", "maaliskuu sunnuntai AM \xE2\x82\xAC"},
-      {"points.UTF-8", 1252, "1999/12/31 21:30:15", ".,. 3000", "March Sunday AM AFN"},
-      {"points.UTF-8", 932, "1999/12/31 21:30:15", ".,. 3000", "March Sunday AM AFN"},
-      {"en_GB.UTF-8", 1252, "31/12/1999 21:30:15", ".,.,3120", "March Sunday am \xA3"},
-      // clang-format on
-  };
-  for (const auto &row : rows) {
-    SCOPED_TRACE(std::string(row.locale) + " in " + std::to_string(row.codePage));
-    ASSERT_EQ(WRENSetCountry(row.locale), 1);
-    WRENSetCodePage(row.codePage);
+  for (const Case &row : CasesOf("dates/date_cases.txt", "countries")) {
+    SCOPED_TRACE(row.where);
+    ASSERT_EQ(WRENSetCountry(row[0].c_str()), 1);
+    WRENSetCodePage(row.Int(1));
     const Country &country = CountryNow();
     std::string numbers = std::string(country.decimalSeparator) + country.thousandsSeparator;
     numbers.append(country.currencyDecimalSeparator).append(country.currencyThousandsSeparator);
@@ -131,38 +112,22 @@ TEST_F(CountryOfLocale, SettingsAndNames) {
           country.currencyDecimals, int32_t{country.negativeInParentheses}}) {
       numbers += std::to_string(number);
     }
-    EXPECT_EQ(numbers, row.numbers);
+    EXPECT_EQ(numbers, row[3]);
     const FormatRecord names = Record(WREN_FMT_DATETIME, 0);
     std::string joined(NameOfList(names.monthNames, 2));
     joined.append(" ").append(NameOfList(names.dayNames, 0)).append(" ");
     joined.append(NameOfList(names.markers, 0)).append(" ").append(country.currencySign);
-    EXPECT_EQ(joined, row.names);
-    EXPECT_EQ(Write(Record(WREN_FMT_DATETIME), Parts(1999, 12, 31, 21, 30, 15)), row.text);
-    EXPECT_EQ(Read(WREN_FMT_DATETIME, row.text), "1999-12-31 21:30:15");
+    EXPECT_EQ(joined, row[4]);
+    EXPECT_EQ(Write(Record(WREN_FMT_DATETIME), Parts(1999, 12, 31, 21, 30, 15)), row[2]);
+    EXPECT_EQ(Read(WREN_FMT_DATETIME, row[2]), "1999-12-31 21:30:15");
   }
 }
 
 TEST_F(CountryOfLocale, MonthsOfTheLanguageAreRead) {
-  const struct {
-    const char *locale, *text, *date;
-  } rows[] = {
-      {"de_DE.UTF-8", "5 M\xC3\xA4rz 2012", "2012-03-05 00:00:00"},
-      {"de_DE.UTF-8", "5. M\xC3\x84RZ 2012", "2012-03-05 00:00:00"},
-      {"de_DE.UTF-8", "5 Dez 2012", "2012-12-05 00:00:00"},
-      {"de_DE.UTF-8", "5 Dec 2012", "2012-12-05 00:00:00"},
-      {"de_DE.UTF-8", "5 Dezem 2012", "2012-12-05 00:00:00"},
-      {"fr_FR.UTF-8", "5 f\xC3\xA9vr. 2012", "2012-02-05 00:00:00"},
-      {"fr_FR.UTF-8", "5 juil 2012", "2012-07-05 00:00:00"},
-      {"fr_FR.UTF-8", "5 jui 2012", "no"},
-      {"fr_FR.UTF-8", "5/6/2012 14:00", "2012-06-05 14:00:00"},
-      {"fr_FR.UTF-8", "5/6/2012 14.00", "no"},
-      {"fi_FI.UTF-8", "5.6.2012 14.00", "2012-06-05 14:00:00"},
-      {"ja_JP.UTF-8", "12/6/5 10:30 \xE5\x8D\x88\xE5\xBE\x8C", "2012-06-05 22:30:00"},
-  };
-  for (const auto &row : rows) {
-    SCOPED_TRACE(std::string(row.locale) + ": " + row.text);
-    ASSERT_EQ(WRENSetCountry(row.locale), 1);
-    EXPECT_EQ(Read(WREN_FMT_DATETIME, row.text), row.date);
+  for (const Case &row : CasesOf("dates/date_cases.txt", "months")) {
+    SCOPED_TRACE(row.where);
+    ASSERT_EQ(WRENSetCountry(row[0].c_str()), 1);
+    EXPECT_EQ(Read(WREN_FMT_DATETIME, row[1]), row[2]);
   }
 }
 

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "support/cases.h"
 #include "tests/dates/date_support.h"
 
 namespace {
@@ -194,49 +195,23 @@ TEST(ParseDate, Forms) {
   const std::string blanks(3000000, ' ');
   const std::string zeros(3000000, '0');
   const std::string letters(3000000, 'a');
+  for (const Case &row : CasesOf("dates/date_cases.txt", "forms")) {
+    EXPECT_EQ(Read(row.Int(0), row[2], row.Int(1)), row[3]) << row.where;
+  }
   const struct {
-    int32_t mode, order;
+    int32_t mode;
     std::string text, result;
   } rows[] = {
-      {3, 0, "03-04-12", "2012-03-04 00:00:00"},
-      {3, 1, "03-04-12", "2012-04-03 00:00:00"},
-      {3, 2, "03-04-12", "2003-04-12 00:00:00"},
-      {1, 2, "12/31/1999", "1999-12-31 00:00:00"},
-      {3, 1, "2012-01-31 10:30:15", "2012-01-31 10:30:15"},
-      {1, 0, "1/1/49", "2049-01-01 00:00:00"},
-      {1, 0, "1/1/50", "1950-01-01 00:00:00"},
-      {3, 1, "12-Jan-99 12 PM", "1999-01-12 12:00:00"},
-      {3, 1, "12. Jan. 99", "1999-01-12 00:00:00"},
-      {3, 0, "Jan. 12, 99 9.30 pm", "1999-01-12 21:30:00"},
-      {3, 0, "12-Jan/99", "no"},
-      {3, 0, "2-1.5", "no"},
-      {3, 0, "1.5-0.5", "no"},
-      {3, 0, "12/31/1999-1", "no"},
-      {3, 0, "12/31/1999 10", "no"},
-      {3, 0, "12/31/1999 10.30", "no"},
-      {2, 0, "10.30", "no"},
-      {1, 0, "Septe 1, 2012", "2012-09-01 00:00:00"},
-      {3, 0, "12:31:1999", "1999-12-31 00:00:00"},
-      {3, 0, "10:30:15", "no"},
-      {1, 0, "2/29/1900", "no"},
-      {1, 0, "1 2 3", "no"},
-      {3, 0, "2012-01", "no"},
-      {3, 0, "Jan", "no"},
-      {3, 0, " ", "no"},
-      {2, 0, "", "no"},
-      {2, 0, "10:30:15.1234567", "1900-01-01 10:30:15.123456"},
-      {2, 0, "12 am", "1900-01-01 00:00:00"},
-      {1, 0, blanks + "Jan" + blanks + "12," + blanks + "1999" + blanks, "1999-01-12 00:00:00"},
-      {1, 0, "1/" + zeros + "2/1999", "no"},
-      {1, 0, "1/000000002/1999", "1999-01-02 00:00:00"},
-      {1, 0, "1/2/" + zeros, "no"},
-      {3, 0, "1/2/" + std::string(3000000, '9'), "no"},
-      {1, 0, "1 " + letters + " 1999", "no"},
-      {2, 0, "10:30:15." + zeros, "1900-01-01 10:30:15"},
-      {2, 0, "10:30" + blanks + letters, "no"},
+      {1, blanks + "Jan" + blanks + "12," + blanks + "1999" + blanks, "1999-01-12 00:00:00"},
+      {1, "1/" + zeros + "2/1999", "no"},
+      {1, "1/2/" + zeros, "no"},
+      {3, "1/2/" + std::string(3000000, '9'), "no"},
+      {1, "1 " + letters + " 1999", "no"},
+      {2, "10:30:15." + zeros, "1900-01-01 10:30:15"},
+      {2, "10:30" + blanks + letters, "no"},
   };
   for (const auto &row : rows) {
-    EXPECT_EQ(Read(row.mode, row.text, row.order), row.result) << row.text.substr(0, 40);
+    EXPECT_EQ(Read(row.mode, row.text, 0), row.result) << row.text.substr(0, 40);
   }
   for (const int32_t mode : {-1, 0, 4, 6, INT32_MAX}) {
     EXPECT_EQ(Read(mode, "1/2/2012"), "no") << "mode " << mode;

@@ -5,6 +5,7 @@
 #include <random>
 #include <string>
 
+#include "support/cases.h"
 #include "tests/dates/date_support.h"
 
 namespace {
@@ -20,61 +21,22 @@ const DateTimeParts kEvening = Parts(1999, 12, 31, 21, 30, 15, 987654);
 
 TEST(DatePicture, Rows) {
   const PlainSettings settings;
-  const struct {
-    int32_t codePage;
-    const char *picture, *morning, *evening;
-  } rows[] = {
-      // clang-format off
-      {1252, "yyyy-MM-dd", "2012-01-05", "1999-12-31"},
-      {1252, "YY/M/d D.DD", "12/1/5 5.05", "99/12/31 31.31"},
-      {1252, "dddd, d. MMMM YYYY", "Thursday, 5. January 2012", "Friday, 31. December 1999"},
-      {1252, "DDDD ddd MMM", "Thursday Thu Jan", "Friday Fri Dec"},
-      {1252, "HH:mm:ss H:m:s S.SS", "09:04:07 9:4:7 7.07", "21:30:15 21:30:15 15.15"},
-      {1252, "hh:mm h", "09:04 9", "21:30 21"},
-      {1252, "hh:mm AM/PM h", "09:04 AM 9", "09:30 PM 9"},
-      {1252, "h am/pm A/P", "9 am A", "9 pm P"},
-      {1252, "a/p HH", "a 09", "p 21"},
-      {1252, "am/pm", "am", "pm"},
-      {1252, "s.f F.fff f.FFFFFF", "7.0 0.001 0.001200", "15.9 9.987 9.987654"},
-      // A small m next to an hour or a second is the minute, elsewhere the month.
-      {1252, "dd.mm.yyyy HH:mm", "05.01.2012 09:04", "31.12.1999 21:30"},
-      {1252, "mm:ss", "04:07", "30:15"},
-      {1252, "mm mm ss", "01 04 07", "12 30 15"},
-      {1252, "HH:mm mm", "09:04 01", "21:30 12"},
-      {1252, "h AM/PM mm", "9 AM 04", "9 PM 30"},
-      {1252, "HH 'mm' mm MM", "09 mm 04 01", "21 mm 30 12"},
-      {1252, "HH:MM h mmm mmmm", "09:01 9 Jan January", "21:12 21 Dec December"},
-      // Literals.
-      {1252, "yyyy'year'\"d\"d", "2012yeard5", "1999yeard31"},
-      {1252, "h 'o''clock'", "9 o'clock", "21 o'clock"},
-      {1252, "''d''''\"'\"d'\"'", "5''5\"", "31''31\""},
-      {1252, "\\d\\d d\\\\d\\'", "dd 5\\5'", "dd 31\\31'"},
-      {1252, "{d}~1;2\xE9\n", "{5}~1;2\xE9\n", "{31}~1;2\xE9\n"},
-      // In a double-byte code page the second byte of a character is no quote, letter or backslash.
-      {932, "d\x95\x5C'\x95\x5C'd", "5\x95\x5C\x95\x5C\x35", "31\x95\x5C\x95\x5C\x33\x31"},
-      {932, "d\\\x83\x64", "5\x83\x64", "31\x83\x64"},
-      {932, "d\x81", "5\x81", "31\x81"},
-      {1252, "d\x81\x64", "5\x81\x35", "31\x81\x33\x31"},
-      {65001, "d\xE6\x97\xA5", "5\xE6\x97\xA5", "31\xE6\x97\xA5"},
-      // clang-format on
-  };
-  for (const auto &row : rows) {
-    WRENSetCodePage(row.codePage);
-    EXPECT_EQ(WRENFmtCheckDatePicture(row.picture), 1) << row.picture;
-    EXPECT_EQ(Write(ByPicture(row.picture), kMorning), row.morning) << row.picture;
-    EXPECT_EQ(Write(ByPicture(row.picture), kEvening), row.evening) << row.picture;
+  for (const Case &row : CasesOf("dates/date_cases.txt", "pictures")) {
+    SCOPED_TRACE(row.where);
+    WRENSetCodePage(row.Int(0));
+    EXPECT_EQ(WRENFmtCheckDatePicture(row[1].c_str()), 1);
+    EXPECT_EQ(Write(ByPicture(row[1].c_str()), kMorning), row[2]);
+    EXPECT_EQ(Write(ByPicture(row[1].c_str()), kEvening), row[3]);
   }
 }
 
 TEST(DatePicture, BadPictures) {
   const PlainSettings settings;
-  // clang-format off
-  const char *const pictures[] = {
-      "", "yyy", "y", "yyyyy", "MMMMM", "mmmmm", "ddddd", "HHH", "hhh", "sss", "fffffff", "x", "ddx", "yyyyT",
-      "am", "AM", "A/M", "'d", "d'", "d\"x", "d\\", "-", "'abc'", "d 'a''", "Am/Pm", "tt", "d 'x' Q", nullptr};
-  // clang-format on
-  for (const char *picture : pictures) {
-    SCOPED_TRACE(picture != nullptr ? picture : "null");
+  EXPECT_EQ(WRENFmtCheckDatePicture(nullptr), 0);
+  EXPECT_EQ(Write(ByPicture(nullptr), kMorning), "no");
+  for (const Case &row : CasesOf("dates/date_cases.txt", "bad")) {
+    SCOPED_TRACE(row.where);
+    const char *picture = row[0].c_str();
     EXPECT_EQ(WRENFmtCheckDatePicture(picture), 0);
     EXPECT_EQ(Write(ByPicture(picture), kMorning), "no");
   }

@@ -10,6 +10,7 @@
 
 #include "closed/wren/memory.h"
 #include "functions/result_block.h"
+#include "support/cases.h"
 #include "support/context.h"
 
 namespace {
@@ -69,46 +70,14 @@ struct EvaluationContext : HostedContext {
 };
 
 TEST(Evaluate, Rows) {
-  struct Row {
-    const char *text, *value;
-    uint16_t flags = 0;
-  };
-  // clang-format off
-  const Row rows[] = {
-      {"2 + 3 * 4", "14"}, {"100 / 10 - 3 - -2", "9"}, {"Amount * 2 + Tax", "10.25"},
-      {"Null", "null"}, {"Null + 5", "5"}, {"5 + Null", "5"}, {"Null * 5", "0"}, {"5 / 0", "0"},
-      {"0 / 5", "0"}, {"5 / Null", "0"},
-      // Dates
-      {"2012-01-31", "2012-01-31"}, {"Start + 1 MONTH", "2012-02-29"},
-      {"Start - 1 YEAR", "2011-01-31"}, {"Start + Null", "2012-01-31"},
-      {"End + 20 HOURS", "2012-02-11 06:30:15"}, {"NullDate", "null"}, {"NullDate + 1", "null"},
-      {"End - Start", "10"}, {"NullDate - Start", "null"},
-      {"Start - Name", "none", ORL_FLAG_DATE_MINUS_STRING},
-      {"12/31/1999-1", "1999-12-30", ORL_FLAG_RANGES},
-      {"3/31/2012-1 MONTH", "2012-02-29", ORL_FLAG_RANGES},
-      {"Amount-1.5-2.5", "1", ORL_FLAG_RANGES}, {"10/5/2", "2002-10-05", ORL_FLAG_RANGES},
-      // Texts
-      {"Name || ' ' || 'b'", "'Ann b'"}, {"''", "''"}, {"'it''s'", "'it's'"}, {"'a\\'b'", "'a'b'"},
-      {"'a\\''b'", "'a'b'"}, {"'a\\b'", "'a\\b'"}, {"'a\\'", "'a\\'"},
-      {"'a' + 'b'", "none", ORL_FLAG_STRING_PLUS},
-      // Nothing that could be computed
-      {"7 % 3", "none", ORL_FLAG_PERCENT}, {"Amount AND Tax", "none", ORL_FLAG_RANGES},
-      {"Amount, Tax", "none", ORL_FLAG_RANGES}, {"Bad + 1", "none"}, {"1 + Gone", "none"},
-      {"Half(1)", "none"}, {"FailN()", "none"}, {"FailS() || 'a'", "none"}, {"Money", "none"},
-      // Calls
-      {"Twice(Twice(Amount) + 1)", "22"}, {"Twice(Bad)", "none"}, {"Twice()", "none"},
-      {"Echo(Name || '!')", "'Ann!'"}, {"Echo('it''s')", "'it's'"},
-      {"NameText(Amount + 1)", "'(no)'"},
-  };
-  // clang-format on
-  for (const Row &row : rows) {
+  for (const Case &row : CasesOf("engine/engine_cases.txt", "values")) {
+    SCOPED_TRACE(row.where);
     const int64_t before = TEST_LiveBlocks();
-    std::optional<EvaluationContext> ec(std::in_place, row.flags);
-    HEXP exp = Make(*ec, row.text);
-    EXPECT_EQ(Evaluate(*ec, exp), row.value) << row.text;
-    EXPECT_EQ(Evaluate(*ec, exp), row.value) << row.text << " again";
+    std::optional<EvaluationContext> ec(std::in_place, row.Flags(0));
+    HEXP exp = Make(*ec, row[1]);
+    for (int time = 0; time < 2; ++time) EXPECT_EQ(Evaluate(*ec, exp), row[2]);
     ec.reset();
-    EXPECT_EQ(TEST_LiveBlocks(), before) << row.text;
+    EXPECT_EQ(TEST_LiveBlocks(), before);
   }
 }
 
@@ -271,31 +240,16 @@ int32_t NotedOperator(EC, HEXP, int32_t type, int32_t leftSize, const NumberValu
 }
 
 TEST(Evaluate, OperatorCallbacks) {
-  struct Row {
-    int16_t op, type;
-    const char *text, *value, *operands;
-  };
-  // clang-format off
-  const Row rows[] = {
-      {0, 0, "5 + Null", "100", "5 null"}, {0, 0, "9 + 1", "null", "9 1"},
-      {0, 0, "8 + 1", "null", "8 1"}, {1, 0, "5 - 2", "100", "5 2"}, {2, 0, "6 / 0", "100", "6 0"},
-      {3, 0, "6 * 2", "100", "6 2"}, {3, 0, "6 / 2", "3", ""}, {0, 0, "Bad + 1", "none", ""},
-      {0, 2, "Name + Name", "none", ""}, {4, 0, "1 || 2", "none", ""},
-      {0, 1, "Start + 2", "2012-02-02", ""}, {0, 3, "Money + Money", "none", ""},
-      // There are no such slots.
-      {0, 4, "5 + 1", "6", ""}, {0, -1, "5 + 1", "6", ""}, {5, 0, "5 + 1", "6", ""},
-      {-1, 0, "5 + 1", "6", ""},
-  };
-  // clang-format on
-  for (const Row &row : rows) {
-    SCOPED_TRACE(row.text);
+  for (const Case &row : CasesOf("engine/engine_cases.txt", "operators")) {
+    SCOPED_TRACE(row.where);
+    const auto op = static_cast<int16_t>(row.Int(0)), type = static_cast<int16_t>(row.Int(1));
     const EvaluationContext ec(0, [](const char *) { return Address(&NotedOperator); });
-    ASSERT_EQ(ORLSetOperatorCallback(ec, row.op, row.type, "noted"), 1);
+    ASSERT_EQ(ORLSetOperatorCallback(ec, op, type, "noted"), 1);
     operands.clear();
-    HEXP exp = Parse(ec, row.text).exp;
-    EXPECT_EQ(Evaluate(ec, exp), row.value);
-    EXPECT_EQ(operands, row.operands);
-    EXPECT_EQ(ORLSetOperatorCallback(ec, row.op, row.type, nullptr), 1);
+    HEXP exp = Parse(ec, row[2]).exp;
+    EXPECT_EQ(Evaluate(ec, exp), row[3]);
+    EXPECT_EQ(operands, row[4]);
+    EXPECT_EQ(ORLSetOperatorCallback(ec, op, type, nullptr), 1);
     operands.clear();
     Evaluate(ec, exp);
     EXPECT_EQ(operands, "") << "after it was taken back";

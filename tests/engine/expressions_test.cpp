@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "support/cases.h"
 #include "support/context.h"
 
 namespace {
@@ -139,34 +140,15 @@ TEST(Expressions, Classes) {
   EXPECT_EQ(ORLIsExpressionSimpleInput(ec, tax), 1);
 }
 
-// Formulas F = 1, G = F() + 1, H = 'x'; each row stores a text over one of them or as a new one.
 TEST(Expressions, StoringChecks) {
-  struct Row {
-    const char *over, *text, *name, *outcome, *renamed;
-  };
-  // clang-format off
-  const Row rows[] = {
-      {"", "Amount", "New", "type 0", ""}, {"", "Amount", "F", "126@0+6", ""},
-      {"", "Amount + 1", "Half", "126@0+10", ""}, {"", "Amount", "ab c", "107@0+6", ""},
-      {"", "Amount", "DAY", "107@0+6", ""}, {"", "", "New", "109@0+1", ""},
-      {"", "Amount", nullptr, "type 0", ""}, {"", "New()", "New", "103@0+4", ""},
-      {"F", "Amount * 2", "F", "type 0", ""}, {"F", "Amount * 2", "F2", "type 0", "F>F2"},
-      {"F", "'abc'", "F", "127@0+5", ""},
-      {"F", "'abc'", "F2", "type 2", "F>F2"},  // the test of use is on the new name
-      {"F", "1, 2", "F", "type 0", ""}, {"F", "Amount", "G", "126@0+6", ""},
-      {"F", "F() + 1", "F", "125@0+2", ""}, {"F", "2 * G()", "F", "125@4+2", ""},
-      {"F", "Half(1), G()", "F", "125@9+2", ""}, {"F", "Amount AND Half(G())", "F", "125@16+2", ""},
-      {"F", "F() + 1", "F2", "type 0", "F>F2"}, {"F", "Amount +", "F", "109@8+1", ""},
-      {"G", "'abc'", "G", "type 2", ""}, {"H", "G()", "H", "type 0", ""},
-  };
-  // clang-format on
   static std::string renamed;
   const auto note = [](EC, const char *from, const char *to) {
     renamed += std::string(from) + ">" + to;
     return 1;
   };
-  for (const Row &row : rows) {
-    SCOPED_TRACE(std::string(row.over) + " = " + row.text);
+  for (const Case &row : CasesOf("engine/engine_cases.txt", "storing")) {
+    SCOPED_TRACE(row.where);
+    const char *const name = row[2] == "-" ? nullptr : row[2].c_str();
     const OwnedContext context(ORLCreateEC(nullptr, nullptr, note, kRanges));
     EC ec = context.get();
     AddFunction(ec, {"Half", 0, {{0, 0, 0}}, 0, 0, 0, nullptr});
@@ -174,24 +156,24 @@ TEST(Expressions, StoringChecks) {
     Make(ec, "1", "F");
     Make(ec, "F() + 1", "G");
     Make(ec, "'x'", "H");
-    HEXP over = ORLHEXPFromName(ec, row.over);
+    HEXP over = ORLHEXPFromName(ec, row[0].c_str());
     const std::string before = Snapshot(ec);
     renamed.clear();
-    const Parsed stored = Store(ec, over, row.text, row.name);
-    EXPECT_EQ(Outcome(stored), row.outcome);
-    EXPECT_EQ(renamed, row.renamed);
+    const Parsed stored = Store(ec, over, row[1], name);
+    EXPECT_EQ(Outcome(stored), row[3]);
+    EXPECT_EQ(renamed, row[4]);
     if (stored.exp == nullptr) {
       uint16_t type = 0;  // without an error record the failure is the same
-      EXPECT_EQ(ORLParseFormula(ec, over, row.text, row.name, nullptr, &type), nullptr);
+      EXPECT_EQ(ORLParseFormula(ec, over, row[1].c_str(), name, nullptr, &type), nullptr);
       EXPECT_EQ(Snapshot(ec), before);
       continue;
     }
-    const std::string name = row.name == nullptr ? "Formula1" : row.name;
+    const std::string given = name == nullptr ? "Formula1" : name;
     EXPECT_TRUE(over == nullptr || stored.exp == over);
     EXPECT_EQ(ORLGetExpressionCount(ec), over == nullptr ? 4 : 3);
-    EXPECT_EQ(TextOf(ec, stored.exp), row.text);
-    EXPECT_EQ(NameOf(ec, stored.exp), name);
-    EXPECT_EQ(ORLHEXPFromName(ec, name.c_str()), stored.exp);
+    EXPECT_EQ(TextOf(ec, stored.exp), row[1]);
+    EXPECT_EQ(NameOf(ec, stored.exp), given);
+    EXPECT_EQ(ORLHEXPFromName(ec, given.c_str()), stored.exp);
     EXPECT_EQ(ORLGetExpressionDataType(ec, stored.exp), stored.type);
     // F can go as soon as no text refers to it.
     const int32_t free = Snapshot(ec).find("F()") == std::string::npos ? 1 : 0;
