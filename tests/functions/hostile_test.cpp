@@ -10,6 +10,7 @@
 
 #include "closed/wren/memory.h"
 #include "functions/result_block.h"
+#include "support/cases.h"
 #include "tests/dates/date_support.h"
 #include "tests/functions/function_call.h"
 #include "tests/wren/text_model.h"
@@ -225,49 +226,12 @@ TEST(FunctionEdges, WithoutArguments) {
 
 TEST(FunctionEdges, Rows) {
   const PlainSettings settings;
-  const struct {
-    const char *name;
-    std::vector<std::string> args;
-    std::string result;
-    int32_t page = 1252;
-  } rows[] = {
-      // clang-format off
-      {"DateAddDay", {"d:2012-02-28", "-"}, "d:2012-02-28"},
-      {"DateConstruct", {"n:2012", "n:1", "n:1", "n:null", "-", "n:null"}, "d:2012-01-01"},
-      {"DateIFF", {"n:0", "d:2001-01-01", "-", "d:2003-03-03"}, "d:null"},
-      {"DateToStrPicture", {"d:null", "t:bad"}, "t:"},
-      {"StrToDate", {"t:10:30:15"}, "d:1900-01-01 10:30:15"},
-      {"NumberMod", {"n:7", "n:null"}, "n:null"},
-      {"NumberMod", {"n:-2147483648", "n:-1"}, "n:0"},
-      {"NumberRound", {"n:null", "n:2"}, "n:null"},
-      {"Power", {"n:0.1000000000000000000000001", "n:null"}, "n:0.1000000000000000000000001"},
-      {"NumberToStr", {"n:1", "n:97"}, "t:1." + std::string(97, '0')},
-      {"NumberToStr", {"n:1", "n:98"}, "t:"},
-      {"NumberToStrPicture", {"n:5", "t:'" + std::string(99, 'z') + "'0"}, "t:"},
-      {"StrRepeat", {"t:", "n:1e100"}, "t:"},
-      {"StrCase", {"n:2", "t:a,b,"}, "t:"},
-      {"StrTranslate", {"t:", "t:", "t:x"}, "t:x"},
-      {"StrTranslate", {"t:", "t:a,", "t:x,y"}, "t:y"},
-      {"StrReplace", {"t:abc", "n:10", "n:0", "t:x"}, "t:abcx"},
-      {"StrReplace", {"t:abc", "n:1", "n:5", "t:x"}, "t:axc"},
-      // A lead byte takes whatever stands behind it.
-      {"StrPad", {"t:\x81", "n:3"}, "t:\x81   ", 932},
-      {"StrRTrim", {"t:\x81 "}, "t:\x81 ", 932},
-      {"StrCase", {"n:1", "t:\x81,a,b"}, "t:b", 932},
-      // Sizes beyond 31 bits; that of the last one is 2 in 32 bits.
-      {"StrSpaces", {"n:2147483647"}, "refused"},
-      {"StrPad", {"t:a", "n:2147483647"}, "refused"},
-      {"StrPad", {"t:a", "n:1073741824"}, "refused", 932},
-      {"StrPad", {"t:a", "n:536870912"}, "refused", 65001},
-      {"StrRepeat", {"t:ab", "n:1073741824"}, "refused"},
-      {"StrRepeat", {"t:abc", "n:1431655766"}, "refused"},
-      // clang-format on
-  };
-  for (const auto &row : rows) {
-    WRENSetCodePage(row.page);
-    EXPECT_EQ(Canonical(row.result), Call(row.name, row.args))
-        << row.name << testing::PrintToString(row.args);
+  for (const Case &row : CasesOf("functions/edge_cases.txt", "edges")) {
+    WRENSetCodePage(row.Int(0));
+    EXPECT_EQ(Canonical(row[3]), Call(row[1], PartsOf(row[2], ';'))) << row.where;
   }
+  WRENSetCodePage(932);
+  EXPECT_EQ(Canonical("t:\x81 "), Call("StrRTrim", {"t:\x81 "}));
 }
 
 }  // namespace

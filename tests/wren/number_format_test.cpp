@@ -3,12 +3,13 @@
 
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "closed/wren/country.h"
 #include "closed/wren/number_format.h"
+#include "support/cases.h"
 #include "text_model.h"
 #include "wreni11.h"
 
@@ -43,14 +44,22 @@ Country With(const char *decimal, const char *moneyDecimal, const char *thousand
 }
 
 // clang-format off
-const Country kBuiltIn = CountryBuiltIn();
-const Country kGerman = With(",", ",", ".", "\3\3\3\3", "EUR", false, true, false);
-const Country kFrench = With(",", ",", "\240", "\3\3\3\3", "EUR", false, true, false);
-const Country kNarrow = With(",", ",", "\xE2\x80\xAF", "\3\3\3\3", "EUR", false, true, false);
-const Country kIndian = With(".", ".", ",", "\3\2\2\2", "Rs.", true, false, true);
-const Country kSwiss = With(",", ".", "'", "\3\3\3\3", "CHF", true, true, false);
-const Country kOneGroup = With(".", ".", ",", "\4\0\0\0", "$", true, false, true);
+const std::map<std::string, Country> kCountries = {
+    {"builtin", CountryBuiltIn()},
+    {"german", With(",", ",", ".", "\3\3\3\3", "EUR", false, true, false)},
+    {"french", With(",", ",", "\240", "\3\3\3\3", "EUR", false, true, false)},
+    {"narrow", With(",", ",", "\xE2\x80\xAF", "\3\3\3\3", "EUR", false, true, false)},
+    {"indian", With(".", ".", ",", "\3\2\2\2", "Rs.", true, false, true)},
+    {"swiss", With(",", ".", "'", "\3\3\3\3", "CHF", true, true, false)},
+    {"onegroup", With(".", ".", ",", "\4\0\0\0", "$", true, false, true)},
+};
 // clang-format on
+const Country &kBuiltIn = kCountries.at("builtin"), &kGerman = kCountries.at("german"),
+              &kFrench = kCountries.at("french"), &kNarrow = kCountries.at("narrow");
+
+std::vector<Case> Cases(const char *section) {
+  return CasesOf("wren/number_cases.txt", section);
+}
 
 // What a record gives by a country; "failed" when the result is 0. Checks the room of the output.
 std::string Formatted(FormatRecord record, const Country &country) {
@@ -74,27 +83,12 @@ FormatRecord Record(int32_t mode, const char *number, const char *picture = null
   return record;
 }
 
-const struct CountryRow {
-  const Country &country;
-  const char *number, *plain, *amount;
-} kCountryRows[] = {
-    {kBuiltIn, "1234.5", "1,234.5", "$1,234.50"},
-    {kBuiltIn, "-1234.5", "-1,234.5", "($1,234.50)"},
-    {kBuiltIn, "999.995", "999.995", "$1,000.00"},
-    {kBuiltIn, "-0.125", "-0.125", "($0.13)"},
-    {kBuiltIn, "-0.001", "-0.001", "$0.00"},
-    {kBuiltIn, "123", "123", "$123.00"},
-    {kGerman, "-1234567.5", "-1.234.567,5", "-1.234.567,50 EUR"},
-    {kFrench, "1234.5", "1\240234,5", "1\240234,50 EUR"},
-    {kIndian, "123456789", "12,34,56,789", "Rs.12,34,56,789.00"},
-    {kSwiss, "-1234.5", "-1'234,5", "-CHF 1'234.50"},
-    {kOneGroup, "123456789", "12345,6789", "$12345,6789.00"},
-};
-
 TEST(NumberFormat, ByCountry) {
-  for (const CountryRow &row : kCountryRows) {
-    EXPECT_EQ(row.plain, Formatted(Record(WREN_FMT_NUMBER, row.number), row.country));
-    EXPECT_EQ(row.amount, Formatted(Record(WREN_FMT_CURRENCY, row.number), row.country));
+  for (const Case &row : Cases("countries")) {
+    const Country &country = kCountries.at(row[0]);
+    const char *number = row[1].c_str();
+    EXPECT_EQ(row[2], Formatted(Record(WREN_FMT_NUMBER, number), country)) << row.where;
+    EXPECT_EQ(row[3], Formatted(Record(WREN_FMT_CURRENCY, number), country)) << row.where;
   }
   ASSERT_EQ(1, WRENSetCountry("C"));
   char output[kRoom];
@@ -107,45 +101,30 @@ TEST(NumberFormat, ByCountry) {
 }
 
 TEST(NumberFormat, ParsesWhatItFormats) {
-  for (const CountryRow &row : kCountryRows) {
+  for (const Case &row : Cases("countries")) {
+    const Country &country = kCountries.at(row[0]);
     for (const int32_t mode : {WREN_FMT_NUMBER, WREN_FMT_CURRENCY, WREN_FMT_PICTURE}) {
-      for (const char *text : {row.plain, row.amount}) {
+      for (const size_t cell : {2, 3}) {
         FormatRecord record = Record(mode, "99");
-        record.input = text;
-        EXPECT_EQ(1, ParseNumberBy(&record, row.country)) << text;
-        record.mode = text == row.plain ? WREN_FMT_NUMBER : WREN_FMT_CURRENCY;
-        EXPECT_EQ(text, Formatted(record, row.country)) << "in mode " << mode;
+        record.input = row[cell].c_str();
+        EXPECT_EQ(1, ParseNumberBy(&record, country)) << row.where;
+        record.mode = cell == 2 ? WREN_FMT_NUMBER : WREN_FMT_CURRENCY;
+        EXPECT_EQ(row[cell], Formatted(record, country)) << row.where << " in mode " << mode;
       }
     }
   }
 }
 
 TEST(NumberFormat, ByTheFieldsOfTheRecord) {
-  static const struct {
-    const char *number;
-    char thousands, decimal;
-    int32_t fixedDecimals, decimals;
-    const char *expected;
-  } kRows[] = {
-      {"1234.5", 0, '.', 1, 2, "1234.50"},
-      {"-1234.5", '.', ',', 0, 0, "-1.234,5"},
-      {"1234.5", 0, 0, 0, 0, "1234.5"},
-      {"-0.004", 0, '.', 1, 2, "0.00"},
-      {"1251", 0, '.', 1, -2, "1300"},
-      {"0.05", 0, '.', 1, 98, "failed"},
-      {"5", 0, '.', 1, INT32_MAX, "failed"},
-      {"-1e98", 0, '.', 0, 0, "failed"},
-      {"99999999999999999999999999e127", 0, '.', 1, -152, "failed"},
-  };
-  for (const auto &row : kRows) {
+  for (const Case &row : Cases("fields")) {
     for (const int32_t mode : {WREN_FMT_NUMBER, WREN_FMT_CURRENCY}) {
-      FormatRecord record = Record(mode, row.number);
+      FormatRecord record = Record(mode, row[0].c_str());
       record.useCountry = 0;
-      record.thousandsSeparator = row.thousands;
-      record.decimalSeparator = row.decimal;
-      record.fixedDecimals = row.fixedDecimals;
-      record.decimals = row.decimals;
-      EXPECT_EQ(row.expected, Formatted(record, kGerman)) << row.number << " " << row.decimals;
+      record.thousandsSeparator = row[1][0];
+      record.decimalSeparator = row[2][0];
+      record.fixedDecimals = row.Int(3);
+      record.decimals = row.Int(4);
+      EXPECT_EQ(row[5], Formatted(record, kGerman)) << row.where;
     }
   }
   FormatRecord record = Record(WREN_FMT_PICTURE, "1234.5", "#,##0.00");
@@ -180,23 +159,9 @@ void ExpectParsed(const Country &country, const std::string &text, const char *n
 }
 
 TEST(NumberFormat, Parse) {
-  // clang-format off
-  const struct {
-    const Country &country;
-    std::vector<std::pair<const char *, const char *>> texts;
-  } kRows[] = {
-      {kBuiltIn, {{" 1,234,567.50 ", "1234567.5"}, {".5", "0.5"}, {"5.", "5"}, {"0,005", "5"},
-                  {"+5", "5"}, {"- 5", "-5"}, {"5 -", "-5"}, {"( $ 5.25 )", "-5.25"}, {"$-5", "-5"},
-                  {"-$5", "-5"}, {"5$", "5"}, {"-0", "0"}}},
-      {kGerman, {{"EUR 1.234,50-", "-1234.5"}}},
-      {kFrench, {{"1 234 567,5", "1234567.5"}, {"5\240EUR", "5"}}},
-      {kIndian, {{"Rs. 12,34,567.5", "1234567.5"}, {"1,234,567", nullptr}}},
-      {kSwiss, {{"CHF 1'234.5", "1234.5"}, {"1'234.5", nullptr}}},
-      {kOneGroup, {{"1,2345,6789", nullptr}}},
-  };
-  // clang-format on
-  for (const auto &row : kRows) {
-    for (const auto &[text, expected] : row.texts) ExpectParsed(row.country, text, expected);
+  for (const Case &row : Cases("parse")) {
+    SCOPED_TRACE(row.where);
+    ExpectParsed(kCountries.at(row[0]), row[1], row[2] == "none" ? nullptr : row[2].c_str());
   }
   std::string zeros = "0";
   for (int i = 0; i < 500000; ++i) zeros += ",000";
@@ -206,15 +171,6 @@ TEST(NumberFormat, Parse) {
   ExpectParsed(kBuiltIn, std::string(2000000, ' ').append("5"), "5");
   ExpectParsed(kBuiltIn, std::string(2000000, '3').replace(0, 1, "."),
                "0.33333333333333333333333333");
-}
-
-TEST(NumberFormat, ParseRefuses) {
-  static const char *const kTexts[] = {
-      "",        " ",        ".",      "-",      "$",    "()",   "abc",   "5 5",
-      "5x",      "1,23",     "--5",    "-5-",    "5)",   ")5(",  "$5$",   "12,34,567",
-      "1,23456", "1234,567", ",123",   "1,,234", "-(5)", "(-5)", "(5",    "5%",
-      "1e5",     "1.234,5",  "1,234,", "1.2.3",  "5 (",  "\n5",  "5\240x"};
-  for (const char *text : kTexts) ExpectParsed(kBuiltIn, text, nullptr);
 }
 
 // What the picture gives; the check of the picture and the format must agree.
@@ -230,60 +186,14 @@ std::string UnderPicture(const std::string &picture, const char *number,
 }
 
 TEST(NumberFormat, Pictures) {
-  // clang-format off
-  const struct {
-    const char *picture;
-    std::vector<std::pair<const char *, const char *>> numbers;
-    const Country &country = kBuiltIn;
-    int32_t page = 1252;
-  } kRows[] = {
-      {"0.00", {{"-0.001", "0.00"}}},
-      {"#,##0.00", {{"1234567.891", "1,234,567.89"}}},
-      {"#,##0.00", {{"1234567.891", "1.234.567,89"}}, kGerman},
-      {"#,##0", {{"1234567.5", "12,34,568"}}, kIndian},
-      {"0,000", {{"12", "0,012"}}},
-      {"#", {{"0", ""}}},
-      {"#.##", {{"0.5", ".5"}, {"5", "5"}}},
-      {"0.0##", {{"1.25", "1.25"}, {"1", "1.0"}}},
-      {"0.#0", {{"1.5", "1.50"}}},
-      {"0#", {{"7", "07"}}},
-      {".00", {{"1234.5", "1234.50"}}},
-      {"(000) 000-0000", {{"5551234567", "(555) 123-4567"}}},
-      {"##-##", {{"1", "-1"}, {"12345", "123-45"}}},
-      {"0%", {{"0.125", "13%"}}},
-      {"%0", {{"1e25", "%1000000000000000000000000000"}}},
-      {"0.00 \"pcs; 0\"", {{"2", "2.00 pcs; 0"}}},
-      {"'it''s' \\#0\\\\", {{"2", "its #2\\"}}},
-      {"$#,##0.00", {{"-1234.5", "-$1,234.50"}}},
-      {"$#,##0.00;($#,##0.00)", {{"-1234.5", "($1,234.50)"}, {"-0.004", "$0.00"}}},
-      {"0;-0;\"none\"", {{"-0.4", "none"}, {"-0.5", "-1"}}},
-      {"0;;", {{"-5", ""}, {"0", ""}}},
-      {"0;\"minus\"", {{"-0.1", "minus"}}},
-      {"0.00;0", {{"-1.5", "2"}}},
-      {"0\xE9\x80", {{"5", "5\xE9\x80"}}},
-      {"0 \xE2\x82\xAC", {{"5", "5 \xE2\x82\xAC"}}, kBuiltIn, 65001},
-      // The second byte of a double character may look like a mark of the picture.
-      {"0\x83\\", {{"5", "5\x83\\"}}, kBuiltIn, 932},
-      {"\"\x95\\\"0", {{"5", "\x95\\5"}}, kBuiltIn, 932},
-      {"0\x83", {{"5", "5\x83"}}, kBuiltIn, 932},
-      {"\"\x83\"0", {{"5", "bad"}}, kBuiltIn, 932},
-  };
-  // clang-format on
-  for (const auto &row : kRows) {
-    const CodePageScope scope(row.page);
-    for (const auto &[number, expected] : row.numbers) {
-      EXPECT_EQ(expected, UnderPicture(row.picture, number, row.country))
-          << row.picture << " of " << number;
-    }
+  for (const Case &row : Cases("pictures")) {
+    const CodePageScope scope(row.Int(0));
+    EXPECT_EQ(row[4], UnderPicture(row[2], row[3].c_str(), kCountries.at(row[1]))) << row.where;
   }
 }
 
 TEST(NumberFormat, BadPictures) {
-  static const char *const kPictures[] = {
-      "",         "abc", "0a",   "1",     "\"0",  "'",        "0\\",   "0.0.0", "0.",      "0.;0",
-      ",0",       "0,",  "0,.0", "0.0,",  "0.,0", "0%%",      ";0",    "-;0",   "0;0;0;0", "0;,0",
-      "\"text\"", "%",   "0\t",  "0\x7F", "YYYY", "0;\"open", "0;0;x", "#,;0",  "0E+0"};
-  for (const char *picture : kPictures) EXPECT_EQ("bad", UnderPicture(picture, "5")) << picture;
+  for (const Case &row : Cases("bad")) EXPECT_EQ("bad", UnderPicture(row[0], "5")) << row.where;
   FormatRecord record = Record(WREN_FMT_PICTURE, "5");
   EXPECT_EQ(0, WRENFmtCheckNumberPicture(&record)) << "no picture";
 }

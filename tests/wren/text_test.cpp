@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "closed/wren/memory.h"
+#include "support/cases.h"
 #include "text_model.h"
 #include "wreni11.h"
 
@@ -138,30 +139,13 @@ TEST(TextTest, ExtremeCountsAndNullsGiveTheWholeOrTheEmptyText) {
 }
 
 TEST(TextTest, ProperCapitalizesWords) {
-  struct Row {
-    int32_t page;
-    const char *source, *expected;
-  };
-  // clang-format off
-  const Row rows[] = {
-      {1252, "net SALES of the 3RD quarter", "Net Sales Of The 3rd Quarter"},
-      {1252, "don't o'neil 'quoted' rock-n-roll a.b", "Don't O'neil 'Quoted' Rock-N-Roll A.B"},
-      {1252, "rock 'n' roll''s end'", "Rock 'N' Roll''S End'"},
-      {1252, "\xE9" "COLE L\x92\xC9T\xC9", "\xC9" "cole L\x92\xE9t\xE9"},
-      {932, "\x82\x81\x82\x61 \x82\x81 a\x83\x5C\x82\x61", "\x82\x60\x82\x82 \x82\x60 A\x83\x5C\x82\x82"},
-      {65001, "\xC3\xA9" "COLE \xE2\x80\x93" "a \xCE\xB1\xCE\x92", "\xC3\x89" "cole \xE2\x80\x93" "A \xCE\x91\xCE\xB2"},
-      {1252, "PARAL\xB7LEL \xB7" "a", "Paral\xB7lel \xB7" "A"},
-      {65001, "\xC7\xB3 \xC7\x84\xC7\xB1 m\xC2\xB2" "X", "\xC7\xB2 \xC7\x85\xC7\xB3 M\xC2\xB2" "x"},
-      {65001, "stra\xC3\x9F" "E\xE2\x80\x99S a\xC3" "b", "Stra\xC3\x9F" "e\xE2\x80\x99s A\xC3" "B"},
-  };
-  // clang-format on
-  for (const Row &row : rows) {
-    const CodePageScope scope(row.page);
-    const std::string source = row.source;
-    EXPECT_EQ(Shown(row.expected), Shown(Written(source.size() + 1, WRENStrProper, source)));
+  for (const Case &row : CasesOf("wren/text_cases.txt", "proper")) {
+    const CodePageScope scope(row.Int(0));
+    const std::string &source = row[1];
+    EXPECT_EQ(Shown(row[2]), Shown(Written(source.size() + 1, WRENStrProper, source)));
     std::string inPlace = source;
     WRENStrProper(inPlace.data(), inPlace.c_str());
-    EXPECT_EQ(row.expected, inPlace) << Shown(source);
+    EXPECT_EQ(row[2], inPlace) << row.where;
   }
 }
 
