@@ -85,7 +85,8 @@ void WRENNumFromText(NumberValue *result, const char *source) {
 
 int32_t WRENNumToText(const NumberValue *value, int32_t size, char *buffer) {
   char text[1 + kDigits + kMaxExponent];  // the longest: no fraction has more places
-  static_assert(sizeof text >= sizeof "-0." - 1 - kMinExponent);
+  static_assert(static_cast<int32_t>(sizeof text) >=
+                static_cast<int32_t>(sizeof "-0.") - 1 - kMinExponent);
   size_t length = 0;
   NumberDigits digits;
   if (NumberDigitsOf(value, &digits)) {
