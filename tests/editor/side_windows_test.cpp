@@ -5,9 +5,14 @@
 
 #include "editor/editor.h"
 #include "editor/session.h"
+#include "support/cases.h"
 #include "support/context.h"
 
 namespace {
+
+std::vector<Case> Cases(const char *section) {
+  return CasesOf("editor/side_cases.txt", section);
+}
 
 std::vector<std::string> values;  // what the host lists
 std::vector<int32_t> mores;       // what it says in turn; nothing behind the last
@@ -55,32 +60,12 @@ OrlWindow Play(OrlWindow d, const std::string &acts, const char *name) {
 
 // clang-format off
 TEST(TextView, ShowsTheSelectedFormula) {
-  const std::string total = "Formula Text - Total|{}Tax + 1", span = "Range Text - Span|{}1 AND 2",
-      some = "Set Text - Some|{}1, 2", renamed = "Formula Text - sTotal|{}Tax + 1", rename =
-      "right 114 Total; click 117; type 101 s; click 1";
-  const std::pair<std::string, std::string> rows[] = {  // acts; title and text, "" without a window
-      {"row 114 Total; click 118", total}, {"row 114 Total; click 118; row 114 Span", span},
-      {"right 114 Some", some}, {"right 114 Some; key 114 38", span},
-      {"right 114 Total; key 114 35", some},
-      {"right 114 Some; row 114 [ New Formula ]", "Formula Text|{}"},
-      {"click 135; right 114 Some; right 114 [ New Range ]", "Range Text|{}"},
-      {"right 114 Some; click 116; row 114 Span", span},
-      {"click 136; row 114 Span; click 118; click 116", "Set Text|{}"},
-      {"right 114 Span; row 114 Total; click 117", total},
-      // A new name shows when the row is chosen anew.
-      {rename + "17", renamed}, {rename + "35", total}, {rename + "35; row 114 sTotal", renamed},
-      // The user changes nothing in it.
-      {"right 114 Total|type 100 x; key 100 46; select 100 0 3; click 100|", total},
-      {"right 114 Total|close|", ""}, {"right 114 Total; row 114 [ New Formula ]|close|", ""},
-      {"right 114 Total|close|row 114 Span; click 118", span},
-      {"right 114 [ New Formula ]", ""}, {"row 114 Total; right 114 [ New Formula ]", ""},
-  };
-  for (const auto &[acts, shown] : rows) {
-    SCOPED_TRACE(acts);
+  for (const Case &row : Cases("view")) {
+    SCOPED_TRACE(row.where);
     const Context ec;
-    const auto steps = [&acts = acts, &shown = shown](OrlWindow d) {
-      OrlWindow view = Play(d, acts, "EXPTEXTVIEW");
-      EXPECT_EQ(view == nullptr ? "" : Text(view) + "|" + Marked(view), shown);
+    const auto steps = [&row](OrlWindow d) {
+      OrlWindow view = Play(d, row[0], "EXPTEXTVIEW");
+      EXPECT_EQ(view == nullptr ? "" : Text(view) + "|" + Marked(view), row[1]);
       EXPECT_EQ(Look(d, 118).enabled, view == nullptr && Look(d, 114).currentRow > 0 ? 1 : 0);
       EXPECT_EQ(ORLHeadlessOpen(nullptr, 0), view == nullptr ? 1 : 2);
     };
@@ -89,33 +74,14 @@ TEST(TextView, ShowsTheSelectedFormula) {
 }
 
 TEST(ValuesDialog, KeepsItsButtonInStep) {
-  const std::string opens = "Data Item &Values Dialog...|", lists = "List Data Item &Values|",
-                    item = "row 106 Tax", open = item + "; click 133", tax = " |Tax - Values";
-  const struct {
-    std::string acts;
-    std::vector<int32_t> mores;
-    std::string state;  // caption, enabled, what the host was asked, title
-  } rows[] = {
-      {"", {}, opens + "0||"}, {item, {}, opens + "1||"}, {open, {0}, lists + "0|Tax 1" + tax},
-      {open, {1}, lists + "1|Tax 1" + tax}, {open, {}, lists + "1|Tax 1" + tax},
-      {open + "; click 133", {1, 1}, lists + "0|Tax 1 Tax 0" + tax},
-      {open + "; click 133; row 106 Name", {1, 0, 1},
-       lists + "1|Tax 1 Tax 0 Name 1 |Name - Values"},
-      {open + "; row 106 Word", {0, 0}, lists + "0|Tax 1 Word 1 |Word - Values"},
-      {open + "; row 106 Name; row 106 Tax", {0, 1}, lists + "1|Tax 1 Name 1 Tax 1" + tax},
-      {open + "; row 114 Total; click 117", {0, 1}, lists + "1|Tax 1 Tax 0" + tax},
-      {open + "; click 135", {1, 0}, lists + "0|Tax 1 Tax 0" + tax},
-      {open + "|close|", {0}, opens + "1|Tax 1 |"},
-      {open + "|close|click 133", {0, 1}, lists + "1|Tax 1 Tax 1" + tax},
-  };
-  for (const auto &row : rows) {
-    SCOPED_TRACE(row.acts);
+  for (const Case &row : Cases("button")) {
+    SCOPED_TRACE(row.where);
     const Context ec;
-    mores = row.mores;
+    mores = row.Ints(1);
     Edit(ec, {}, [&](OrlWindow d) {
-      OrlWindow window = Play(d, row.acts, "LISTVALUES");
+      OrlWindow window = Play(d, row[0], "LISTVALUES");
       EXPECT_EQ(Text(d, 133) + "|" + std::to_string(Look(d, 133).enabled) + "|" + calls + "|" +
-                    (window == nullptr ? "" : Text(window)), row.state);
+                    (window == nullptr ? "" : Text(window)), row[2]);
     });
   }
 }
@@ -142,57 +108,30 @@ TEST(ValuesDialog, StandsBesideTheFunctions) {
 // clang-format off
 TEST(ValuesDialog, InsertsLiterals) {
   constexpr const char *kTemplates[] = {"{d '%s'}", "{ts '%s'}", "{t '%s'}"};
-  const std::string date = "Jan 5, 2012", tail = ", {Expression} [,Expression...]";
-  const struct {
-    const char *item;
-    std::string value;
-    int32_t type;  // of the text
-    uint16_t flags;
-    int32_t templates;  // a bit for each
-    std::string text;
-  } rows[] = {
-      {"Name", "O'Brien", 0, 0, 0, "'O''Brien'{}"}, {"Name", "''", 0, 0, 0, "''''''{}"},
-      {"Name", "", 0, 0, 0, "''{}"}, {"Name", "x", 2, 0, 0, "'x' AND {Expression}"},
-      {"Amount", "1'000.50", 0, 0, 7, "1'000.50{}"}, {"Word", "it's", 0, 0, 7, "it's{}"},
-      {"Money", "$ 5", 0, 0, 7, "$ 5{}"}, {"Start", date, 0, 0, 7, "{d '2012-01-05'}{}"},
-      {"Start", date + " 9:04 pm", 0, 0, 7, "{ts '2012-01-05 21:04'}{}"},
-      {"Start", "10:30:15", 0, 0, 7, "{t '10:30'}{}"}, {"Start", "hello", 0, 0, 7, "hello{}"},
-      {"Start", date, 0, 0, 0, date + "{}"}, {"Start", date, 0, 0, 6, date + "{}"},
-      {"Start", date, 0, 2, 7, date + "{}"}, {"Start", date, 0, 1, 7, "{d '2012-01-05'}{}"},
-      {"Start", date, 1, 1, 4, "'2012-01-05'" + tail}, {"Start", "hello", 1, 1, 4, "''" + tail},
-      {"Start", date, 1, 1, 0, date + tail}, {"Start", date, 1, 3, 7, date + tail},
-      {"Start", date, 1, 0, 1, "{d '2012-01-05'}" + tail},
-  };
-  for (const auto &row : rows) {
-    SCOPED_TRACE(row.item + (" " + row.value) + " " + std::to_string(row.flags));
+  for (const Case &row : Cases("literals")) {
+    SCOPED_TRACE(row.where);
     const Context ec;
-    values = {row.value};
+    values = {row[1]};
     ORLSetDatePicture(ec, "yyyy-MM-dd", "yyyy-MM-dd HH:mm", "HH:mm");
     const char *formats[3];
-    for (int32_t i = 0; i < 3; i++) formats[i] = row.templates >> i & 1 ? kTemplates[i] : nullptr;
-    ORLSetDateConvert(ec, formats[0], formats[1], formats[2], row.flags);
-    Edit(ec, {nullptr, row.type, row.item}, [&](OrlWindow d) {
+    for (int32_t i = 0; i < 3; i++) formats[i] = (row.Int(4) >> i & 1) != 0 ? kTemplates[i] : nullptr;
+    ORLSetDateConvert(ec, formats[0], formats[1], formats[2], static_cast<uint16_t>(row.Int(3)));
+    Edit(ec, {nullptr, row.Int(2), row[0].c_str()}, [&](OrlWindow d) {
       OrlWindow window = ORLHeadlessFind("LISTVALUES");
-      EXPECT_EQ(Text(window) + " " + calls, row.item + (" - Values " + calls));
-      EXPECT_EQ(calls, row.item + std::string(" 1 "));
+      EXPECT_EQ(Text(window) + " " + calls, row[0] + " - Values " + calls);
+      EXPECT_EQ(calls, row[0] + " 1 ");
       ASSERT_EQ(ORLHeadlessDoubleClickRow(window, 100, 0), 1);
-      EXPECT_EQ(Marked(d), row.text);
+      EXPECT_EQ(Marked(d), row[5]);
     });
   }
 }
 
 TEST(QuoteString, DoublesQuotesAndKeepsCharactersWhole) {
-  const struct { int32_t page; const char *text, *quoted; } rows[] = {
-      {1252, "", "''"}, {1252, "'", "''''"}, {1252, "\x83'", "'\x83'''"},
-      {932, "\x83'a", "'\x83'a'"},
-      {932, "\x83\x5C'\x81\x40", "'\x83\x5C''\x81\x40'"}, {932, "a\x83", "'a\x83'"},
-      {65001, "\u00e9'\u30bc", "'\u00e9''\u30bc'"}, {65001, "\xe3'", "'\xe3'''"},
-  };
-  for (const auto &row : rows) {
-    ASSERT_NE(WRENSetCodePage(row.page), 0);
-    std::vector<char> target(2 * std::strlen(row.text) + 3);
-    OrlQuoteString(target.data(), row.text);
-    EXPECT_STREQ(target.data(), row.quoted) << row.page;
+  for (const Case &row : Cases("quotes")) {
+    ASSERT_NE(WRENSetCodePage(row.Int(0)), 0);
+    std::vector<char> target(2 * row[1].size() + 3);
+    OrlQuoteString(target.data(), row[1].c_str());
+    EXPECT_EQ(target.data(), row[2]) << row.where;
   }
   WRENSetCodePage(1252);
 }
