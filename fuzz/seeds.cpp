@@ -1,5 +1,6 @@
-// fuzz_seeds FOLDER PAGE - writes what the fuzz targets start from: blocks of random contexts in
-// all versions, the formulas of the page of functions and others, and the words of the language.
+// fuzz_seeds FOLDER PAGE FORMULAS - writes what the fuzz targets start from: blocks of random
+// contexts in all versions, the formulas of the page of functions and of a file with one in each
+// line, and the words of the language.
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -15,37 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char *const kFormulas[] = {"1",
-                                 "-1.5E-3 + Amount * 2",
-                                 "(Amount - Tax) / Null",
-                                 "Text || 'it''s' || \"a, b\"",
-                                 "Net()",
-                                 "Start + 2 DAYS",
-                                 "Start - 2012-01-31",
-                                 "12 Jan 99 + 1 MONTH",
-                                 "Amount, Tax, 3",
-                                 "Amount AND Tax + 1",
-                                 "Sum(DISTINCT Amount)",
-                                 "Sum(ALL Tax)",
-                                 "Count(*)",
-                                 "Count(Text)",
-                                 "Dist(DISTINCT Tax)",
-                                 "Item(Amount)",
-                                 "Case(Text, 'x')",
-                                 "KeyFn(Net Sales)",
-                                 "@PI",
-                                 "Red",
-                                 "Own type",
-                                 "Missing + 1",
-                                 "StrRepeat(Text, 2000000000)",
-                                 "10 % 3",
-                                 "13/45/99 + (1 2",
-                                 "Opt(1, Nope)",
-                                 "StrUpper(StrLeft(Text, 5)) || StrRepeat('\xC3\xA9', 9)",
-                                 "\x83\x7C + 'a",
-                                 "2012-01-31 21:30:15 AND NoDate",
-                                 "Net() + Net() * Net()",
-                                 "Case(Amount, Tax) || 'a'"};
+std::vector<std::string> formulas;  // those of formulas.txt, and of the page
 
 std::mt19937 randomBits(1);  // the same seeds on every machine
 
@@ -86,8 +57,9 @@ Subject RandomSubject() {
   for (size_t tries = 4 * count; tries > 0; tries--) {
     const std::string name = "F" + std::to_string(Below(count));
     const std::string other = "F" + std::to_string(Below(count)) + "() + 1";
-    const char *text = Below(2) != 0 ? other.c_str() : kFormulas[Below(std::size(kFormulas))];
-    ORLParseFormula(ec, ORLHEXPFromName(ec, name.c_str()), text, name.c_str(), &error, &type);
+    const std::string &text = Below(2) != 0 ? other : formulas[Below(formulas.size())];
+    ORLParseFormula(ec, ORLHEXPFromName(ec, name.c_str()), text.c_str(), name.c_str(), &error,
+                    &type);
   }
   return subject;
 }
@@ -120,9 +92,8 @@ std::string InOldVersion(const std::string &block, int version) {
   return old + block.substr(at);
 }
 
-// The examples in the tables of a page: | `formula` | ...
-std::vector<std::string> ExamplesOf(const char *page) {
-  std::vector<std::string> formulas;
+// Takes the examples in the tables of a page: | `formula` | ...
+void TakeExamples(const char *page) {
   std::ifstream stream(page);
   for (std::string line; std::getline(stream, line);) {
     const size_t end = line.find("` |", 3);
@@ -133,7 +104,6 @@ std::vector<std::string> ExamplesOf(const char *page) {
       }
     }
   }
-  return formulas;
 }
 
 void WriteWords(const fs::path &file) {
@@ -156,11 +126,14 @@ void WriteWords(const fs::path &file) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: fuzz_seeds FOLDER PAGE\n");
+  if (argc != 4) {
+    std::fprintf(stderr, "usage: fuzz_seeds FOLDER PAGE FORMULAS\n");
     return 2;
   }
   const fs::path folder = argv[1];
+  std::ifstream stream(argv[3]);
+  for (std::string line; std::getline(stream, line);) formulas.push_back(line);
+  formulas.emplace_back("\x83\x7C + 'a");  // a character of two bytes
   for (size_t i = 0; i < 200; i++) {
     const Subject subject = RandomSubject();
     const std::string block = WriteBlock(subject.get());
@@ -171,8 +144,7 @@ int main(int argc, char **argv) {
     WriteFile(folder / "block_reader", i, settings,
               version < 2 ? InOldVersion(block, version) : block);
   }
-  std::vector<std::string> formulas = ExamplesOf(argv[2]);
-  formulas.insert(formulas.end(), std::begin(kFormulas), std::end(kFormulas));
+  TakeExamples(argv[2]);
   for (size_t i = 0; i < formulas.size(); i++) {
     const std::string settings = {static_cast<char>(Below(4)),
                                   static_cast<char>(ORL_FLAG_RANGES | ORL_FLAG_MODIFIERS)};
