@@ -1,5 +1,5 @@
 """The examples of docs/language.md, computed by orli: formulas over the first row of its file, and
-sessions of the shell. Those of docs/odbc-functions.md too."""
+sessions of the shell. Those of docs/orli.md and docs/odbc-functions.md too."""
 
 import json
 import re
@@ -10,7 +10,8 @@ import support
 
 PAGE = (support.ROOT / "docs/language.md").read_text()
 FUNCTIONS = (support.ROOT / "docs/odbc-functions.md").read_text()
-BLOCKS = re.findall(r"^```(\w+) ?(\S*)\n(.*?)^```$", PAGE, re.DOTALL | re.MULTILINE)
+BLOCKS = re.findall(r"^```(\w+) ?(\S*)\n(.*?)^```$", PAGE + (support.ROOT / "docs/orli.md").read_text(),
+                    re.DOTALL | re.MULTILINE)
 # What stands on the page for a Number or Date without content.
 NOTHING = "n,NoNumber,NoDate\n1,,\n1,1,2024-01-31\n"
 
@@ -63,6 +64,7 @@ class Language(support.FolderCase):
                     self.assertIn(result.removeprefix("error").removeprefix(": "), output.decode())
 
     def test_sessions(self):
+        (self.folder / "data").symlink_to(support.ROOT / "data")
         for text in blocks("console"):
             for command, expected in transcript.commands_of(text):
                 with self.subTest(command=command):

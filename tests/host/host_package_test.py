@@ -139,6 +139,10 @@ class Install(support.FolderCase):
         output = subprocess.check_output([program, "check", support.WEATHER, "wind * 2"], text=True,
                                          env=support.ENVIRONMENT)
         self.assertEqual(output, "Number\n")
+        for path, command in (("man/man1/orli.1", "man"), ("bash-completion/completions/orli", "completion bash"),
+                              ("zsh/site-functions/_orli", "completion zsh")):
+            output = subprocess.check_output([program, *command.split()], env=support.ENVIRONMENT)
+            self.assertEqual((self.folder / "opt/orli/share" / path).read_bytes(), output, path)
         if HAS_WINDOWS:  # and found beside the library: it is what complains
             edit = subprocess.run([program, "edit", self.folder / "new", support.WEATHER], text=True,
                                   env=dict(support.ENVIRONMENT, QT_QPA_PLATFORM="nonsense"),
