@@ -37,6 +37,7 @@ enum ExpressionClass : int32_t { kClassFormula, kClassRange, kClassSet, kClassCo
 constexpr int32_t kHelpPathSize = 520;
 
 struct ReferenceListener;
+struct RowSource;
 struct Expression;
 
 // See expression_order.h.
@@ -67,6 +68,7 @@ struct ExprContext {
   OperatorSlots operators[kGroupCount];
   void *numberBlock;  // owned blocks that wait for the next routine of the host, or null
   void *textBlock;
+  RowSource *rowSource;  // of the rows that are being computed one by one, or null
   int32_t helpContext;
   char helpPath[kHelpPathSize];
 

@@ -39,10 +39,12 @@ inline void ReleaseBlock(void *&waiting, void *block) {
 // Calls `routine` with a block of the size and hands the block that the routine leaves to `accept`.
 // The value is None, and `accept` is not called, when the routine fails or throws.
 template <uint32_t size, class Routine, class Accept>
-inline void CallWithBlock(void *&waiting, Value *value, Routine routine, Accept accept) {
+inline void CallWithBlock(TextBuffer &texts, void *&waiting, Value *value, Routine routine,
+                          Accept accept) {
   void *block = TakeBlock<size>(waiting);
   value->form = ValueForm::None;
   if (block == nullptr) [[unlikely]] {
+    texts.outOfMemory = true;
     return;
   }
   void *filled = block;
@@ -103,17 +105,17 @@ template <class Routine>
 inline void CallForType(Evaluation &run, int32_t type, Value *value, Routine routine) {
   switch (type) {
     case ORL_TYPE_NUMBER:
-      CallWithBlock<kNumberBlockSize>(run.ec->numberBlock, value, routine,
+      CallWithBlock<kNumberBlockSize>(run.texts, run.ec->numberBlock, value, routine,
                                       [=](const void *block) { AcceptNumber(block, value); });
       break;
     case ORL_TYPE_DATE:
-      CallWithBlock<kNumberBlockSize>(run.ec->numberBlock, value, routine,
+      CallWithBlock<kNumberBlockSize>(run.texts, run.ec->numberBlock, value, routine,
                                       [=](const void *block) { AcceptPacked(block, value); });
       break;
     case ORL_TYPE_STRING:
-      CallWithBlock<kTextBlockSize>(run.ec->textBlock, value, routine, [&](const void *block) {
-        AcceptText(run.texts, block, value);
-      });
+      CallWithBlock<kTextBlockSize>(
+          run.texts, run.ec->textBlock, value, routine,
+          [&](const void *block) { AcceptText(run.texts, block, value); });
       break;
     default:
       CallForBlock(value, routine);

@@ -32,11 +32,11 @@ Program *EnterFormula(Evaluation &run, Expression *expression, uint32_t values, 
     return nullptr;
   }
   Program *entered = BoundProgram(run.ec, expression);
-  if (entered == nullptr || !ReserveValues(run, values, entered)) {
-    return nullptr;
-  }
-  FormulaFrame *frame = StackPush(run.formulas);
+  FormulaFrame *frame = entered == nullptr || !ReserveValues(run, values, entered)
+                            ? nullptr
+                            : StackPush(run.formulas);
   if (frame == nullptr) {
+    run.texts.outOfMemory = true;
     return nullptr;
   }
   *frame = {expression, expression->evaluation, run.expression, caller, next};
@@ -268,6 +268,7 @@ const Value *EvaluationRun(Evaluation &run, EC ec, HEXP exp) {
   run.values.items[0].form = ValueForm::None;
   Program *program = BoundProgram(ec, exp);
   if (program == nullptr || !ReserveValues(run, 0, program)) {
+    run.texts.outOfMemory = true;
     return nullptr;
   }
   const Evaluation *before = exp->evaluation;

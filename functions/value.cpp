@@ -36,6 +36,7 @@ bool TextBufferGrow(TextBuffer &texts, uint64_t size) {
     bytes = LargerBuffer(texts, wanted, wanted);
   }
   if (bytes == nullptr) {
+    texts.outOfMemory = true;
     return false;
   }
   texts.bytes = bytes;

@@ -134,6 +134,7 @@ struct TextBuffer {
   char *bytes;
   uint32_t used;
   uint32_t size;
+  bool outOfMemory;  // since the evaluation began: here, for a block or for a program
   alignas(16) char first[496];
 };
 
@@ -141,6 +142,7 @@ inline void TextBufferBegin(TextBuffer &texts) {
   texts.bytes = texts.first;
   texts.used = 0;
   texts.size = sizeof texts.first;
+  texts.outOfMemory = false;
 }
 inline void TextBufferEnd(TextBuffer &texts) {
   if (texts.bytes != texts.first) WRENMemFree(texts.bytes);

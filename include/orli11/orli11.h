@@ -413,6 +413,69 @@ ORL_API int32_t ORLEvaluateExpressionExt(EC ec, HEXP exp, int32_t *length, void 
  * context is destroyed and the result is 0. */
 ORL_API int32_t ORLSetOperatorCallback(EC ec, int16_t op, int16_t dataType, const char *name);
 
+/* ---- Many rows at once ----------------------------------------------------------------------- */
+
+/* Forms of columns, which are those of Arrow arrays: elements one after the other, aligned as their
+ * C type (DECIMAL128 by 8 bytes), and one bit for each row that tells whether it has a value. */
+enum {
+  ORL_COLUMN_NUMBER = 0,     /* NumberValue[rows]: numbers or dates */
+  ORL_COLUMN_INT64 = 1,      /* int64_t[rows], value / 10^scale */
+  ORL_COLUMN_DECIMAL128 = 2, /* __int128[rows], 16 bytes, little endian, value / 10^scale */
+  ORL_COLUMN_DOUBLE = 3,     /* double[rows], as WRENNumFromDouble and WRENNumToDouble */
+  ORL_COLUMN_DATE32 = 4,     /* int32_t[rows], days since 1970-01-01 */
+  ORL_COLUMN_TIMESTAMP = 5,  /* int64_t[rows], microseconds since 1970-01-01 00:00 */
+  ORL_COLUMN_TEXT = 6        /* bytes of all rows without terminators, and int32_t offsets[rows + 1]
+                                that ascend: row r is what lies between offsets r and r + 1, up to
+                                its first zero byte */
+};
+
+/* The values of an input item, all rows. NUMBER, INT64, DECIMAL128 and DOUBLE are for items of type
+ * Number, NUMBER, DATE32 and TIMESTAMP for those of type Date, TEXT for those of type String; items
+ * of a host's own types have no columns. A null NumberValue, a double that is not finite and a day
+ * of no calendar year (1 to 9999) are null values; a DECIMAL128 of more than 26 digits is rounded
+ * to them. */
+typedef struct {
+  const char *name;       /* of the input item */
+  int32_t form, scale;    /* ORL_COLUMN_...; scale of INT64 and DECIMAL128, 0 to 37 */
+  const void *values;     /* may be null where there are no rows or bytes */
+  const int32_t *offsets; /* TEXT: rows + 1 elements; not used by others */
+  const uint8_t *valid;   /* bit r % 8 of byte r / 8 is 1 where row r has a value; null: all */
+} OrlColumn;
+
+/* Where the values of a formula go, all rows: forms fit its type as those of columns fit an item's.
+ * INT64 and DECIMAL128 are rounded half away from zero to `scale`, DATE32 is the day of the date.
+ * A null value, or one that the form cannot hold, is no value; only NUMBER holds null values. The
+ * elements of rows without a value are zero bytes, the texts empty. */
+typedef struct {
+  int32_t form, scale; /* what the host wants */
+  void *values;        /* the host's, `rows` elements; TEXT: null, and receives a block of
+                          ORLMemAlloc, which the host frees with ORLMemFree */
+  int32_t *offsets;    /* TEXT: the host's, rows + 1 elements, the first of which becomes 0; not
+                          used by others */
+  uint8_t *valid;      /* the host's, (rows + 7) / 8 bytes; null: not wanted */
+} OrlRowResults;
+
+/* Computes an expression for `rows` rows at once. Row by row the result is that of
+ * ORLEvaluateExpression with value routines that hand out what the columns hold, and none where a
+ * row has no value. Input items without a column, functions of the host and operator callbacks are
+ * called as there, row by row in ascending order; a routine that fails or throws, and a value that
+ * cannot be computed, leave that one row without a value. A row of ORL_COLUMN_NUMBER or _TEXT has a
+ * value exactly where ORLEvaluateExpression returns 1.
+ *
+ * Columns and results are the host's, are used during the call alone and must not overlap. Columns
+ * of items that the expression does not use are allowed. As everywhere a context belongs to one
+ * thread at a time: rows are shared out over threads by giving each a context of its own (as
+ * ORLCopyEC makes) and a part of the rows.
+ *
+ * Returns the number of rows with a value, 0 or more, or -1 with nothing written and no block made:
+ * for a null context, expression or record, negative counts, a missing buffer, a TEXT result whose
+ * `values` is not null, an unknown form or scale, a column without an item of that name, with a
+ * form that does not fit its item or beside another one of the same item, offsets that descend or
+ * begin below 0, a form that does not fit the expression; for texts of more than 2^31 - 1 bytes
+ * together; and where memory ends. */
+ORL_API int64_t ORLEvaluateRows(EC ec, HEXP exp, int64_t rows, int32_t columnCount,
+                                const OrlColumn *columns, OrlRowResults *results);
+
 /* ---- Usage ----------------------------------------------------------------------------------- */
 
 /* 1 when the expression uses the function (0), input item or keyword (1) or named formula (2) of

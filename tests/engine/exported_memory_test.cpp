@@ -387,6 +387,13 @@ const std::pair<const char *, Routine> kCalls[] = {
      [] { return LOADED(ORLEvaluateExpression)(at.ec, at.two, 13, at.text); }},
     {"ORLEvaluateExpressionExt",
      [] { return LOADED(ORLEvaluateExpressionExt)(at.ec, at.two, nullptr, &at.value); }},
+    {"ORLEvaluateRows",
+     [] {
+       uint8_t numbers[2 * sizeof(NumberValue)];
+       OrlRowResults results = {ORL_COLUMN_NUMBER, 0, numbers, nullptr, nullptr};
+       const int64_t rows = LOADED(ORLEvaluateRows)(at.ec, at.two, 2, 0, nullptr, &results);
+       return static_cast<int32_t>(rows + 1);
+     }},
     {"ORLSetOperatorCallback", [] { return LOADED(ORLSetOperatorCallback)(at.ec, 0, 2, "Five"); }},
     {"ORLRenameExpressionItem",
      [] { return LOADED(ORLRenameExpressionItem)(at.ec, ORL_INPUT, "Amount", "Renamed"); }},

@@ -1,0 +1,129 @@
+#include "evaluation/row_output.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "evaluation/rows.h"
+
+namespace {
+
+int64_t RowsOfChunk(const RowOutput &output, int64_t chunk) {
+  return std::min(kChunkRows, output.rows - chunk * kChunkRows);
+}
+
+int64_t BytesOfBits(int64_t rows) {
+  return (rows + 7) / 8;
+}
+
+// The last chunk ends with the rows.
+uint8_t *NewChunk(const RowOutput &output, int64_t chunk) {
+  const int64_t rows = RowsOfChunk(output, chunk);
+  return static_cast<uint8_t *>(
+      WRENMemAlloc(static_cast<uint32_t>(rows * output.elementSize + BytesOfBits(rows))));
+}
+
+void PublishChunk(const RowOutput &output, int64_t chunk) {
+  const OrlRowResults &results = *output.results;
+  const int64_t first = chunk * kChunkRows;
+  const int64_t rows = RowsOfChunk(output, chunk);
+  const uint8_t *elements = output.chunks[chunk];
+  const auto size = static_cast<size_t>(rows * output.elementSize);
+  void *target = results.form == ORL_COLUMN_TEXT
+                     ? static_cast<void *>(results.offsets + first + 1)
+                     : static_cast<uint8_t *>(results.values) + first * output.elementSize;
+  std::memcpy(target, elements, size);
+  if (results.valid != nullptr) {
+    std::memcpy(results.valid + first / 8, elements + size, static_cast<size_t>(BytesOfBits(rows)));
+  }
+}
+
+// The block of the texts in its final size.
+char *FinishText(RowOutput &output) {
+  if (output.text == nullptr) {
+    return static_cast<char *>(WRENMemAlloc(1));
+  }
+  return static_cast<char *>(WRENMemRealloc(output.text, output.textUsed));
+}
+
+}  // namespace
+
+bool OutputBegin(RowOutput &output, OrlRowResults *results, int64_t rows, bool direct) {
+  output = {};
+  output.results = results;
+  output.rows = rows;
+  output.elementSize = ElementSize(results->form);
+  if (direct || rows == 0) {
+    return true;
+  }
+  const int64_t count = (rows + kChunkRows - 1) / kChunkRows;
+  if (count > UINT32_MAX / int64_t{sizeof(uint8_t *)}) {
+    return false;
+  }
+  output.chunks = static_cast<uint8_t **>(
+      WRENMemAlloc(static_cast<uint32_t>(static_cast<size_t>(count) * sizeof(uint8_t *))));
+  output.chunkCount = output.chunks == nullptr ? 0 : static_cast<uint32_t>(count);
+  return output.chunks != nullptr;
+}
+
+void OutputEnd(RowOutput &output) {
+  for (uint32_t i = 0; i < output.chunkCount; i++) {
+    WRENMemFree(output.chunks[i]);
+  }
+  WRENMemFree(output.chunks);
+  WRENMemFree(output.text);
+}
+
+RowPlace OutputPlace(RowOutput &output, int64_t row) {
+  if (output.chunks == nullptr) {
+    OrlRowResults &results = *output.results;
+    return {static_cast<uint8_t *>(results.values) + row * output.elementSize,
+            results.valid == nullptr ? nullptr : results.valid + row / 8};
+  }
+  const int64_t chunk = row / kChunkRows;
+  const int64_t inChunk = row % kChunkRows;
+  if (output.chunks[chunk] == nullptr) {
+    output.chunks[chunk] = NewChunk(output, chunk);
+    if (output.chunks[chunk] == nullptr) {
+      return {};
+    }
+  }
+  uint8_t *elements = output.chunks[chunk];
+  return {elements + inChunk * output.elementSize,
+          elements + RowsOfChunk(output, chunk) * output.elementSize + inChunk / 8};
+}
+
+char *OutputText(RowOutput &output, uint64_t length) {
+  constexpr uint64_t kFirstSize = 4096;
+  const uint64_t wanted = output.textUsed + length;
+  if (wanted > INT32_MAX) {
+    return nullptr;
+  }
+  const uint64_t size = output.text == nullptr ? 0 : WRENMemSize(output.text);
+  if (wanted > size || output.text == nullptr) {
+    const uint64_t larger = std::max({wanted, size * 2, kFirstSize});
+    const auto bytes = static_cast<uint32_t>(std::min<uint64_t>(larger, INT32_MAX));
+    void *grown = output.text == nullptr ? WRENMemAlloc(bytes) : WRENMemRealloc(output.text, bytes);
+    if (grown == nullptr) {
+      return nullptr;
+    }
+    output.text = static_cast<char *>(grown);
+  }
+  return output.text + output.textUsed;
+}
+
+bool OutputPublish(RowOutput &output) {
+  OrlRowResults &results = *output.results;
+  if (results.form == ORL_COLUMN_TEXT) {
+    char *text = FinishText(output);
+    if (text == nullptr) {
+      return false;
+    }
+    results.values = text;
+    results.offsets[0] = 0;
+    output.text = nullptr;
+  }
+  for (uint32_t i = 0; i < output.chunkCount; i++) {
+    PublishChunk(output, i);
+  }
+  return true;
+}

@@ -1,0 +1,79 @@
+// Many rows at once: what the parts of ORLEvaluateRows share.
+#ifndef ORLI11_EVALUATION_ROWS_H
+#define ORLI11_EVALUATION_ROWS_H
+
+#include <cstdint>
+
+#include "functions/value.h"
+#include "orli11.h"
+
+// A column and the input item that it gives the values of.
+struct BoundColumn {
+  ExprItem *item;
+  const OrlColumn *column;
+};
+
+// One call of ORLEvaluateRows whose arguments are right.
+struct RowsCall {
+  EC ec;
+  HEXP exp;
+  int64_t rows;
+  BoundColumn *columns;  // in the order of the items' addresses, one for each item
+  uint32_t columnCount;
+  OrlRowResults *results;
+};
+
+// The column of an item, or null.
+const OrlColumn *ColumnOf(const RowsCall &call, const ExprItem *item);
+
+inline bool ColumnHasValue(const OrlColumn &column, int64_t row) {
+  return column.valid == nullptr || (column.valid[row / 8] >> (row % 8) & 1) != 0;
+}
+
+// The element of a Number or Date column as a host would hand it out. What the value cannot be is
+// null: doubles that are not finite, days of no calendar year.
+NumberValue ColumnNumber(const OrlColumn &column, int64_t row);
+
+// The element of a TEXT column, up to its first zero byte.
+struct TextSlice {
+  const char *bytes;
+  uint32_t length;
+};
+TextSlice ColumnText(const OrlColumn &column, int64_t row);
+
+// ---- Dates as Arrow has them ----
+
+constexpr int64_t kEpochDayNumber = 2440588;  // of 1970-01-01
+constexpr int64_t kMicrosecondsOfDay = INT64_C(86400000000);
+
+// Null for days beyond the calendar. `microseconds` are those of the day.
+NumberValue DateOfDays(int64_t daysSinceEpoch, int64_t microseconds);
+int64_t DaysSinceEpoch(const DateTimeParts &parts);
+int64_t MicrosecondsOfDay(const DateTimeParts &parts);
+
+// Bytes of one element of a form.
+uint32_t ElementSize(int32_t form);
+
+// Writes a Number or Date into an element of a form; false, with nothing written, when the form
+// cannot hold it.
+bool StoreElement(void *element, int32_t form, int32_t scale, const NumberValue &value);
+
+// coefficient * 10^exponent, rounded half away from zero to `scale` decimals, as an integer of
+// 10^-scale; false when 128 bits do not hold it.
+bool ScaledInteger(Int128 *result, const Decimal &d, int32_t scale);
+
+// ---- The ways to compute ----
+
+struct RowOutput;
+
+enum class RowsOutcome : uint8_t {
+  Done,
+  Failed,      // out of memory, or the texts are too long
+  NotSuitable  // not a formula for this way; nothing was called or written
+};
+
+// Row by row, as ORLEvaluateExpression, with value routines that hand out what the columns hold.
+// Suits any formula.
+RowsOutcome EvaluateRowByRow(const RowsCall &call, RowOutput &output);
+
+#endif
