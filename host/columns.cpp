@@ -202,7 +202,13 @@ std::string OtherReason(const ScanState &state, Column &column, const Finding &f
            " have day and month in different orders";
   }
   const char *order = OrderOf(rules, text);
-  return order == nullptr ? reason : reason + " is a date with --date-order " + order;
+  if (order == nullptr) {
+    return reason;
+  }
+  /* Nobody writes the month first with points. */
+  const bool either =
+      (orders & ORDER_DMY) != 0 && (orders & ORDER_MDY) != 0 && text.find('.') == std::string::npos;
+  return reason + " is a date with --date-order " + (either ? "dmy or mdy" : order);
 }
 
 /* What is odd about the fields of a Date. */
