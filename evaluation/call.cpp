@@ -19,27 +19,20 @@ struct Arguments {
   NumberValue *numbers;
   void *fewEntries[kFewArguments];
   NumberValue fewNumbers[kFewArguments];
+  Owned<void *> many;  // entries and numbers of more than that
+
+  explicit Arguments(uint32_t declared) : entries(fewEntries), numbers(fewNumbers) {
+    if (declared <= kFewArguments) {
+      std::fill_n(fewEntries, kFewArguments, nullptr);
+      return;
+    }
+    many = Allocate<void *>(declared, declared * uint64_t{sizeof(NumberValue)});
+    entries = many.get();
+    if (entries != nullptr) {
+      numbers = reinterpret_cast<NumberValue *>(entries + declared);
+    }
+  }
 };
-
-void ArgumentsBegin(Arguments &arguments, uint32_t declared) {
-  arguments.entries = arguments.fewEntries;
-  arguments.numbers = arguments.fewNumbers;
-  if (declared <= kFewArguments) {
-    std::fill_n(arguments.fewEntries, kFewArguments, nullptr);
-    return;
-  }
-  const uint32_t size = declared * static_cast<uint32_t>(sizeof(void *) + sizeof(NumberValue));
-  arguments.entries = static_cast<void **>(WRENMemAlloc(size));
-  if (arguments.entries != nullptr) {
-    arguments.numbers = reinterpret_cast<NumberValue *>(arguments.entries + declared);
-  }
-}
-
-void ArgumentsEnd(Arguments &arguments) {
-  if (arguments.entries != arguments.fewEntries) {
-    WRENMemFree(arguments.entries);
-  }
-}
 
 // Turns a text into a block: a host may do with it what it may do with any block.
 void MakeTextBlock(const TextBuffer &texts, Value *value) {
@@ -83,8 +76,7 @@ void CallRoutine(Evaluation &run, const RoutineCall &call, Value *args, uint32_t
                  Value *value) {
   const ExprItem *row = call.row;
   const uint32_t declared = row->paramCount < 0 ? 0 : static_cast<uint32_t>(row->paramCount);
-  Arguments arguments;
-  ArgumentsBegin(arguments, declared);
+  Arguments arguments(declared);
   if (arguments.entries != nullptr) {
     for (uint32_t i = 0; i < std::min(count, declared); i++) {
       arguments.entries[i] = EntryOf(run.texts, &args[i], &arguments.numbers[i], call.blocks);
@@ -96,7 +88,6 @@ void CallRoutine(Evaluation &run, const RoutineCall &call, Value *args, uint32_t
       return routine(run.ec, run.expression, size, block, name, entries);
     });
   }
-  ArgumentsEnd(arguments);
 }
 
 // True while the context is as it was when the row of the frame was found.
@@ -183,9 +174,7 @@ void InvokeCall(Evaluation &run, Value *frame, uint32_t count) {
     CallRoutine(run, {call, row, builtIn == nullptr}, args, count, result);
   }
   for (uint32_t i = 0; i < count; i++) {
-    if (args[i].form == ValueForm::Block || args[i].form == ValueForm::Name) {
-      WRENMemFree(args[i].block);
-    }
+    FreeBlockOf(args[i]);
   }
   if (result->form == ValueForm::Text) {
     // Down to where the arguments' texts began.

@@ -366,8 +366,6 @@ Program *CompileTree(const ExprNode *tree) {
   compiler.depth = compiler.mostDepth = 0;
   compiler.constant = nullptr;
   compiler.constantAt = 0;
-  StackBegin(compiler.code);
-  StackBegin(compiler.open);
   CompileNodes(compiler, const_cast<ExprNode *>(tree));
   const uint64_t codeSize = uint64_t{compiler.code.count} * sizeof(Word);
   const uint64_t size = sizeof(Program) + codeSize;
@@ -379,7 +377,5 @@ Program *CompileTree(const ExprNode *tree) {
     program->length = compiler.code.count;
     std::memcpy(ProgramCode(program), compiler.code.items, codeSize);
   }
-  StackEnd(compiler.code);
-  StackEnd(compiler.open);
   return program;
 }

@@ -70,11 +70,9 @@ int32_t DeliverBlock(const Evaluation &run, const Value &value, int32_t *length,
 // Computes the expression and lets `deliver` take the value while the evaluation still holds it.
 template <class Delivery>
 int32_t EvaluateFor(EC ec, HEXP exp, Delivery deliver) {
-  Evaluation run;
-  const Value *value = EvaluationRun(run, ec, exp);
-  const int32_t result = value == nullptr ? 0 : deliver(run, *value);
-  EvaluationEnd(run);
-  return result;
+  Evaluation run(ec, exp);
+  const Value *value = EvaluationRun(run);
+  return value == nullptr ? 0 : deliver(run, *value);
 }
 
 }  // namespace

@@ -25,21 +25,17 @@ struct Evaluation {
   TextBuffer texts;
   GrowingStack<Value, 12> values;
   GrowingStack<FormulaFrame, 4> formulas;
+
+  Evaluation(EC context, HEXP exp) : ec(context), expression(exp) {
+    values.items[0].form = ValueForm::None;
+  }
+  ~Evaluation() { FreeBlockOf(values.items[0]); }
+  Evaluation(const Evaluation &) = delete;
+  Evaluation &operator=(const Evaluation &) = delete;
 };
 
-// Computes an expression. Returns its value, which stays the run's, or null when there is none.
-// EvaluationEnd must follow in either case.
-const Value *EvaluationRun(Evaluation &run, EC ec, HEXP exp);
-
-inline void EvaluationEnd(Evaluation &run) {
-  const Value &value = run.values.items[0];
-  if (value.form == ValueForm::Block || value.form == ValueForm::Name) {
-    WRENMemFree(value.block);
-  }
-  TextBufferEnd(run.texts);
-  StackEnd(run.values);
-  StackEnd(run.formulas);
-}
+// Computes the expression. Returns its value, which stays the run's, or null when there is none.
+const Value *EvaluationRun(Evaluation &run);
 
 // ---- Calls ----
 

@@ -4,8 +4,9 @@
 
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
-#include "wreni11.h"
+#include "platform/owned.h"
 
 template <class T, uint32_t N>
 struct GrowingStack {
@@ -13,30 +14,23 @@ struct GrowingStack {
   uint32_t count;
   uint32_t room;
   T first[N];
-};
+  Owned<T> grown;  // the elements once `first` is too small
 
-template <class T, uint32_t N>
-void StackBegin(GrowingStack<T, N> &stack) {
-  stack.items = stack.first;
-  stack.count = 0;
-  stack.room = N;
-}
+  GrowingStack() : items(first), count(0), room(N) {}
+};
 
 // Makes room for `wanted` elements in all; false when out of memory. The elements move.
 template <class T, uint32_t N>
 [[gnu::noinline]] bool StackGrow(GrowingStack<T, N> &stack, uint64_t wanted) {
   const uint64_t doubled = uint64_t{stack.room} * 2;
   const uint64_t room = doubled > wanted ? doubled : wanted;
-  const uint64_t size = room * sizeof(T);
-  void *grown = size > UINT32_MAX ? nullptr : WRENMemAlloc(static_cast<uint32_t>(size));
+  Owned<T> grown = Allocate<T>(room);
   if (grown == nullptr) {
     return false;
   }
-  std::memcpy(grown, static_cast<const void *>(stack.items), stack.count * sizeof(T));
-  if (stack.items != stack.first) {
-    WRENMemFree(stack.items);
-  }
-  stack.items = static_cast<T *>(grown);
+  std::memcpy(static_cast<void *>(grown.get()), stack.items, stack.count * sizeof(T));
+  stack.grown = std::move(grown);
+  stack.items = stack.grown.get();
   stack.room = static_cast<uint32_t>(room);
   return true;
 }
@@ -48,13 +42,6 @@ T *StackPush(GrowingStack<T, N> &stack) {
     return nullptr;
   }
   return &stack.items[stack.count++];
-}
-
-template <class T, uint32_t N>
-void StackEnd(GrowingStack<T, N> &stack) {
-  if (stack.items != stack.first) {
-    WRENMemFree(stack.items);
-  }
 }
 
 #endif

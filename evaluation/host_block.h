@@ -32,7 +32,7 @@ inline void ReleaseBlock(void *&waiting, void *block) {
   if (waiting == nullptr && block != nullptr && BlockSize(block) == size) [[likely]] {
     waiting = block;
   } else {
-    WRENMemFree(block);
+    const OwnedBlock ended(block);
   }
 }
 
@@ -86,17 +86,16 @@ inline void AcceptText(TextBuffer &texts, const void *block, Value *value) {
 template <class Routine>
 void CallForBlock(Value *value, Routine routine) {
   value->form = ValueForm::None;
-  void *block = WRENMemAlloc(kTextBlockSize);
-  if (block == nullptr) {
+  void *filled = WRENMemAlloc(kTextBlockSize);
+  if (filled == nullptr) {
     return;
   }
   const int32_t done =
-      CallHost([&] { return routine(static_cast<int32_t>(kTextBlockSize), &block); });
-  if (done != 0 && block != nullptr && BlockSize(block) != 0) {
-    value->block = block;
+      CallHost([&] { return routine(static_cast<int32_t>(kTextBlockSize), &filled); });
+  OwnedBlock block(filled);
+  if (done != 0 && block != nullptr && BlockSize(block.get()) != 0) {
+    value->block = block.release();
     value->form = ValueForm::Block;
-  } else {
-    WRENMemFree(block);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "evaluation/rows.h"
+#include "platform/owned.h"
 
 namespace {
 
@@ -67,10 +68,10 @@ bool OutputBegin(RowOutput &output, OrlRowResults *results, int64_t rows, bool d
 
 void OutputEnd(RowOutput &output) {
   for (uint32_t i = 0; i < output.chunkCount; i++) {
-    WRENMemFree(output.chunks[i]);
+    ReplaceBlock(output.chunks[i]);
   }
-  WRENMemFree(output.chunks);
-  WRENMemFree(output.text);
+  ReplaceBlock(output.chunks);
+  ReplaceBlock(output.text);
 }
 
 RowPlace OutputPlace(RowOutput &output, int64_t row) {

@@ -115,12 +115,11 @@ bool EvaluateRow(const RowsCall &call, RowOutput &output, const RowSource &sourc
     return false;
   }
   uint8_t *element = place.elements + inByte * output.elementSize;
-  Evaluation run;
-  const Value *value = EvaluationRun(run, call.ec, call.exp);
+  Evaluation run(call.ec, call.exp);
+  const Value *value = EvaluationRun(run);
   bool stored = false;
   const bool done = !run.texts.outOfMemory && !source.outOfMemory &&
                     (value == nullptr || StoreRow(output, run, *value, element, &stored));
-  EvaluationEnd(run);
   if (output.results->form == ORL_COLUMN_TEXT) {
     const auto end = static_cast<int32_t>(output.textUsed);
     std::memcpy(element, &end, sizeof end);

@@ -259,13 +259,9 @@ inline void RunProgram(Evaluation &run, Program *program) {
 
 }  // namespace
 
-const Value *EvaluationRun(Evaluation &run, EC ec, HEXP exp) {
-  run.ec = ec;
-  run.expression = exp;
-  TextBufferBegin(run.texts);
-  StackBegin(run.values);
-  StackBegin(run.formulas);
-  run.values.items[0].form = ValueForm::None;
+const Value *EvaluationRun(Evaluation &run) {
+  const EC ec = run.ec;
+  const HEXP exp = run.expression;
   Program *program = BoundProgram(ec, exp);
   if (program == nullptr || !ReserveValues(run, 0, program)) {
     run.texts.outOfMemory = true;

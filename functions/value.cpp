@@ -7,8 +7,8 @@ char *LargerBuffer(TextBuffer &texts, uint64_t wanted, uint64_t size) {
   if (size < wanted || size > UINT32_MAX) {
     return nullptr;
   }
-  if (texts.bytes != texts.first) {
-    return static_cast<char *>(WRENMemRealloc(texts.bytes, static_cast<uint32_t>(size)));
+  if (texts.grown != nullptr) {
+    return static_cast<char *>(WRENMemRealloc(texts.grown.get(), static_cast<uint32_t>(size)));
   }
   char *bytes = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(size)));
   if (bytes != nullptr) {
@@ -39,6 +39,8 @@ bool TextBufferGrow(TextBuffer &texts, uint64_t size) {
     texts.outOfMemory = true;
     return false;
   }
+  static_cast<void>(texts.grown.release());  // it has moved
+  texts.grown.reset(bytes);
   texts.bytes = bytes;
   texts.size = WRENMemSize(bytes);
   return true;

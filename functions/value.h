@@ -7,7 +7,7 @@
 
 #include "closed/wren/decimal.h"
 #include "orli11.h"
-#include "wreni11.h"
+#include "platform/owned.h"
 
 enum class ValueForm : uint8_t {
   None,    // the node cannot be computed; not the same as a null number
@@ -136,17 +136,10 @@ struct TextBuffer {
   uint32_t size;
   bool outOfMemory;  // since the evaluation began: here, for a block or for a program
   alignas(16) char first[496];
-};
+  OwnedText grown;  // the bytes once `first` is too small
 
-inline void TextBufferBegin(TextBuffer &texts) {
-  texts.bytes = texts.first;
-  texts.used = 0;
-  texts.size = sizeof texts.first;
-  texts.outOfMemory = false;
-}
-inline void TextBufferEnd(TextBuffer &texts) {
-  if (texts.bytes != texts.first) WRENMemFree(texts.bytes);
-}
+  TextBuffer() : bytes(first), used(0), size(sizeof first), outOfMemory(false) {}
+};
 
 // Bytes that short copies may write and read behind a text.
 constexpr uint32_t kTextSlack = 16;
@@ -192,13 +185,18 @@ inline void MoveTextBytes(char *target, const char *source, uint32_t length) {
   std::memcpy(target, words, sizeof words);
 }
 
+inline void FreeBlockOf(const Value &value) {
+  if (value.form == ValueForm::Block || value.form == ValueForm::Name) {
+    const OwnedBlock block(value.block);
+  }
+}
+
 // Releases what a value holds that is on top of the stack.
 inline void DropValue(TextBuffer &texts, Value *value) {
   if (value->form == ValueForm::Text) {
     texts.used = value->text.offset;
-  } else if (value->form == ValueForm::Block || value->form == ValueForm::Name) {
-    WRENMemFree(value->block);
   }
+  FreeBlockOf(*value);
   value->form = ValueForm::None;
 }
 

@@ -77,8 +77,7 @@ int32_t ORLDestroyEC(EC ec) {
     ItemTableFree(&ec->functions);
     ItemTableFree(&ec->keywords);
     FreeTexts(ec);
-    WRENMemFree(ec->numberBlock);
-    WRENMemFree(ec->textBlock);
+    const OwnedBlock numberBlock(ec->numberBlock), textBlock(ec->textBlock);
     const Owned<ExprContext> ended(ec);
   }
   return 1;

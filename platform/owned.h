@@ -13,7 +13,8 @@
 struct FreeBlock {
   template <class T>
   void operator()(T *block) const {
-    static_assert(std::is_trivially_destructible_v<T>, "a block is freed without a destructor");
+    static_assert(std::is_void_v<T> || std::is_trivially_destructible_v<T>,
+                  "a block is freed without a destructor");
     WRENMemFree(const_cast<std::remove_const_t<T> *>(block));
   }
 };
@@ -24,6 +25,9 @@ using Owned = std::unique_ptr<T, FreeBlock>;
 
 // A terminated text in a block.
 using OwnedText = Owned<char>;
+
+// A block of a host's own content.
+using OwnedBlock = Owned<void>;
 
 // A zeroed block for `count` of T and `extra` bytes after them; null when there is no memory, and
 // for more than a block can hold.

@@ -1,5 +1,6 @@
 // The search for a pattern in a text, at linear cost.
 #include <cstring>
+#include <memory>
 
 #include "closed/wren/codepage.h"
 #include "closed/wren/text_walk.h"
@@ -90,16 +91,14 @@ extern "C" int32_t WRENStrScan(const char *text, const char *pattern) {
   if (strnlen(text, length) < length) {
     return -1;
   }
-  uint32_t *borders = nullptr;
+  std::unique_ptr<uint32_t, decltype(&WRENMemFree)> borders(nullptr, WRENMemFree);
   if (length <= UINT32_MAX / sizeof(uint32_t)) {
-    borders =
-        static_cast<uint32_t *>(WRENMemAlloc(static_cast<uint32_t>(length * sizeof(uint32_t))));
+    const auto size = static_cast<uint32_t>(length * sizeof(uint32_t));
+    borders.reset(static_cast<uint32_t *>(WRENMemAlloc(size)));
   }
   if (borders == nullptr) {
     return ScanCharsSlowly(text, pattern, length, page);
   }
-  FillBorders(borders, pattern, length);
-  const int32_t position = ScanChars(text, pattern, length, borders, page);
-  WRENMemFree(borders);
-  return position;
+  FillBorders(borders.get(), pattern, length);
+  return ScanChars(text, pattern, length, borders.get(), page);
 }
