@@ -129,6 +129,9 @@ bool TakeRow(const CsvRow &row, void *user, std::string &error) {
   if (!ColumnsFit(*state.csv, *state.table, row, error)) {
     return false;
   }
+  if (state.table->notUtf8.empty() && !IsUtf8(row.bytes)) {
+    state.table->notUtf8 = CsvPlace(*state.csv, row.input, row.line);
+  }
   for (size_t i = 0; i < row.starts.size(); ++i) {
     Column &column = state.table->columns[i];
     Finding &finding = state.findings[i];
@@ -277,6 +280,9 @@ void ColumnsName(const CsvFile &csv, EC ec, Table &table, std::vector<std::strin
   for (size_t i = 0; i < names.size(); ++i) {
     table.columns[i].header = csv.header[i];
     table.columns[i].name = names[i];
+    if (!IsUtf8(csv.header[i])) {
+      table.notUtf8 = csv.Path() + ": the header";
+    }
   }
 }
 

@@ -25,6 +25,7 @@ struct Column {
 struct Table {
   std::vector<Column> columns;
   int64_t rows = 0;
+  std::string notUtf8; /* the place of the first row that is not text in UTF-8; empty when none */
 };
 
 /* Names the columns by the headers of the files; `ec` says which names need quotes. Lines about

@@ -9,16 +9,29 @@
 
 namespace {
 
-/* The last "=" outside of strings and quoted names. */
-size_t FindEquals(const std::string &argument) {
-  size_t found = std::string::npos;
+/* The signs of a condition outside of strings and quoted names. */
+struct Signs {
+  size_t equals = std::string::npos; /* the last "=" */
+  bool compares = false;             /* there is another sign of a comparison */
+};
+
+Signs FindSigns(const std::string &argument) {
+  Signs signs;
   for (const Token &token : Tokens(argument)) {
     if (token.kind == TOKEN_OTHER && token.text == "=") {
-      found = token.offset;
+      signs.equals = token.offset;
     }
+    signs.compares =
+        signs.compares || (token.kind == TOKEN_OTHER &&
+                           std::string_view("<>!").find(token.text) != std::string_view::npos);
   }
-  return found;
+  return signs;
 }
+
+constexpr char kCompareHint[] =
+    "\nhint: there are no comparisons: 'a=1 AND 5' takes a from 1 to 5, and "
+    "'NumberIFF(a - 5, 0, 0, 1)=1' what is greater than 5";
+constexpr char kDateHint[] = "\nhint: a date stands without quotes: 2024-01-31";
 
 /* Adds a formula under a name that no other has. */
 size_t Add(std::vector<Formula> &formulas, const std::string &text) {
@@ -59,10 +72,11 @@ int Compare(int32_t type, const Value &left, const Value &right) {
 
 bool ConditionTake(const std::string &argument, std::vector<Formula> &formulas,
                    Condition &condition, std::string &error) {
-  const size_t equals = FindEquals(argument);
-  if (equals == std::string::npos) {
+  const Signs signs = FindSigns(argument);
+  const size_t equals = signs.equals;
+  if (equals == std::string::npos || signs.compares) {
     error = "a condition is given as TEXT=RANGE, TEXT=SET or TEXT=VALUE, not as " +
-            DisplayName(argument);
+            DisplayName(argument) + (signs.compares ? kCompareHint : "");
     return false;
   }
   std::string bounds = Trimmed(argument.substr(equals + 1));
@@ -93,6 +107,7 @@ bool ConditionFinish(EC ec, const std::vector<Formula> &formulas, Condition &con
   } else if (tested.type != bounds.type) {
     error = "--where: " + DisplayName(tested.text) + " is a " + TypeName(tested.type) + ", but " +
             DisplayName(bounds.text) + " a " + TypeName(bounds.type);
+    error += tested.type == ORL_TYPE_DATE && bounds.type == ORL_TYPE_STRING ? kDateHint : "";
   } else if ((kind == "formula") != (condition.count == 1)) {
     error = "--where: not a range, set or value: " + DisplayName(bounds.text);
   }

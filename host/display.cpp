@@ -23,6 +23,22 @@ void DisplayStart() {
   static_cast<void>(std::setlocale(LC_CTYPE, "C.UTF-8"));
 }
 
+bool IsUtf8(std::string_view text) {
+  /* Most texts are plain ASCII, which this tells at once. */
+  unsigned bits = 0;
+  for (const char byte : text) {
+    bits |= static_cast<unsigned char>(byte);
+  }
+  while (bits >= 0x80 && !text.empty()) {
+    const size_t bytes = DisplayCharacterBytes(text);
+    if (bytes == 0) {
+      return false;
+    }
+    text.remove_prefix(bytes);
+  }
+  return true;
+}
+
 DisplayCharacter DisplayNext(std::string_view text) {
   DisplayCharacter result;
   wchar_t code = 0;
@@ -50,9 +66,25 @@ DisplayCharacter DisplayNext(std::string_view text) {
 }
 
 size_t DisplayCharacterBytes(std::string_view text) {
-  std::mbstate_t state = {};
-  const size_t bytes = std::mbrlen(text.data(), text.size(), &state);
-  return bytes > text.size() ? 0 : std::max<size_t>(bytes, 1);
+  const auto byteAt = [text](size_t place) -> unsigned {
+    return place < text.size() ? static_cast<unsigned char>(text[place]) : 0;
+  };
+  const unsigned first = byteAt(0);
+  if (first < 0x80) {
+    return 1;
+  }
+  if (first < 0xC2 || first > 0xF4) {
+    return 0;
+  }
+  /* The second byte also keeps out long forms, surrogates, and what is beyond U+10FFFF. */
+  const unsigned least = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+  const unsigned most = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+  const size_t bytes = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+  bool good = byteAt(1) >= least && byteAt(1) <= most;
+  for (size_t i = 2; i < bytes; ++i) {
+    good = good && (byteAt(i) & 0xC0U) == 0x80;
+  }
+  return good ? bytes : 0;
 }
 
 std::string DisplayLine(std::string_view text, size_t most, size_t &width) {

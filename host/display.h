@@ -15,6 +15,9 @@ struct DisplayCharacter {
 
 /* Sets the process up for the two routines below. Numbers and dates stay as they were. */
 void DisplayStart();
+
+/* Whether all bytes are text in UTF-8. */
+bool IsUtf8(std::string_view text);
 /* The character at the start of a text that is not empty. */
 DisplayCharacter DisplayNext(std::string_view text);
 /* The bytes of the character at the start of a text that is not empty; 0 when they are not UTF-8.

@@ -42,22 +42,28 @@ size_t FindEquals(const std::string &argument) {
 using Places = std::map<std::string_view, size_t>;
 
 /* Why a name is none that a formula can have. */
-std::string NameProblem(const std::string &name) {
+std::string NameProblem(EC ec, const std::string &name) {
   if (name.empty()) {
     return "a formula has no name";
   }
   std::array<char, sizeof(ExprItem::name) + 1> unused;
   const bool isUnit = name.size() < sizeof(ExprItem::name) &&
                       ORLInputNameIsKeyword(unused.data(), name.c_str()) == 1;
-  return isUnit ? DisplayName(name) + " is a date unit word; write it in double quotes"
-                : "not a valid formula name: " + DisplayName(name);
+  if (isUnit) {
+    return DisplayName(name) + " is a date unit word; write it in double quotes";
+  }
+  const std::string quoted = '"' + name + '"';
+  return "not a valid formula name: " + DisplayName(name) +
+         (ORLValidName(ec, quoted.c_str(), nullptr) == 0
+              ? std::string()
+              : "\nhint: it needs double quotes: " + DisplayName(quoted));
 }
 
 bool CheckNames(EC ec, const std::vector<Formula> &formulas, Places &places, std::string &error) {
   for (size_t i = 0; i < formulas.size(); ++i) {
     const std::string &name = formulas[i].name;
     if (ORLValidName(ec, name.c_str(), nullptr) == 0) {
-      error = NameProblem(name);
+      error = NameProblem(ec, name);
       return false;
     }
     if (ORLIsExpNameUnique(ec, nullptr, name.c_str()) == 0) {

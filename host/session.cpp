@@ -151,6 +151,12 @@ bool SessionOpen(const DataOptions &options, Session &session, Progress &progres
       !DeclareColumns(session, error)) {
     return false;
   }
+  if (!session.table.notUtf8.empty()) {
+    Complain(session.table.notUtf8 +
+                 " is not UTF-8; if it is from Windows, iconv -f WINDOWS-1252 -t UTF-8 converts "
+                 "the file",
+             EXIT_GOOD);
+  }
   TellTwoWays(session);
   return true;
 }
