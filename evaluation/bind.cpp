@@ -21,6 +21,17 @@ bool TakesValues(const ExprItem *row, const BuiltIn *builtIn, int16_t type) {
   return true;
 }
 
+// True when each argument is declared, and of a type whose values hold no block.
+bool TakesPlainValues(const ExprItem *row, uint32_t arguments) {
+  for (int32_t i = 0; i < row->paramCount; i++) {
+    const uint16_t type = ItemParameters(row)[i].dataType;
+    if (type != ORL_TYPE_NUMBER && type != ORL_TYPE_DATE && type != ORL_TYPE_STRING) {
+      return false;
+    }
+  }
+  return static_cast<int64_t>(arguments) <= row->paramCount;
+}
+
 void BindAll(EC ec, Program *program) {
   Word *code = ProgramCode(program);
   const Word *end = code + program->length;
@@ -104,7 +115,10 @@ void BindCall(EC ec, Word *code) {
                       TypeArgumentsFit(node, row);
   code[kCallRow].row = usable ? row : nullptr;
   const BuiltIn *builtIn = usable ? BuiltInOf(row->routine) : nullptr;
-  code[kCallBuiltIn].builtIn = usable && TakesValues(row, builtIn, type) ? builtIn : nullptr;
+  const bool onValues = usable && TakesValues(row, builtIn, type);
+  const uint32_t arguments = code[kCallShape].call.arguments;
+  code[kCallBuiltIn].builtIn = onValues ? builtIn : nullptr;
+  code[kCallInner].inner = onValues && TakesPlainValues(row, arguments) ? builtIn->inner : nullptr;
 }
 
 Program *BindProgram(EC ec, Expression *expression) {

@@ -66,6 +66,27 @@ void *EntryOf(const TextBuffer &texts, Value *value, NumberValue *number, bool b
   }
 }
 
+// Makes room for a terminator behind each text of the arguments, and sets it; false when out of
+// memory.
+bool TerminateTexts(TextBuffer &texts, Value *args, uint32_t count) {
+  const auto isText = [](const Value &value) { return value.form == ValueForm::Text; };
+  const auto number = static_cast<uint32_t>(std::count_if(args, args + count, isText));
+  if (!TextReserve(texts, texts.used, number)) {
+    return false;
+  }
+  uint32_t end = texts.used += number;
+  for (Value *value = args + count; end != 0 && value-- != args;) {
+    if (isText(*value)) {
+      const TextSpan span = SpanOf(*value);
+      const uint32_t offset = end - 1 - span.length;
+      std::memmove(texts.bytes + offset, texts.bytes + span.offset, span.length);
+      texts.bytes[end - 1] = '\0';
+      value->text.offset = end = offset;
+    }
+  }
+  return true;
+}
+
 struct RoutineCall {
   const Word *code;
   const ExprItem *row;
@@ -77,7 +98,7 @@ void CallRoutine(Evaluation &run, const RoutineCall &call, Value *args, uint32_t
   const ExprItem *row = call.row;
   const uint32_t declared = row->paramCount < 0 ? 0 : static_cast<uint32_t>(row->paramCount);
   Arguments arguments(declared);
-  if (arguments.entries != nullptr) {
+  if (arguments.entries != nullptr && (call.blocks || TerminateTexts(run.texts, args, count))) {
     for (uint32_t i = 0; i < std::min(count, declared); i++) {
       arguments.entries[i] = EntryOf(run.texts, &args[i], &arguments.numbers[i], call.blocks);
     }
@@ -88,11 +109,6 @@ void CallRoutine(Evaluation &run, const RoutineCall &call, Value *args, uint32_t
       return routine(run.ec, run.expression, size, block, name, entries);
     });
   }
-}
-
-// True while the context is as it was when the row of the frame was found.
-bool IsUnchanged(const Evaluation &run, const Value *frame) {
-  return frame->generation == static_cast<uint32_t>(run.ec->generation);
 }
 
 // After a routine has changed the context: the call keeps its row, under whatever name, unless the
@@ -135,10 +151,7 @@ bool BeginCall(Evaluation &run, Word *code, Value *frame) {
     frame->form = ValueForm::None;
     return false;
   }
-  frame->frame = {code, code[kCallRow].row};
-  frame->generation = static_cast<uint32_t>(run.ec->generation);
-  frame->textsUsed = run.texts.used;
-  frame->form = ValueForm::Frame;
+  PushFrame(run, code, frame);
   return true;
 }
 
@@ -176,14 +189,5 @@ void InvokeCall(Evaluation &run, Value *frame, uint32_t count) {
   for (uint32_t i = 0; i < count; i++) {
     FreeBlockOf(args[i]);
   }
-  if (result->form == ValueForm::Text) {
-    // Down to where the arguments' texts began.
-    const TextSpan span = SpanOf(*result);
-    if (span.offset != textsUsed) {
-      MoveTextBytes(run.texts.bytes + textsUsed, run.texts.bytes + span.offset, span.length);
-      SetText(run.texts, result, textsUsed, span.length);
-    }
-  } else {
-    run.texts.used = textsUsed;
-  }
+  PlaceResult(run.texts, result, textsUsed);
 }

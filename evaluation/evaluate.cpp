@@ -12,7 +12,7 @@ bool IsEvaluable(EC ec, HEXP exp) {
 }
 
 // With size 0 the buffer receives the size that the text needs.
-int32_t DeliverText(const Evaluation &run, const Value &value, int32_t size, void *buffer) {
+int32_t DeliverText(Evaluation &run, const Value &value, int32_t size, void *buffer) {
   const uint32_t needed = value.text.length + 1;
   if (size == 0) {
     const int32_t told = static_cast<int32_t>(needed);
@@ -23,11 +23,11 @@ int32_t DeliverText(const Evaluation &run, const Value &value, int32_t size, voi
     return 0;
   }
   const uint32_t room = static_cast<uint32_t>(size);
-  std::memcpy(buffer, run.texts.bytes + value.text.offset, room < needed ? room : needed);
+  std::memcpy(buffer, TerminatedText(run.texts, value.text), room < needed ? room : needed);
   return 1;
 }
 
-int32_t Deliver(const Evaluation &run, const Value &value, int32_t size, void *buffer) {
+int32_t Deliver(Evaluation &run, const Value &value, int32_t size, void *buffer) {
   if (IsNumberForm(value.form)) {
     StoreValue(static_cast<NumberValue *>(buffer), value);
     return 1;
@@ -43,7 +43,7 @@ void *RoomFor(void *block, uint32_t size) {
   return ORLMemSize(block) < size ? ORLMemRealloc(block, size) : block;
 }
 
-int32_t DeliverBlock(const Evaluation &run, const Value &value, int32_t *length, void **buffer) {
+int32_t DeliverBlock(Evaluation &run, const Value &value, int32_t *length, void **buffer) {
   if (IsNumberForm(value.form)) {
     if (*buffer == nullptr) {
       return 0;
@@ -59,7 +59,7 @@ int32_t DeliverBlock(const Evaluation &run, const Value &value, int32_t *length,
   if (block == nullptr) {
     return 0;
   }
-  std::memcpy(block, run.texts.bytes + value.text.offset, needed);
+  std::memcpy(block, TerminatedText(run.texts, value.text), needed);
   *buffer = block;
   if (length != nullptr) {
     *length = static_cast<uint16_t>(needed);
@@ -81,7 +81,7 @@ int32_t ORLEvaluateExpression(EC ec, HEXP exp, int32_t size, void *buffer) {
   if (!IsEvaluable(ec, exp) || buffer == nullptr) {
     return 0;
   }
-  return EvaluateFor(ec, exp, [=](const Evaluation &run, const Value &value) {
+  return EvaluateFor(ec, exp, [=](Evaluation &run, const Value &value) {
     return Deliver(run, value, size, buffer);
   });
 }
@@ -90,7 +90,7 @@ int32_t ORLEvaluateExpressionExt(EC ec, HEXP exp, int32_t *length, void **buffer
   if (!IsEvaluable(ec, exp) || buffer == nullptr) {
     return 0;
   }
-  return EvaluateFor(ec, exp, [=](const Evaluation &run, const Value &value) {
+  return EvaluateFor(ec, exp, [=](Evaluation &run, const Value &value) {
     return DeliverBlock(run, value, length, buffer);
   });
 }

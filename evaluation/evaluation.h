@@ -34,10 +34,73 @@ struct Evaluation {
   Evaluation &operator=(const Evaluation &) = delete;
 };
 
+// The program of an expression that has a tree, with its names bound; null when out of memory.
+inline Program *BoundProgram(EC ec, Expression *expression) {
+  Program *program = expression->program;
+  if (program == nullptr || program->generation != ec->generation || program->context != ec)
+      [[unlikely]] {
+    return BindProgram(ec, expression);
+  }
+  return program;
+}
+
+// Makes room for the values of a program on top of `values` others; false when out of memory.
+inline bool ReserveValues(Evaluation &run, uint32_t values, const Program *program) {
+  const uint64_t wanted = uint64_t{values} + program->depth;
+  run.values.count = values;
+  return wanted <= run.values.room || StackGrow(run.values, wanted);
+}
+
+// Runs the program of the root; its value becomes the first one of the stack.
+void RunProgram(Evaluation &run, Program *program);
+
 // Computes the expression. Returns its value, which stays the run's, or null when there is none.
-const Value *EvaluationRun(Evaluation &run);
+inline const Value *EvaluationRun(Evaluation &run) {
+  const HEXP exp = run.expression;
+  Program *program = BoundProgram(run.ec, exp);
+  if (program == nullptr || !ReserveValues(run, 0, program)) {
+    run.texts.outOfMemory = true;
+    return nullptr;
+  }
+  const Evaluation *before = exp->evaluation;
+  exp->evaluation = &run;
+  RunProgram(run, program);
+  exp->evaluation = before;
+  const Value *value = run.values.items;
+  return value->form == ValueForm::None ? nullptr : value;
+}
 
 // ---- Calls ----
+
+// True while the context is as it was when the row of the frame was found.
+inline bool IsUnchanged(const Evaluation &run, const Value *frame) {
+  return frame->generation == static_cast<uint32_t>(run.ec->generation);
+}
+
+inline void PushFrame(const Evaluation &run, Word *code, Value *frame) {
+  frame->frame = {code, code[kCallRow].row};
+  frame->generation = static_cast<uint32_t>(run.ec->generation);
+  frame->textsUsed = run.texts.used;
+  frame->form = ValueForm::Frame;
+}
+
+// Moves the text of a result down to where the texts of the arguments began, which are gone.
+inline void PlaceResult(TextBuffer &texts, Value *result, uint32_t textsUsed) {
+  if (result->form != ValueForm::Text) {
+    texts.used = textsUsed;
+    return;
+  }
+  const TextSpan span = SpanOf(*result);
+  if (span.offset != textsUsed) {
+    MoveTextBytes(texts.bytes + textsUsed, texts.bytes + span.offset, span.length);
+    SetText(texts, result, textsUsed, span.length);
+  }
+}
+
+// The routine that the call of a frame is made with on values, or null.
+inline InnerRoutine InnerRoutineOf(const Evaluation &run, const Value *frame) {
+  return IsUnchanged(run, frame) ? frame->frame.call[kCallInner].inner : nullptr;
+}
 
 // Begins a call: its frame takes the place of the value. False when there is no routine to call,
 // with None in that place.
@@ -54,8 +117,21 @@ void InvokeCall(Evaluation &run, Value *frame, uint32_t count);
 void ComputeSlowly(Evaluation &run, Operation operation, Value *left, Value *right);
 void MoveDate(const Instruction &instruction, Value *left, const Value *right);
 void SubtractDates(TextBuffer &texts, Value *left, Value *right);
-void Concatenate(TextBuffer &texts, Value *left, Value *right);
 void PushEscapedText(TextBuffer &texts, const char *text, Value *value);
 void PushDate(const char *text, Value *value);
+
+// Either value is none, or of a form that the operator has no rule for.
+void GiveUp(TextBuffer &texts, Value *left, Value *right);
+
+// The right text stands right behind the left one.
+inline void Concatenate(TextBuffer &texts, Value *left, Value *right) {
+  const uint64_t length = uint64_t{left->text.length} + right->text.length;
+  if (left->form == ValueForm::Text && right->form == ValueForm::Text && length < INT32_MAX)
+      [[likely]] {
+    left->text.length = static_cast<uint32_t>(length);
+  } else {
+    GiveUp(texts, left, right);
+  }
+}
 
 #endif

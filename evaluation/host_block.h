@@ -6,6 +6,7 @@
 #ifndef ORLI11_EVALUATION_HOST_BLOCK_H
 #define ORLI11_EVALUATION_HOST_BLOCK_H
 
+#include <bit>
 #include <cstring>
 
 #include "closed/wren/block.h"
@@ -69,17 +70,42 @@ inline void AcceptPacked(const void *block, Value *value) {
   }
 }
 
-// A text without a terminator ends with the block's last byte.
+// Copies a text of at most `size` bytes, up to its terminator. Returns its length; without a
+// terminator it ends before the last byte.
+inline uint32_t CopyTerminated(char *target, const char *source, uint32_t size) {
+  uint32_t at = 0;
+  for (; at + 8 <= size; at += 8) {
+    uint64_t word = 0;
+    std::memcpy(&word, source + at, sizeof word);
+    std::memcpy(target + at, &word, sizeof word);
+    const uint64_t zeros = (word - kOnes) & ~word & kHighBits;  // the lowest one is right
+    if (zeros != 0) {
+      return at + static_cast<uint32_t>(std::countr_zero(zeros)) / 8;
+    }
+  }
+  for (; at < size; at++) {
+    target[at] = source[at];
+    if (source[at] == '\0') {
+      return at;
+    }
+  }
+  return size - 1;
+}
+
+// A block of any size.
+void AcceptLongText(TextBuffer &texts, const char *block, uint32_t size, Value *value);
+
+// A text without a terminator ends before the block's last byte.
 inline void AcceptText(TextBuffer &texts, const void *block, Value *value) {
   const uint32_t size = BlockSize(block);
-  if (size == 0) {
-    return;
-  }
-  const void *end = std::memchr(block, 0, size);
   const char *text = static_cast<const char *>(block);
-  const uint32_t length =
-      end == nullptr ? size - 1 : static_cast<uint32_t>(static_cast<const char *>(end) - text);
-  CopyTextInto(texts, value, text, length);
+  const uint64_t end = uint64_t{texts.used} + kTextBlockSize + kTextSlack;
+  if (size == kTextBlockSize && end <= texts.size) [[likely]] {
+    const uint32_t length = CopyTerminated(texts.bytes + texts.used, text, kTextBlockSize);
+    SetText(texts, value, texts.used, length);
+  } else {
+    AcceptLongText(texts, text, size, value);
+  }
 }
 
 // A block of a host's own type, which becomes the value's.

@@ -7,6 +7,7 @@
 #include "engine/host_call.h"
 #include "evaluation/arithmetic.h"
 #include "evaluation/evaluation.h"
+#include "evaluation/host_block.h"
 #include "platform/text.h"
 
 namespace {
@@ -22,12 +23,6 @@ OperatorGroup GroupOf(Operation operation) {
     default:
       return kGroupDiv;
   }
-}
-
-// Either value is none, or of a form that the operator has no rule for.
-void GiveUp(TextBuffer &texts, Value *left, Value *right) {
-  DropValue(texts, right);
-  DropValue(texts, left);
 }
 
 void CallOperator(Evaluation &run, OrlOperatorProc callback, Value *left, const Value *right) {
@@ -51,6 +46,11 @@ bool OperandOf(const Value &value, Decimal *d) {
 }
 
 }  // namespace
+
+void GiveUp(TextBuffer &texts, Value *left, Value *right) {
+  DropValue(texts, right);
+  DropValue(texts, left);
+}
 
 void ComputeSlowly(Evaluation &run, Operation operation, Value *left, Value *right) {
   if (!IsNumberForm(left->form) || !IsNumberForm(right->form)) {
@@ -110,16 +110,14 @@ void SubtractDates(TextBuffer &texts, Value *left, Value *right) {
   SetNumberFrom(left, &result);
 }
 
-// The right text follows the left one in the buffer: it only moves onto its terminator.
-void Concatenate(TextBuffer &texts, Value *left, Value *right) {
-  if (left->form != ValueForm::Text || right->form != ValueForm::Text ||
-      uint64_t{left->text.length} + right->text.length >= INT32_MAX) {
-    GiveUp(texts, left, right);
+void AcceptLongText(TextBuffer &texts, const char *block, uint32_t size, Value *value) {
+  if (size == 0) {
     return;
   }
-  const uint32_t end = left->text.offset + left->text.length;
-  MoveTextBytes(texts.bytes + end, texts.bytes + right->text.offset, right->text.length);
-  SetText(texts, left, left->text.offset, left->text.length + right->text.length);
+  const void *end = std::memchr(block, 0, size);
+  const uint32_t length =
+      end == nullptr ? size - 1 : static_cast<uint32_t>(static_cast<const char *>(end) - block);
+  CopyTextInto(texts, value, block, length);
 }
 
 uint32_t UnescapeString(char *target, const char *source) {
@@ -143,7 +141,7 @@ uint32_t UnescapeString(char *target, const char *source) {
 void PushEscapedText(TextBuffer &texts, const char *text, Value *value) {
   const uint32_t offset = texts.used;
   value->form = ValueForm::None;
-  if (TextReserve(texts, offset, std::strlen(text) + 1)) {
+  if (TextReserve(texts, offset, std::strlen(text))) {
     SetText(texts, value, offset, UnescapeString(texts.bytes + offset, text));
   }
 }

@@ -30,8 +30,9 @@ enum class Operation : uint8_t {
   DateInput,
   TextInput,
   OtherInput,
-  Formula,       // push the value of a named formula: node, expression
-  Call,          // resolve a function: node, row, built-in routine, arguments and length
+  Formula,  // push the value of a named formula: node, expression
+  Call,     // resolve a function: node, row, built-in routine, its inner routine, arguments and
+            // length
   NextArgument,  // `detail`: its place. In both, `operand` is the way past the argument: node
   Invoke,        // call the function with the `operand` values on top of its frame
   Add,           // ORDER ARITHMETIC
@@ -59,6 +60,7 @@ union Word {
   ExprItem *row;
   void *routine;
   const BuiltIn *builtIn;
+  InnerRoutine inner;
   Expression *expression;
   struct {
     uint32_t arguments;  // values that are pushed for the call
@@ -70,7 +72,9 @@ static_assert(sizeof(Word) == 8);
 // Words behind the first one of an instruction.
 enum InputWord { kInputNode = 1, kInputRoutine, kInputName, kInputEnd };
 enum FormulaWord { kFormulaNode = 1, kFormulaExpression, kFormulaEnd };
-enum CallWord { kCallNode = 1, kCallRow, kCallBuiltIn, kCallShape, kCallEnd };
+// The inner routine is that of a built-in function which takes all the arguments as values, and
+// nothing that would have to be freed; null for any other.
+enum CallWord { kCallNode = 1, kCallRow, kCallBuiltIn, kCallInner, kCallShape, kCallEnd };
 enum ArgumentWord { kArgumentNode = 1, kArgumentEnd };
 enum NumberWord { kNumberLow = 1, kNumberHigh, kNumberExponent, kNumberEnd };
 

@@ -8,23 +8,6 @@ namespace {
 
 constexpr int32_t kOtherType = 3;  // of the host's own
 
-// The program of an expression that has a tree, with its names bound; null when out of memory.
-inline Program *BoundProgram(EC ec, Expression *expression) {
-  Program *program = expression->program;
-  if (program == nullptr || program->generation != ec->generation || program->context != ec)
-      [[unlikely]] {
-    return BindProgram(ec, expression);
-  }
-  return program;
-}
-
-// Makes room for the values of a program on top of `values` others; false when out of memory.
-inline bool ReserveValues(Evaluation &run, uint32_t values, const Program *program) {
-  const uint64_t wanted = uint64_t{values} + program->depth;
-  run.values.count = values;
-  return wanted <= run.values.room || StackGrow(run.values, wanted);
-}
-
 // Enters a formula that the program of another one refers to; null where it cannot be computed.
 Program *EnterFormula(Evaluation &run, Expression *expression, uint32_t values, Program *caller,
                       Word *next) {
@@ -83,9 +66,10 @@ inline void Arithmetic(Evaluation &run, Value *left, Value *right) {
   ComputeSlowly(run, operation, left, right);
 }
 
-// Runs the program of the root. One more than `top` is the first free place of the value stack,
-// throughout.
-inline void RunProgram(Evaluation &run, Program *program) {
+}  // namespace
+
+// One more than `top` is the first free place of the value stack, throughout.
+void RunProgram(Evaluation &run, Program *program) {
   const EC ec = run.ec;
   Word *code = ProgramCode(program);
   Value *top = run.values.items - 1;
@@ -195,6 +179,11 @@ inline void RunProgram(Evaluation &run, Program *program) {
           BindCall(ec, code);
         }
         Value *frame = ++top;
+        if (code[kCallInner].inner != nullptr) {
+          PushFrame(run, code, frame);
+          code += kCallEnd;
+          continue;
+        }
         const uint32_t count = code[kCallShape].call.arguments;
         if (!BeginCall(run, code, frame)) {
           code += code[kCallShape].call.length;
@@ -206,19 +195,32 @@ inline void RunProgram(Evaluation &run, Program *program) {
         }
         continue;
       }
-      case Operation::NextArgument:
-        if (WantsArgument(run, top - instruction.detail, instruction.detail, code, top + 1)) {
+      case Operation::NextArgument: {
+        Value *frame = top - instruction.detail;
+        if (InnerRoutineOf(run, frame) != nullptr ||
+            WantsArgument(run, frame, instruction.detail, code, top + 1)) {
           code += kArgumentEnd;
         } else {
           top++;
           code += instruction.operand;
         }
         continue;
-      case Operation::Invoke:
-        top -= instruction.operand;
-        InvokeCall(run, top, static_cast<uint32_t>(instruction.operand));
+      }
+      case Operation::Invoke: {
+        const auto count = static_cast<uint32_t>(instruction.operand);
+        top -= count;
+        const InnerRoutine inner = InnerRoutineOf(run, top);
+        if (inner != nullptr) {
+          const uint32_t textsUsed = top->textsUsed;
+          InnerCall call = {run.texts, top + 1, count, top};
+          inner(call);
+          PlaceResult(run.texts, top, textsUsed);
+        } else {
+          InvokeCall(run, top, count);
+        }
         code++;
         continue;
+      }
       case Operation::Formula: {
         if (program->generation != ec->generation) {
           BindFormula(ec, code);
@@ -255,22 +257,4 @@ inline void RunProgram(Evaluation &run, Program *program) {
     }
     __builtin_unreachable();
   }
-}
-
-}  // namespace
-
-const Value *EvaluationRun(Evaluation &run) {
-  const EC ec = run.ec;
-  const HEXP exp = run.expression;
-  Program *program = BoundProgram(ec, exp);
-  if (program == nullptr || !ReserveValues(run, 0, program)) {
-    run.texts.outOfMemory = true;
-    return nullptr;
-  }
-  const Evaluation *before = exp->evaluation;
-  exp->evaluation = &run;
-  RunProgram(run, program);
-  exp->evaluation = before;
-  const Value *value = run.values.items;
-  return value->form == ValueForm::None ? nullptr : value;
 }

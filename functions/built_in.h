@@ -10,7 +10,7 @@ struct InnerCall {
   TextBuffer &texts;  // the arguments' texts are its last ones
   Value *args;
   uint32_t count;  // of the arguments
-  Value *result;   // none of the arguments; a text of it takes the place of the arguments'
+  Value *result;   // none of the arguments; a text of it lies where the arguments' texts are
 };
 
 // Computes what the routine of the same function computes; leaves None when out of memory.

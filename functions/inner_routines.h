@@ -48,12 +48,14 @@ inline bool NumberOf(const InnerCall &call, uint32_t place, Decimal *d) {
 
 // A count or position: null is 0, a fraction is cut, what 32 bits cannot hold saturates.
 inline int32_t CountOf(const InnerCall &call, uint32_t place) {
-  Decimal d;
-  if (!NumberOf(call, place, &d)) {
+  if (place >= call.count || !IsNumber(call.args[place])) {
     return 0;
   }
-  const int32_t small = static_cast<int32_t>(d.coefficient);
-  return d.exponent == 0 && small == d.coefficient ? small : DecimalToInt(d);
+  const Value &value = call.args[place];
+  const auto small = static_cast<int32_t>(value.narrow);
+  const bool isSmall =
+      value.form == ValueForm::Narrow && value.exponent == 0 && small == value.narrow;
+  return isSmall ? small : DecimalToInt(NumberOf(value));
 }
 
 // The place of the argument that the sign of the selector at place 0 picks.

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr uint64_t kHighBits = UINT64_C(0x8080808080808080);
-
 uint64_t LoadWord(const char *bytes) {
   uint64_t word = 0;
   std::memcpy(&word, bytes, sizeof word);
@@ -26,27 +24,22 @@ bool IsAscii(const char *bytes, uint32_t length) {
   return (LoadWord(bytes) & kHighBits & mask) == 0;
 }
 
-// The text of an argument, as a text of the buffer in any case; false when out of memory.
-bool TakeText(InnerCall &call, uint32_t place, TextSpan *span) {
-  *span = TextOf(call, place);
-  if (span->length == 0 && ArgumentOf(call, place, ValueForm::Text) == nullptr) {
-    if (!TextReserve(call.texts, span->offset, 1)) {
-      call.result->form = ValueForm::None;
-      return false;
-    }
-    call.texts.bytes[span->offset] = '\0';
-  }
-  return true;
-}
-
 // Bytes of the first n characters.
 uint32_t BytesOf(const InnerCall &call, const TextSpan &span, int32_t n) {
   const char *text = call.texts.bytes + span.offset;
   const uint32_t most = std::min(span.length, static_cast<uint32_t>(std::max(n, 0)));
-  if (IsAscii(text, most)) {
+  if (IsAscii(text, most)) [[likely]] {
     return most;
   }
+  TerminatedText(call.texts, span);
   return static_cast<uint32_t>(WRENStrAdvance(text, n) - text);
+}
+
+int64_t CharactersOf(const InnerCall &call, const TextSpan &span) {
+  if (IsAscii(call.texts.bytes + span.offset, span.length)) [[likely]] {
+    return span.length;
+  }
+  return WRENStrChars(TerminatedText(call.texts, span));
 }
 
 void SetPart(InnerCall &call, const TextSpan &span, uint32_t from, uint32_t length) {
@@ -61,33 +54,43 @@ uint32_t LeadingBlanksOf(const char *text, const TextSpan &span) {
   return blanks;
 }
 
-// Bytes without the blanks at the end, from `from` on. A blank may be the second half of a
-// character, so other texts than ASCII are walked from the start.
-uint32_t TrimmedEnd(char *text, uint32_t from, uint32_t length) {
-  if (!IsAscii(text + from, length - from)) {
+// The result: the text from `from` on without the blanks at the end. A blank may be the second half
+// of a character, so other texts than ASCII are walked from the start.
+void SetTrimmed(InnerCall &call, const TextSpan &span, uint32_t from) {
+  char *text = call.texts.bytes + span.offset;
+  uint32_t length = span.length;
+  if (IsAscii(text + from, length - from)) [[likely]] {
+    while (length > from && text[length - 1] == ' ') {
+      length--;
+    }
+  } else {
+    TerminatedText(call.texts, span);
     WRENStrRTrim(text + from, text + from);
-    return from + static_cast<uint32_t>(std::strlen(text + from));
+    length = from + static_cast<uint32_t>(std::strlen(text + from));
   }
-  while (length > from && text[length - 1] == ' ') {
-    length--;
-  }
-  return length;
+  SetPart(call, span, from, length - from);
+}
+
+// The same word with the case of its ASCII letters from `first` to `first` + 25 changed.
+uint64_t ChangedCase(uint64_t word, char first) {
+  const uint64_t low = word & ~kHighBits;
+  const uint64_t from = low + kOnes * (0x80 - static_cast<uint64_t>(first));
+  const uint64_t behind = low + kOnes * (0x80 - static_cast<uint64_t>(first + 26));
+  const uint64_t letters = (from ^ behind) & ~word & kHighBits;
+  return word ^ letters >> 2;  // 'a' - 'A' is 0x20
 }
 
 // Changes the case of ASCII letters from `first` on; `change` handles other texts.
 void ChangeCase(InnerCall &call, char first, void (*change)(char *)) {
-  TextSpan span;
-  if (!TakeText(call, 0, &span)) {
-    return;
-  }
+  const TextSpan span = TextOf(call, 0);
   char *text = call.texts.bytes + span.offset;
-  if (IsAscii(text, span.length)) {
-    for (uint32_t i = 0; i < span.length; i++) {
-      const bool letter = static_cast<uint8_t>(text[i] - first) < 26;
-      text[i] = static_cast<char>(text[i] ^ (letter ? 'a' - 'A' : 0));
+  if (IsAscii(text, span.length)) [[likely]] {
+    for (uint32_t at = 0; at < span.length; at += 8) {
+      const uint64_t word = ChangedCase(LoadWord(text + at), first);
+      std::memcpy(text + at, &word, sizeof word);
     }
   } else {
-    change(text);
+    change(TerminatedText(call.texts, span));
   }
   SetPart(call, span, 0, span.length);
 }
@@ -95,29 +98,19 @@ void ChangeCase(InnerCall &call, char first, void (*change)(char *)) {
 }  // namespace
 
 void InnerStrLeft(InnerCall &call) {
-  TextSpan span;
-  if (TakeText(call, 0, &span)) {
-    SetPart(call, span, 0, BytesOf(call, span, CountOf(call, 1)));
-  }
+  const TextSpan span = TextOf(call, 0);
+  SetPart(call, span, 0, BytesOf(call, span, CountOf(call, 1)));
 }
 
 void InnerStrRight(InnerCall &call) {
-  TextSpan span;
-  if (!TakeText(call, 0, &span)) {
-    return;
-  }
-  char *text = call.texts.bytes + span.offset;
-  const int32_t n = CountOf(call, 1);
-  const int32_t left = WRENStrChars(text) - std::max(n, 0);
-  const uint32_t from = left <= 0 ? 0 : BytesOf(call, span, left);
+  const TextSpan span = TextOf(call, 0);
+  const int64_t left = CharactersOf(call, span) - std::max(CountOf(call, 1), 0);
+  const uint32_t from = left <= 0 ? 0 : BytesOf(call, span, static_cast<int32_t>(left));
   SetPart(call, span, from, span.length - from);
 }
 
 void InnerStrMid(InnerCall &call) {
-  TextSpan span;
-  if (!TakeText(call, 0, &span)) {
-    return;
-  }
+  const TextSpan span = TextOf(call, 0);
   const int32_t position = CountOf(call, 1);
   if (position < 0) {
     SetPart(call, span, 0, 0);
@@ -129,34 +122,23 @@ void InnerStrMid(InnerCall &call) {
 }
 
 void InnerStrLength(InnerCall &call) {
-  const TextSpan span = TextOf(call, 0);
-  const bool ascii = span.length == 0 || IsAscii(call.texts.bytes + span.offset, span.length);
-  const int64_t characters = ascii ? span.length : WRENStrChars(call.texts.bytes + span.offset);
+  const int64_t characters = CharactersOf(call, TextOf(call, 0));
   SetNumber(call.result, {characters, 0});
 }
 
 void InnerStrTrim(InnerCall &call) {
-  TextSpan span;
-  if (TakeText(call, 0, &span)) {
-    char *text = call.texts.bytes + span.offset;
-    const uint32_t from = LeadingBlanksOf(text, span);
-    SetPart(call, span, from, TrimmedEnd(text, from, span.length) - from);
-  }
+  const TextSpan span = TextOf(call, 0);
+  SetTrimmed(call, span, LeadingBlanksOf(call.texts.bytes + span.offset, span));
 }
 
 void InnerStrLTrim(InnerCall &call) {
-  TextSpan span;
-  if (TakeText(call, 0, &span)) {
-    const uint32_t from = LeadingBlanksOf(call.texts.bytes + span.offset, span);
-    SetPart(call, span, from, span.length - from);
-  }
+  const TextSpan span = TextOf(call, 0);
+  const uint32_t from = LeadingBlanksOf(call.texts.bytes + span.offset, span);
+  SetPart(call, span, from, span.length - from);
 }
 
 void InnerStrRTrim(InnerCall &call) {
-  TextSpan span;
-  if (TakeText(call, 0, &span)) {
-    SetPart(call, span, 0, TrimmedEnd(call.texts.bytes + span.offset, 0, span.length));
-  }
+  SetTrimmed(call, TextOf(call, 0), 0);
 }
 
 void InnerStrUpper(InnerCall &call) {
@@ -168,8 +150,6 @@ void InnerStrLower(InnerCall &call) {
 }
 
 void InnerStrIff(InnerCall &call) {
-  TextSpan span;
-  if (TakeText(call, SelectedPlace(call), &span)) {
-    SetPart(call, span, 0, span.length);
-  }
+  const TextSpan span = TextOf(call, SelectedPlace(call));
+  SetPart(call, span, 0, span.length);
 }

@@ -43,12 +43,17 @@ char *TextResult(void **result, int32_t resultSize, int64_t needed) {
 int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text) {
   const char *source = text != nullptr ? text : "";
   const size_t needed = std::strlen(source) + 1;
+  if (resultSize > 0 && needed <= static_cast<size_t>(resultSize) && result != nullptr &&
+      *result != nullptr) [[likely]] {
+    std::memmove(*result, source, needed);  // the text may lie in the block
+    return 1;
+  }
   // A text that is longer than its block cannot lie in it, so the source outlives the resize.
   char *target =
       needed <= INT32_MAX ? TextResult(result, resultSize, static_cast<int64_t>(needed)) : nullptr;
   if (target == nullptr) {
     return 0;
   }
-  std::memmove(target, source, needed);  // the text may lie in the block
+  std::memmove(target, source, needed);
   return 1;
 }

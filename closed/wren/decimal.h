@@ -156,21 +156,29 @@ inline void DecimalPack(NumberValue *result, int32_t exponent, bool negative, Ui
   std::memcpy(result->payload + 4, &low, sizeof low);
 }
 
-// Stores a number in its canonical form.
-inline void DecimalStore(NumberValue *result, Decimal d) {
-  if (DecimalIsNarrow(d)) [[likely]] {
-    // How the digits of results end cannot be predicted, so one zero is taken off without a branch.
-    const uint64_t c = static_cast<uint64_t>(DecimalMagnitude(d));
-    const uint64_t tenth = DecimalTenth(c);
-    const bool zero = (d.exponent < 0) & (tenth <= kTenthBound);
-    const uint64_t low = zero ? tenth : c;
-    const int32_t exponent = d.exponent + (zero ? 1 : 0);
-    if (!(exponent < 0 && DecimalEndsInZero(low))) [[likely]] {
-      DecimalPack(result, exponent, d.coefficient < 0, low);
-      return;
-    }
+inline void DecimalStoreNarrow(NumberValue *result, NarrowDecimal d) {
+  // How the digits of results end cannot be predicted, so one zero is taken off without a branch.
+  const bool negative = d.coefficient < 0;
+  const uint64_t bits = static_cast<uint64_t>(d.coefficient);
+  const uint64_t c = negative ? 0 - bits : bits;
+  const uint64_t tenth = DecimalTenth(c);
+  const bool zero = (d.exponent < 0) & (tenth <= kTenthBound);
+  const uint64_t low = zero ? tenth : c;
+  const int32_t exponent = d.exponent + static_cast<int32_t>(zero);
+  if (exponent < 0 && DecimalTenth(low) <= kTenthBound) [[unlikely]] {
+    DecimalStoreAny(result, {d.coefficient, d.exponent});
+  } else {
+    DecimalPack(result, exponent, negative, low);
   }
-  DecimalStoreAny(result, d);
+}
+
+// Stores a number in its canonical form.
+inline void DecimalStore(NumberValue *result, const Decimal &d) {
+  if (DecimalIsNarrow(d)) [[likely]] {
+    DecimalStoreNarrow(result, DecimalNarrow(d));
+  } else {
+    DecimalStoreAny(result, d);
+  }
 }
 
 // Unpacks the payload of a narrow number; false for all other bytes.
