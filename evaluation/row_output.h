@@ -31,7 +31,7 @@ struct RowPlace {
   uint8_t *elements;
   uint8_t *valid;  // null when the host does not want it
 };
-// All bytes there are zero or to be written. Null elements when out of memory.
+// Null elements when out of memory.
 RowPlace OutputPlace(RowOutput &output, int64_t row);
 
 // TEXT: room for `length` bytes behind the texts before; null when out of memory and when the texts

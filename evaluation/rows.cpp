@@ -73,8 +73,8 @@ bool BindColumns(EC ec, int64_t rows, const OrlColumn *columns, BoundColumn *bou
 }
 
 RowsOutcome Evaluate(const RowsCall &call, RowOutput &output) {
-  return OutputBegin(output, call.results, call.rows, false) ? EvaluateRowByRow(call, output)
-                                                             : RowsOutcome::Failed;
+  const RowsOutcome outcome = EvaluateInBatches(call, output);
+  return outcome == RowsOutcome::NotSuitable ? EvaluateRowByRow(call, output) : outcome;
 }
 
 }  // namespace

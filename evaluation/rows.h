@@ -58,11 +58,14 @@ uint32_t ElementSize(int32_t form);
 // cannot hold it.
 bool StoreElement(void *element, int32_t form, int32_t scale, const NumberValue &value);
 
+// The same for a number.
+bool StoreNumber(void *element, int32_t form, int32_t scale, const Decimal &number);
+
 // coefficient * 10^exponent, rounded half away from zero to `scale` decimals, as an integer of
 // 10^-scale; false when 128 bits do not hold it.
 bool ScaledInteger(Int128 *result, const Decimal &d, int32_t scale);
 
-// ---- The ways to compute ----
+// ---- The ways to compute: each begins the output ----
 
 struct RowOutput;
 
@@ -71,6 +74,9 @@ enum class RowsOutcome : uint8_t {
   Failed,      // out of memory, or the texts are too long
   NotSuitable  // not a formula for this way; nothing was called or written
 };
+
+// A batch of rows at a time: for formulas that call nothing of the host.
+RowsOutcome EvaluateInBatches(const RowsCall &call, RowOutput &output);
 
 // Row by row, as ORLEvaluateExpression, with value routines that hand out what the columns hold.
 // Suits any formula.

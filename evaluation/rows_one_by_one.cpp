@@ -135,7 +135,7 @@ bool EvaluateRow(const RowsCall &call, RowOutput &output, const RowSource &sourc
 
 RowsOutcome EvaluateRowByRow(const RowsCall &call, RowOutput &output) {
   const Owned<void *> routines = Allocate<void *>(call.columnCount);
-  if (routines == nullptr) {
+  if (routines == nullptr || !OutputBegin(output, call.results, call.rows, false)) {
     return RowsOutcome::Failed;
   }
   RowSource source;

@@ -135,6 +135,27 @@ bool ScaledInteger(Int128 *result, const Decimal &d, int32_t scale) {
                                  static_cast<Int128>(kPowersOfTen.of[std::max(shift, 0)]), result);
 }
 
+bool StoreNumber(void *element, int32_t form, int32_t scale, const Decimal &number) {
+  NumberValue packed;
+  double nearest = 0;
+  switch (form) {
+    case ORL_COLUMN_NUMBER:
+      DecimalStore(&packed, number);
+      std::memcpy(element, &packed, sizeof packed);
+      return true;
+    case ORL_COLUMN_INT64:
+    case ORL_COLUMN_DECIMAL128:
+      return StoreInteger(element, form, scale, number);
+    case ORL_COLUMN_DOUBLE:
+      DecimalStore(&packed, number);
+      WRENNumToDouble(&packed, &nearest);
+      std::memcpy(element, &nearest, sizeof nearest);
+      return true;
+    default:
+      return false;
+  }
+}
+
 bool StoreElement(void *element, int32_t form, int32_t scale, const NumberValue &value) {
   Decimal d;
   switch (form) {
@@ -143,16 +164,8 @@ bool StoreElement(void *element, int32_t form, int32_t scale, const NumberValue 
       return true;
     case ORL_COLUMN_INT64:
     case ORL_COLUMN_DECIMAL128:
-      return DecimalLoad(&value, &d) && StoreInteger(element, form, scale, d);
-    case ORL_COLUMN_DOUBLE: {
-      double number = 0;
-      if (!DecimalLoad(&value, &d)) {
-        return false;
-      }
-      WRENNumToDouble(&value, &number);
-      std::memcpy(element, &number, sizeof number);
-      return true;
-    }
+    case ORL_COLUMN_DOUBLE:
+      return DecimalLoad(&value, &d) && StoreNumber(element, form, scale, d);
     default:
       return StoreDate(element, form, value);
   }

@@ -272,7 +272,11 @@ std::string World::Count() {
 }
 
 std::string World::Number(int depth) {
-  static const char *const literals[] = {"2", "0", "0.5", "1.25", "32", "100000000000", "7"};
+  static const char *const literals[] = {"2",    "0",
+                                         "0.5",  "1.25",
+                                         "32",   "100000000000",
+                                         "7",    "17.777777777777777777777778",
+                                         "0.04", "99999999999999999999999999"};
   static const char *const dateParts[] = {"DateYear",   "DateMonth",  "DateDay", "DateHour",
                                           "DateMinute", "DateSecond", "WeekDay", "DateQuarter"};
   if (depth == 0) return OneIn(4) ? Any(literals) : OneIn(12) ? "nf()" : Items('n');

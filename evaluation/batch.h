@@ -1,0 +1,148 @@
+// A batch of rows: the values that a part of a formula has for some hundred rows at a time.
+//
+// Numbers of one scale are lanes: integers that share an exponent, of 64 bits or, where products or
+// long constants need it, of 128. A bound on the magnitudes of a batch tells before an operation
+// whether its results fit, so that the loop over the rows need not look. Everything else (numbers
+// of several scales, nulls, dates) is an array of the interpreter's values, and texts are slices of
+// columns, of literals and of an arena.
+#ifndef ORLI11_EVALUATION_BATCH_H
+#define ORLI11_EVALUATION_BATCH_H
+
+#include <cstdint>
+
+#include "evaluation/evaluation.h"
+#include "evaluation/rows.h"
+
+// Rows of a batch at most. Batches begin at multiples of 8.
+constexpr uint32_t kBatchRows = 1024;
+constexpr uint32_t kLeastBatchRows = 8;
+
+enum class BatchForm : uint8_t {
+  Narrow,  // int64_t lanes
+  Wide,    // Int128 lanes of at most 26 significant digits, with zeros behind them
+  Values,  // Value: Narrow, Wide, Packed or None
+  Texts    // TextSlice; null bytes where there is no value
+};
+
+// One bit for each row.
+struct RowBits {
+  uint64_t words[kBatchRows / 64];
+};
+
+inline bool HasBit(const RowBits &bits, uint32_t row) {
+  return (bits.words[row / 64] >> (row % 64) & 1) != 0;
+}
+
+struct Batch {
+  BatchForm form;
+  bool single;       // all rows have the value of the first
+  bool someMissing;  // lanes: `missing` holds, else every row has a value
+  int32_t exponent;  // lanes: of all rows, not above 0
+  uint32_t bound;    // lanes: no magnitude is above 2^bound
+  const void *data;  // in `own`, or of a column or another batch
+  void *own;         // room for a Value for each row
+  Word *call;        // of a frame, which waits for its arguments
+  RowBits missing;   // lanes: rows without a value
+};
+
+// The texts that a batch makes.
+struct ArenaBlock {
+  ArenaBlock *next;
+  uint32_t used, size;
+};
+struct TextArena {
+  ArenaBlock *blocks;  // the last one first
+  uint64_t bytes;
+};
+
+// Room for a text; null when out of memory.
+char *ArenaText(TextArena &arena, uint32_t length);
+// Frees all texts. One block of usual size stays for the next batch.
+void ArenaReset(TextArena &arena);
+void ArenaFree(TextArena &arena);
+
+// A batch that is being computed.
+struct BatchRun {
+  const RowsCall *call;
+  int64_t first;
+  uint32_t count;
+  bool outOfMemory;
+  TextArena arena;
+  Evaluation inner;  // for functions and operators that are called row by row
+};
+
+// Whether the batch has made so much text that fewer rows at a time are better.
+inline bool ArenaIsFull(const BatchRun &run) {
+  constexpr uint64_t kMostBytes = 4 * 1024 * 1024;
+  return run.arena.bytes > kMostBytes && run.count > kLeastBatchRows;
+}
+
+// ---- Elements ----
+
+inline const int64_t *NarrowLanes(const Batch &batch) {
+  return static_cast<const int64_t *>(batch.data);
+}
+inline const Int128 *WideLanes(const Batch &batch) {
+  return static_cast<const Int128 *>(batch.data);
+}
+inline const Value *ValuesOf(const Batch &batch) {
+  return static_cast<const Value *>(batch.data);
+}
+inline const TextSlice *SlicesOf(const Batch &batch) {
+  return static_cast<const TextSlice *>(batch.data);
+}
+inline uint32_t RowsOf(const BatchRun &run, const Batch &batch) {
+  return batch.single ? 1 : run.count;
+}
+inline bool IsLanes(const Batch &batch) {
+  return batch.form == BatchForm::Narrow || batch.form == BatchForm::Wide;
+}
+
+// Makes the batch's own memory its elements and returns it.
+template <class T>
+T *OwnElements(Batch &batch, BatchForm form) {
+  batch.form = form;
+  batch.data = batch.own;
+  return static_cast<T *>(batch.own);
+}
+
+// ---- Making batches; `own` stays what it was ----
+
+void SetSingleNumber(Batch *batch, const Decimal &number);
+void SetSingleValue(Batch *batch, const Value &value);
+void SetSingleText(Batch *batch, const char *bytes, uint32_t length);
+void SetNoValues(Batch *batch);
+
+// The elements of the batch's rows of a column, for an item of the type.
+void LoadColumn(const BatchRun &run, const OrlColumn &column, int32_t type, Batch *batch);
+
+// The smallest bound of some lanes.
+uint32_t BoundOf(const int64_t *lanes, uint32_t count);
+uint32_t BoundOf(const Int128 *lanes, uint32_t count);
+
+// Turns lanes into values; a batch of values stays, one of texts has none.
+void MakeValues(const BatchRun &run, Batch *batch);
+// One element for each row, where all rows shared one.
+void MakeRows(const BatchRun &run, Batch *batch);
+// The lane of a row as a number.
+Decimal LaneNumber(const Batch &batch, uint32_t row);
+
+// ---- Steps: the result takes the place of the left batch ----
+
+void BatchArithmetic(BatchRun &run, Operation operation, Batch *left, Batch *right);
+void BatchMoveDate(BatchRun &run, const Instruction &instruction, Batch *left, Batch *right);
+void BatchSubtractDates(BatchRun &run, Batch *left, Batch *right);
+void BatchConcatenate(BatchRun &run, Batch *left, Batch *right);
+// A call of a built-in function: the result takes the place of the frame, which the arguments
+// follow.
+void BatchCall(BatchRun &run, Word *code, Batch *frame, uint32_t count);
+
+// ---- Results ----
+
+struct RowOutput;
+
+// Writes the batch where the rows' results go. False when out of memory, or with texts that are too
+// long together.
+bool StoreBatch(const BatchRun &run, RowOutput &output, const Batch &batch);
+
+#endif

@@ -1,0 +1,140 @@
+// From batches to the elements of results.
+#include <bit>
+#include <cstring>
+
+#include "evaluation/batch.h"
+#include "evaluation/row_output.h"
+
+namespace {
+
+struct Target {
+  const OrlRowResults *results;
+  uint8_t *elements;
+  RowBits stored;  // rows with a value
+};
+
+void MarkAll(const BatchRun &run, const Batch &batch, RowBits *stored) {
+  for (uint32_t i = 0; i * 64 < run.count; i++) {
+    const uint32_t rows = run.count - i * 64;
+    const uint64_t inBatch = rows >= 64 ? ~UINT64_C(0) : (UINT64_C(1) << rows) - 1;
+    stored->words[i] = inBatch & ~(batch.someMissing ? batch.missing.words[i] : 0);
+  }
+}
+
+// The rows without a value get zero bytes.
+void ClearMissing(const BatchRun &run, uint32_t size, Target &target) {
+  for (uint32_t row = 0; row < run.count; row++) {
+    if (!HasBit(target.stored, row)) {
+      std::memset(target.elements + row * size, 0, size);
+    }
+  }
+}
+
+// Lanes whose bound tells that they fit, as integers of the scale; false where it does not.
+bool StoreScaled(const BatchRun &run, const Batch &batch, Target &target) {
+  constexpr uint32_t kSafe = 62;
+  const int32_t shift = target.results->scale + batch.exponent;
+  if (batch.form != BatchForm::Narrow || target.results->form != ORL_COLUMN_INT64 || shift < 0 ||
+      shift > 18 || batch.bound + static_cast<uint32_t>(shift * 10 / 3 + 1) > kSafe) {
+    return false;
+  }
+  const int64_t *lanes = NarrowLanes(batch);
+  if (shift == 0) {
+    std::memcpy(target.elements, lanes, run.count * sizeof(int64_t));
+  } else {
+    const auto power = static_cast<int64_t>(kPowersOfTen64.of[shift]);
+    for (uint32_t row = 0; row < run.count; row++) {
+      const int64_t lane = lanes[row] * power;
+      std::memcpy(target.elements + row * sizeof lane, &lane, sizeof lane);
+    }
+  }
+  return true;
+}
+
+// Integers and powers of ten that a double holds exactly have the nearest double as quotient.
+bool StoreQuotients(const BatchRun &run, const Batch &batch, Target &target) {
+  constexpr uint32_t kExactBound = 53;
+  constexpr int32_t kExactPower = 22;
+  if (batch.form != BatchForm::Narrow || target.results->form != ORL_COLUMN_DOUBLE ||
+      batch.bound > kExactBound || -batch.exponent > kExactPower) {
+    return false;
+  }
+  const int64_t *lanes = NarrowLanes(batch);
+  const auto power = static_cast<double>(kPowersOfTen.of[-batch.exponent]);
+  for (uint32_t row = 0; row < run.count; row++) {
+    const double quotient = static_cast<double>(lanes[row]) / power;
+    std::memcpy(target.elements + row * sizeof quotient, &quotient, sizeof quotient);
+  }
+  return true;
+}
+
+void StoreEach(const BatchRun &run, const Batch &batch, uint32_t size, Target &target) {
+  const int32_t form = target.results->form;
+  const int32_t scale = target.results->scale;
+  for (uint32_t row = 0; row < run.count; row++) {
+    uint8_t *element = target.elements + row * size;
+    bool stored = false;
+    if (batch.form == BatchForm::Values) {
+      const Value &value = ValuesOf(batch)[row];
+      if (IsNumber(value)) {
+        stored = StoreNumber(element, form, scale, NumberOf(value));
+      } else if (value.form == ValueForm::Packed) {
+        NumberValue packed;
+        StoreValue(&packed, value);
+        stored = StoreElement(element, form, scale, packed);
+      }
+    } else if (IsLanes(batch) && !(batch.someMissing && HasBit(batch.missing, row))) {
+      stored = StoreNumber(element, form, scale, LaneNumber(batch, row));
+    }
+    target.stored.words[row / 64] |= static_cast<uint64_t>(stored) << (row % 64);
+  }
+}
+
+bool StoreTexts(const BatchRun &run, RowOutput &output, const Batch &batch, Target &target) {
+  for (uint32_t row = 0; row < run.count; row++) {
+    const TextSlice none = {nullptr, 0};
+    const TextSlice &text = batch.form == BatchForm::Texts ? SlicesOf(batch)[row] : none;
+    if (text.bytes != nullptr) {
+      char *room = OutputText(output, text.length);
+      if (room == nullptr) {
+        return false;
+      }
+      std::memcpy(room, text.bytes, text.length);
+      output.textUsed += text.length;
+      target.stored.words[row / 64] |= UINT64_C(1) << (row % 64);
+    }
+    const auto end = static_cast<int32_t>(output.textUsed);
+    std::memcpy(target.elements + row * sizeof end, &end, sizeof end);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool StoreBatch(const BatchRun &run, RowOutput &output, const Batch &batch) {
+  const RowPlace place = OutputPlace(output, run.first);
+  if (place.elements == nullptr) {
+    return false;
+  }
+  Target target = {output.results, place.elements, {}};
+  if (output.results->form == ORL_COLUMN_TEXT) {
+    if (!StoreTexts(run, output, batch, target)) {
+      return false;
+    }
+  } else if (StoreScaled(run, batch, target) || StoreQuotients(run, batch, target)) {
+    MarkAll(run, batch, &target.stored);
+    if (batch.someMissing) {
+      ClearMissing(run, output.elementSize, target);
+    }
+  } else {
+    StoreEach(run, batch, output.elementSize, target);
+    ClearMissing(run, output.elementSize, target);
+  }
+  for (uint64_t word : target.stored.words) {
+    output.rowsWithValue += std::popcount(word);
+  }
+  if (place.valid != nullptr) {
+    std::memcpy(place.valid, target.stored.words, (run.count + 7) / 8);
+  }
+  return true;
+}
