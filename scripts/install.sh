@@ -5,6 +5,7 @@
 #   screen     what the formula editor is built with, and a screen with a user for its tests
 #   pictures   a small window manager, for the pictures of the editor
 #   databases  two databases with their ODBC drivers, which tests compare formulas with
+#   python     what the Python package needs, and its tests, tables and clusters
 #   check      what .ci/run needs beyond that
 set -euo pipefail
 
@@ -13,12 +14,13 @@ tests="libgtest-dev libbenchmark-dev"
 screen="qt6-base-dev xvfb xdotool fonts-dejavu-core"
 pictures="openbox"
 databases="libsqliteodbc odbc-postgresql postgresql"
+python="python3-cffi python3-numpy python3-pandas python3-dask python3-distributed python3-pytest python3-pip python3-setuptools python3-wheel"
 check="clang clang-tidy clang-format libclang-rt-14-dev"
 
 missing=""
 for group in "$@"; do
   case $group in
-    build | tests | screen | pictures | databases | check) ;;
+    build | tests | screen | pictures | databases | python | check) ;;
     *) echo "install.sh: no such group: $group" >&2; exit 2 ;;
   esac
   for package in ${!group}; do

@@ -237,4 +237,5 @@ def main():
         print_case(rng, n % 4)
 
 
-main()
+if __name__ == "__main__":
+    main()

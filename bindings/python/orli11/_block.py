@@ -1,0 +1,83 @@
+"""The formulas of a stored context, read without the engine.
+
+A load by the engine opens the formula editor for a formula that no longer parses. A program wants
+an exception, so the formulas are tried one by one first.
+"""
+
+from __future__ import annotations
+
+import struct
+from typing import Callable, Dict, List, Optional, Tuple
+
+from .errors import FormulaError, LoadError
+
+_OPERATORS = 20
+_INPUT_ROW = 85
+_INPUTS, _FORMULAS = 250, 252
+_UNKNOWN_FUNCTION = 103  # the message that a call of something unknown ends with
+
+
+class _Reader:
+    def __init__(self, block: bytes):
+        self.block, self.position = block, 1
+
+    def text(self) -> str:
+        end = self.block.find(b"\0", self.position)
+        if end < 0:
+            raise LoadError(f"The stored context is cut or damaged at byte {self.position}.")
+        begin, self.position = self.position, end + 1
+        return self.block[begin:end].decode(errors="replace")
+
+    def section(self, tag: int) -> int:
+        """The rows of the section that begins here, 0 when it is another one."""
+        header = self.block[self.position:self.position + 4]
+        if len(header) < 4 or struct.unpack_from("<H", header)[0] != tag:
+            return 0
+        self.position += 4
+        return struct.unpack_from("<h", header, 2)[0]
+
+
+def formulas_of(block: bytes) -> List[Tuple[str, str]]:
+    """Name and text of each formula of a block of version 2 or 3, in order."""
+    reader = _Reader(block)
+    for _ in range(_OPERATORS):
+        reader.text()
+    for _ in range(reader.section(_INPUTS)):
+        reader.position += _INPUT_ROW
+        reader.text()
+    found = []
+    for _ in range(reader.section(_FORMULAS)):
+        text = reader.text()
+        found.append((reader.text(), text))
+    return found
+
+
+def deferred(pending: List[Tuple[str, str]],
+             attempt: Callable[[str, str], Optional[FormulaError]]) -> Dict[str, FormulaError]:
+    """Parses formulas that may refer to later ones; returns those that failed.
+
+    `attempt(name, text)` parses one: None for success, else its FormulaError. A formula that fails
+    at an unknown function is tried again when a formula of that name has been parsed. In the result
+    those that only wait for another one that failed are the last.
+    """
+    waiting: Dict[str, List[Tuple[str, str]]] = {}
+    failed: Dict[str, FormulaError] = {}
+    queue = list(reversed(pending))
+    while queue:
+        name, text = queue.pop()
+        error = attempt(name, text)
+        if error is None:
+            failed.pop(name, None)
+            queue.extend(reversed(waiting.pop(name, [])))
+            continue
+        failed[name] = error
+        if error.id == _UNKNOWN_FUNCTION:
+            waiting.setdefault(_wanted(error), []).append((name, text))
+    causes = {name: error for name, error in failed.items()
+              if error.id != _UNKNOWN_FUNCTION or _wanted(error) not in failed}
+    return {**causes, **failed}
+
+
+def _wanted(error: FormulaError) -> str:
+    """The name of the function that is unknown."""
+    return error.text[error.start:error.end].rstrip("( \t\r\n")

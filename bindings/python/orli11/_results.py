@@ -1,0 +1,166 @@
+"""What the engine writes for many rows, as arrays of NumPy and columns of pandas."""
+
+from __future__ import annotations
+
+import decimal
+from typing import Any, List, Optional
+
+import numpy
+
+from ._columns import CELL, CELLS, DOUBLE, INT64, TEXT, TIMESTAMP, pointer
+from ._library import engine, ffi
+from ._values import number_buffer, number_from
+from .types import NUMBER, STRING, Type
+
+
+class _Result:
+    """Room for the values of `rows` rows; the parts of it are filled one by one."""
+
+    form: int
+    dtype: Any
+    scale = 0
+
+    def __init__(self, rows: int):
+        self.values = numpy.empty(rows, self.dtype)
+        self.valid = numpy.zeros((rows + 7) // 8, "uint8")
+        self.found = 0  # rows with a value
+
+    def fill(self, record, part: range) -> None:
+        """Fills the OrlRowResults `record` for the rows of a part."""
+        record.form, record.scale = self.form, self.scale
+        record.values = ffi.cast("void *", pointer(self.values, part.start))
+        record.valid = ffi.cast("uint8_t *", pointer(self.valid, part.start // 8))
+
+    def take(self, record, part: range, found: int) -> None:
+        """Takes what the engine wrote for a part."""
+        self.found += found
+
+    def release(self, record) -> None:
+        """Frees what the engine allocated for a part."""
+
+    def missing(self) -> Optional[numpy.ndarray]:
+        """True for each row without a value; None when all have one."""
+        if self.found == len(self.values):
+            return None
+        return numpy.unpackbits(self.valid, count=len(self.values), bitorder="little") == 0
+
+    def array(self) -> Any:
+        """The values as an array."""
+        raise NotImplementedError
+
+    def series(self, index, name: Optional[str]) -> Any:
+        """The values as a pandas.Series."""
+        import pandas
+        return pandas.Series(self.array(), index=index, name=name, copy=False)
+
+
+class _Floats(_Result):
+    form, dtype = DOUBLE, "float64"
+
+    def array(self) -> numpy.ndarray:
+        missing = self.missing()
+        if missing is not None:
+            self.values[missing] = numpy.nan
+        return self.values
+
+
+class _Integers(_Result):
+    form, dtype = INT64, "int64"
+
+    def __init__(self, rows: int, scale: int):
+        super().__init__(rows)
+        self.scale = scale
+
+    def _mask(self) -> numpy.ndarray:
+        missing = self.missing()
+        return numpy.zeros(len(self.values), bool) if missing is None else missing
+
+    def array(self) -> numpy.ma.MaskedArray:
+        return numpy.ma.MaskedArray(self.values, self._mask())
+
+    def series(self, index, name: Optional[str]) -> Any:
+        import pandas
+        column = pandas.arrays.IntegerArray(self.values, self._mask())
+        return pandas.Series(column, index=index, name=name, copy=False)
+
+
+class _Decimals(_Result):
+    form, dtype = CELLS, CELL
+
+    def array(self) -> numpy.ndarray:
+        made = numpy.empty(len(self.values), object)
+        first = ffi.cast("NumberValue *", pointer(self.values, 0))
+        buffer = number_buffer()
+        for i in range(len(made)):
+            made[i] = number_from(first + i, buffer)
+        return made
+
+
+class _Dates(_Result):
+    form, dtype = TIMESTAMP, "int64"
+
+    def array(self) -> numpy.ndarray:
+        missing = self.missing()
+        moments = self.values.view("datetime64[us]")
+        if missing is not None:
+            moments[missing] = numpy.datetime64("NaT")
+        return moments
+
+    def series(self, index, name: Optional[str]) -> Any:
+        """Its dates as datetime64[ns], or as objects where some lie outside 1677 to 2262."""
+        import pandas
+        moments = self.array()
+        try:
+            return pandas.Series(moments, index=index, name=name)
+        except pandas.errors.OutOfBoundsDatetime:
+            dates = moments.astype(object)
+            dates[numpy.isnat(moments)] = pandas.NaT
+            return pandas.Series(dates, index=index, name=name, dtype=object)
+
+
+class _Texts(_Result):
+    form, dtype = TEXT, object
+
+    def __init__(self, rows: int):
+        super().__init__(rows)
+        self._offsets: List[Any] = []  # of the parts, which the records only point to
+
+    def fill(self, record, part: range) -> None:
+        super().fill(record, part)
+        record.values = ffi.NULL
+        self._offsets.append(ffi.new("int32_t[]", len(part) + 1))
+        record.offsets = self._offsets[-1]
+
+    def take(self, record, part: range, found: int) -> None:
+        super().take(record, part, found)
+        self.values[part.start:part.stop] = self._strings(record, len(part))
+
+    def release(self, record) -> None:
+        engine.ORLMemFree(record.values)
+        record.values = ffi.NULL
+
+    @staticmethod
+    def _strings(record, rows: int) -> List[str]:
+        offsets = ffi.unpack(record.offsets, rows + 1)
+        raw = ffi.buffer(record.values, offsets[rows])[:] if offsets[rows] else b""
+        if raw.isascii():
+            text = raw.decode()
+            return [text[begin:end] for begin, end in zip(offsets, offsets[1:])]
+        return [raw[begin:end].decode(errors="replace") for begin, end in zip(offsets, offsets[1:])]
+
+    def array(self) -> numpy.ndarray:
+        missing = self.missing()
+        if missing is not None:
+            self.values[missing] = None
+        return self.values
+
+
+def of_type(type: Type, rows: int, numbers: type, scale: int) -> _Result:
+    """Room for results of a formula of that type."""
+    if type == STRING:
+        return _Texts(rows)
+    if type != NUMBER:
+        return _Dates(rows)
+    if numbers is int:
+        return _Integers(rows, scale)
+    return _Decimals(rows) if numbers is decimal.Decimal else _Floats(rows)

@@ -1,0 +1,101 @@
+"""Many rows at once: the columns of a table to the engine's, and results back."""
+
+from __future__ import annotations
+
+import concurrent.futures
+import decimal
+from typing import TYPE_CHECKING, Any, List, Mapping
+
+from . import _columns, _results
+from ._library import engine, ffi
+from .errors import Error
+from .types import Kind
+
+if TYPE_CHECKING:
+    from .context import Context, Expression
+
+_NUMBERS = (float, int, decimal.Decimal)
+_MOST_SCALE = 37
+
+
+def evaluate_rows(context: Context, expression: Expression, rows: Any, numbers: type, scale: int,
+                  threads: int) -> Any:
+    """`Context.evaluate_rows` for a formula of this context."""
+    if numbers not in _NUMBERS:
+        raise TypeError("numbers is float, int or decimal.Decimal")
+    if not 0 <= scale <= _MOST_SCALE:
+        raise ValueError(f"scale is 0 to {_MOST_SCALE}")
+    count = _row_count(rows)
+    columns = _used_columns(context, expression, rows, count)
+    result = _results.of_type(expression.type, count, numbers, scale)
+    parts = _parts(count, threads)
+    if len(parts) == 1:
+        _compute(context, expression, columns, result, parts[0])
+    else:
+        _share_out(context, expression, columns, result, parts)
+    if not hasattr(rows, "iloc"):
+        return result.array()
+    name = None if expression._temporary else expression.name
+    return result.series(rows.index, name)
+
+
+def _row_count(rows: Any) -> int:
+    if hasattr(rows, "iloc"):
+        return len(rows)
+    if not isinstance(rows, Mapping):
+        raise TypeError("rows is a pandas.DataFrame or a mapping from keys to columns")
+    counts = {len(column) for column in rows.values()}
+    if len(counts) > 1:
+        raise ValueError(f"the columns have different lengths: {sorted(counts)}")
+    return counts.pop() if counts else 0
+
+
+def _used_columns(context: Context, expression: Expression, rows: Any,
+                  count: int) -> List[_columns.Column]:
+    columns = []
+    for name, item in list(context._items.items()):
+        if item.key in rows and expression._is_used(Kind.INPUT, name):
+            try:
+                columns.append(_columns.column_of(name, item.type, rows[item.key], count))
+            except (TypeError, ValueError) as error:
+                raise type(error)(f"column {item.key!r}: {error}") from None
+    return columns
+
+
+def _parts(count: int, threads: int) -> List[range]:
+    """Ranges of rows, one for each thread, that begin at whole bytes of masks."""
+    if threads < 1:
+        raise ValueError("threads is at least 1")
+    step = max(8, -(-count // threads) + 7 & ~7)
+    return [range(begin, min(begin + step, count)) for begin in range(0, count, step)] or [range(0)]
+
+
+def _share_out(context, expression, columns, result, parts) -> None:
+    text = expression.text
+    copies = [context.copy() for _ in parts]
+    try:
+        with concurrent.futures.ThreadPoolExecutor(len(parts)) as pool:
+            done = [pool.submit(_compute, copy, copy.parse(text), columns, result, part)
+                    for copy, part in zip(copies, parts)]
+            for each in done:
+                each.result()
+    finally:
+        for copy in copies:
+            copy.close()
+
+
+def _compute(context, expression, columns, result, part: range) -> None:
+    """Computes the rows of one part into the result."""
+    given = ffi.new("OrlColumn[]", max(1, len(columns)))
+    for each, column in zip(given, columns):
+        column.fill(each, part.start)
+    wanted = ffi.new("OrlRowResults *")
+    result.fill(wanted, part)
+    try:
+        found = context._compute(None, engine.ORLEvaluateRows, expression._live(), len(part), len(columns), given,
+                                 wanted)
+        if found < 0:
+            raise Error("the rows cannot be computed: memory has ended, or the strings are too long")
+        result.take(wanted, part, found)
+    finally:
+        result.release(wanted)

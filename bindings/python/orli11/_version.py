@@ -1,0 +1,3 @@
+"""The version of the package: that of the library that it is made with."""
+
+__version__ = "1.0.0"

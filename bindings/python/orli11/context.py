@@ -1,0 +1,485 @@
+"""Contexts and the formulas in them."""
+
+from __future__ import annotations
+
+import contextlib
+import threading
+import weakref
+from typing import Any, Callable, Dict, Iterable, Iterator, List, Mapping, Optional, Union
+
+from . import _block, _callbacks
+from ._library import engine, ffi
+from ._functions import Function, function_of
+from ._items import Items, items_of, key_of
+from ._values import NUMBER_BYTES, encode, store, value_from
+from .errors import ClosedError, Error, FormulaError, LoadError
+from .types import STRING, Flag, Kind, Type, TypeLike
+
+_NULL, _CELL = ffi.NULL, ffi.typeof("NumberValue *")
+_KINDS = ("formula", "set", "range")
+_VERSIONS_WITH_ORDER = (0, 1)  # of blocks whose load opens no editor
+
+# Callables by their own names, or by names given here.
+Functions = Union[Iterable[Callable[..., Any]], Mapping[str, Callable[..., Any]]]
+
+
+class Expression:
+    """A formula, range or set that a context has checked and stored; made by `Context.parse`.
+
+    One without a name of its own is removed from its context with the last reference to it.
+    """
+
+    __slots__ = ("_context", "_handle", "_temporary", "_type", "__weakref__")
+
+    def __init__(self, context: Context, handle, temporary: bool):
+        self._context, self._handle, self._temporary = context, handle, temporary
+        self._type: Optional[Type] = None  # not asked for yet
+
+    def __del__(self):
+        if self._temporary and self._handle is not None:
+            self._context._dropped.append(self._handle)
+
+    def __repr__(self) -> str:
+        if self._handle is None or self._context._ec is None:
+            return "<Expression, removed>"
+        return f"<Expression {self.name}={self.text!r}, {self.kind} of {self.type.name}>"
+
+    def _copied(self, length, copy) -> str:
+        with self._context._entered() as ec:
+            size = length(ec, self._live()) + 1
+            buffer = ffi.new("char[]", size)
+            copy(ec, self._live(), size, buffer)
+            return ffi.string(buffer).decode()
+
+    def _live(self):
+        if self._handle is None:
+            raise ClosedError("the expression was removed")
+        return self._handle
+
+    @property
+    def name(self) -> str:
+        """Its name, a generated one where none was given."""
+        return self._copied(engine.ORLGetExpressionNameLength, engine.ORLGetExpressionName)
+
+    @property
+    def text(self) -> str:
+        """The text, as it was given or as a rename has changed it."""
+        return self._copied(engine.ORLGetExpressionTextLength, engine.ORLGetExpressionText)
+
+    @property
+    def type(self) -> Type:
+        """The type of its value, or of the members of a range or set."""
+        if self._type is None:
+            with self._context._entered() as ec:
+                self._type = Type(engine.ORLGetExpressionDataType(ec, self._live()))
+        return self._type
+
+    @property
+    def kind(self) -> str:
+        """"formula", "range" or "set"."""
+        with self._context._entered() as ec:
+            return _KINDS[next((i for i in (1, 2) if engine.ORLIsExpRange(ec, self._live(), i)), 0)]
+
+    def change(self, text: str) -> None:
+        """Gives it another text. A formula that others use keeps its type.
+
+        Raises FormulaError, and stays as it was, where the text is wrong.
+        """
+        self._context._parse(text, self.name, self)
+        self._type = None
+
+    def remove(self) -> None:
+        """Removes it from the context; Error while another formula refers to it."""
+        with self._context._entered(change=True) as ec:
+            if engine.ORLDestroyEXP(ec, self._live()) == 0:
+                raise Error(f"{self.name} is used by another formula")
+            self._handle = None
+
+    def uses(self, name: str, kind: Optional[Kind] = None) -> bool:
+        """Whether it refers to that item, function or formula, itself or through formulas.
+
+        An item is meant by its name in formulas or by its column's.
+        """
+        with self._context._entered():
+            names = {name, self._context._items.name_of(name)}
+            return any(self._is_used(each, encode(one))
+                       for each in ([kind] if kind is not None else Kind) for one in names)
+
+    def _is_used(self, kind: Kind, name: bytes) -> bool:
+        with self._context._entered() as ec:
+            return engine.ORLIsItemUsed(ec, self._live(), kind, name) == 1
+
+    def extended_text(self, marks: bool = False) -> str:
+        """The text with the formulas that it refers to in parentheses in their places.
+
+        With `marks` dates and functions are in the escapes of ODBC. Error when the text would have
+        more than 65,535 bytes.
+        """
+        with self._context._entered() as ec:
+            size = engine.ORLGetExtendedTextLength(ec, self._live(), marks) + 1
+            buffer = ffi.new("char[]", size)
+            if engine.ORLGetExtendedText(ec, self._live(), size, buffer, marks) == 0 and size > 2:
+                if buffer[0] == b"\0":
+                    raise Error(f"the extended text of {self.name} is too long")
+            return ffi.string(buffer).decode()
+
+    def evaluate(self, row: Any = None) -> Any:
+        """Its value for a row: see `Context.evaluate`."""
+        return self._context._evaluate(self, row)
+
+
+class Context:
+    """Input items, functions and the formulas over them.
+
+    `items` declares what formulas can refer to: a mapping from names to types ("number", "date",
+    "string", a Type or a Python class), pairs of both, or data: a pandas.DataFrame or a mapping
+    from names to NumPy arrays or lists, whose values tell the types. A column whose name is no
+    plain name is written in double quotes in formulas: `"wind speed" * 2`. Columns of values that
+    no formula can hold are left out.
+
+    `functions` are callables in Python, `built_in` the 46 functions of the library.
+
+    Threads may share a context; they take turns. Different contexts run side by side. A context is
+    closed by `close`, at the end of a `with` block, or with the last reference to it.
+    """
+
+    def __init__(self, items: Any = None, *, functions: Functions = (), built_in: bool = True,
+                 flags: Flag = Flag.RANGES):
+        self._begin(engine.ORLCreateEC(_NULL, _callbacks.look_up, _NULL, flags), flags, built_in)
+        if built_in and engine.FUNDefineFunctions(self._ec) == 0:
+            raise MemoryError
+        named = functions.items() if isinstance(functions, Mapping) else ((None, each) for each in functions)
+        for name, call in named:
+            self.add_function(call, name)
+        if items is not None:
+            self.add_items(items)
+
+    def _begin(self, ec, flags: Flag, built_in: bool) -> None:
+        if ec == _NULL:
+            raise MemoryError
+        self._ec = ec
+        self._flags, self._built_in = flags, built_in
+        self._items = Items(ec)
+        self._functions: Dict[str, Function] = {}
+        self._expressions: weakref.WeakValueDictionary[Any, Expression] = weakref.WeakValueDictionary()
+        self._dropped: List[Any] = []  # temporary expressions without a reference
+        self._lock = threading.RLock()
+        self._running = 0  # evaluations that have begun and not ended
+        self._row: Any = None
+        self._raised: Optional[BaseException] = None
+        _callbacks.contexts[ec] = self
+        self._destroy = weakref.finalize(self, engine.ORLDestroyEC, ec)
+
+    # ---- Life ------------------------------------------------------------------------------------
+
+    def close(self) -> None:
+        """Frees the context; it and its expressions are of no use then. May be called again."""
+        with self._lock:
+            if self._running:
+                raise RuntimeError("a context cannot be closed while it computes")
+            if self._ec is not None:
+                _callbacks.contexts.pop(self._ec, None)
+                self._ec = None
+                self._destroy()
+
+    def __enter__(self) -> Context:
+        return self
+
+    def __exit__(self, *_) -> None:
+        self.close()
+
+    @contextlib.contextmanager
+    def _entered(self, change: bool = False) -> Iterator[Any]:
+        """The handle, for this thread alone; with `change` outside of evaluations alone."""
+        with self._lock:
+            if self._ec is None:
+                raise ClosedError("the context is closed")
+            if change:
+                if self._running:
+                    raise RuntimeError("a function cannot change the context that is being computed")
+                while self._dropped:
+                    engine.ORLDestroyEXP(self._ec, self._dropped.pop())
+            yield self._ec
+
+    def copy(self) -> Context:
+        """A context of its own with the same items, functions and formulas, as for another thread."""
+        with self._entered(change=True) as ec:
+            made = object.__new__(Context)
+            made._begin(engine.ORLCopyEC(ec), self._flags, self._built_in)
+            made._items.update(self._items)
+            made._functions.update(self._functions)
+            for each in self._temporaries():
+                engine.ORLDestroyEXP(made._ec, engine.ORLHEXPFromName(made._ec, encode(each.name)))
+            return made
+
+    def _temporaries(self) -> List[Expression]:
+        return [each for each in list(self._expressions.values())
+                if each._temporary and each._handle is not None]
+
+    def __reduce__(self):
+        calls = {name: each.call for name, each in self._functions.items()}
+        return _restore, (self.save(), calls, self._built_in, int(self._flags))
+
+    # ---- Items and functions ---------------------------------------------------------------------
+
+    @property
+    def items(self) -> Dict[str, Type]:
+        """The input items: names as formulas write them, and types."""
+        return {item.name: item.type for item in self._items.values()}
+
+    def add_items(self, items: Any) -> None:
+        """Declares input items, as `Context(items)` does; ValueError for a name that is taken."""
+        with self._entered(change=True):
+            self._items.declare(items_of(items))
+
+    def add_function(self, call: Callable[..., Any], name: Optional[str] = None, *,
+                     parameters: Optional[List[TypeLike]] = None, result: Optional[TypeLike] = None):
+        """Declares a function written in Python and returns it, so that it decorates as well.
+
+        Annotations tell the types of parameters and result, unless they are given here. Numbers
+        come as Decimal, or as int or float where a parameter is annotated so; dates as datetime or
+        date; a missing value as None. Parameters with a default may be left out in formulas. One
+        that is annotated with ItemName takes an item by its name. None as the result is no value.
+        """
+        function = function_of(call, name, parameters, result)
+        with self._entered(change=True) as ec:
+            if engine.ORLValidName(ec, encode(function.name), _NULL) == 0:
+                raise ValueError(f"{function.name!r} cannot be the name of a function")
+            row = function.row()
+            row.item.routine = ffi.cast("void *", _callbacks.call_function)
+            if engine.ORLAddExpressionItem(ec, ffi.addressof(row, "item")) == 0:
+                raise MemoryError
+            self._functions[function.name] = function
+        return call
+
+    def rename(self, old: str, new: str) -> None:
+        """Gives an input item another name; the texts of formulas follow.
+
+        `old` and `new` are the keys of rows, such as the names of columns.
+        """
+        with self._entered(change=True) as ec:
+            self._items.rename(old, new, lambda a, b: engine.ORLRenameExpressionItem(
+                ec, Kind.INPUT, encode(a), encode(b)))
+
+    # ---- Formulas --------------------------------------------------------------------------------
+
+    def parse(self, text: str, name: Optional[str] = None) -> Expression:
+        """Checks a formula, range or set and stores it.
+
+        With a name it stays in the context, and other formulas call it as `name()`. Raises
+        FormulaError where the text or the name is wrong.
+        """
+        return self._parse(text, name, None)
+
+    def _parse(self, text: str, name: Optional[str], old: Optional[Expression]) -> Expression:
+        error, type = ffi.new("FormulaError *"), ffi.new("uint16_t *")
+        with self._entered(change=True) as ec:
+            handle = engine.ORLParseFormula(ec, _NULL if old is None else old._live(), encode(text),
+                                            _NULL if name is None else encode(name), error, type)
+            if handle == _NULL:
+                raise FormulaError(text, error.id, error.offset, error.length)
+            return old or self._expression(handle, name is None)
+
+    def _expression(self, handle, temporary: bool = False) -> Expression:
+        known = self._expressions.get(handle)
+        if known is None or known._handle is None:
+            known = self._expressions[handle] = Expression(self, handle, temporary)
+        return known
+
+    def check(self, text: str) -> Type:
+        """The type of a formula's value. Raises FormulaError, and stores nothing either way."""
+        return self.parse(text).type
+
+    def add_formulas(self, formulas: Mapping[str, str]) -> Dict[str, Expression]:
+        """Stores formulas by their names; they may refer to each other in any order.
+
+        A name that is no plain name is stored in quotes, and no formula can call it. Raises FormulaError for one that is wrong, and stores none then.
+        """
+        made: Dict[str, Expression] = {}
+
+        def attempt(name: str, text: str) -> Optional[FormulaError]:
+            try:
+                made[name] = self.parse(text, self._items.name_of(name))
+            except FormulaError as error:
+                return error
+            return None
+
+        with self._entered(change=True):
+            failed = _block.deferred(list(formulas.items()), attempt)
+            if failed:
+                for expression in reversed(list(made.values())):
+                    expression.remove()
+                raise next(iter(failed.values()))
+        return {name: made[name] for name in formulas}
+
+    def __getitem__(self, name: str) -> Expression:
+        """The formula, range or set of that name, which may be without its quotes."""
+        with self._entered() as ec:
+            for each in (name, self._items.name_of(name)):
+                handle = engine.ORLHEXPFromName(ec, encode(each))
+                if handle != _NULL:
+                    return self._expression(handle)
+            raise KeyError(name)
+
+    def __iter__(self) -> Iterator[Expression]:
+        """The formulas, ranges and sets with names, in order."""
+        with self._entered(change=True) as ec:
+            count = engine.ORLGetExpressionCount(ec)
+            stored = [self._expression(engine.ORLHEXPFromOrdinal(ec, i)) for i in range(count)]
+            return iter([each for each in stored if not each._temporary])
+
+    def users(self, name: str, kind: Optional[Kind] = None) -> List[Expression]:
+        """What refers to an item, function or formula of that name."""
+        return [each for each in self if each.uses(name, kind)]
+
+    # ---- Evaluation ------------------------------------------------------------------------------
+
+    def evaluate(self, formula: Union[str, Expression], row: Any = None) -> Any:
+        """The value of a formula: a Decimal, a datetime or a str, None where there is none.
+
+        `row` has the values of input items by their keys: a dict, a pandas.Series, anything with
+        `row[key]`. Missing values are None, NaN or NaT; an operator with one has no value, as has
+        one with an infinity. Numbers are int, float, Decimal or Fraction, dates are date, datetime
+        or numpy.datetime64 without a time zone. What a row lacks raises KeyError when the formula
+        asks for it; so does what functions written in Python raise.
+        """
+        return self._evaluate(self._of_text(formula), row)
+
+    def _of_text(self, formula: Union[str, Expression]) -> Expression:
+        expression = self.parse(formula) if isinstance(formula, str) else formula
+        if expression._context is not self:
+            raise ValueError("the expression belongs to another context")
+        if expression.kind != "formula":
+            raise TypeError(f"a {expression.kind} has no value")
+        return expression
+
+    def evaluate_rows(self, formula: Union[str, Expression], rows: Any, *, numbers: type = float,
+                      scale: int = 0, threads: int = 1) -> Any:
+        """The values of a formula for all rows of a table, one call of the engine.
+
+        `rows` is a pandas.DataFrame, and the result a Series with its index; or a mapping from keys
+        to columns (NumPy arrays or sequences of one length), and the result an array.
+
+        Columns of float64 and int64 are read where they are. Missing values are those of
+        `evaluate`, in masks of pandas and numpy.ma too.
+
+        `numbers` chooses the form of Numbers: `float` gives float64 with NaN where there is no
+        value, `decimal.Decimal` objects with None, and `int` whole numbers of 10^-scale, rounded
+        half away from zero, as Int64 of pandas or a masked array: with `scale=2` an amount of 12.5
+        is 1250. Dates are datetime64, strings are str, with NaT and None where there is no value.
+
+        With `threads` the rows are shared out over threads with a copy of the context each.
+        Functions written in Python then run in several threads.
+        """
+        from ._rows import evaluate_rows
+        return evaluate_rows(self, self._of_text(formula), rows, numbers, scale, threads)
+
+    def evaluate_all(self, rows: Any, names: Optional[Iterable[str]] = None, **options: Any) -> Any:
+        """The values of stored formulas for all rows: a DataFrame for one, else a dict of arrays.
+
+        `names` chooses formulas and their order; without it all formulas are computed, not the
+        ranges and sets. `options` are those of `evaluate_rows`.
+        """
+        chosen = {key_of(each.name): each for each in self if each.kind == "formula"} if names is None \
+            else {name: self[name] for name in names}
+        values = {name: self.evaluate_rows(each, rows, **options) for name, each in chosen.items()}
+        if not hasattr(rows, "iloc"):
+            return values
+        import pandas
+        return pandas.DataFrame(values, index=rows.index)
+
+    def _compute(self, row: Any, call: Callable[..., Any], handle, *arguments) -> Any:
+        """The result of a call of the engine while which routines in Python may run.
+
+        Raises what they raised.
+        """
+        with self._lock:
+            if self._ec is None:
+                raise ClosedError("the context is closed")
+            before = self._row
+            self._row, self._running = row, self._running + 1
+            try:
+                found = call(self._ec, handle, *arguments)
+            finally:
+                self._row, self._running = before, self._running - 1
+                raised, self._raised = self._raised, None
+            if raised is not None:
+                raise raised
+            return found
+
+    def _evaluate(self, expression: Expression, row: Any) -> Any:
+        handle, type = expression._live(), expression.type
+        if type != STRING:
+            cell = ffi.new(_CELL)
+            found = self._compute(row, engine.ORLEvaluateExpression, handle, NUMBER_BYTES, cell)
+            return value_from(type, cell) if found else None
+        length, block = ffi.new("int32_t *"), ffi.new("void **")
+        try:
+            found = self._compute(row, engine.ORLEvaluateExpressionExt, handle, length, block)
+            return value_from(type, block[0]) if found else None
+        finally:
+            engine.ORLMemFree(block[0])
+
+    def _give_value(self, name: bytes, size: int, value) -> bool:
+        item = self._items[name]
+        if self._row is None:
+            raise KeyError(item.key)
+        return store(item.type, self._row[item.key], size, value)
+
+    # ---- Stored form -----------------------------------------------------------------------------
+
+    def save(self) -> bytes:
+        """The input items and the formulas with names as bytes, the stored form of the C interface.
+
+        Functions written in Python and flags do not belong to it.
+        """
+        with self._entered(change=True) as ec:
+            if self._temporaries():
+                with self.copy() as kept:
+                    return kept.save()
+            size = engine.ORLGetECBlockSize(ec, 1)
+            buffer = ffi.new("char[]", size)
+            return ffi.buffer(buffer, engine.ORLGetECBlock(ec, size, buffer))[:]
+
+    @classmethod
+    def load(cls, block: bytes, *, functions: Functions = (), built_in: bool = True,
+             flags: Flag = Flag.RANGES) -> Context:
+        """A context with what `save`, `orli` or another host has stored.
+
+        Raises LoadError for damaged bytes, and where formulas do not parse with these functions and
+        flags; no window opens.
+        """
+        made = cls(functions=functions, built_in=built_in, flags=flags)
+        if not block or block[0] not in _VERSIONS_WITH_ORDER:
+            made._try(block)
+        made._take(block, True)
+        return made
+
+    def _try(self, block: bytes) -> None:
+        """Raises what is wrong with the formulas of a block, and changes nothing."""
+        with self.copy() as trial:
+            trial._take(block, False)
+            try:
+                wrong = _block.deferred(_block.formulas_of(block), trial._attempt)
+            except RecursionError:
+                raise LoadError("The formulas are nested too deep.") from None
+            if wrong:
+                raise LoadError("Formulas of the stored context do not parse.", wrong)
+
+    def _attempt(self, name: str, text: str) -> Optional[FormulaError]:
+        error, type = ffi.new("FormulaError *"), ffi.new("uint16_t *")
+        handle = engine.ORLParseString(self._ec, encode(text), encode(name), error, type)
+        return FormulaError(text, error.id, error.offset, error.length) if handle == _NULL else None
+
+    def _take(self, block: bytes, formulas: bool) -> None:
+        with self._entered(change=True) as ec:
+            done = engine.ORLSetECContents(ec, len(block), block, formulas, _callbacks.keep_error)
+            raised, self._raised = self._raised, None
+            if not done:
+                wrong = {"": raised} if isinstance(raised, FormulaError) else {}
+                raise LoadError("The stored context is damaged, or has formulas that do not parse.", wrong)
+            self._items.read()
+
+
+def _restore(block: bytes, functions, built_in: bool, flags: int) -> Context:
+    return Context.load(block, functions=functions, built_in=built_in, flags=Flag(flags))

@@ -1,0 +1,65 @@
+"""What the package raises beside Python's own exceptions."""
+
+from __future__ import annotations
+
+from typing import Mapping, Optional
+
+from ._library import engine, ffi
+
+
+class Error(Exception):
+    """The base of the package's exceptions."""
+
+
+class ClosedError(Error):
+    """A context was used after its close, or an expression after its removal."""
+
+
+class FormulaError(Error, ValueError):
+    """A formula text is wrong.
+
+    `id` is the number of the message and `message` its text. `offset` and `length` are the bytes at
+    fault, in UTF-8; `start` and `end` the same place as indexes into the string `text`, so that
+    `text[start:end]` is what is wrong; where something is missing at the end of the text, it is empty
+    and `length` 1. All four are 0 where no place is known.
+    """
+
+    def __init__(self, text: str, id: int, offset: int, length: int):
+        self.text = text
+        self.id = id
+        self.message = message(id)
+        self.offset = offset
+        self.length = length
+        raw = text.encode()
+        self.start = len(raw[:offset].decode(errors="ignore"))
+        self.end = self.start + len(raw[offset:offset + length].decode(errors="ignore"))
+        super().__init__(text, id, offset, length)
+
+    def __str__(self) -> str:
+        if "\n" in self.text or (self.offset, self.length) == (0, 0):
+            return f"{self.message} In {self.text!r}, {self.start} to {self.end}"
+        marks = " " * self.start + "^" * max(1, self.end - self.start)
+        return f"{self.message}\n  {self.text}\n  {marks}"
+
+
+class LoadError(Error, ValueError):
+    """A stored context could not be read.
+
+    `formulas` has the error of each formula that does not parse, by its name; it is empty when the
+    bytes are damaged.
+    """
+
+    def __init__(self, reason: str, formulas: Optional[Mapping[str, FormulaError]] = None):
+        super().__init__(reason, formulas or {})
+        self.formulas = dict(formulas or {})
+
+    def __str__(self) -> str:
+        return "\n".join([self.args[0], *(f"{name}: {error}" for name, error in self.formulas.items())])
+
+
+def message(id: int) -> str:
+    """The message of an error's number as the user reads it."""
+    size = engine.ORLErrorText(id, 0, ffi.NULL) + 1
+    buffer = ffi.new("char[]", size)
+    engine.ORLErrorText(id, size, buffer)
+    return ffi.string(buffer).decode()
