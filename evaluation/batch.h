@@ -64,11 +64,16 @@ void ArenaFree(TextArena &arena);
 // A batch that is being computed.
 struct BatchRun {
   const RowsCall *call;
-  int64_t first;
-  uint32_t count;
-  bool outOfMemory;
-  TextArena arena;
+  int64_t first = 0;
+  uint32_t count = 0;
+  bool outOfMemory = false;
+  TextArena arena = {};
   Evaluation inner;  // for functions and operators that are called row by row
+
+  explicit BatchRun(const RowsCall *of) : call(of), inner(of->ec, of->exp) {}
+  ~BatchRun() { ArenaFree(arena); }
+  BatchRun(const BatchRun &) = delete;
+  BatchRun &operator=(const BatchRun &) = delete;
 };
 
 // Whether the batch has made so much text that fewer rows at a time are better.

@@ -123,6 +123,12 @@ struct Runner {
   Plan plan;
   Batch stack[kMostDepth];
   Owned<char> memory;  // of all batches
+
+  explicit Runner(const RowsCall *call) : run(call) {
+    plan.call = call;
+    plan.needsMemory = call->results->form == ORL_COLUMN_TEXT;
+    plan.count = 0;
+  }
 };
 
 PlannedFormula *FindFormula(Plan &plan, const Expression *expression) {
@@ -284,13 +290,6 @@ bool BeginRunner(Runner &runner, uint32_t rows) {
   Plan &plan = runner.plan;
   const uint32_t depth = plan.formulas[0].depth;
   const uint64_t size = uint64_t{rows} * sizeof(Value);
-  run = {};
-  run.call = plan.call;
-  run.inner.ec = plan.call->ec;
-  run.inner.expression = plan.call->exp;
-  TextBufferBegin(run.inner.texts);
-  StackBegin(run.inner.values);
-  StackBegin(run.inner.formulas);
   runner.memory = Allocate<char>(size * (depth + plan.count));
   char *own = runner.memory.get();
   if (own == nullptr ||
@@ -304,12 +303,6 @@ bool BeginRunner(Runner &runner, uint32_t rows) {
     plan.formulas[i].result.own = own;
   }
   return true;
-}
-
-void EndRunner(Runner &runner) {
-  ArenaFree(runner.run.arena);
-  TextBufferEnd(runner.run.inner.texts);
-  StackEnd(runner.run.inner.values);
 }
 
 // Computes a batch and stores its results; false when out of memory. Where the texts of the batch
@@ -354,10 +347,7 @@ RowsOutcome EvaluateInBatches(const RowsCall &call, RowOutput &output) {
   if (call.ec->hasNumberOperators) {
     return RowsOutcome::NotSuitable;
   }
-  Runner runner;
-  runner.plan.call = &call;
-  runner.plan.needsMemory = call.results->form == ORL_COLUMN_TEXT;
-  runner.plan.count = 0;
+  Runner runner(&call);
   uint32_t depth = 0;
   const RowsOutcome planned = PlanFormula(runner.plan, call.exp, &depth);
   if (planned != RowsOutcome::Done) {
@@ -367,6 +357,5 @@ RowsOutcome EvaluateInBatches(const RowsCall &call, RowOutput &output) {
   const bool done = BeginRunner(runner, most + kLeastBatchRows) &&
                     OutputBegin(output, call.results, call.rows, !runner.plan.needsMemory) &&
                     RunBatches(runner, output);
-  EndRunner(runner);
   return done ? RowsOutcome::Done : RowsOutcome::Failed;
 }
