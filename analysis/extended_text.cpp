@@ -125,7 +125,7 @@ void Arrive(Expansion &expansion, Expression &expression, const ExprNode *node, 
 // of the same tree, or to its end.
 void Leave(Expansion &expansion, Expression &expression, const ExprNode *from, const ExprNode *next,
            bool marks) {
-  const ExprNode *stays = next != nullptr ? next->parent : nullptr;
+  const ExprNode *stays = next != nullptr ? NodeParent(next) : nullptr;
   for (const ExprNode *node = from; marks && node != stays; node = NodeParent(node)) {
     if (IsMarkedFunction(expansion.ec, node) && StandsWithParentheses(expression, node)) {
       PutUpTo(expansion.target, expression, NodeCloseOffset(node) + 1);

@@ -9,7 +9,7 @@
 #include "engine/expressions.h"
 #include "engine/items.h"
 #include "language/parse.h"
-#include "language/tree.h"
+#include "language/stored_tree.h"
 #include "platform/text.h"
 
 namespace {
@@ -46,7 +46,7 @@ void ReplaceTokens(const char *source, char *target, const Names &names, char *t
 void RenameInTree(ExprNode *tree, const Names &names) {
   for (ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
     if (NodeKindOf(node) == NODE_ITEM && SameText(NodeText(node), names.before)) {
-      RenameNode(node, names.after);
+      RenameNode(tree, node, names.after);
     }
   }
 }
@@ -60,11 +60,10 @@ bool TreeHasItem(const ExprNode *tree, const char *name) {
   return false;
 }
 
-// A copy of the text with `count` tokens replaced, or null when there is no memory. A longer name
-// makes the block larger by what it needs, a shorter one leaves the size as it was.
-OwnedText RenamedText(char *text, int64_t count, char *token, const Names &names) {
+// A copy of the text with `count` tokens replaced, or null when there is no memory.
+OwnedText RenamedText(const char *text, int64_t count, char *token, const Names &names) {
   const int64_t growth = int64_t{WRENStrLen(names.after)} - WRENStrLen(names.before);
-  const int64_t size = int64_t{WRENMemSize(text)} + (growth > 0 ? growth * count : 0);
+  const int64_t size = WRENStrLen(text) + (growth > 0 ? growth * count : 0) + 1;
   OwnedText renamed = size <= INT32_MAX ? Allocate<char>(static_cast<uint64_t>(size)) : nullptr;
   if (renamed != nullptr) {
     ReplaceTokens(text, renamed.get(), names, token);
@@ -103,9 +102,9 @@ void RenameInExpression(EC ec, HEXP exp, const Names &names, bool mayReparse) {
   }
   if (!mayReparse || !ReparseExpression(ec, exp, text.get())) {
     RenameInTree(exp->tree, names);
+    ReplaceText(exp, std::move(text));
     ContextChanged(ec);
   }
-  ReplaceBlock(exp->text, std::move(text));
 }
 
 }  // namespace

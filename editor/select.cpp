@@ -73,7 +73,7 @@ void ShowDeleted(EditorState &editor, bool wasCurrent) {
 }  // namespace
 
 int32_t KindOfExpression(HEXP exp) {
-  return exp != nullptr && exp->tree != nullptr ? int32_t{ClassOfTree(exp->tree)}
+  return exp != nullptr && exp->tree != nullptr ? int32_t{ClassOfRoot(NodeKindOf(exp->tree))}
                                                 : int32_t{kModeFormula};
 }
 

@@ -14,12 +14,21 @@ struct Program;
 // What a walk through named formulas knows of an expression that it has entered.
 enum class WalkState : uint8_t { Open, No, Yes };
 
+// The record is the first part of a block that holds tree, text and name behind it:
+//
+//   | Expression | tree | text | name |
+//
+// After a change of the formula these stand in the block of another record, `content`, or the text
+// in a block of its own.
 struct Expression {
-  ExprNode *tree;  // owned; freed by FreeExpression of language/stored_tree.h
-  char *name;      // owned
+  ExprNode *tree;
+  char *text;  // as the host gave it
+  char *name;
   ExprContext *context;
-  uint16_t dataType;  // of the root at the time of the parse
-  char *text;         // owned, as the host gave it
+  Expression *content;  // owned, or null
+  bool ownsText;
+  WalkState walkState;  // see below
+  uint16_t dataType;    // of the root at the time of the parse
 
   NameEntry entry;  // in the context's expressionNames
 
@@ -32,7 +41,6 @@ struct Expression {
   uint64_t walkNumber;
   Expression *walkCaller;
   ExprNode *walkReturn;
-  WalkState walkState;
   int64_t walkPlace;   // how far the walk is in the text, or what it has summed up
   int64_t walkLength;  // of the text, for walks that need it
 

@@ -53,7 +53,7 @@ OwnedItemRow NewRow(const ExprItem *record, bool hasParameters) {
   return row;
 }
 
-NameEntry *FirstEntry(const ItemTable *table, const char *name) {
+NameEntry *FirstEntry(const ItemTable *table, std::string_view name) {
   // The index may follow a change of the code page, which does not change the table.
   return table == nullptr ? nullptr : NameIndexFirst(const_cast<ItemTable *>(table)->index, name);
 }
@@ -69,7 +69,7 @@ void RemoveRow(EC ec, ItemTable *table, ExprItem *item, int32_t index) {
   ContextChanged(ec);
 }
 
-int32_t DataTypeOf(const ItemTable *table, const char *name) {
+int32_t DataTypeOf(const ItemTable *table, std::string_view name) {
   const ExprItem *item = ItemFind(table, name);
   return item == nullptr ? -1 : item->dataType;
 }
@@ -89,12 +89,16 @@ ItemTable *ItemTableOf(EC ec, int32_t kind) {
   }
 }
 
-ExprItem *ItemFind(const ItemTable *table, const char *name) {
+ExprItem *ItemFind(const ItemTable *table, std::string_view name) {
   NameEntry *entry = FirstEntry(table, name);
-  while (entry != nullptr && !SameText(entry->name, name)) {
+  while (entry != nullptr && table->index.ignoreCase && entry->name != name) {
     entry = entry->nextSame;
   }
   return entry == nullptr ? nullptr : ItemOf(entry);
+}
+
+ExprItem *ItemFind(const ItemTable *table, const char *name) {
+  return name == nullptr ? nullptr : ItemFind(table, std::string_view(name));
 }
 
 bool ItemRemove(EC ec, ItemTable *table, const char *name) {
@@ -132,26 +136,26 @@ bool ItemHasAggregateParam(const ItemTable *table, const char *name) {
   return false;
 }
 
-int32_t InputDataType(EC ec, const char *name) {
+int32_t InputDataType(EC ec, std::string_view name) {
   return DataTypeOf(&ec->inputs, name);
 }
 
-int32_t FunctionDataType(EC ec, const char *name) {
+int32_t FunctionDataType(EC ec, std::string_view name) {
   return DataTypeOf(&ec->functions, name);
 }
 
-int32_t KeywordDataType(EC ec, const char *name) {
+int32_t KeywordDataType(EC ec, std::string_view name) {
   for (NameEntry *entry = FirstEntry(&ec->keywords, name); entry != nullptr;
        entry = entry->nextSame) {
     const ExprItem *item = ItemOf(entry);
-    if (item->caseSensitive == 0 || SameText(item->name, name)) {
+    if (item->caseSensitive == 0 || item->name == name) {
       return item->dataType;
     }
   }
   return -1;
 }
 
-int32_t KeywordResultType(EC ec, const char *name) {
+int32_t KeywordResultType(EC ec, std::string_view name) {
   NameEntry *entry = FirstEntry(&ec->keywords, name);
   return entry == nullptr ? -1 : ItemOf(entry)->resultType;
 }

@@ -3,6 +3,7 @@
 #define ORLI11_ENGINE_ITEMS_H
 
 #include <cstdint>
+#include <string_view>
 
 #include "engine/handle_array.h"
 #include "orli11.h"
@@ -21,6 +22,8 @@ inline const ParamRecord *ItemParameters(const ExprItem *row) {
 ItemTable *ItemTableOf(EC ec, int32_t kind);
 
 // The first row of exactly that name, or null.
+ExprItem *ItemFind(const ItemTable *table, std::string_view name);
+// The same for a name that may be null.
 ExprItem *ItemFind(const ItemTable *table, const char *name);
 
 // Removes the first row of that name with its routine name; false when there is none.
@@ -47,10 +50,10 @@ void ItemTableFree(ItemTable *table);
 bool ItemHasAggregateParam(const ItemTable *table, const char *name);
 
 // The data type of the first row of that name, or -1. Keywords compare as their row says.
-int32_t InputDataType(EC ec, const char *name);
-int32_t FunctionDataType(EC ec, const char *name);
-int32_t KeywordDataType(EC ec, const char *name);
+int32_t InputDataType(EC ec, std::string_view name);
+int32_t FunctionDataType(EC ec, std::string_view name);
+int32_t KeywordDataType(EC ec, std::string_view name);
 // The result type of the first keyword of that name in any case, or -1.
-int32_t KeywordResultType(EC ec, const char *name);
+int32_t KeywordResultType(EC ec, std::string_view name);
 
 #endif

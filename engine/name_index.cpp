@@ -42,34 +42,46 @@ uint64_t HashBytes(const char *text, size_t size) {
 }
 
 // Capitals first, then small letters: brings together what either mapping alone would keep apart.
-bool FoldName(const char *name, char (&folded)[kFoldedSize]) {
-  const size_t size = std::strlen(name);
-  if (size >= kFoldedSize) {
+bool FoldName(std::string_view name, char (&folded)[kFoldedSize]) {
+  if (name.size() >= kFoldedSize) {
     return false;
   }
-  std::memcpy(folded, name, size + 1);
+  std::memcpy(folded, name.data(), name.size());
+  folded[name.size()] = '\0';
   WRENStrUpper(folded);
   WRENStrLower(folded);
   return true;
 }
 
-uint64_t HashName(const NameIndex &index, const char *name) {
+uint64_t HashName(const NameIndex &index, std::string_view name) {
   char folded[kFoldedSize];
   if (index.ignoreCase && FoldName(name, folded)) {
     name = folded;
   }
-  return HashBytes(name, std::strlen(name));
+  return HashBytes(name.data(), name.size());
 }
 
-bool SameName(const NameIndex &index, const char *left, const char *right) {
-  return index.ignoreCase ? lstrcmpiA(left, right) == 0 : std::strcmp(left, right) == 0;
+bool SameNameInAnyCase(const char *left, std::string_view right) {
+  char copy[kFoldedSize];
+  if (right.size() >= kFoldedSize) {
+    return false;
+  }
+  std::memcpy(copy, right.data(), right.size());
+  copy[right.size()] = '\0';
+  return lstrcmpiA(left, copy) == 0;
+}
+
+bool SameName(const NameIndex &index, const char *left, std::string_view right) {
+  return index.ignoreCase
+             ? SameNameInAnyCase(left, right)
+             : std::strncmp(left, right.data(), right.size()) == 0 && left[right.size()] == '\0';
 }
 
 NameEntry **BucketOf(NameIndex &index, uint64_t hash) {
   return index.buckets == nullptr ? &index.single : &index.buckets[hash & (index.bucketCount - 1)];
 }
 
-NameEntry *FindName(NameIndex &index, const char *name, uint64_t hash) {
+NameEntry *FindName(NameIndex &index, std::string_view name, uint64_t hash) {
   NameEntry *entry = *BucketOf(index, hash);
   while (entry != nullptr && (entry->hash != hash || !SameName(index, entry->name, name))) {
     entry = entry->next;
@@ -235,12 +247,16 @@ void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name) {
   Insert(index, entry);
 }
 
-NameEntry *NameIndexFirst(NameIndex &index, const char *name) {
-  if (index.entryCount == 0 || name == nullptr) {
+NameEntry *NameIndexFirst(NameIndex &index, std::string_view name) {
+  if (index.entryCount == 0) {
     return nullptr;
   }
   FollowCodePage(index);
   return FindName(index, name, HashName(index, name));
+}
+
+NameEntry *NameIndexFirst(NameIndex &index, const char *name) {
+  return name == nullptr ? nullptr : NameIndexFirst(index, std::string_view(name));
 }
 
 void NameIndexFree(NameIndex &index) {

@@ -13,6 +13,7 @@
 #define ORLI11_ENGINE_NAME_INDEX_H
 
 #include <cstdint>
+#include <string_view>
 
 struct NameEntry {
   const char *name;  // the row's own text
@@ -49,6 +50,8 @@ void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name);
 
 // The first entry of the name, or null; its `nextSame` leads to more of that name. With ignoreCase
 // the entries are those that are equal but for case.
+NameEntry *NameIndexFirst(NameIndex &index, std::string_view name);
+// The same for a name that may be null.
 NameEntry *NameIndexFirst(NameIndex &index, const char *name);
 
 // Frees the buckets; the entries belong to the rows.

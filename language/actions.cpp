@@ -1,7 +1,10 @@
-#include <utility>
+#include <cstring>
 
+#include "engine/context.h"
+#include "language/literals.h"
 #include "language/parse_state.h"
 #include "language/parser.h"
+#include "language/types.h"
 
 namespace {
 
@@ -10,161 +13,203 @@ constexpr int32_t kWholeText = 1000;
 
 struct Reduction {
   ParseState &state;
-  StackEntry *rhs;
-  void **result;
+  const StackEntry *rhs;
+  StackEntry *result;
 };
 
-ExprNode *NodeOf(const StackEntry &entry) {
-  return static_cast<ExprNode *>(entry.value);
-}
-HandleArray ListOf(const StackEntry &entry) {
-  return static_cast<HandleArray>(entry.value);
+DraftNode &NodeOf(const Reduction &r, const StackEntry &entry) {
+  return r.state.builder.nodes[entry.first];
 }
 
-// The new node owns what stood in the entry.
-void TakeOver(StackEntry &entry) {
-  entry.value = nullptr;
+bool Refuse(const Reduction &r, int32_t id, int32_t offset, int32_t length) {
+  SetError(r.state, id, offset, length);
+  return false;
 }
 
-bool Pass(Reduction p, StackEntry &entry) {
-  *p.result = std::exchange(entry.value, nullptr);
-  return true;
+bool RefuseMemory(const Reduction &r) {
+  return Refuse(r, ORL_ERR_MEMORY, 0, 0);
 }
 
 // The rule that failed knows no place: the entry's span is it.
-void PlaceError(ParseState &state, const StackEntry &entry) {
-  if (state.error.length == 0) {
-    state.error.offset = entry.offset;
-    state.error.length = entry.length;
+bool FailAt(const Reduction &r, const StackEntry &entry) {
+  FormulaError &error = r.state.error;
+  if (error.length == 0) {
+    error.offset = entry.offset;
+    error.length = entry.length;
   }
-}
-
-void PlaceErrorAtToken(ParseState &state) {
-  state.error.offset = state.tokenOffset;
-  state.error.length = state.tokenSpan;
-}
-
-bool FailWith(ExprNode *node) {
-  ExprNodeFree(node);
   return false;
 }
 
-bool Refuse(Reduction p, int32_t id, int32_t offset, int32_t length) {
-  SetError(p.state, id, offset, length);
+bool FailAtToken(const Reduction &r) {
+  r.state.error.offset = r.state.tokenOffset;
+  r.state.error.length = r.state.tokenSpan;
   return false;
 }
 
-bool FormulaOfExpr(Reduction p) {
-  ExprNode *root = NodeOf(p.rhs[0]);
-  if (root->dataType > 255) {
-    return Refuse(p, ORL_ERR_KEYWORD, 0, kWholeText);
-  }
-  p.state.root = root;
-  return Pass(p, p.rhs[0]);
+bool Pass(const Reduction &r, const StackEntry &entry) {
+  r.result->first = entry.first;
+  r.result->count = entry.count;
+  return true;
 }
 
-bool FormulaOfList(Reduction p) {
-  ExprNode *node = ExprNodeSet(p.state, ListOf(p.rhs[0]));
+// A new node, which becomes the result; null when there is no memory, with the error set.
+DraftNode *AddNode(const Reduction &r, int32_t kind, uint32_t size) {
+  TreeBuilder &builder = r.state.builder;
+  DraftNode *node = BuilderAdd(builder, kind, size);
+  if (node == nullptr) {
+    RefuseMemory(r);
+    return nullptr;
+  }
+  r.result->first = builder.count - 1;
+  return node;
+}
+
+void PlaceAtToken(const Reduction &r, DraftNode &node) {
+  node.offset = r.state.tokenOffset;
+  node.length = static_cast<uint16_t>(r.state.tokenSpan);
+}
+
+// How many nodes the arguments from `first` on have, which are the last ones built.
+uint32_t SizeOfListed(const TreeBuilder &builder, uint32_t first) {
+  const uint32_t root = builder.arguments[first];
+  return builder.count - (root + 1 - builder.nodes[root].size);
+}
+
+// ---- Whole texts and lists ----
+
+bool FormulaOfExpr(const Reduction &r) {
+  return NodeOf(r, r.rhs[0]).dataType <= kLastValueType ||
+         Refuse(r, ORL_ERR_KEYWORD, 0, kWholeText);
+}
+
+bool FormulaOfList(const Reduction &r) {
+  TreeBuilder &builder = r.state.builder;
+  const StackEntry &list = r.rhs[0];
+  DraftNode *node = AddNode(r, NODE_SET, 1 + SizeOfListed(builder, list.first));
   if (node == nullptr) {
     return false;
   }
-  TakeOver(p.rhs[0]);
-  if (node->dataType == kNoType) {
-    return FailWith(node);
-  }
-  *p.result = p.state.root = node;
-  return true;
+  node->dataType = TypeOfSet(r.state, list.first, list.count);
+  return node->dataType != kNoType;
 }
 
-bool FormulaOfRange(Reduction p) {
-  ExprNode *node = ExprNodeRange(p.state, NodeOf(p.rhs[0]), NodeOf(p.rhs[2]));
+bool FormulaOfRange(const Reduction &r) {
+  const DraftNode &left = NodeOf(r, r.rhs[0]);
+  const DraftNode &right = NodeOf(r, r.rhs[2]);
+  if ((r.state.context->flags & ORL_FLAG_RANGES) == 0) {
+    return Refuse(r, ORL_ERR_SYNTAX, 0, 0);
+  }
+  if (left.dataType != right.dataType) {
+    return Refuse(r, ORL_ERR_BETWEEN, right.offset, right.length);
+  }
+  const int16_t type = left.dataType;
+  DraftNode *node = AddNode(r, NODE_RANGE, 1 + left.size + right.size);
   if (node == nullptr) {
     return false;
   }
-  TakeOver(p.rhs[0]);
-  TakeOver(p.rhs[2]);
-  *p.result = p.state.root = node;
+  node->dataType = type;
   return true;
 }
 
-// Appends the node of `member` to the list, or to a new one without a list entry.
-bool Listed(Reduction p, StackEntry *list, StackEntry &member) {
-  HandleArray longer = ExprListAppend(list == nullptr ? nullptr : ListOf(*list), NodeOf(member));
-  if (longer == nullptr) {
-    return Refuse(p, ORL_ERR_MEMORY, 0, 0);
+// The list, or a new one without, with one more member.
+bool Listed(const Reduction &r, const StackEntry *list, const StackEntry &member) {
+  TreeBuilder &builder = r.state.builder;
+  const uint32_t count = list == nullptr ? 0 : list->count;
+  if (count == kMaxListed || !BuilderAddArgument(builder, member.first)) {
+    return RefuseMemory(r);
   }
-  TakeOver(member);
-  if (list != nullptr) {
-    TakeOver(*list);
-  }
-  *p.result = longer;
+  r.result->count = count + 1;
+  r.result->first = builder.argumentCount - r.result->count;
   return true;
 }
 
-ExprNode *BuildOperator(Reduction p, int32_t kind) {
-  ExprNode *node = ExprNodeBuild(p.state, kind, p.rhs[0].value, p.rhs[2].value, kCallPlain);
+// ---- Operators ----
+
+// Null when there is no memory, with the error set; of no type when the type rules refuse it.
+DraftNode *BuildOperator(const Reduction &r, int32_t kind) {
+  const uint32_t left = r.rhs[0].first;
+  const uint32_t right = r.rhs[2].first;
+  TreeBuilder &builder = r.state.builder;
+  DraftNode *node = AddNode(r, kind, 1 + builder.nodes[left].size + builder.nodes[right].size);
   if (node != nullptr) {
-    TakeOver(p.rhs[0]);
-    TakeOver(p.rhs[2]);
-    node->offset = p.state.tokenOffset;
-    node->length = p.state.tokenSpan;
+    PlaceAtToken(r, *node);
+    TypeOperator(r.state, *node, builder.nodes[left], builder.nodes[right]);
+    r.state.dateUnit = 0;  // taken by this node or by none
   }
   return node;
 }
 
-bool Operator(Reduction p, int32_t kind) {
-  ExprNode *node = BuildOperator(p, kind);
-  if (node != nullptr && node->dataType == kNoType) {
-    PlaceError(p.state, p.rhs[1]);
-    return FailWith(node);
-  }
-  *p.result = p.state.root = node;
-  return node != nullptr;
+bool Operator(const Reduction &r, int32_t kind) {
+  const DraftNode *node = BuildOperator(r, kind);
+  return node != nullptr && (node->dataType != kNoType || FailAt(r, r.rhs[1]));
 }
 
 // A unit word that is still pending belongs to no operation that ends here.
-bool AdditiveOperator(Reduction p, int32_t kind) {
-  p.state.dateUnit = 0;
-  return Operator(p, kind);
+bool AdditiveOperator(const Reduction &r, int32_t kind) {
+  r.state.dateUnit = 0;
+  return Operator(r, kind);
 }
 
-bool OperatorWithUnit(Reduction p, int32_t kind) {
-  ExprNode *node = BuildOperator(p, kind);
-  if (node != nullptr && node->dataType == kNoType) {
-    if (p.state.error.length == 0 && p.state.error.id == ORL_ERR_KEYWORD) {
-      PlaceErrorAtToken(p.state);
-    }
-    PlaceError(p.state, p.rhs[2]);
-    return FailWith(node);
+bool OperatorWithUnit(const Reduction &r, int32_t kind) {
+  const DraftNode *node = BuildOperator(r, kind);
+  if (node == nullptr || node->dataType != kNoType) {
+    return node != nullptr;
   }
-  *p.result = p.state.root = node;
-  return node != nullptr;
+  const FormulaError &error = r.state.error;
+  return error.length == 0 && error.id == ORL_ERR_KEYWORD ? FailAtToken(r) : FailAt(r, r.rhs[2]);
 }
 
-bool Leaf(Reduction p, int32_t kind) {
-  ExprNode *node = ExprNodeLeaf(p.state, kind, static_cast<char *>(p.rhs[0].value));
-  if (node == nullptr) {
-    return false;
+// ---- Leaves ----
+
+// The leaf of the current token.
+DraftNode *AddLeaf(const Reduction &r, int32_t kind, int16_t type) {
+  DraftNode *node = AddNode(r, kind, 1);
+  if (node != nullptr) {
+    node->dataType = type;
+    PlaceAtToken(r, *node);
+    BuilderAddContent(r.state.builder, *node, r.state.text);
   }
-  TakeOver(p.rhs[0]);
+  return node;
+}
+
+bool Item(const Reduction &r) {
+  const int16_t type = TypeOfItem(r.state);
   // A name under test need not exist.
-  if (node->dataType == kNoType && !(kind == NODE_ITEM && p.state.nameCheckMode)) {
-    PlaceErrorAtToken(p.state);
-    return FailWith(node);
+  if (type == kNoType && !r.state.nameCheckMode) {
+    SetError(r.state, ORL_ERR_VAR, 0, 0);
+    return FailAtToken(r);
   }
-  *p.result = p.state.root = node;
-  return true;
+  return AddLeaf(r, NODE_ITEM, type) != nullptr;
 }
 
-bool Number(Reduction p, StackEntry &entry, bool negate) {
-  ExprNode *node = ExprNodeNumber(p.state, static_cast<NumberValue *>(entry.value), negate);
+bool Date(const Reduction &r) {
+  if (!IsDateLiteral(TextAt(r.state, r.state.tokenOffset, r.state.tokenSpan))) {
+    SetError(r.state, ORL_ERR_INVALIDDATE, 0, 0);
+    return FailAtToken(r);
+  }
+  return AddLeaf(r, NODE_DATE, ORL_TYPE_DATE) != nullptr;
+}
+
+bool String(const Reduction &r) {
+  DraftNode *node = AddLeaf(r, NODE_STRING, ORL_TYPE_STRING);
   if (node == nullptr) {
     return false;
   }
-  TakeOver(entry);
-  *p.result = p.state.root = node;
+  const std::string_view token = TokenText(r.state, *node);
+  node->detail = HoldsEscape(token.substr(1, token.size() - 2)) ? 1 : 0;
   return true;
 }
+
+bool Number(const Reduction &r, bool negative) {
+  DraftNode *node = AddLeaf(r, NODE_NUMBER, ORL_TYPE_NUMBER);
+  if (node == nullptr) {
+    return false;
+  }
+  node->negative = negative;
+  return true;
+}
+
+// ---- Calls ----
 
 // What a call production has beside the name, by the place in its right side; 0 is the name itself.
 struct CallShape {
@@ -182,99 +227,100 @@ bool PointsAtMarker(const CallShape &shape, int32_t id) {
   return shape.form == kCallModifier && (id == ORL_ERR_KEYWORD || id == ORL_ERR_MISKEYWORD);
 }
 
-bool Call(Reduction p, const CallShape &shape) {
-  ParseState &state = p.state;
-  void *list = shape.params == 0 ? nullptr : p.rhs[shape.params].value;
-  ExprNode *node = ExprNodeBuild(state, NODE_CALL, p.rhs[0].value, list, shape.form);
-  if (shape.form == kCallModifier) {
-    state.modifier = 0;
-  }
+bool Call(const Reduction &r, const CallShape &shape) {
+  ParseState &state = r.state;
+  TreeBuilder &builder = state.builder;
+  const StackEntry &token = r.rhs[0];
+  const StackEntry list = shape.params == 0 ? StackEntry{} : r.rhs[shape.params];
+  DraftNode *node =
+      AddNode(r, NODE_CALL, list.count == 0 ? 1 : 1 + SizeOfListed(builder, list.first));
   if (node == nullptr) {
     return false;
   }
-  TakeOver(p.rhs[0]);
-  if (shape.params != 0) {
-    TakeOver(p.rhs[shape.params]);
+  const std::string_view name = CallName(TextAt(state, token.offset, token.length));
+  TypeCall(state, *node, {name, shape.form, list.first, list.count});
+  builder.argumentCount -= list.count;
+  state.dateUnit = 0;
+  if (shape.form == kCallModifier) {
+    state.modifier = 0;
   }
   if (node->dataType == kNoType) {
-    PlaceError(state, p.rhs[PointsAtMarker(shape, state.error.id) ? shape.marker : 0]);
-    return FailWith(node);
+    return FailAt(r, r.rhs[PointsAtMarker(shape, state.error.id) ? shape.marker : 0]);
   }
-  node->offset = p.rhs[0].offset;
-  node->length = p.rhs[0].length;
+  node->offset = token.offset;
+  node->length = static_cast<uint16_t>(token.length);
   node->closeOffset = shape.parenthesis ? state.tokenOffset : 0;
-  *p.result = state.root = node;
+  builder.refers = builder.refers || node->kind == NODE_FORMULA;
+  BuilderAddContent(builder, *node, state.text);
   return true;
 }
 
 }  // namespace
 
-bool RunAction(ParseState &state, Production production, StackEntry *rhs, void **result) {
-  const Reduction p = {state, rhs, result};
+bool RunAction(ParseState &state, Production production, const StackEntry *rhs,
+               StackEntry *result) {
+  const Reduction r = {state, rhs, result};
   switch (production) {
     case Production::FormulaOfExpr:
-      return FormulaOfExpr(p);
+      return FormulaOfExpr(r);
     case Production::FormulaOfList:
-      return FormulaOfList(p);
+      return FormulaOfList(r);
     case Production::FormulaOfRange:
-      return FormulaOfRange(p);
+      return FormulaOfRange(r);
     case Production::SingleOfExpr:
-      return Listed(p, nullptr, rhs[0]);
+      return Listed(r, nullptr, rhs[0]);
     case Production::ListOfTwo:
     case Production::ListOfMore:
-      return Listed(p, &rhs[0], rhs[2]);
+      return Listed(r, &rhs[0], rhs[2]);
     case Production::ParamsOfSingle:
     case Production::ParamsOfList:
     case Production::ExprOfCall:
     case Production::ExprOfConstant:
-      return Pass(p, rhs[0]);
+      return Pass(r, rhs[0]);
     case Production::Add:
-      return AdditiveOperator(p, NODE_ADD);
+      return AdditiveOperator(r, NODE_ADD);
     case Production::Subtract:
-      return AdditiveOperator(p, NODE_SUB);
+      return AdditiveOperator(r, NODE_SUB);
     case Production::Multiply:
-      return Operator(p, NODE_MUL);
+      return Operator(r, NODE_MUL);
     case Production::Divide:
-      return Operator(p, NODE_DIV);
+      return Operator(r, NODE_DIV);
     case Production::Modulo:
-      return Operator(p, NODE_MOD);
+      return Operator(r, NODE_MOD);
     case Production::Parentheses:
-      return Pass(p, rhs[1]);
+      return Pass(r, rhs[1]);
     case Production::Concatenate:
-      return Operator(p, NODE_CONCAT);
+      return Operator(r, NODE_CONCAT);
     case Production::SubtractUnits:
-      return OperatorWithUnit(p, NODE_SUB);
+      return OperatorWithUnit(r, NODE_SUB);
     case Production::AddUnits:
-      return OperatorWithUnit(p, NODE_ADD);
-    case Production::NoMemory:
-      return Refuse(p, ORL_ERR_MEMORY, 0, 0);
+      return OperatorWithUnit(r, NODE_ADD);
     case Production::UnknownCharacter:
-      return Refuse(p, ORL_ERR_UNKNOWNCHAR, state.tokenOffset, state.tokenSpan);
+      return Refuse(r, ORL_ERR_UNKNOWNCHAR, state.tokenOffset, state.tokenSpan);
     case Production::Item:
-      return Leaf(p, NODE_ITEM);
+      return Item(r);
     case Production::NegativeNumber:
-      return Number(p, rhs[1], true);
+      return Number(r, true);
     case Production::Date:
-      return Leaf(p, NODE_DATE);
+      return Date(r);
     case Production::String:
-      return Leaf(p, NODE_STRING);
+      return String(r);
     case Production::Number:
-      return Number(p, rhs[0], false);
+      return Number(r, false);
     case Production::SystemCall:
-      return Call(p, {kCallPlain, 0, 0, false});
+      return Call(r, {kCallPlain, 0, 0, false});
     case Production::CallOfStar:
-      return Call(p, {kCallStar, 0, 1, true});
+      return Call(r, {kCallStar, 0, 1, true});
     case Production::CallOfModifier:
-      return Call(p, {kCallModifier, 0, 1, true});
+      return Call(r, {kCallModifier, 0, 1, true});
     case Production::CallOfNothing:
-      return Call(p, {kCallPlain, 0, 0, true});
+      return Call(r, {kCallPlain, 0, 0, true});
     case Production::CallOfModifierAndParams:
-      return Call(p, {kCallModifier, 2, 1, true});
+      return Call(r, {kCallModifier, 2, 1, true});
     case Production::CallOfParams:
-      return Call(p, {kCallPlain, 1, 0, true});
-    case Production::None:
+      return Call(r, {kCallPlain, 1, 0, true});
     case Production::Count:
       break;
   }
-  return Refuse(p, ORL_ERR_GENERAL, 0, 0);
+  return Refuse(r, ORL_ERR_GENERAL, 0, 0);
 }

@@ -10,7 +10,6 @@
 
 // ORDER PRODUCTION: kGrammar follows this list.
 enum class Production : uint8_t {
-  None,
   FormulaOfExpr,
   FormulaOfList,
   FormulaOfRange,
@@ -28,7 +27,6 @@ enum class Production : uint8_t {
   Concatenate,
   SubtractUnits,
   AddUnits,
-  NoMemory,
   UnknownCharacter,
   ExprOfCall,
   Item,
@@ -46,10 +44,17 @@ enum class Production : uint8_t {
   Count
 };
 
+// What the action of a production does beyond checks.
+enum class Action : uint8_t {
+  Builds,  // something
+  Passes   // its one symbol on: the parser goes on as if the left side had stood there
+};
+
 struct GrammarProduction {
   Production production;
   const char *left;
   const char *right;
+  Action action = Action::Builds;
 };
 
 constexpr GrammarProduction kGrammar[] = {
@@ -59,8 +64,8 @@ constexpr GrammarProduction kGrammar[] = {
     {Production::SingleOfExpr, "single", "expr"},
     {Production::ListOfTwo, "list", "single ',' expr"},
     {Production::ListOfMore, "list", "list ',' expr"},
-    {Production::ParamsOfSingle, "params", "single"},
-    {Production::ParamsOfList, "params", "list"},
+    {Production::ParamsOfSingle, "params", "single", Action::Passes},
+    {Production::ParamsOfList, "params", "list", Action::Passes},
     {Production::Add, "expr", "expr '+' expr"},
     {Production::Subtract, "expr", "expr '-' expr"},
     {Production::Multiply, "expr", "expr '*' expr"},
@@ -70,11 +75,10 @@ constexpr GrammarProduction kGrammar[] = {
     {Production::Concatenate, "expr", "expr CONCAT expr"},
     {Production::SubtractUnits, "expr", "expr '-' expr DATEUNIT"},
     {Production::AddUnits, "expr", "expr '+' expr DATEUNIT"},
-    {Production::NoMemory, "expr", "NOMEM"},
     {Production::UnknownCharacter, "expr", "BAD"},
-    {Production::ExprOfCall, "expr", "call"},
+    {Production::ExprOfCall, "expr", "call", Action::Passes},
     {Production::Item, "expr", "IDENT"},
-    {Production::ExprOfConstant, "expr", "constant"},
+    {Production::ExprOfConstant, "expr", "constant", Action::Passes},
     {Production::NegativeNumber, "constant", "'-' NUMBER"},
     {Production::Date, "constant", "DATE"},
     {Production::String, "constant", "STRING"},
@@ -86,7 +90,7 @@ constexpr GrammarProduction kGrammar[] = {
     {Production::CallOfModifierAndParams, "call", "CALLNAME MODIFIER params ')'"},
     {Production::CallOfParams, "call", "CALLNAME params ')'"},
 };
-static_assert(std::size(kGrammar) + 1 == static_cast<size_t>(Production::Count));
+static_assert(std::size(kGrammar) == static_cast<size_t>(Production::Count));
 
 // The precedence table: operators, lowest binding first; all are left-associative.
 constexpr const char *kPrecedence[] = {
@@ -94,19 +98,6 @@ constexpr const char *kPrecedence[] = {
     "'*' '/'",
     "'%'",
     "CONCAT",
-};
-
-// What the value of a symbol is, for a parse that ends with values on its stack.
-struct GrammarValue {
-  const char *symbol;
-  const char *kind;
-};
-
-constexpr GrammarValue kValueKinds[] = {
-    {"NUMBER", "Block"}, {"IDENT", "Block"},   {"CALLNAME", "Block"}, {"SYSNAME", "Block"},
-    {"STRING", "Block"}, {"DATE", "Block"},    {"formula", "Node"},   {"expr", "Node"},
-    {"call", "Node"},    {"constant", "Node"}, {"single", "List"},    {"list", "List"},
-    {"params", "List"},
 };
 
 #endif

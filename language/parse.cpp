@@ -14,44 +14,41 @@
 #include "language/recursion.h"
 #include "language/scanner.h"
 #include "language/stored_tree.h"
+#include "language/types.h"
 
 namespace {
 
-enum class NameVerdict : uint8_t { Valid, Invalid, NoMemory };
-
 // A name is one token that reads as a name and is the whole text: blanks at its ends or parentheses
-// around it are no part of a name.
-NameVerdict CheckName(EC ec, const char *name) {
+// around it are no part of a name. A keyword whose type no value has is none.
+bool IsValidName(EC ec, const char *name) {
   ParseState state;
   ResetParseState(state, ec, name, true);
-  if (RunParser(state) != 0) {
-    return state.error.id == ORL_ERR_MEMORY ? NameVerdict::NoMemory : NameVerdict::Invalid;
-  }
-  const OwnedTree root(std::exchange(state.root, nullptr));
-  const bool isName = NodeKindOf(root.get()) == NODE_ITEM && NodeOffset(root.get()) == 0 &&
-                      NodeLength(root.get()) == WRENStrLen(name);
-  return isName ? NameVerdict::Valid : NameVerdict::Invalid;
+  return ScanToken(state) == TOK_IDENT && state.tokenOffset == 0 &&
+         state.tokenSpan == state.textLength && TypeOfItem(state) <= kLastValueType;
 }
 
-// The tree of a text, or null with the error set. A date-shaped text that read on as something else
-// and then failed counts as a bad date.
-OwnedTree ParseText(ParseState &state, EC ec, const char *text) {
+// True when the text is a formula, with its nodes in the builder; else false with the error set. A
+// date-shaped text that read on as something else and then failed counts as a bad date.
+bool ParseText(ParseState &state, EC ec, const char *text) {
   ResetParseState(state, ec, text, false);
   if (std::strlen(text) >= INT32_MAX) {
     SetError(state, ORL_ERR_MAXTOKEN, 0, 0);
-    return nullptr;
+    return false;
   }
-  if (RunParser(state) == 0 && state.root != nullptr) {
-    return OwnedTree(std::exchange(state.root, nullptr));
+  if (RunParser(state)) {
+    return true;
   }
   if (state.badDateSeen) {
     SetError(state, ORL_ERR_INVALIDDATE, state.badDateOffset, state.badDateLength);
   }
-  return nullptr;
+  return false;
 }
 
 // True when the formula does not refer to itself, else false with the error set.
 bool CheckRecursion(EC ec, const Expression *expression, FormulaError &error) {
+  if (!RefersToFormulas(expression->tree)) {
+    return true;
+  }
   const ExprNode *where = nullptr;
   switch (FormulaRefersTo(ec, expression->name, expression->tree, &where)) {
     case ORL_ERR_RECURSIVE:
@@ -65,55 +62,43 @@ bool CheckRecursion(EC ec, const Expression *expression, FormulaError &error) {
   }
 }
 
-// True when the text is a valid name, else false with the error set.
-bool CheckFormulaName(EC ec, const Expression *expression, FormulaError &error) {
-  switch (CheckName(ec, expression->name)) {
-    case NameVerdict::Valid:
-      return true;
-    case NameVerdict::NoMemory:
-      error = FormulaError{ORL_ERR_MEMORY, 0, 0};
-      return false;
-    default:
-      error = FormulaError{ORL_ERR_NAME, 0, WRENStrLen(expression->text)};
-      return false;
-  }
-}
-
-// Gives the record its name and text and checks what goes beyond the text itself. False with the
-// error set.
-bool CompleteExpression(EC ec, Expression *expression, const char *text, const char *name,
-                        FormulaError &error) {
+// Names the formula of a parse and makes the record of both; null with the error set.
+OwnedExpression NamedExpression(ParseState &state, EC ec, const char *text, const char *name) {
   char generated[kGeneratedNameSize];
   if (name == nullptr || name[0] == '\0') {
-    name = GeneratedName(ec, ClassOfTree(expression->tree), generated) ? generated : nullptr;
+    const ExpressionClass which = ClassOfRoot(BuiltRoot(state.builder).kind);
+    name = GeneratedName(ec, which, generated) ? generated : nullptr;
   }
-  expression->text = CopyText(text).release();
-  expression->name = name == nullptr ? nullptr : CopyText(name).release();
-  if (expression->text == nullptr || expression->name == nullptr) {
-    error = FormulaError{ORL_ERR_MEMORY, 0, 0};
-    return false;
+  if (name == nullptr) {
+    SetError(state, ORL_ERR_MEMORY, 0, 0);
+    return nullptr;
   }
-  return CheckFormulaName(ec, expression, error) && CheckRecursion(ec, expression, error);
+  if (!IsValidName(ec, name)) {
+    SetError(state, ORL_ERR_NAME, 0, WRENStrLen(text));
+    return nullptr;
+  }
+  OwnedExpression expression = MakeExpression(ec, state.builder, text, name);
+  if (expression == nullptr) {
+    SetError(state, ORL_ERR_MEMORY, 0, 0);
+    return nullptr;
+  }
+  return CheckRecursion(ec, expression.get(), state.error) ? std::move(expression) : nullptr;
 }
 
 // A new expression that is in no table yet, or null with the error set.
 OwnedExpression ExpressionFromText(EC ec, const char *text, const char *name, FormulaError &error,
                                    uint16_t *dataType) {
-  OwnedExpression expression(Allocate<Expression>().release());
-  if (expression == nullptr) {
-    error = FormulaError{ORL_ERR_MEMORY, 0, 0};
-    return nullptr;
-  }
   ParseState state;
-  expression->context = ec;
-  expression->tree = ParseText(state, ec, text).release();
-  if (expression->tree == nullptr) {
-    error = state.error;
-    return nullptr;
+  OwnedExpression expression;
+  if (ParseText(state, ec, text)) {
+    *dataType = StoredType(BuiltRoot(state.builder).dataType);
+    expression = NamedExpression(state, ec, text, name);
   }
-  expression->dataType = *dataType = StoredType(expression->tree);
-  return CompleteExpression(ec, expression.get(), text, name, error) ? std::move(expression)
-                                                                     : nullptr;
+  BuilderEnd(state.builder);
+  if (expression == nullptr) {
+    error = state.error;
+  }
+  return expression;
 }
 
 // What forbids to store a new record as `exp`, or as a new expression for null; id 0 for nothing.
@@ -157,25 +142,21 @@ FormulaError AnnounceName(EC ec, HEXP exp, const Expression *fresh) {
   return error;
 }
 
-// Moves the content of the new record into a stored one. Id 0, or the error that left everything as
-// it was.
-FormulaError ReplaceContent(EC ec, HEXP exp, Expression *fresh) {
+// Gives a stored expression the content of the new record. Id 0, or the error that left everything
+// as it was.
+FormulaError StoreContent(EC ec, HEXP exp, OwnedExpression fresh) {
   if (!AddReferences(ec, fresh->tree)) {
     return {ORL_ERR_MEMORY, 0, 0};
   }
   const bool renamed = std::strcmp(exp->name, fresh->name) != 0;
   if (renamed && ec->renameProc != nullptr) {
-    const FormulaError error = AnnounceName(ec, exp, fresh);
+    const FormulaError error = AnnounceName(ec, exp, fresh.get());
     if (error.id != 0) {
       RemoveReferences(ec, fresh->tree);
       return error;
     }
   }
-  ReplaceTree(ec, exp, OwnedTree(std::exchange(fresh->tree, nullptr)));
-  NameIndexRename(ec->expressionNames, exp->entry, fresh->name);
-  std::swap(exp->name, fresh->name);
-  std::swap(exp->text, fresh->text);
-  OrderAfterReplace(ec, exp, fresh->name);
+  ReplaceContent(ec, exp, std::move(fresh));
   if (renamed) {
     ContextChanged(ec);
   } else {
@@ -216,20 +197,23 @@ HEXP Fail(const FormulaError &reason, FormulaError *error) {
 
 bool ReparseExpression(EC ec, Expression *expression, const char *text) {
   ParseState state;
-  OwnedTree tree = ParseText(state, ec, text);
-  if (tree == nullptr) {
+  OwnedExpression fresh;
+  if (ParseText(state, ec, text)) {
+    fresh = MakeExpression(ec, state.builder, text, expression->name);
+  }
+  BuilderEnd(state.builder);
+  if (fresh == nullptr) {
     return false;
   }
   const bool fits =
-      StoredType(tree.get()) == expression->dataType || ReferenceCount(ec, expression->name) == 0;
+      fresh->dataType == expression->dataType || ReferenceCount(ec, expression->name) == 0;
   const ExprNode *where = nullptr;
-  const bool circular = !RefersAlike(expression->tree, tree.get()) &&
-                        FormulaRefersTo(ec, expression->name, tree.get(), &where) != 0;
-  if (!fits || circular || !AddReferences(ec, tree.get())) {
+  const bool circular = !RefersAlike(expression->tree, fresh->tree) &&
+                        FormulaRefersTo(ec, expression->name, fresh->tree, &where) != 0;
+  if (!fits || circular || !AddReferences(ec, fresh->tree)) {
     return false;
   }
-  ReplaceTree(ec, expression, std::move(tree));
-  OrderAfterReplace(ec, expression, expression->name);
+  ReplaceContent(ec, expression, std::move(fresh));
   ContextChanged(ec);
   return true;
 }
@@ -241,7 +225,7 @@ int32_t ORLValidName(EC ec, const char *name, FormulaError *error) {
   if (ec == nullptr) {
     ec = defaultContext;
   }
-  const bool valid = ec != nullptr && CheckName(ec, name) == NameVerdict::Valid;
+  const bool valid = ec != nullptr && IsValidName(ec, name);
   if (error != nullptr) {
     *error = FormulaError{ORL_ERR_INPUT, 0, WRENStrLen(name)};
   }
@@ -275,7 +259,7 @@ HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name, Formul
     return Fail(found, error);
   }
   if (exp != nullptr) {
-    found = ReplaceContent(ec, exp, fresh.get());
+    found = StoreContent(ec, exp, std::move(fresh));
   } else {
     exp = fresh.get();
     found = StoreExpression(ec, fresh) ? FormulaError{} : FormulaError{ORL_ERR_MEMORY, 0, 0};
@@ -287,7 +271,7 @@ int32_t ClassifyText(EC ec, HEXP exp, const char *text, const char *name) {
   FormulaError error = {};
   uint16_t dataType = 0;
   const OwnedExpression fresh = CheckedFormula(ec, exp, text, name, error, &dataType);
-  return fresh == nullptr ? -1 : ClassOfTree(fresh->tree);
+  return fresh == nullptr ? -1 : ClassOfRoot(NodeKindOf(fresh->tree));
 }
 
 int32_t ORLInputNameIsKeyword(char *target, const char *source) {

@@ -6,7 +6,7 @@
 
 #include "engine/expressions.h"
 
-// Gives a stored expression the tree of `text`, which is to become its text. False, with everything
+// Gives a stored expression `text` and its tree. False, with everything
 // as it was, when the text does not parse, refers to the expression itself, or would give another
 // data type than the formulas that use it have seen; also when there is no memory.
 bool ReparseExpression(EC ec, Expression *expression, const char *text);

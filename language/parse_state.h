@@ -1,59 +1,60 @@
-// The state of one running parse: scanner, parser and the error.
+// The state of one running parse: scanner, parser, the tree under construction and the error.
 #ifndef ORLI11_LANGUAGE_PARSE_STATE_H
 #define ORLI11_LANGUAGE_PARSE_STATE_H
 
 #include <cstdint>
+#include <string_view>
 
-#include "language/tree.h"
+#include "language/tree_builder.h"
 #include "orli11.h"
 
 // ORDER TOKEN: TokenName in scanner.cpp and the grammar's terminals follow these codes. A code from
-// 0 to 127 is the character itself, 0 the end of the text.
+// 0 to 127 is the character itself, 0 the end of the text. The text of a token is its span.
 enum Token : int32_t {
   TOK_END = 0,
-  TOK_NUMBER = 257,    // value: NumberValue block
-  TOK_IDENT = 258,     // value: text as written, quotes included
-  TOK_CALLNAME = 259,  // a name with its "("; value: the name alone
-  TOK_SYSNAME = 260,   // @NOW or @PI; value: text as written
-  TOK_STRING = 262,    // value: the text between the outer quotes, escapes in place
-  TOK_DATE = 263,      // value: text as written
+  TOK_NUMBER = 257,
+  TOK_IDENT = 258,     // a name, quotes included
+  TOK_CALLNAME = 259,  // a name with the blanks and the parenthesis that follow it
+  TOK_SYSNAME = 260,   // @NOW or @PI
+  TOK_STRING = 262,    // with the outer quotes
+  TOK_DATE = 263,
   TOK_CONCAT = 264,
   TOK_BAD = 265,       // a byte that starts no token
   TOK_DATEUNIT = 266,  // code in dateUnit
   TOK_MODIFIER = 267,  // code in modifier
-  TOK_NOMEM = 268,
   TOK_AND = 269
 };
 
 // Modifier words.
 enum : uint16_t { kModifierDistinct = 1, kModifierAll = 2 };
 
-constexpr int32_t kTokenBufferSize = 2048;
+constexpr int32_t kLongestMatch = 2048;
 constexpr int32_t kParserStackSize = 150;
 
-// An entry of the parser's stack: a token or a reduced symbol.
+// An entry of the parser's stack: a token or a reduced symbol. Which of the fields after the span
+// count, its kind tells; the nodes themselves belong to the builder.
 struct StackEntry {
   int32_t offset, length;
-  void *value;
+  uint32_t first;  // of an expression: its node; of a list: the first of the builder's arguments
+  uint32_t count;  // of a list: its length
 };
 
 struct ParseState {
   ExprContext *context;
 
-  // Scanner input.
-  const char *textStart;
-  const char *cursor;  // the next byte to read
-  bool blankGiven;     // the one blank behind the text has been delivered
+  // Scanner input. A text is read as if one blank followed it.
+  const char *text;
+  int32_t textLength;
+  int32_t codePage;    // the active one
   bool nameCheckMode;  // ORLValidName is running
 
-  // Scanner buffer: the current token and what was read ahead of it.
-  int32_t bufferEnd;    // bytes held
-  int32_t tokenLength;  // bytes of the match last taken, skipped white space included
-  char savedByte;       // the byte under the terminator of the current token
+  // Where the scanner is.
+  int32_t position;     // of the match last taken
+  int32_t tokenLength;  // bytes of it, skipped white space included
+  int32_t delivered;    // bytes read so far, the blank after the text included
 
   // The token handed to the parser.
   int32_t tokenOffset, tokenSpan;
-  void *tokenValue;  // a block that the receiver owns, or null
 
   // Words that are pending until a node takes them.
   uint16_t dateUnit;
@@ -63,23 +64,40 @@ struct ParseState {
   bool badDateSeen;
   int32_t badDateOffset, badDateLength;
 
-  ExprNode *root;
   FormulaError error;
 
-  char buffer[kTokenBufferSize + 1];
-  uint8_t trail[kTokenBufferSize + 1];  // the automaton's state behind each byte
+  TreeBuilder builder;
+
+  uint8_t trail[kLongestMatch + 1];  // the automaton's state after each byte of a match
+
   int16_t states[kParserStackSize];
   StackEntry entries[kParserStackSize];
 };
 
-// Makes a state, which may hold anything, ready for a text. A state lives as long as its parse, on
-// the stack of the entry that runs it: so threads share nothing, and a parse needs no memory for
-// it.
+// Makes the state ready for a text, which must stay until the parse has ended. The fields after
+// `builder` are set as they are used.
 void ResetParseState(ParseState &state, ExprContext *context, const char *text, bool nameCheck);
 
-// Bytes of the text delivered to the scanner so far, the blank behind it included.
+// Bytes of the text read by the scanner so far, the blank after it included.
 inline int32_t BytesDelivered(const ParseState &state) {
-  return static_cast<int32_t>(state.cursor - state.textStart) + (state.blankGiven ? 1 : 0);
+  return state.delivered;
+}
+
+// A token's text, and that of a leaf.
+inline std::string_view TextAt(const ParseState &state, int32_t offset, int32_t length) {
+  return {state.text + offset, static_cast<size_t>(length)};
+}
+inline std::string_view TokenText(const ParseState &state, const DraftNode &leaf) {
+  return TextAt(state, leaf.offset, leaf.length);
+}
+
+// The name in the token of a call, without the blanks and the parenthesis.
+inline std::string_view CallName(std::string_view token) {
+  if (token.back() == '(') {
+    token.remove_suffix(1);
+    token.remove_suffix(token.size() - 1 - token.find_last_not_of(' '));
+  }
+  return token;
 }
 
 inline void SetError(ParseState &state, int32_t id, int32_t offset, int32_t length) {

@@ -7,23 +7,7 @@ namespace {
 
 constexpr int32_t kNoToken = -1;  // no token has been read ahead
 
-void FreeValue(ValueKind kind, void *value) {
-  switch (kind) {
-    case ValueKind::Block:
-      WRENMemFree(value);
-      break;
-    case ValueKind::Node:
-      ExprNodeFree(static_cast<ExprNode *>(value));
-      break;
-    case ValueKind::List:
-      ExprListFree(static_cast<HandleArray>(value));
-      break;
-    case ValueKind::None:
-      break;
-  }
-}
-
-// The table's column of a token; kParserColumns for one that stands in no production.
+// The table's column of a token; kParserColumns for one that is in no production.
 constexpr int32_t kTokenCodes = 270;
 struct ColumnTable {
   uint8_t columns[kTokenCodes];
@@ -41,12 +25,6 @@ constexpr ColumnTable MakeColumns() {
 }
 
 constexpr ColumnTable kColumns = MakeColumns();
-
-int32_t ActionOn(int32_t at, int32_t token) {
-  const int32_t column =
-      token >= 0 && token < kTokenCodes ? kColumns.columns[token] : kParserColumns;
-  return column < kParserColumns ? kParserActions[at][column] : 0;
-}
 
 // What went wrong in the automaton itself. The place is that of the token read last, counted from
 // the bytes delivered, so what the scanner read ahead shifts it to the right. A text that was too
@@ -76,22 +54,17 @@ bool Push(ParserRun &run, int32_t next, const StackEntry &entry) {
 }
 
 bool Shift(ParserRun &run, int32_t next) {
-  ParseState &state = run.state;
-  if (!Push(run, next, {state.tokenOffset, state.tokenSpan, state.tokenValue})) {
-    return false;
-  }
-  state.tokenValue = nullptr;
   run.token = kNoToken;
-  return true;
+  return Push(run, next, {run.state.tokenOffset, run.state.tokenSpan, 0, 0});
 }
 
-// The result stands where the right side's first symbol stood, so it has that symbol's span.
-bool Reduce(ParserRun &run, int32_t production) {
+// The result takes the place of the right side's first symbol, so it has that symbol's span.
+bool Reduce(ParserRun &run, uint8_t production) {
   ParseState &state = run.state;
   const ParserProduction row = kParserProductions[production];
-  StackEntry *rhs = &state.entries[run.top - row.length + 1];
-  StackEntry entry = {rhs->offset, rhs->length, nullptr};
-  if (!RunAction(state, static_cast<Production>(production), rhs, &entry.value)) {
+  const StackEntry *rhs = &state.entries[run.top - row.length + 1];
+  StackEntry entry = {rhs->offset, rhs->length, 0, 0};
+  if (!RunAction(state, static_cast<Production>(production), rhs, &entry)) {
     return false;
   }
   run.top -= row.length;
@@ -101,57 +74,47 @@ bool Reduce(ParserRun &run, int32_t production) {
 // One step: a reduction, a shift, or the end. True while there is more to do.
 enum class Step : uint8_t { More, Accepted, Failed };
 
+Step StepOf(bool done) {
+  return done ? Step::More : Step::Failed;
+}
+
 Step DoStep(ParserRun &run) {
   const int32_t at = run.state.states[run.top];
-  const ParserState &row = kParserStateRows[at];
-  int32_t action = 0;
+  const ParserState &row = kParserStates[at];
   if (row.decides) {
     if (run.token == kNoToken) {
-      run.state.tokenValue = nullptr;
       run.token = ScanToken(run.state);
     }
-    action = ActionOn(at, run.token);
+    const int32_t column = kColumns.columns[run.token];
+    const int32_t action = column < kParserColumns ? kParserActions[at][column] : kParserRefuse;
+    if (action > 0) {
+      return StepOf(Shift(run, action));
+    }
+    if (action == kParserAccept) {
+      return Step::Accepted;
+    }
+    if (action <= kReduceFirst) {
+      return StepOf(Reduce(run, static_cast<uint8_t>(kReduceFirst - action)));
+    }
   }
-  if (action == kParserAccept) {
-    return Step::Accepted;
-  }
-  if (action > 0) {
-    return Shift(run, action) ? Step::More : Step::Failed;
-  }
-  const int32_t production = action < 0 ? -action : row.defaultProduction;
-  if (production == 0) {
+  if (row.defaultProduction == kParserNoProduction) {
     Report(run.state, ORL_ERR_SYNTAX);
     return Step::Failed;
   }
-  return Reduce(run, production) ? Step::More : Step::Failed;
-}
-
-// Frees what stands on the stack above entry `keep` and the value of the token read ahead.
-void CleanUp(ParserRun &run, int32_t keep) {
-  ParseState &state = run.state;
-  for (; run.top > keep; run.top--) {
-    FreeValue(kParserStateRows[state.states[run.top]].value, state.entries[run.top].value);
-  }
-  WRENMemFree(state.tokenValue);
-  state.tokenValue = nullptr;
+  return StepOf(Reduce(run, row.defaultProduction));
 }
 
 }  // namespace
 
-int32_t RunParser(ParseState &state) {
+bool RunParser(ParseState &state) {
   ParserRun run = {state, 0, kNoToken};
   state.states[0] = 0;
-  state.entries[0] = StackEntry{0, 0, nullptr};
+  state.entries[0] = StackEntry{};
   Step step = Step::More;
   while (step == Step::More) {
     step = DoStep(run);
   }
   // A text that was cut because a token of it is too long has not been read whole, even when what
-  // stands before that token is a formula.
-  if (step == Step::Accepted && state.error.id != ORL_ERR_MAXTOKEN) {
-    return 0;
-  }
-  CleanUp(run, 0);
-  state.root = nullptr;
-  return 1;
+  // comes before that token is a formula.
+  return step == Step::Accepted && state.error.id != ORL_ERR_MAXTOKEN;
 }

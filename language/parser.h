@@ -7,14 +7,14 @@
 #include "language/grammar_rules.h"
 #include "language/parse_state.h"
 
-// Parses the text that the state was reset for. 0 when it was accepted, with the tree in
-// state.root, which the caller then owns; 1 when it failed, with the reason in state.error and no
-// root.
-int32_t RunParser(ParseState &state);
+// Parses the text that the state was reset for. True when it was accepted, with the nodes in
+// state.builder, the root last; false when it failed, with the reason in state.error. BuilderEnd
+// must follow in either case.
+bool RunParser(ParseState &state);
 
-// The action of a production. `rhs` are the stack entries of its right side; what the action takes
-// over it replaces by null, and the new value goes to *result. False ends the parse, with the error
-// set; the values left in `rhs` then still belong to the caller.
-bool RunAction(ParseState &state, Production production, StackEntry *rhs, void **result);
+// Runs the action of a production. `rhs` are the stack entries of its right side. *result comes
+// with the span of the first of them; the action gives it its value. False ends the parse, with the
+// error set.
+bool RunAction(ParseState &state, Production production, const StackEntry *rhs, StackEntry *result);
 
 #endif

@@ -8,12 +8,11 @@
 
 #include <cstdint>
 
-// What the value of a stack entry is: nothing, a token's block, a node or a list.
-enum class ValueKind : uint8_t { None, Block, Node, List };
-
-// Entries of kParserActions: above 0 the state to shift to, below 0 the production to reduce by,
-// 0 the default production of the state.
-constexpr int8_t kParserAccept = 127;
+// What a deciding state does with the next token. kParserActions holds the state to shift to, or
+// one of these less than 0: kReduceFirst less a production reduces by it.
+constexpr int8_t kParserRefuse = 0;  // by the default production, else a syntax error
+constexpr int8_t kParserAccept = -1;
+constexpr int8_t kReduceFirst = -2;
 
 #include "language/parser_tables.inc"
 

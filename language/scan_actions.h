@@ -13,9 +13,12 @@ enum : int32_t {
   kSkipped = -2   // taken, but nothing for the parser
 };
 
-// Takes or refuses the match: the `length` bytes at the start of the buffer, terminated. The result
-// is a token code with the token's fields filled, or one of the two above.
+// Takes or refuses the match: the `length` bytes from state.position on, at `text`. The result is a
+// token code with the token's fields filled, or one of the two above.
 using RuleAction = int32_t (*)(ParseState &state, const char *text, int32_t length);
+
+// The action of RULE_WORD.
+int32_t TakeWord(ParseState &state, const char *text, int32_t length);
 
 extern const RuleAction kRuleActions[kTokenRuleCount];
 

@@ -71,7 +71,7 @@ bool IsWholeLiteral(const char *text, int32_t length) {
   int32_t at = 1;
   while (at < length) {
     const uint8_t byte = ByteAt(text, at);
-    const bool escaped = (byte == '\'' || byte == '\\') && text[at + 1] == '\'';
+    const bool escaped = at < last && (byte == '\'' || byte == '\\') && text[at + 1] == '\'';
     if (escaped || WRENIsAlpha(byte) != 0) {
       at += 2;
     } else if (byte == '\'') {

@@ -11,12 +11,12 @@ enum : int32_t {
   kNameRefused = -2  // the automaton took more than the name
 };
 
-// Checks the `length` bytes of a name, quoted segments and points included; a terminator follows
-// them. With `call` the text is that of a call opening: blanks and a parenthesis end it. Returns
-// the index of the first bad byte or one of the answers above.
+// Checks the `length` bytes of a name, quoted segments and points included. With `call` the text is
+// that of a call opening: blanks and a parenthesis end it. Returns the index of the first bad byte
+// or one of the answers above.
 int32_t CheckName(const char *text, int32_t length, bool call);
 
-// True when the `length` bytes, quotes included, are one whole literal. A terminator follows them.
+// True when the `length` bytes, quotes included, are one whole literal.
 bool IsWholeLiteral(const char *text, int32_t length);
 
 #endif

@@ -1,12 +1,15 @@
 #include "language/stored_tree.h"
 
 #include <cassert>
+#include <cstring>
 #include <utility>
 
 #include "engine/expression_order.h"
 #include "engine/items.h"
 #include "engine/references.h"
 #include "language/parse_state.h"
+#include "language/recursion.h"
+#include "language/tree_builder.h"
 
 namespace {
 
@@ -18,14 +21,32 @@ bool RootIs(HEXP exp, int32_t kind) {
 
 void FreeExpression::operator()(Expression *expression) const {
   WRENMemFree(expression->program);
-  const OwnedTree tree(expression->tree);
-  const OwnedText name(expression->name);
-  const OwnedText text(expression->text);
+  ReleaseNames(expression->tree);
+  const OwnedText text(expression->ownsText ? expression->text : nullptr);
+  const Owned<Expression> content(expression->content);
   const Owned<Expression> record(expression);
 }
 
+OwnedExpression MakeExpression(EC ec, TreeBuilder &builder, const char *text, const char *name) {
+  const size_t textBytes = std::strlen(text) + 1;
+  const size_t nameBytes = std::strlen(name) + 1;
+  const FinishedTree finished =
+      FinishTree(builder, text, sizeof(Expression), uint64_t{textBytes} + nameBytes);
+  if (finished.block == nullptr) {
+    return nullptr;
+  }
+  OwnedExpression expression(reinterpret_cast<Expression *>(finished.block));
+  expression->context = ec;
+  expression->tree = finished.root;
+  expression->dataType = StoredType(NodeType(finished.root));
+  expression->text = finished.after;
+  expression->name = finished.after + textBytes;
+  std::memcpy(expression->text, text, textBytes);
+  std::memcpy(expression->name, name, nameBytes);
+  return expression;
+}
+
 bool StoreExpression(EC ec, OwnedExpression &expression) {
-  assert(expression->tree != nullptr && expression->name != nullptr && expression->text != nullptr);
   if (!AddReferences(ec, expression->tree)) {
     return false;
   }
@@ -47,15 +68,31 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
   return true;
 }
 
-void ReplaceTree(EC ec, Expression *expression, OwnedTree tree) {
-  assert(tree != nullptr && expression->tree != nullptr);
+void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh) {
   RemoveReferences(ec, expression->tree);
-  expression->dataType = StoredType(tree.get());
+  ReleaseNames(expression->tree);
   WRENMemFree(std::exchange(expression->program, nullptr));
-  const OwnedTree old(std::exchange(expression->tree, tree.release()));
+  ReplaceText(expression, nullptr);
+  const char *oldName = expression->name;
+  NameIndexRename(ec->expressionNames, expression->entry, fresh->name);
+  expression->dataType = fresh->dataType;
+  expression->tree = fresh->tree;
+  expression->text = fresh->text;
+  expression->name = fresh->name;
+  const Owned<Expression> old(std::exchange(expression->content, fresh.release()));
+  OrderAfterReplace(ec, expression, oldName);
+}
+
+void ReplaceText(Expression *expression, OwnedText text) {
+  const OwnedText old(expression->ownsText ? expression->text : nullptr);
+  expression->ownsText = text != nullptr;
+  expression->text = text.release();
 }
 
 bool AddReferences(EC ec, const ExprNode *tree) {
+  if (!RefersToFormulas(tree)) {
+    return true;
+  }
   for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
     if (NodeKindOf(node) != NODE_FORMULA || AddReference(ec, NodeText(node))) {
       continue;
@@ -71,6 +108,9 @@ bool AddReferences(EC ec, const ExprNode *tree) {
 }
 
 void RemoveReferences(EC ec, const ExprNode *tree) {
+  if (!RefersToFormulas(tree)) {
+    return;
+  }
   for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
     if (NodeKindOf(node) == NODE_FORMULA) {
       RemoveReference(ec, NodeText(node));
@@ -88,17 +128,14 @@ Expression *BoundFormula(EC ec, ExprNode *node) {
   return static_cast<Expression *>(binding.row);
 }
 
-ExpressionClass ClassOfTree(const ExprNode *root) {
-  return NodeKindOf(root) == NODE_SET     ? kClassSet
-         : NodeKindOf(root) == NODE_RANGE ? kClassRange
-                                          : kClassFormula;
+ExpressionClass ClassOfRoot(int32_t kind) {
+  return kind == NODE_SET ? kClassSet : kind == NODE_RANGE ? kClassRange : kClassFormula;
 }
 
-uint16_t StoredType(const ExprNode *root) {
-  const uint16_t type = static_cast<uint16_t>(NodeType(root));
+uint16_t StoredType(int16_t type) {
   return type == NODE_STRING  ? uint16_t{ORL_TYPE_STRING}
          : type == TOK_NUMBER ? uint16_t{ORL_TYPE_NUMBER}
-                              : type;
+                              : static_cast<uint16_t>(type);
 }
 
 int32_t ORLIsExpRange(EC /*ec*/, HEXP exp, int16_t which) {

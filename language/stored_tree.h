@@ -1,4 +1,5 @@
-// Where expression records and trees meet: records that own a tree, and what stored trees refer to.
+// Where expression records and trees meet: records with their trees, and what stored trees refer
+// to.
 #ifndef ORLI11_LANGUAGE_STORED_TREE_H
 #define ORLI11_LANGUAGE_STORED_TREE_H
 
@@ -7,6 +8,9 @@
 
 #include "engine/expressions.h"
 #include "language/tree.h"
+#include "platform/owned.h"
+
+struct TreeBuilder;
 
 // A record that is in no table, with all it holds.
 struct FreeExpression {
@@ -14,13 +18,20 @@ struct FreeExpression {
 };
 using OwnedExpression = std::unique_ptr<Expression, FreeExpression>;
 
-// Adds a record, which must have tree, name and text, at the end of the context's table, which owns
-// it from there on. False, with
+// A record with the tree of all nodes of the builder and copies of text and name, in one block;
+// null when there is no memory. The nodes are those of the text.
+OwnedExpression MakeExpression(EC ec, TreeBuilder &builder, const char *text, const char *name);
+
+// Adds a record at the end of the context's table, which owns it from there on. False, with
 // everything as it was, when the table cannot grow or there is no memory.
 bool StoreExpression(EC ec, OwnedExpression &expression);
 
-// Gives a stored expression another tree, whose references must have been counted already.
-void ReplaceTree(EC ec, Expression *expression, OwnedTree tree);
+// Gives a stored expression the tree, text and name of another record, whose references must have
+// been counted already.
+void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh);
+
+// Gives an expression another text alone.
+void ReplaceText(Expression *expression, OwnedText text);
 
 // Count the formulas that a tree refers to as references, or no longer. AddReferences is false,
 // with nothing counted, when there is no memory.
@@ -30,10 +41,10 @@ void RemoveReferences(EC ec, const ExprNode *tree);
 // The formula that a NODE_FORMULA names at present, or null.
 Expression *BoundFormula(EC ec, ExprNode *node);
 
-// What a text is by the root of its tree.
-ExpressionClass ClassOfTree(const ExprNode *root);
+// What a text is by the kind of its tree's root.
+ExpressionClass ClassOfRoot(int32_t kind);
 
-// The data type under which an expression with that root is stored.
-uint16_t StoredType(const ExprNode *root);
+// The data type under which an expression with a root of that type is stored.
+uint16_t StoredType(int16_t type);
 
 #endif

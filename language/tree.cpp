@@ -1,262 +1,99 @@
 #include "language/tree.h"
 
-#include <cstring>
-
-#include "dates/date_text.h"
-#include "engine/context.h"
-#include "engine/items.h"
-#include "language/parse_state.h"
-#include "language/types.h"
-#include "platform/text.h"
+#include "platform/owned.h"
 
 namespace {
 
-void Adopt(ExprNode *parent, ExprNode *child, uint32_t slot) {
-  child->parent = parent;
-  child->slot = slot;
-}
+// An item has room for the address of another name.
+static_assert(kLeastNameBytes >= sizeof(char *));
 
-void AdoptList(ExprNode *parent, HandleArray list) {
-  const uint32_t count = ExprListCount(list);
-  for (uint32_t i = 0; i < count; i++) {
-    Adopt(parent, ExprListAt(list, i), i);
-  }
-}
-
-ExprNode *DeepestFirst(ExprNode *node) {
-  for (ExprNode *child = node; child != nullptr; child = ChildAt(node, 0)) {
-    node = child;
-  }
-  return node;
-}
-
-// Frees the node and what it owns beside its children.
-void FreeAlone(ExprNode *node) {
-  if (!HasOperands(node->kind)) {
-    WRENMemFree(node->left);
-    HandleArrayFree(NodeList(node));
-  }
-  WRENMemFree(node);
-}
-
-bool HoldsEscape(const char *text) {
-  for (; *text != '\0'; text = CharNextA(text)) {
-    if ((*text == '\\' || *text == '\'') && text[1] == '\'') {
-      return true;
-    }
-  }
-  return false;
-}
-
-void TypeLeaf(ParseState &state, ExprNode *node) {
-  const char *text = NodeText(node);
-  int32_t type = kNoType;
-  switch (node->kind) {
-    case NODE_STRING:
-      node->detail = HoldsEscape(text) ? 1 : 0;
-      type = ORL_TYPE_STRING;
-      break;
-    case NODE_DATE: {
-      NumberValue scratch;
-      if (DateFromText(&scratch, text) != 0) {
-        type = ORL_TYPE_DATE;
-      } else {
-        SetError(state, ORL_ERR_INVALIDDATE, 0, 0);
-      }
-      break;
-    }
-    default:
-      type = InputDataType(state.context, text);
-      if (type == kNoType) {
-        type = KeywordDataType(state.context, text);
-      }
-      if (type == kNoType) {
-        SetError(state, ORL_ERR_VAR, 0, 0);
-      }
-  }
-  node->dataType = static_cast<int16_t>(type);
+char *OwnName(const ExprNode *node) {
+  char *name = nullptr;
+  std::memcpy(&name, NodeContent(node), sizeof name);
+  return name;
 }
 
 }  // namespace
 
-uint32_t ChildCount(const ExprNode *node) {
-  return HasOperands(node->kind) ? 2 : HasList(node->kind) ? ExprListCount(NodeList(node)) : 0;
+int32_t NodeCloseOffset(const ExprNode *node) {
+  int32_t offset = 0;
+  if (node->kind == NODE_CALL || node->kind == NODE_FORMULA) {
+    std::memcpy(&offset, NodeContent(node) - kCloseOffsetAt, sizeof offset);
+  }
+  return offset;
 }
 
-ExprNode *ChildAt(const ExprNode *node, uint32_t index) {
-  if (HasOperands(node->kind)) {
-    return index == 0 ? LeftOperand(node) : index == 1 ? RightOperand(node) : nullptr;
-  }
-  // A named formula that was called with arguments holds them until it is freed.
-  if (HasList(node->kind) || node->kind == NODE_FORMULA) {
-    return ExprListAt(NodeList(node), index);
-  }
-  return nullptr;
+const char *NodeText(const ExprNode *node) {
+  return (node->flags & kFlagOwnName) != 0 ? OwnName(node) : NodeContent(node);
 }
 
 ExprNode *FirstChild(const ExprNode *node) {
-  return ChildAt(node, 0);
+  return SubtreeSize(node) == 1 ? nullptr : const_cast<ExprNode *>(node + 1);
 }
 
 ExprNode *NextSibling(const ExprNode *node) {
-  return node->parent == nullptr ? nullptr : ChildAt(node->parent, node->slot + 1);
+  const ExprNode *parent = node - node->parent;
+  const ExprNode *next = node + SubtreeSize(node);
+  return node->parent == 0 || next == parent + SubtreeSize(parent) ? nullptr
+                                                                   : const_cast<ExprNode *>(next);
 }
 
-bool IsFirstChild(const ExprNode *node) {
-  return node->slot == 0;
+uint32_t ChildCount(const ExprNode *node) {
+  uint32_t count = 0;
+  for (const ExprNode *child = FirstChild(node); child != nullptr; child = NextSibling(child)) {
+    count++;
+  }
+  return count;
 }
 
-bool RenameNode(ExprNode *node, const char *name) {
-  char *text = CopyText(name).release();
-  if (text == nullptr) {
+ExprNode *ChildAt(const ExprNode *node, uint32_t index) {
+  ExprNode *child = FirstChild(node);
+  for (; index > 0 && child != nullptr; index--) {
+    child = NextSibling(child);
+  }
+  return child;
+}
+
+NodeBinding BindingOf(const ExprNode *node) {
+  NodeBinding binding;
+  std::memcpy(&binding, NodeContent(node) - kBindingAt, sizeof binding);
+  return binding;
+}
+
+void Bind(ExprNode *node, const NodeBinding &binding) {
+  static_assert(sizeof binding + kCloseOffsetAt == kBindingAt);
+  std::memcpy(NodeContent(node) - kBindingAt, &binding, sizeof binding);
+}
+
+// A name that fits where the old one is takes its place. Whoever still reads the old one, a routine
+// of the host for example, then reads the new one.
+bool RenameNode(ExprNode *root, ExprNode *node, const char *name) {
+  const size_t bytes = std::strlen(name) + 1;
+  const bool own = (node->flags & kFlagOwnName) != 0;
+  const size_t held = std::strlen(NodeText(node)) + 1;
+  if (!own && bytes <= (held < kLeastNameBytes ? kLeastNameBytes : held)) {
+    std::memcpy(NodeContent(node), name, bytes);
+    return true;
+  }
+  OwnedText copy = CopyText(name);
+  if (copy == nullptr) {
     return false;
   }
-  WRENMemFree(node->left);
-  node->left = text;
+  const OwnedText old(own ? OwnName(node) : nullptr);
+  const char *address = copy.release();
+  std::memcpy(NodeContent(node), &address, sizeof address);
+  node->flags |= kFlagOwnName;
+  root->flags |= kFlagHasOwnName;
   return true;
 }
 
-ExprNode *ExprNodeNew(ParseState &state) {
-  ExprNode *node = static_cast<ExprNode *>(WRENMemAlloc(sizeof(ExprNode)));
-  if (node == nullptr) {
-    SetError(state, ORL_ERR_MEMORY, 0, 0);
-  }
-  return node;
-}
-
-ExprNode *ExprNodeLeaf(ParseState &state, int32_t kind, char *text) {
-  ExprNode *node = ExprNodeNew(state);
-  if (node != nullptr) {
-    node->kind = kind;
-    node->left = text;
-    node->offset = state.tokenOffset;
-    node->length = state.tokenSpan;
-    TypeLeaf(state, node);
-  }
-  return node;
-}
-
-ExprNode *ExprNodeNumber(ParseState &state, NumberValue *value, bool negate) {
-  ExprNode *node = ExprNodeNew(state);
-  if (node != nullptr) {
-    if (negate) {
-      WRENNumNegate(value);
-    }
-    node->kind = NODE_NUMBER;
-    node->dataType = ORL_TYPE_NUMBER;
-    node->left = value;
-    node->offset = state.tokenOffset;
-    node->length = state.tokenSpan;
-  }
-  return node;
-}
-
-ExprNode *ExprNodeBuild(ParseState &state, int32_t kind, void *left, void *right, CallForm form) {
-  ExprNode *node = ExprNodeNew(state);
-  if (node == nullptr) {
-    return nullptr;
-  }
-  node->kind = kind;
-  node->left = left;
-  node->right = right;
-  if (kind == NODE_CALL) {
-    AdoptList(node, NodeList(node));
-    TypeCall(state, node, form);
-  } else {
-    Adopt(node, LeftOperand(node), 0);
-    Adopt(node, RightOperand(node), 1);
-    TypeOperator(state, node);
-  }
-  state.dateUnit = 0;  // taken by this node or by none
-  return node;
-}
-
-ExprNode *ExprNodeRange(ParseState &state, ExprNode *left, ExprNode *right) {
-  if ((state.context->flags & ORL_FLAG_RANGES) == 0) {
-    SetError(state, ORL_ERR_SYNTAX, 0, 0);
-    return nullptr;
-  }
-  if (left->dataType != right->dataType) {
-    SetError(state, ORL_ERR_BETWEEN, right->offset, right->length);
-    return nullptr;
-  }
-  ExprNode *node = ExprNodeNew(state);
-  if (node != nullptr) {
-    node->kind = NODE_RANGE;
-    node->dataType = left->dataType;
-    node->left = left;
-    node->right = right;
-    Adopt(node, left, 0);
-    Adopt(node, right, 1);
-  }
-  return node;
-}
-
-ExprNode *ExprNodeSet(ParseState &state, HandleArray list) {
-  ExprNode *node = ExprNodeNew(state);
-  if (node != nullptr) {
-    node->kind = NODE_SET;
-    node->right = list;
-    AdoptList(node, list);
-    node->dataType = TypeOfSet(state, list);
-  }
-  return node;
-}
-
-HandleArray ExprListAppend(HandleArray list, ExprNode *node) {
-  return HandleArrayAppendPointer(&list, node) ? list : nullptr;
-}
-
-void ExprNodeFree(ExprNode *node) {
-  if (node == nullptr) {
+void ReleaseNames(ExprNode *root) {
+  if (root == nullptr || (root->flags & kFlagHasOwnName) == 0) {
     return;
   }
-  const ExprNode *root = node;
-  node = DeepestFirst(node);
-  for (;;) {
-    ExprNode *parent = node->parent;
-    const uint32_t next = node->slot + 1;
-    const bool last = node == root;
-    FreeAlone(node);
-    if (last) {
-      return;
+  for (const ExprNode *node = root; node != nullptr; node = ExprNodeNext(root, node)) {
+    if ((node->flags & kFlagOwnName) != 0) {
+      const OwnedText name(OwnName(node));
     }
-    ExprNode *sibling = ChildAt(parent, next);
-    node = sibling == nullptr ? parent : DeepestFirst(sibling);
   }
-}
-
-void ExprListFree(HandleArray list) {
-  if (list == nullptr) {
-    return;
-  }
-  const uint32_t count = ExprListCount(list);
-  for (uint32_t i = 0; i < count; i++) {
-    ExprNodeFree(ExprListAt(list, i));
-  }
-  HandleArrayFree(list);
-}
-
-ExprNode *ExprNodeNext(const ExprNode *root, const ExprNode *node) {
-  ExprNode *child = ChildAt(node, 0);
-  return child != nullptr ? child : ExprNodeNextBeside(root, node);
-}
-
-ExprNode *ExprNodeNextBeside(const ExprNode *root, const ExprNode *node) {
-  while (node != root) {
-    ExprNode *sibling = ChildAt(node->parent, node->slot + 1);
-    if (sibling != nullptr) {
-      return sibling;
-    }
-    node = node->parent;
-  }
-  return nullptr;
-}
-
-uint32_t ExprListCount(HandleArray list) {
-  return HandleArrayRows(list);
-}
-
-ExprNode *ExprListAt(HandleArray list, uint32_t index) {
-  return static_cast<ExprNode *>(HandleArrayPointerAt(list, index));
 }

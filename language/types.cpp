@@ -49,7 +49,7 @@ OperatorColumn ColumnOf(int32_t kind) {
 }
 
 TypeRow RowOf(int16_t type) {
-  if (type < 0 || type > 255) {
+  if (type < 0 || type > kLastValueType) {
     return kRowKeyword;
   }
   return type <= ORL_TYPE_STRING ? static_cast<TypeRow>(type) : kRowOther;
@@ -119,10 +119,18 @@ int32_t MismatchOf(uint16_t expected) {
   }
 }
 
-int32_t Fail(FormulaError *error, int32_t id, const ExprNode *place) {
-  *error =
-      place == nullptr ? FormulaError{id, 0, 0} : FormulaError{id, place->offset, place->length};
-  return 0;
+bool Fail(ParseState &state, int32_t id) {
+  SetError(state, id, 0, 0);
+  return false;
+}
+bool FailAt(ParseState &state, int32_t id, const DraftNode &place) {
+  SetError(state, id, place.offset, place.length);
+  return false;
+}
+
+// The node of an argument or member.
+const DraftNode &Listed(const ParseState &state, uint32_t index) {
+  return state.builder.nodes[state.builder.arguments[index]];
 }
 
 // The parameter record and the type that an argument is held against.
@@ -137,15 +145,12 @@ ParamRecord ParameterAt(const ExprItem *function, int32_t row) {
                                     : ParamRecord{0, ORL_TYPE_ANY, 0};
 }
 
-uint16_t TypeOfArgument(HandleArray list, int32_t index) {
-  const ExprNode *node = ExprListAt(list, static_cast<uint32_t>(index));
-  return node == nullptr ? uint16_t{ORL_TYPE_FOLLOWS} : static_cast<uint16_t>(node->dataType);
-}
-
 // Parameters from index firstOptional up may form a group that repeats: in selector, value, result,
 // value, result, ..., default each value has the type of the selector, each result that of the
-// first result, and a last argument at the start of a group is taken as a result.
-Expectation ExpectedOf(const ExprItem *function, HandleArray list, int32_t index, int32_t count) {
+// first result, and a last argument at the start of a group is taken as a result. `typeOf` gives
+// the type of an argument before this one.
+template <class TypeOf>
+Expectation ExpectedOf(const ExprItem *function, int32_t index, int32_t count, TypeOf typeOf) {
   const int32_t declared = function->paramCount;
   const int32_t first = function->firstOptional;
   const int32_t group = declared - first;
@@ -153,12 +158,11 @@ Expectation ExpectedOf(const ExprItem *function, HandleArray list, int32_t index
     return {index, ParameterAt(function, index).dataType};
   }
   if (index == first) {
-    return {index,
-            group <= 1 ? ParameterAt(function, index).dataType : TypeOfArgument(list, first - 1)};
+    return {index, group <= 1 ? ParameterAt(function, index).dataType : typeOf(first - 1)};
   }
   if (group <= 1) {
     const uint16_t type = ParameterAt(function, first).dataType;
-    return {first, type == ORL_TYPE_FOLLOWS ? TypeOfArgument(list, first) : type};
+    return {first, type == ORL_TYPE_FOLLOWS ? typeOf(first) : type};
   }
   int32_t member = (index - first) % group;
   if (member == 0 && index == count - 1) {
@@ -167,65 +171,126 @@ Expectation ExpectedOf(const ExprItem *function, HandleArray list, int32_t index
   const int32_t row = first + member;
   uint16_t type = ParameterAt(function, row).dataType;
   if (type == ORL_TYPE_FOLLOWS && member == 0) {
-    type = TypeOfArgument(list, first - 1);
+    type = typeOf(first - 1);
   } else if (type == ORL_TYPE_FOLLOWS && index >= declared) {
-    type = TypeOfArgument(list, row);
+    type = typeOf(row);
   }
   return {row, type};
 }
 
-bool TypeFits(uint16_t expected, const ExprNode *argument) {
+bool TypeFits(uint16_t expected, int16_t type) {
   return expected == ORL_TYPE_FOLLOWS || expected == ORL_TYPE_ANY ||
-         expected == static_cast<uint16_t>(argument->dataType);
+         expected == static_cast<uint16_t>(type);
 }
 
-int32_t CheckByName(EC ec, const ExprItem *function, const ParamRecord &parameter,
-                    const ExprNode *argument, uint16_t modifier, FormulaError *error) {
-  if (argument->kind != NODE_ITEM) {
+bool CheckByName(ParseState &state, const ExprItem *function, const ParamRecord &parameter,
+                 const DraftNode &argument) {
+  if (argument.kind != NODE_ITEM) {
     const bool passes = (function->itemFlags & ORL_FUNC_EXPRESSION) != 0 ||
                         ((function->itemFlags & ORL_FUNC_EXPRESSION_UNLESS_DISTINCT) != 0 &&
-                         (modifier & kModifierDistinct) == 0);
-    return passes ? 1 : Fail(error, ORL_ERR_PARM, argument);
+                         (state.modifier & kModifierDistinct) == 0);
+    return passes || FailAt(state, ORL_ERR_PARM, argument);
   }
   if (parameter.subClass != 0) {
-    const ExprItem *item = ItemFind(&ec->inputs, NodeText(argument));
+    const ExprItem *item = ItemFind(&state.context->inputs, TokenText(state, argument));
     if (item != nullptr && item->subClass != parameter.subClass) {
-      return Fail(error, ORL_ERR_SUBCLASS, argument);
+      return FailAt(state, ORL_ERR_SUBCLASS, argument);
     }
   }
-  return 1;
+  return true;
 }
 
-int32_t CheckModifier(const ExprItem *function, uint16_t form, uint16_t modifier,
-                      FormulaError *error) {
+bool CheckModifier(ParseState &state, const ExprItem *function, CallForm form) {
   constexpr uint16_t kTakesModifier = ORL_FUNC_MODIFIER | 2 | ORL_FUNC_NEEDS_DISTINCT;
   const bool needsDistinct = (function->itemFlags & ORL_FUNC_NEEDS_DISTINCT) != 0;
   if (form == kCallModifier) {
     if ((function->itemFlags & kTakesModifier) == 0) {
-      return Fail(error, ORL_ERR_KEYWORD, nullptr);
+      return Fail(state, ORL_ERR_KEYWORD);
     }
-    if (needsDistinct && modifier == kModifierAll) {
-      return Fail(error, ORL_ERR_MISKEYWORD, nullptr);
+    if (needsDistinct && state.modifier == kModifierAll) {
+      return Fail(state, ORL_ERR_MISKEYWORD);
     }
   }
-  if (form == kCallPlain && needsDistinct) {
-    return Fail(error, ORL_ERR_MISKEYWORD, nullptr);
-  }
-  return 1;
+  return form != kCallPlain || !needsDistinct || Fail(state, ORL_ERR_MISKEYWORD);
 }
 
-int32_t CheckNoList(const ExprItem *function, uint16_t form, FormulaError *error) {
+bool CheckNoList(ParseState &state, const ExprItem *function, CallForm form) {
   if (form == kCallStar) {
     const bool takesStar =
         function->paramCount > 0 && ParameterAt(function, 0).dataType == ORL_TYPE_ANY;
-    return takesStar ? 1 : Fail(error, ORL_ERR_SYNTAX, nullptr);
+    return takesStar || Fail(state, ORL_ERR_SYNTAX);
   }
   const bool fits =
       function->paramCount <= 0 || (function->firstOptional == 0 && function->optionalCount != 0);
-  return fits ? 1 : Fail(error, ORL_ERR_NUMPARMSLO, nullptr);
+  return fits || Fail(state, ORL_ERR_NUMPARMSLO);
+}
+
+// The pending modifier word is part of what is checked.
+bool CheckCall(ParseState &state, const ExprItem *function, const CallDraft &call) {
+  if (!CheckModifier(state, function, call.form)) {
+    return false;
+  }
+  if (call.count == 0) {
+    return CheckNoList(state, function, call.form);
+  }
+  const auto count = static_cast<int32_t>(call.count);
+  const int32_t fit = TypeCountArgs(count, function);
+  if (fit != 0) {
+    return Fail(state, fit < 0 ? ORL_ERR_NUMPARMSLO : ORL_ERR_NUMPARMSHI);
+  }
+  const auto typeOf = [&](int32_t index) {
+    return static_cast<uint16_t>(Listed(state, call.first + static_cast<uint32_t>(index)).dataType);
+  };
+  for (int32_t i = 0; i < count; i++) {
+    const DraftNode &argument = Listed(state, call.first + static_cast<uint32_t>(i));
+    const Expectation expected = ExpectedOf(function, i, count, typeOf);
+    if (!TypeFits(expected.type, argument.dataType)) {
+      return FailAt(state, MismatchOf(expected.type), argument);
+    }
+    const ParamRecord parameter = ParameterAt(function, expected.row);
+    if (parameter.mode == 1 && !CheckByName(state, function, parameter, argument)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The type of a call of a function that declares type 4; kNoType without a list.
+int16_t ResultOfCall(const ParseState &state, const CallDraft &call) {
+  if (call.count == 0) {
+    return kNoType;
+  }
+  const DraftNode &first = Listed(state, call.first);
+  return first.dataType <= kLastValueType
+             ? Listed(state, call.first + call.count - 1).dataType
+             : static_cast<int16_t>(KeywordResultType(state.context, TokenText(state, first)));
+}
+
+void TypeFormula(ParseState &state, DraftNode &node, const CallDraft &call) {
+  const NameEntry *entry = NameIndexFirst(state.context->expressionNames, call.name);
+  if (entry == nullptr) {
+    SetError(state, ORL_ERR_FUNC, 0, 0);
+    return;
+  }
+  const auto *formula = static_cast<const Expression *>(entry->row);
+  const int32_t kind = NodeKindOf(formula->tree);
+  if (kind == NODE_SET || kind == NODE_RANGE) {
+    SetError(state, ORL_ERR_IMBEDDEDRANGE, 0, 0);
+  } else if (call.count != 0 || call.form != kCallPlain) {
+    SetError(state, ORL_ERR_EXPPARMS, 0, 0);
+  } else {
+    node.kind = NODE_FORMULA;
+    node.dataType = static_cast<int16_t>(formula->dataType);
+  }
 }
 
 }  // namespace
+
+int16_t TypeOfItem(const ParseState &state) {
+  const std::string_view name = TextAt(state, state.tokenOffset, state.tokenSpan);
+  const int32_t type = InputDataType(state.context, name);
+  return static_cast<int16_t>(type != kNoType ? type : KeywordDataType(state.context, name));
+}
 
 int32_t OperatorGroupOf(int32_t kind) {
   switch (kind) {
@@ -263,75 +328,52 @@ bool TypeOperatorAllowed(EC ec, int32_t kind, int16_t leftType) {
   }
 }
 
-void TypeOperator(ParseState &state, ExprNode *node) {
+void TypeOperator(ParseState &state, DraftNode &node, const DraftNode &left,
+                  const DraftNode &right) {
   EC ec = state.context;
-  const int16_t leftType = LeftOperand(node)->dataType;
-  const ExprNode *right = RightOperand(node);
-  node->detail = state.dateUnit;
-  node->dataType = kNoType;
-  if (!TypeOperatorAllowed(ec, node->kind, leftType)) {
-    SetError(state, RefusalOf(leftType), 0, 0);
+  node.detail = static_cast<uint8_t>(state.dateUnit);
+  node.dataType = kNoType;
+  if (!TypeOperatorAllowed(ec, node.kind, left.dataType)) {
+    SetError(state, RefusalOf(left.dataType), 0, 0);
     return;
   }
   int32_t id = 0;
-  node->dataType = OperatorResult(ec, node->kind, leftType, right->dataType, &id);
-  if (node->dataType == kNoType) {
-    SetError(state, id, right->offset, right->length);
+  node.dataType = OperatorResult(ec, node.kind, left.dataType, right.dataType, &id);
+  if (node.dataType == kNoType) {
+    SetError(state, id, right.offset, right.length);
     return;
   }
-  if (node->detail != 0 && !TakesDateUnit(node->kind, leftType, right->dataType)) {
-    node->dataType = kNoType;
+  if (node.detail != 0 && !TakesDateUnit(node.kind, left.dataType, right.dataType)) {
+    node.dataType = kNoType;
     SetError(state, ORL_ERR_KEYWORD, 0, 0);
   }
 }
 
-void TypeCall(ParseState &state, ExprNode *node, CallForm form) {
-  EC ec = state.context;
-  const char *name = NodeText(node);
-  node->detail = form;
-  node->dataType = static_cast<int16_t>(FunctionDataType(ec, name));
-  if (node->dataType != kNoType) {
-    if (TypeCheckCall(ec, NodeList(node), name, &state.error, form, state.modifier) == 0) {
-      node->dataType = kNoType;
-    } else if (node->dataType == ORL_TYPE_FOLLOWS) {
-      node->dataType = TypeCallResult(ec, NodeList(node));
-      if (node->dataType == kNoType) {
-        SetError(state, ORL_ERR_NUMPARMSLO, 0, 0);  // the type cannot follow from no argument
-      }
-    }
-    return;
-  }
-  const int32_t type = ExpressionDataType(ec, name);
-  if (type == -1) {
-    SetError(state, ORL_ERR_FUNC, 0, 0);
-    return;
-  }
-  const ExprNode *root = ORLHEXPFromName(ec, name)->tree;
-  if (root->kind == NODE_SET || root->kind == NODE_RANGE) {
-    SetError(state, ORL_ERR_IMBEDDEDRANGE, 0, 0);
-  } else {
-    node->kind = NODE_FORMULA;
-    node->detail = kCallPlain;
-    node->dataType = static_cast<int16_t>(type);
-    if (node->right != nullptr || form != kCallPlain) {
-      node->dataType = kNoType;
-      SetError(state, ORL_ERR_EXPPARMS, 0, 0);
+void TypeCall(ParseState &state, DraftNode &node, const CallDraft &call) {
+  node.detail = static_cast<uint8_t>(call.form);
+  node.dataType = kNoType;
+  const ExprItem *function = ItemFind(&state.context->functions, call.name);
+  if (function == nullptr || function->dataType == kNoType) {
+    TypeFormula(state, node, call);
+  } else if (CheckCall(state, function, call)) {
+    node.dataType =
+        function->dataType == ORL_TYPE_FOLLOWS ? ResultOfCall(state, call) : function->dataType;
+    if (node.dataType == kNoType) {
+      SetError(state, ORL_ERR_NUMPARMSLO, 0, 0);  // the type cannot follow from no argument
     }
   }
 }
 
-int16_t TypeOfSet(ParseState &state, HandleArray list) {
+int16_t TypeOfSet(ParseState &state, uint32_t first, uint32_t count) {
   if ((state.context->flags & ORL_FLAG_RANGES) == 0) {
     SetError(state, ORL_ERR_SYNTAX, 0, 0);
     return kNoType;
   }
-  const uint32_t count = ExprListCount(list);
-  const int16_t common = ExprListAt(list, 0)->dataType;
+  const int16_t common = Listed(state, first).dataType;
   for (uint32_t i = 1; i < count; i++) {
-    const ExprNode *member = ExprListAt(list, i);
-    if (member->dataType != common) {
-      const int32_t id = member->dataType < 255 ? ORL_ERR_RANGETYPE : ORL_ERR_KEYWORD;
-      SetError(state, id, member->offset, member->length);
+    const DraftNode &member = Listed(state, first + i);
+    if (member.dataType != common) {
+      FailAt(state, member.dataType < 255 ? ORL_ERR_RANGETYPE : ORL_ERR_KEYWORD, member);
       return kNoType;
     }
   }
@@ -357,57 +399,24 @@ int32_t TypeCountArgs(int32_t count, const ExprItem *function) {
   return first + optional < count ? 1 : 0;
 }
 
-int32_t TypeCheckCall(EC ec, HandleArray list, const char *name, FormulaError *error, uint16_t form,
-                      uint16_t modifier) {
-  const ExprItem *function = ItemFind(&ec->functions, name);
-  if (function == nullptr) {
-    return Fail(error, ORL_ERR_FUNC, nullptr);
-  }
-  if (CheckModifier(function, form, modifier, error) == 0) {
-    return 0;
-  }
-  if (list == nullptr) {
-    return CheckNoList(function, form, error);
-  }
-  const int32_t count = static_cast<int32_t>(ExprListCount(list));
-  const int32_t fit = TypeCountArgs(count, function);
-  if (fit != 0) {
-    return Fail(error, fit < 0 ? ORL_ERR_NUMPARMSLO : ORL_ERR_NUMPARMSHI, nullptr);
-  }
-  for (int32_t i = 0; i < count; i++) {
-    const ExprNode *argument = ExprListAt(list, static_cast<uint32_t>(i));
-    const Expectation expected = ExpectedOf(function, list, i, count);
-    if (!TypeFits(expected.type, argument)) {
-      return Fail(error, MismatchOf(expected.type), argument);
-    }
-    const ParamRecord parameter = ParameterAt(function, expected.row);
-    if (parameter.mode == 1 &&
-        CheckByName(ec, function, parameter, argument, modifier, error) == 0) {
-      return 0;
-    }
-  }
-  return 1;
-}
-
 bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function) {
-  const HandleArray list = NodeList(call);
-  const int32_t listed = static_cast<int32_t>(ExprListCount(list));
-  for (int32_t i = 0; i < listed && i < function->paramCount; i++) {
-    const Expectation expected = ExpectedOf(function, list, i, listed);
-    const ExprNode *argument = ExprListAt(list, static_cast<uint32_t>(i));
-    if (ItemParameters(function)[i].mode != 1 && !TypeFits(expected.type, argument)) {
+  // Of the arguments before it only the first of the repeating group and the one before that
+  // matter.
+  const uint32_t first = function->firstOptional;
+  const ExprNode *selector = first == 0 ? nullptr : ChildAt(call, first - 1);
+  const ExprNode *groupStart = selector == nullptr ? nullptr : NextSibling(selector);
+  const auto typeOf = [=](int32_t index) {
+    const bool isStart = static_cast<uint32_t>(index) == first;
+    return static_cast<uint16_t>(NodeType(isStart ? groupStart : selector));
+  };
+  const auto count = static_cast<int32_t>(ChildCount(call));
+  const ExprNode *argument = FirstChild(call);
+  for (int32_t i = 0; i < count && i < function->paramCount; i++) {
+    const Expectation expected = ExpectedOf(function, i, count, typeOf);
+    if (ItemParameters(function)[i].mode != 1 && !TypeFits(expected.type, NodeType(argument))) {
       return false;
     }
+    argument = NextSibling(argument);
   }
   return true;
-}
-
-int16_t TypeCallResult(EC ec, HandleArray list) {
-  const uint32_t count = ExprListCount(list);
-  if (count == 0) {
-    return kNoType;
-  }
-  const ExprNode *first = ExprListAt(list, 0);
-  return first->dataType <= 255 ? ExprListAt(list, count - 1)->dataType
-                                : static_cast<int16_t>(KeywordResultType(ec, NodeText(first)));
 }

@@ -6,6 +6,7 @@
 #define ORLI11_LANGUAGE_TYPES_H
 
 #include <cstdint>
+#include <string_view>
 
 #include "language/parse_state.h"
 #include "language/tree.h"
@@ -13,30 +14,39 @@
 // True when the operator exists for the type of its left operand.
 bool TypeOperatorAllowed(EC ec, int32_t kind, int16_t leftType);
 
+// Data types above this are those of keywords, which no formula can have.
+constexpr int16_t kLastValueType = 255;
+
+// The type of the item or keyword that the current token names, or kNoType.
+int16_t TypeOfItem(const ParseState &state);
+
 // The group of operator callbacks of an operator, or -1.
 int32_t OperatorGroupOf(int32_t kind);
 
-// Give a node that has its children its type (kNoType with the error set) and its detail. TypeCall
-// turns a call of a named formula into a NODE_FORMULA.
-void TypeOperator(ParseState &state, ExprNode *node);
-void TypeCall(ParseState &state, ExprNode *node, CallForm form);
+// What a call is made of, while its node is built. The arguments are those of the parse's builder
+// from `first` on.
+struct CallDraft {
+  std::string_view name;
+  CallForm form;
+  uint32_t first;
+  uint32_t count;  // 0 without a list
+};
 
-// The common type of a set's members, or kNoType with the error set.
-int16_t TypeOfSet(ParseState &state, HandleArray list);
+// Give a new node its type (kNoType with the error set) and its detail. TypeCall turns a call of a
+// named formula into a NODE_FORMULA.
+void TypeOperator(ParseState &state, DraftNode &node, const DraftNode &left,
+                  const DraftNode &right);
+void TypeCall(ParseState &state, DraftNode &node, const CallDraft &call);
+
+// The common type of a set's members, the builder's arguments from `first` on, or kNoType with the
+// error set.
+int16_t TypeOfSet(ParseState &state, uint32_t first, uint32_t count);
 
 // How an argument count fits a function: 0 fits, below 0 too few, above 0 too many.
 int32_t TypeCountArgs(int32_t count, const ExprItem *function);
 
-// 1 when a call fits the function of that name, else 0 with *error set. `modifier` is the pending
-// modifier word.
-int32_t TypeCheckCall(EC ec, HandleArray list, const char *name, FormulaError *error, uint16_t form,
-                      uint16_t modifier);
-
 // True when the arguments of a call that its routine is given by value have the types that its row
 // declares.
 bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function);
-
-// The type of a call of a function that declares type 4; kNoType without a list.
-int16_t TypeCallResult(EC ec, HandleArray list);
 
 #endif

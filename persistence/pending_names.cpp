@@ -29,7 +29,7 @@ PendingNames::~PendingNames() {
   NameIndexFree(index);
 }
 
-PendingRow *PendingRowOf(PendingNames &names, const char *name) {
+PendingRow *PendingRowOf(PendingNames &names, std::string_view name) {
   if (!names.listed) {
     names.listed = true;
     ListNames(names);
@@ -44,13 +44,16 @@ PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t
   PendingRow *awaited = nullptr;
   while (awaited == nullptr) {
     const int32_t token = ScanToken(state);
-    if (token == TOK_END || token == TOK_NOMEM) {
+    if (token == TOK_END) {
       break;
     }
-    const OwnedText name(static_cast<char *>(state.tokenValue));
-    if (token == TOK_CALLNAME && ItemFind(&ec->functions, name.get()) == nullptr &&
-        ORLHEXPFromName(ec, name.get()) == nullptr) {
-      awaited = PendingRowOf(names, name.get());
+    if (token != TOK_CALLNAME) {
+      continue;
+    }
+    const std::string_view name = CallName(TextAt(state, state.tokenOffset, state.tokenSpan));
+    if (ItemFind(&ec->functions, name) == nullptr &&
+        NameIndexFirst(ec->expressionNames, name) == nullptr) {
+      awaited = PendingRowOf(names, name);
       offset += awaited != nullptr ? state.tokenOffset + state.tokenSpan : 0;
     }
   }

@@ -3,6 +3,7 @@
 #define ORLI11_PERSISTENCE_PENDING_NAMES_H
 
 #include <cstdint>
+#include <string_view>
 
 #include "engine/name_index.h"
 #include "orli11.h"
@@ -34,7 +35,7 @@ struct PendingNames {
 };
 
 // The first row of that name, or null. Lists the names when it is first asked.
-PendingRow *PendingRowOf(PendingNames &names, const char *name);
+PendingRow *PendingRowOf(PendingNames &names, std::string_view name);
 
 // The row that is named by the next call in a text from `offset` on, of those that name nothing in
 // the context yet; `offset` is moved after that call. Null when there is no such call.

@@ -1,7 +1,7 @@
 // Generates the parser's tables from the grammar: an LR(0) automaton whose conflicts between
-// operators are resolved by the precedence table, after D. E. Knuth, "On the translation of
-// languages from left to right" (1965). Where a state has two complete productions, each takes the
-// tokens that can follow it there. Run by the build with the file to write.
+// operators the precedence table resolves, after D. E. Knuth, "On the translation of languages from
+// left to right" (1965). Where a state has two complete rules, each takes the tokens that can
+// follow it there. The build runs it with the file to write.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -16,10 +16,11 @@
 
 namespace {
 
+// The grammar's rules stand at their numbers; the start rule follows them.
 struct Rule {
-  int number;
   std::string left;
   std::vector<std::string> right;
+  bool passes;
 };
 
 // A rule with the dot before its symbol of that index.
@@ -28,7 +29,6 @@ using ItemSet = std::set<Item>;
 
 struct State {
   ItemSet items;
-  std::string symbol;  // the symbol that leads here
   std::map<std::string, size_t> next;
 };
 
@@ -87,18 +87,18 @@ ItemSet Closure(ItemSet items) {
   return items;
 }
 
-size_t StateOf(const ItemSet &items, const std::string &symbol) {
+size_t StateOf(const ItemSet &items) {
   for (size_t i = 0; i < states.size(); i++) {
     if (states[i].items == items) {
       return i;
     }
   }
-  states.push_back({items, symbol, {}});
+  states.push_back({items, {}});
   return states.size() - 1;
 }
 
 void MakeStates() {
-  StateOf(Closure({{0, 0}}), "");
+  StateOf(Closure({{rules.size() - 1, 0}}));
   for (size_t i = 0; i < states.size(); i++) {
     std::map<std::string, ItemSet> kernels;
     for (const Item &item : states[i].items) {
@@ -107,7 +107,7 @@ void MakeStates() {
       }
     }
     for (const auto &[symbol, kernel] : kernels) {
-      const size_t target = StateOf(Closure(kernel), symbol);
+      const size_t target = StateOf(Closure(kernel));
       states[i].next[symbol] = target;
     }
   }
@@ -159,15 +159,6 @@ std::string TokenCode(const std::string &terminal) {
   return terminal[0] == '\'' ? terminal : "TOK_" + terminal;
 }
 
-const char *ValueKindOf(const std::string &symbol) {
-  for (const GrammarValue &value : kValueKinds) {
-    if (symbol == value.symbol) {
-      return value.kind;
-    }
-  }
-  return "None";
-}
-
 [[noreturn]] void GiveUp(const char *why) {
   std::fprintf(stderr, "grammar: %s\n", why);
   std::exit(1);
@@ -186,85 +177,116 @@ std::vector<std::string> Terminals() {
 }
 
 void ReadGrammar() {
-  rules.push_back({0, "start", {"formula", kEnd}});
   for (const GrammarProduction &row : kGrammar) {
     if (row.production != static_cast<Production>(rules.size())) {
       GiveUp("a production is out of order");
     }
-    rules.push_back({static_cast<int>(row.production), row.left, Words(row.right)});
+    rules.push_back({row.left, Words(row.right), row.action == Action::Passes});
   }
+  rules.push_back({"start", {"formula", kEnd}, false});
   for (const Rule &rule : rules) {
     nonterminals.insert(rule.left);
   }
 }
 
 // The action of a state on a terminal, as parser_tables.h has it.
-int ActionOn(size_t at, const std::string &terminal) {
+std::string ActionOn(size_t at, const std::string &terminal) {
   const State &state = states[at];
   const auto next = state.next.find(terminal);
   if (next != state.next.end()) {
-    return terminal == kEnd ? 127 : static_cast<int>(next->second);
+    return terminal == kEnd ? "kParserAccept" : std::to_string(next->second);
   }
   const std::vector<size_t> complete = CompleteIn(state);
   if (complete.size() < 2) {
-    return 0;
+    return "kParserRefuse";
   }
   for (const size_t index : complete) {
     if (rules[index].right.size() != 1) {
       GiveUp("two complete productions that are longer than one symbol");
     }
     if (FollowIn(at, rules[index]).count(terminal) != 0) {
-      return -rules[index].number;
+      return "kReduceFirst - " + std::to_string(index);
     }
   }
-  return 0;
+  return "kParserRefuse";
 }
 
-void PrintTables() {
-  const std::vector<std::string> terminals = Terminals();
-  std::vector<std::string> inner(nonterminals.begin(), nonterminals.end());
-  if (states.size() >= 127) {
-    GiveUp("more states than an entry can hold");
+bool Decides(const State &state) {
+  return !state.next.empty() || CompleteIn(state).size() != 1;
+}
+
+// Where a symbol leads from a state. A production that passes its one symbol on, in a state that
+// would reduce by it at once, is taken as done.
+size_t GotoOf(size_t from, const std::string &symbol) {
+  const auto next = states[from].next.find(symbol);
+  if (next == states[from].next.end()) {
+    return 0;
   }
-  std::printf("// Generated from grammar_rules.h by parser_generator.cpp.\n\n");
-  std::printf("constexpr int32_t kParserStates = %zu;\n", states.size());
+  const State &target = states[next->second];
+  const std::vector<size_t> complete = CompleteIn(target);
+  if (Decides(target) || !rules[complete[0]].passes) {
+    return next->second;
+  }
+  return GotoOf(from, rules[complete[0]].left);
+}
+
+void PrintActions(const std::vector<std::string> &terminals) {
   std::printf("constexpr int32_t kParserTokens[] = {");
   for (const std::string &terminal : terminals) {
     std::printf("%s, ", TokenCode(terminal).c_str());
   }
   std::printf("};\nconstexpr int32_t kParserColumns = %zu;\n\n", terminals.size());
-  std::printf("constexpr int8_t kParserActions[kParserStates][kParserColumns] = {\n");
+  std::printf("constexpr int8_t kParserActions[][kParserColumns] = {\n");
   for (size_t i = 0; i < states.size(); i++) {
     std::printf("  {");
     for (const std::string &terminal : terminals) {
-      std::printf("%d, ", ActionOn(i, terminal));
+      std::printf("%s, ", ActionOn(i, terminal).c_str());
     }
     std::printf("},\n");
   }
-  std::printf("};\n\nstruct ParserState {\n  bool decides;\n  uint8_t defaultProduction;\n");
-  std::printf("  ValueKind value;\n};\n\nconstexpr ParserState kParserStateRows[] = {\n");
+  std::printf("};\n\n");
+}
+
+void PrintStates() {
+  std::printf("constexpr uint8_t kParserNoProduction = 255;\n\n");
+  std::printf("struct ParserState {\n  bool decides;\n  uint8_t defaultProduction;\n};\n\n");
+  std::printf("constexpr ParserState kParserStates[] = {\n");
   for (const State &state : states) {
     const std::vector<size_t> complete = CompleteIn(state);
-    const bool decides = !state.next.empty() || complete.size() != 1;
-    std::printf("  {%s, %d, ValueKind::%s},\n", decides ? "true" : "false",
-                complete.size() == 1 ? rules[complete[0]].number : 0, ValueKindOf(state.symbol));
+    const std::string production =
+        complete.size() == 1 ? std::to_string(complete[0]) : "kParserNoProduction";
+    std::printf("  {%s, %s},\n", Decides(state) ? "true" : "false", production.c_str());
   }
-  std::printf("};\n\nstruct ParserProduction {\n  uint8_t length;\n  uint8_t left;\n};\n\n");
-  std::printf("constexpr ParserProduction kParserProductions[] = {\n  {0, 0},\n");
-  for (size_t i = 1; i < rules.size(); i++) {
-    const auto left = std::find(inner.begin(), inner.end(), rules[i].left);
-    std::printf("  {%zu, %td},\n", rules[i].right.size(), left - inner.begin());
+  std::printf("};\n\n");
+}
+
+void PrintGotos() {
+  const std::vector<std::string> inner(nonterminals.begin(), nonterminals.end());
+  std::printf("struct ParserProduction {\n  uint8_t length;\n  uint8_t left;\n};\n\n");
+  std::printf("constexpr ParserProduction kParserProductions[] = {\n");
+  for (const Rule &rule : rules) {
+    const auto left = std::find(inner.begin(), inner.end(), rule.left);
+    std::printf("  {%zu, %td},\n", rule.right.size(), left - inner.begin());
   }
-  std::printf("};\n\nconstexpr uint8_t kParserGoto[kParserStates][%zu] = {\n", inner.size());
-  for (const State &state : states) {
+  std::printf("};\n\nconstexpr uint8_t kParserGoto[][%zu] = {\n", inner.size());
+  for (size_t i = 0; i < states.size(); i++) {
     std::printf("  {");
     for (const std::string &symbol : inner) {
-      const auto next = state.next.find(symbol);
-      std::printf("%zu, ", next == state.next.end() ? size_t{0} : next->second);
+      std::printf("%zu, ", GotoOf(i, symbol));
     }
     std::printf("},\n");
   }
   std::printf("};\n");
+}
+
+void PrintTables() {
+  if (states.size() >= 127) {
+    GiveUp("more states than an entry can hold");
+  }
+  std::printf("// Generated from grammar_rules.h by parser_generator.cpp.\n\n");
+  PrintActions(Terminals());
+  PrintStates();
+  PrintGotos();
 }
 
 }  // namespace

@@ -287,7 +287,7 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
       EXPECT_EQ(Short(), saved ? "" : parsed ? "!MEMORY|{}7 * 8" : "!MEMORY|{}");
       EXPECT_EQ(saved ? blocks : TEST_LiveBlocks(), blocks);
     }
-    EXPECT_TRUE(saved && count > 5) << count;
+    EXPECT_TRUE(saved && count > 3) << count;
   }
 }
 

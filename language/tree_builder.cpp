@@ -1,0 +1,172 @@
+#include "language/tree_builder.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "language/literals.h"
+#include "language/parse_state.h"
+
+namespace {
+
+// Twice as many elements of a list that begins inside its owner. False when there is no memory.
+template <class T>
+bool Grow(T *&items, const T *first, uint32_t &capacity) {
+  const uint64_t bytes = uint64_t{capacity} * 2 * sizeof(T);
+  if (bytes > UINT32_MAX) {
+    return false;
+  }
+  const bool inside = items == first;
+  void *grown = inside ? WRENMemAlloc(static_cast<uint32_t>(bytes))
+                       : WRENMemRealloc(items, static_cast<uint32_t>(bytes));
+  if (grown == nullptr) {
+    return false;
+  }
+  if (inside) {
+    std::memcpy(grown, first, capacity * sizeof(T));
+  }
+  items = static_cast<T *>(grown);
+  capacity *= 2;
+  return true;
+}
+
+// The text that a node will hold.
+std::string_view TextOf(const DraftNode &node, const char *text) {
+  const std::string_view token(text + node.offset, node.length);
+  return node.kind == NODE_STRING                              ? token.substr(1, token.size() - 2)
+         : node.kind == NODE_CALL || node.kind == NODE_FORMULA ? CallName(token)
+                                                               : token;
+}
+
+// The bytes that it takes there, terminated.
+uint32_t BytesOf(const DraftNode &node, std::string_view text) {
+  const auto bytes = static_cast<uint32_t>(text.size()) + 1;
+  return node.kind == NODE_ITEM ? std::max(bytes, kLeastNameBytes) : bytes;
+}
+
+// Bytes before a node's text.
+uint32_t BytesBefore(int32_t kind) {
+  return kind == NODE_FORMULA ? kBindingAt : kind == NODE_CALL ? kCloseOffsetAt : 0;
+}
+
+// Writes what a node holds and returns where it begins. Contents are written from the end of the
+// block towards its start.
+char *PutContent(const DraftNode &node, const char *text, char *end) {
+  if (node.kind == NODE_NUMBER) {
+    char *target = end - sizeof(NumberValue);
+    auto *value = reinterpret_cast<NumberValue *>(target);
+    NumberFromLiteral(value, {text + node.offset, node.length});
+    if (node.negative) {
+      WRENNumNegate(value);
+    }
+    return target;
+  }
+  const std::string_view extract = TextOf(node, text);
+  char *target = end - BytesOf(node, extract);
+  std::memcpy(target, extract.data(), extract.size());
+  if (node.kind == NODE_CALL || node.kind == NODE_FORMULA) {
+    std::memcpy(target - kCallSizeAt, &node.size, sizeof node.size);
+    std::memcpy(target - kCloseOffsetAt, &node.closeOffset, sizeof node.closeOffset);
+  }
+  return target;
+}
+
+bool HasContent(int32_t kind) {
+  return kind == NODE_NUMBER || HasText(kind);
+}
+
+// Puts the nodes, which come children first, into the block, where they go parent first: the place
+// of a node is its index less that of the first node in its subtree, and one for each node above
+// it.
+void PutNodes(TreeBuilder &builder, const char *text, ExprNode *root, char *end) {
+  DraftNode *drafts = builder.nodes;
+  uint32_t above = builder.count - 1;  // the nearest node that the next one can be below
+  uint32_t depth = 0;
+  ExprNode *aboveNode = nullptr;
+  for (uint32_t i = builder.count; i-- > 0;) {
+    const DraftNode &draft = drafts[i];
+    while (depth > 0 && i + drafts[above].size <= above) {
+      above = drafts[above].parent;
+      depth--;
+      aboveNode = root + (above + 1 - drafts[above].size + depth - 1);
+    }
+    ExprNode *node = root + (i + 1 - draft.size + depth);
+    node->kind = draft.kind;
+    node->dataType = draft.dataType;
+    node->length = draft.length;
+    node->detail = draft.detail;
+    node->offset = draft.offset;
+    node->parent = aboveNode == nullptr ? 0 : static_cast<uint32_t>(node - aboveNode);
+    if (HasContent(draft.kind)) {
+      char *content = PutContent(draft, text, end);
+      node->content = static_cast<uint32_t>(content - reinterpret_cast<char *>(node));
+      end = content - BytesBefore(draft.kind);
+    } else {
+      node->content = draft.size;
+    }
+    if (draft.size > 1) {
+      drafts[i].parent = above;
+      above = i;
+      aboveNode = node;
+      depth++;
+    }
+  }
+}
+
+}  // namespace
+
+void BuilderBegin(TreeBuilder &builder) {
+  builder.nodes = builder.firstNodes;
+  builder.count = 0;
+  builder.capacity = kFirstNodes;
+  builder.arguments = builder.firstArguments;
+  builder.argumentCount = 0;
+  builder.argumentCapacity = kFirstArguments;
+  builder.contentBytes = 0;
+  builder.refers = false;
+}
+
+void BuilderEnd(TreeBuilder &builder) {
+  if (builder.nodes != builder.firstNodes) {
+    WRENMemFree(builder.nodes);
+  }
+  if (builder.arguments != builder.firstArguments) {
+    WRENMemFree(builder.arguments);
+  }
+  BuilderBegin(builder);
+}
+
+bool BuilderGrow(TreeBuilder &builder) {
+  return Grow(builder.nodes, builder.firstNodes, builder.capacity);
+}
+
+bool BuilderAddArgument(TreeBuilder &builder, uint32_t node) {
+  if (builder.argumentCount == builder.argumentCapacity &&
+      !Grow(builder.arguments, builder.firstArguments, builder.argumentCapacity)) {
+    return false;
+  }
+  builder.arguments[builder.argumentCount++] = node;
+  return true;
+}
+
+void BuilderAddContent(TreeBuilder &builder, const DraftNode &node, const char *text) {
+  builder.contentBytes += BytesBefore(node.kind) + (node.kind == NODE_NUMBER
+                                                        ? static_cast<uint32_t>(sizeof(NumberValue))
+                                                        : BytesOf(node, TextOf(node, text)));
+}
+
+FinishedTree FinishTree(TreeBuilder &builder, const char *text, uint32_t before, uint64_t after) {
+  const uint64_t treeBytes = uint64_t{builder.count} * sizeof(ExprNode) + builder.contentBytes;
+  const uint64_t bytes = before + treeBytes + after;
+  if (bytes > UINT32_MAX) {
+    return {};
+  }
+  auto *block = static_cast<char *>(WRENMemAlloc(static_cast<uint32_t>(bytes)));
+  if (block == nullptr) {
+    return {};
+  }
+  auto *root = reinterpret_cast<ExprNode *>(block + before);
+  char *end = block + before + treeBytes;
+  PutNodes(builder, text, root, end);
+  root->flags = builder.refers ? kFlagRefers : 0;
+  return {block, root, end};
+}

@@ -1,0 +1,89 @@
+// Trees under construction.
+//
+// While a text is parsed its nodes stand one after another in the order in which they were built,
+// each after its children. Where they have texts they only know the places in the formula's text.
+// FinishTree makes the block of tree.h from them, with one allocation.
+#ifndef ORLI11_LANGUAGE_TREE_BUILDER_H
+#define ORLI11_LANGUAGE_TREE_BUILDER_H
+
+#include <cstdint>
+
+#include "language/tree.h"
+
+// Nodes and arguments that need no memory beside the builder.
+constexpr uint32_t kFirstNodes = 512;
+constexpr uint32_t kFirstArguments = 64;
+
+// A node before it has its place in a tree.
+struct DraftNode {
+  uint16_t kind;
+  int16_t dataType;
+  uint16_t length;
+  uint8_t detail;
+  bool negative;  // of a number: its sign
+  int32_t offset;
+  int32_t closeOffset;
+  uint32_t size;    // nodes in the subtree
+  uint32_t parent;  // while the tree is finished: the index of the parent
+};
+
+struct TreeBuilder {
+  DraftNode *nodes;
+  uint32_t count;
+  uint32_t capacity;
+  uint32_t *arguments;  // roots of the arguments and members of lists that are not complete
+  uint32_t argumentCount;
+  uint32_t argumentCapacity;
+  uint64_t contentBytes;  // what the texts and numbers of the nodes will need
+  bool refers;            // there is a NODE_FORMULA
+  DraftNode firstNodes[kFirstNodes];
+  uint32_t firstArguments[kFirstArguments];
+};
+
+// Makes a builder ready for a tree, and frees what it holds.
+void BuilderBegin(TreeBuilder &builder);
+void BuilderEnd(TreeBuilder &builder);
+
+// A new node, the last of a subtree of `size` nodes, with zeros in its other fields; null when
+// there is no memory. The address holds until the next node is added.
+DraftNode *BuilderAdd(TreeBuilder &builder, int32_t kind, uint32_t size);
+
+// Takes a node that is built as an argument. False when there is no memory.
+bool BuilderAddArgument(TreeBuilder &builder, uint32_t node);
+
+// Counts the bytes that the node's text or number will need, once its kind and span are settled.
+// `text` is the formula's.
+void BuilderAddContent(TreeBuilder &builder, const DraftNode &node, const char *text);
+
+// The node that was built last.
+inline const DraftNode &BuiltRoot(const TreeBuilder &builder) {
+  return builder.nodes[builder.count - 1];
+}
+
+// A tree in a block that holds more: `before` bytes, the tree, and `after` bytes, zeroed.
+struct FinishedTree {
+  char *block;
+  ExprNode *root;
+  char *after;
+};
+
+// Makes the tree of all nodes, the last of which is the root. `text` is the formula's. The block is
+// null when there is no memory; otherwise the caller owns it.
+FinishedTree FinishTree(TreeBuilder &builder, const char *text, uint32_t before, uint64_t after);
+
+// ---- Inline ----
+
+bool BuilderGrow(TreeBuilder &builder);
+
+inline DraftNode *BuilderAdd(TreeBuilder &builder, int32_t kind, uint32_t size) {
+  if (builder.count == builder.capacity && !BuilderGrow(builder)) {
+    return nullptr;
+  }
+  DraftNode *node = &builder.nodes[builder.count++];
+  *node = DraftNode{};
+  node->kind = static_cast<uint16_t>(kind);
+  node->size = size;
+  return node;
+}
+
+#endif
