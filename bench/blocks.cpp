@@ -78,7 +78,11 @@ Block DoubledChain(bool backwards) {
   for (int i = 0; i < kRows; i++) {
     const int row = backwards ? kRows - 1 - i : i;
     const std::string below = Name('F', row - 1) + "()";
-    block.Add(Name('F', row), row == 0 ? "1" : below + "+" + below);
+    std::string text = row == 0 ? "1" : below;
+    if (row != 0) {
+      text.append("+").append(below);
+    }
+    block.Add(Name('F', row), text);
   }
   return block;
 }

@@ -70,7 +70,7 @@ inline void Arithmetic(Evaluation &run, Value *left, Value *right) {
 
 // One more than `top` is the first free place of the value stack, throughout.
 void RunProgram(Evaluation &run, Program *program) {
-  const EC ec = run.ec;
+  ExprContext *const ec = run.ec;
   Word *code = ProgramCode(program);
   Value *top = run.values.items - 1;
   for (;;) {

@@ -249,7 +249,10 @@ CsvReadingOwner Begin(CsvFile &csv, size_t input, CsvRowProc proc, void *user, s
   reading->state.proc = proc;
   reading->state.user = user;
   reading->state.error = &error;
-  return BeginInput(*reading, input) ? std::move(reading) : nullptr;
+  if (!BeginInput(*reading, input)) {
+    reading.reset();
+  }
+  return reading;
 }
 
 /* The end of an input: the last row may lack its line end. */
