@@ -5,15 +5,16 @@
 #include <bit>
 #include <cstring>
 
+#include "platform/owned.h"
+
 namespace {
 
 constexpr uint32_t kArenaBlock = 64 * 1024;
 
 void FreeBlocks(ArenaBlock *block) {
   while (block != nullptr) {
-    ArenaBlock *next = block->next;
-    WRENMemFree(block);
-    block = next;
+    const Owned<ArenaBlock> ended(block);
+    block = block->next;
   }
 }
 

@@ -20,7 +20,7 @@ bool RootIs(HEXP exp, int32_t kind) {
 }  // namespace
 
 void FreeExpression::operator()(Expression *expression) const {
-  WRENMemFree(expression->program);
+  const OwnedBlock program(expression->program);
   ReleaseNames(expression->tree);
   const OwnedText text(expression->ownsText ? expression->text : nullptr);
   const Owned<Expression> content(expression->content);
@@ -71,7 +71,7 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
 void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh) {
   RemoveReferences(ec, expression->tree);
   ReleaseNames(expression->tree);
-  WRENMemFree(std::exchange(expression->program, nullptr));
+  const OwnedBlock program(std::exchange(expression->program, nullptr));
   ReplaceText(expression, nullptr);
   const char *oldName = expression->name;
   NameIndexRename(ec->expressionNames, expression->entry, fresh->name);

@@ -5,6 +5,7 @@
 
 #include "language/literals.h"
 #include "language/parse_state.h"
+#include "platform/owned.h"
 
 namespace {
 
@@ -127,10 +128,10 @@ void BuilderBegin(TreeBuilder &builder) {
 
 void BuilderEnd(TreeBuilder &builder) {
   if (builder.nodes != builder.firstNodes) {
-    WRENMemFree(builder.nodes);
+    const Owned<DraftNode> nodes(builder.nodes);
   }
   if (builder.arguments != builder.firstArguments) {
-    WRENMemFree(builder.arguments);
+    const Owned<uint32_t> arguments(builder.arguments);
   }
   BuilderBegin(builder);
 }

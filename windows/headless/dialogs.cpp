@@ -33,6 +33,8 @@ void Move(OrlRect *rect, int32_t x, int32_t y) {
 }
 
 void FreeDialog(Dialog *dialog) {
+  const Owned<Dialog> record(dialog);
+  const Owned<Control> controls(dialog->controls);
   for (int32_t i = 0; i < dialog->controlCount; ++i) {
     FreeText(&dialog->controls[i].text);
     FreeRows(&dialog->controls[i].list);
@@ -40,10 +42,8 @@ void FreeDialog(Dialog *dialog) {
   while (dialog->timers != nullptr) {
     KillTimerOf(dialog, dialog->timers->id);
   }
-  WRENMemFree(dialog->controls);
   FreeText(&dialog->name);
   FreeText(&dialog->title);
-  WRENMemFree(dialog);
 }
 
 bool FillControls(Dialog *dialog, const OrlDialogTemplate *model) {

@@ -160,8 +160,7 @@ bool Copy(const Control *edit) {
   if (from == to || !ReplaceBytes(&copy, 0, 0, Bytes(edit->text) + from, to - from)) {
     return false;
   }
-  WRENMemFree(session.clipboard);
-  session.clipboard = copy.bytes;
+  ReplaceBlock(session.clipboard, OwnedText(copy.bytes));
   return true;
 }
 
@@ -179,13 +178,13 @@ void Clear(Control *edit) {
 
 void Paste(Control *edit) {
   // A copy, as the clipboard may change while the dialog is told.
-  char *text = session.clipboard == nullptr ? nullptr : CopyOfText(session.clipboard);
+  const OwnedText text = session.clipboard == nullptr ? nullptr : CopyOfText(session.clipboard);
   if (text != nullptr) {
-    const size_t length = HasLines(edit) ? std::strlen(text) : std::strcspn(text, "\r\n");
+    const char *bytes = text.get();
+    const size_t length = HasLines(edit) ? std::strlen(bytes) : std::strcspn(bytes, "\r\n");
     if (length > 0) {
-      Replace(edit, text, static_cast<int32_t>(length), false);
+      Replace(edit, bytes, static_cast<int32_t>(length), false);
     }
-    WRENMemFree(text);
   }
 }
 

@@ -36,13 +36,13 @@ int32_t InsertRow(Control *control, int32_t row, const char *text) {
     return ORL_LB_ERR;
   }
   list.rows = static_cast<Row *>(rows);
-  char *copy = CopyOfText(text);
+  OwnedText copy = CopyOfText(text);
   if (copy == nullptr) {
     return ORL_LB_ERR;
   }
   ForgetPictures(control);
   std::copy_backward(list.rows + row, list.rows + list.count, list.rows + list.count + 1);
-  list.rows[row] = {copy, 0, nullptr};
+  list.rows[row] = {copy.release(), 0, nullptr};
   ++list.count;
   list.current += list.current >= row ? 1 : 0;
   return row;
@@ -51,7 +51,7 @@ int32_t InsertRow(Control *control, int32_t row, const char *text) {
 int32_t DeleteRow(Control *control, int32_t row) {
   List &list = control->list;
   ForgetPictures(control);
-  WRENMemFree(list.rows[row].text);
+  ReplaceBlock(list.rows[row].text);
   std::copy(list.rows + row + 1, list.rows + list.count, list.rows + row);
   --list.count;
   if (list.current == row) {
@@ -185,10 +185,9 @@ bool HasRow(const Control *list, int64_t row) {
 void FreeRows(List *list) {
   for (int32_t row = 0; row < list->count; ++row) {
     FreePicture(list, &list->rows[row]);
-    WRENMemFree(list->rows[row].text);
+    ReplaceBlock(list->rows[row].text);
   }
-  WRENMemFree(list->rows);
-  list->rows = nullptr;
+  ReplaceBlock(list->rows);
   list->count = 0;
 }
 

@@ -18,7 +18,7 @@ bool IsLoopOver() {
 }
 
 bool TakePosted(Posted *taken) {
-  Posted *first = session.firstPosted;
+  const Owned<Posted> first(session.firstPosted);
   if (first == nullptr) {
     return false;
   }
@@ -27,7 +27,6 @@ bool TakePosted(Posted *taken) {
   if (first->next == nullptr) {
     session.lastPosted = nullptr;
   }
-  WRENMemFree(first);
   return true;
 }
 
@@ -219,9 +218,8 @@ void SetTimerOf(Dialog *dialog, uintptr_t id, uint32_t period) {
 void KillTimerOf(Dialog *dialog, uintptr_t id) {
   for (Timer **link = &dialog->timers; *link != nullptr; link = &(*link)->next) {
     if ((*link)->id == id) {
-      Timer *timer = *link;
+      const Owned<Timer> timer(*link);
       *link = timer->next;
-      WRENMemFree(timer);
       return;
     }
   }
@@ -253,17 +251,15 @@ int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_
     return 0;
   }
   session.boxes = static_cast<BoxRecord *>(boxes);
-  char *keptText = CopyOfText(text);
-  char *keptCaption = CopyOfText(caption);
+  OwnedText keptText = CopyOfText(text);
+  OwnedText keptCaption = CopyOfText(caption);
   Dialog *box =
       keptText == nullptr || keptCaption == nullptr ? nullptr : NewBox(parent, caption, type);
   if (box == nullptr) {
-    WRENMemFree(keptText);
-    WRENMemFree(keptCaption);
     return 0;
   }
   const int32_t index = session.boxCount++;
-  session.boxes[index] = {keptText, keptCaption, type, box->window, parent, 0};
+  session.boxes[index] = {keptText.release(), keptCaption.release(), type, box->window, parent, 0};
   const Hold hold(box);
   const auto answer = static_cast<int32_t>(RunModal(box));
   session.boxes[index].answer = answer;

@@ -54,8 +54,7 @@ void FreePicture(List *list, Row *row) {
     session.surface = nullptr;
   }
   FreeText(&row->picture->text);
-  WRENMemFree(row->picture);
-  row->picture = nullptr;
+  ReplaceBlock(row->picture);
   --list->pictures;
 }
 
@@ -150,10 +149,9 @@ void *LoadBitmapFile(const OrlBitmap *bitmap) {
 
 void DeleteBitmapHandle(void *bitmap) {
   Bitmap **link = LinkOf(bitmap);
-  Bitmap *found = *link;
+  const Owned<Bitmap> found(*link);
   if (found != nullptr) {
     *link = found->next;
-    WRENMemFree(found);
   }
 }
 

@@ -62,14 +62,14 @@ bool SetText(Text *text, const char *bytes) {
 }
 
 void FreeText(Text *text) {
-  WRENMemFree(text->bytes);
+  const OwnedText bytes(text->bytes);
   *text = {};
 }
 
-char *CopyOfText(const char *text) {
+OwnedText CopyOfText(const char *text) {
   Text copy = {};
   SetText(&copy, text);
-  return copy.bytes;
+  return OwnedText(copy.bytes);
 }
 
 int32_t CopyOut(const char *text, char *buffer, int32_t size) {

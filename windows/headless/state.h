@@ -9,6 +9,7 @@
 
 #include <cstdint>
 
+#include "platform/owned.h"
 #include "windows/headless/headless.h"
 
 namespace headless {
@@ -157,7 +158,7 @@ bool SetText(Text *text, const char *bytes);
 // Puts `count` bytes in place of those from `from` to `to`.
 bool ReplaceBytes(Text *text, int32_t from, int32_t to, const char *bytes, int32_t count);
 void FreeText(Text *text);
-char *CopyOfText(const char *text);
+OwnedText CopyOfText(const char *text);
 // Makes room for `needed` entries of an array; false without memory.
 bool MakeRoom(void **entries, int32_t *room, int32_t needed, uint32_t entrySize);
 // Copies what fits; the length of the whole text.

@@ -311,21 +311,20 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  InvertIn,
                                  DrawFocusIn,
                                  nullptr,
+                                 nullptr,
                                  nullptr};
 
 void ForgetSession() {
-  Posted *posted = session.firstPosted;
-  while (posted != nullptr) {
-    Posted *next = posted->next;
-    WRENMemFree(posted);
-    posted = next;
+  while (session.firstPosted != nullptr) {
+    const Owned<Posted> posted(session.firstPosted);
+    session.firstPosted = posted->next;
   }
   for (int32_t i = 0; i < session.boxCount; ++i) {
-    WRENMemFree(session.boxes[i].text);
-    WRENMemFree(session.boxes[i].caption);
+    ReplaceBlock(session.boxes[i].text);
+    ReplaceBlock(session.boxes[i].caption);
   }
-  WRENMemFree(session.boxes);
-  WRENMemFree(session.clipboard);
+  ReplaceBlock(session.boxes);
+  ReplaceBlock(session.clipboard);
   FreeBitmaps();
   const uint64_t serials = session.serials;  // no handle comes twice
   session = {};

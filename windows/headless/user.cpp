@@ -361,11 +361,10 @@ int32_t ORLHeadlessRepaint(OrlWindow window) {
 }
 
 int32_t ORLHeadlessSetClipboard(const char *text) {
-  char *copy = text == nullptr ? nullptr : headless::CopyOfText(text);
+  OwnedText copy = text == nullptr ? nullptr : headless::CopyOfText(text);
   if (text != nullptr && copy == nullptr) {
     return 0;
   }
-  WRENMemFree(session.clipboard);
-  session.clipboard = copy;
+  ReplaceBlock(session.clipboard, std::move(copy));
   return 1;
 }
