@@ -18,6 +18,9 @@ MOST_TEXT = 2**31 - 1  # bytes of a column of strings
 # A NumberValue, as an element of an array.
 CELL = numpy.dtype([("length", "u1"), ("payload", "u1", 12)])
 
+NANOSECONDS = numpy.dtype("datetime64[ns]")  # the dates of pandas
+NOT_A_TIME = numpy.iinfo("int64").min  # as datetime64 has NaT
+
 _EPOCH = datetime.datetime(1970, 1, 1)
 _MICROSECOND = datetime.timedelta(microseconds=1)
 FIRST_MOMENT = (datetime.datetime.min - _EPOCH) // _MICROSECOND
@@ -99,7 +102,9 @@ def _numbers(values: Any) -> _Converted:
     kind = array.dtype.kind
     if kind == "f":
         data = numpy.ascontiguousarray(array, "float64")
-        return DOUBLE, data, None, numpy.isfinite(data)
+        with numpy.errstate(over="ignore", invalid="ignore"):
+            finite = numpy.isfinite(data.sum())  # then all are
+        return DOUBLE, data, None, None if finite else numpy.isfinite(data)
     if kind in "biu" and array.dtype != numpy.uint64:
         return INT64, numpy.ascontiguousarray(array, "int64"), None, None
     return _cells(array, set_number)
@@ -110,6 +115,9 @@ def _dates(values: Any) -> _Converted:
     if array.dtype.kind == "M":
         if getattr(getattr(values, "dtype", None), "tz", None) is not None:
             raise ValueError("dates with a time zone; dates of formulas have none")
+        if array.dtype == NANOSECONDS:  # all are in range
+            data = numpy.ascontiguousarray(array).view("int64")
+            return TIMESTAMP, data // 1000, None, data != NOT_A_TIME
         data = numpy.ascontiguousarray(array.astype("datetime64[us]", copy=False)).view("int64")
         return TIMESTAMP, data, None, (data >= FIRST_MOMENT) & (data <= LAST_MOMENT)
     return _cells(array, set_date)

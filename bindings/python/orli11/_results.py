@@ -7,10 +7,14 @@ from typing import Any, List, Optional
 
 import numpy
 
-from ._columns import CELL, CELLS, DOUBLE, INT64, TEXT, TIMESTAMP, pointer
+from ._columns import (CELL, CELLS, DOUBLE, INT64, NANOSECONDS, NOT_A_TIME, TEXT, TIMESTAMP,
+                       pointer)
 from ._library import engine, ffi
 from ._values import number_buffer, number_from
 from .types import NUMBER, STRING, Type
+
+# The microseconds that nanoseconds of 64 bits reach.
+_FIRST, _LAST = -(2**63 // 1000), (2**63 - 1) // 1000
 
 
 class _Result:
@@ -101,21 +105,23 @@ class _Dates(_Result):
 
     def array(self) -> numpy.ndarray:
         missing = self.missing()
-        moments = self.values.view("datetime64[us]")
         if missing is not None:
-            moments[missing] = numpy.datetime64("NaT")
-        return moments
+            self.values[missing] = NOT_A_TIME
+        return self.values.view("datetime64[us]")
 
     def series(self, index, name: Optional[str]) -> Any:
         """Its dates as datetime64[ns], or as objects where some lie outside 1677 to 2262."""
         import pandas
-        moments = self.array()
-        try:
-            return pandas.Series(moments, index=index, name=name)
-        except pandas.errors.OutOfBoundsDatetime:
-            dates = moments.astype(object)
-            dates[numpy.isnat(moments)] = pandas.NaT
-            return pandas.Series(dates, index=index, name=name, dtype=object)
+        missing = self.missing()
+        # The elements of rows without a value are zero.
+        if not len(self.values) or _FIRST <= self.values.min() <= self.values.max() <= _LAST:
+            moments = self.values * 1000
+            if missing is not None:
+                moments[missing] = NOT_A_TIME
+            return pandas.Series(moments.view(NANOSECONDS), index=index, name=name, copy=False)
+        dates = self.array().astype(object)
+        dates[slice(0) if missing is None else missing] = pandas.NaT
+        return pandas.Series(dates, index=index, name=name, dtype=object)
 
 
 class _Texts(_Result):
