@@ -5,6 +5,8 @@
 #include <bit>
 #include <cstring>
 
+#include "dates/stored_date.h"
+#include "evaluation/batch_dates.h"
 #include "platform/owned.h"
 
 namespace {
@@ -44,6 +46,17 @@ char *ArenaText(TextArena &arena, uint32_t length) {
   block->used += length;
   arena.bytes += length;
   return text;
+}
+
+char *ArenaTexts(BatchRun &run, uint64_t length) {
+  run.arena.bytes += length;
+  if (ArenaIsFull(run)) {
+    return nullptr;
+  }
+  run.arena.bytes -= length;
+  char *texts = length > UINT32_MAX ? nullptr : ArenaText(run.arena, static_cast<uint32_t>(length));
+  run.outOfMemory = run.outOfMemory || texts == nullptr;
+  return texts;
 }
 
 void ArenaReset(TextArena &arena) {
@@ -89,6 +102,12 @@ void SetSingleValue(Batch *batch, const Value &value) {
   *OwnElements<Value>(*batch, BatchForm::Values) = value;
 }
 
+void SetSingleInstant(Batch *batch, int64_t instant) {
+  batch->single = true;
+  batch->someMissing = false;
+  *OwnElements<int64_t>(*batch, BatchForm::Dates) = instant;
+}
+
 void SetSingleText(Batch *batch, const char *bytes, uint32_t length) {
   batch->single = true;
   *OwnElements<TextSlice>(*batch, BatchForm::Texts) = {bytes, length};
@@ -129,6 +148,27 @@ Decimal LaneNumber(const Batch &batch, uint32_t row) {
   return d;
 }
 
+void SetNarrowLanes(Batch *batch, uint32_t count, int32_t exponent) {
+  batch->form = BatchForm::Narrow;
+  batch->data = batch->own;
+  batch->exponent = exponent;
+  batch->bound = BoundOf(NarrowLanes(*batch), count);
+}
+
+void MergeMissing(Batch *left, const Batch &right) {
+  if (!right.someMissing) {
+    return;
+  }
+  if (!left->someMissing) {
+    left->missing = right.missing;
+    left->someMissing = true;
+    return;
+  }
+  for (uint32_t i = 0; i < std::size(left->missing.words); i++) {
+    left->missing.words[i] |= right.missing.words[i];
+  }
+}
+
 // From the last row to the first, since values are larger than the lanes in whose place they come.
 void MakeValues(const BatchRun &run, Batch *batch) {
   if (batch->form == BatchForm::Values) {
@@ -142,7 +182,13 @@ void MakeValues(const BatchRun &run, Batch *batch) {
   Value *values = OwnElements<Value>(*batch, BatchForm::Values);
   for (uint32_t row = RowsOf(run, lanes); row-- > 0;) {
     Value value;
-    SetNumber(&value, LaneNumber(lanes, row));
+    if (lanes.form == BatchForm::Dates) {
+      NumberValue date;
+      EncodeDate(&date, PartsOfInstant(NarrowLanes(lanes)[row]));
+      SetPacked(&value, &date);
+    } else {
+      SetNumber(&value, LaneNumber(lanes, row));
+    }
     if (lanes.someMissing && HasBit(lanes.missing, row)) {
       value.form = ValueForm::None;
     }
@@ -156,6 +202,7 @@ void MakeRows(const BatchRun &run, Batch *batch) {
   }
   switch (batch->form) {
     case BatchForm::Narrow:
+    case BatchForm::Dates:
       Repeat<int64_t>(batch, run.count);
       break;
     case BatchForm::Wide:

@@ -20,6 +20,7 @@ constexpr uint32_t kLeastBatchRows = 8;
 enum class BatchForm : uint8_t {
   Narrow,  // int64_t lanes
   Wide,    // Int128 lanes of at most 26 significant digits, with zeros behind them
+  Dates,   // int64_t, instants of the calendar; see batch_dates.h
   Values,  // Value: Narrow, Wide, Packed or None
   Texts    // TextSlice; null bytes where there is no value
 };
@@ -36,13 +37,13 @@ inline bool HasBit(const RowBits &bits, uint32_t row) {
 struct Batch {
   BatchForm form;
   bool single;       // all rows have the value of the first
-  bool someMissing;  // lanes: `missing` holds, else every row has a value
+  bool someMissing;  // lanes, dates: `missing` holds, else every row has a value
   int32_t exponent;  // lanes: of all rows, not above 0
   uint32_t bound;    // lanes: no magnitude is above 2^bound
   const void *data;  // in `own`, or of a column or another batch
   void *own;         // room for a Value for each row
   Word *call;        // of a frame, which waits for its arguments
-  RowBits missing;   // lanes: rows without a value
+  RowBits missing;   // rows without a value
 };
 
 // The texts that a batch makes.
@@ -76,11 +77,15 @@ struct BatchRun {
   BatchRun &operator=(const BatchRun &) = delete;
 };
 
-// Whether the batch has made so much text that fewer rows at a time are better.
+// Whether the batch has made so much text that fewer rows at a time are better. Steps may stop
+// then, since the batch begins anew.
 inline bool ArenaIsFull(const BatchRun &run) {
   constexpr uint64_t kMostBytes = 4 * 1024 * 1024;
   return run.arena.bytes > kMostBytes && run.count > kLeastBatchRows;
 }
+// Room for the texts that a step makes for all rows; null where they make the arena full, and when
+// out of memory.
+char *ArenaTexts(BatchRun &run, uint64_t length);
 
 // ---- Elements ----
 
@@ -115,6 +120,7 @@ T *OwnElements(Batch &batch, BatchForm form) {
 
 void SetSingleNumber(Batch *batch, const Decimal &number);
 void SetSingleValue(Batch *batch, const Value &value);
+void SetSingleInstant(Batch *batch, int64_t instant);
 void SetSingleText(Batch *batch, const char *bytes, uint32_t length);
 void SetNoValues(Batch *batch);
 
@@ -125,7 +131,12 @@ void LoadColumn(const BatchRun &run, const OrlColumn &column, int32_t type, Batc
 uint32_t BoundOf(const int64_t *lanes, uint32_t count);
 uint32_t BoundOf(const Int128 *lanes, uint32_t count);
 
-// Turns lanes into values; a batch of values stays, one of texts has none.
+// Makes the batch's own memory its lanes, of which there are `count`.
+void SetNarrowLanes(Batch *batch, uint32_t count, int32_t exponent);
+// The result of an operation has no value where the right operand has none either.
+void MergeMissing(Batch *left, const Batch &right);
+
+// Turns lanes and dates into values; a batch of values stays, one of texts has none.
 void MakeValues(const BatchRun &run, Batch *batch);
 // One element for each row, where all rows shared one.
 void MakeRows(const BatchRun &run, Batch *batch);
@@ -135,7 +146,7 @@ Decimal LaneNumber(const Batch &batch, uint32_t row);
 // ---- Steps: the result takes the place of the left batch ----
 
 void BatchArithmetic(BatchRun &run, Operation operation, Batch *left, Batch *right);
-void BatchMoveDate(BatchRun &run, const Instruction &instruction, Batch *left, Batch *right);
+void BatchMoveDate(const BatchRun &run, const Instruction &instruction, Batch *left, Batch *right);
 void BatchSubtractDates(BatchRun &run, Batch *left, Batch *right);
 void BatchConcatenate(BatchRun &run, Batch *left, Batch *right);
 // A call of a built-in function: the result takes the place of the frame, which the arguments

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The value of a row of an argument; texts become the last ones of the buffer.
+// The value of a row of an argument that is not dates; texts become the last ones of the buffer.
 void TakeArgument(BatchRun &run, const Batch &batch, uint32_t row, Value *value) {
   const uint32_t at = batch.single ? 0 : row;
   switch (batch.form) {
@@ -66,10 +66,15 @@ bool AllSingle(const Batch *args, uint32_t count) {
 
 // The result waits in the arguments' place, which each row reads before it is written.
 void CallEachRow(BatchRun &run, Word *code, Batch *frame, uint32_t count) {
-  const Batch *args = frame + 1;
+  Batch *args = frame + 1;
   const bool texts = code->instruction.type == ORL_TYPE_STRING;
   const uint32_t rows = AllSingle(args, count) ? 1 : run.count;
   Value *stack = run.inner.values.items;
+  for (uint32_t i = 0; i < count; i++) {
+    if (args[i].form == BatchForm::Dates) {
+      MakeValues(run, &args[i]);
+    }
+  }
   auto *slices = texts ? OwnElements<TextSlice>(*frame, BatchForm::Texts) : nullptr;
   Value *values = texts ? nullptr : OwnElements<Value>(*frame, BatchForm::Values);
   for (uint32_t row = 0; row < rows && !run.outOfMemory && !ArenaIsFull(run); row++) {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "evaluation/batch.h"
+#include "evaluation/batch_dates.h"
 
 namespace {
 
@@ -171,6 +172,29 @@ bool LoadNumbers(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   return true;
 }
 
+// False where a day is of no calendar year.
+bool LoadDates(const BatchRun &run, const OrlColumn &column, Batch *batch) {
+  auto *instants = static_cast<int64_t *>(batch->own);
+  bool inCalendar = true;
+  LoadMissing(run, column, batch);
+  for (uint32_t row = 0; row < run.count; row++) {
+    const bool missing = batch->someMissing && HasBit(batch->missing, row);
+    int64_t instant = 0;
+    if (!missing && column.form == ORL_COLUMN_TIMESTAMP) {
+      instant = ElementsOf<int64_t>(run, column)[row];
+    } else if (!missing) {
+      const int64_t day = ElementsOf<int32_t>(run, column)[row];
+      inCalendar = inCalendar && IsCalendarDay(day);
+      instant = day * kMicrosecondsOfDay;
+    }
+    inCalendar = inCalendar && IsCalendarInstant(instant);
+    instants[row] = instant;
+  }
+  batch->form = BatchForm::Dates;
+  batch->data = batch->own;
+  return inCalendar;
+}
+
 void LoadTexts(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   auto *slices = OwnElements<TextSlice>(*batch, BatchForm::Texts);
   const char *bytes = static_cast<const char *>(column.values);
@@ -201,7 +225,7 @@ bool LoadLanes(const BatchRun &run, const OrlColumn &column, Batch *batch, bool 
     case ORL_COLUMN_NUMBER:
       return !dates && LoadNumbers(run, column, batch);
     default:
-      return false;
+      return LoadDates(run, column, batch);
   }
 }
 

@@ -11,4 +11,15 @@ using BatchRoutine = bool (*)(BatchRun &run, Batch *frame, uint32_t count);
 // The batch form of a built-in function, or null.
 BatchRoutine BatchRoutineOf(const BuiltIn *builtIn);
 
+// Those on texts.
+bool BatchStrLeft(BatchRun &run, Batch *frame, uint32_t count);
+bool BatchStrRight(BatchRun &run, Batch *frame, uint32_t count);
+bool BatchStrMid(BatchRun &run, Batch *frame, uint32_t count);
+bool BatchStrLength(BatchRun &run, Batch *frame, uint32_t count);
+bool BatchStrTrim(BatchRun &run, Batch *frame, uint32_t count);
+bool BatchStrLTrim(BatchRun &run, Batch *frame, uint32_t count);
+bool BatchStrRTrim(BatchRun &run, Batch *frame, uint32_t count);
+bool BatchStrUpper(BatchRun &run, Batch *frame, uint32_t count);
+bool BatchStrLower(BatchRun &run, Batch *frame, uint32_t count);
+
 #endif

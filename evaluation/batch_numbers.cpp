@@ -92,20 +92,6 @@ void RoundLanes(Int128 *lanes, uint32_t count) {
   }
 }
 
-void MergeMissing(Batch *left, const Batch &right) {
-  if (!right.someMissing) {
-    return;
-  }
-  if (!left->someMissing) {
-    left->missing = right.missing;
-    left->someMissing = true;
-    return;
-  }
-  for (uint32_t i = 0; i < std::size(left->missing.words); i++) {
-    left->missing.words[i] |= right.missing.words[i];
-  }
-}
-
 // Rows of the result of an operation.
 uint32_t ResultRows(const BatchRun &run, const Batch &left, const Batch &right) {
   return left.single && right.single ? 1 : run.count;

@@ -2,7 +2,9 @@
 #include <bit>
 #include <cstring>
 
+#include "dates/stored_date.h"
 #include "evaluation/batch.h"
+#include "evaluation/batch_dates.h"
 #include "evaluation/row_output.h"
 
 namespace {
@@ -34,8 +36,7 @@ void ClearMissing(const BatchRun &run, uint32_t size, Target &target) {
 bool StoreScaled(const BatchRun &run, const Batch &batch, Target &target) {
   constexpr uint32_t kSafe = 62;
   const int32_t shift = target.results->scale + batch.exponent;
-  if (batch.form != BatchForm::Narrow || target.results->form != ORL_COLUMN_INT64 || shift < 0 ||
-      shift > 18 || batch.bound + static_cast<uint32_t>(shift * 10 / 3 + 1) > kSafe) {
+  if (shift < 0 || shift > 18 || batch.bound + static_cast<uint32_t>(shift * 10 / 3 + 1) > kSafe) {
     return false;
   }
   const int64_t *lanes = NarrowLanes(batch);
@@ -51,12 +52,19 @@ bool StoreScaled(const BatchRun &run, const Batch &batch, Target &target) {
   return true;
 }
 
+void StorePacked(const BatchRun &run, const Batch &batch, Target &target) {
+  const int64_t *lanes = NarrowLanes(batch);
+  auto *numbers = reinterpret_cast<NumberValue *>(target.elements);
+  for (uint32_t row = 0; row < run.count; row++) {
+    DecimalStore(&numbers[row], {lanes[row], batch.exponent});
+  }
+}
+
 // Integers and powers of ten that a double holds exactly have the nearest double as quotient.
 bool StoreQuotients(const BatchRun &run, const Batch &batch, Target &target) {
   constexpr uint32_t kExactBound = 53;
   constexpr int32_t kExactPower = 22;
-  if (batch.form != BatchForm::Narrow || target.results->form != ORL_COLUMN_DOUBLE ||
-      batch.bound > kExactBound || -batch.exponent > kExactPower) {
+  if (batch.bound > kExactBound || -batch.exponent > kExactPower) {
     return false;
   }
   const int64_t *lanes = NarrowLanes(batch);
@@ -68,13 +76,60 @@ bool StoreQuotients(const BatchRun &run, const Batch &batch, Target &target) {
   return true;
 }
 
+// Lanes that all have an element; false where that is not sure.
+bool StoreLanes(const BatchRun &run, const Batch &batch, Target &target) {
+  if (batch.form != BatchForm::Narrow) {
+    return false;
+  }
+  switch (target.results->form) {
+    case ORL_COLUMN_INT64:
+      return StoreScaled(run, batch, target);
+    case ORL_COLUMN_DOUBLE:
+      return StoreQuotients(run, batch, target);
+    case ORL_COLUMN_NUMBER:
+      StorePacked(run, batch, target);
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool StoreInstant(uint8_t *element, int32_t form, int64_t instant) {
+  if (form == ORL_COLUMN_DATE32) {
+    const auto day = static_cast<int32_t>(DayOfInstant(instant));
+    std::memcpy(element, &day, sizeof day);
+  } else if (form == ORL_COLUMN_TIMESTAMP) {
+    std::memcpy(element, &instant, sizeof instant);
+  } else {
+    NumberValue date;
+    EncodeDate(&date, PartsOfInstant(instant));
+    return StoreElement(element, form, 0, date);
+  }
+  return true;
+}
+
+bool StoreLane(uint8_t *element, const Target &target, const Batch &batch, uint32_t row) {
+  const int32_t form = target.results->form;
+  const int32_t scale = target.results->scale;
+  if (form != ORL_COLUMN_INT64 && form != ORL_COLUMN_DECIMAL128) {
+    return StoreNumber(element, form, scale, LaneNumber(batch, row));
+  }
+  // Zeros behind the digits are no hindrance.
+  const Int128 lane =
+      batch.form == BatchForm::Narrow ? NarrowLanes(batch)[row] : WideLanes(batch)[row];
+  return StoreInteger(element, form, scale, {lane, batch.exponent});
+}
+
 void StoreEach(const BatchRun &run, const Batch &batch, uint32_t size, Target &target) {
   const int32_t form = target.results->form;
   const int32_t scale = target.results->scale;
   for (uint32_t row = 0; row < run.count; row++) {
     uint8_t *element = target.elements + row * size;
     bool stored = false;
-    if (batch.form == BatchForm::Values) {
+    if (batch.form == BatchForm::Dates) {
+      stored = !(batch.someMissing && HasBit(batch.missing, row)) &&
+               StoreInstant(element, form, NarrowLanes(batch)[row]);
+    } else if (batch.form == BatchForm::Values) {
       const Value &value = ValuesOf(batch)[row];
       if (IsNumber(value)) {
         stored = StoreNumber(element, form, scale, NumberOf(value));
@@ -84,7 +139,7 @@ void StoreEach(const BatchRun &run, const Batch &batch, uint32_t size, Target &t
         stored = StoreElement(element, form, scale, packed);
       }
     } else if (IsLanes(batch) && !(batch.someMissing && HasBit(batch.missing, row))) {
-      stored = StoreNumber(element, form, scale, LaneNumber(batch, row));
+      stored = StoreLane(element, target, batch, row);
     }
     target.stored.words[row / 64] |= static_cast<uint64_t>(stored) << (row % 64);
   }
@@ -121,7 +176,7 @@ bool StoreBatch(const BatchRun &run, RowOutput &output, const Batch &batch) {
     if (!StoreTexts(run, output, batch, target)) {
       return false;
     }
-  } else if (StoreScaled(run, batch, target) || StoreQuotients(run, batch, target)) {
+  } else if (StoreLanes(run, batch, target)) {
     MarkAll(run, batch, &target.stored);
     if (batch.someMissing) {
       ClearMissing(run, output.elementSize, target);

@@ -1,70 +1,61 @@
-// Texts of batches, and dates that move: steps that a value of each row takes by itself.
+// Texts of batches.
 #include <cstring>
 
 #include "evaluation/batch.h"
 
 namespace {
 
-// The rows that both operands have together, as rows of their own.
-uint32_t BeginRows(const BatchRun &run, const Batch &left, const Batch &right) {
-  return left.single && right.single ? 1 : run.count;
-}
-
-template <class Compute>
-void EachValue(BatchRun &run, Batch *left, Batch *right, Compute compute) {
-  const uint32_t count = BeginRows(run, *left, *right);
-  MakeValues(run, left);
-  MakeValues(run, right);
-  const Value *a = ValuesOf(*left);
-  const Value *b = ValuesOf(*right);
-  Value *result = OwnElements<Value>(*left, BatchForm::Values);
-  for (uint32_t row = count; row-- > 0;) {
-    Value value = a[left->single ? 0 : row];
-    Value other = b[right->single ? 0 : row];
-    compute(&value, &other);
-    result[row] = value;
-  }
-  left->single = left->single && right->single;
-}
-
 TextSlice SliceAt(const Batch &batch, uint32_t row) {
   return batch.form == BatchForm::Texts ? SlicesOf(batch)[batch.single ? 0 : row]
                                         : TextSlice{nullptr, 0};
 }
 
-TextSlice Joined(BatchRun &run, const TextSlice &left, const TextSlice &right) {
-  const uint64_t length = uint64_t{left.length} + right.length;
-  if (left.bytes == nullptr || right.bytes == nullptr || length >= INT32_MAX) {
-    return {nullptr, 0};
+// Whether two texts have one that joins them.
+bool CanJoin(const TextSlice &left, const TextSlice &right) {
+  return left.bytes != nullptr && right.bytes != nullptr &&
+         uint64_t{left.length} + right.length < INT32_MAX;
+}
+
+// Copies texts that are mostly short; returns where the next one goes.
+char *Append(char *target, const TextSlice &text) {
+  const uint32_t length = text.length;
+  uint64_t first = 0;
+  uint64_t last = 0;
+  if (length > 16) {
+    std::memcpy(target, text.bytes, length);
+  } else if (length >= 8) {
+    std::memcpy(&first, text.bytes, sizeof first);
+    std::memcpy(&last, text.bytes + length - sizeof last, sizeof last);
+    std::memcpy(target, &first, sizeof first);
+    std::memcpy(target + length - sizeof last, &last, sizeof last);
+  } else {
+    for (uint32_t i = 0; i < length; i++) {
+      target[i] = text.bytes[i];
+    }
   }
-  char *text = ArenaText(run.arena, static_cast<uint32_t>(length));
-  if (text == nullptr) {
-    run.outOfMemory = true;
-    return {nullptr, 0};
-  }
-  std::memcpy(text, left.bytes, left.length);
-  std::memcpy(text + left.length, right.bytes, right.length);
-  return {text, static_cast<uint32_t>(length)};
+  return target + length;
 }
 
 }  // namespace
 
-void BatchMoveDate(BatchRun &run, const Instruction &instruction, Batch *left, Batch *right) {
-  EachValue(run, left, right,
-            [&](Value *value, const Value *other) { MoveDate(instruction, value, other); });
-}
-
-void BatchSubtractDates(BatchRun &run, Batch *left, Batch *right) {
-  EachValue(run, left, right,
-            [&](Value *value, Value *other) { SubtractDates(run.inner.texts, value, other); });
-}
-
 void BatchConcatenate(BatchRun &run, Batch *left, Batch *right) {
-  const uint32_t count = BeginRows(run, *left, *right);
+  const bool single = left->single && right->single;
+  const uint32_t count = single ? 1 : run.count;
   const Batch operand = *left;
-  auto *result = OwnElements<TextSlice>(*left, BatchForm::Texts);
-  for (uint32_t row = count; row-- > 0 && !run.outOfMemory && !ArenaIsFull(run);) {
-    result[row] = Joined(run, SliceAt(operand, row), SliceAt(*right, row));
+  uint64_t total = 0;
+  for (uint32_t row = 0; row < count; row++) {
+    total += uint64_t{SliceAt(operand, row).length} + SliceAt(*right, row).length;
   }
-  left->single = operand.single && right->single;
+  char *end = ArenaTexts(run, total);
+  auto *result = OwnElements<TextSlice>(*left, BatchForm::Texts);
+  for (uint32_t row = count; row-- > 0 && end != nullptr;) {
+    const TextSlice a = SliceAt(operand, row);
+    const TextSlice b = SliceAt(*right, row);
+    result[row] = {nullptr, 0};
+    if (CanJoin(a, b)) {
+      result[row] = {end, a.length + b.length};
+      end = Append(Append(end, a), b);
+    }
+  }
+  left->single = single;
 }

@@ -61,9 +61,17 @@ bool StoreElement(void *element, int32_t form, int32_t scale, const NumberValue 
 // The same for a number.
 bool StoreNumber(void *element, int32_t form, int32_t scale, const Decimal &number);
 
+// The same for INT64 and DECIMAL128, and a coefficient of any length.
+bool StoreInteger(void *element, int32_t form, int32_t scale, const Decimal &d);
+
 // coefficient * 10^exponent, rounded half away from zero to `scale` decimals, as an integer of
 // 10^-scale; false when 128 bits do not hold it.
 bool ScaledInteger(Int128 *result, const Decimal &d, int32_t scale);
+// c / 10^digits rounded half away from zero; digits from 1 to 38, and c below 10^38 in magnitude.
+Int128 RoundedQuotient(Int128 c, int32_t digits);
+
+// The double nearest to a number; false for exponents that it does not handle.
+bool NearestDouble(double *result, const Decimal &d);
 
 // ---- The ways to compute: each begins the output ----
 

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "dates/stored_date.h"
 #include "engine/context.h"
 #include "engine/items.h"
 #include "evaluation/arithmetic.h"
 #include "evaluation/batch.h"
+#include "evaluation/batch_dates.h"
 #include "evaluation/row_output.h"
 #include "evaluation/rows.h"
 #include "platform/owned.h"
@@ -169,7 +171,14 @@ void PushPacked(const Word *code, Batch *top) {
 void PushDateOf(const char *text, Batch *top) {
   Value value;
   PushDate(text, &value);
-  SetSingleValue(top, value);
+  NumberValue date;
+  StoreValue(&date, value);
+  DateTimeParts parts;
+  if (DecodeDate(date, &parts)) {
+    SetSingleInstant(top, InstantOfParts(parts));
+  } else {
+    SetSingleValue(top, value);
+  }
 }
 
 void RunFormula(Runner &runner, const PlannedFormula &formula, Batch *stack);

@@ -1,5 +1,6 @@
 // Elements of columns as values, and values as elements.
-#include <algorithm>
+#include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "dates/stored_date.h"
@@ -27,23 +28,6 @@ bool StoreDate(void *element, int32_t form, const NumberValue &value) {
     const int64_t instant = DaysSinceEpoch(parts) * kMicrosecondsOfDay + MicrosecondsOfDay(parts);
     std::memcpy(element, &instant, sizeof instant);
   }
-  return true;
-}
-
-bool StoreInteger(void *element, int32_t form, int32_t scale, const Decimal &d) {
-  Int128 integer = 0;
-  if (!ScaledInteger(&integer, d, scale)) {
-    return false;
-  }
-  if (form == ORL_COLUMN_DECIMAL128) {
-    std::memcpy(element, &integer, sizeof integer);
-    return true;
-  }
-  const auto narrow = static_cast<int64_t>(integer);
-  if (narrow != integer) {
-    return false;
-  }
-  std::memcpy(element, &narrow, sizeof narrow);
   return true;
 }
 
@@ -121,18 +105,71 @@ uint32_t ElementSize(int32_t form) {
 }
 
 bool ScaledInteger(Int128 *result, const Decimal &d, int32_t scale) {
-  Decimal rounded = {};
-  if (!DecimalRoundTo(&rounded, d, scale)) {
+  const int32_t shift = scale + d.exponent;
+  if (shift >= 0) {
+    *result = d.coefficient;
+    return d.coefficient == 0 ||
+           (shift < kPowers &&
+            !__builtin_mul_overflow(d.coefficient, static_cast<Int128>(kPowersOfTen.of[shift]),
+                                    result));
+  }
+  *result = -shift < kPowers ? RoundedQuotient(d.coefficient, -shift) : 0;
+  return true;
+}
+
+Int128 RoundedQuotient(Int128 c, int32_t digits) {
+  constexpr int32_t kMostFives = 27;  // 5^27 is below 2^63
+  const Uint128 magnitude = DecimalMagnitude({c, 0});
+  const Uint128 sum = magnitude + kPowersOfTen.of[digits] / 2;
+  Uint128 quotient = 0;
+  if (digits <= kMostFives) {
+    const auto fives = static_cast<uint64_t>(kPowersOfTen.of[digits] >> digits);
+    const Uint128 rest = sum >> digits;
+    quotient = (rest >> 64) == 0 ? static_cast<uint64_t>(rest) / fives : rest / fives;
+  } else {
+    quotient = sum / kPowersOfTen.of[digits];
+  }
+  return DecimalOfMagnitude(quotient, 0, c < 0).coefficient;
+}
+
+bool NearestDouble(double *result, const Decimal &d) {
+  constexpr int32_t kMostFives = 27;
+  if (d.exponent > 0 || d.exponent < -kMostFives) {
     return false;
   }
-  const int32_t shift = scale + rounded.exponent;
-  if (rounded.coefficient == 0) {
+  const Uint128 magnitude = DecimalMagnitude(d);
+  if (magnitude == 0) {
     *result = 0;
     return true;
   }
-  return shift < kPowers &&
-         !__builtin_mul_overflow(rounded.coefficient,
-                                 static_cast<Int128>(kPowersOfTen.of[std::max(shift, 0)]), result);
+  const auto high = static_cast<uint64_t>(magnitude >> 64);
+  const int32_t shift =
+      high != 0 ? std::countl_zero(high) : 64 + std::countl_zero(static_cast<uint64_t>(magnitude));
+  const auto fives = static_cast<uint64_t>(kPowersOfTen.of[-d.exponent] >> -d.exponent);
+  const Uint128 shifted = magnitude << shift;
+  // At least 64 bits, the lowest of which also stands for those behind it.
+  const Uint128 quotient = shifted / fives;
+  const Uint128 rest = shifted - quotient * fives;
+  const auto nearest = static_cast<double>(quotient | (rest != 0 ? 1 : 0));
+  *result = std::ldexp(d.coefficient < 0 ? -nearest : nearest, d.exponent - shift);
+  return true;
+}
+
+bool StoreInteger(void *element, int32_t form, int32_t scale, const Decimal &d) {
+  Int128 integer = 0;
+  if (!ScaledInteger(&integer, d, scale)) {
+    return false;
+  }
+  if (form == ORL_COLUMN_DECIMAL128) {
+    std::memcpy(element, &integer, sizeof integer);
+    return true;
+  }
+  const auto narrow = static_cast<int64_t>(integer);
+  if (narrow != integer) {
+    return false;
+  }
+  std::memcpy(element, &narrow, sizeof narrow);
+  return true;
 }
 
 bool StoreNumber(void *element, int32_t form, int32_t scale, const Decimal &number) {
@@ -147,8 +184,10 @@ bool StoreNumber(void *element, int32_t form, int32_t scale, const Decimal &numb
     case ORL_COLUMN_DECIMAL128:
       return StoreInteger(element, form, scale, number);
     case ORL_COLUMN_DOUBLE:
-      DecimalStore(&packed, number);
-      WRENNumToDouble(&packed, &nearest);
+      if (!NearestDouble(&nearest, number)) {
+        DecimalStore(&packed, number);
+        WRENNumToDouble(&packed, &nearest);
+      }
       std::memcpy(element, &nearest, sizeof nearest);
       return true;
     default:
