@@ -23,7 +23,8 @@ void FreeBlocks(ArenaBlock *block) {
 template <class T>
 void Repeat(Batch *batch, uint32_t count) {
   const T value = *static_cast<const T *>(batch->data);
-  std::fill_n(OwnElements<T>(*batch, batch->form), count, value);
+  batch->data = batch->own;
+  std::fill_n(static_cast<T *>(batch->own), count, value);
 }
 
 }  // namespace
@@ -78,6 +79,14 @@ void ArenaFree(TextArena &arena) {
   arena = {};
 }
 
+bool IsAscii(const char *bytes, uint64_t length) {
+  uint8_t all = 0;
+  for (uint64_t i = 0; i < length; i++) {
+    all |= static_cast<uint8_t>(bytes[i]);
+  }
+  return all < 0x80;
+}
+
 void SetSingleNumber(Batch *batch, const Decimal &number) {
   Value value;
   SetNumber(&value, number);
@@ -111,6 +120,7 @@ void SetSingleInstant(Batch *batch, int64_t instant) {
 void SetSingleText(Batch *batch, const char *bytes, uint32_t length) {
   batch->single = true;
   *OwnElements<TextSlice>(*batch, BatchForm::Texts) = {bytes, length};
+  batch->ascii = IsAscii(bytes, length);
 }
 
 void SetNoValues(Batch *batch) {

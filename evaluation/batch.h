@@ -9,6 +9,7 @@
 #define ORLI11_EVALUATION_BATCH_H
 
 #include <cstdint>
+#include <cstring>
 
 #include "evaluation/evaluation.h"
 #include "evaluation/rows.h"
@@ -38,6 +39,7 @@ struct Batch {
   BatchForm form;
   bool single;       // all rows have the value of the first
   bool someMissing;  // lanes, dates: `missing` holds, else every row has a value
+  bool ascii;        // texts: all are known to be of ASCII alone
   int32_t exponent;  // lanes: of all rows, not above 0
   uint32_t bound;    // lanes: no magnitude is above 2^bound
   const void *data;  // in `own`, or of a column or another batch
@@ -112,8 +114,37 @@ inline bool IsLanes(const Batch &batch) {
 template <class T>
 T *OwnElements(Batch &batch, BatchForm form) {
   batch.form = form;
+  batch.ascii = false;
   batch.data = batch.own;
   return static_cast<T *>(batch.own);
+}
+
+// Whether bytes are of ASCII alone, which are the same characters in every code page.
+bool IsAscii(const char *bytes, uint64_t length);
+
+// Copies texts that are mostly short; returns where the next one goes.
+inline char *AppendText(char *target, const TextSlice &text) {
+  const uint32_t length = text.length;
+  uint64_t first = 0;
+  uint64_t last = 0;
+  if (length > 16) {
+    std::memcpy(target, text.bytes, length);
+  } else if (length >= 8) {
+    std::memcpy(&first, text.bytes, sizeof first);
+    std::memcpy(&last, text.bytes + length - sizeof last, sizeof last);
+    std::memcpy(target, &first, sizeof first);
+    std::memcpy(target + length - sizeof last, &last, sizeof last);
+  } else if (length >= 4) {
+    std::memcpy(&first, text.bytes, 4);
+    std::memcpy(&last, text.bytes + length - 4, 4);
+    std::memcpy(target, &first, 4);
+    std::memcpy(target + length - 4, &last, 4);
+  } else if (length > 0) {
+    target[0] = text.bytes[0];
+    target[length / 2] = text.bytes[length / 2];
+    target[length - 1] = text.bytes[length - 1];
+  }
+  return target + length;
 }
 
 // ---- Making batches; `own` stays what it was ----

@@ -201,6 +201,7 @@ void LoadTexts(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   const int32_t *offsets = column.offsets + run.first;
   const auto all = static_cast<size_t>(offsets[run.count] - offsets[0]);
   const bool zeros = all != 0 && std::memchr(bytes + offsets[0], 0, all) != nullptr;
+  batch->ascii = IsAscii(bytes + offsets[0], all);
   for (uint32_t row = 0; row < run.count; row++) {
     const int64_t at = run.first + row;
     if (!ColumnHasValue(column, at)) {

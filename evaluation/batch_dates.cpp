@@ -46,12 +46,23 @@ int64_t LengthOfUnit(uint16_t unit) {
 
 // Moves by months or years; false where the date leaves the calendar.
 bool MoveInstant(int64_t *result, int64_t instant, int64_t n, uint16_t unit) {
+  constexpr int32_t kInEveryMonth = 28;
   const int64_t day = DayOfInstant(instant);
   DateTimeParts parts = PartsOfDay(day);
-  if (!MoveParts(&parts, n, unit) || !IsIn(parts.year, kFirstYear, kLastYear)) {
-    return false;
+  if (parts.day <= kInEveryMonth) [[likely]] {
+    const int64_t months =
+        int64_t{parts.year} * 12 + parts.month - 1 + (unit == kUnitYear ? n * 12 : n);
+    if (months < kFirstYear * 12 || months >= (kLastYear + 1) * 12) {
+      return false;
+    }
+    parts.year = static_cast<int32_t>(months / 12);
+    parts.month = static_cast<int32_t>(months % 12) + 1;
+  } else {
+    if (!MoveParts(&parts, n, unit) || !IsIn(parts.year, kFirstYear, kLastYear)) {
+      return false;
+    }
+    parts.day = std::min(parts.day, DaysOfMonth(parts.month, parts.year));
   }
-  parts.day = std::min(parts.day, DaysOfMonth(parts.month, parts.year));
   *result = instant + (DayOfParts(parts) - day) * kMicrosecondsOfDay;
   return true;
 }

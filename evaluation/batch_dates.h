@@ -37,9 +37,14 @@ inline DateTimeParts PartsOfDay(int64_t day) {
   return parts;
 }
 
+// The way back, for a day that exists.
 inline int64_t DayOfParts(const DateTimeParts &parts) {
-  constexpr int64_t kFirstOfYear0 = kDayNumberOfYear0 - kEpochDayNumber;
-  return DaysSinceYear0(parts.month, parts.day, parts.year) + kFirstOfYear0;
+  constexpr int64_t kFirstOfMarch = -719468;
+  const bool early = parts.month <= 2;  // counts as a month of the year before
+  const auto year = static_cast<uint32_t>(parts.year - (early ? 1 : 0));
+  const auto month = static_cast<uint32_t>(parts.month + (early ? 9 : -3));
+  const uint32_t dayOfYear = (153 * month + 2) / 5 + static_cast<uint32_t>(parts.day) - 1;
+  return int64_t{year} * 365 + year / 4 - year / 100 + year / 400 + dayOfYear + kFirstOfMarch;
 }
 
 // All seven parts.

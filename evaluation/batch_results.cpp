@@ -146,20 +146,24 @@ void StoreEach(const BatchRun &run, const Batch &batch, uint32_t size, Target &t
 }
 
 bool StoreTexts(const BatchRun &run, RowOutput &output, const Batch &batch, Target &target) {
+  const bool texts = batch.form == BatchForm::Texts;
+  uint64_t total = 0;
+  for (uint32_t row = 0; texts && row < run.count; row++) {
+    total += SlicesOf(batch)[row].length;
+  }
+  char *end = OutputText(output, total);
+  if (end == nullptr) {
+    return false;
+  }
   for (uint32_t row = 0; row < run.count; row++) {
-    const TextSlice none = {nullptr, 0};
-    const TextSlice &text = batch.form == BatchForm::Texts ? SlicesOf(batch)[row] : none;
+    const TextSlice text = texts ? SlicesOf(batch)[row] : TextSlice{nullptr, 0};
     if (text.bytes != nullptr) {
-      char *room = OutputText(output, text.length);
-      if (room == nullptr) {
-        return false;
-      }
-      std::memcpy(room, text.bytes, text.length);
+      end = AppendText(end, text);
       output.textUsed += text.length;
       target.stored.words[row / 64] |= UINT64_C(1) << (row % 64);
     }
-    const auto end = static_cast<int32_t>(output.textUsed);
-    std::memcpy(target.elements + row * sizeof end, &end, sizeof end);
+    const auto used = static_cast<int32_t>(output.textUsed);
+    std::memcpy(target.elements + row * sizeof used, &used, sizeof used);
   }
   return true;
 }

@@ -5,26 +5,8 @@
 #include <cstring>
 
 #include "evaluation/batch_functions.h"
-#include "functions/value.h"
 
 namespace {
-
-constexpr uint64_t kHighBits = UINT64_C(0x8080808080808080);
-
-bool IsAscii(const TextSlice &text) {
-  uint64_t all = 0;
-  const char *bytes = text.bytes;
-  uint32_t left = text.length;
-  for (; left >= 8; left -= 8, bytes += 8) {
-    uint64_t word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    all |= word;
-  }
-  for (; left > 0; left--, bytes++) {
-    all |= static_cast<uint8_t>(*bytes);
-  }
-  return (all & kHighBits) == 0;
-}
 
 // A text without a value counts as empty.
 TextSlice TextAt(const Batch &batch, uint32_t row) {
@@ -36,8 +18,12 @@ bool IsAsciiBatch(const BatchRun &run, const Batch &batch) {
   if (batch.form != BatchForm::Texts) {
     return false;
   }
+  if (batch.ascii) {
+    return true;
+  }
   for (uint32_t row = 0; row < RowsOf(run, batch); row++) {
-    if (!IsAscii(TextAt(batch, row))) {
+    const TextSlice text = TextAt(batch, row);
+    if (!IsAscii(text.bytes, text.length)) {
       return false;
     }
   }
@@ -61,6 +47,7 @@ void EachText(const BatchRun &run, Batch *frame, Part part) {
     result[row] = part(TextAt(texts, row));
   }
   frame->single = texts.single;
+  frame->ascii = true;
 }
 
 TextSlice PartOf(const TextSlice &text, int64_t from, int64_t length) {

@@ -16,26 +16,6 @@ bool CanJoin(const TextSlice &left, const TextSlice &right) {
          uint64_t{left.length} + right.length < INT32_MAX;
 }
 
-// Copies texts that are mostly short; returns where the next one goes.
-char *Append(char *target, const TextSlice &text) {
-  const uint32_t length = text.length;
-  uint64_t first = 0;
-  uint64_t last = 0;
-  if (length > 16) {
-    std::memcpy(target, text.bytes, length);
-  } else if (length >= 8) {
-    std::memcpy(&first, text.bytes, sizeof first);
-    std::memcpy(&last, text.bytes + length - sizeof last, sizeof last);
-    std::memcpy(target, &first, sizeof first);
-    std::memcpy(target + length - sizeof last, &last, sizeof last);
-  } else {
-    for (uint32_t i = 0; i < length; i++) {
-      target[i] = text.bytes[i];
-    }
-  }
-  return target + length;
-}
-
 }  // namespace
 
 void BatchConcatenate(BatchRun &run, Batch *left, Batch *right) {
@@ -48,13 +28,14 @@ void BatchConcatenate(BatchRun &run, Batch *left, Batch *right) {
   }
   char *end = ArenaTexts(run, total);
   auto *result = OwnElements<TextSlice>(*left, BatchForm::Texts);
+  left->ascii = operand.ascii && right->ascii;
   for (uint32_t row = count; row-- > 0 && end != nullptr;) {
     const TextSlice a = SliceAt(operand, row);
     const TextSlice b = SliceAt(*right, row);
     result[row] = {nullptr, 0};
     if (CanJoin(a, b)) {
       result[row] = {end, a.length + b.length};
-      end = Append(Append(end, a), b);
+      end = AppendText(AppendText(end, a), b);
     }
   }
   left->single = single;
