@@ -16,6 +16,7 @@
 #include "engine/items.h"
 #include "language/formula_walk.h"
 #include "language/stored_tree.h"
+#include "language/bound_formula.h"
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include "language/formula_walk.h"
 #include "language/stored_tree.h"
 #include "platform/text.h"
+#include "language/bound_formula.h"
 
 namespace {
 

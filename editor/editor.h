@@ -105,6 +105,10 @@ struct EditorState {
 // procedures of its windows at any time: each looks it up once and passes it on.
 EditorState *OpenEditor();
 
+// Whether an editor runs on this thread, and which one from now on.
+bool EditorIsOpen();
+void SetOpenEditor(EditorState *editor);
+
 // Opens the editor on the record's expression; null when nothing was stored. With `repair` it is
 // opened on that formula instead.
 HEXP OrlRunEditor(OrlWindow parent, BuildRecord record, EditorMode mode, const char *itemName,
@@ -118,14 +122,18 @@ void OrlSetCurrentExpression(EditorState &editor, HEXP exp);
 // `currentExp`, or null, also in the state, when the host has destroyed that expression meanwhile.
 HEXP OrlCurrentExpression(EditorState &editor);
 
-// ---- Frame (entry.cpp, frame.cpp, opening.cpp, layout.cpp, display.cpp, controls.cpp) -----------
+// The kind of a stored expression, by its root.
+int32_t KindOfExpression(HEXP exp);
+// Whether the list of formulas leaves an expression out.
+bool OrlIsHiddenExpression(EC ec, HEXP exp);
+
+// ---- Frame (frame.cpp, opening.cpp, layout.cpp, mode.cpp, display.cpp, controls.cpp) ------------
 
 // Makes the row of exactly that text the current and the top row; false when there is none.
 bool OrlFindExact(OrlWindow list, const char *name, int32_t *row);
 // Readies the dialog for its run: state, controls, and what is there to see.
 void OrlOpenDialog(EditorState &editor);
 void OrlInitDialog(EditorState &editor);
-bool OrlIsHiddenExpression(EC ec, HEXP exp);
 void OrlShowCurrent(EditorState &editor);
 void OrlSetMode(EditorState &editor, int32_t target, bool interactive);
 void OrlSetTitle(EditorState &editor);
@@ -141,8 +149,6 @@ void OrlEnableOk(const EditorState &editor);
 // Whether the user has changed text or name.
 bool OrlIsModified(const EditorState &editor);
 void OrlClearModified(const EditorState &editor);
-// Selects the faulty bytes of a text in an edit.
-void OrlSelectError(OrlWindow edit, const FormulaError &error);
 void OrlHelpRequest(EditorState &editor, OrlWindow control, OrlHelpProc callback);
 void OrlLayoutOperators(const EditorState &editor);
 void OrlLayoutFormulas(const EditorState &editor);
@@ -171,8 +177,6 @@ void *OrlRowBitmap(const EditorState &editor, int32_t row, const char *text);
 
 // ---- Save and delete (save.cpp, select.cpp, follow.cpp) -----------------------------------------
 
-// The kind of a stored expression, by its root.
-int32_t KindOfExpression(HEXP exp);
 HEXP OrlSaveText(EditorState &editor);
 bool OrlAskSave(EditorState &editor);
 void OrlSelectFormula(EditorState &editor);
@@ -201,6 +205,8 @@ void OrlFillValues(EditorState &editor, int32_t first);
 void OrlSyncValuesButton(EditorState &editor, int32_t first);
 // Writes a text as a String literal; `target` has room for twice its length and 3 bytes.
 void OrlQuoteString(char *target, const char *text);
+// Selects the faulty bytes of a text in an edit.
+void OrlSelectError(OrlWindow edit, const FormulaError &error);
 intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaError *error);
 
 // ---- Texts of controls (control_text.cpp) -------------------------------------------------------

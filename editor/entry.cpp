@@ -1,5 +1,4 @@
-// The entries of the formula editor, and the state of a run.
-#include <algorithm>
+// The entries of the formula editor.
 #include <cstring>
 
 #include "editor/editor.h"
@@ -9,11 +8,6 @@
 #include "resources/dialogs.h"
 
 namespace {
-
-// The state of the editor that this thread has open, on the stack of its entry; null without one.
-// No more than this stands in the thread's own data, which have little room in a library that is
-// loaded late.
-thread_local EditorState *openEditor;
 
 // The value of DialogBoxParam: -1 also where there is nothing to make a dialog of.
 intptr_t RunDialog(OrlWindow parent, BuildRecord &record) {
@@ -32,26 +26,6 @@ EditorMode ModeOfType(int32_t type) {
 
 }  // namespace
 
-EditorState *OpenEditor() {
-  return Windows() != nullptr ? openEditor : nullptr;
-}
-
-bool EditorHasModes(const EditorState &editor) {
-  return editor.ec->listValuesProc != nullptr && editor.repair == nullptr;
-}
-
-void OrlSetCurrentExpression(EditorState &editor, HEXP exp) {
-  editor.currentExp = exp;
-  editor.currentSerial = RefTo(exp).serial;
-}
-
-HEXP OrlCurrentExpression(EditorState &editor) {
-  if (!IsStored(editor.ec, {editor.currentExp, editor.currentSerial})) {
-    editor.currentExp = nullptr;
-  }
-  return editor.currentExp;
-}
-
 HEXP ORLBuildExpression(void *parentWindow, EC ec, HEXP exp, uint16_t textLimit) {
   return ORLBuildExpressionOfType(parentWindow, ec, exp, textLimit, 0, nullptr);
 }
@@ -65,14 +39,14 @@ HEXP ORLBuildExpressionOfType(void *parentWindow, EC ec, HEXP exp, uint16_t text
 HEXP OrlRunEditor(OrlWindow parent, BuildRecord record, EditorMode mode, const char *itemName,
                   FormulaRepair *repair) {
   EC ec = record.ec;
-  if (ec == nullptr || openEditor != nullptr) {
+  if (ec == nullptr || EditorIsOpen()) {
     return nullptr;
   }
   if (ORLGetExpressionOrdinal(ec, record.exp) < 0) {
     record.exp = nullptr;  // a handle that is dead, or of another context, may point anywhere
   }
   EditorState editor = {};
-  openEditor = &editor;
+  SetOpenEditor(&editor);
   editor.record = &record;
   editor.ec = ec;
   editor.repair = repair;
@@ -83,7 +57,7 @@ HEXP OrlRunEditor(OrlWindow parent, BuildRecord record, EditorMode mode, const c
     std::memcpy(editor.valuesItem, itemName, itemLength);
   }
   const intptr_t ended = RunDialog(parent, record);
-  openEditor = nullptr;
+  SetOpenEditor(nullptr);
   if (ended == -1) {
     const FormulaError error = {ORL_ERR_MEMLOW, 0, 0};
     ORLErrorDisplay(parent, "", &error);

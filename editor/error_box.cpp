@@ -1,4 +1,6 @@
 // The box that shows a text with its faulty place and the message.
+#include <algorithm>
+
 #include "editor/editor.h"
 #include "editor/editor_text.h"
 #include "editor/read_only.h"
@@ -53,6 +55,14 @@ void Help(OrlHelpProc callback) {
 }
 
 }  // namespace
+
+void OrlSelectError(OrlWindow edit, const FormulaError &error) {
+  // A span may lie behind the text, where the edit cuts it; beyond what numbers hold it is cut
+  // here.
+  const int64_t start = std::max(error.offset, 0);
+  const int64_t end = std::min<int64_t>(start + std::max(error.length, 0), INT32_MAX);
+  Select(edit, static_cast<int32_t>(start), static_cast<int32_t>(end));
+}
 
 int32_t ORLErrorDisplay(void *parentWindow, const char *text, const FormulaError *error) {
   return static_cast<int32_t>(Display(kDialogError, parentWindow, text, error));

@@ -173,19 +173,6 @@ bool OrlFindExact(OrlWindow list, const char *name, int32_t *row) {
   }
 }
 
-bool OrlIsHiddenExpression(EC ec, HEXP exp) {
-  return (ORLIsExpressionSimple(ec, exp) != 0 || ORLIsExpressionSimpleInput(ec, exp) != 0) &&
-         ORLIsExpNameGenerated(ec, exp) != 0;
-}
-
-void OrlSelectError(OrlWindow edit, const FormulaError &error) {
-  // A span may lie behind the text, where the edit cuts it; beyond what numbers hold it is cut
-  // here.
-  const int64_t start = std::max(error.offset, 0);
-  const int64_t end = std::min<int64_t>(start + std::max(error.length, 0), INT32_MAX);
-  Select(edit, static_cast<int32_t>(start), static_cast<int32_t>(end));
-}
-
 void OrlInitDialog(EditorState &editor) {
   constexpr int32_t kEveryType = INT16_MAX + 1;
   constexpr int32_t kKeywordTypes = 255;

@@ -8,7 +8,6 @@
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/host_call.h"
-#include "language/stored_tree.h"
 #include "platform/text.h"
 
 namespace {
@@ -71,11 +70,6 @@ void ShowDeleted(EditorState &editor, bool wasCurrent) {
 }
 
 }  // namespace
-
-int32_t KindOfExpression(HEXP exp) {
-  return exp != nullptr && exp->tree != nullptr ? int32_t{ClassOfRoot(NodeKindOf(exp->tree))}
-                                                : int32_t{kModeFormula};
-}
 
 void OrlSelectFormula(EditorState &editor) {
   OrlWindow list = ItemOf(editor.dialog, kListFormulas);

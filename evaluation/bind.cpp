@@ -60,34 +60,6 @@ void BindAll(EC ec, Program *program) {
 
 }  // namespace
 
-uint32_t InstructionLength(Operation operation) {
-  switch (operation) {
-    case Operation::Number:
-    case Operation::Constant:
-    case Operation::Nothing:
-      return kNumberEnd;
-    case Operation::PackedNumber:
-    case Operation::Text:
-      return 3;
-    case Operation::EscapedText:
-    case Operation::Date:
-      return 2;
-    case Operation::NumberInput:
-    case Operation::DateInput:
-    case Operation::TextInput:
-    case Operation::OtherInput:
-      return kInputEnd;
-    case Operation::Formula:
-      return kFormulaEnd;
-    case Operation::Call:
-      return kCallEnd;
-    case Operation::NextArgument:
-      return kArgumentEnd;
-    default:
-      return 1;
-  }
-}
-
 void BindInput(EC ec, Word *code) {
   const char *name = NodeText(code[kInputNode].node);
   const ExprItem *row = ItemFind(&ec->inputs, name);

@@ -102,7 +102,33 @@ void BindFormula(EC ec, Word *code);
 void BindCall(EC ec, Word *code);
 
 // Words of an instruction.
-uint32_t InstructionLength(Operation operation);
+inline uint32_t InstructionLength(Operation operation) {
+  switch (operation) {
+    case Operation::Number:
+    case Operation::Constant:
+    case Operation::Nothing:
+      return kNumberEnd;
+    case Operation::PackedNumber:
+    case Operation::Text:
+      return 3;
+    case Operation::EscapedText:
+    case Operation::Date:
+      return 2;
+    case Operation::NumberInput:
+    case Operation::DateInput:
+    case Operation::TextInput:
+    case Operation::OtherInput:
+      return kInputEnd;
+    case Operation::Formula:
+      return kFormulaEnd;
+    case Operation::Call:
+      return kCallEnd;
+    case Operation::NextArgument:
+      return kArgumentEnd;
+    default:
+      return 1;
+  }
+}
 
 // Copies a string literal without its escapes: a doubled quote and a quote behind a backslash
 // become one quote. `target` has room for the source. Returns the bytes written without the

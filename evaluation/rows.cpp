@@ -79,15 +79,6 @@ RowsOutcome Evaluate(const RowsCall &call, RowOutput &output) {
 
 }  // namespace
 
-const OrlColumn *ColumnOf(const RowsCall &call, const ExprItem *item) {
-  const BoundColumn *columns = call.columns;
-  const BoundColumn *end = columns + call.columnCount;
-  const BoundColumn *found = std::lower_bound(
-      columns, end, item,
-      [](const BoundColumn &a, const ExprItem *wanted) { return a.item < wanted; });
-  return found != end && found->item == item ? found->column : nullptr;
-}
-
 int64_t ORLEvaluateRows(EC ec, HEXP exp, int64_t rows, int32_t columnCount,
                         const OrlColumn *columns, OrlRowResults *results) {
   if (ec == nullptr || exp == nullptr || exp->tree == nullptr || rows < 0 || columnCount < 0 ||

@@ -209,3 +209,12 @@ bool StoreElement(void *element, int32_t form, int32_t scale, const NumberValue 
       return StoreDate(element, form, value);
   }
 }
+
+const OrlColumn *ColumnOf(const RowsCall &call, const ExprItem *item) {
+  const BoundColumn *columns = call.columns;
+  const BoundColumn *end = columns + call.columnCount;
+  const BoundColumn *found = std::lower_bound(
+      columns, end, item,
+      [](const BoundColumn &a, const ExprItem *wanted) { return a.item < wanted; });
+  return found != end && found->item == item ? found->column : nullptr;
+}

@@ -118,16 +118,6 @@ void RemoveReferences(EC ec, const ExprNode *tree) {
   }
 }
 
-Expression *BoundFormula(EC ec, ExprNode *node) {
-  assert(NodeKindOf(node) == NODE_FORMULA);
-  NodeBinding binding = BindingOf(node);
-  if (binding.at != ec->generation) {
-    binding = {ORLHEXPFromName(ec, NodeText(node)), ec->generation};
-    Bind(node, binding);
-  }
-  return static_cast<Expression *>(binding.row);
-}
-
 ExpressionClass ClassOfRoot(int32_t kind) {
   return kind == NODE_SET ? kClassSet : kind == NODE_RANGE ? kClassRange : kClassFormula;
 }

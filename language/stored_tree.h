@@ -38,9 +38,6 @@ void ReplaceText(Expression *expression, OwnedText text);
 bool AddReferences(EC ec, const ExprNode *tree);
 void RemoveReferences(EC ec, const ExprNode *tree);
 
-// The formula that a NODE_FORMULA names at present, or null.
-Expression *BoundFormula(EC ec, ExprNode *node);
-
 // What a text is by the kind of its tree's root.
 ExpressionClass ClassOfRoot(int32_t kind);
 

@@ -218,7 +218,7 @@ CollationUnit NextUnit(CollationWalk *walk) {
     ++walk->text;
     return AsciiUnit(byte);
   }
-  const char *next = CharNextA(walk->text);
+  const char *next = WRENStrAdvance(walk->text, 1);
   const auto count = static_cast<size_t>(next - walk->text);
   const CollationUnit unit = LongUnit(walk->text, count, walk->page, &walk->second);
   walk->text = next;
@@ -231,8 +231,7 @@ int32_t Sign(uint32_t left, uint32_t right) {
 
 }  // namespace
 
-int32_t CollateTexts(const char *left, const char *right) {
-  const int32_t page = ActiveCodePage();
+int32_t CollateTexts(const char *left, const char *right, int32_t page) {
   CollationWalk leftWalk = {left, page, {}};
   CollationWalk rightWalk = {right, page, {}};
   int32_t accents = 0;

@@ -10,8 +10,8 @@
 
 #include <cstdint>
 
-// -1, 0 or 1. Linear in the shorter text. 0 means that no more than forms of the same case differ,
-// as both small sigmas do.
-int32_t CollateTexts(const char *left, const char *right);
+// -1, 0 or 1 in a code page: 1252, 932 or 65001, the active one. Linear in the shorter text. 0 means
+// that no more than forms of the same case differ, as both small sigmas do.
+int32_t CollateTexts(const char *left, const char *right, int32_t page);
 
 #endif

@@ -30,7 +30,7 @@ int32_t lstrcmpA(const char *left, const char *right) {
   if (bytes == 0) {
     return 0;
   }
-  const int32_t order = CollateTexts(left, right);
+  const int32_t order = CollateTexts(left, right, ActiveCodePage());
   return order != 0 ? order : bytes;
 }
 
@@ -41,7 +41,7 @@ int32_t lstrcmpiA(const char *left, const char *right) {
     return 0;
   }
   // Case decides between equal letters alone, and those were found equal above.
-  return CollateTexts(left, right);
+  return CollateTexts(left, right, ActiveCodePage());
 }
 
 char *lstrcpyA(char *target, const char *source) {

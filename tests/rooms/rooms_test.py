@@ -97,21 +97,33 @@ class RoomsTest(unittest.TestCase):
                     wrong.append(f"{path} includes {included}")
         self.assertEqual(wrong, [])
 
-    def test_includes_form_no_circle(self):
+    def check_no_circle(self, files, verb, targets_of):
         done, open_files = set(), []
 
         def visit(path):
             if path in open_files:
-                self.fail(" includes ".join(open_files[open_files.index(path):] + [path]))
+                self.fail(f" {verb} ".join(open_files[open_files.index(path):] + [path]))
             if path not in done:
                 open_files.append(path)
-                for included in includes(path):
-                    visit(included)
+                for target in targets_of(path):
+                    visit(target)
                 open_files.pop()
                 done.add(path)
 
-        for path in sources():
+        for path in files:
             visit(path)
+
+    def test_includes_form_no_circle(self):
+        self.check_no_circle(sources(), "includes", includes)
+
+    def test_calls_form_no_circle(self):
+        homes = {name: path for _, path, name in symbols("--defined-only")}
+        calls = {path: set() for path in homes.values()}
+        for _, path, name in symbols("--undefined-only"):
+            # Events go both ways between the files of a window system.
+            if name in homes and homes[name] != path and not path.startswith("windows/"):
+                calls.setdefault(path, set()).add(homes[name])
+        self.check_no_circle(sorted(calls), "calls", lambda path: sorted(calls[path]))
 
     def test_calls_run_down(self):
         order = list(ROOMS)
