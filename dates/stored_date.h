@@ -7,14 +7,22 @@
 
 // Takes a date apart; false, with all parts zero, for null and for a value that is no date.
 inline bool DecodeDate(const NumberValue &date, DateTimeParts *parts) {
-  *parts = {};
-  return date.length == kStoredLength && DecodeStoredDate(date.payload, parts);
+  if (date.length != kStoredLength) {
+    *parts = {};
+    return false;
+  }
+  StoredDate stored = {};
+  std::memcpy(&stored.date, date.payload, sizeof stored.date);
+  std::memcpy(&stored.time, date.payload + sizeof stored.date, sizeof stored.time);
+  return DecodeStoredDate(stored, parts);
 }
 
 // Stores parts; null for those of no calendar.
 inline void EncodeDate(NumberValue *result, const DateTimeParts &parts) {
-  *result = NumberValue{};
-  result->length = static_cast<uint8_t>(EncodeStoredDate(result->payload, parts));
+  StoredDate stored = {};
+  result->length = static_cast<uint8_t>(EncodeStoredDate(&stored, parts));
+  std::memcpy(result->payload, &stored.date, sizeof stored.date);
+  std::memcpy(result->payload + sizeof stored.date, &stored.time, sizeof stored.time);
 }
 
 #endif

@@ -181,8 +181,8 @@ void InvokeCall(Evaluation &run, Value *frame, uint32_t count) {
   Value *result = frame;
   result->form = ValueForm::None;
   if (builtIn != nullptr && builtIn->inner != nullptr) {
-    InnerCall inner = {run.texts, args, count, result};
-    builtIn->inner(inner);
+    frame->arguments = count;
+    builtIn->inner({run.texts, frame});
   } else if (row != nullptr && row->routine != nullptr && TakesNamesAlike(row, args, count)) {
     CallRoutine(run, {call, row, builtIn == nullptr}, args, count, result);
   }

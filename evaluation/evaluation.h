@@ -92,7 +92,7 @@ inline void PlaceResult(TextBuffer &texts, Value *result, uint32_t textsUsed) {
   }
   const TextSpan span = SpanOf(*result);
   if (span.offset != textsUsed) {
-    MoveTextBytes(texts.bytes + textsUsed, texts.bytes + span.offset, span.length);
+    MoveTextDown(texts.bytes + textsUsed, span.offset - textsUsed, span.length);
     SetText(texts, result, textsUsed, span.length);
   }
 }

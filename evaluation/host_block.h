@@ -6,7 +6,6 @@
 #ifndef ORLI11_EVALUATION_HOST_BLOCK_H
 #define ORLI11_EVALUATION_HOST_BLOCK_H
 
-#include <bit>
 #include <cstring>
 
 #include "closed/wren/block.h"
@@ -75,12 +74,11 @@ inline void AcceptPacked(const void *block, Value *value) {
 inline uint32_t CopyTerminated(char *target, const char *source, uint32_t size) {
   uint32_t at = 0;
   for (; at + 8 <= size; at += 8) {
-    uint64_t word = 0;
-    std::memcpy(&word, source + at, sizeof word);
+    const uint64_t word = LoadWord(source + at);
     std::memcpy(target + at, &word, sizeof word);
-    const uint64_t zeros = (word - kOnes) & ~word & kHighBits;  // the lowest one is right
+    const uint64_t zeros = ZeroBytes(word);
     if (zeros != 0) {
-      return at + static_cast<uint32_t>(std::countr_zero(zeros)) / 8;
+      return at + FirstMarked(zeros);
     }
   }
   for (; at < size; at++) {

@@ -3,11 +3,11 @@
 
 #include "dates/date_arithmetic.h"
 #include "dates/date_text.h"
-#include "dates/stored_date.h"
 #include "engine/host_call.h"
 #include "evaluation/arithmetic.h"
 #include "evaluation/evaluation.h"
 #include "evaluation/host_block.h"
+#include "functions/date_value.h"
 #include "platform/text.h"
 
 namespace {
@@ -83,18 +83,14 @@ void MoveDate(const Instruction &instruction, Value *left, const Value *right) {
     left->form = ValueForm::None;
     return;
   }
-  NumberValue date;
-  StoreValue(&date, *left);
-  Decimal amount;
-  OperandOf(*right, &amount);
-  const int64_t n = DecimalToInt(amount);
   DateTimeParts parts;
-  NumberValue result = {};
-  if (DecodeDate(date, &parts) &&
+  const int64_t n = IntegerOf(*right);
+  if (DateOf(*left, &parts) &&
       MoveParts(&parts, instruction.operand == '+' ? n : -n, instruction.detail)) {
-    EncodeDate(&result, parts);
+    SetDate(left, parts);
+  } else {
+    SetNull(left);
   }
-  SetPacked(left, &result);
 }
 
 void SubtractDates(TextBuffer &texts, Value *left, Value *right) {

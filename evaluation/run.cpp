@@ -212,8 +212,8 @@ void RunProgram(Evaluation &run, Program *program) {
         const InnerRoutine inner = InnerRoutineOf(run, top);
         if (inner != nullptr) {
           const uint32_t textsUsed = top->textsUsed;
-          InnerCall call = {run.texts, top + 1, count, top};
-          inner(call);
+          top->arguments = count;
+          inner({run.texts, top});
           PlaceResult(run.texts, top, textsUsed);
         } else {
           InvokeCall(run, top, count);

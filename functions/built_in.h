@@ -8,13 +8,16 @@
 // A call on values, without blocks.
 struct InnerCall {
   TextBuffer &texts;  // the arguments' texts are its last ones
-  Value *args;
-  uint32_t count;  // of the arguments
-  Value *result;   // none of the arguments; a text of it lies where the arguments' texts are
+  Value *frame;
+
+  uint32_t Count() const { return frame->arguments; }
+  const Value *Arguments() const { return frame + 1; }
+  // A text of it lies where the arguments' texts are.
+  Value *Result() const { return frame; }
 };
 
 // Computes what the routine of the same function computes; leaves None when out of memory.
-using InnerRoutine = void (*)(InnerCall &call);
+using InnerRoutine = void (*)(InnerCall call);
 
 struct BuiltIn {
   const char *name;  // the routine's full name

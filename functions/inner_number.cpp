@@ -1,5 +1,5 @@
 // Functions on numbers and dates that are values already.
-#include "dates/stored_date.h"
+#include "functions/date_value.h"
 #include "functions/inner_routines.h"
 
 namespace {
@@ -7,100 +7,99 @@ namespace {
 constexpr uint32_t kAllDigits = 300;
 
 // The argument as it is; null without one.
-void PassOn(InnerCall &call, uint32_t place) {
-  if (place < call.count && IsNumberForm(call.args[place].form)) {
-    *call.result = call.args[place];
+void PassOn(InnerCall call, uint32_t place) {
+  if (place < call.Count() && IsNumberForm(call.Arguments()[place].form)) {
+    *call.Result() = call.Arguments()[place];
   } else {
-    SetNull(call.result);
+    SetNull(call.Result());
   }
 }
 
 // What a routine for rounding makes of the argument; a null one is passed on.
 template <class Round>
-void RoundWith(InnerCall &call, Round round) {
+void RoundWith(InnerCall call, Round round) {
   Decimal d;
   if (NumberOf(call, 0, &d) && round(&d, d)) {
-    SetNumber(call.result, d);
+    SetNumber(call.Result(), d);
   } else {
-    SetNull(call.result);
+    SetNull(call.Result());
   }
 }
 
 // The number that `number` makes of the parts of a date; null for a null date.
 template <class Number>
-void NumberOfDate(InnerCall &call, Number number) {
-  if (call.count == 0 || !IsNumberForm(call.args[0].form) || IsNullNumber(call.args[0])) {
-    SetNull(call.result);
+void NumberOfDate(InnerCall call, Number number) {
+  if (call.Count() == 0 || !IsNumberForm(call.Arguments()[0].form) ||
+      IsNullNumber(call.Arguments()[0])) {
+    SetNull(call.Result());
     return;
   }
-  NumberValue date;
-  StoreValue(&date, call.args[0]);
   DateTimeParts parts;
-  DecodeDate(date, &parts);
-  SetNumber(call.result, {number(parts), 0});
+  DateOf(call.Arguments()[0], &parts);
+  SetNarrow(call.Result(), {number(parts), 0});
 }
 
 }  // namespace
 
-void InnerNumberAbsolute(InnerCall &call) {
+void InnerNumberAbsolute(InnerCall call) {
   Decimal d;
   if (NumberOf(call, 0, &d)) {
-    SetNumber(call.result, {d.coefficient < 0 ? -d.coefficient : d.coefficient, d.exponent});
+    SetNumber(call.Result(), {d.coefficient < 0 ? -d.coefficient : d.coefficient, d.exponent});
   } else {
     // Bytes that are not a number count as below zero, and have no opposite.
-    SetNull(call.result);
+    SetNull(call.Result());
   }
 }
 
-void InnerNumberRound(InnerCall &call) {
+void InnerNumberRound(InnerCall call) {
   const int32_t decimals = CountOf(call, 1);
   RoundWith(call,
             [=](Decimal *result, const Decimal &d) { return DecimalRoundTo(result, d, decimals); });
 }
 
-void InnerNumberTruncate(InnerCall &call) {
+void InnerNumberTruncate(InnerCall call) {
   const int32_t decimals = CountOf(call, 1);
   RoundWith(call, [=](Decimal *result, const Decimal &d) {
     return DecimalTruncateTo(result, d, kAllDigits, decimals);
   });
 }
 
-void InnerNumberMod(InnerCall &call) {
-  const bool null = call.count < 2 || call.args[0].form == ValueForm::None ||
-                    call.args[1].form == ValueForm::None || IsNullNumber(call.args[0]) ||
-                    IsNullNumber(call.args[1]);
+void InnerNumberMod(InnerCall call) {
+  const bool null = call.Count() < 2 || call.Arguments()[0].form == ValueForm::None ||
+                    call.Arguments()[1].form == ValueForm::None ||
+                    IsNullNumber(call.Arguments()[0]) || IsNullNumber(call.Arguments()[1]);
   const int64_t left = CountOf(call, 0);
   const int64_t right = CountOf(call, 1);
   if (null || right == 0) {
-    SetNull(call.result);
+    SetNull(call.Result());
   } else {
-    SetNumber(call.result, {left % right, 0});
+    SetNumber(call.Result(), {left % right, 0});
   }
 }
 
-void InnerNumberIff(InnerCall &call) {
+void InnerNumberIff(InnerCall call) {
   PassOn(call, SelectedPlace(call));
 }
 
-void InnerDateYear(InnerCall &call) {
+void InnerDateYear(InnerCall call) {
   NumberOfDate(call, [](const DateTimeParts &date) { return date.year; });
 }
-void InnerDateMonth(InnerCall &call) {
+void InnerDateMonth(InnerCall call) {
   NumberOfDate(call, [](const DateTimeParts &date) { return date.month; });
 }
-void InnerDateDay(InnerCall &call) {
+void InnerDateDay(InnerCall call) {
   NumberOfDate(call, [](const DateTimeParts &date) { return date.day; });
 }
-void InnerDateHour(InnerCall &call) {
+void InnerDateHour(InnerCall call) {
   NumberOfDate(call, [](const DateTimeParts &date) { return date.hour; });
 }
-void InnerDateMinute(InnerCall &call) {
+void InnerDateMinute(InnerCall call) {
   NumberOfDate(call, [](const DateTimeParts &date) { return date.minute; });
 }
-void InnerDateSecond(InnerCall &call) {
+void InnerDateSecond(InnerCall call) {
   NumberOfDate(call, [](const DateTimeParts &date) { return date.second; });
 }
-void InnerDateQuarter(InnerCall &call) {
+void InnerDateQuarter(InnerCall call) {
   NumberOfDate(
       call, [](const DateTimeParts &date) { return date.month <= 0 ? 4 : (date.month + 2) / 3; });
 }

@@ -1,31 +1,32 @@
 // Functions on texts, in the buffer where their argument is. Texts of ASCII alone, which are the
 // same characters in every code page, are handled here; others by the routines for characters.
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "functions/inner_routines.h"
 
 namespace {
 
-uint64_t LoadWord(const char *bytes) {
-  uint64_t word = 0;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
+constexpr uint64_t kBlanks = kOnes * ' ';
+
+// The bits of the first `count` bytes of a word.
+uint64_t FirstBytes(uint32_t count) {
+  return count >= 8 ? UINT64_MAX : (UINT64_C(1) << (count * 8)) - 1;
 }
 
 // Whether the first `length` bytes are ASCII. The buffer may be read beyond them.
 bool IsAscii(const char *bytes, uint32_t length) {
-  for (; length >= 8; bytes += 8, length -= 8) {
+  for (; length > 8; bytes += 8, length -= 8) {
     if ((LoadWord(bytes) & kHighBits) != 0) {
       return false;
     }
   }
-  const uint64_t mask = (UINT64_C(1) << (length * 8)) - 1;
-  return (LoadWord(bytes) & kHighBits & mask) == 0;
+  return (LoadWord(bytes) & kHighBits & FirstBytes(length)) == 0;
 }
 
 // Bytes of the first n characters.
-uint32_t BytesOf(const InnerCall &call, const TextSpan &span, int32_t n) {
+uint32_t BytesOf(InnerCall call, const TextSpan &span, int32_t n) {
   const char *text = call.texts.bytes + span.offset;
   const uint32_t most = std::min(span.length, static_cast<uint32_t>(std::max(n, 0)));
   if (IsAscii(text, most)) [[likely]] {
@@ -35,15 +36,15 @@ uint32_t BytesOf(const InnerCall &call, const TextSpan &span, int32_t n) {
   return static_cast<uint32_t>(WRENStrAdvance(text, n) - text);
 }
 
-int64_t CharactersOf(const InnerCall &call, const TextSpan &span) {
+int64_t CharactersOf(InnerCall call, const TextSpan &span) {
   if (IsAscii(call.texts.bytes + span.offset, span.length)) [[likely]] {
     return span.length;
   }
   return WRENStrChars(TerminatedText(call.texts, span));
 }
 
-void SetPart(InnerCall &call, const TextSpan &span, uint32_t from, uint32_t length) {
-  SetText(call.texts, call.result, span.offset + from, length);
+void SetPart(InnerCall call, const TextSpan &span, uint32_t from, uint32_t length) {
+  SetText(call.texts, call.Result(), span.offset + from, length);
 }
 
 uint32_t LeadingBlanksOf(const char *text, const TextSpan &span) {
@@ -54,21 +55,27 @@ uint32_t LeadingBlanksOf(const char *text, const TextSpan &span) {
   return blanks;
 }
 
-// The result: the text from `from` on without the blanks at the end. A blank may be the second half
-// of a character, so other texts than ASCII are walked from the start.
-void SetTrimmed(InnerCall &call, const TextSpan &span, uint32_t from) {
+uint32_t LengthWithoutBlanks(const char *text, uint32_t length) {
+  while (length > 0 && text[length - 1] == ' ') {
+    length--;
+  }
+  return length;
+}
+
+// The result: the text from `from` on, behind its leading blanks if that is not 0, without the
+// blanks at the end. A blank may be the second half of a character, so other texts than ASCII are
+// walked from the start.
+void SetTrimmed(InnerCall call, const TextSpan &span, uint32_t from) {
   char *text = call.texts.bytes + span.offset;
-  uint32_t length = span.length;
-  if (IsAscii(text + from, length - from)) [[likely]] {
-    while (length > from && text[length - 1] == ' ') {
-      length--;
-    }
+  uint32_t end = span.length;
+  if (IsAscii(text, end)) [[likely]] {
+    end = std::max(from, LengthWithoutBlanks(text, end));
   } else {
     TerminatedText(call.texts, span);
     WRENStrRTrim(text + from, text + from);
-    length = from + static_cast<uint32_t>(std::strlen(text + from));
+    end = from + static_cast<uint32_t>(std::strlen(text + from));
   }
-  SetPart(call, span, from, length - from);
+  SetPart(call, span, from, end - from);
 }
 
 // The same word with the case of its ASCII letters from `first` to `first` + 25 changed.
@@ -81,35 +88,36 @@ uint64_t ChangedCase(uint64_t word, char first) {
 }
 
 // Changes the case of ASCII letters from `first` on; `change` handles other texts.
-void ChangeCase(InnerCall &call, char first, void (*change)(char *)) {
+void ChangeCase(InnerCall call, char first, void (*change)(char *)) {
   const TextSpan span = TextOf(call, 0);
   char *text = call.texts.bytes + span.offset;
-  if (IsAscii(text, span.length)) [[likely]] {
-    for (uint32_t at = 0; at < span.length; at += 8) {
-      const uint64_t word = ChangedCase(LoadWord(text + at), first);
-      std::memcpy(text + at, &word, sizeof word);
+  for (uint32_t at = 0; at < span.length; at += 8) {
+    const uint64_t word = LoadWord(text + at);
+    if ((word & kHighBits & FirstBytes(span.length - at)) != 0) [[unlikely]] {
+      change(TerminatedText(call.texts, span));
+      break;
     }
-  } else {
-    change(TerminatedText(call.texts, span));
+    const uint64_t changed = ChangedCase(word, first);
+    std::memcpy(text + at, &changed, sizeof changed);
   }
   SetPart(call, span, 0, span.length);
 }
 
 }  // namespace
 
-void InnerStrLeft(InnerCall &call) {
+void InnerStrLeft(InnerCall call) {
   const TextSpan span = TextOf(call, 0);
   SetPart(call, span, 0, BytesOf(call, span, CountOf(call, 1)));
 }
 
-void InnerStrRight(InnerCall &call) {
+void InnerStrRight(InnerCall call) {
   const TextSpan span = TextOf(call, 0);
   const int64_t left = CharactersOf(call, span) - std::max(CountOf(call, 1), 0);
   const uint32_t from = left <= 0 ? 0 : BytesOf(call, span, static_cast<int32_t>(left));
   SetPart(call, span, from, span.length - from);
 }
 
-void InnerStrMid(InnerCall &call) {
+void InnerStrMid(InnerCall call) {
   const TextSpan span = TextOf(call, 0);
   const int32_t position = CountOf(call, 1);
   if (position < 0) {
@@ -121,35 +129,35 @@ void InnerStrMid(InnerCall &call) {
   SetPart(call, rest, 0, BytesOf(call, rest, CountOf(call, 2)));
 }
 
-void InnerStrLength(InnerCall &call) {
+void InnerStrLength(InnerCall call) {
   const int64_t characters = CharactersOf(call, TextOf(call, 0));
-  SetNumber(call.result, {characters, 0});
+  SetNumber(call.Result(), {characters, 0});
 }
 
-void InnerStrTrim(InnerCall &call) {
+void InnerStrTrim(InnerCall call) {
   const TextSpan span = TextOf(call, 0);
   SetTrimmed(call, span, LeadingBlanksOf(call.texts.bytes + span.offset, span));
 }
 
-void InnerStrLTrim(InnerCall &call) {
+void InnerStrLTrim(InnerCall call) {
   const TextSpan span = TextOf(call, 0);
   const uint32_t from = LeadingBlanksOf(call.texts.bytes + span.offset, span);
   SetPart(call, span, from, span.length - from);
 }
 
-void InnerStrRTrim(InnerCall &call) {
+void InnerStrRTrim(InnerCall call) {
   SetTrimmed(call, TextOf(call, 0), 0);
 }
 
-void InnerStrUpper(InnerCall &call) {
+void InnerStrUpper(InnerCall call) {
   ChangeCase(call, 'a', WRENStrUpper);
 }
 
-void InnerStrLower(InnerCall &call) {
+void InnerStrLower(InnerCall call) {
   ChangeCase(call, 'A', WRENStrLower);
 }
 
-void InnerStrIff(InnerCall &call) {
+void InnerStrIff(InnerCall call) {
   const TextSpan span = TextOf(call, SelectedPlace(call));
   SetPart(call, span, 0, span.length);
 }

@@ -6,6 +6,49 @@
 #include "orli11.h"
 #include "platform/text.h"
 
+namespace {
+
+bool Overlap(const void *block, size_t size, const void *text, size_t length) {
+  const auto blockAt = reinterpret_cast<uintptr_t>(block);
+  const auto textAt = reinterpret_cast<uintptr_t>(text);
+  return textAt < blockAt + size && blockAt < textAt + length;
+}
+
+template <class Word>
+Word Load(const char *bytes) {
+  Word word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+// A word of 1 to 7 bytes and zeros behind them.
+uint64_t ShortWord(const char *bytes, size_t length) {
+  if (length >= 4) {
+    return Load<uint32_t>(bytes) | uint64_t{Load<uint32_t>(bytes + length - 4)} << (length - 4) * 8;
+  }
+  const size_t middle = length / 2;
+  return Load<uint8_t>(bytes) | uint64_t{Load<uint8_t>(bytes + middle)} << middle * 8 |
+         uint64_t{Load<uint8_t>(bytes + length - 1)} << (length - 1) * 8;
+}
+
+// Copies 1 or more bytes, with zeros behind them up to a whole word. The evaluator reads the block
+// at once and in words; if these were written in other pieces, it would have to wait for them.
+void CopyInWords(char *target, const char *source, size_t length) {
+  size_t at = 0;
+  for (; at + 8 <= length; at += 8) {
+    const auto word = Load<uint64_t>(source + at);
+    std::memcpy(target + at, &word, sizeof word);
+  }
+  const size_t rest = length - at;
+  if (rest != 0) {
+    const uint64_t word =
+        at != 0 ? Load<uint64_t>(source + length - 8) >> (8 - rest) * 8 : ShortWord(source, length);
+    std::memcpy(target + at, &word, sizeof word);
+  }
+}
+
+}  // namespace
+
 int32_t FUNResizeResult(void **result, uint32_t newSize) {
   void *block = *result == nullptr ? WRENMemAlloc(newSize) : WRENMemRealloc(*result, newSize);
   if (block == nullptr) {
@@ -43,9 +86,10 @@ char *TextResult(void **result, int32_t resultSize, int64_t needed) {
 int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text) {
   const char *source = text != nullptr ? text : "";
   const size_t needed = std::strlen(source) + 1;
-  if (resultSize > 0 && needed <= static_cast<size_t>(resultSize) && result != nullptr &&
-      *result != nullptr) [[likely]] {
-    std::memmove(*result, source, needed);  // the text may lie in the block
+  if (result != nullptr && *result != nullptr && needed + 7 <= static_cast<size_t>(resultSize) &&
+      resultSize > 0 && !Overlap(*result, static_cast<size_t>(resultSize), source, needed))
+      [[likely]] {
+    CopyInWords(static_cast<char *>(*result), source, needed);
     return 1;
   }
   // A text that is longer than its block cannot lie in it, so the source outlives the resize.
@@ -54,6 +98,6 @@ int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text) {
   if (target == nullptr) {
     return 0;
   }
-  std::memmove(target, source, needed);
+  std::memmove(target, source, needed);  // the text may lie in the block
   return 1;
 }

@@ -2,6 +2,7 @@
 #ifndef ORLI11_FUNCTIONS_VALUE_H
 #define ORLI11_FUNCTIONS_VALUE_H
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -49,7 +50,10 @@ struct Value {
     void *block;
     CallFrame frame;
   };
-  int32_t exponent;     // Narrow, Wide
+  union {
+    int32_t exponent;    // Narrow, Wide
+    uint32_t arguments;  // Frame: values that follow, once they are all there
+  };
   uint32_t textsUsed;   // Frame: what the text buffer held before the arguments
   uint32_t generation;  // Frame: of the context when the row was found, its lower half
   ValueForm form;
@@ -68,6 +72,14 @@ inline NarrowDecimal NarrowOf(const Value &value) {
 }
 inline Decimal NumberOf(const Value &value) {
   return {value.form == ValueForm::Narrow ? value.narrow : value.wide, value.exponent};
+}
+// The integer part, which saturates; 0 for values that are not a number.
+inline int32_t IntegerOf(const Value &value) {
+  const auto small = static_cast<int32_t>(value.narrow);
+  if (value.form == ValueForm::Narrow && value.exponent == 0 && small == value.narrow) [[likely]] {
+    return small;
+  }
+  return IsNumber(value) ? DecimalToInt(NumberOf(value)) : 0;
 }
 inline void SetNarrow(Value *value, NarrowDecimal number) {
   value->narrow = number.coefficient;
@@ -170,6 +182,21 @@ inline void SetText(TextBuffer &texts, Value *value, uint32_t offset, uint32_t l
 constexpr uint64_t kOnes = UINT64_C(0x0101010101010101);
 constexpr uint64_t kHighBits = kOnes << 7;
 
+inline uint64_t LoadWord(const char *bytes) {
+  uint64_t word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+// Marks the first byte of a word that is zero, and only bytes behind it besides.
+inline uint64_t ZeroBytes(uint64_t word) {
+  return (word - kOnes) & ~word & kHighBits;
+}
+// The place of the first byte with a mark; `marks` is not 0.
+inline uint32_t FirstMarked(uint64_t marks) {
+  return static_cast<uint32_t>(std::countr_zero(marks)) / 8;
+}
+
 template <class Word>
 inline void CopyEnds(char *target, const char *source, uint32_t length) {
   Word first = 0;
@@ -214,15 +241,21 @@ inline char *TerminatedText(TextBuffer &texts, const TextSpan &span) {
   return text;
 }
 
-// Moves up to 16 bytes, or all of a longer text, within the buffer.
-inline void MoveTextBytes(char *target, const char *source, uint32_t length) {
-  if (length > kTextSlack) {
-    std::memmove(target, source, length);
+// Moves a text of the buffer down by `gap` bytes to `target`. Where the texts of arguments begin,
+// bytes were stored in words: a load across two of them would have to wait for both.
+inline void MoveTextDown(char *target, uint32_t gap, uint32_t length) {
+  constexpr uint32_t kFewBytes = 32;
+  if (length > kFewBytes || gap >= 8) {
+    std::memmove(target, target + gap, length);
     return;
   }
-  uint64_t words[2];
-  std::memcpy(words, source, sizeof words);
-  std::memcpy(target, words, sizeof words);
+  uint64_t word = LoadWord(target);
+  for (uint32_t at = 0; at < length; at += 8) {
+    const uint64_t next = LoadWord(target + at + 8);
+    const uint64_t moved = word >> gap * 8 | next << 1 << (63 - gap * 8);
+    std::memcpy(target + at, &moved, sizeof moved);
+    word = next;
+  }
 }
 
 inline void FreeBlockOf(const Value &value) {

@@ -20,11 +20,12 @@ int32_t Saturate(int64_t value) {
 }  // namespace
 
 int32_t PAVNDateToNumber(uint8_t *bytes, const DateTimeParts *parts) {
-  uint8_t stored[12];
+  StoredDate stored = {};
   const int32_t length =
-      bytes == nullptr || parts == nullptr ? 0 : EncodeStoredDate(stored, *parts);
+      bytes == nullptr || parts == nullptr ? 0 : EncodeStoredDate(&stored, *parts);
   if (length != 0) {
-    std::memcpy(bytes, stored, kStoredLength);
+    std::memcpy(bytes, &stored.date, sizeof stored.date);
+    std::memcpy(bytes + sizeof stored.date, &stored.time, kStoredLength - sizeof stored.date);
   }
   return length;
 }
@@ -37,7 +38,10 @@ void PAVNNumberToDate(const uint8_t *bytes, int32_t length, DateTimeParts *parts
     *parts = {};
     return;
   }
-  DecodeStoredDate(bytes, parts);
+  StoredDate stored = {};
+  std::memcpy(&stored.date, bytes, sizeof stored.date);
+  std::memcpy(&stored.time, bytes + sizeof stored.date, kStoredLength - sizeof stored.date);
+  DecodeStoredDate(stored, parts);
 }
 
 // Months and days out of range carry over, so that any fields have a number; 64 bits hold every

@@ -398,7 +398,8 @@ void DecimalStripZeros(Decimal *d) {
   *d = DecimalOfMagnitude(c, exponent, negative);
 }
 
-void DecimalStoreAny(NumberValue *result, Decimal d) {
+void DecimalStoreAny(NumberValue *result, const Decimal &number) {
+  Decimal d = number;
   if (d.exponent < 0 && DecimalEndsInZero(DecimalMagnitude(d))) DecimalStripZeros(&d);
   DecimalPack(result, d.exponent, d.coefficient < 0, DecimalMagnitude(d));
 }

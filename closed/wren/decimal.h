@@ -90,7 +90,7 @@ bool DecimalDivide(Decimal *result, const Decimal &a, const Decimal &b);
 // Takes zeros off the end of the coefficient until none is left or the exponent is 0.
 void DecimalStripZeros(Decimal *d);
 // DecimalStore, for numbers that are not narrow or end in several zeros.
-void DecimalStoreAny(NumberValue *result, Decimal d);
+void DecimalStoreAny(NumberValue *result, const Decimal &d);
 
 // Set `result` to the value rounded half away from zero to `decimals` places behind the point, or
 // cut to `precision` digits and `decimals` places. False when the value is too large.

@@ -20,10 +20,14 @@ constexpr bool IsLeapYear(int64_t year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
+// By month 1 to 12 of a common year. Inside the functions they would be copied at every call.
+inline constexpr int32_t kDaysOfMonth[13] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+inline constexpr int64_t kDaysBefore[13] = {0,   0,   31,  59,  90,  120, 151,
+                                            181, 212, 243, 273, 304, 334};
+
 // The length of month 1 to 12.
 constexpr int32_t DaysOfMonth(int32_t month, int64_t year) {
-  constexpr int32_t kDays[13] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month == 2 && IsLeapYear(year) ? 29 : kDays[month];
+  return month == 2 && IsLeapYear(year) ? 29 : kDaysOfMonth[month];
 }
 
 // Days from 1 January of year 0, a leap year, to 1 January of `year`, which is 0 or later.
@@ -33,9 +37,8 @@ constexpr int64_t DaysBeforeYear(int64_t year) {
 
 // Days from 1 January of year 0 to a day of month 1 to 12 of `year`, which is 0 or later.
 constexpr int64_t DaysSinceYear0(int32_t month, int64_t day, int64_t year) {
-  constexpr int64_t kBefore[13] = {0, 0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
   const int64_t leapDay = month > 2 && IsLeapYear(year) ? 1 : 0;
-  return DaysBeforeYear(year) + kBefore[month] + leapDay + day - 1;
+  return DaysBeforeYear(year) + kDaysBefore[month] + leapDay + day - 1;
 }
 
 constexpr bool IsIn(int32_t value, int32_t low, int32_t high) {
