@@ -84,8 +84,7 @@ void OrlCaptionByRow(const EditorState &editor) {
 }
 
 void OrlCaptionValues(const EditorState &editor) {
-  constexpr uint32_t kOpensDialog = 245;
-  constexpr uint32_t kListsValues = 246;
   const bool open = editor.valuesWindow != nullptr;
-  SetItemText(editor.dialog, kButtonValues, LoadText(open ? kListsValues : kOpensDialog).text);
+  SetItemText(editor.dialog, kButtonValues,
+              LoadText(open ? kStringListValues : kStringOpenValues).text);
 }

@@ -20,7 +20,6 @@ namespace {
 
 constexpr int32_t kNameLimit = 64;
 constexpr uint32_t kErrorDelay = 1000;  // milliseconds
-constexpr uint32_t kWordExpression = 209;
 
 struct Interception {
   int32_t control;
@@ -33,7 +32,7 @@ constexpr Interception kInterceptions[] = {
 
 void LoadWords(EditorState &editor) {
   editor.expressionWord[0] = '\0';
-  LoadStringA(moduleHandle, kWordExpression, editor.expressionWord, kLabelSize);
+  LoadStringA(moduleHandle, kStringExpressionWord, editor.expressionWord, kLabelSize);
   std::snprintf(editor.expressionTail, sizeof editor.expressionTail, "[,%s...]",
                 editor.expressionWord);
   std::snprintf(editor.anyTail, sizeof editor.anyTail, "[,%s...]",

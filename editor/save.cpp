@@ -24,12 +24,10 @@ struct SaveTexts {
 
 // Questions when a text is of another kind than the mode: [mode][kind].
 constexpr uint32_t kKindQuestions[kModeCount][kModeCount] = {
-    {0, 220, 221},
-    {222, 0, 223},
-    {224, 225, 0},
+    {0, kStringRangeInFormulaMode, kStringSetInFormulaMode},
+    {kStringFormulaInRangeMode, 0, kStringSetInRangeMode},
+    {kStringFormulaInSetMode, kStringRangeInSetMode, 0},
 };
-constexpr uint32_t kWarningWord = 226;
-constexpr uint32_t kSaveQuestion = 202;
 
 bool TakeTexts(const EditorState &editor, SaveTexts &texts) {
   if (editor.currentExp != nullptr) {
@@ -105,7 +103,7 @@ bool KindIsWanted(const EditorState &editor, const SaveTexts &texts) {
   }
   const EditorText question = LoadText(kKindQuestions[editor.editorMode][kind]);
   EditorText caption = LoadText(kModeTexts[editor.editorMode].title);
-  AppendText(caption, kWarningWord);
+  AppendText(caption, kStringWarningWord);
   return Windows()->MessageBox(editor.dialog, question.text, caption.text,
                                ORL_MB_YESNO | ORL_MB_ICONSTOP) == ORL_IDYES;
 }
@@ -182,7 +180,7 @@ HEXP OrlSaveText(EditorState &editor) {
 }
 
 bool OrlAskSave(EditorState &editor) {
-  const EditorText question = LoadText(kSaveQuestion);
+  const EditorText question = LoadText(kStringSaveQuestion);
   const EditorText caption = LoadText(kModeTexts[editor.editorMode].saveCaption);
   const int32_t answer =
       Windows()->MessageBox(editor.dialog, question.text, caption.text, ORL_MB_YESNOCANCEL);

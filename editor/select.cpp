@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr uint32_t kDeniedMessage = 205;
-constexpr uint32_t kDeleteQuestion = 204;
-
 // Asks host and user whether the expression may go. Both may take their time, and the host may
 // change the context.
 bool DeletionIsWanted(EditorState &editor, HEXP exp) {
@@ -24,13 +21,14 @@ bool DeletionIsWanted(EditorState &editor, HEXP exp) {
   const int32_t permitted =
       CallHost([&] { return editor.ec->delPermissionProc(editor.ec, exp, editor.dialog); });
   if (permitted == 0) {
-    Windows()->MessageBox(editor.dialog, LoadText(kDeniedMessage).text, caption.text, ORL_MB_OK);
+    Windows()->MessageBox(editor.dialog, LoadText(kStringDeleteDenied).text, caption.text,
+                          ORL_MB_OK);
     return false;
   }
   if (!IsStored(editor.ec, asked)) {
     return false;  // the host has done it itself
   }
-  EditorText question = LoadText(kDeleteQuestion);
+  EditorText question = LoadText(kStringDeleteQuestion);
   AppendText(question, kModeTexts[kind].word);
   const int32_t answer =
       Windows()->MessageBox(editor.dialog, question.text, caption.text,

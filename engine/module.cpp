@@ -1,6 +1,7 @@
 #include "engine/module.h"
 
 #include "platform/strings.h"
+#include "resources/string_ids.h"
 
 void *moduleHandle = nullptr;
 EC defaultContext = nullptr;
@@ -18,17 +19,17 @@ struct TextToLoad {
 
 void LoadModuleTexts() {
   const TextToLoad texts[] = {
-      {moduleTexts.baseNames[kClassFormula], 208, 128},
-      {moduleTexts.baseNames[kClassRange], 214, 128},
-      {moduleTexts.baseNames[kClassSet], 215, 128},
-      {moduleTexts.editorTitles[kClassFormula], 207, 128},
-      {moduleTexts.editorTitles[kClassRange], 212, 128},
-      {moduleTexts.editorTitles[kClassSet], 213, 128},
-      {moduleTexts.typeLabels[kLabelNumber], 227, 40},
-      {moduleTexts.typeLabels[kLabelDate], 228, 40},
-      {moduleTexts.typeLabels[kLabelString], 229, 40},
-      {moduleTexts.typeLabels[kLabelAny], 230, 40},
-      {moduleTexts.typeLabels[kLabelKeyword], 231, 40},
+      {moduleTexts.baseNames[kClassFormula], kStringFormulaStem, 128},
+      {moduleTexts.baseNames[kClassRange], kStringRangeWord, 128},
+      {moduleTexts.baseNames[kClassSet], kStringSetWord, 128},
+      {moduleTexts.editorTitles[kClassFormula], kStringFormulaEditorTitle, 128},
+      {moduleTexts.editorTitles[kClassRange], kStringRangeEditorTitle, 128},
+      {moduleTexts.editorTitles[kClassSet], kStringSetEditorTitle, 128},
+      {moduleTexts.typeLabels[kLabelNumber], kStringNumberLabel, 40},
+      {moduleTexts.typeLabels[kLabelDate], kStringDateLabel, 40},
+      {moduleTexts.typeLabels[kLabelString], kStringStringLabel, 40},
+      {moduleTexts.typeLabels[kLabelAny], kStringAnyLabel, 40},
+      {moduleTexts.typeLabels[kLabelKeyword], kStringKeywordLabel, 40},
   };
   for (const TextToLoad &text : texts) {
     LoadStringA(moduleHandle, text.id, text.buffer, text.size);

@@ -8,6 +8,7 @@
 #include "engine/module.h"
 #include "platform/owned.h"
 #include "platform/strings.h"
+#include "resources/string_ids.h"
 
 namespace {
 
@@ -73,7 +74,7 @@ int32_t FUNDefineFunctions(EC ec) {
   const Owned<WorkingRow> row = Allocate<WorkingRow>();
   const Owned<WorkingTexts> texts = Allocate<WorkingTexts>();
   bool ok = row != nullptr && texts != nullptr;
-  for (uint32_t id = kFirstFunctionRow; ok && id <= kLastFunctionRow; id++) {
+  for (uint32_t id = kStringFirstFunction; ok && id <= kStringLastFunction; id++) {
     if (LoadStringA(moduleHandle, id, texts->row, kRowTextSize) == 0) {
       continue;
     }

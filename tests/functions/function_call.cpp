@@ -7,13 +7,14 @@
 #include <sstream>
 
 #include "functions/registry.h"
+#include "resources/string_ids.h"
 #include "resources/string_table.h"
 #include "tests/dates/date_support.h"
 
 const std::vector<FunctionRow> &FunctionRows() {
   static const std::vector<FunctionRow> rows = [] {
     std::vector<FunctionRow> made;
-    for (uint32_t id = kFirstFunctionRow; id <= kLastFunctionRow; id++) {
+    for (uint32_t id = kStringFirstFunction; id <= kStringLastFunction; id++) {
       std::istringstream fields(StringText(id));
       std::string name, type, count, types;
       std::getline(fields, name, ',');

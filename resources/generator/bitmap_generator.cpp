@@ -166,10 +166,10 @@ void PrintFile(const Picture &picture) {
 
 int main(int argc, char **argv) {
   if (argc < 3 || std::freopen(argv[1], "w", stdout) == nullptr) {
-    std::fprintf(stderr, "usage: bitmap_maker TARGET PICTURE...\n");
+    std::fprintf(stderr, "usage: bitmap_generator TARGET PICTURE...\n");
     return 1;
   }
-  std::printf("// Made from the pictures in bitmaps/ by bitmap_maker.cpp.\n\n");
+  std::printf("// Made from the pictures in bitmaps/ by bitmap_generator.cpp.\n\n");
   std::vector<Picture> pictures;
   std::set<std::string> names;
   for (int i = 2; i < argc; i++) {
