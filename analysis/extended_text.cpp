@@ -66,7 +66,7 @@ void PutUpTo(Target &target, Expression &expression, int64_t offset) {
 // did not parse; the place is then left alone.
 bool StandsAt(const Expression &expression, const ExprNode *node) {
   const int64_t length = WRENStrLen(NodeText(node));
-  return NodeOffset(node) >= 0 && NodeOffset(node) + length <= expression.walkLength &&
+  return NodeOffset(node) >= 0 && NodeOffset(node) + length <= expression.textLength &&
          std::memcmp(expression.text + NodeOffset(node), NodeText(node),
                      static_cast<size_t>(length)) == 0;
 }
@@ -74,7 +74,7 @@ bool StandsAt(const Expression &expression, const ExprNode *node) {
 // The same for a name with its parentheses; without them the place of the closing one is not known.
 bool StandsWithParentheses(const Expression &expression, const ExprNode *node) {
   return StandsAt(expression, node) && NodeCloseOffset(node) > NodeOffset(node) &&
-         NodeCloseOffset(node) < expression.walkLength &&
+         NodeCloseOffset(node) < expression.textLength &&
          expression.text[NodeCloseOffset(node)] == ')';
 }
 
@@ -144,16 +144,11 @@ Expression *FormulaToSplice(const Expansion &expansion, const Expression &expres
   return BoundFormula(expansion.ec, node);
 }
 
-void Enter(const Expansion &expansion, Expression *expression, Expression *caller, ExprNode *from) {
-  EnterExpression(expansion.walkNumber, expression, caller, from);
-  expression->walkLength = WRENStrLen(expression->text);
-}
-
 // Writes the expanded text of an expression. False when it is too long or has no end.
 bool Expand(Expansion &expansion, Expression *top) {
   Target &target = expansion.target;
   expansion.walkNumber = ++expansion.ec->walkNumber;
-  Enter(expansion, top, nullptr, nullptr);
+  EnterExpression(expansion.walkNumber, top, nullptr, nullptr);
   Expression *current = top;
   ExprNode *node = top->tree;
   for (;;) {
@@ -168,7 +163,7 @@ bool Expand(Expansion &expansion, Expression *top) {
         PutUpTo(target, *current, NodeOffset(node));
         PutText(target, "(");
         expansion.spliced = true;
-        Enter(expansion, body, current, node);
+        EnterExpression(expansion.walkNumber, body, current, node);
         current = body;
         node = body->tree;
         continue;
@@ -213,7 +208,7 @@ void AddGrowth(Expression &expression, int64_t growth) {
 // What the splice of a formula adds, whose own growth is known. The parentheses of the reference
 // count as those of the splice.
 int64_t GrowthOfSplice(const Expression &body, const ExprNode *reference) {
-  return body.walkPlace + WRENStrLen(body.text) - WRENStrLen(NodeText(reference));
+  return body.walkPlace + body.textLength - WRENStrLen(NodeText(reference));
 }
 
 // By how much the text can grow at most. Each formula is summed up once, however often it is
@@ -261,7 +256,7 @@ int32_t ORLGetExtendedTextLength(EC ec, HEXP exp, int32_t withMarks) {
   if (NodeKindOf(exp->tree) == NODE_DATE && ec->pictureWidth != 0 && withMarks != 0) {
     return ec->pictureWidth;
   }
-  const int64_t bound = WRENStrLen(exp->text) + ExtendedGrowth(ec, exp, withMarks != 0);
+  const int64_t bound = exp->textLength + ExtendedGrowth(ec, exp, withMarks != 0);
   return static_cast<int32_t>(std::clamp<int64_t>(bound, 0, INT32_MAX));
 }
 

@@ -1,8 +1,9 @@
 #include "engine/expressions.h"
 
 #include <cassert>
-#include <cstdio>
+#include <charconv>
 #include <cstring>
+#include <iterator>
 
 #include "engine/host_call.h"
 #include "engine/items.h"
@@ -28,9 +29,11 @@ int32_t CopyToHost(const char *text, int32_t size, char *buffer) {
 bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]) {
   assert(which >= 0 && which < kClassCount);
   uint16_t number = ec->nextNumber[which];
+  const size_t baseLength = std::strlen(moduleTexts.baseNames[which]);
+  char *digits = buffer + baseLength;
+  std::memcpy(buffer, moduleTexts.baseNames[which], baseLength);
   for (uint32_t tried = 0; tried <= UINT16_MAX; tried++, number++) {
-    std::snprintf(buffer, sizeof buffer, "%s%u", moduleTexts.baseNames[which],
-                  static_cast<unsigned>(number));
+    *std::to_chars(digits, std::end(buffer) - 1, number).ptr = '\0';
     if (ORLIsExpNameUnique(ec, nullptr, buffer) != 0) {
       ec->nextNumber[which] = number;
       return true;
@@ -75,7 +78,7 @@ int32_t ORLEnumExpressions(EC ec, OrlEnumExpressionProc proc) {
 
 HEXP ORLHEXPFromName(EC ec, const char *name) {
   NameEntry *entry = ec == nullptr ? nullptr : NameIndexFirst(ec->expressionNames, name);
-  return entry == nullptr ? nullptr : static_cast<HEXP>(entry->row);
+  return RowOfEntry<Expression>(entry);
 }
 
 HEXP ORLHEXPFromOrdinal(EC ec, int32_t ordinal) {
@@ -90,7 +93,7 @@ int32_t ORLGetExpressionOrdinal(EC ec, HEXP exp) {
 }
 
 int32_t ORLGetExpressionTextLength(EC /*ec*/, HEXP exp) {
-  return exp == nullptr ? 0 : WRENStrLen(exp->text);
+  return exp == nullptr ? 0 : exp->textLength;
 }
 
 int32_t ORLGetExpressionText(EC /*ec*/, HEXP exp, int32_t size, char *buffer) {
@@ -123,9 +126,10 @@ int32_t ORLIsExpNameUnique(EC ec, HEXP exp, const char *name) {
   if (ec == nullptr || name == nullptr) {
     return 0;
   }
+  const NameEntry *own = exp == nullptr ? nullptr : &exp->entry;
   for (const NameEntry *entry = NameIndexFirst(ec->expressionNames, name); entry != nullptr;
        entry = entry->nextSame) {
-    if (entry->row != exp) {
+    if (entry != own) {
       return 0;
     }
   }

@@ -21,28 +21,27 @@ enum class WalkState : uint8_t { Open, No, Yes };
 // After a change of the formula these stand in the block of another record, `content`, or the text
 // in a block of its own.
 struct Expression {
+  NameEntry entry;  // in the context's expressionNames
+
   ExprNode *tree;
   char *text;  // as the host gave it
   char *name;
-  ExprContext *context;
   Expression *content;  // owned, or null
+  int32_t textLength;
+  uint16_t dataType;  // of the root at the time of the parse
   bool ownsText;
-  WalkState walkState;  // see below
-  uint16_t dataType;    // of the root at the time of the parse
 
-  NameEntry entry;  // in the context's expressionNames
+  // The walk through named formulas that came here last, and its way back.
+  WalkState walkState;
+  uint64_t walkNumber;
+  Expression *walkCaller;
+  ExprNode *walkReturn;
+  int64_t walkPlace;  // how far the walk is in the text, or what it has summed up
 
   // Its place in the order of the context's expressions.
   Expression *previousInOrder;
   Expression *nextInOrder;
   int64_t rank;
-
-  // The walk through named formulas that came here last, and its way back.
-  uint64_t walkNumber;
-  Expression *walkCaller;
-  ExprNode *walkReturn;
-  int64_t walkPlace;   // how far the walk is in the text, or what it has summed up
-  int64_t walkLength;  // of the text, for walks that need it
 
   uint64_t deleteRun;  // the guarded delete that has put the expression off
 

@@ -59,7 +59,7 @@ NameEntry *FirstEntry(const ItemTable *table, std::string_view name) {
 }
 
 ExprItem *ItemOf(NameEntry *entry) {
-  return static_cast<ExprItem *>(entry->row);
+  return &RowOfEntry<ItemRow>(entry)->item;
 }
 
 void RemoveRow(EC ec, ItemTable *table, ExprItem *item, int32_t index) {
@@ -183,7 +183,7 @@ ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record) {
   const int32_t last = static_cast<int32_t>(HandleArrayRows(table->rows)) - 1;
   assert(last >= 0 && HandleArrayPointerAt(table->rows, static_cast<uint32_t>(last)) == nullptr);
   ExprItem *item = &row->item;
-  NameIndexAppend(table->index, row->entry, item->name, item);
+  NameIndexAppend(table->index, row->entry, item->name);
   *static_cast<void **>(HandleArrayLock(table->rows, last)) = &row.release()->item;
   HandleArrayUnlock(table->rows);
   ContextChanged(ec);
@@ -196,7 +196,7 @@ bool ItemAdd(EC ec, ItemTable *table, const ExprItem *record) {
     return false;
   }
   ExprItem *item = &row.release()->item;
-  NameIndexAppend(table->index, RowOf(item)->entry, item->name, item);
+  NameIndexAppend(table->index, RowOf(item)->entry, item->name);
   ContextChanged(ec);
   if (record->routineName != nullptr) {
     item->routineName = CopyText(record->routineName).release();

@@ -28,17 +28,44 @@ uint64_t MixHash(uint64_t hash, uint64_t word) {
   return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
 }
 
-uint64_t HashBytes(const char *text, size_t size) {
-  uint64_t hash = MixHash(hashKey.start, size);
-  while (size > 0) {
-    const size_t step = size < sizeof(uint64_t) ? size : sizeof(uint64_t);
-    uint64_t word = 0;
-    std::memcpy(&word, text, step);
-    hash = MixHash(hash + step, word);
-    text += step;
-    size -= step;
+uint64_t WordAt(const char *text) {
+  uint64_t word = 0;
+  std::memcpy(&word, text, sizeof word);
+  return word;
+}
+
+// Less than eight bytes as a number that no others of the same size have.
+uint64_t FewBytes(const char *text, size_t size) {
+  if (size >= sizeof(uint32_t)) {
+    uint32_t first = 0;
+    uint32_t last = 0;
+    std::memcpy(&first, text, sizeof first);
+    std::memcpy(&last, text + size - sizeof last, sizeof last);
+    return uint64_t{first} << 32 | last;
   }
-  return hash;
+  const auto byte = [=](size_t at) { return uint64_t{static_cast<uint8_t>(text[at])}; };
+  return size == 0 ? 0 : byte(0) << 16 | byte(size / 2) << 8 | byte(size - 1);
+}
+
+uint32_t HashBytes(const char *text, size_t size) {
+  uint64_t hash = MixHash(hashKey.start, size);
+  for (; size >= sizeof(uint64_t); size -= sizeof(uint64_t)) {
+    hash = MixHash(hash, WordAt(text)) + sizeof(uint64_t);
+    text += sizeof(uint64_t);
+  }
+  hash = MixHash(hash, FewBytes(text, size));
+  return static_cast<uint32_t>(hash ^ hash >> 32);
+}
+
+bool SameBytes(const char *left, const char *right, size_t size) {
+  for (; size >= sizeof(uint64_t); size -= sizeof(uint64_t)) {
+    if (WordAt(left) != WordAt(right)) {
+      return false;
+    }
+    left += sizeof(uint64_t);
+    right += sizeof(uint64_t);
+  }
+  return FewBytes(left, size) == FewBytes(right, size);
 }
 
 // Capitals first, then small letters: brings together what either mapping alone would keep apart.
@@ -53,7 +80,7 @@ bool FoldName(std::string_view name, char (&folded)[kFoldedSize]) {
   return true;
 }
 
-uint64_t HashName(const NameIndex &index, std::string_view name) {
+uint32_t HashName(const NameIndex &index, std::string_view name) {
   char folded[kFoldedSize];
   if (index.ignoreCase && FoldName(name, folded)) {
     name = folded;
@@ -71,19 +98,23 @@ bool SameNameInAnyCase(const char *left, std::string_view right) {
   return lstrcmpiA(left, copy) == 0;
 }
 
-bool SameName(const NameIndex &index, const char *left, std::string_view right) {
+bool SameName(const NameIndex &index, const NameEntry &entry, std::string_view name) {
   return index.ignoreCase
-             ? SameNameInAnyCase(left, right)
-             : std::strncmp(left, right.data(), right.size()) == 0 && left[right.size()] == '\0';
+             ? SameNameInAnyCase(entry.name, name)
+             : entry.length == name.size() && SameBytes(entry.name, name.data(), name.size());
 }
 
-NameEntry **BucketOf(NameIndex &index, uint64_t hash) {
+std::string_view NameOf(const NameEntry &entry) {
+  return {entry.name, entry.length};
+}
+
+NameEntry **BucketOf(NameIndex &index, uint32_t hash) {
   return index.buckets == nullptr ? &index.single : &index.buckets[hash & (index.bucketCount - 1)];
 }
 
-NameEntry *FindName(NameIndex &index, std::string_view name, uint64_t hash) {
+NameEntry *FindName(NameIndex &index, std::string_view name, uint32_t hash) {
   NameEntry *entry = *BucketOf(index, hash);
-  while (entry != nullptr && (entry->hash != hash || !SameName(index, entry->name, name))) {
+  while (entry != nullptr && (entry->hash != hash || !SameName(index, *entry, name))) {
     entry = entry->next;
   }
   return entry;
@@ -104,19 +135,19 @@ void ReplaceInBucket(NameIndex &index, NameEntry *old, NameEntry *entry) {
 }
 
 void Insert(NameIndex &index, NameEntry &entry) {
-  entry.next = entry.nextSame = entry.prevSame = nullptr;
-  entry.lastSame = &entry;
-  NameEntry *first = FindName(index, entry.name, entry.hash);
+  entry.next = entry.nextSame = nullptr;
+  entry.prevSame = &entry;
+  NameEntry *first = FindName(index, NameOf(entry), entry.hash);
   if (first == nullptr) {
     NameEntry **bucket = BucketOf(index, entry.hash);
     entry.next = *bucket;
     *bucket = &entry;
     return;
   }
-  NameEntry *before = first->lastSame;  // a new row nearly always goes to an end
+  NameEntry *before = first->prevSame;  // a new row nearly always goes to an end
   if (entry.order < first->order) {
     entry.nextSame = first;
-    entry.lastSame = first->lastSame;
+    entry.prevSame = before;
     first->prevSame = &entry;
     ReplaceInBucket(index, first, &entry);
     return;
@@ -126,30 +157,29 @@ void Insert(NameIndex &index, NameEntry &entry) {
   }
   entry.prevSame = before;
   entry.nextSame = before->nextSame;
-  if (entry.nextSame == nullptr) {
-    first->lastSame = &entry;
-  } else {
-    entry.nextSame->prevSame = &entry;
-  }
+  (entry.nextSame == nullptr ? first : entry.nextSame)->prevSame = &entry;
   before->nextSame = &entry;
 }
 
 void TakeOut(NameIndex &index, NameEntry &entry) {
-  if (entry.prevSame == nullptr) {
-    NameEntry *heir = entry.nextSame;
-    if (heir != nullptr) {
-      heir->prevSame = nullptr;
-      heir->lastSame = entry.lastSame;
+  NameEntry *before = entry.prevSame;
+  NameEntry *after = entry.nextSame;
+  if (before->nextSame == nullptr) {  // the last row: this is the first
+    if (after != nullptr) {
+      after->prevSame = before;
     }
-    ReplaceInBucket(index, &entry, heir);
+    ReplaceInBucket(index, &entry, after);
     return;
   }
-  entry.prevSame->nextSame = entry.nextSame;
-  if (entry.nextSame != nullptr) {
-    entry.nextSame->prevSame = entry.prevSame;
-    return;
-  }
-  FindName(index, entry.name, entry.hash)->lastSame = entry.prevSame;
+  before->nextSame = after;
+  (after != nullptr ? after : FindName(index, NameOf(entry), entry.hash))->prevSame = before;
+}
+
+// Hashes the name that the entry gets.
+void SetName(const NameIndex &index, NameEntry &entry, const char *name) {
+  entry.name = name;
+  entry.length = static_cast<uint32_t>(std::strlen(name));
+  entry.hash = HashName(index, NameOf(entry));
 }
 
 // Chains all entries through `next` and leaves the buckets empty.
@@ -176,7 +206,7 @@ void PutAll(NameIndex &index, NameEntry *all, bool hashAgain) {
   while (all != nullptr) {
     NameEntry *next = all->next;
     if (hashAgain) {
-      all->hash = HashName(index, all->name);
+      all->hash = HashName(index, NameOf(*all));
     }
     Insert(index, *all);
     all = next;
@@ -220,20 +250,18 @@ void NameIndexSeed() {
   }
 }
 
-void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name, void *row) {
-  assert(name != nullptr && row != nullptr);
+void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name) {
+  assert(name != nullptr);
   FollowCodePage(index);
   Grow(index);
-  entry.name = name;
-  entry.row = row;
-  entry.hash = HashName(index, name);
+  SetName(index, entry, name);
   entry.order = ++index.lastOrder;
   Insert(index, entry);
   index.entryCount++;
 }
 
 void NameIndexRemove(NameIndex &index, NameEntry &entry) {
-  assert(index.entryCount > 0 && entry.row != nullptr);
+  assert(index.entryCount > 0 && entry.prevSame != nullptr);
   FollowCodePage(index);
   TakeOut(index, entry);
   index.entryCount--;
@@ -242,8 +270,7 @@ void NameIndexRemove(NameIndex &index, NameEntry &entry) {
 void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name) {
   FollowCodePage(index);
   TakeOut(index, entry);
-  entry.name = name;
-  entry.hash = HashName(index, name);
+  SetName(index, entry, name);
   Insert(index, entry);
 }
 

@@ -1,8 +1,8 @@
 // A name index answers "the first row of that name in table order" at the same cost for ten rows
 // and for sixty thousand.
 //
-// It is a hash table whose entries are part of the rows that they index, so that removing a row
-// never needs memory. Rows of one name are chained in table order, after the first of them:
+// It is a hash table whose entries are the first part of the rows that they index, so that removing
+// a row never needs memory. Rows of one name are chained in table order, after the first of them:
 //
 //   bucket -> Tax -> Rate -> .        chains of different names (next)
 //              |
@@ -12,19 +12,27 @@
 #ifndef ORLI11_ENGINE_NAME_INDEX_H
 #define ORLI11_ENGINE_NAME_INDEX_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <type_traits>
 
 struct NameEntry {
   const char *name;  // the row's own text
-  void *row;
-  uint64_t hash;
+  uint32_t hash;
+  uint32_t length;
   uint64_t order;       // place among all rows of the table, ascending
   NameEntry *next;      // first of another name in the bucket
-  NameEntry *nextSame;  // next and previous row of the same name
-  NameEntry *prevSame;
-  NameEntry *lastSame;  // of the first row of a name: its last row
+  NameEntry *nextSame;  // next row of the same name; null after the last
+  NameEntry *prevSame;  // the one before; of the first row: the last
 };
+
+// The row that begins with an entry, or null for null.
+template <class Row>
+Row *RowOfEntry(NameEntry *entry) {
+  static_assert(offsetof(Row, entry) == 0 && std::is_standard_layout_v<Row>);
+  return reinterpret_cast<Row *>(entry);
+}
 
 struct NameIndex {
   NameEntry **buckets;  // null: the one bucket below
@@ -40,7 +48,7 @@ struct NameIndex {
 void NameIndexSeed();
 
 // Adds a row after all rows that were added before.
-void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name, void *row);
+void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name);
 
 // Removes a row, which must be in the index.
 void NameIndexRemove(NameIndex &index, NameEntry &entry);

@@ -13,7 +13,7 @@ struct NameReferences {
 
 NameReferences *ReferencesTo(EC ec, const char *name) {
   NameEntry *entry = NameIndexFirst(ec->references, name);
-  return entry == nullptr ? nullptr : static_cast<NameReferences *>(entry->row);
+  return RowOfEntry<NameReferences>(entry);
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ bool AddReference(EC ec, const char *name) {
       return false;
     }
     std::memcpy(references->name, name, length + 1);
-    NameIndexAppend(ec->references, references->entry, references->name, references);
+    NameIndexAppend(ec->references, references->entry, references->name);
   }
   references->count++;
   return true;

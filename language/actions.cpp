@@ -13,8 +13,7 @@ constexpr int32_t kWholeText = 1000;
 
 struct Reduction {
   ParseState &state;
-  const StackEntry *rhs;
-  StackEntry *result;
+  StackEntry *rhs;  // the first one becomes the result
 };
 
 DraftNode &NodeOf(const Reduction &r, const StackEntry &entry) {
@@ -46,12 +45,6 @@ bool FailAtToken(const Reduction &r) {
   return false;
 }
 
-bool Pass(const Reduction &r, const StackEntry &entry) {
-  r.result->first = entry.first;
-  r.result->count = entry.count;
-  return true;
-}
-
 // A new node, which becomes the result; null when there is no memory, with the error set.
 DraftNode *AddNode(const Reduction &r, int32_t kind, uint32_t size) {
   TreeBuilder &builder = r.state.builder;
@@ -60,7 +53,7 @@ DraftNode *AddNode(const Reduction &r, int32_t kind, uint32_t size) {
     RefuseMemory(r);
     return nullptr;
   }
-  r.result->first = builder.count - 1;
+  r.rhs->first = builder.count - 1;
   return node;
 }
 
@@ -84,7 +77,7 @@ bool FormulaOfExpr(const Reduction &r) {
 
 bool FormulaOfList(const Reduction &r) {
   TreeBuilder &builder = r.state.builder;
-  const StackEntry &list = r.rhs[0];
+  const StackEntry list = r.rhs[0];
   DraftNode *node = AddNode(r, NODE_SET, 1 + SizeOfListed(builder, list.first));
   if (node == nullptr) {
     return false;
@@ -118,8 +111,8 @@ bool Listed(const Reduction &r, const StackEntry *list, const StackEntry &member
   if (count == kMaxListed || !BuilderAddArgument(builder, member.first)) {
     return RefuseMemory(r);
   }
-  r.result->count = count + 1;
-  r.result->first = builder.argumentCount - r.result->count;
+  r.rhs->count = count + 1;
+  r.rhs->first = builder.argumentCount - r.rhs->count;
   return true;
 }
 
@@ -257,9 +250,8 @@ bool Call(const Reduction &r, const CallShape &shape) {
 
 }  // namespace
 
-bool RunAction(ParseState &state, Production production, const StackEntry *rhs,
-               StackEntry *result) {
-  const Reduction r = {state, rhs, result};
+bool RunAction(ParseState &state, Production production, StackEntry *rhs) {
+  const Reduction r = {state, rhs};
   switch (production) {
     case Production::FormulaOfExpr:
       return FormulaOfExpr(r);
@@ -276,7 +268,7 @@ bool RunAction(ParseState &state, Production production, const StackEntry *rhs,
     case Production::ParamsOfList:
     case Production::ExprOfCall:
     case Production::ExprOfConstant:
-      return Pass(r, rhs[0]);
+      return true;
     case Production::Add:
       return AdditiveOperator(r, NODE_ADD);
     case Production::Subtract:
@@ -288,7 +280,8 @@ bool RunAction(ParseState &state, Production production, const StackEntry *rhs,
     case Production::Modulo:
       return Operator(r, NODE_MOD);
     case Production::Parentheses:
-      return Pass(r, rhs[1]);
+      rhs[0].first = rhs[1].first;
+      return true;
     case Production::Concatenate:
       return Operator(r, NODE_CONCAT);
     case Production::SubtractUnits:

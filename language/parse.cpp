@@ -22,16 +22,15 @@ namespace {
 // around it are no part of a name. A keyword whose type no value has is none.
 bool IsValidName(EC ec, const char *name) {
   ParseState state;
-  ResetParseState(state, ec, name, true);
-  return ScanToken(state) == TOK_IDENT && state.tokenOffset == 0 &&
-         state.tokenSpan == state.textLength && TypeOfItem(state) <= kLastValueType;
+  return ResetParseState(state, ec, name, true) && ScanToken(state) == TOK_IDENT &&
+         state.tokenOffset == 0 && state.tokenSpan == state.textLength &&
+         TypeOfItem(state) <= kLastValueType;
 }
 
 // True when the text is a formula, with its nodes in the builder; else false with the error set. A
 // date-shaped text that read on as something else and then failed counts as a bad date.
 bool ParseText(ParseState &state, EC ec, const char *text) {
-  ResetParseState(state, ec, text, false);
-  if (std::strlen(text) >= INT32_MAX) {
+  if (!ResetParseState(state, ec, text, false)) {
     SetError(state, ORL_ERR_MAXTOKEN, 0, 0);
     return false;
   }
@@ -63,7 +62,8 @@ bool CheckRecursion(EC ec, const Expression *expression, FormulaError &error) {
 }
 
 // Names the formula of a parse and makes the record of both; null with the error set.
-OwnedExpression NamedExpression(ParseState &state, EC ec, const char *text, const char *name) {
+OwnedExpression NamedExpression(ParseState &state, const char *name) {
+  EC ec = state.context;
   char generated[kGeneratedNameSize];
   if (name == nullptr || name[0] == '\0') {
     const ExpressionClass which = ClassOfRoot(BuiltRoot(state.builder).kind);
@@ -74,10 +74,10 @@ OwnedExpression NamedExpression(ParseState &state, EC ec, const char *text, cons
     return nullptr;
   }
   if (!IsValidName(ec, name)) {
-    SetError(state, ORL_ERR_NAME, 0, WRENStrLen(text));
+    SetError(state, ORL_ERR_NAME, 0, state.textLength);
     return nullptr;
   }
-  OwnedExpression expression = MakeExpression(ec, state.builder, text, name);
+  OwnedExpression expression = MakeExpression(state, name);
   if (expression == nullptr) {
     SetError(state, ORL_ERR_MEMORY, 0, 0);
     return nullptr;
@@ -92,7 +92,7 @@ OwnedExpression ExpressionFromText(EC ec, const char *text, const char *name, Fo
   OwnedExpression expression;
   if (ParseText(state, ec, text)) {
     *dataType = StoredType(BuiltRoot(state.builder).dataType);
-    expression = NamedExpression(state, ec, text, name);
+    expression = NamedExpression(state, name);
   }
   BuilderEnd(state.builder);
   if (expression == nullptr) {
@@ -103,7 +103,7 @@ OwnedExpression ExpressionFromText(EC ec, const char *text, const char *name, Fo
 
 // What forbids to store a new record as `exp`, or as a new expression for null; id 0 for nothing.
 FormulaError ConflictOf(EC ec, HEXP exp, const Expression *fresh) {
-  const int32_t length = WRENStrLen(fresh->text);
+  const int32_t length = fresh->textLength;
   if (ORLIsExpNameUnique(ec, exp, fresh->name) == 0) {
     return {ORL_ERR_DUPNAME, 0, length};
   }
@@ -199,7 +199,7 @@ bool ReparseExpression(EC ec, Expression *expression, const char *text) {
   ParseState state;
   OwnedExpression fresh;
   if (ParseText(state, ec, text)) {
-    fresh = MakeExpression(ec, state.builder, text, expression->name);
+    fresh = MakeExpression(state, expression->name);
   }
   BuilderEnd(state.builder);
   if (fresh == nullptr) {

@@ -4,10 +4,11 @@
 
 #include "platform/text.h"
 
-void ResetParseState(ParseState &state, ExprContext *context, const char *text, bool nameCheck) {
+bool ResetParseState(ParseState &state, ExprContext *context, const char *text, bool nameCheck) {
   state.context = context;
   state.text = text;
-  state.textLength = static_cast<int32_t>(std::strlen(text));
+  const size_t length = std::strlen(text);
+  state.textLength = length < INT32_MAX ? static_cast<int32_t>(length) : 0;
   state.codePage = ActiveCodePage();
   state.nameCheckMode = nameCheck;
   state.position = 0;
@@ -22,4 +23,5 @@ void ResetParseState(ParseState &state, ExprContext *context, const char *text, 
   state.badDateLength = 0;
   state.error = FormulaError{0, 0, 0};
   BuilderBegin(state.builder);
+  return length < INT32_MAX;
 }

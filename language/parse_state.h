@@ -75,8 +75,8 @@ struct ParseState {
 };
 
 // Makes the state ready for a text, which must stay until the parse has ended. The fields after
-// `builder` are set as they are used.
-void ResetParseState(ParseState &state, ExprContext *context, const char *text, bool nameCheck);
+// `builder` are set as they are used. False, with an empty text, when it is too long.
+bool ResetParseState(ParseState &state, ExprContext *context, const char *text, bool nameCheck);
 
 // Bytes of the text read by the scanner so far, the blank after it included.
 inline int32_t BytesDelivered(const ParseState &state) {

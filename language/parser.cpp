@@ -42,33 +42,31 @@ struct ParserRun {
   int32_t token;
 };
 
-bool Push(ParserRun &run, int32_t next, const StackEntry &entry) {
+bool Shift(ParserRun &run, int32_t next) {
+  ParseState &state = run.state;
   if (run.top + 1 >= kParserStackSize) {
-    Report(run.state, ORL_ERR_TOCOMPLEX);
+    Report(state, ORL_ERR_TOCOMPLEX);
     return false;
   }
   run.top++;
-  run.state.states[run.top] = static_cast<int16_t>(next);
-  run.state.entries[run.top] = entry;
+  run.token = kNoToken;
+  state.states[run.top] = static_cast<int16_t>(next);
+  state.entries[run.top].offset = state.tokenOffset;
+  state.entries[run.top].length = state.tokenSpan;
   return true;
 }
 
-bool Shift(ParserRun &run, int32_t next) {
-  run.token = kNoToken;
-  return Push(run, next, {run.state.tokenOffset, run.state.tokenSpan, 0, 0});
-}
-
-// The result takes the place of the right side's first symbol, so it has that symbol's span.
+// The left side takes the place of the right side's first symbol.
 bool Reduce(ParserRun &run, uint8_t production) {
   ParseState &state = run.state;
   const ParserProduction row = kParserProductions[production];
-  const StackEntry *rhs = &state.entries[run.top - row.length + 1];
-  StackEntry entry = {rhs->offset, rhs->length, 0, 0};
-  if (!RunAction(state, static_cast<Production>(production), rhs, &entry)) {
+  run.top -= row.length - 1;
+  if (!RunAction(state, static_cast<Production>(production), &state.entries[run.top])) {
     return false;
   }
-  run.top -= row.length;
-  return Push(run, kParserGoto[state.states[run.top]][row.left], entry);
+  const int32_t below = state.states[run.top - 1];
+  state.states[run.top] = kParserGoto[below][row.left];
+  return true;
 }
 
 // One step: a reduction, a shift, or the end. True while there is more to do.
@@ -109,7 +107,6 @@ Step DoStep(ParserRun &run) {
 bool RunParser(ParseState &state) {
   ParserRun run = {state, 0, kNoToken};
   state.states[0] = 0;
-  state.entries[0] = StackEntry{};
   Step step = Step::More;
   while (step == Step::More) {
     step = DoStep(run);

@@ -12,9 +12,9 @@
 // must follow in either case.
 bool RunParser(ParseState &state);
 
-// Runs the action of a production. `rhs` are the stack entries of its right side. *result comes
-// with the span of the first of them; the action gives it its value. False ends the parse, with the
-// error set.
-bool RunAction(ParseState &state, Production production, const StackEntry *rhs, StackEntry *result);
+// Runs the action of a production. `rhs` are the stack entries of its right side. The first of them
+// becomes that of the left side: it keeps its span, and the action gives it its value. False ends
+// the parse, with the error set.
+bool RunAction(ParseState &state, Production production, StackEntry *rhs);
 
 #endif

@@ -19,6 +19,7 @@ struct WordCode {
 constexpr WordCode kDateUnits[] = {{"DAY", kUnitDay},       {"MONTH", kUnitMonth},
                                    {"YEAR", kUnitYear},     {"HOUR", kUnitHour},
                                    {"MINUTE", kUnitMinute}, {"SECOND", kUnitSecond}};
+constexpr size_t kLongestUnit = sizeof "MINUTES" - 1;
 constexpr WordCode kModifiers[] = {{"DISTINCT", kModifierDistinct}, {"ALL", kModifierAll}};
 
 char Capital(char byte) {
@@ -158,6 +159,9 @@ const RuleAction kRuleActions[] = {
 };
 
 uint16_t DateUnitOfWord(std::string_view word) {
+  if (word.size() > kLongestUnit) {
+    return 0;
+  }
   for (const WordCode &row : kDateUnits) {
     const std::string_view unit = row.word;
     const bool plural = word.size() == unit.size() + 1 && Capital(word.back()) == 'S';

@@ -9,7 +9,6 @@
 #include "engine/references.h"
 #include "language/parse_state.h"
 #include "language/recursion.h"
-#include "language/tree_builder.h"
 
 namespace {
 
@@ -27,22 +26,21 @@ void FreeExpression::operator()(Expression *expression) const {
   const Owned<Expression> record(expression);
 }
 
-OwnedExpression MakeExpression(EC ec, TreeBuilder &builder, const char *text, const char *name) {
-  const size_t textBytes = std::strlen(text) + 1;
-  const size_t nameBytes = std::strlen(name) + 1;
+OwnedExpression MakeExpression(ParseState &state, std::string_view name) {
+  const size_t textBytes = static_cast<size_t>(state.textLength) + 1;
   const FinishedTree finished =
-      FinishTree(builder, text, sizeof(Expression), uint64_t{textBytes} + nameBytes);
+      FinishTree(state.builder, state.text, sizeof(Expression), textBytes + name.size() + 1);
   if (finished.block == nullptr) {
     return nullptr;
   }
   OwnedExpression expression(reinterpret_cast<Expression *>(finished.block));
-  expression->context = ec;
   expression->tree = finished.root;
   expression->dataType = StoredType(NodeType(finished.root));
   expression->text = finished.after;
+  expression->textLength = state.textLength;
   expression->name = finished.after + textBytes;
-  std::memcpy(expression->text, text, textBytes);
-  std::memcpy(expression->name, name, nameBytes);
+  std::memcpy(expression->text, state.text, textBytes);
+  std::memcpy(expression->name, name.data(), name.size());
   return expression;
 }
 
@@ -56,8 +54,8 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
   }
   Expression *stored = expression.release();
   const bool awaited =
-      ORLHEXPFromName(ec, stored->name) == nullptr && ReferenceCount(ec, stored->name) != 0;
-  NameIndexAppend(ec->expressionNames, stored->entry, stored->name, stored);
+      ReferenceCount(ec, stored->name) != 0 && ORLHEXPFromName(ec, stored->name) == nullptr;
+  NameIndexAppend(ec->expressionNames, stored->entry, stored->name);
   ec->revision++;
   if (awaited) {
     ec->generation++;  // references that found nothing find it
@@ -78,6 +76,7 @@ void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh) {
   expression->dataType = fresh->dataType;
   expression->tree = fresh->tree;
   expression->text = fresh->text;
+  expression->textLength = fresh->textLength;
   expression->name = fresh->name;
   const Owned<Expression> old(std::exchange(expression->content, fresh.release()));
   OrderAfterReplace(ec, expression, oldName);
@@ -87,6 +86,7 @@ void ReplaceText(Expression *expression, OwnedText text) {
   const OwnedText old(expression->ownsText ? expression->text : nullptr);
   expression->ownsText = text != nullptr;
   expression->text = text.release();
+  expression->textLength = expression->text == nullptr ? 0 : WRENStrLen(expression->text);
 }
 
 bool AddReferences(EC ec, const ExprNode *tree) {

@@ -5,12 +5,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 #include "engine/expressions.h"
 #include "language/tree.h"
 #include "platform/owned.h"
 
-struct TreeBuilder;
+struct ParseState;
 
 // A record that is in no table, with all it holds.
 struct FreeExpression {
@@ -18,9 +19,9 @@ struct FreeExpression {
 };
 using OwnedExpression = std::unique_ptr<Expression, FreeExpression>;
 
-// A record with the tree of all nodes of the builder and copies of text and name, in one block;
-// null when there is no memory. The nodes are those of the text.
-OwnedExpression MakeExpression(EC ec, TreeBuilder &builder, const char *text, const char *name);
+// A record with the tree of all nodes of a parse and copies of its text and of the name, in one
+// block; null when there is no memory.
+OwnedExpression MakeExpression(ParseState &state, std::string_view name);
 
 // Adds a record at the end of the context's table, which owns it from there on. False, with
 // everything as it was, when the table cannot grow or there is no memory.

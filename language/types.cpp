@@ -267,12 +267,12 @@ int16_t ResultOfCall(const ParseState &state, const CallDraft &call) {
 }
 
 void TypeFormula(ParseState &state, DraftNode &node, const CallDraft &call) {
-  const NameEntry *entry = NameIndexFirst(state.context->expressionNames, call.name);
+  NameEntry *entry = NameIndexFirst(state.context->expressionNames, call.name);
   if (entry == nullptr) {
     SetError(state, ORL_ERR_FUNC, 0, 0);
     return;
   }
-  const auto *formula = static_cast<const Expression *>(entry->row);
+  const auto *formula = RowOfEntry<Expression>(entry);
   const int32_t kind = NodeKindOf(formula->tree);
   if (kind == NODE_SET || kind == NODE_RANGE) {
     SetError(state, ORL_ERR_IMBEDDEDRANGE, 0, 0);

@@ -195,9 +195,9 @@ void Rounds(DeleteRun &run) {
 void QueueFreed(ReferenceListener *listener, const char *name) {
   char *start = reinterpret_cast<char *>(listener) - offsetof(DeleteRun, listener);
   DeleteRun &run = *reinterpret_cast<DeleteRun *>(start);
-  const NameEntry *entry = run.rounds ? NameIndexFirst(run.ec->expressionNames, name) : nullptr;
+  NameEntry *entry = run.rounds ? NameIndexFirst(run.ec->expressionNames, name) : nullptr;
   for (; entry != nullptr; entry = entry->nextSame) {
-    if (IsDeferred(run, static_cast<HEXP>(entry->row))) {
+    if (IsDeferred(run, RowOfEntry<Expression>(entry))) {
       PlaceQueue &queue = entry->order > run.place ? run.thisRound : run.nextRound;
       run.lost = !QueuePush(queue, entry->order) || run.lost;
     }

@@ -238,7 +238,7 @@ void RestoreOrder(FormulaLoad &load) {
     *static_cast<HEXP *>(HandleArrayLock(ec->expressions, i)) = exp;
     HandleArrayUnlock(ec->expressions);
     NameIndexRemove(ec->expressionNames, exp->entry);
-    NameIndexAppend(ec->expressionNames, exp->entry, exp->name, exp);
+    NameIndexAppend(ec->expressionNames, exp->entry, exp->name);
   }
   ec->order.broken = true;
   ContextChanged(ec);

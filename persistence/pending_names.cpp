@@ -16,7 +16,7 @@ void ListNames(PendingNames &names) {
       return;  // the rows from here on will not be read either
     }
     PendingRow &row = names.rows.get()[i];
-    NameIndexAppend(names.index, row.entry, name, &row);
+    NameIndexAppend(names.index, row.entry, name);
   }
 }
 
@@ -35,7 +35,7 @@ PendingRow *PendingRowOf(PendingNames &names, std::string_view name) {
     ListNames(names);
   }
   NameEntry *entry = NameIndexFirst(names.index, name);
-  return entry != nullptr ? static_cast<PendingRow *>(entry->row) : nullptr;
+  return RowOfEntry<PendingRow>(entry);
 }
 
 PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t &offset) {

@@ -38,6 +38,7 @@ namespace {
 constexpr uint32_t kUnitBytes = 16;    // capacities of pooled blocks are multiples of it
 constexpr uint32_t kPooledSize = 256;  // the largest block that is pooled
 constexpr uint32_t kClasses = kPooledSize / kUnitBytes;
+constexpr size_t kSmallBytes = 1024;
 constexpr uint32_t kPooledBlocks = 64;  // blocks in one list; 256 * 64 * 17 / 2 bytes at most
 
 struct Pool {
@@ -148,8 +149,14 @@ void ReleaseBlock(Block *block) {
 
 // A zeroed block of `capacity` bytes from the heap, or null.
 [[gnu::noinline]] Block *ObtainFromHeap(uint32_t size, uint32_t capacity) {
-  auto *block = static_cast<Block *>(std::calloc(1, sizeof(Block) + size_t{capacity}));
+  const size_t bytes = sizeof(Block) + size_t{capacity};
+  // The heap's own cache of small blocks serves malloc alone.
+  const bool isSmall = bytes <= kSmallBytes;
+  auto *block = static_cast<Block *>(isSmall ? std::malloc(bytes) : std::calloc(1, bytes));
   if (block != nullptr) {
+    if (isSmall) {
+      std::memset(static_cast<void *>(block), 0, bytes);
+    }
     block->size = size;
     block->capacity = capacity;
   }
