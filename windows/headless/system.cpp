@@ -1,11 +1,22 @@
 // The table of operations, and the session behind it.
 #include <algorithm>
 
+#include "platform/window_operations.h"
 #include "windows/headless/state.h"
 
 namespace headless {
 
 namespace {
+
+struct Routines {
+  using Hold = headless::Hold;
+  static constexpr auto kFind = Find;
+  static constexpr auto kControlById = ControlById;
+  static constexpr auto kOwnProc = OwnProc;
+  static constexpr auto kSetTimer = SetTimerOf;
+  static constexpr auto kKillTimer = KillTimerOf;
+};
+using Common = WindowOperations<Routines>;
 
 intptr_t DialogBoxParam(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc,
                         intptr_t parameter) {
@@ -48,24 +59,6 @@ void DestroyWindow(OrlWindow window) {
   } else if (!dialog->box) {
     EndModal(dialog, 0);
   }
-}
-
-OrlWindow GetDlgItem(OrlWindow dialog, int32_t id) {
-  const Control *control = ControlById(FindDialog(dialog), id);
-  return control == nullptr ? nullptr : control->window;
-}
-
-int32_t GetDlgCtrlID(OrlWindow window) {
-  const Control *control = FindControl(window);
-  return control == nullptr ? 0 : control->id;
-}
-
-OrlWindow GetParent(OrlWindow window) {
-  const Place place = Find(window);
-  if (place.dialog == nullptr) {
-    return nullptr;
-  }
-  return place.control == nullptr ? place.dialog->parent : place.dialog->window;
 }
 
 void SetWindowText(OrlWindow window, const char *text) {
@@ -220,40 +213,6 @@ void GetTextMetrics(OrlWindow window, OrlTextMetrics *metrics) {
   }
 }
 
-OrlWindowProc SetWindowProc(OrlWindow window, OrlWindowProc proc) {
-  Control *control = FindControl(window);
-  if (control == nullptr) {
-    return nullptr;
-  }
-  OrlWindowProc before = control->proc == nullptr ? OwnProc : control->proc;
-  control->proc = proc;
-  return before;
-}
-
-intptr_t CallWindowProc(OrlWindowProc proc, OrlWindow window, uint32_t message, uintptr_t wParam,
-                        intptr_t lParam) {
-  const Place place = Find(window);
-  if (proc == nullptr || place.dialog == nullptr) {
-    return 0;
-  }
-  const Hold hold(place.dialog);
-  return proc(window, message, wParam, lParam);
-}
-
-void SetTimer(OrlWindow window, uintptr_t timer, uint32_t milliseconds) {
-  Dialog *dialog = FindDialog(window);
-  if (dialog != nullptr) {
-    SetTimerOf(dialog, timer, milliseconds);
-  }
-}
-
-void KillTimer(OrlWindow window, uintptr_t timer) {
-  Dialog *dialog = FindDialog(window);
-  if (dialog != nullptr) {
-    KillTimerOf(dialog, timer);
-  }
-}
-
 void CheckRadioButton(OrlWindow window, int32_t first, int32_t last, int32_t id) {
   const Dialog *dialog = FindDialog(window);
   for (int32_t i = 0; dialog != nullptr && i < dialog->controlCount; ++i) {
@@ -277,9 +236,9 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  EndDialog,
                                  CreateDialogParam,
                                  DestroyWindow,
-                                 GetDlgItem,
-                                 GetDlgCtrlID,
-                                 GetParent,
+                                 Common::GetDlgItem,
+                                 Common::GetDlgCtrlID,
+                                 Common::GetParent,
                                  SetWindowText,
                                  GetWindowText,
                                  GetWindowTextLength,
@@ -294,12 +253,12 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  MoveWindow,
                                  GetSystemMetrics,
                                  GetTextMetrics,
-                                 SetWindowProc,
-                                 CallWindowProc,
+                                 Common::SetWindowProc,
+                                 Common::CallWindowProc,
                                  Send,
                                  Post,
-                                 SetTimer,
-                                 KillTimer,
+                                 Common::SetTimer,
+                                 Common::KillTimer,
                                  CheckRadioButton,
                                  ShowBox,
                                  MessageBeep,

@@ -8,12 +8,23 @@
 #include <cstring>
 
 #include "orli11/qt_windows.h"
+#include "platform/window_operations.h"
 #include "windows/qt/state.h"
 #include "windows/qt/text_map.h"
 
 namespace qt_windows {
 
 namespace {
+
+struct Routines {
+  using Hold = qt_windows::Hold;
+  static constexpr auto kFind = Find;
+  static constexpr auto kControlById = ControlById;
+  static constexpr auto kOwnProc = OwnProc;
+  static constexpr auto kSetTimer = SetTimerOf;
+  static constexpr auto kKillTimer = KillTimerOf;
+};
+using Common = WindowOperations<Routines>;
 
 bool HasApplication() {
   return qobject_cast<QApplication *>(QCoreApplication::instance()) != nullptr;
@@ -62,24 +73,6 @@ void DestroyWindow(OrlWindow window) {
   } else if (dialog != nullptr) {
     Destroy(dialog);
   }
-}
-
-OrlWindow GetDlgItem(OrlWindow dialog, int32_t id) {
-  const Control *control = ControlById(FindDialog(dialog), id);
-  return control == nullptr ? nullptr : control->window;
-}
-
-int32_t GetDlgCtrlID(OrlWindow window) {
-  const Control *control = FindControl(window);
-  return control == nullptr ? 0 : control->id;
-}
-
-OrlWindow GetParent(OrlWindow window) {
-  const Place place = Find(window);
-  if (place.dialog == nullptr) {
-    return nullptr;
-  }
-  return place.control == nullptr ? place.dialog->parent : place.dialog->window;
 }
 
 void SetWindowText(OrlWindow window, const char *text) {
@@ -266,26 +259,6 @@ void GetTextMetrics(OrlWindow window, OrlTextMetrics *metrics) {
   }
 }
 
-OrlWindowProc SetWindowProc(OrlWindow window, OrlWindowProc proc) {
-  Control *control = FindControl(window);
-  if (control == nullptr) {
-    return nullptr;
-  }
-  OrlWindowProc before = control->proc == nullptr ? OwnProc : control->proc;
-  control->proc = proc;
-  return before;
-}
-
-intptr_t CallWindowProc(OrlWindowProc proc, OrlWindow window, uint32_t message, uintptr_t wParam,
-                        intptr_t lParam) {
-  const Place place = Find(window);
-  if (proc == nullptr || place.dialog == nullptr) {
-    return 0;
-  }
-  const Hold hold(place.dialog);
-  return proc(window, message, wParam, lParam);
-}
-
 // Also to a combo box of the host's, for the one message that it knows.
 intptr_t SendMessage(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
   if (message == ORL_CB_ADDSTRING && HasApplication() && Find(window).dialog == nullptr) {
@@ -296,20 +269,6 @@ intptr_t SendMessage(OrlWindow window, uint32_t message, uintptr_t wParam, intpt
     }
   }
   return Send(window, message, wParam, lParam);
-}
-
-void SetTimer(OrlWindow window, uintptr_t timer, uint32_t milliseconds) {
-  Dialog *dialog = FindDialog(window);
-  if (dialog != nullptr) {
-    SetTimerOf(dialog, timer, milliseconds);
-  }
-}
-
-void KillTimer(OrlWindow window, uintptr_t timer) {
-  Dialog *dialog = FindDialog(window);
-  if (dialog != nullptr) {
-    KillTimerOf(dialog, timer);
-  }
 }
 
 void CheckRadioButton(OrlWindow window, int32_t first, int32_t last, int32_t id) {
@@ -354,9 +313,9 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  Safe<EndDialog>::Call,
                                  Safe<CreateDialogParam>::Call,
                                  Safe<DestroyWindow>::Call,
-                                 Safe<GetDlgItem>::Call,
-                                 Safe<GetDlgCtrlID>::Call,
-                                 Safe<GetParent>::Call,
+                                 Safe<Common::GetDlgItem>::Call,
+                                 Safe<Common::GetDlgCtrlID>::Call,
+                                 Safe<Common::GetParent>::Call,
                                  Safe<SetWindowText>::Call,
                                  Safe<GetWindowText>::Call,
                                  Safe<GetWindowTextLength>::Call,
@@ -371,12 +330,12 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  Safe<MoveWindow>::Call,
                                  Safe<GetSystemMetrics>::Call,
                                  Safe<GetTextMetrics>::Call,
-                                 Safe<SetWindowProc>::Call,
-                                 Safe<CallWindowProc>::Call,
+                                 Safe<Common::SetWindowProc>::Call,
+                                 Safe<Common::CallWindowProc>::Call,
                                  Safe<SendMessage>::Call,
                                  Safe<Post>::Call,
-                                 Safe<SetTimer>::Call,
-                                 Safe<KillTimer>::Call,
+                                 Safe<Common::SetTimer>::Call,
+                                 Safe<Common::KillTimer>::Call,
                                  Safe<CheckRadioButton>::Call,
                                  Safe<ShowBox>::Call,
                                  Safe<MessageBeep>::Call,
