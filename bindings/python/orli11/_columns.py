@@ -84,7 +84,7 @@ def _array(values: Any) -> numpy.ndarray:
 
 def _nullable(values: Any) -> Optional[_Converted]:
     """The column of a nullable number type of pandas; None for anything else."""
-    dtype = getattr(values, "dtype", None)
+    dtype: Any = getattr(values, "dtype", None)
     if isinstance(dtype, numpy.dtype) or getattr(dtype, "kind", "O") not in "biuf" \
             or not hasattr(dtype, "na_value"):
         return None

@@ -6,7 +6,7 @@ import dataclasses
 import datetime
 import inspect
 import typing
-from typing import Any, Callable, Optional, Sequence, Tuple
+from typing import Any, Callable, Optional, Sequence, Tuple, Union
 
 from ._library import ffi
 from ._values import encode, store, value_from
@@ -96,9 +96,11 @@ def _parameter(name: str, annotation: Any, default: Any) -> Parameter:
     return Parameter(annotation, _type(f"parameter {name!r}", annotation), default)
 
 
-def function_of(call: Callable[..., Any], name: Optional[str] = None,
+def function_of(call: Union[Callable[..., Any], Function], name: Optional[str] = None,
                 parameters: Optional[Sequence[Any]] = None, result: Any = None) -> Function:
     """Reads the signature of a callable; `parameters` and `result` replace its annotations."""
+    if isinstance(call, Function):
+        return call
     hints = typing.get_type_hints(call) if parameters is None or result is None else {}
     taken = [each for each in inspect.signature(call).parameters.values()
              if each.kind != each.KEYWORD_ONLY]

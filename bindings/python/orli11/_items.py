@@ -110,7 +110,7 @@ def _pairs(items: Any) -> Iterator[Tuple[str, Optional[Type]]]:
 
 def _column_type(column: Any) -> Optional[Type]:
     """The type of a column's values, None for values that no formula can hold."""
-    dtype = getattr(column, "dtype", None)
+    dtype: Any = getattr(column, "dtype", None)
     if hasattr(dtype, "categories"):
         return _column_type(dtype.categories)
     if dtype is not None and dtype.kind != "O":

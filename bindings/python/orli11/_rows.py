@@ -92,7 +92,7 @@ def _compute(context, expression, columns, result, part: range) -> None:
     wanted = ffi.new("OrlRowResults *")
     result.fill(wanted, part)
     try:
-        found = context._compute(None, engine.ORLEvaluateRows, expression._live(), len(part), len(columns), given,
+        found = context._compute(None, engine.ORLEvaluateRows, expression, len(part), len(columns), given,
                                  wanted)
         if found < 0:
             raise Error("the rows cannot be computed: memory has ended, or the strings are too long")

@@ -19,8 +19,8 @@ _NULL, _CELL = ffi.NULL, ffi.typeof("NumberValue *")
 _KINDS = ("formula", "set", "range")
 _VERSIONS_WITH_ORDER = (0, 1)  # of blocks whose load opens no editor
 
-# Callables by their own names, or by names given here.
-Functions = Union[Iterable[Callable[..., Any]], Mapping[str, Callable[..., Any]]]
+# Callables by their own names, or by names given here; functions of another context too.
+Functions = Union[Iterable[Union[Callable[..., Any], Function]], Mapping[str, Callable[..., Any]]]
 
 
 class Expression:
@@ -102,8 +102,8 @@ class Expression:
         """
         with self._context._entered():
             names = {name, self._context._items.name_of(name)}
-            return any(self._is_used(each, encode(one))
-                       for each in ([kind] if kind is not None else Kind) for one in names)
+            kinds = list(Kind) if kind is None else [kind]
+            return any(self._is_used(each, encode(one)) for each in kinds for one in names)
 
     def _is_used(self, kind: Kind, name: bytes) -> bool:
         with self._context._entered() as ec:
@@ -118,9 +118,10 @@ class Expression:
         with self._context._entered() as ec:
             size = engine.ORLGetExtendedTextLength(ec, self._live(), marks) + 1
             buffer = ffi.new("char[]", size)
-            if engine.ORLGetExtendedText(ec, self._live(), size, buffer, marks) == 0 and size > 2:
-                if buffer[0] == b"\0":
-                    raise Error(f"the extended text of {self.name} is too long")
+            # An empty text tells of a failure: a formula has a text.
+            engine.ORLGetExtendedText(ec, self._live(), size, buffer, marks)
+            if buffer[0] == b"\0":
+                raise Error(f"the extended text of {self.name} is too long")
             return ffi.string(buffer).decode()
 
     def evaluate(self, row: Any = None) -> Any:
@@ -148,9 +149,12 @@ class Context:
         self._begin(engine.ORLCreateEC(_NULL, _callbacks.look_up, _NULL, flags), flags, built_in)
         if built_in and engine.FUNDefineFunctions(self._ec) == 0:
             raise MemoryError
-        named = functions.items() if isinstance(functions, Mapping) else ((None, each) for each in functions)
-        for name, call in named:
-            self.add_function(call, name)
+        if isinstance(functions, Mapping):
+            for name, call in functions.items():
+                self.add_function(call, name)
+        else:
+            for call in functions:
+                self.add_function(call)
         if items is not None:
             self.add_items(items)
 
@@ -194,11 +198,10 @@ class Context:
         with self._lock:
             if self._ec is None:
                 raise ClosedError("the context is closed")
-            if change:
-                if self._running:
-                    raise RuntimeError("a function cannot change the context that is being computed")
-                while self._dropped:
-                    engine.ORLDestroyEXP(self._ec, self._dropped.pop())
+            if change and self._running:
+                raise RuntimeError("a function cannot change the context that is being computed")
+            while self._dropped and not self._running:
+                engine.ORLDestroyEXP(self._ec, self._dropped.pop())
             yield self._ec
 
     def copy(self) -> Context:
@@ -217,8 +220,7 @@ class Context:
                 if each._temporary and each._handle is not None]
 
     def __reduce__(self):
-        calls = {name: each.call for name, each in self._functions.items()}
-        return _restore, (self.save(), calls, self._built_in, int(self._flags))
+        return _restore, (self.save(), list(self._functions.values()), self._built_in, int(self._flags))
 
     # ---- Items and functions ---------------------------------------------------------------------
 
@@ -232,7 +234,7 @@ class Context:
         with self._entered(change=True):
             self._items.declare(items_of(items))
 
-    def add_function(self, call: Callable[..., Any], name: Optional[str] = None, *,
+    def add_function(self, call: Union[Callable[..., Any], Function], name: Optional[str] = None, *,
                      parameters: Optional[List[TypeLike]] = None, result: Optional[TypeLike] = None):
         """Declares a function written in Python and returns it, so that it decorates as well.
 
@@ -283,6 +285,9 @@ class Context:
     def _expression(self, handle, temporary: bool = False) -> Expression:
         known = self._expressions.get(handle)
         if known is None or known._handle is None:
+            if handle in self._dropped:  # its removal waits for the end of an evaluation
+                self._dropped.remove(handle)
+                temporary = True
             known = self._expressions[handle] = Expression(self, handle, temporary)
         return known
 
@@ -323,7 +328,7 @@ class Context:
 
     def __iter__(self) -> Iterator[Expression]:
         """The formulas, ranges and sets with names, in order."""
-        with self._entered(change=True) as ec:
+        with self._entered() as ec:
             count = engine.ORLGetExpressionCount(ec)
             stored = [self._expression(engine.ORLHEXPFromOrdinal(ec, i)) for i in range(count)]
             return iter([each for each in stored if not each._temporary])
@@ -340,8 +345,9 @@ class Context:
         `row` has the values of input items by their keys: a dict, a pandas.Series, anything with
         `row[key]`. Missing values are None, NaN or NaT; an operator with one has no value, as has
         one with an infinity. Numbers are int, float, Decimal or Fraction, dates are date, datetime
-        or numpy.datetime64 without a time zone. What a row lacks raises KeyError when the formula
-        asks for it; so does what functions written in Python raise.
+        or numpy.datetime64 without a time zone. A key that the row lacks raises KeyError, a value of
+        another type TypeError, when the formula asks for it. What functions written in Python raise
+        arrives as it is.
         """
         return self._evaluate(self._of_text(formula), row)
 
@@ -388,8 +394,8 @@ class Context:
         import pandas
         return pandas.DataFrame(values, index=rows.index)
 
-    def _compute(self, row: Any, call: Callable[..., Any], handle, *arguments) -> Any:
-        """The result of a call of the engine while which routines in Python may run.
+    def _compute(self, row: Any, call: Callable[..., Any], expression: Expression, *arguments: Any) -> Any:
+        """The result of a call of the engine during which routines in Python may run.
 
         Raises what they raised.
         """
@@ -399,7 +405,7 @@ class Context:
             before = self._row
             self._row, self._running = row, self._running + 1
             try:
-                found = call(self._ec, handle, *arguments)
+                found = call(self._ec, expression._live(), *arguments)
             finally:
                 self._row, self._running = before, self._running - 1
                 raised, self._raised = self._raised, None
@@ -408,14 +414,14 @@ class Context:
             return found
 
     def _evaluate(self, expression: Expression, row: Any) -> Any:
-        handle, type = expression._live(), expression.type
+        type = expression.type
         if type != STRING:
             cell = ffi.new(_CELL)
-            found = self._compute(row, engine.ORLEvaluateExpression, handle, NUMBER_BYTES, cell)
+            found = self._compute(row, engine.ORLEvaluateExpression, expression, NUMBER_BYTES, cell)
             return value_from(type, cell) if found else None
         length, block = ffi.new("int32_t *"), ffi.new("void **")
         try:
-            found = self._compute(row, engine.ORLEvaluateExpressionExt, handle, length, block)
+            found = self._compute(row, engine.ORLEvaluateExpressionExt, expression, length, block)
             return value_from(type, block[0]) if found else None
         finally:
             engine.ORLMemFree(block[0])
@@ -449,7 +455,7 @@ class Context:
         Raises LoadError for damaged bytes, and where formulas do not parse with these functions and
         flags; no window opens.
         """
-        made = cls(functions=functions, built_in=built_in, flags=flags)
+        made, block = cls(functions=functions, built_in=built_in, flags=flags), bytes(block)
         if not block or block[0] not in _VERSIONS_WITH_ORDER:
             made._try(block)
         made._take(block, True)
@@ -459,10 +465,7 @@ class Context:
         """Raises what is wrong with the formulas of a block, and changes nothing."""
         with self.copy() as trial:
             trial._take(block, False)
-            try:
-                wrong = _block.deferred(_block.formulas_of(block), trial._attempt)
-            except RecursionError:
-                raise LoadError("The formulas are nested too deep.") from None
+            wrong = _block.deferred(_block.formulas_of(block), trial._attempt)
             if wrong:
                 raise LoadError("Formulas of the stored context do not parse.", wrong)
 

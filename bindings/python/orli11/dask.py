@@ -48,7 +48,7 @@ def _compute(part: pandas.DataFrame, block: bytes, names: Tuple[str, ...], funct
 def _context(block: bytes, functions: Functions) -> Context:
     """The context of a block, one for each thread, so that threads run side by side."""
     known = _thread.__dict__.setdefault("contexts", {})
-    calls = tuple(functions.items()) if isinstance(functions, Mapping) else tuple(functions)
+    calls: Tuple[Any, ...] = tuple(functions.items() if isinstance(functions, Mapping) else functions)
     context = known.get((block, calls))
     if context is None:
         if len(known) == _MOST_CONTEXTS:

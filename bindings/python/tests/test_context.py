@@ -166,13 +166,15 @@ def test_what_a_function_raises_arrives_and_a_context_in_use_stays():
 
         @context.add_function
         def again(a: float) -> D:
+            assert [each.name for each in context] == ["named"]
             return inner.evaluate({"Amount": a * 10})
 
         for text, error in (("inverse(0)", ZeroDivisionError), ("change(0)", RuntimeError)):
             with pytest.raises(error):
                 context.evaluate(text)
-        assert context.evaluate("again(Amount) + Amount", {"Amount": 2}) == 23
         assert list(context) == []
+        context.parse("1", "named")
+        assert context.evaluate("again(Amount) + Amount", {"Amount": 2}) == 23
 
 
 def test_names_use_and_text():
@@ -220,9 +222,10 @@ def test_load_reads_what_others_write_in_its_order(version):
         assert context.items == {"Amount": NUMBER, '"a b"': STRING}
         assert [each.name for each in context] == ["Gross", "Net", "Few"]
         assert context["Gross"].evaluate({"Amount": 1}) == 22
-        context.parse('"a b"', "Text")
+        context.add_function(str.upper, "upper", parameters=[str], result=str)
+        context.parse('upper("a b")', "Text")
         with pickle.loads(pickle.dumps(context)) as again:
-            assert again["Text"].evaluate({"a b": "x"}) == "x"
+            assert again["Text"].evaluate({"a b": "x"}) == "X"
 
 
 def test_load_tells_what_is_wrong():

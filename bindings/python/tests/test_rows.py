@@ -4,7 +4,6 @@ import datetime
 import decimal
 import math
 import random
-import time
 
 import numpy
 import pandas
