@@ -104,7 +104,7 @@ TEST(NumberFormat, ParsesWhatItFormats) {
   for (const Case &row : Cases("countries")) {
     const Country &country = kCountries.at(row[0]);
     for (const int32_t mode : {WREN_FMT_NUMBER, WREN_FMT_CURRENCY, WREN_FMT_PICTURE}) {
-      for (const size_t cell : {2, 3}) {
+      for (const size_t cell : {size_t{2}, size_t{3}}) {
         FormatRecord record = Record(mode, "99");
         record.input = row[cell].c_str();
         EXPECT_EQ(1, ParseNumberBy(&record, country)) << row.where;
