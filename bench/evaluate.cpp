@@ -110,11 +110,11 @@ void Weather(benchmark::State &state, const char *text) {
     state.SkipWithError("data/weather.csv is not there; run from the project's root");
     return;
   }
-  constexpr std::array<OrlValueProc, kColumns> routines = {
+  constexpr std::array<OrlValueProc, kColumns> kRoutines = {
       WeatherValue<0>, WeatherValue<1>, WeatherValue<2>, WeatherValue<3>, WeatherValue<4>};
   EC ec = MakeContext({0, 0, 0});
   for (size_t i = 0; i < kColumns; ++i) {
-    AddItem(ec, kNames[i], i == 0 ? ORL_TYPE_DATE : ORL_TYPE_NUMBER, routines[i]);
+    AddItem(ec, kNames[i], i == 0 ? ORL_TYPE_DATE : ORL_TYPE_NUMBER, kRoutines[i]);
   }
   HEXP exp = MustParse(ec, text, "Measured");
   NumberValue value = {};

@@ -304,7 +304,9 @@ void Plain(benchmark::State &state, Pass pass) {
 void PlainLongs(benchmark::State &state) {
   std::vector<int64_t> result(kRows);
   Plain(state, [&](const Table &table) {
-    for (size_t i = 0; i < kRows; ++i) result[i] = table.amount[i] * 2 + table.tax[i];
+    for (size_t i = 0; i < kRows; ++i) {
+      result[i] = table.amount[i] * 2 + table.tax[i];
+    }
     benchmark::DoNotOptimize(result.data());
   });
 }
@@ -325,15 +327,25 @@ Thirteen Unpack(const NumberValue &value) {
 [[gnu::noinline]] bool AddProduct(NumberValue *result, const NumberValue &a, const NumberValue &b) {
   Thirteen x = Unpack(a);
   Thirteen y = Unpack(b);
-  if (__builtin_mul_overflow(x.c, 2, &x.c)) return false;
+  if (__builtin_mul_overflow(x.c, 2, &x.c)) {
+    return false;
+  }
   for (; x.e > y.e; --x.e) {
-    if (__builtin_mul_overflow(x.c, 10, &x.c)) return false;
+    if (__builtin_mul_overflow(x.c, 10, &x.c)) {
+      return false;
+    }
   }
   for (; y.e > x.e; --y.e) {
-    if (__builtin_mul_overflow(y.c, 10, &y.c)) return false;
+    if (__builtin_mul_overflow(y.c, 10, &y.c)) {
+      return false;
+    }
   }
-  if (__builtin_add_overflow(x.c, y.c, &x.c)) return false;
-  for (; x.e < 0 && x.c % 10 == 0; ++x.e) x.c /= 10;
+  if (__builtin_add_overflow(x.c, y.c, &x.c)) {
+    return false;
+  }
+  for (; x.e < 0 && x.c % 10 == 0; ++x.e) {
+    x.c /= 10;
+  }
   const uint32_t head = static_cast<uint8_t>(x.e) | (x.c < 0 ? UINT32_C(1) << 31 : 0);
   const int64_t low = x.c < 0 ? -x.c : x.c;
   result->length = 12;
@@ -381,8 +393,12 @@ void PlainTexts(benchmark::State &state) {
       }
       result += '-';
       std::string_view city = Slice(table.city, table.cityEnds, i);
-      while (!city.empty() && city.front() == ' ') city.remove_prefix(1);
-      while (!city.empty() && city.back() == ' ') city.remove_suffix(1);
+      while (!city.empty() && city.front() == ' ') {
+        city.remove_prefix(1);
+      }
+      while (!city.empty() && city.back() == ' ') {
+        city.remove_suffix(1);
+      }
       result += city;
       ends[i + 1] = static_cast<int32_t>(result.size());
     }
@@ -398,7 +414,9 @@ void PlainDates(benchmark::State &state) {
     for (size_t i = 0; i < kRows; ++i) {
       year_month_day date{sys_days{days{table.day[i]}}};
       date += std::chrono::months{1};
-      if (!date.ok()) date = date.year() / date.month() / std::chrono::last;
+      if (!date.ok()) {
+        date = date.year() / date.month() / std::chrono::last;
+      }
       result[i] = static_cast<int>(year_month_day{sys_days{date}}.year());
     }
     benchmark::DoNotOptimize(result.data());

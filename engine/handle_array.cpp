@@ -31,7 +31,7 @@ HandleArray HandleArrayCreate(int32_t elementSize, int32_t count) {
     return nullptr;
   }
   const uint32_t width = static_cast<uint32_t>(elementSize);
-  HandleArray array = GlobalAlloc(GHND_FLAGS, BlockSize(width, static_cast<uint64_t>(count)));
+  HandleArray array = GlobalAlloc(kMovableZeroed, BlockSize(width, static_cast<uint64_t>(count)));
   if (array == nullptr) {
     return nullptr;
   }
@@ -75,7 +75,7 @@ HandleArray HandleArrayAppend(HandleArray array) {
   if (count >= kMaxTableRows) {
     return nullptr;
   }
-  HandleArray grown = GlobalReAlloc(array, GlobalSize(array) + width, GHND_FLAGS);
+  HandleArray grown = GlobalReAlloc(array, GlobalSize(array) + width, kMovableZeroed);
   if (grown == nullptr) {
     return nullptr;
   }
@@ -104,7 +104,7 @@ HandleArray HandleArrayRemove(HandleArray array, int32_t index) {
   std::memmove(ElementAt(header, at), ElementAt(header, at + 1), moved * header->elementSize);
   const uint64_t size = BlockSize(header->elementSize, static_cast<uint64_t>(header->count));
   GlobalUnlock(array);
-  return GlobalReAlloc(array, size, GHND_FLAGS);
+  return GlobalReAlloc(array, size, kMovableZeroed);
 }
 
 void *HandleArrayPointerAt(HandleArray array, uint32_t index) {

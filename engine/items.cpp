@@ -22,7 +22,7 @@ struct ItemRow {
 
 struct FreeItemRow {
   void operator()(ItemRow *row) const {
-    const OwnedText routineName(row->item.routineName);
+    const OwnedText routineName(const_cast<char *>(row->item.routineName));
     const Owned<ItemRow> block(row);
   }
 };

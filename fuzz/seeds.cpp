@@ -35,12 +35,11 @@ Subject RandomSubject() {
   Subject subject = FunctionSubject(ORL_FLAG_RANGES | ORL_FLAG_MODIFIERS, true);
   EC ec = subject.get();
   const char *const names[] = {"Amount", "Tax", "Days", "Text", "Start", "\"a, b\"", "Null"};
-  char routineName[] = "GetValue";
   for (size_t i = Below(5); i > 0; i--) {
     ExprItem item = {};
     item.kind = ORL_INPUT;
     item.dataType = static_cast<int16_t>(Below(4));
-    item.routineName = Below(4) != 0 ? routineName : nullptr;
+    item.routineName = Below(4) != 0 ? "GetValue" : nullptr;
     std::snprintf(item.name, sizeof item.name, "%s", names[Below(std::size(names))]);
     ORLAddExpressionItem(ec, &item);
   }
@@ -132,7 +131,9 @@ int main(int argc, char **argv) {
   }
   const fs::path folder = argv[1];
   std::ifstream stream(argv[3]);
-  for (std::string line; std::getline(stream, line);) formulas.push_back(line);
+  for (std::string line; std::getline(stream, line);) {
+    formulas.push_back(line);
+  }
   formulas.emplace_back("\x83\x7C + 'a");  // a character of two bytes
   for (size_t i = 0; i < 200; i++) {
     const Subject subject = RandomSubject();

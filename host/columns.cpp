@@ -25,8 +25,8 @@ struct Finding {
   Witness code, exponent;      /* the first number of the shape of a code */
   Witness ordered;             /* the date that has left the fewest `orders` */
   Witness refused;             /* with a demanded type: what is not of it */
-  CodeShape shape = CODE_NONE; /* of `code` */
-  unsigned orders = ORDER_ANY; /* those that all numeric dates so far can be read in */
+  CodeShape shape = kCodeNone; /* of `code` */
+  unsigned orders = kOrderAny; /* those that all numeric dates so far can be read in */
   bool point = false;          /* a number has a decimal point */
   bool offset = false;         /* a date has an offset */
   bool demanded = false;       /* the options name the type */
@@ -63,9 +63,9 @@ void TakeNumber(Finding &finding, const CsvRow &row, const char *text) {
     return;
   }
   const CodeShape shape = CodeShapeOf(text);
-  if (shape == CODE_EXPONENT) {
+  if (shape == kCodeExponent) {
     Note(finding.exponent, row, text);
-  } else if (shape != CODE_NONE) {
+  } else if (shape != kCodeNone) {
     Note(finding.code, row, text);
     finding.shape = shape;
   }
@@ -210,7 +210,7 @@ std::string OtherReason(const ScanState &state, Column &column, const Finding &f
   }
   /* Nobody writes the month first with points. */
   const bool either =
-      (orders & ORDER_DMY) != 0 && (orders & ORDER_MDY) != 0 && text.find('.') == std::string::npos;
+      (orders & kOrderDmy) != 0 && (orders & kOrderMdy) != 0 && text.find('.') == std::string::npos;
   return reason + " is a date with --date-order " + (either ? "dmy or mdy" : order);
 }
 
@@ -219,8 +219,8 @@ std::string DateNote(const ScanState &state, const Finding &finding) {
   if (finding.offset) {
     return "times with an offset are converted to UTC";
   }
-  const bool either = finding.ordered.line != 0 && (finding.orders & ORDER_MDY) != 0 &&
-                      (finding.orders & ORDER_DMY) != 0;
+  const bool either = finding.ordered.line != 0 && (finding.orders & kOrderMdy) != 0 &&
+                      (finding.orders & kOrderDmy) != 0;
   if (!either || state.options->rules.dateOrder >= 0) {
     return {};
   }

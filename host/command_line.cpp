@@ -70,11 +70,11 @@ std::string CheckType(const std::string &text) {
 }
 
 constexpr std::array<std::pair<const char *, OutputFormat>, 5> kFormats = {
-    {{"table", OUTPUT_TABLE},
-     {"csv", OUTPUT_CSV},
-     {"tsv", OUTPUT_TSV},
-     {"json", OUTPUT_JSON},
-     {"jsonl", OUTPUT_JSONL}}};
+    {{"table", kOutputTable},
+     {"csv", kOutputCsv},
+     {"tsv", kOutputTsv},
+     {"json", kOutputJson},
+     {"jsonl", kOutputJsonl}}};
 
 /* The options that say how files of data are to be read. */
 void AddReading(CLI::App *command, CommandLine &line) {
@@ -157,7 +157,7 @@ RowOptions RowsOf(const CommandLine &line) {
 void AddItems(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *items =
       app.add_subcommand("items", "List columns: name, type, rows filled, bounds, example");
-  AddData(items, line, DATA_SEVERAL);
+  AddData(items, line, kDataSeveral);
   AddFormat(items, line);
   items->final_callback([&line, &status] { status = RunItems(DataOf(line), FormatOf(line)); });
 }
@@ -172,7 +172,7 @@ void AddFunctions(CLI::App &app, CommandLine &line, int &status) {
 void AddCheck(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *check =
       app.add_subcommand("check", "Tell a formula's type, or what is wrong and where");
-  AddData(check, line, DATA_ONE);
+  AddData(check, line, kDataOne);
   AddArgument(check, "TEXT", line.text, "The formula");
   AddStoreOption(check, line, "Formulas that it may call");
   AddFormulaFiles(check, line, "More of them, a line NAME=TEXT each");
@@ -183,7 +183,7 @@ void AddCheck(CLI::App &app, CommandLine &line, int &status) {
 
 void AddEval(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *eval = app.add_subcommand("eval", "Compute formulas for each row");
-  AddData(eval, line, DATA_SEVERAL);
+  AddData(eval, line, kDataSeveral);
   eval->add_option(
           "-f,--formula", line.eval.formulas,
           "A formula; as often as wanted. Formulas may\ncall each other, in any order: NAME()")
@@ -219,14 +219,14 @@ struct ReportOption {
 };
 
 constexpr std::array<ReportOption, 8> kReportOptions = {{
-    {REPORT_BY, "--by", "NAME=TEXT", "Rows of the same value of a formula are one group"},
-    {REPORT_COUNT, "--count", "NAME", "The rows of each group"},
-    {REPORT_DISTINCT, "--count-distinct", "NAME=TEXT", "The different values of a formula"},
-    {REPORT_SUM, "--sum", "NAME=TEXT", "The sum of a formula's values in each group"},
-    {REPORT_MEAN, "--mean", "NAME=TEXT", "Their mean"},
-    {REPORT_MEDIAN, "--median", "NAME=TEXT", "The value in their middle"},
-    {REPORT_LEAST, "--least", "NAME=TEXT", "The least number or earliest date"},
-    {REPORT_GREATEST, "--greatest", "NAME=TEXT", "The greatest number or latest date"},
+    {kReportBy, "--by", "NAME=TEXT", "Rows of the same value of a formula are one group"},
+    {kReportCount, "--count", "NAME", "The rows of each group"},
+    {kReportDistinct, "--count-distinct", "NAME=TEXT", "The different values of a formula"},
+    {kReportSum, "--sum", "NAME=TEXT", "The sum of a formula's values in each group"},
+    {kReportMean, "--mean", "NAME=TEXT", "Their mean"},
+    {kReportMedian, "--median", "NAME=TEXT", "The value in their middle"},
+    {kReportLeast, "--least", "NAME=TEXT", "The least number or earliest date"},
+    {kReportGreatest, "--greatest", "NAME=TEXT", "The greatest number or latest date"},
 }};
 
 /* The columns of a report in the order of the command line. */
@@ -246,7 +246,7 @@ std::vector<ReportColumn> ReportColumns(const CLI::App &report) {
 void AddReport(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *report =
       app.add_subcommand("report", "Group the rows and compute figures of each group");
-  AddData(report, line, DATA_SEVERAL);
+  AddData(report, line, kDataSeveral);
   for (const ReportOption &option : kReportOptions) {
     /* The values are taken from the options themselves, for the sake of their order. */
     report
@@ -272,7 +272,7 @@ void AddReport(CLI::App &app, CommandLine &line, int &status) {
 }  // namespace
 
 int ComplainOfUsage(const std::string &message) {
-  return Complain(DisplayName(message) + "; orli --help tells more", EXIT_USAGE);
+  return Complain(DisplayName(message) + "; orli --help tells more", kExitUsage);
 }
 
 void AddArgument(CLI::App *command, const char *name, std::string &value, const char *help) {
@@ -286,13 +286,13 @@ void AddFormat(CLI::App *command, CommandLine &line) {
 }
 
 void AddData(CLI::App *command, CommandLine &line, DataFiles files) {
-  const bool several = files == DATA_SEVERAL;
+  const bool several = files == kDataSeveral;
   const char *help = several ? "Files of one header, one after the other;\n- is standard input"
-                     : files == DATA_OPTIONAL ? "The file whose columns it is for from now on"
+                     : files == kDataOptional ? "The file whose columns it is for from now on"
                                               : "The file, or - for standard input";
   CLI::Option *data = several ? command->add_option("DATA.csv", line.data.paths, help)
                               : command->add_option("DATA.csv", line.file, help);
-  data->type_name("")->required(files != DATA_OPTIONAL);
+  data->type_name("")->required(files != kDataOptional);
   AddReading(command, line);
 }
 
@@ -311,7 +311,7 @@ OutputFormat FormatOf(const CommandLine &line) {
       return format;
     }
   }
-  return OUTPUT_TABLE;
+  return kOutputTable;
 }
 
 DataOptions DataOf(const CommandLine &line) {

@@ -24,14 +24,14 @@ struct CommandLine {
   SqlOptions sql;
 };
 
-/* An error in the command line that the parser cannot know of. Returns EXIT_USAGE. */
+/* An error in the command line that the parser cannot know of. Returns kExitUsage. */
 int ComplainOfUsage(const std::string &message);
 
 /* Parts of commands. */
 void AddArgument(CLI::App *command, const char *name, std::string &value, const char *help);
 void AddFormat(CLI::App *command, CommandLine &line);
 /* DATA.csv, one file or several. */
-enum DataFiles { DATA_ONE, DATA_SEVERAL, DATA_OPTIONAL };
+enum DataFiles { kDataOne, kDataSeveral, kDataOptional };
 void AddData(CLI::App *command, CommandLine &line, DataFiles files);
 /* A check that says nothing about itself in the help. */
 CLI::Validator Silent(CLI::Validator validator);

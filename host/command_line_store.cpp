@@ -9,7 +9,7 @@ namespace {
 void AddDefine(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *define = app.add_subcommand("define", "Keep formulas in a store, a file of formulas");
   AddArgument(define, "STORE", line.store, "The file of formulas; made when it is not there");
-  AddData(define, line, DATA_ONE);
+  AddData(define, line, kDataOne);
   define
       ->add_option("FORMULA", line.formulas,
                    "Formulas to add or to change: NAME=TEXT.\nThey may call each other: NAME()")
@@ -66,7 +66,7 @@ void AddRename(CLI::App &app, CommandLine &line, int &status) {
 void AddEdit(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *edit = app.add_subcommand("edit", "Open the formula editor on a store");
   AddArgument(edit, "STORE", line.store, "The file of formulas; made when it is not there");
-  AddData(edit, line, DATA_ONE);
+  AddData(edit, line, kDataOne);
   edit->add_option("NAME", line.edit.name, "The formula to edit; a new one if not told")
       ->type_name("");
   edit->add_option("--mode", line.edit.mode,
@@ -87,14 +87,14 @@ void AddLoad(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *load =
       app.add_subcommand("load", "Read a store; open the editor for what no longer parses");
   AddArgument(load, "STORE", line.store, "The file of formulas");
-  AddData(load, line, DATA_OPTIONAL);
+  AddData(load, line, kDataOptional);
   load->final_callback([&line, &status] { status = RunLoad(line.store, DataOf(line)); });
 }
 
 void AddSql(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *sql = app.add_subcommand("sql", "Let a database compute stored formulas");
   AddArgument(sql, "STORE", line.store, "The file of formulas");
-  AddData(sql, line, DATA_ONE);
+  AddData(sql, line, kDataOne);
   sql->add_option("NAME", line.sql.names, "The formulas")->required()->type_name("");
   sql->add_option("--where", line.sql.conditions,
                   "Rows only whose formula TEXT lies in the\nstored range or set NAME; all of them")

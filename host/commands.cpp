@@ -56,7 +56,7 @@ int RunItems(const DataOptions &data, OutputFormat format) {
                          DisplayLine(column.example, kWidestExample, width), column.why});
     }
     OutputEnd(output);
-    return static_cast<int>(EXIT_GOOD);
+    return static_cast<int>(kExitGood);
   };
   return WithSession(data, write, true);
 }
@@ -66,29 +66,29 @@ int RunCheck(const CheckOptions &options) {
     std::vector<Formula> others;
     std::string problem;
     if (!options.store.empty() && !StoreFormulas(options.store, session, others, problem)) {
-      return Complain(problem, EXIT_WRONG);
+      return Complain(problem, kExitWrong);
     }
     for (const std::string &path : options.formulaFiles) {
       if (!FormulasRead(path, others, problem)) {
-        return Complain(problem, EXIT_WRONG);
+        return Complain(problem, kExitWrong);
       }
     }
     EC ec = session.ec.get();
     if (!FormulasDefine(ec, others, problem)) {
-      return Complain(problem, EXIT_WRONG);
+      return Complain(problem, kExitWrong);
     }
     FormulaError error = {};
     uint16_t type = 0;
     HEXP exp = ORLParseFormula(ec, nullptr, options.text.c_str(), nullptr, &error, &type);
     if (exp == nullptr) {
       std::fputs(Colored(stdout, ErrorWithPlace(ec, options.text, error)).c_str(), stdout);
-      return static_cast<int>(EXIT_WRONG);
+      return static_cast<int>(kExitWrong);
     }
     std::puts(KindAndType(ec, exp, type).c_str());
     static_cast<void>(std::fflush(stdout));
     for (const std::string &picture : PictureProblems(options.text)) {
-      Complain(picture, EXIT_GOOD);
+      Complain(picture, kExitGood);
     }
-    return static_cast<int>(EXIT_GOOD);
+    return static_cast<int>(kExitGood);
   });
 }

@@ -11,9 +11,9 @@
 #include "host/output.h"
 
 enum ExitStatus {
-  EXIT_GOOD = 0,
-  EXIT_WRONG = 1, /* the data or a formula is wrong, or the output cannot be written */
-  EXIT_USAGE = 2  /* the command line is wrong */
+  kExitGood = 0,
+  kExitWrong = 1, /* the data or a formula is wrong, or the output cannot be written */
+  kExitUsage = 2  /* the command line is wrong */
 };
 
 /* Which rows a command takes, which formulas it knows, and how it writes what it computes. */
@@ -25,7 +25,7 @@ struct RowOptions {
   std::vector<std::string> sort;         /* NAME, NAME:asc or NAME:desc */
   int64_t limit = -1;                    /* rows to write; -1: all */
   int decimals = -1;                     /* of the numbers; -1: those that they have */
-  OutputFormat format = OUTPUT_TABLE;
+  OutputFormat format = kOutputTable;
 };
 
 struct CheckOptions {
@@ -42,19 +42,19 @@ struct EvalOptions {
 
 /* What a column of a report holds: the groups' own values or a figure of their rows. */
 enum ReportFigure {
-  REPORT_BY,
-  REPORT_COUNT,
-  REPORT_SUM,
-  REPORT_MEAN,
-  REPORT_MEDIAN,
-  REPORT_LEAST,
-  REPORT_GREATEST,
-  REPORT_DISTINCT
+  kReportBy,
+  kReportCount,
+  kReportSum,
+  kReportMean,
+  kReportMedian,
+  kReportLeast,
+  kReportGreatest,
+  kReportDistinct
 };
 
 struct ReportColumn {
-  ReportFigure figure = REPORT_BY;
-  std::string argument; /* NAME=TEXT; NAME for REPORT_COUNT */
+  ReportFigure figure = kReportBy;
+  std::string argument; /* NAME=TEXT; NAME for kReportCount */
 };
 
 struct ReportOptions {
@@ -111,7 +111,7 @@ struct SqlOptions {
   std::vector<std::string> conditions; /* TEXT=NAME */
   std::string table;                   /* empty: named like the file */
   std::string source;                  /* of the rows; empty: the statement is written */
-  OutputFormat format = OUTPUT_TABLE;
+  OutputFormat format = kOutputTable;
 };
 
 /* The statement by which a database computes formulas of a store, or what it computes. */

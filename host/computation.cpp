@@ -98,7 +98,7 @@ bool Keep(Computation &computation, const std::vector<Formula> &all, size_t own,
 void TellPictures(const std::vector<Formula> &formulas) {
   for (const Formula &formula : formulas) {
     for (const std::string &problem : PictureProblems(formula.text)) {
-      Complain("formula " + DisplayName(formula.title) + ": " + problem, EXIT_GOOD);
+      Complain("formula " + DisplayName(formula.title) + ": " + problem, kExitGood);
     }
   }
 }
@@ -154,21 +154,21 @@ void ReportZeros(const Session &session) {
   if (all != 0) {
     Complain(std::to_string(all) + (all == 1 ? " empty value" : " empty values") +
                  " counted as zero: " + columns,
-             EXIT_GOOD);
+             kExitGood);
   }
 }
 
 int ComputeRows(Computation &computation, const RowConsumer &consumer) {
   std::string error;
   if ((consumer.open && !consumer.open(error)) || !Define(computation, error)) {
-    return Complain(error, EXIT_WRONG);
+    return Complain(error, kExitWrong);
   }
   computation.results.resize(computation.formulas.size());
   for (Result &result : computation.results) {
     result.block = NewBlock(kFirstBlock);
   }
   if (!consumer.begin(error)) {
-    return Complain(error, EXIT_WRONG);
+    return Complain(error, kExitWrong);
   }
   RowReader reader{&computation, &consumer};
   const bool good = CsvRead(computation.session.csv, ComputeRow, &reader, error);
@@ -177,12 +177,12 @@ int ComputeRows(Computation &computation, const RowConsumer &consumer) {
   static_cast<void>(std::fflush(stdout));
   ProgressEnd(computation.progress);
   if (!good) {
-    return Complain(error, EXIT_WRONG);
+    return Complain(error, kExitWrong);
   }
   ReportMissing(computation);
   ReportZeros(computation.session);
   ProgressReport(computation.progress, computation.rows);
-  return EXIT_GOOD;
+  return kExitGood;
 }
 
 }  // namespace
@@ -201,5 +201,5 @@ int ComputationRun(Computation &computation, const RowConsumer &consumer) {
   ProgressStart(computation.progress);
   const bool open =
       SessionOpen(computation.options->data, computation.session, computation.progress, error);
-  return open ? ComputeRows(computation, consumer) : Complain(error, EXIT_WRONG);
+  return open ? ComputeRows(computation, consumer) : Complain(error, kExitWrong);
 }

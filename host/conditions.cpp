@@ -18,11 +18,11 @@ struct Signs {
 Signs FindSigns(const std::string &argument) {
   Signs signs;
   for (const Token &token : Tokens(argument)) {
-    if (token.kind == TOKEN_OTHER && token.text == "=") {
+    if (token.kind == kTokenOther && token.text == "=") {
       signs.equals = token.offset;
     }
     signs.compares =
-        signs.compares || (token.kind == TOKEN_OTHER &&
+        signs.compares || (token.kind == kTokenOther &&
                            std::string_view("<>!").find(token.text) != std::string_view::npos);
   }
   return signs;

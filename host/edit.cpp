@@ -131,12 +131,12 @@ int Finish(EditedStore &store, const StoreFile &file, const std::vector<Formula>
     Complain(error.empty() ? file.path + ": another program has stored " +
                                  DisplayName(foreign.name) + " meanwhile"
                            : error,
-             EXIT_WRONG);
-    StoreTell(ChangesBetween(store.known, FormulasOf(store.ec)).stored, EXIT_WRONG);
-    return EXIT_WRONG;
+             kExitWrong);
+    StoreTell(ChangesBetween(store.known, FormulasOf(store.ec)).stored, kExitWrong);
+    return kExitWrong;
   }
   const std::string summary = ChangesSummary(ChangesBetween(first, store.known));
-  return Complain(file.path + ": " + (summary.empty() ? "nothing changed" : summary), EXIT_GOOD);
+  return Complain(file.path + ": " + (summary.empty() ? "nothing changed" : summary), kExitGood);
 }
 
 /* Edits the formulas over the columns of the file, for which they must be right. */
@@ -146,12 +146,12 @@ int Edit(const EditOptions &options, Session &session, const Store &old, const S
   Store edited;
   if (!StoreDefine(old, file, {}, session, before, error) ||
       !StoreRead(StoredForm(session.ec.get(), before), edited, error)) {
-    return Complain(error, EXIT_WRONG);
+    return Complain(error, kExitWrong);
   }
   const Column *column = options.values.empty() ? nullptr : StoreColumn(edited, options.values);
   if (column == nullptr && !options.values.empty()) {
     return Complain(session.csv.Path() + ": has no column " + DisplayName(options.values),
-                    EXIT_WRONG);
+                    kExitWrong);
   }
   EditedStore store = {options.store, edited.ec.get(), file.bytes, FormulasOf(edited.ec.get()), {}};
   const std::vector<Formula> first = store.known;
@@ -163,22 +163,22 @@ int Edit(const EditOptions &options, Session &session, const Store &old, const S
 
 int RunEdit(const EditOptions &options) {
   if (options.data.paths[0] == "-") {
-    return Complain("edit needs a file of columns that has a name", EXIT_USAGE);
+    return Complain("edit needs a file of columns that has a name", kExitUsage);
   }
   StoreFile file;
   Store old;
   std::string error;
-  const bool good = StoreOpen(options.store, STORE_LOOK, file, old, error);
+  const bool good = StoreOpen(options.store, kStoreLook, file, old, error);
   StoreFileClose(file);
   if (!good) {
-    return Complain(error, EXIT_WRONG);
+    return Complain(error, kExitWrong);
   }
   if (!options.name.empty() && StoreFormula(old, options.name) == nullptr) {
     return Refuse(file, "has no formula " + DisplayName(options.name));
   }
   const char *problem = ORLWindowSystemProblem();
   if (problem != nullptr) {
-    return Complain(problem, EXIT_WRONG);
+    return Complain(problem, kExitWrong);
   }
   return WithSession(options.data,
                      [&](Session &session) { return Edit(options, session, old, file); });

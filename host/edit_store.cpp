@@ -127,7 +127,7 @@ bool EditedStoreMayTake(const EditedStore &store, HEXP exp, const std::string &t
                         const std::string &name, std::string &error, Foreign &foreign) {
   StoreFile file;
   Store present;
-  bool good = StoreFileOpen(store.path, STORE_LOOK, StoreHeadProblem, file, error);
+  bool good = StoreFileOpen(store.path, kStoreLook, StoreHeadProblem, file, error);
   if (good && file.exists && file.bytes != store.bytes) {
     std::string problem;
     good = StoreRead(file.bytes, present, problem);
@@ -151,11 +151,11 @@ bool EditedStoreWrite(EditedStore &store, std::string &error, Foreign &foreign) 
   }
   StoreFile file;
   Store present;
-  const bool good = StoreOpen(store.path, STORE_MAY_CREATE, file, present, error) &&
+  const bool good = StoreOpen(store.path, kStoreMayCreate, file, present, error) &&
                     WriteInto(store, file, present, changes, error, foreign);
   StoreFileClose(file);
   if (good) {
-    StoreTell(changes.stored, EXIT_GOOD);
+    StoreTell(changes.stored, kExitGood);
   }
   return good;
 }

@@ -156,7 +156,7 @@ int RunEval(const EvalOptions &options) {
   for (const std::string &argument : options.formulas) {
     std::string error;
     if (!ComputationTake(computation, argument, error)) {
-      return Complain(error, EXIT_USAGE);
+      return Complain(error, kExitUsage);
     }
   }
   RowConsumer consumer;

@@ -302,18 +302,18 @@ bool HasOffset(std::string_view text) {
 CodeShape CodeShapeOf(std::string_view number) {
   number = Trimmed(number);
   if (number.starts_with('+')) {
-    return CODE_SIGN;
+    return kCodeSign;
   }
   if (number.starts_with('-')) {
     number.remove_prefix(1);
   }
   if (number.size() > 1 && number[0] == '0' && IsDigit(number[1])) {
-    return CODE_ZEROS;
+    return kCodeZeros;
   }
   const std::string_view digits = TakeDigits(number);
   const bool exponent = !digits.empty() && number.size() > 1 &&
                         (number[0] == 'e' || number[0] == 'E') && IsDigit(number[1]);
-  return exponent ? CODE_EXPONENT : CODE_NONE;
+  return exponent ? kCodeExponent : kCodeNone;
 }
 
 bool YearIsFirst(std::string_view text) {
@@ -334,11 +334,11 @@ unsigned DateOrdersOf(std::string_view text) {
   }
   unsigned orders = 0;
   if (numbers.first.size() <= 2 && (numbers.third.size() == 2 || numbers.third.size() == 4)) {
-    orders |= IsMonth(numbers.first) && IsDay(numbers.second) ? ORDER_MDY : 0U;
-    orders |= IsDay(numbers.first) && IsMonth(numbers.second) ? ORDER_DMY : 0U;
+    orders |= IsMonth(numbers.first) && IsDay(numbers.second) ? kOrderMdy : 0U;
+    orders |= IsDay(numbers.first) && IsMonth(numbers.second) ? kOrderDmy : 0U;
   }
   if (numbers.first.size() == 2 && numbers.third.size() <= 2) {
-    orders |= IsMonth(numbers.second) && IsDay(numbers.third) ? ORDER_YMD : 0U;
+    orders |= IsMonth(numbers.second) && IsDay(numbers.third) ? kOrderYmd : 0U;
   }
   return orders;
 }

@@ -24,18 +24,18 @@ bool HasOffset(std::string_view text);
 
 /* Numbers that people use as codes, which would lose something as numbers. */
 enum CodeShape {
-  CODE_NONE,
-  CODE_ZEROS,   /* 01234 */
-  CODE_SIGN,    /* +4917012 */
-  CODE_EXPONENT /* 12E3 */
+  kCodeNone,
+  kCodeZeros,   /* 01234 */
+  kCodeSign,    /* +4917012 */
+  kCodeExponent /* 12E3 */
 };
 CodeShape CodeShapeOf(std::string_view number);
 
 /* The orders in which three numbers can be read as a date, whatever the rules are. */
-constexpr unsigned ORDER_MDY = 1;
-constexpr unsigned ORDER_DMY = 2;
-constexpr unsigned ORDER_YMD = 4;
-constexpr unsigned ORDER_ANY = 7;
+constexpr unsigned kOrderMdy = 1;
+constexpr unsigned kOrderDmy = 2;
+constexpr unsigned kOrderYmd = 4;
+constexpr unsigned kOrderAny = 7;
 /* ORDER_... bits of a field such as 31/12/2012; 0 for anything else, as for dates with a year of
  * four digits in front, which every order reads alike. */
 unsigned DateOrdersOf(std::string_view text);

@@ -20,10 +20,10 @@ NumberValue NumberOf(const void *block) {
 
 void AddNumber(ReportFigure figure, int32_t type, const NumberValue &value, Entry &entry) {
   const int order = entry.values == 0 ? 0 : CompareValues(type, value, entry.number);
-  if (entry.values++ == 0 || (figure == REPORT_LEAST && order < 0) ||
-      (figure == REPORT_GREATEST && order > 0)) {
+  if (entry.values++ == 0 || (figure == kReportLeast && order < 0) ||
+      (figure == kReportGreatest && order > 0)) {
     entry.number = value;
-  } else if (figure == REPORT_SUM || figure == REPORT_MEAN) {
+  } else if (figure == kReportSum || figure == kReportMean) {
     WRENNumAdd(&entry.number, &entry.number, &value);
   }
 }
@@ -54,8 +54,8 @@ const char *FigureName(ReportFigure figure) {
 }
 
 bool FigureTakes(ReportFigure figure, int32_t type, const std::string &title, std::string &error) {
-  const bool ordered = figure == REPORT_LEAST || figure == REPORT_GREATEST;
-  const bool added = figure == REPORT_SUM || figure == REPORT_MEAN || figure == REPORT_MEDIAN;
+  const bool ordered = figure == kReportLeast || figure == kReportGreatest;
+  const bool added = figure == kReportSum || figure == kReportMean || figure == kReportMedian;
   if ((ordered && type == ORL_TYPE_STRING) || (added && type != ORL_TYPE_NUMBER)) {
     error = std::string("--") + FigureName(figure) + " needs a Number" +
             (ordered ? " or a Date" : "") + ", but " + DisplayName(title) + " is a " +
@@ -65,15 +65,15 @@ bool FigureTakes(ReportFigure figure, int32_t type, const std::string &title, st
 }
 
 int32_t FigureType(ReportFigure figure, int32_t type) {
-  return figure == REPORT_COUNT || figure == REPORT_DISTINCT ? ORL_TYPE_NUMBER : type;
+  return figure == kReportCount || figure == kReportDistinct ? ORL_TYPE_NUMBER : type;
 }
 
 void FigureAdd(ReportFigure figure, int32_t type, const void *block, Entry &entry) {
-  if (figure == REPORT_COUNT) {
+  if (figure == kReportCount) {
     ++entry.values;
     return;
   }
-  if (figure == REPORT_DISTINCT) {
+  if (figure == kReportDistinct) {
     std::string key;
     AppendKey(type, block, key);
     if (block != nullptr && key.size() > 1) {
@@ -88,7 +88,7 @@ void FigureAdd(ReportFigure figure, int32_t type, const void *block, Entry &entr
   if (value.length == 0) {
     return;
   }
-  if (figure == REPORT_MEDIAN) {
+  if (figure == kReportMedian) {
     if (entry.all == nullptr) {
       entry.all = std::make_unique<std::vector<NumberValue>>();
     }
@@ -103,13 +103,13 @@ NumberValue FigureValue(ReportFigure figure, Entry &entry) {
   NumberValue value = entry.number;
   NumberValue count;
   WRENNumFromLong(&count, entry.values);
-  if (figure == REPORT_COUNT) {
+  if (figure == kReportCount) {
     value = count;
-  } else if (figure == REPORT_MEAN && entry.values != 0) {
+  } else if (figure == kReportMean && entry.values != 0) {
     WRENNumDiv(&value, &value, &count);
-  } else if (figure == REPORT_MEDIAN && entry.values != 0) {
+  } else if (figure == kReportMedian && entry.values != 0) {
     value = Median(*entry.all);
-  } else if (figure == REPORT_DISTINCT) {
+  } else if (figure == kReportDistinct) {
     const size_t distinct = entry.distinct == nullptr ? 0 : entry.distinct->size();
     WRENNumFromLong(&value, static_cast<int64_t>(distinct));
   }

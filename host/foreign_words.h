@@ -6,10 +6,10 @@
 
 /* Where a word stands that this language does not have. */
 enum WordPlace {
-  WORD_VALUE = 1,   /* where a value is wanted */
-  WORD_CALLED = 2,  /* in front of a parenthesis */
-  WORD_BETWEEN = 4, /* where an operator is wanted */
-  WORD_ALONE = WORD_VALUE | WORD_CALLED
+  kWordValue = 1,   /* where a value is wanted */
+  kWordCalled = 2,  /* in front of a parenthesis */
+  kWordBetween = 4, /* where an operator is wanted */
+  kWordAlone = kWordValue | kWordCalled
 };
 
 /* The sentence about a word, in any case, at that place; empty when there is none. */

@@ -41,7 +41,7 @@ int List() {
       "\nFunctions marked %s are computed by databases too: see orli sql.\n"
       "orli functions NAME tells all about one, with examples.\n",
       kForDatabases);
-  return EXIT_GOOD;
+  return kExitGood;
 }
 
 }  // namespace
@@ -55,7 +55,7 @@ int RunFunctions(const std::string &name) {
     if (NameOf(function) == name) {
       PutHead(function, "\n");
       std::printf("\n%s", function.rest);
-      return EXIT_GOOD;
+      return kExitGood;
     }
     names.functions.emplace_back(NameOf(function));
   }
@@ -63,5 +63,5 @@ int RunFunctions(const std::string &name) {
   const std::string hint = HintFor(name, unknown, names);
   return Complain(
       "there is no function " + DisplayName(name) + (hint.empty() ? "" : "\nhint: " + hint),
-      EXIT_WRONG);
+      kExitWrong);
 }

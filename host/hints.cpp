@@ -22,13 +22,13 @@ struct Case {
 };
 
 bool IsNameToken(const Token &token) {
-  return token.kind == TOKEN_NAME || token.kind == TOKEN_QUOTED;
+  return token.kind == kTokenName || token.kind == kTokenQuoted;
 }
 
 /* The token `step` places from the error; one without text when there is none. */
 Token Near(const Case &wrong, int step) {
   const auto place = static_cast<size_t>(static_cast<int64_t>(wrong.at) + step);
-  return place < wrong.tokens.size() ? wrong.tokens[place] : Token{TOKEN_OTHER, 0, {}};
+  return place < wrong.tokens.size() ? wrong.tokens[place] : Token{kTokenOther, 0, {}};
 }
 
 /* The first token of that kind and text, or null. Text in any case; empty: any text. */
@@ -59,7 +59,7 @@ std::string ColumnOfHeader(const Case &wrong, std::string_view header) {
 /* Whether a byte of the text belongs to a text or name in quotes. */
 bool InQuotes(const Case &wrong, size_t at) {
   return std::any_of(wrong.tokens.begin(), wrong.tokens.end(), [at](const Token &token) {
-    return (token.kind == TOKEN_STRING || token.kind == TOKEN_QUOTED) && at >= token.offset &&
+    return (token.kind == kTokenString || token.kind == kTokenQuoted) && at >= token.offset &&
            at < token.offset + token.text.size();
   });
 }
@@ -82,14 +82,14 @@ bool IsUnitWord(std::string_view word) {
 
 /* Whether a value is wanted where the token stands. */
 bool StartsOperand(const Case &wrong, size_t place) {
-  const TokenKind before = place == 0 ? TOKEN_OPEN : wrong.tokens[place - 1].kind;
-  return before == TOKEN_OPEN || before == TOKEN_COMMA || before == TOKEN_OPERATOR;
+  const TokenKind before = place == 0 ? kTokenOpen : wrong.tokens[place - 1].kind;
+  return before == kTokenOpen || before == kTokenComma || before == kTokenOperator;
 }
 
 /* ---- The rules, each a sentence or nothing --------------------------------------------------- */
 
 std::string Unclosed(const Case &wrong) {
-  const Token *open = Find(wrong, TOKEN_UNCLOSED);
+  const Token *open = Find(wrong, kTokenUnclosed);
   if (open == nullptr) {
     return {};
   }
@@ -129,8 +129,8 @@ std::string Comparison(const Case &wrong) {
     return "a formula has no = in front";
   }
   for (const Token &token : wrong.tokens) {
-    const bool sign = token.kind == TOKEN_OTHER && token.text.find_first_of("<=>!") == 0;
-    const bool word = token.kind == TOKEN_NAME &&
+    const bool sign = token.kind == kTokenOther && token.text.find_first_of("<=>!") == 0;
+    const bool word = token.kind == kTokenName &&
                       std::any_of(kWords.begin(), kWords.end(), [&token](std::string_view entry) {
                         return EqualNoCase(entry, token.text);
                       });
@@ -143,14 +143,14 @@ std::string Comparison(const Case &wrong) {
 
 std::string Logic(const Case &wrong) {
   for (const std::string_view word : {"OR", "NOT", "XOR"}) {
-    if (Find(wrong, TOKEN_NAME, word) != nullptr) {
+    if (Find(wrong, kTokenName, word) != nullptr) {
       return std::string(word) +
              " is not in the language: conditions are made of NumberIFF, StrIFF "
              "and DateIFF";
     }
   }
   const auto ands = std::count_if(wrong.tokens.begin(), wrong.tokens.end(), [](const Token &token) {
-    return token.kind == TOKEN_NAME && EqualNoCase(token.text, "AND");
+    return token.kind == kTokenName && EqualNoCase(token.text, "AND");
   });
   const bool misplaced = wrong.error.id == ORL_ERR_SYNTAX || wrong.error.id == ORL_ERR_FUNC;
   return ands > 1 || (ands == 1 && misplaced)
@@ -160,7 +160,7 @@ std::string Logic(const Case &wrong) {
 }
 
 std::string In(const Case &wrong) {
-  const Token *token = Find(wrong, TOKEN_NAME, "IN");
+  const Token *token = Find(wrong, kTokenName, "IN");
   return token == nullptr || wrong.error.id == ORL_ERR_VAR
              ? std::string()
              : "IN is not in the language: a set is written 'a', 'b' alone, as in "
@@ -169,7 +169,7 @@ std::string In(const Case &wrong) {
 
 std::string ForeignSign(const Case &wrong) {
   for (const Token &token : wrong.tokens) {
-    const bool sign = token.kind == TOKEN_OTHER || token.text == "%";
+    const bool sign = token.kind == kTokenOther || token.text == "%";
     const std::string_view hint = sign ? HintForSign(token.text) : std::string_view();
     if (!hint.empty()) {
       return std::string(hint);
@@ -195,7 +195,7 @@ std::string Exponent(const Case &wrong) {
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
     const Token &number = wrong.tokens[i];
     const Token &power = wrong.tokens[i + 1];
-    const bool joined = number.kind == TOKEN_NUMBER && power.kind == TOKEN_NAME &&
+    const bool joined = number.kind == kTokenNumber && power.kind == kTokenName &&
                         number.offset + number.text.size() == power.offset;
     if (joined && std::tolower(static_cast<unsigned char>(power.text[0])) == 'e' &&
         power.text.find_first_not_of("0123456789", 1) == std::string_view::npos) {
@@ -214,10 +214,10 @@ std::string Sign(const Case &wrong) {
     if (!StartsOperand(wrong, i) || (sign.text != "-" && sign.text != "+")) {
       continue;
     }
-    if (sign.text == "+" && (IsNameToken(next) || next.kind == TOKEN_NUMBER)) {
+    if (sign.text == "+" && (IsNameToken(next) || next.kind == kTokenNumber)) {
       return "there is no plus sign before a value: leave it out";
     }
-    if (IsNameToken(next) || next.kind == TOKEN_OPEN) {
+    if (IsNameToken(next) || next.kind == kTokenOpen) {
       const std::string operand = IsNameToken(next) ? std::string(next.text) : "(...)";
       return "only numbers take a sign: write `0 - " + DisplayName(operand) + "`";
     }
@@ -229,10 +229,10 @@ std::string Sign(const Case &wrong) {
 std::string UnitWord(const Case &wrong) {
   for (size_t i = 0; i < wrong.tokens.size(); ++i) {
     const Token &token = wrong.tokens[i];
-    if (token.kind != TOKEN_NAME || !IsUnitWord(token.text)) {
+    if (token.kind != kTokenName || !IsUnitWord(token.text)) {
       continue;
     }
-    const bool called = i + 1 < wrong.tokens.size() && wrong.tokens[i + 1].kind == TOKEN_OPEN;
+    const bool called = i + 1 < wrong.tokens.size() && wrong.tokens[i + 1].kind == kTokenOpen;
     if (StartsOperand(wrong, i) && !called) {
       const std::string column = ColumnOfHeader(wrong, token.text);
       return DisplayName(token.text) + " is a unit word of dates: write `" +
@@ -272,7 +272,7 @@ std::string NeedsQuotes(const Case &wrong) {
 /* "rain", in the quotes of names. */
 std::string StringInNameQuotes(const Case &wrong) {
   const Token token = Near(wrong, 0);
-  if (wrong.error.id != ORL_ERR_VAR || token.kind != TOKEN_QUOTED) {
+  if (wrong.error.id != ORL_ERR_VAR || token.kind != kTokenQuoted) {
     return {};
   }
   const std::string_view inside = token.text.substr(1, token.text.size() - 2);
@@ -286,17 +286,17 @@ std::string StringInNameQuotes(const Case &wrong) {
 std::string ForeignWord(const Case &wrong) {
   const auto isWord = [&wrong](const std::string &name) { return EqualNoCase(name, wrong.word); };
   if (wrong.error.id == ORL_ERR_VAR) {
-    return std::string(HintForWord(wrong.word, WORD_VALUE));
+    return std::string(HintForWord(wrong.word, kWordValue));
   }
   if (wrong.error.id == ORL_ERR_FUNC) {
     const bool ours =
         std::any_of(wrong.names.functions.begin(), wrong.names.functions.end(), isWord);
-    return ours ? std::string() : std::string(HintForWord(wrong.word, WORD_CALLED));
+    return ours ? std::string() : std::string(HintForWord(wrong.word, kWordCalled));
   }
   for (size_t i = 1; i < wrong.tokens.size() && wrong.error.id == ORL_ERR_SYNTAX; ++i) {
-    const bool between = wrong.tokens[i].kind == TOKEN_NAME && !StartsOperand(wrong, i);
+    const bool between = wrong.tokens[i].kind == kTokenName && !StartsOperand(wrong, i);
     const std::string_view hint =
-        between ? HintForWord(wrong.tokens[i].text, WORD_BETWEEN) : std::string_view();
+        between ? HintForWord(wrong.tokens[i].text, kWordBetween) : std::string_view();
     if (!hint.empty()) {
       return std::string(hint);
     }
@@ -333,7 +333,7 @@ std::string NearName(const Case &wrong) {
       near = Nearest(wrong.word, wrong.names.formulas);
       near += near.empty() ? "" : "()";
     }
-    return near.empty() && Near(wrong, 0).kind == TOKEN_NAME
+    return near.empty() && Near(wrong, 0).kind == kTokenName
                ? "no column has this name; a text stands in single quotes: '" +
                      std::string(wrong.word) + "'"
                : DidYouMean(near);
@@ -400,7 +400,7 @@ std::string Arguments(const Case &wrong) {
 }
 
 bool IsOperand(const Token &token) {
-  return IsNameToken(token) || token.kind == TOKEN_NUMBER || token.kind == TOKEN_STRING;
+  return IsNameToken(token) || token.kind == kTokenNumber || token.kind == kTokenString;
 }
 
 /* What a text lacks: a parenthesis, an operator between two values, a value at its end. */
@@ -410,7 +410,7 @@ std::string Missing(const Case &wrong) {
   }
   int depth = 0;
   for (const Token &token : wrong.tokens) {
-    depth += token.kind == TOKEN_OPEN ? 1 : token.kind == TOKEN_CLOSE ? -1 : 0;
+    depth += token.kind == kTokenOpen ? 1 : token.kind == kTokenClose ? -1 : 0;
     if (depth < 0) {
       return "a ( is missing before this )";
     }
@@ -418,16 +418,16 @@ std::string Missing(const Case &wrong) {
   for (size_t i = 1; i < wrong.tokens.size(); ++i) {
     const Token &before = wrong.tokens[i - 1];
     const Token &token = wrong.tokens[i];
-    const bool unit = i > 1 && token.kind == TOKEN_NAME && IsUnitWord(token.text);
-    if (IsOperand(token) && !unit && (IsOperand(before) || before.kind == TOKEN_CLOSE)) {
+    const bool unit = i > 1 && token.kind == kTokenName && IsUnitWord(token.text);
+    if (IsOperand(token) && !unit && (IsOperand(before) || before.kind == kTokenClose)) {
       return "an operator or a comma is missing before `" + DisplayName(token.text) + "`";
     }
   }
   for (size_t i = 0; i < wrong.tokens.size(); ++i) {
     const Token &token = wrong.tokens[i];
-    const bool call = token.kind == TOKEN_CLOSE && i > 1 && IsNameToken(wrong.tokens[i - 2]);
-    const bool wanted = token.kind == TOKEN_OPERATOR || token.kind == TOKEN_COMMA ||
-                        (token.kind == TOKEN_CLOSE && !call);
+    const bool call = token.kind == kTokenClose && i > 1 && IsNameToken(wrong.tokens[i - 2]);
+    const bool wanted = token.kind == kTokenOperator || token.kind == kTokenComma ||
+                        (token.kind == kTokenClose && !call);
     if (wanted && StartsOperand(wrong, i)) {
       return "a value is missing before `" + DisplayName(token.text) + "`";
     }
@@ -435,8 +435,8 @@ std::string Missing(const Case &wrong) {
   if (depth > 0) {
     return "a ) is missing";
   }
-  const TokenKind last = wrong.tokens.empty() ? TOKEN_OPERATOR : wrong.tokens.back().kind;
-  return last == TOKEN_OPERATOR || last == TOKEN_COMMA ? "a value is missing at the end" : "";
+  const TokenKind last = wrong.tokens.empty() ? kTokenOperator : wrong.tokens.back().kind;
+  return last == kTokenOperator || last == kTokenComma ? "a value is missing at the end" : "";
 }
 
 /* The first rule that has something to say gives the hint. */

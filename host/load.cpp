@@ -37,14 +37,14 @@ bool Repair(const std::string &bytes, std::string &repaired) {
 int Replace(const std::string &path, const Loading &loading, const std::string &bytes) {
   StoreFile file;
   std::string error;
-  bool good = StoreFileOpen(path, STORE_CHANGE, StoreHeadProblem, file, error);
+  bool good = StoreFileOpen(path, kStoreChange, StoreHeadProblem, file, error);
   if (good && file.bytes != loading.file.bytes) {
     error = file.path + ": was changed by another program; load it again";
     good = false;
   }
   good = good && StoreSave(file, bytes, error);
   StoreFileClose(file);
-  return good ? EXIT_GOOD : Complain(error, EXIT_WRONG);
+  return good ? kExitGood : Complain(error, kExitWrong);
 }
 
 /* The formulas that were repaired. */
@@ -70,7 +70,7 @@ void TellTypes(const Loading &loading, const Store &after) {
     if (formula.text == old.formulas[i].text && formula.type != old.formulas[i].type) {
       Complain(loading.file.path + ": formula " + DisplayName(formula.title) + " has type " +
                    TypeName(formula.type) + " now, not " + TypeName(old.formulas[i].type),
-               EXIT_GOOD);
+               kExitGood);
     }
   }
 }
@@ -91,19 +91,19 @@ int LoadParts(const std::string &path, Loading &loading, const Session *session)
   if (!StoreRead(bytes, store, problem, &wrong)) {
     problem = loading.file.path + ": " + problem;
     if (wrong == kNobody || IsCircle(store, wrong)) {
-      return Complain(problem, EXIT_WRONG);
+      return Complain(problem, kExitWrong);
     }
     const char *missing = ORLWindowSystemProblem();
     if (missing != nullptr) {
-      return Complain(problem + "orli: it cannot be repaired here: " + missing, EXIT_WRONG);
+      return Complain(problem + "orli: it cannot be repaired here: " + missing, kExitWrong);
     }
     if (!Repair(loading.bytes, bytes) || !StoreRead(bytes, store, problem)) {
       return Refuse(loading.file, "not repaired, and left as it was");
     }
   }
-  const int status = bytes == loading.file.bytes ? EXIT_GOOD : Replace(path, loading, bytes);
+  const int status = bytes == loading.file.bytes ? kExitGood : Replace(path, loading, bytes);
   StoreTell(Repaired(loading, store), status);
-  if (status == EXIT_GOOD) {
+  if (status == kExitGood) {
     TellTypes(loading, store);
     TellCount(loading, store, session);
   }
@@ -113,10 +113,10 @@ int LoadParts(const std::string &path, Loading &loading, const Session *session)
 int Load(const std::string &path, const Session *session) {
   Loading loading;
   std::string problem;
-  const bool good = StoreFileOpen(path, STORE_READ, StoreHeadProblem, loading.file, problem);
+  const bool good = StoreFileOpen(path, kStoreRead, StoreHeadProblem, loading.file, problem);
   StoreFileClose(loading.file);
   if (!good) {
-    return Complain(problem, EXIT_WRONG);
+    return Complain(problem, kExitWrong);
   }
   problem = StoreTakeApart(loading.file.bytes, loading.before);
   if (problem.empty() && session != nullptr &&

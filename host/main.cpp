@@ -88,7 +88,7 @@ std::string UsageMessage(const CLI::App &app, const CLI::ParseError &error) {
 
 int Run(int argc, char **argv) {
   CommandLine line;
-  int status = EXIT_GOOD;
+  int status = kExitGood;
   CLI::App app(kDescription, "orli");
   app.require_subcommand(1);
   StyleHelp(app);
@@ -123,11 +123,11 @@ int main(int argc, char **argv) {
   static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
   DisplayStart();
   WRENSetCodePage(kUtf8);
-  int status = EXIT_WRONG;
+  int status = kExitWrong;
   try {
     status = Run(argc, argv);
   } catch (const std::exception &error) {
-    return Complain(error.what(), EXIT_WRONG);
+    return Complain(error.what(), kExitWrong);
   }
-  return OutputFinish() ? status : Complain("the output cannot be written", EXIT_WRONG);
+  return OutputFinish() ? status : Complain("the output cannot be written", kExitWrong);
 }

@@ -191,7 +191,7 @@ void AddManualCommands(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *man = app.add_subcommand("man", "Write the man page: orli man | man -l -");
   man->final_callback([&app, &status] {
     std::fputs(ManPage(app).c_str(), stdout);
-    status = EXIT_GOOD;
+    status = kExitGood;
   });
   CLI::App *completion =
       app.add_subcommand("completion", "Write the completion of a shell, for its start-up file");
@@ -200,6 +200,6 @@ void AddManualCommands(CLI::App &app, CommandLine &line, int &status) {
   completion->final_callback([&app, &line, &status] {
     const std::string script = line.name == "zsh" ? ZshCompletion(app) : BashCompletion(app);
     std::fputs(script.c_str(), stdout);
-    status = EXIT_GOOD;
+    status = kExitGood;
   });
 }

@@ -57,7 +57,7 @@ struct Part {
 size_t AfterClosing(const std::vector<Token> &tokens, size_t open, size_t end) {
   int depth = 0;
   for (size_t i = open; i < end; ++i) {
-    depth += tokens[i].kind == TOKEN_OPEN ? 1 : tokens[i].kind == TOKEN_CLOSE ? -1 : 0;
+    depth += tokens[i].kind == kTokenOpen ? 1 : tokens[i].kind == kTokenClose ? -1 : 0;
     if (depth == 0) {
       return i + 1;
     }
@@ -71,11 +71,11 @@ std::vector<Part> Arguments(const Part &part) {
   size_t begin = part.begin;
   for (size_t i = part.begin; i < part.end;) {
     const TokenKind kind = (*part.tokens)[i].kind;
-    if (kind == TOKEN_COMMA) {
+    if (kind == kTokenComma) {
       arguments.push_back({part.tokens, begin, i});
       begin = i + 1;
     }
-    i = kind == TOKEN_OPEN ? AfterClosing(*part.tokens, i, part.end) : i + 1;
+    i = kind == kTokenOpen ? AfterClosing(*part.tokens, i, part.end) : i + 1;
   }
   arguments.push_back({part.tokens, begin, part.end});
   return arguments;
@@ -85,10 +85,10 @@ bool HasOperator(const Part &part) {
   for (size_t i = part.begin; i < part.end;) {
     const Token &token = (*part.tokens)[i];
     const bool sign = token.text == "-" && i == part.begin;
-    if (token.kind == TOKEN_OPERATOR && !sign) {
+    if (token.kind == kTokenOperator && !sign) {
       return true;
     }
-    i = token.kind == TOKEN_OPEN ? AfterClosing(*part.tokens, i, part.end) : i + 1;
+    i = token.kind == kTokenOpen ? AfterClosing(*part.tokens, i, part.end) : i + 1;
   }
   return false;
 }
@@ -124,9 +124,9 @@ void Look(Search &search, const Visit &visit) {
     const bool zero = task.zero || HasOperator(task.part);
     for (size_t i = task.part.begin; i < task.part.end;) {
       const Token &token = tokens[i];
-      const bool name = token.kind == TOKEN_NAME || token.kind == TOKEN_QUOTED;
+      const bool name = token.kind == kTokenName || token.kind == kTokenQuoted;
       const size_t open = name ? i + 1 : i;
-      const bool call = open < task.part.end && tokens[open].kind == TOKEN_OPEN;
+      const bool call = open < task.part.end && tokens[open].kind == kTokenOpen;
       const size_t next = call ? AfterClosing(tokens, open, task.part.end) : i + 1;
       const auto called = call && name ? search.places.find(token.text) : search.places.end();
       if (called != search.places.end()) {

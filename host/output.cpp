@@ -31,7 +31,7 @@ void PutCsvCell(const std::string &cell, char delimiter) {
 }
 
 void PutCsvRow(const Output &output, const std::vector<std::string> &cells) {
-  const bool tabs = output.format == OUTPUT_TSV;
+  const bool tabs = output.format == kOutputTsv;
   for (size_t i = 0; i < cells.size(); ++i) {
     Put(i == 0 ? "" : tabs ? "\t" : ",");
     PutCsvCell(cells[i], tabs ? '\t' : ',');
@@ -70,7 +70,7 @@ void AppendJsonString(std::string_view text, std::string &line) {
 }
 
 void PutJsonRow(Output &output, const std::vector<std::string> &cells) {
-  std::string line = output.format == OUTPUT_JSONL ? "" : output.any ? ",\n" : "";
+  std::string line = output.format == kOutputJsonl ? "" : output.any ? ",\n" : "";
   line += '{';
   for (size_t i = 0; i < cells.size(); ++i) {
     const OutputColumn &column = output.columns[i];
@@ -83,7 +83,7 @@ void PutJsonRow(Output &output, const std::vector<std::string> &cells) {
       line += cells[i].empty() ? "null" : cells[i];
     }
   }
-  Put(line + (output.format == OUTPUT_JSONL ? "}\n" : "}"));
+  Put(line + (output.format == kOutputJsonl ? "}\n" : "}"));
   output.any = true;
 }
 
@@ -134,11 +134,11 @@ void Begin(Output &output) {
     return;
   }
   output.begun = true;
-  if (output.format == OUTPUT_TABLE) {
+  if (output.format == kOutputTable) {
     BeginTable(output);
-  } else if (output.format == OUTPUT_JSON) {
+  } else if (output.format == kOutputJson) {
     Put("[\n");
-  } else if (output.format != OUTPUT_JSONL) {
+  } else if (output.format != kOutputJsonl) {
     std::vector<std::string> titles;
     for (const OutputColumn &column : output.columns) {
       titles.push_back(column.title);
@@ -150,11 +150,11 @@ void Begin(Output &output) {
 }  // namespace
 
 bool IsJson(OutputFormat format) {
-  return format == OUTPUT_JSON || format == OUTPUT_JSONL;
+  return format == kOutputJson || format == kOutputJsonl;
 }
 
 void OutputRow(Output &output, const std::vector<std::string> &cells) {
-  if (output.format == OUTPUT_TABLE && !output.begun) {
+  if (output.format == kOutputTable && !output.begun) {
     output.held.push_back(cells);
     if (output.held.size() == kTableRows) {
       Begin(output);
@@ -162,7 +162,7 @@ void OutputRow(Output &output, const std::vector<std::string> &cells) {
     return;
   }
   Begin(output);
-  if (output.format == OUTPUT_TABLE) {
+  if (output.format == kOutputTable) {
     PutTableRow(output, cells);
   } else if (IsJson(output.format)) {
     PutJsonRow(output, cells);
@@ -173,7 +173,7 @@ void OutputRow(Output &output, const std::vector<std::string> &cells) {
 
 void OutputEnd(Output &output) {
   Begin(output);
-  if (output.format == OUTPUT_JSON) {
+  if (output.format == kOutputJson) {
     Put(output.any ? "\n]\n" : "]\n");
   }
 }

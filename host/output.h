@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-enum OutputFormat { OUTPUT_TABLE, OUTPUT_CSV, OUTPUT_TSV, OUTPUT_JSON, OUTPUT_JSONL };
+enum OutputFormat { kOutputTable, kOutputCsv, kOutputTsv, kOutputJson, kOutputJsonl };
 
 struct OutputColumn {
   std::string title;
@@ -19,7 +19,7 @@ struct OutputColumn {
  * rows and holds no more than these; a longer cell that comes later moves the rest of its own line
  * to the right. */
 struct Output {
-  OutputFormat format = OUTPUT_TABLE;
+  OutputFormat format = kOutputTable;
   std::vector<OutputColumn> columns;
   std::vector<std::vector<std::string>> held; /* rows of a table before the widths are known */
   bool begun = false;                         /* the titles are written */

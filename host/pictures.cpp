@@ -34,12 +34,12 @@ constexpr PictureFunction kFunctions[] = {
 const Token *SecondArgument(const std::vector<Token> &tokens, size_t name) {
   int depth = 0;
   for (size_t i = name + 1; i + 2 < tokens.size(); ++i) {
-    depth += tokens[i].kind == TOKEN_OPEN ? 1 : tokens[i].kind == TOKEN_CLOSE ? -1 : 0;
+    depth += tokens[i].kind == kTokenOpen ? 1 : tokens[i].kind == kTokenClose ? -1 : 0;
     if (depth == 0) {
       break;
     }
-    if (depth == 1 && tokens[i].kind == TOKEN_COMMA) {
-      const bool alone = tokens[i + 1].kind == TOKEN_STRING && tokens[i + 2].kind == TOKEN_CLOSE;
+    if (depth == 1 && tokens[i].kind == kTokenComma) {
+      const bool alone = tokens[i + 1].kind == kTokenString && tokens[i + 2].kind == kTokenClose;
       return alone ? &tokens[i + 1] : nullptr;
     }
   }

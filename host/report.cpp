@@ -33,7 +33,7 @@ Group &GroupOfRow(Report &report) {
   const std::vector<ReportColumn> &columns = report.options->columns;
   report.key.clear();
   for (size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].figure == REPORT_BY) {
+    if (columns[i].figure == kReportBy) {
       AppendKey(report.computation.formulas[i].type, BlockOf(report, i), report.key);
     }
   }
@@ -44,7 +44,7 @@ Group &GroupOfRow(Report &report) {
   }
   group.resize(columns.size());
   for (size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].figure == REPORT_BY) {
+    if (columns[i].figure == kReportBy) {
       SortValue value = SortValueOf(report.computation.formulas[i].type, BlockOf(report, i));
       group[i].number = value.number;
       group[i].text = std::move(value.text);
@@ -57,7 +57,7 @@ void AddRow(Report &report) {
   Group &group = GroupOfRow(report);
   for (size_t i = 0; i < group.size(); ++i) {
     const ReportFigure figure = report.options->columns[i].figure;
-    if (figure != REPORT_BY) {
+    if (figure != kReportBy) {
       FigureAdd(figure, report.computation.formulas[i].type, BlockOf(report, i), group[i]);
     }
   }
@@ -73,12 +73,12 @@ Sorter::Row RowOf(const Report &report, Group &group, std::vector<int64_t> &miss
     const ReportFigure figure = columns[i].figure;
     const int32_t type = report.output.columns[i].type;
     Entry &entry = group[i];
-    if (figure == REPORT_BY && type == ORL_TYPE_STRING) {
+    if (figure == kReportBy && type == ORL_TYPE_STRING) {
       row.cells[i] = row.values[i].text = entry.text;
       continue;
     }
     const NumberValue value = FigureValue(figure, entry);
-    const bool counted = figure == REPORT_COUNT || figure == REPORT_DISTINCT;
+    const bool counted = figure == kReportCount || figure == kReportDistinct;
     const bool beyond = entry.values != 0 && value.length == 0;
     const bool written =
         CellFromValue(type, &value, row.cells[i], counted ? -1 : report.options->rows.decimals);
@@ -141,7 +141,7 @@ bool TakeKeys(Report &report, std::string &error) {
     AddKey(report, column, key.descending);
   }
   for (size_t i = 0; i < formulas.size(); ++i) {
-    if (report.options->columns[i].figure == REPORT_BY) {
+    if (report.options->columns[i].figure == kReportBy) {
       AddKey(report, i, false);
     }
   }
@@ -157,7 +157,7 @@ bool Begin(Report &report, std::string &error) {
       return false;
     }
     report.output.columns.push_back({formula.title, FigureType(figure, formula.type)});
-    grouped = grouped || figure == REPORT_BY;
+    grouped = grouped || figure == kReportBy;
   }
   if (!grouped) {
     /* All rows are one group, which is there also when they are none. */
@@ -176,14 +176,14 @@ int RunReport(const ReportOptions &options) {
   report.computation.options = &options.rows;
   for (const ReportColumn &column : options.columns) {
     /* A count has a formula too, so that all names are checked alike. */
-    const bool counts = column.figure == REPORT_COUNT;
+    const bool counts = column.figure == kReportCount;
     std::string error;
     if (!ComputationTake(report.computation, column.argument + (counts ? "=1" : ""), error)) {
-      return Complain(error, EXIT_USAGE);
+      return Complain(error, kExitUsage);
     }
     if (counts && report.computation.formulas.back().text != "1") {
       return Complain("--count takes a name alone, not " + DisplayName(column.argument),
-                      EXIT_USAGE);
+                      kExitUsage);
     }
   }
   RowConsumer consumer;

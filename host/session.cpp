@@ -72,12 +72,11 @@ void *LookUp(const char *routineName) {
 
 bool DeclareColumns(Session &session, std::string &error) {
   const std::vector<Column> &columns = session.table.columns;
-  std::string routineName = kColumnRoutine;
   for (const Column &column : columns) {
     ExprItem item = {};
     item.kind = ORL_INPUT;
     item.dataType = column.type;
-    item.routineName = routineName.data();
+    item.routineName = kColumnRoutine;
     std::memcpy(item.name, column.name.c_str(), column.name.size() + 1);
     if (ORLAddExpressionItem(session.ec.get(), &item) == 0) {
       error = session.csv.Path() + ": too many columns, or out of memory";
@@ -106,7 +105,7 @@ void CheckLocale() {
     if (name != nullptr && *name != '\0') {
       Complain("the locale " + DisplayName(name) + " of " + variable +
                    " is not installed; dates and numbers are read as in the United States",
-               EXIT_GOOD);
+               kExitGood);
       return;
     }
   }
@@ -118,7 +117,7 @@ void TellTwoWays(const Session &session) {
     if (column.twoWays) {
       Complain(session.csv.Path() + ": column " + DisplayName(column.name) +
                    " is written in two ways: " + column.why,
-               EXIT_GOOD);
+               kExitGood);
     }
   }
 }
@@ -145,7 +144,7 @@ bool SessionOpen(const DataOptions &options, Session &session, Progress &progres
   std::vector<std::string> notes;
   ColumnsName(session.csv, session.ec.get(), session.table, notes);
   for (const std::string &note : notes) {
-    Complain(session.csv.Path() + ": " + note, EXIT_GOOD);
+    Complain(session.csv.Path() + ": " + note, kExitGood);
   }
   if (!ColumnsScan(session.csv, options, bounds, session.table, progress, error) ||
       !DeclareColumns(session, error)) {
@@ -155,7 +154,7 @@ bool SessionOpen(const DataOptions &options, Session &session, Progress &progres
     Complain(session.table.notUtf8 +
                  " is not UTF-8; if it is from Windows, iconv -f WINDOWS-1252 -t UTF-8 converts "
                  "the file",
-             EXIT_GOOD);
+             kExitGood);
   }
   TellTwoWays(session);
   return true;
@@ -168,7 +167,7 @@ int WithSession(const DataOptions &options, const std::function<int(Session &ses
   std::string error;
   ProgressStart(progress);
   return SessionOpen(options, session, progress, error, bounds) ? command(session)
-                                                                : Complain(error, EXIT_WRONG);
+                                                                : Complain(error, kExitWrong);
 }
 
 const Column *SessionColumn(const Session &session, const std::string &name) {

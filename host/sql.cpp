@@ -145,7 +145,7 @@ void WarnOfEmptyFields(const Plan &plan, const Formula &formula, const Table &ta
         ORLIsItemUsed(plan.ec.get(), formula.exp, ORL_INPUT, column.name.c_str()) == 1) {
       Complain("formula " + DisplayName(formula.title) + " computes with the empty fields of " +
                    DisplayName(column.name) + ", where a database gives NULL",
-               EXIT_GOOD);
+               kExitGood);
     }
   }
 }
@@ -247,19 +247,19 @@ bool SqlBuild(const SqlOptions &options, const Session &session, SqlQuery &query
 
 int RunSql(const SqlOptions &options) {
   if (options.table.empty() && options.data.paths[0] == "-") {
-    return Complain("a file without a name needs --table; orli --help tells more", EXIT_USAGE);
+    return Complain("a file without a name needs --table; orli --help tells more", kExitUsage);
   }
   return WithSession(options.data, [&options](const Session &session) {
     SqlQuery query;
     std::string error;
     if (!SqlBuild(options, session, query, error)) {
-      return Complain(error, EXIT_WRONG);
+      return Complain(error, kExitWrong);
     }
     if (options.source.empty()) {
       std::puts(query.text.c_str());
-      return static_cast<int>(EXIT_GOOD);
+      return static_cast<int>(kExitGood);
     }
     const bool good = OdbcRun(options.source, query, options.format, error);
-    return good ? static_cast<int>(EXIT_GOOD) : Complain(error, EXIT_WRONG);
+    return good ? static_cast<int>(kExitGood) : Complain(error, kExitWrong);
   });
 }

@@ -212,13 +212,13 @@ int WithStore(const std::string &path, StoreAccess access,
   Store store;
   std::string error;
   const bool good = StoreOpen(path, access, file, store, error);
-  const int status = good ? command(store, file) : Complain(error, EXIT_WRONG);
+  const int status = good ? command(store, file) : Complain(error, kExitWrong);
   StoreFileClose(file);
   return status;
 }
 
 int Refuse(const StoreFile &file, const std::string &what) {
-  return Complain(file.path + ": " + what, EXIT_WRONG);
+  return Complain(file.path + ": " + what, kExitWrong);
 }
 
 std::string StoredForm(EC ec, bool formulas) {
@@ -260,7 +260,7 @@ bool StoreSave(const StoreFile &file, const std::string &bytes, std::string &err
 void StoreTell(const std::vector<Formula> &formulas, int status) {
   for (const Formula &formula : formulas) {
     const std::string line = formula.name + "=" + formula.text;
-    if (status == EXIT_GOOD) {
+    if (status == kExitGood) {
       std::puts(line.c_str());
     } else {
       Complain("not stored: " + line, status);
@@ -382,7 +382,7 @@ bool StoreFormulas(const std::string &path, const Session &session, std::vector<
                    std::string &error) {
   StoreFile file;
   Store store;
-  if (StoreOpen(path, STORE_READ, file, store, error)) {
+  if (StoreOpen(path, kStoreRead, file, store, error)) {
     error = StoreMisfits(store, file, session, {}, true);
     for (const Formula &formula : store.formulas) {
       formulas.push_back(FormulaOf(formula.name, formula.text));

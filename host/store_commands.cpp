@@ -13,7 +13,7 @@ int NoFormula(const StoreFile &file, const std::string &name) {
 
 int Save(const StoreFile &file, const std::string &bytes) {
   std::string error;
-  return StoreSave(file, bytes, error) ? EXIT_GOOD : Complain(error, EXIT_WRONG);
+  return StoreSave(file, bytes, error) ? kExitGood : Complain(error, kExitWrong);
 }
 
 /* Defines the formulas in a session with the columns that they are for, and saves both. */
@@ -22,13 +22,13 @@ int Define(const std::vector<Formula> &wanted, Session &session, const Store &st
   std::set<std::string> names;
   for (const Formula &formula : wanted) {
     if (!names.insert(formula.name).second) {
-      return Complain("two formulas have the name " + DisplayName(formula.name), EXIT_WRONG);
+      return Complain("two formulas have the name " + DisplayName(formula.name), kExitWrong);
     }
   }
   std::vector<Formula> merged = FormulasMerged(store.formulas, wanted);
   std::string error;
   if (!StoreDefine(store, file, names, session, merged, error)) {
-    return Complain(error, EXIT_WRONG);
+    return Complain(error, kExitWrong);
   }
   return Save(file, StoredForm(session.ec.get(), merged));
 }
@@ -42,24 +42,24 @@ int RunDefine(const std::string &store, const DataOptions &data,
   std::string error;
   for (const std::string &path : formulaFiles) {
     if (!FormulasRead(path, wanted, error)) {
-      return Complain(error, EXIT_WRONG);
+      return Complain(error, kExitWrong);
     }
   }
   for (const std::string &argument : formulas) {
     if (!FormulaFromArgument(argument, wanted.emplace_back(), error)) {
-      return Complain(error, EXIT_USAGE);
+      return Complain(error, kExitUsage);
     }
   }
   return WithSession(data, [&](Session &session) {
     /* The store is read when the data has been, which may take long. */
-    return WithStore(store, STORE_MAY_CREATE, [&](const Store &old, const StoreFile &file) {
+    return WithStore(store, kStoreMayCreate, [&](const Store &old, const StoreFile &file) {
       return Define(wanted, session, old, file);
     });
   });
 }
 
 int RunList(const std::string &store, OutputFormat format) {
-  return WithStore(store, STORE_READ, [format](const Store &opened, const StoreFile &) {
+  return WithStore(store, kStoreRead, [format](const Store &opened, const StoreFile &) {
     Output output;
     output.format = format;
     output.columns = {{"name"}, {"kind"}, {"type"}, {"text"}};
@@ -68,23 +68,23 @@ int RunList(const std::string &store, OutputFormat format) {
                          TypeName(formula.type), formula.text});
     }
     OutputEnd(output);
-    return static_cast<int>(EXIT_GOOD);
+    return static_cast<int>(kExitGood);
   });
 }
 
 int RunShow(const std::string &store, const std::string &name) {
-  return WithStore(store, STORE_READ, [&name](const Store &opened, const StoreFile &file) {
+  return WithStore(store, kStoreRead, [&name](const Store &opened, const StoreFile &file) {
     const Formula *formula = StoreFormula(opened, name);
     if (formula == nullptr) {
       return NoFormula(file, name);
     }
     std::puts(formula->text.c_str());
-    return static_cast<int>(EXIT_GOOD);
+    return static_cast<int>(kExitGood);
   });
 }
 
 int RunDelete(const std::string &store, const std::string &name) {
-  return WithStore(store, STORE_CHANGE, [&name](const Store &opened, const StoreFile &file) {
+  return WithStore(store, kStoreChange, [&name](const Store &opened, const StoreFile &file) {
     const Formula *formula = StoreFormula(opened, name);
     if (formula == nullptr) {
       return NoFormula(file, name);
@@ -99,7 +99,7 @@ int RunDelete(const std::string &store, const std::string &name) {
 }
 
 int RunUses(const std::string &store, const std::string &name) {
-  return WithStore(store, STORE_READ, [&name](const Store &opened, const StoreFile &file) {
+  return WithStore(store, kStoreRead, [&name](const Store &opened, const StoreFile &file) {
     const Column *column = StoreColumn(opened, name);
     const Formula *formula = StoreFormula(opened, name);
     const bool isFunction = ORLIsExpNameUnique(opened.ec.get(), nullptr, name.c_str()) == 0;
@@ -117,6 +117,6 @@ int RunUses(const std::string &store, const std::string &name) {
         std::puts(user.name.c_str());
       }
     }
-    return static_cast<int>(EXIT_GOOD);
+    return static_cast<int>(kExitGood);
   });
 }

@@ -60,7 +60,7 @@ bool WaitForLock(const StoreFile &file) {
     }
     if (std::chrono::steady_clock::now() - start >= kLockPatience) {
       Complain(file.path + ": waiting for another program that changes a store in this folder",
-               EXIT_GOOD);
+               kExitGood);
       int locked = 0;
       do {
         locked = flock(file.folder, LOCK_EX);
@@ -79,7 +79,7 @@ bool LockFolder(StoreFile &file, StoreAccess access, std::string &error) {
   if (file.folder < 0) {
     return Fail(file, std::strerror(errno), error);
   }
-  if (access == STORE_LOOK) {
+  if (access == kStoreLook) {
     return faccessat(AT_FDCWD, FolderOf(file).c_str(), W_OK, AT_EACCESS) == 0 ||
            Fail(file, std::strerror(errno), error);
   }
@@ -235,20 +235,20 @@ bool StoreFileOpen(const std::string &path, StoreAccess access, HeadProblem head
     error = "a store is a file with a name of its own";
     return false;
   }
-  if (access != STORE_READ && !LockFolder(file, access, error)) {
+  if (access != kStoreRead && !LockFolder(file, access, error)) {
     return false;
   }
   /* Nothing is waited for: a pipe is no store. */
   const int opened = open(file.target.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   FILE *input = opened >= 0 ? fdopen(opened, "rb") : nullptr;
   if (input == nullptr) {
-    return (errno == ENOENT && (access == STORE_MAY_CREATE || access == STORE_LOOK)) ||
+    return (errno == ENOENT && (access == kStoreMayCreate || access == kStoreLook)) ||
            Fail(file, std::strerror(errno), error);
   }
   file.exists = true;
   const bool good = ReadPlainFile(input, headProblem, file, error);
   static_cast<void>(std::fclose(input));
-  if (good && access != STORE_READ &&
+  if (good && access != kStoreRead &&
       faccessat(AT_FDCWD, file.target.c_str(), W_OK, AT_EACCESS) != 0) {
     return Fail(file, std::strerror(errno), error);
   }

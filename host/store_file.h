@@ -9,10 +9,10 @@
 #include <string_view>
 
 enum StoreAccess {
-  STORE_READ,
-  STORE_LOOK,      /* can it be made or changed later? Others may change it until then */
-  STORE_CHANGE,    /* nobody else changes a store of the folder meanwhile */
-  STORE_MAY_CREATE /* the same for a file that need not be there */
+  kStoreRead,
+  kStoreLook,     /* can it be made or changed later? Others may change it until then */
+  kStoreChange,   /* nobody else changes a store of the folder meanwhile */
+  kStoreMayCreate /* the same for a file that need not be there */
 };
 
 struct StoreFile {

@@ -130,7 +130,7 @@ int RenameAndSave(const Store &store, const StoreFile &file, const Renaming &nam
   }
   std::string error;
   if (!StoreFileWrite(file, outcome.bytes, error)) {
-    return Complain(error, EXIT_WRONG);
+    return Complain(error, kExitWrong);
   }
   for (size_t i = 0; i < store.formulas.size(); ++i) {
     const Formula &formula = outcome.store.formulas[i];
@@ -138,13 +138,13 @@ int RenameAndSave(const Store &store, const StoreFile &file, const Renaming &nam
       std::printf("%s=%s\n", formula.name.c_str(), formula.text.c_str());
     }
   }
-  return EXIT_GOOD;
+  return kExitGood;
 }
 
 }  // namespace
 
 int RunRename(const std::string &store, const std::string &from, const std::string &to) {
-  return WithStore(store, STORE_CHANGE, [&](const Store &opened, const StoreFile &file) {
+  return WithStore(store, kStoreChange, [&](const Store &opened, const StoreFile &file) {
     const Column *column = StoreColumn(opened, from);
     if (column == nullptr) {
       return Refuse(file, "has no column " + DisplayName(from));

@@ -23,19 +23,19 @@ bool IsNameStart(char byte) {
 /* The bytes of the string literal at the start, 0 when it is not closed. A quote is written twice
  * or after a backslash; a literal may end with a backslash when no later quote closes it. */
 size_t StringLength(std::string_view text) {
-  enum State : uint8_t { INSIDE, ESCAPED, CLOSED, DOUBLED, QUOTED, REQUOTED, STOP };
+  enum State : uint8_t { kInside, kEscaped, kClosed, kDoubled, kQuoted, kRequoted, kStop };
   constexpr std::array<std::array<State, 3>, 6> kNext = {{/* other, backslash, quote */
-                                                          {INSIDE, ESCAPED, CLOSED},
-                                                          {INSIDE, ESCAPED, QUOTED},
-                                                          {STOP, STOP, DOUBLED},
-                                                          {INSIDE, ESCAPED, CLOSED},
-                                                          {INSIDE, ESCAPED, REQUOTED},
-                                                          {INSIDE, ESCAPED, REQUOTED}}};
-  State state = INSIDE;
+                                                          {kInside, kEscaped, kClosed},
+                                                          {kInside, kEscaped, kQuoted},
+                                                          {kStop, kStop, kDoubled},
+                                                          {kInside, kEscaped, kClosed},
+                                                          {kInside, kEscaped, kRequoted},
+                                                          {kInside, kEscaped, kRequoted}}};
+  State state = kInside;
   size_t length = 0;
-  for (size_t i = 1; i < text.size() && state != STOP; ++i) {
+  for (size_t i = 1; i < text.size() && state != kStop; ++i) {
     state = kNext.at(state).at(text[i] == '\'' ? 2 : text[i] == '\\' ? 1 : 0);
-    length = state == CLOSED || state == QUOTED || state == REQUOTED ? i + 1 : length;
+    length = state == kClosed || state == kQuoted || state == kRequoted ? i + 1 : length;
   }
   return length;
 }
@@ -73,19 +73,19 @@ Token TokenAt(std::string_view text, size_t offset) {
   const char first = rest.front();
   if (first == '\'') {
     const size_t length = StringLength(rest);
-    return length == 0 ? token(TOKEN_UNCLOSED, rest.size()) : token(TOKEN_STRING, length);
+    return length == 0 ? token(kTokenUnclosed, rest.size()) : token(kTokenString, length);
   }
   if (first == '"' || first == '`' || IsNameStart(first)) {
     const size_t length = NameLength(rest);
-    return length == 0 ? token(TOKEN_UNCLOSED, rest.size())
-                       : token(IsNameStart(first) ? TOKEN_NAME : TOKEN_QUOTED, length);
+    return length == 0 ? token(kTokenUnclosed, rest.size())
+                       : token(IsNameStart(first) ? kTokenName : kTokenQuoted, length);
   }
   if (IsDigit(first) || (first == '.' && rest.size() > 1 && IsDigit(rest[1]))) {
     const size_t end = rest.find_first_not_of("0123456789.");
-    return token(TOKEN_NUMBER, std::min(end, rest.size()));
+    return token(kTokenNumber, std::min(end, rest.size()));
   }
   if (rest.starts_with("||")) {
-    return token(TOKEN_OPERATOR, 2);
+    return token(kTokenOperator, 2);
   }
   switch (first) {
     case '+':
@@ -93,29 +93,29 @@ Token TokenAt(std::string_view text, size_t offset) {
     case '*':
     case '/':
     case '%':
-      return token(TOKEN_OPERATOR, 1);
+      return token(kTokenOperator, 1);
     case '(':
-      return token(TOKEN_OPEN, 1);
+      return token(kTokenOpen, 1);
     case ')':
-      return token(TOKEN_CLOSE, 1);
+      return token(kTokenClose, 1);
     case ',':
-      return token(TOKEN_COMMA, 1);
+      return token(kTokenComma, 1);
     default:
-      return token(TOKEN_OTHER, 1);
+      return token(kTokenOther, 1);
   }
 }
 
 /* Whether a comma is that of a date: 12 Jan, 1999 or Jan 12, 1999. */
 bool IsInDate(const std::vector<Token> &tokens, size_t comma) {
-  if (comma < 2 || comma + 1 == tokens.size() || tokens[comma + 1].kind != TOKEN_NUMBER) {
+  if (comma < 2 || comma + 1 == tokens.size() || tokens[comma + 1].kind != kTokenNumber) {
     return false;
   }
   const Token &first = tokens[comma - 2];
   const Token &second = tokens[comma - 1];
-  const Token &word = first.kind == TOKEN_NAME ? first : second;
-  const Token &day = first.kind == TOKEN_NAME ? second : first;
+  const Token &word = first.kind == kTokenName ? first : second;
+  const Token &day = first.kind == kTokenName ? second : first;
   std::array<char, sizeof(ExprItem::name) + 1> unused;
-  return word.kind == TOKEN_NAME && day.kind == TOKEN_NUMBER && !EqualNoCase(word.text, "AND") &&
+  return word.kind == kTokenName && day.kind == kTokenNumber && !EqualNoCase(word.text, "AND") &&
          word.text.size() < sizeof(ExprItem::name) &&
          ORLInputNameIsKeyword(unused.data(), std::string(word.text).c_str()) == 0;
 }
@@ -139,12 +139,12 @@ std::vector<std::string> MembersOf(std::string_view text) {
   int depth = 0;
   for (size_t i = 0; i < tokens.size(); ++i) {
     const Token &token = tokens[i];
-    if (token.kind == TOKEN_COMMA && IsInDate(tokens, i)) {
+    if (token.kind == kTokenComma && IsInDate(tokens, i)) {
       continue;
     }
-    depth += token.kind == TOKEN_OPEN ? 1 : token.kind == TOKEN_CLOSE ? -1 : 0;
-    const bool word = token.kind == TOKEN_NAME && EqualNoCase(token.text, "AND");
-    if (depth == 0 && (token.kind == TOKEN_COMMA || word)) {
+    depth += token.kind == kTokenOpen ? 1 : token.kind == kTokenClose ? -1 : 0;
+    const bool word = token.kind == kTokenName && EqualNoCase(token.text, "AND");
+    if (depth == 0 && (token.kind == kTokenComma || word)) {
       members.push_back(Trimmed(text.substr(begin, token.offset - begin)));
       begin = token.offset + token.text.size();
     }

@@ -7,16 +7,16 @@
 #include <vector>
 
 enum TokenKind {
-  TOKEN_NUMBER,   /* digits and points; the parts of a date are numbers and operators */
-  TOKEN_NAME,     /* a plain name or word */
-  TOKEN_QUOTED,   /* a name in double quotes or backticks */
-  TOKEN_STRING,   /* a string literal with its quotes */
-  TOKEN_OPERATOR, /* + - * / % or || */
-  TOKEN_OPEN,
-  TOKEN_CLOSE,
-  TOKEN_COMMA,
-  TOKEN_UNCLOSED, /* a quote that nothing closes, and the rest of the text */
-  TOKEN_OTHER     /* a byte that has no meaning in formulas */
+  kTokenNumber,   /* digits and points; the parts of a date are numbers and operators */
+  kTokenName,     /* a plain name or word */
+  kTokenQuoted,   /* a name in double quotes or backticks */
+  kTokenString,   /* a string literal with its quotes */
+  kTokenOperator, /* + - * / % or || */
+  kTokenOpen,
+  kTokenClose,
+  kTokenComma,
+  kTokenUnclosed, /* a quote that nothing closes, and the rest of the text */
+  kTokenOther     /* a byte that has no meaning in formulas */
 };
 
 struct Token {

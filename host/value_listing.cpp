@@ -116,7 +116,7 @@ void ListValues(EC ec, const char *name, void *list, int32_t first, int32_t *mor
     AddToList(windows, list, columns[listing.column].type == ORL_TYPE_NUMBER, value, listing.shown);
   }
   if (!listing.error.empty()) {
-    Complain(listing.error, EXIT_WRONG);
+    Complain(listing.error, kExitWrong);
     listing.error.clear();
   }
   *more = isMore ? 1 : 0;

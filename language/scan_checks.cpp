@@ -25,7 +25,9 @@ bool IsAsciiNameByte(uint8_t byte) {
 int32_t AnswerAtStop(const char *text, int32_t length, int32_t stop, bool call, bool doubleByte) {
   if (call && (text[stop] == ' ' || text[stop] == '(')) {
     int32_t open = stop;
-    while (open < length && text[open] == ' ') open++;
+    while (open < length && text[open] == ' ') {
+      open++;
+    }
     return open == length - 1 && text[open] == '(' ? kNameGood : stop;
   }
   // The automaton reads a letter and a bar as a pair where "||" follows the letter.
@@ -47,18 +49,26 @@ int32_t CheckName(const char *text, int32_t length, bool call) {
     } else if (IsAsciiNameByte(byte)) {
       // Good in every code page.
     } else if (doubleByte && WRENIsAlpha(byte) != 0) {
-      if (at == length - 1) return at;
+      if (at == length - 1) {
+        return at;
+      }
       at++;
-      if (!IsTrailByte(ByteAt(text, at))) return at;
+      if (!IsTrailByte(ByteAt(text, at))) {
+        return at;
+      }
     } else if (utf8 && byte >= 0x80) {
       // Bytes that are no sequence are taken one by one, as characters without a meaning.
       uint32_t codePoint = 0;
       const size_t bytes = DecodeUtf8(text + at, &codePoint);
-      if (bytes != 0 && !quoted && !IsNameCharacter(codePoint)) return at;
+      if (bytes != 0 && !quoted && !IsNameCharacter(codePoint)) {
+        return at;
+      }
       at += bytes != 0 ? static_cast<int32_t>(bytes) - 1 : 0;
     } else {
       const bool known = (doubleByte ? WRENIsDigit(byte) : IsCharAlphaA(text[at])) != 0;
-      if (!known && !quoted) return AnswerAtStop(text, length, at, call, doubleByte);
+      if (!known && !quoted) {
+        return AnswerAtStop(text, length, at, call, doubleByte);
+      }
     }
     at++;
   }
@@ -66,7 +76,9 @@ int32_t CheckName(const char *text, int32_t length, bool call) {
 }
 
 bool IsWholeLiteral(const char *text, int32_t length) {
-  if (WRENIsDoubleByte() == 0) return true;
+  if (WRENIsDoubleByte() == 0) {
+    return true;
+  }
   const int32_t last = length - 1;
   int32_t at = 1;
   while (at < length) {

@@ -12,24 +12,24 @@ namespace {
 
 // In the order in which letters with these accents follow each other.
 enum Accent : uint8_t {
-  PLAIN,
-  ACUTE,
-  GRAVE,
-  BREVE,
-  CIRCUMFLEX,
-  CARON,
-  RING,
-  DIAERESIS,
-  DOUBLE_ACUTE,
-  TILDE,
-  DOT,
-  OGONEK,
-  CEDILLA,
-  COMMA,
-  MACRON,
-  STROKE,
-  OTHER,
-  LIGATURE
+  kPlain,
+  kAcute,
+  kGrave,
+  kBreve,
+  kCircumflex,
+  kCaron,
+  kRing,
+  kDiaeresis,
+  kDoubleAcute,
+  kTilde,
+  kDot,
+  kOgonek,
+  kCedilla,
+  kComma,
+  kMacron,
+  kStroke,
+  kOther,
+  kLigature
 };
 
 struct LatinLetter {
@@ -40,41 +40,41 @@ struct LatinLetter {
 
 // clang-format off
 constexpr LatinLetter kLatin[] = {
-    {0x00AA, "A", OTHER}, {0x00BA, "O", OTHER}, {0x00C0, "A", GRAVE},             // ª º À
-    {0x00C1, "A", ACUTE}, {0x00C2, "A", CIRCUMFLEX}, {0x00C3, "A", TILDE},        // Á Â Ã
-    {0x00C4, "A", DIAERESIS}, {0x00C5, "A", RING}, {0x00C6, "AE", LIGATURE},      // Ä Å Æ
-    {0x00C7, "C", CEDILLA}, {0x00C8, "E", GRAVE}, {0x00C9, "E", ACUTE},           // Ç È É
-    {0x00CA, "E", CIRCUMFLEX}, {0x00CB, "E", DIAERESIS}, {0x00CC, "I", GRAVE},    // Ê Ë Ì
-    {0x00CD, "I", ACUTE}, {0x00CE, "I", CIRCUMFLEX}, {0x00CF, "I", DIAERESIS},    // Í Î Ï
-    {0x00D0, "D", OTHER}, {0x00D1, "N", TILDE}, {0x00D2, "O", GRAVE},             // Ð Ñ Ò
-    {0x00D3, "O", ACUTE}, {0x00D4, "O", CIRCUMFLEX}, {0x00D5, "O", TILDE},        // Ó Ô Õ
-    {0x00D6, "O", DIAERESIS}, {0x00D8, "O", STROKE}, {0x00D9, "U", GRAVE},        // Ö Ø Ù
-    {0x00DA, "U", ACUTE}, {0x00DB, "U", CIRCUMFLEX}, {0x00DC, "U", DIAERESIS},    // Ú Û Ü
-    {0x00DD, "Y", ACUTE}, {0x00DE, "TH", LIGATURE}, {0x00DF, "SS", LIGATURE},     // Ý Þ ß
-    {0x0100, "A", MACRON}, {0x0102, "A", BREVE}, {0x0104, "A", OGONEK},           // Ā Ă Ą
-    {0x0106, "C", ACUTE}, {0x0108, "C", CIRCUMFLEX}, {0x010A, "C", DOT},          // Ć Ĉ Ċ
-    {0x010C, "C", CARON}, {0x010E, "D", CARON}, {0x0110, "D", STROKE},            // Č Ď Đ
-    {0x0112, "E", MACRON}, {0x0114, "E", BREVE}, {0x0116, "E", DOT},              // Ē Ĕ Ė
-    {0x0118, "E", OGONEK}, {0x011A, "E", CARON}, {0x011C, "G", CIRCUMFLEX},       // Ę Ě Ĝ
-    {0x011E, "G", BREVE}, {0x0120, "G", DOT}, {0x0122, "G", CEDILLA},             // Ğ Ġ Ģ
-    {0x0124, "H", CIRCUMFLEX}, {0x0126, "H", STROKE}, {0x0128, "I", TILDE},       // Ĥ Ħ Ĩ
-    {0x012A, "I", MACRON}, {0x012C, "I", BREVE}, {0x012E, "I", OGONEK},           // Ī Ĭ Į
-    {0x0130, "I", DOT}, {0x0131, "I", OTHER}, {0x0132, "IJ", LIGATURE},           // İ ı Ĳ
-    {0x0134, "J", CIRCUMFLEX}, {0x0136, "K", CEDILLA}, {0x0138, "K", OTHER},      // Ĵ Ķ ĸ
-    {0x0139, "L", ACUTE}, {0x013B, "L", CEDILLA}, {0x013D, "L", CARON},           // Ĺ Ļ Ľ
-    {0x013F, "L", DOT}, {0x0141, "L", STROKE}, {0x0143, "N", ACUTE},              // Ŀ Ł Ń
-    {0x0145, "N", CEDILLA}, {0x0147, "N", CARON}, {0x0149, "N", OTHER},           // Ņ Ň ŉ
-    {0x014A, "N", STROKE}, {0x014C, "O", MACRON}, {0x014E, "O", BREVE},           // Ŋ Ō Ŏ
-    {0x0150, "O", DOUBLE_ACUTE}, {0x0152, "OE", LIGATURE}, {0x0154, "R", ACUTE},  // Ő Œ Ŕ
-    {0x0156, "R", CEDILLA}, {0x0158, "R", CARON}, {0x015A, "S", ACUTE},           // Ŗ Ř Ś
-    {0x015C, "S", CIRCUMFLEX}, {0x015E, "S", CEDILLA}, {0x0160, "S", CARON},      // Ŝ Ş Š
-    {0x0162, "T", CEDILLA}, {0x0164, "T", CARON}, {0x0166, "T", STROKE},          // Ţ Ť Ŧ
-    {0x0168, "U", TILDE}, {0x016A, "U", MACRON}, {0x016C, "U", BREVE},            // Ũ Ū Ŭ
-    {0x016E, "U", RING}, {0x0170, "U", DOUBLE_ACUTE}, {0x0172, "U", OGONEK},      // Ů Ű Ų
-    {0x0174, "W", CIRCUMFLEX}, {0x0176, "Y", CIRCUMFLEX}, {0x0178, "Y", DIAERESIS},  // Ŵ Ŷ Ÿ
-    {0x0179, "Z", ACUTE}, {0x017B, "Z", DOT}, {0x017D, "Z", CARON},               // Ź Ż Ž
-    {0x017F, "S", OTHER}, {0x0218, "S", COMMA}, {0x021A, "T", COMMA},             // ſ Ș Ț
-    {0x1E9E, "SS", OTHER},                                                        // ẞ
+    {0x00AA, "A", kOther}, {0x00BA, "O", kOther}, {0x00C0, "A", kGrave},             // ª º À
+    {0x00C1, "A", kAcute}, {0x00C2, "A", kCircumflex}, {0x00C3, "A", kTilde},        // Á Â Ã
+    {0x00C4, "A", kDiaeresis}, {0x00C5, "A", kRing}, {0x00C6, "AE", kLigature},      // Ä Å Æ
+    {0x00C7, "C", kCedilla}, {0x00C8, "E", kGrave}, {0x00C9, "E", kAcute},           // Ç È É
+    {0x00CA, "E", kCircumflex}, {0x00CB, "E", kDiaeresis}, {0x00CC, "I", kGrave},    // Ê Ë Ì
+    {0x00CD, "I", kAcute}, {0x00CE, "I", kCircumflex}, {0x00CF, "I", kDiaeresis},    // Í Î Ï
+    {0x00D0, "D", kOther}, {0x00D1, "N", kTilde}, {0x00D2, "O", kGrave},             // Ð Ñ Ò
+    {0x00D3, "O", kAcute}, {0x00D4, "O", kCircumflex}, {0x00D5, "O", kTilde},        // Ó Ô Õ
+    {0x00D6, "O", kDiaeresis}, {0x00D8, "O", kStroke}, {0x00D9, "U", kGrave},        // Ö Ø Ù
+    {0x00DA, "U", kAcute}, {0x00DB, "U", kCircumflex}, {0x00DC, "U", kDiaeresis},    // Ú Û Ü
+    {0x00DD, "Y", kAcute}, {0x00DE, "TH", kLigature}, {0x00DF, "SS", kLigature},     // Ý Þ ß
+    {0x0100, "A", kMacron}, {0x0102, "A", kBreve}, {0x0104, "A", kOgonek},           // Ā Ă Ą
+    {0x0106, "C", kAcute}, {0x0108, "C", kCircumflex}, {0x010A, "C", kDot},          // Ć Ĉ Ċ
+    {0x010C, "C", kCaron}, {0x010E, "D", kCaron}, {0x0110, "D", kStroke},            // Č Ď Đ
+    {0x0112, "E", kMacron}, {0x0114, "E", kBreve}, {0x0116, "E", kDot},              // Ē Ĕ Ė
+    {0x0118, "E", kOgonek}, {0x011A, "E", kCaron}, {0x011C, "G", kCircumflex},       // Ę Ě Ĝ
+    {0x011E, "G", kBreve}, {0x0120, "G", kDot}, {0x0122, "G", kCedilla},             // Ğ Ġ Ģ
+    {0x0124, "H", kCircumflex}, {0x0126, "H", kStroke}, {0x0128, "I", kTilde},       // Ĥ Ħ Ĩ
+    {0x012A, "I", kMacron}, {0x012C, "I", kBreve}, {0x012E, "I", kOgonek},           // Ī Ĭ Į
+    {0x0130, "I", kDot}, {0x0131, "I", kOther}, {0x0132, "IJ", kLigature},           // İ ı Ĳ
+    {0x0134, "J", kCircumflex}, {0x0136, "K", kCedilla}, {0x0138, "K", kOther},      // Ĵ Ķ ĸ
+    {0x0139, "L", kAcute}, {0x013B, "L", kCedilla}, {0x013D, "L", kCaron},           // Ĺ Ļ Ľ
+    {0x013F, "L", kDot}, {0x0141, "L", kStroke}, {0x0143, "N", kAcute},              // Ŀ Ł Ń
+    {0x0145, "N", kCedilla}, {0x0147, "N", kCaron}, {0x0149, "N", kOther},           // Ņ Ň ŉ
+    {0x014A, "N", kStroke}, {0x014C, "O", kMacron}, {0x014E, "O", kBreve},           // Ŋ Ō Ŏ
+    {0x0150, "O", kDoubleAcute}, {0x0152, "OE", kLigature}, {0x0154, "R", kAcute},  // Ő Œ Ŕ
+    {0x0156, "R", kCedilla}, {0x0158, "R", kCaron}, {0x015A, "S", kAcute},           // Ŗ Ř Ś
+    {0x015C, "S", kCircumflex}, {0x015E, "S", kCedilla}, {0x0160, "S", kCaron},      // Ŝ Ş Š
+    {0x0162, "T", kCedilla}, {0x0164, "T", kCaron}, {0x0166, "T", kStroke},          // Ţ Ť Ŧ
+    {0x0168, "U", kTilde}, {0x016A, "U", kMacron}, {0x016C, "U", kBreve},            // Ũ Ū Ŭ
+    {0x016E, "U", kRing}, {0x0170, "U", kDoubleAcute}, {0x0172, "U", kOgonek},      // Ů Ű Ų
+    {0x0174, "W", kCircumflex}, {0x0176, "Y", kCircumflex}, {0x0178, "Y", kDiaeresis},  // Ŵ Ŷ Ÿ
+    {0x0179, "Z", kAcute}, {0x017B, "Z", kDot}, {0x017D, "Z", kCaron},               // Ź Ż Ž
+    {0x017F, "S", kOther}, {0x0218, "S", kComma}, {0x021A, "T", kComma},             // ſ Ș Ț
+    {0x1E9E, "SS", kOther},                                                        // ẞ
 };
 
 // Bytes of 1252 that are Latin letters with code points elsewhere, capitals alone.
@@ -101,10 +101,10 @@ constexpr CodeRange kSigns932[] = {
 
 // Keys are a class and a value in it; 0 is the end of the text.
 enum KeyClass : uint32_t {
-  KEY_SIGN = 1U << 24,
-  KEY_DIGIT = 2U << 24,
-  KEY_LATIN = 3U << 24,
-  KEY_OTHER = 4U << 24
+  kKeySign = 1U << 24,
+  kKeyDigit = 2U << 24,
+  kKeyLatin = 3U << 24,
+  kKeyOther = 4U << 24
 };
 
 constexpr size_t kLongestChar = 4;
@@ -122,8 +122,8 @@ struct CollationWalk {
   CollationUnit second;  // of a ligature, to come next; key 0 when there is none
 };
 
-template <size_t COUNT>
-bool IsIn(const CodeRange (&ranges)[COUNT], uint32_t code) {
+template <size_t Count>
+bool IsIn(const CodeRange (&ranges)[Count], uint32_t code) {
   for (const CodeRange &range : ranges) {
     if (code >= range.first && code <= range.last) {
       return true;
@@ -134,15 +134,15 @@ bool IsIn(const CodeRange (&ranges)[COUNT], uint32_t code) {
 
 CollationUnit AsciiUnit(uint8_t byte) {
   if (byte >= 'A' && byte <= 'Z') {
-    return {KEY_LATIN + byte, PLAIN, true};
+    return {kKeyLatin + byte, kPlain, true};
   }
   if (byte >= 'a' && byte <= 'z') {
-    return {KEY_LATIN + byte - ('a' - 'A'), PLAIN, false};
+    return {kKeyLatin + byte - ('a' - 'A'), kPlain, false};
   }
   if (byte >= '0' && byte <= '9') {
-    return {KEY_DIGIT + byte, PLAIN, false};
+    return {kKeyDigit + byte, kPlain, false};
   }
-  return {KEY_SIGN + byte, PLAIN, false};
+  return {kKeySign + byte, kPlain, false};
 }
 
 // The number of the character in `bytes`: the code point in UTF-8, the byte or both bytes of a pair
@@ -196,12 +196,12 @@ CollationUnit LongUnit(const char *text, size_t count, int32_t page, CollationUn
   const uint32_t code = CharCode(small, count, page);
   const LatinLetter *latin = FindLatin(code, count, page);
   if (latin == nullptr) {
-    return {(IsSign(code, count, page) ? KEY_SIGN : KEY_OTHER) + code, PLAIN, capital};
+    return {(IsSign(code, count, page) ? kKeySign : kKeyOther) + code, kPlain, capital};
   }
   if (latin->base[1] != 0) {
-    *second = {KEY_LATIN + static_cast<uint32_t>(latin->base[1]), latin->accent, capital};
+    *second = {kKeyLatin + static_cast<uint32_t>(latin->base[1]), latin->accent, capital};
   }
-  return {KEY_LATIN + static_cast<uint32_t>(latin->base[0]), latin->accent, capital};
+  return {kKeyLatin + static_cast<uint32_t>(latin->base[0]), latin->accent, capital};
 }
 
 CollationUnit NextUnit(CollationWalk *walk) {
@@ -212,7 +212,7 @@ CollationUnit NextUnit(CollationWalk *walk) {
   }
   const auto byte = static_cast<uint8_t>(*walk->text);
   if (byte == 0) {
-    return {0, PLAIN, false};
+    return {0, kPlain, false};
   }
   if (byte < 0x80) {
     ++walk->text;

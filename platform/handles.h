@@ -8,7 +8,7 @@ struct MovableBlock;
 using GlobalHandle = MovableBlock *;
 
 // Movable, with bytes that come new zeroed; the only way in which blocks are asked for here.
-constexpr uint32_t GHND_FLAGS = 66;
+constexpr uint32_t kMovableZeroed = 66;
 
 // A block of `size` zeroed bytes without a lock, or null when there is no memory.
 GlobalHandle GlobalAlloc(uint32_t flags, uint64_t size);

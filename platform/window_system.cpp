@@ -16,9 +16,9 @@ constexpr size_t kRequired = offsetof(OrlWindowSystem, SetEditorHost);
 // True when every required entry of the table leads somewhere. All entries are routines.
 bool IsWhole(const OrlWindowSystem &table) {
   using Entry = void (*)();
-  constexpr size_t first = offsetof(OrlWindowSystem, DialogBoxParam);
-  static_assert((sizeof(OrlWindowSystem) - first) % sizeof(Entry) == 0);
-  for (size_t at = first; at < kRequired; at += sizeof(Entry)) {
+  constexpr size_t kFirst = offsetof(OrlWindowSystem, DialogBoxParam);
+  static_assert((sizeof(OrlWindowSystem) - kFirst) % sizeof(Entry) == 0);
+  for (size_t at = kFirst; at < kRequired; at += sizeof(Entry)) {
     Entry entry = nullptr;
     std::memcpy(&entry, reinterpret_cast<const char *>(&table) + at, sizeof(entry));
     if (entry == nullptr) {

@@ -9,26 +9,26 @@
 namespace {
 
 // clang-format off
-constexpr CaseRun UPPER_1252[] = {
+constexpr CaseRun kUpper1252[] = {
     {0x9A, 0x9E, 2, -0x10},      // š œ ž
     {0xE0, 0xF6, 1, -0x20},      // à to ö
     {0xF8, 0xFE, 1, -0x20},      // ø to þ
     {0xFF, 0xFF, 1, -0x60},      // ÿ
 };
-constexpr CaseRun LOWER_1252[] = {
+constexpr CaseRun kLower1252[] = {
     {0x8A, 0x8E, 2, 0x10},
     {0x9F, 0x9F, 1, 0x60},
     {0xC0, 0xD6, 1, 0x20},
     {0xD8, 0xDE, 1, 0x20},
 };
 
-constexpr CaseRun UPPER_932[] = {
+constexpr CaseRun kUpper932[] = {
     {0x8281, 0x829A, 1, -0x21},  // full-width Latin
     {0x83BF, 0x83D6, 1, -0x20},  // Greek
     {0x8470, 0x847E, 1, -0x30},  // Cyrillic up to n; 7F is no trail byte
     {0x8480, 0x8491, 1, -0x31},  // Cyrillic from o
 };
-constexpr CaseRun LOWER_932[] = {
+constexpr CaseRun kLower932[] = {
     {0x8260, 0x8279, 1, 0x21},
     {0x839F, 0x83B6, 1, 0x20},
     {0x8440, 0x844E, 1, 0x30},
@@ -40,7 +40,7 @@ struct CodeRange {
 };
 
 // Code points that separate words (1252 and UTF-8).
-constexpr CodeRange SEPARATORS[] = {
+constexpr CodeRange kSeparators[] = {
     {0x0000, 0x002F}, {0x003A, 0x0040}, {0x005B, 0x0060}, {0x007B, 0x00A9},
     {0x00AB, 0x00B1}, {0x00B4, 0x00B4}, {0x00B6, 0x00B8}, {0x00BB, 0x00BF},  // all but ª ² ³ µ ¹ º
     {0x00D7, 0x00D7}, {0x00F7, 0x00F7},  // × ÷
@@ -56,7 +56,7 @@ constexpr CodeRange SEPARATORS[] = {
 };
 
 // Characters of 932 that separate words. 8152 to 815B are marks inside words.
-constexpr CodeRange SEPARATORS_932[] = {
+constexpr CodeRange kSeparators932[] = {
     {0x0000, 0x002F}, {0x003A, 0x0040}, {0x005B, 0x0060}, {0x007B, 0x00A5}, {0x00E0, 0x00FF},
     {0x8100, 0x8151}, {0x815C, 0x81FF},
 };
@@ -104,11 +104,11 @@ uint32_t UpperCode(uint32_t code, CodePage page) {
   }
   switch (page) {
     case CodePage::Western:
-      return Mapped(UPPER_1252, code, code);
+      return Mapped(kUpper1252, code, code);
     case CodePage::Japanese:
-      return Mapped(UPPER_932, code, code);
+      return Mapped(kUpper932, code, code);
     case CodePage::Utf8:
-      return Mapped(UPPER_UTF8, code, code);
+      return Mapped(kUpperUtf8, code, code);
   }
   return code;
 }
@@ -119,18 +119,18 @@ uint32_t LowerCode(uint32_t code, CodePage page) {
   }
   switch (page) {
     case CodePage::Western:
-      return Mapped(LOWER_1252, code, code);
+      return Mapped(kLower1252, code, code);
     case CodePage::Japanese:
-      return Mapped(LOWER_932, code, code);
+      return Mapped(kLower932, code, code);
     case CodePage::Utf8:
-      return Mapped(LOWER_UTF8, code, code);
+      return Mapped(kLowerUtf8, code, code);
   }
   return code;
 }
 
 uint32_t TitleCode(uint32_t code, CodePage page) {
   const uint32_t upper = UpperCode(code, page);
-  return page == CodePage::Utf8 && code >= 0x80 ? Mapped(TITLE_UTF8, code, upper) : upper;
+  return page == CodePage::Utf8 && code >= 0x80 ? Mapped(kTitleUtf8, code, upper) : upper;
 }
 
 uint32_t CaselessCode(uint32_t code, CodePage page) {
@@ -151,11 +151,11 @@ void WriteChar(char *target, uint32_t code, CodePage page) {
 bool IsWordCode(uint32_t code, CodePage page) {
   switch (page) {
     case CodePage::Western:
-      return !IsIn(SEPARATORS, CodePointOf1252(static_cast<uint8_t>(code)));
+      return !IsIn(kSeparators, CodePointOf1252(static_cast<uint8_t>(code)));
     case CodePage::Japanese:
-      return !IsIn(SEPARATORS_932, code);
+      return !IsIn(kSeparators932, code);
     case CodePage::Utf8:
-      return !IsIn(SEPARATORS, code);
+      return !IsIn(kSeparators, code);
   }
   return false;
 }

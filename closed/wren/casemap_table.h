@@ -6,7 +6,7 @@
 #include "closed/wren/casemap.h"
 
 // clang-format off
-inline constexpr CaseRun UPPER_UTF8[] = {
+inline constexpr CaseRun kUpperUtf8[] = {
     {0x00B5, 0x00B5, 1, 743},
     {0x00E0, 0x00F6, 1, -32},
     {0x00F8, 0x00FE, 1, -32},
@@ -179,7 +179,7 @@ inline constexpr CaseRun UPPER_UTF8[] = {
     {0x1E922, 0x1E943, 1, -34},
 };
 
-inline constexpr CaseRun LOWER_UTF8[] = {
+inline constexpr CaseRun kLowerUtf8[] = {
     {0x00C0, 0x00D6, 1, 32},
     {0x00D8, 0x00DE, 1, 32},
     {0x0100, 0x012E, 2, 1},
@@ -339,7 +339,7 @@ inline constexpr CaseRun LOWER_UTF8[] = {
     {0x1E900, 0x1E921, 1, 34},
 };
 
-inline constexpr CaseRun TITLE_UTF8[] = {
+inline constexpr CaseRun kTitleUtf8[] = {
     {0x01C4, 0x01C4, 1, 1},
     {0x01C5, 0x01C5, 1, 0},
     {0x01C6, 0x01C6, 1, -1},

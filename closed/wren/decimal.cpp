@@ -71,7 +71,9 @@ inline QuotientRest DivideNarrow(uint64_t high, uint64_t low, uint64_t divisor) 
 Uint128 DivideByNarrow(Uint128 c, uint64_t divisor) {
   const uint64_t high = static_cast<uint64_t>(c >> 64);
   const uint64_t low = static_cast<uint64_t>(c);
-  if (high == 0) return low / divisor;
+  if (high == 0) {
+    return low / divisor;
+  }
   const QuotientRest lower = DivideNarrow(high % divisor, low, divisor);
   return static_cast<Uint128>(high / divisor) << 64 | lower.quotient;
 }
@@ -118,9 +120,13 @@ struct ZeroStep {
 
 constexpr ZeroStep MakeZeroStep(int32_t zeros) {
   Uint128 divisor = 1;
-  for (int32_t i = 0; i < zeros; ++i) divisor *= 5;
+  for (int32_t i = 0; i < zeros; ++i) {
+    divisor *= 5;
+  }
   Uint128 inverse = divisor;  // right in the last three bits; each step doubles them
-  for (int32_t bits = 3; bits < 128; bits *= 2) inverse *= 2 - divisor * inverse;
+  for (int32_t bits = 3; bits < 128; bits *= 2) {
+    inverse *= 2 - divisor * inverse;
+  }
   return {zeros, inverse, ~static_cast<Uint128>(0) / divisor};
 }
 
@@ -132,7 +138,9 @@ constexpr ZeroStep kZeroSteps[] = {MakeZeroStep(16), MakeZeroStep(8), MakeZeroSt
 void StripNarrow(uint64_t *c, int32_t *exponent) {
   while (*exponent < 0) {
     const uint64_t quotient = std::rotr(*c * UINT64_C(0xCCCCCCCCCCCCCCCD), 1);
-    if (quotient > UINT64_MAX / 10) return;
+    if (quotient > UINT64_MAX / 10) {
+      return;
+    }
     *c = quotient;
     ++*exponent;
   }
@@ -179,10 +187,16 @@ int32_t CompareMagnitude(const Decimal &a, const Decimal &b) {
   Uint128 cb = DecimalMagnitude(b);
   const int32_t leadA = DecimalDigitCount(ca) + a.exponent;
   const int32_t leadB = DecimalDigitCount(cb) + b.exponent;
-  if (leadA != leadB) return leadA < leadB ? -1 : 1;
+  if (leadA != leadB) {
+    return leadA < leadB ? -1 : 1;
+  }
   // The same leading place, so the one with the higher exponent has room for the difference.
-  if (a.exponent > b.exponent) ca *= kPowersOfTen.of[a.exponent - b.exponent];
-  if (b.exponent > a.exponent) cb *= kPowersOfTen.of[b.exponent - a.exponent];
+  if (a.exponent > b.exponent) {
+    ca *= kPowersOfTen.of[a.exponent - b.exponent];
+  }
+  if (b.exponent > a.exponent) {
+    cb *= kPowersOfTen.of[b.exponent - a.exponent];
+  }
   return ca < cb ? -1 : (ca > cb ? 1 : 0);
 }
 
@@ -233,8 +247,12 @@ bool DivideNarrowNumbers(Decimal *result, const Decimal &a, const Decimal &b) {
     exponent -= step;
     missing -= step;
   }
-  if (rest >= divisor - rest) quotient++;
-  if (exponent > 0 || exponent < kMinExponent || quotient >= kCoefficientEnd) return false;
+  if (rest >= divisor - rest) {
+    quotient++;
+  }
+  if (exponent > 0 || exponent < kMinExponent || quotient >= kCoefficientEnd) {
+    return false;
+  }
   *result = DecimalOfMagnitude(quotient, exponent, (a.coefficient < 0) != (b.coefficient < 0));
   return true;
 }
@@ -261,7 +279,9 @@ EvenDivisor EvenDivisorOf(uint64_t divisor) {
 // Cuts the digits below 10^place; false when there are none.
 bool CutBelow(Decimal *d, int64_t place) {
   const int64_t drop = place - d->exponent;
-  if (drop <= 0) return false;
+  if (drop <= 0) {
+    return false;
+  }
   if (drop < kPowers) {
     const Uint128 cut = DivideByPower(DecimalMagnitude(*d), drop);
     *d = DecimalOfMagnitude(cut, d->exponent + static_cast<int32_t>(drop), d->coefficient < 0);
@@ -282,7 +302,9 @@ int32_t DecimalDigitCount(Uint128 c) {
 }
 
 Uint128 DecimalDropDigits(Uint128 c, int64_t drop) {
-  if (drop >= kPowers) return 0;  // 2^128 is less than half of 10^39
+  if (drop >= kPowers) {
+    return 0;  // 2^128 is less than half of 10^39
+  }
   // All but one of the digits are cut, not rounded: that changes nothing of which half it is.
   return DivideByNarrow(DivideByPower(c, drop - 1) + 5, 10);
 }
@@ -290,7 +312,9 @@ Uint128 DecimalDropDigits(Uint128 c, int64_t drop) {
 int32_t DecimalWriteDigits(Uint128 c, char *target) {
   constexpr int32_t kChunk = 19;  // digits that 64 bits hold
   int32_t left = DecimalDigitCount(c);
-  if (left == 0) left = 1;
+  if (left == 0) {
+    left = 1;
+  }
   const int32_t count = left;
   while (left > 0) {
     const Uint128 rest = DivideByPower(c, kChunk);
@@ -304,11 +328,15 @@ int32_t DecimalWriteDigits(Uint128 c, char *target) {
 }
 
 bool DecimalRounded(Decimal *result, Uint128 c, int32_t exponent, bool negative) {
-  if (c >= kCoefficientEnd || exponent < kMinExponent) RoundToForm(&c, &exponent);
+  if (c >= kCoefficientEnd || exponent < kMinExponent) {
+    RoundToForm(&c, &exponent);
+  }
   if (c == 0) {
     exponent = 0;
   } else {
-    for (; exponent > 0 && c < kFullCoefficient; --exponent) c *= 10;
+    for (; exponent > 0 && c < kFullCoefficient; --exponent) {
+      c *= 10;
+    }
   }
   *result = DecimalOfMagnitude(c, exponent, negative);
   return exponent <= kMaxExponent;
@@ -359,7 +387,9 @@ bool DecimalDivide(Decimal *result, const Decimal &a, const Decimal &b) {
     *result = {};
     return true;
   }
-  if (!DecimalIsNarrow(a) || !DecimalIsNarrow(b)) return DivideWide(result, a, b);
+  if (!DecimalIsNarrow(a) || !DecimalIsNarrow(b)) {
+    return DivideWide(result, a, b);
+  }
   const EvenDivisor even = EvenDivisorOf(static_cast<uint64_t>(DecimalMagnitude(b)));
   if (even.factor != 0) {
     const Int128 scaled = static_cast<Int128>(static_cast<int64_t>(a.coefficient)) *
@@ -389,9 +419,13 @@ void DecimalStripZeros(Decimal *d) {
   }
   for (const ZeroStep &step : kZeroSteps) {
     const Uint128 mask = (static_cast<Uint128>(1) << step.zeros) - 1;
-    if (-exponent < step.zeros || (c & mask) != 0) continue;
+    if (-exponent < step.zeros || (c & mask) != 0) {
+      continue;
+    }
     const Uint128 quotient = (c >> step.zeros) * step.inverse;
-    if (quotient > step.bound) continue;
+    if (quotient > step.bound) {
+      continue;
+    }
     c = quotient;
     exponent += step.zeros;
   }
@@ -400,7 +434,9 @@ void DecimalStripZeros(Decimal *d) {
 
 void DecimalStoreAny(NumberValue *result, const Decimal &number) {
   Decimal d = number;
-  if (d.exponent < 0 && DecimalEndsInZero(DecimalMagnitude(d))) DecimalStripZeros(&d);
+  if (d.exponent < 0 && DecimalEndsInZero(DecimalMagnitude(d))) {
+    DecimalStripZeros(&d);
+  }
   DecimalPack(result, d.exponent, d.coefficient < 0, DecimalMagnitude(d));
 }
 
@@ -436,7 +472,9 @@ int32_t DecimalCompare(const Decimal &a, const Decimal &b) {
   }
   const int32_t signA = a.coefficient == 0 ? 0 : (a.coefficient < 0 ? -1 : 1);
   const int32_t signB = b.coefficient == 0 ? 0 : (b.coefficient < 0 ? -1 : 1);
-  if (signA != signB) return signA < signB ? -1 : 1;
+  if (signA != signB) {
+    return signA < signB ? -1 : 1;
+  }
   return signA == 0 ? 0 : signA * CompareMagnitude(a, b);
 }
 
@@ -444,6 +482,8 @@ int32_t DecimalToInt(const Decimal &d) {
   Decimal whole = d;
   CutBelow(&whole, 0);
   // Above exponent 0 all 26 digits are there, far beyond 32 bits.
-  if (whole.coefficient < INT32_MIN) return INT32_MIN;
+  if (whole.coefficient < INT32_MIN) {
+    return INT32_MIN;
+  }
   return whole.coefficient > INT32_MAX ? INT32_MAX : static_cast<int32_t>(whole.coefficient);
 }

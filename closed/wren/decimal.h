@@ -50,14 +50,14 @@ constexpr int32_t kMaxExponent = 127;
 constexpr int32_t kPowers = 39;    // powers of ten that 128 bits hold: 10^0 to 10^38
 constexpr int32_t kPowers64 = 20;  // powers of ten that 64 bits hold
 
-template <class Number, int32_t count>
+template <class Number, int32_t Count>
 struct PowerTable {
-  Number of[count];
+  Number of[Count];
 };
 
-template <class Number, int32_t count>
-constexpr PowerTable<Number, count> MakePowersOf(Number base) {
-  PowerTable<Number, count> table{};
+template <class Number, int32_t Count>
+constexpr PowerTable<Number, Count> MakePowersOf(Number base) {
+  PowerTable<Number, Count> table{};
   Number power = 1;
   for (Number &entry : table.of) {
     entry = power;
@@ -136,13 +136,17 @@ inline uint64_t DecimalTenth(uint64_t c) {
 inline bool DecimalEndsInZero(Uint128 c) {
   const uint64_t low = static_cast<uint64_t>(c);
   const uint64_t high = static_cast<uint64_t>(c >> 64);
-  if (high == 0) return DecimalTenth(low) <= kTenthBound;
+  if (high == 0) {
+    return DecimalTenth(low) <= kTenthBound;
+  }
   const uint64_t sum = low + high;
   return (low & 1) == 0 && (sum + (sum < low ? 1 : 0)) % 5 == 0;
 }
 
 inline void DecimalStoreNull(NumberValue *result) {
-  if (result != nullptr) std::memset(result, 0, sizeof *result);
+  if (result != nullptr) {
+    std::memset(result, 0, sizeof *result);
+  }
 }
 
 // Writes the bytes of a number in its canonical form.
@@ -150,7 +154,9 @@ inline void DecimalPack(NumberValue *result, int32_t exponent, bool negative, Ui
   const uint64_t low = static_cast<uint64_t>(c);
   const uint32_t head = static_cast<uint8_t>(exponent) | static_cast<uint32_t>(c >> 64) << 8 |
                         static_cast<uint32_t>(negative) << 31;
-  if (result == nullptr) return;
+  if (result == nullptr) {
+    return;
+  }
   result->length = kNumberLength;
   std::memcpy(result->payload, &head, sizeof head);
   std::memcpy(result->payload + 4, &low, sizeof low);
@@ -204,14 +210,20 @@ inline bool DecimalUnpack(uint32_t head, uint64_t low, Decimal *d) {
   const bool negative = head >> 31 != 0;
   const Uint128 c = static_cast<Uint128>(head << 1 >> 9) << 64 | low;
   *d = DecimalOfMagnitude(c, exponent, negative);
-  if (c >= kCoefficientEnd) return false;
-  if (exponent > 0) return c >= kFullCoefficient;
+  if (c >= kCoefficientEnd) {
+    return false;
+  }
+  if (exponent > 0) {
+    return c >= kFullCoefficient;
+  }
   return !(negative && c == 0) && (exponent == 0 || !DecimalEndsInZero(c));
 }
 
 // Unpacks a number; false for null and for everything that is not a canonical number.
 inline bool DecimalLoad(const NumberValue *value, Decimal *d) {
-  if (value == nullptr || value->length != kNumberLength) return false;
+  if (value == nullptr || value->length != kNumberLength) {
+    return false;
+  }
   uint32_t head = 0;
   uint64_t low = 0;
   std::memcpy(&head, value->payload, sizeof head);
@@ -230,7 +242,9 @@ inline bool DecimalFits(Int128 coefficient) {
 inline bool NarrowAdd(NarrowDecimal *result, NarrowDecimal a, NarrowDecimal b) {
   constexpr int32_t kMostShift = 18;  // 10^18 is below 2^63
   const int32_t gap = a.exponent - b.exponent;
-  if (gap > kMostShift || gap < -kMostShift) return false;
+  if (gap > kMostShift || gap < -kMostShift) {
+    return false;
+  }
   const int32_t shiftA = gap > 0 ? gap : 0;
   const int32_t shiftB = gap < 0 ? -gap : 0;
   const int64_t powerA = static_cast<int64_t>(kPowersOfTen64.of[shiftA]);

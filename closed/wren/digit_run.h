@@ -15,7 +15,9 @@ struct DigitRun {
 inline void DigitRunAdd(DigitRun *run, char digit, bool fraction) {
   if (run->coefficient < kPowersOfTen.of[kPowers - 2]) {
     run->coefficient = run->coefficient * 10 + static_cast<Uint128>(digit - '0');
-    if (fraction) run->exponent -= 1;
+    if (fraction) {
+      run->exponent -= 1;
+    }
   } else if (!fraction) {
     run->exponent += 1;
   }
@@ -26,8 +28,12 @@ inline void DigitRunFinish(NumberValue *result, const DigitRun &run, int64_t exp
                            bool negative) {
   constexpr int64_t kBeyond = 1000;  // far outside of the form in either direction
   int64_t place = run.exponent + exponent;
-  if (place > kBeyond) place = kBeyond;
-  if (place < -kBeyond) place = -kBeyond;
+  if (place > kBeyond) {
+    place = kBeyond;
+  }
+  if (place < -kBeyond) {
+    place = -kBeyond;
+  }
   Decimal d = {};
   if (DecimalRounded(&d, run.coefficient, static_cast<int32_t>(place), negative)) {
     DecimalStore(result, d);

@@ -67,7 +67,9 @@ int32_t WRENNumCompare(const NumberValue *left, const NumberValue *right) {
   Decimal b = {};
   const bool haveA = DecimalLoad(left, &a);
   const bool haveB = DecimalLoad(right, &b);
-  if (!haveA || !haveB) return (haveA ? 1 : 0) - (haveB ? 1 : 0);
+  if (!haveA || !haveB) {
+    return (haveA ? 1 : 0) - (haveB ? 1 : 0);
+  }
   return DecimalCompare(a, b);
 }
 

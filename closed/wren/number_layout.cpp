@@ -6,7 +6,9 @@
 
 bool NumberDigitsOf(const NumberValue *value, NumberDigits *digits) {
   Decimal d = {};
-  if (!DecimalLoad(value, &d)) return false;
+  if (!DecimalLoad(value, &d)) {
+    return false;
+  }
   const int32_t count = DecimalWriteDigits(DecimalMagnitude(d), digits->digits);
   digits->count = d.coefficient == 0 ? 0 : count;
   digits->exponent = d.exponent;
@@ -16,7 +18,9 @@ bool NumberDigitsOf(const NumberValue *value, NumberDigits *digits) {
 
 char NumberDigitAt(const NumberDigits &digits, int32_t place) {
   const int32_t fromLast = place - digits.exponent;
-  if (fromLast < 0 || fromLast >= digits.count) return '0';
+  if (fromLast < 0 || fromLast >= digits.count) {
+    return '0';
+  }
   return digits.digits[digits.count - 1 - fromLast];
 }
 
@@ -53,16 +57,24 @@ const Country &NumberCountryFor(const FormatRecord &record) {
 }
 
 NumberMarks NumberMarksOf(const FormatRecord &record, const Country &country) {
-  if (record.useCountry != 0) return NumberMarksOfCountry(country);
+  if (record.useCountry != 0) {
+    return NumberMarksOfCountry(country);
+  }
   const char decimal = record.decimalSeparator != 0 ? record.decimalSeparator : '.';
   return {{decimal}, {record.thousandsSeparator}, {3, 3, 3, 3}};
 }
 
 bool NumberGroupEnds(const NumberMarks &marks, int64_t digits) {
-  if (marks.thousands[0] == 0 || digits <= 0) return false;
+  if (marks.thousands[0] == 0 || digits <= 0) {
+    return false;
+  }
   for (const uint8_t size : marks.grouping) {
-    if (size == 0 || digits < size) return false;
-    if (digits == size) return true;
+    if (size == 0 || digits < size) {
+      return false;
+    }
+    if (digits == size) {
+      return true;
+    }
     digits -= size;
   }
   return digits % marks.grouping[3] == 0;
@@ -77,13 +89,17 @@ void NumberPutByte(NumberText *target, char byte) {
 }
 
 void NumberPutText(NumberText *target, const char *text) {
-  for (; *text != 0; ++text) NumberPutByte(target, *text);
+  for (; *text != 0; ++text) {
+    NumberPutByte(target, *text);
+  }
 }
 
 void NumberPutInteger(NumberText *target, const NumberDigits &digits, int32_t place,
                       const NumberMarks &marks) {
   NumberPutByte(target, NumberDigitAt(digits, place));
-  if (NumberGroupEnds(marks, place)) NumberPutText(target, marks.thousands);
+  if (NumberGroupEnds(marks, place)) {
+    NumberPutText(target, marks.thousands);
+  }
 }
 
 int32_t NumberTextEnd(NumberText *target) {

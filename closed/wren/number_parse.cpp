@@ -28,12 +28,16 @@ bool IsDigit(char c) {
 // Bytes of the blank at the address, 0 when there is none. The no-break blanks are what some
 // countries write between groups, and what other programs put in front of a currency sign.
 size_t BlankBytes(const char *text) {
-  if (*text == ' ') return 1;
+  if (*text == ' ') {
+    return 1;
+  }
   switch (CodePageNow()) {
     case CodePage::Western:
       return *text == '\xA0' ? 1 : 0;
     case CodePage::Utf8:
-      if (std::strncmp(text, "\xC2\xA0", 2) == 0) return 2;
+      if (std::strncmp(text, "\xC2\xA0", 2) == 0) {
+        return 2;
+      }
       return std::strncmp(text, "\xE2\x80\xAF", 3) == 0 ? 3 : 0;
     case CodePage::Japanese:
       break;
@@ -50,7 +54,9 @@ size_t MarkBytes(const char *text, const char *mark) {
 // Bytes of a thousands separator with a digit behind it. One kind of blank stands for any other.
 size_t SeparatorBytes(const NumberReader &reader, const char *text) {
   const char *mark = reader.marks.thousands;
-  if (*mark == 0) return 0;
+  if (*mark == 0) {
+    return 0;
+  }
   const size_t length = BlankBytes(mark) != 0 ? BlankBytes(text) : MarkBytes(text, mark);
   return length != 0 && IsDigit(text[length]) ? length : 0;
 }
@@ -77,7 +83,9 @@ void ReadAround(NumberReader *reader, char parenthesis) {
       length = MarkBytes(at, reader->currencySign);
       reader->hasCurrency = length != 0;
     }
-    if (length == 0) return;
+    if (length == 0) {
+      return;
+    }
     reader->at += length;
   }
 }
@@ -91,15 +99,21 @@ int64_t ReadInteger(NumberReader *reader, DigitRun *run) {
   while (IsDigit(*end) || (total > 0 && SeparatorBytes(*reader, end) != 0)) {
     const size_t separator = IsDigit(*end) ? 0 : SeparatorBytes(*reader, end);
     grouped = grouped || separator != 0;
-    if (separator == 0) ++total;
+    if (separator == 0) {
+      ++total;
+    }
     end += separator != 0 ? separator : 1;
   }
   for (int64_t left = total; reader->at != end;) {
     DigitRunAdd(run, *reader->at++, false);
     --left;
     const size_t separator = IsDigit(*reader->at) ? 0 : SeparatorBytes(*reader, reader->at);
-    if (grouped && (separator != 0 && left > 0) != NumberGroupEnds(reader->marks, left)) return -1;
-    if (left > 0) reader->at += separator;
+    if (grouped && (separator != 0 && left > 0) != NumberGroupEnds(reader->marks, left)) {
+      return -1;
+    }
+    if (left > 0) {
+      reader->at += separator;
+    }
   }
   return total;
 }
@@ -107,11 +121,15 @@ int64_t ReadInteger(NumberReader *reader, DigitRun *run) {
 // Reads the digits with their separators; false when they are misplaced or missing.
 bool ReadDigits(NumberReader *reader, DigitRun *run) {
   int64_t count = ReadInteger(reader, run);
-  if (count < 0) return false;
+  if (count < 0) {
+    return false;
+  }
   const size_t point = MarkBytes(reader->at, reader->marks.decimal);
   if (point != 0) {
     reader->at += point;
-    for (; IsDigit(*reader->at); ++count) DigitRunAdd(run, *reader->at++, true);
+    for (; IsDigit(*reader->at); ++count) {
+      DigitRunAdd(run, *reader->at++, true);
+    }
   }
   return count > 0;
 }
@@ -126,13 +144,21 @@ bool ReadNumber(NumberValue *result, const char *text, const NumberMarks &marks,
   reader.currencySign = currencySign;
   DigitRun run = {};
   ReadAround(&reader, '(');
-  if (!ReadDigits(&reader, &run)) return false;
+  if (!ReadDigits(&reader, &run)) {
+    return false;
+  }
   ReadAround(&reader, ')');
-  if (*reader.at != 0 || reader.inParentheses) return false;
-  if (moneyOnly && !reader.hasCurrency) return false;
+  if (*reader.at != 0 || reader.inParentheses) {
+    return false;
+  }
+  if (moneyOnly && !reader.hasCurrency) {
+    return false;
+  }
   NumberValue value = {};
   DigitRunFinish(&value, run, 0, reader.negative);
-  if (WRENNumIsNull(&value) != 0) return false;
+  if (WRENNumIsNull(&value) != 0) {
+    return false;
+  }
   *result = value;
   return true;
 }
@@ -140,8 +166,12 @@ bool ReadNumber(NumberValue *result, const char *text, const NumberMarks &marks,
 }  // namespace
 
 int32_t ParseNumberBy(FormatRecord *record, const Country &country) {
-  if (record->input == nullptr) return 0;
-  if (record->mode < WREN_FMT_NUMBER || record->mode > WREN_FMT_PICTURE) return 0;
+  if (record->input == nullptr) {
+    return 0;
+  }
+  if (record->mode < WREN_FMT_NUMBER || record->mode > WREN_FMT_PICTURE) {
+    return 0;
+  }
   NumberValue *number = &record->number;
   const char *text = record->input;
   if (record->useCountry == 0) {

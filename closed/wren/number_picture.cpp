@@ -53,8 +53,12 @@ struct Picture {
 PictureItem ReadQuoted(const char **cursor, CodePage page) {
   const char quote = **cursor;
   const char *start = ++*cursor;
-  while (**cursor != 0 && **cursor != quote) *cursor += CharBytes(*cursor, page);
-  if (**cursor == 0) return {Item::Bad, nullptr, 0};
+  while (**cursor != 0 && **cursor != quote) {
+    *cursor += CharBytes(*cursor, page);
+  }
+  if (**cursor == 0) {
+    return {Item::Bad, nullptr, 0};
+  }
   return {Item::Literal, start, static_cast<size_t>((*cursor)++ - start)};
 }
 
@@ -69,8 +73,12 @@ bool StandsForItself(char byte) {
 
 PictureItem ReadItem(const char **cursor, CodePage page) {
   const char *start = *cursor;
-  if (*start == '"' || *start == '\'') return ReadQuoted(cursor, page);
-  if (*start == 0) return {Item::End, start, 0};
+  if (*start == '"' || *start == '\'') {
+    return ReadQuoted(cursor, page);
+  }
+  if (*start == 0) {
+    return {Item::End, start, 0};
+  }
   if (*start == '\\') {
     const size_t escaped = CharBytes(++start, page);
     *cursor = start + escaped;
@@ -100,10 +108,14 @@ PictureItem ReadItem(const char **cursor, CodePage page) {
 void CountPlace(PictureSection *section, bool zero) {
   if (section->hasPoint) {
     section->fractionPlaces += 1;
-    if (zero) section->fractionZeros = section->fractionPlaces;
+    if (zero) {
+      section->fractionZeros = section->fractionPlaces;
+    }
   } else {
     section->integerPlaces += 1;
-    if (zero || section->integerZeros > 0) section->integerZeros += 1;
+    if (zero || section->integerZeros > 0) {
+      section->integerZeros += 1;
+    }
   }
 }
 
@@ -119,19 +131,27 @@ Item ReadSection(const char **cursor, CodePage page, PictureSection *section) {
         CountPlace(section, kind == Item::Zero);
         groupOpen = false;
         // More places than a text has characters help nobody, and counts stay small.
-        if (section->integerPlaces + section->fractionPlaces >= kNumberTextRoom) return Item::Bad;
+        if (section->integerPlaces + section->fractionPlaces >= kNumberTextRoom) {
+          return Item::Bad;
+        }
         break;
       case Item::Group:
-        if (section->hasPoint || section->integerPlaces == 0) return Item::Bad;
+        if (section->hasPoint || section->integerPlaces == 0) {
+          return Item::Bad;
+        }
         groupOpen = true;
         section->grouped = true;
         break;
       case Item::Point:
-        if (section->hasPoint || groupOpen) return Item::Bad;
+        if (section->hasPoint || groupOpen) {
+          return Item::Bad;
+        }
         section->hasPoint = true;
         break;
       case Item::Percent:
-        if (section->percent) return Item::Bad;
+        if (section->percent) {
+          return Item::Bad;
+        }
         section->percent = true;
         break;
       case Item::Literal:
@@ -151,7 +171,9 @@ bool HasPlaces(const PictureSection &section) {
 
 bool ReadPicture(const char *text, CodePage page, Picture *picture) {
   *picture = {};
-  if (text == nullptr) return false;
+  if (text == nullptr) {
+    return false;
+  }
   Item ending = Item::NextSection;
   while (ending == Item::NextSection && picture->count < kSections) {
     ending = ReadSection(&text, page, &picture->section[picture->count++]);
@@ -167,9 +189,15 @@ void PutIntegerPlace(NumberText *target, const PictureSection &section, const Nu
   const int32_t present = NumberIntegerPlaces(digits);
   const int32_t shown = present > section.integerZeros ? present : section.integerZeros;
   int32_t first = place;
-  if (place == section.integerPlaces - 1 && shown > section.integerPlaces) first = shown - 1;
-  if (place >= shown) return;
-  for (; first >= place; --first) NumberPutInteger(target, digits, first, marks);
+  if (place == section.integerPlaces - 1 && shown > section.integerPlaces) {
+    first = shown - 1;
+  }
+  if (place >= shown) {
+    return;
+  }
+  for (; first >= place; --first) {
+    NumberPutInteger(target, digits, first, marks);
+  }
 }
 
 // Where the number stands while a section is written.
@@ -197,7 +225,9 @@ void PutItem(NumberText *target, const PictureSection &section, const NumberDigi
           NumberPutInteger(target, digits, place, marks);
         }
       }
-      if (fraction > 0) NumberPutText(target, marks.decimal);
+      if (fraction > 0) {
+        NumberPutText(target, marks.decimal);
+      }
       break;
     case Item::Percent:
       NumberPutByte(target, '%');
@@ -218,12 +248,16 @@ void PutItem(NumberText *target, const PictureSection &section, const NumberDigi
 void PutSection(NumberText *target, const PictureSection &section, const NumberDigits &digits,
                 const NumberMarks &marks, CodePage page) {
   NumberMarks used = marks;
-  if (!section.grouped) used.thousands[0] = 0;
+  if (!section.grouped) {
+    used.thousands[0] = 0;
+  }
   PictureCursor cursor = {section.integerPlaces, 0};
   const char *at = section.start;
   while (!target->tooLong) {
     const PictureItem item = ReadItem(&at, page);
-    if (item.kind == Item::End || item.kind == Item::NextSection) return;
+    if (item.kind == Item::End || item.kind == Item::NextSection) {
+      return;
+    }
     PutItem(target, section, digits, used, item, &cursor);
   }
 }
@@ -232,9 +266,15 @@ void PutSection(NumberText *target, const PictureSection &section, const NumberD
 bool DigitsFor(const PictureSection &section, const NumberValue &number, NumberDigits *digits) {
   const int32_t scale = section.percent ? 2 : 0;
   NumberValue rounded = number;
-  if (HasPlaces(section)) WRENNumRound(&rounded, &number, section.fractionPlaces + scale);
-  if (!NumberDigitsOf(&rounded, digits)) return false;
-  if (digits->count > 0) digits->exponent += scale;
+  if (HasPlaces(section)) {
+    WRENNumRound(&rounded, &number, section.fractionPlaces + scale);
+  }
+  if (!NumberDigitsOf(&rounded, digits)) {
+    return false;
+  }
+  if (digits->count > 0) {
+    digits->exponent += scale;
+  }
   return true;
 }
 
@@ -248,17 +288,25 @@ int32_t WRENFmtCheckNumberPicture(FormatRecord *record) {
 int32_t WriteByNumberPicture(const FormatRecord &record, const Country &country) {
   const CodePage page = CodePageNow();
   Picture picture;
-  if (!ReadPicture(record.numberPicture, page, &picture)) return 0;
+  if (!ReadPicture(record.numberPicture, page, &picture)) {
+    return 0;
+  }
   NumberDigits digits = {};
-  if (!NumberDigitsOf(&record.number, &digits)) return 1;  // null is the empty text
+  if (!NumberDigitsOf(&record.number, &digits)) {
+    return 1;  // null is the empty text
+  }
 
   const PictureSection *section = &picture.section[digits.negative && picture.count > 1 ? 1 : 0];
-  if (!DigitsFor(*section, record.number, &digits)) return 0;
+  if (!DigitsFor(*section, record.number, &digits)) {
+    return 0;
+  }
   if (digits.count == 0) {  // zero, perhaps by rounding
     section = &picture.section[picture.count == kSections ? 2 : 0];
   }
   NumberText text = {record.output, 0, false};
-  if (digits.negative && section == picture.section) NumberPutByte(&text, '-');
+  if (digits.negative && section == picture.section) {
+    NumberPutByte(&text, '-');
+  }
   PutSection(&text, *section, digits, NumberMarksOf(record, country), page);
   return NumberTextEnd(&text);
 }

@@ -22,11 +22,17 @@ bool ReadExponent(const char **cursor, int64_t *exponent) {
   constexpr int64_t kEnough = INT64_C(1) << 40;  // more than any text has digits
   const char *c = *cursor + 1;
   const bool negative = *c == '-';
-  if (*c == '-' || *c == '+') ++c;
-  if (!IsDigit(*c)) return false;
+  if (*c == '-' || *c == '+') {
+    ++c;
+  }
+  if (!IsDigit(*c)) {
+    return false;
+  }
   int64_t value = 0;
   for (; IsDigit(*c); ++c) {
-    if (value < kEnough) value = value * 10 + (*c - '0');
+    if (value < kEnough) {
+      value = value * 10 + (*c - '0');
+    }
   }
   *exponent = negative ? -value : value;
   *cursor = c;
@@ -37,11 +43,15 @@ bool ReadExponent(const char **cursor, int64_t *exponent) {
 bool ReadDigits(const char **cursor, DigitRun *run) {
   const char *c = *cursor;
   const char *digits = c;
-  for (; IsDigit(*c); ++c) DigitRunAdd(run, *c, false);
+  for (; IsDigit(*c); ++c) {
+    DigitRunAdd(run, *c, false);
+  }
   int64_t count = c - digits;
   if (*c == '.') {
     digits = ++c;
-    for (; IsDigit(*c); ++c) DigitRunAdd(run, *c, true);
+    for (; IsDigit(*c); ++c) {
+      DigitRunAdd(run, *c, true);
+    }
     count += c - digits;
   }
   *cursor = c;
@@ -49,7 +59,9 @@ bool ReadDigits(const char **cursor, DigitRun *run) {
 }
 
 const char *SkipBlanks(const char *c) {
-  while (*c == ' ') ++c;
+  while (*c == ' ') {
+    ++c;
+  }
   return c;
 }
 
@@ -58,11 +70,19 @@ bool ReadNumber(NumberValue *result, const char *text) {
   const char *c = SkipBlanks(text);
   DigitRun run = {};
   const bool negative = *c == '-';
-  if (*c == '-' || *c == '+') ++c;
-  if (!ReadDigits(&c, &run)) return false;
+  if (*c == '-' || *c == '+') {
+    ++c;
+  }
+  if (!ReadDigits(&c, &run)) {
+    return false;
+  }
   int64_t exponent = 0;
-  if ((*c == 'e' || *c == 'E') && !ReadExponent(&c, &exponent)) return false;
-  if (*SkipBlanks(c) != 0) return false;
+  if ((*c == 'e' || *c == 'E') && !ReadExponent(&c, &exponent)) {
+    return false;
+  }
+  if (*SkipBlanks(c) != 0) {
+    return false;
+  }
   DigitRunFinish(result, run, exponent, negative);
   return true;
 }
@@ -79,8 +99,12 @@ void WRENNumFromLong(NumberValue *result, int64_t source) {
 
 void WRENNumFromText(NumberValue *result, const char *source) {
   NumberValue value = {};
-  if (source != nullptr && !ReadNumber(&value, source)) DecimalStoreNull(&value);
-  if (result != nullptr) *result = value;
+  if (source != nullptr && !ReadNumber(&value, source)) {
+    DecimalStoreNull(&value);
+  }
+  if (result != nullptr) {
+    *result = value;
+  }
 }
 
 int32_t WRENNumToText(const NumberValue *value, int32_t size, char *buffer) {
@@ -90,10 +114,14 @@ int32_t WRENNumToText(const NumberValue *value, int32_t size, char *buffer) {
   size_t length = 0;
   NumberDigits digits;
   if (NumberDigitsOf(value, &digits)) {
-    if (digits.negative) text[length++] = '-';
+    if (digits.negative) {
+      text[length++] = '-';
+    }
     const int32_t last = -NumberFractionPlaces(digits);
     for (int32_t place = std::max(NumberIntegerPlaces(digits), 1) - 1; place >= last; --place) {
-      if (place == -1) text[length++] = '.';
+      if (place == -1) {
+        text[length++] = '.';
+      }
       text[length++] = NumberDigitAt(digits, place);
     }
   }
@@ -123,7 +151,9 @@ void WRENNumToDouble(const NumberValue *value, double *out) {
                                             1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
   Decimal d = {};
   double magnitude = 0;
-  if (out == nullptr) return;
+  if (out == nullptr) {
+    return;
+  }
   if (!DecimalLoad(value, &d)) {
     *out = 0;
     return;

@@ -149,12 +149,19 @@ typedef struct {
   uint16_t subClass; /* not 0, mode 1: the subClass that the input item must have */
 } ParamRecord;
 
+/* The name of a routine. C++ has it const, where a literal is nothing else. */
+#ifdef __cplusplus
+typedef const char *OrlRoutineName;
+#else
+typedef char *OrlRoutineName;
+#endif
+
 /* A function, an input item or a keyword, as the host declares it. The parameter records of a
  * function follow the record directly: see ORL_EXPR_ITEM_WITH. */
 typedef struct {
-  int16_t kind;       /* ORL_FUNCTION, ORL_INPUT or ORL_KEYWORD */
-  int16_t dataType;   /* of a function its result */
-  char *routineName;  /* may be null; the context keeps a copy */
+  int16_t kind;               /* ORL_FUNCTION, ORL_INPUT or ORL_KEYWORD */
+  int16_t dataType;           /* of a function its result */
+  OrlRoutineName routineName; /* may be null; the context keeps a copy */
   void *routine;      /* OrlFunctionProc or OrlValueProc; null: the context's lookup is asked */
   char name[65];      /* as formulas write it, at most 64 bytes */
   int16_t paramCount; /* functions: parameter records; negative: written without parentheses, with

@@ -35,7 +35,9 @@ struct Dfa {
 
 Nfa NfaOfRules(int32_t *start) {
   Definitions definitions;
-  for (const TokenDefinition &row : kTokenDefinitions) definitions[row.name] = row.pattern;
+  for (const TokenDefinition &row : kTokenDefinitions) {
+    definitions[row.name] = row.pattern;
+  }
   Nfa nfa;
   nfa.states.emplace_back();
   *start = 0;
@@ -51,12 +53,18 @@ void FindByteClasses(const Nfa &nfa, Dfa &dfa) {
   std::map<std::vector<bool>, size_t> known;
   for (size_t byte = 0; byte < 256; byte++) {
     std::vector<bool> membership;
-    for (const NfaState &state : nfa.states) membership.push_back(state.bytes[byte]);
+    for (const NfaState &state : nfa.states) {
+      membership.push_back(state.bytes[byte]);
+    }
     const auto [place, isNew] = known.emplace(membership, known.size());
     dfa.classOf[byte] = static_cast<uint8_t>(place->second);
-    if (isNew) dfa.sample.push_back(static_cast<uint8_t>(byte));
+    if (isNew) {
+      dfa.sample.push_back(static_cast<uint8_t>(byte));
+    }
   }
-  if (dfa.sample.size() > kMaxByteClasses) throw std::runtime_error("too many byte classes");
+  if (dfa.sample.size() > kMaxByteClasses) {
+    throw std::runtime_error("too many byte classes");
+  }
 }
 
 // What is reached from the states freely, in ascending order.
@@ -66,7 +74,9 @@ Row Closure(const Nfa &nfa, Row states) {
   while (!states.empty()) {
     const int32_t state = states.back();
     states.pop_back();
-    if (seen[static_cast<size_t>(state)]) continue;
+    if (seen[static_cast<size_t>(state)]) {
+      continue;
+    }
     seen[static_cast<size_t>(state)] = true;
     result.push_back(state);
     const Row &targets = nfa.states[static_cast<size_t>(state)].freeTargets;
@@ -80,7 +90,9 @@ DfaState FactsOf(const Nfa &nfa, const Row &set) {
   DfaState result;
   for (const int32_t member : set) {
     const NfaState &state = nfa.states[static_cast<size_t>(member)];
-    if (state.rule >= 0) result.rules.push_back(state.rule);
+    if (state.rule >= 0) {
+      result.rules.push_back(state.rule);
+    }
     result.mark = result.mark || state.mark;
   }
   std::sort(result.rules.begin(), result.rules.end());
@@ -91,7 +103,9 @@ Row Step(const Nfa &nfa, const Row &set, uint8_t byte) {
   Row targets;
   for (const int32_t member : set) {
     const NfaState &state = nfa.states[static_cast<size_t>(member)];
-    if (state.bytes[byte]) targets.push_back(state.byteTarget);
+    if (state.bytes[byte]) {
+      targets.push_back(state.byteTarget);
+    }
   }
   return Closure(nfa, targets);
 }
@@ -102,7 +116,9 @@ void BuildStates(const Nfa &nfa, int32_t start, Dfa &dfa) {
   std::vector<Row> sets;
   const auto numberOf = [&](const Row &set) {
     const auto [place, isNew] = known.emplace(set, static_cast<int32_t>(sets.size()));
-    if (isNew) sets.push_back(set);
+    if (isNew) {
+      sets.push_back(set);
+    }
     return place->second;
   };
   numberOf(Closure(nfa, {start}));
@@ -124,13 +140,17 @@ std::vector<int32_t> FindGroups(const std::vector<DfaState> &states) {
     std::vector<int32_t> refined;
     for (const DfaState &state : states) {
       Row next;
-      for (const int32_t target : state.next) next.push_back(groupOf[static_cast<size_t>(target)]);
+      for (const int32_t target : state.next) {
+        next.push_back(groupOf[static_cast<size_t>(target)]);
+      }
       const auto number = static_cast<int32_t>(known.size());
       refined.push_back(
           known.emplace(std::tuple(state.rules, state.mark, next), number).first->second);
     }
     groupOf = refined;
-    if (known.size() == count) return groupOf;
+    if (known.size() == count) {
+      return groupOf;
+    }
     count = known.size();
   }
 }
@@ -147,25 +167,35 @@ void MergeStates(Dfa &dfa) {
   };
   const auto last = *std::max_element(groupOf.begin(), groupOf.end());
   for (size_t state = 0; state < dfa.states.size(); state++) {
-    if (!isDead(state)) continue;
+    if (!isDead(state)) {
+      continue;
+    }
     const int32_t dead = groupOf[state];
-    for (int32_t &group : groupOf) group = group == dead ? last : group == last ? dead : group;
+    for (int32_t &group : groupOf) {
+      group = group == dead ? last : group == last ? dead : group;
+    }
     break;
   }
   std::vector<DfaState> merged(static_cast<size_t>(last) + 1);
   for (size_t state = 0; state < dfa.states.size(); state++) {
     DfaState facts = dfa.states[state];
-    for (int32_t &target : facts.next) target = groupOf[static_cast<size_t>(target)];
+    for (int32_t &target : facts.next) {
+      target = groupOf[static_cast<size_t>(target)];
+    }
     merged[static_cast<size_t>(groupOf[state])] = facts;
   }
   dfa.states = merged;
-  if (dfa.states.size() > 256) throw std::runtime_error("too many states for a byte");
+  if (dfa.states.size() > 256) {
+    throw std::runtime_error("too many states for a byte");
+  }
 }
 
 template <typename Values>
 void WriteNumbers(std::ostream &out, const Values &values) {
   size_t column = 0;
-  for (const auto value : values) out << +value << (++column % 24 == 0 ? ",\n    " : ", ");
+  for (const auto value : values) {
+    out << +value << (++column % 24 == 0 ? ",\n    " : ", ");
+  }
 }
 
 void WriteClasses(std::ostream &out, const Dfa &dfa) {
@@ -220,7 +250,9 @@ void MakeAutomaton(const char *path) {
   MergeStates(dfa);
   std::ofstream out(path);
   WriteTables(out, dfa, nfa.markedRules);
-  if (!out.flush()) throw std::runtime_error("cannot write the tables");
+  if (!out.flush()) {
+    throw std::runtime_error("cannot write the tables");
+  }
 }
 
 }  // namespace

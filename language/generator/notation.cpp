@@ -30,12 +30,16 @@ char Peek(const PatternReader &reader) {
 }
 
 char Take(PatternReader &reader) {
-  if (reader.at >= reader.text.size()) Fail(reader, "unexpected end");
+  if (reader.at >= reader.text.size()) {
+    Fail(reader, "unexpected end");
+  }
   return reader.text[reader.at++];
 }
 
 void SkipBlanks(PatternReader &reader) {
-  while (std::isspace(static_cast<unsigned char>(Peek(reader)))) reader.at++;
+  while (std::isspace(static_cast<unsigned char>(Peek(reader)))) {
+    reader.at++;
+  }
 }
 
 int32_t NewState(Nfa &nfa) {
@@ -59,11 +63,19 @@ Fragment ReadChoice(PatternReader &reader);
 // A byte of a set, with its escapes.
 unsigned ReadSetByte(PatternReader &reader) {
   const auto byte = static_cast<unsigned char>(Take(reader));
-  if (byte != '\\') return byte;
+  if (byte != '\\') {
+    return byte;
+  }
   const char escaped = Take(reader);
-  if (escaped == 't') return '\t';
-  if (escaped == 'n') return '\n';
-  if (escaped != 'x') return static_cast<unsigned char>(escaped);
+  if (escaped == 't') {
+    return '\t';
+  }
+  if (escaped == 'n') {
+    return '\n';
+  }
+  if (escaped != 'x') {
+    return static_cast<unsigned char>(escaped);
+  }
   const std::string digits{Take(reader), Take(reader)};
   return static_cast<unsigned>(std::stoul(digits, nullptr, 16));
 }
@@ -71,18 +83,28 @@ unsigned ReadSetByte(PatternReader &reader) {
 ByteSet ReadSet(PatternReader &reader) {
   ByteSet bytes;
   const bool inverted = Peek(reader) == '^';
-  if (inverted) reader.at++;
+  if (inverted) {
+    reader.at++;
+  }
   while (Peek(reader) != ']') {
     const unsigned from = ReadSetByte(reader);
     const bool range = Peek(reader) == '-' && reader.text.substr(reader.at + 1, 1) != "]" &&
                        reader.at + 1 < reader.text.size();
-    if (range) reader.at++;
+    if (range) {
+      reader.at++;
+    }
     const unsigned to = range ? ReadSetByte(reader) : from;
-    if (to < from) Fail(reader, "empty range");
-    for (unsigned byte = from; byte <= to; byte++) bytes.set(byte);
+    if (to < from) {
+      Fail(reader, "empty range");
+    }
+    for (unsigned byte = from; byte <= to; byte++) {
+      bytes.set(byte);
+    }
   }
   reader.at++;
-  if (inverted) bytes.flip();
+  if (inverted) {
+    bytes.flip();
+  }
   return bytes.reset(0);
 }
 
@@ -99,13 +121,19 @@ Fragment ReadQuoted(PatternReader &reader) {
 
 Fragment ReadDefinition(PatternReader &reader) {
   const size_t end = reader.text.find('}', reader.at);
-  if (end == std::string_view::npos) Fail(reader, "no } behind the name");
+  if (end == std::string_view::npos) {
+    Fail(reader, "no } behind the name");
+  }
   const auto found = reader.definitions.find(reader.text.substr(reader.at, end - reader.at));
-  if (found == reader.definitions.end()) Fail(reader, "unknown name");
+  if (found == reader.definitions.end()) {
+    Fail(reader, "unknown name");
+  }
   reader.at = end + 1;
   PatternReader inner{reader.nfa, reader.definitions, found->second, 0, false};
   const Fragment result = ReadChoice(inner);
-  if (inner.at != inner.text.size()) Fail(inner, "unexpected )");
+  if (inner.at != inner.text.size()) {
+    Fail(inner, "unexpected )");
+  }
   reader.marked = reader.marked || inner.marked;
   return result;
 }
@@ -119,7 +147,9 @@ Fragment ReadMark(PatternReader &reader) {
 
 Fragment ReadGroup(PatternReader &reader) {
   const Fragment result = ReadChoice(reader);
-  if (Take(reader) != ')') Fail(reader, "no ) behind the group");
+  if (Take(reader) != ')') {
+    Fail(reader, "no ) behind the group");
+  }
   return result;
 }
 
@@ -144,14 +174,20 @@ Fragment ReadPart(PatternReader &reader) {
 Fragment ReadRepeated(PatternReader &reader) {
   const Fragment part = ReadPart(reader);
   const char sign = Peek(reader);
-  if (sign != '?' && sign != '*' && sign != '+') return part;
+  if (sign != '?' && sign != '*' && sign != '+') {
+    return part;
+  }
   reader.at++;
   Nfa &nfa = reader.nfa;
   const Fragment result{NewState(nfa), NewState(nfa)};
   Join(nfa, result.first, part.first);
   Join(nfa, part.last, result.last);
-  if (sign != '+') Join(nfa, result.first, result.last);
-  if (sign != '?') Join(nfa, part.last, part.first);
+  if (sign != '+') {
+    Join(nfa, result.first, result.last);
+  }
+  if (sign != '?') {
+    Join(nfa, part.last, part.first);
+  }
   return result;
 }
 
@@ -173,7 +209,9 @@ Fragment ReadChoice(PatternReader &reader) {
     const Fragment branch = ReadSequence(reader);
     Join(reader.nfa, result.first, branch.first);
     Join(reader.nfa, branch.last, result.last);
-    if (Peek(reader) != '|') return result;
+    if (Peek(reader) != '|') {
+      return result;
+    }
     reader.at++;
   }
 }
@@ -183,8 +221,12 @@ Fragment ReadChoice(PatternReader &reader) {
 int32_t AddRule(Nfa &nfa, const Definitions &definitions, int32_t rule, std::string_view pattern) {
   PatternReader reader{nfa, definitions, pattern, 0, false};
   const Fragment whole = ReadChoice(reader);
-  if (reader.at != pattern.size()) Fail(reader, "unexpected )");
+  if (reader.at != pattern.size()) {
+    Fail(reader, "unexpected )");
+  }
   nfa.states[static_cast<size_t>(whole.last)].rule = rule;
-  if (reader.marked) nfa.markedRules |= 1U << rule;
+  if (reader.marked) {
+    nfa.markedRules |= 1U << rule;
+  }
   return whole.first;
 }

@@ -234,10 +234,9 @@ TEST(Rename, NoTreeThatCouldNotBeStored) {
 
 TEST(Rename, BlocksKeepTheRoutineName) {
   RenameContext ec;
-  char routineName[] = "GetGross";
   ExprItem item = {};
   item.kind = ORL_INPUT;
-  item.routineName = routineName;
+  item.routineName = "GetGross";
   std::strcpy(item.name, "Gross");
   ORLAddExpressionItem(ec, &item);
   Make(ec, "Gross*2", "Net");

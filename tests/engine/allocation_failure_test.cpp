@@ -38,12 +38,12 @@ OwnedContext Prepared(HostData *host) {
 }
 
 enum class State { Same, MayDiffer, Dead };
-const auto nothingFirst = [](EC) {};
+const auto kNothingFirst = [](EC) {};
 
 // Runs the operation with the n-th allocation failing, for each n, until it gives true. What stands
 // in `first` is done before, with memory.
 void Sweep(const char *what, State afterFailure, const std::function<bool(EC)> &operation,
-           const std::function<void(EC)> &first = nothingFirst) {
+           const std::function<void(EC)> &first = kNothingFirst) {
   for (int64_t n = 0; n < 5000; ++n) {
     SCOPED_TRACE(what + (", allocation " + std::to_string(n)));
     const int64_t before = TEST_LiveBlocks();
@@ -133,11 +133,10 @@ TEST(AllocationFailure, Evaluate) {
 
 // The row counts even when its routine's name could not be kept; it takes until that is.
 bool AddRow(EC ec) {
-  char routineName[] = "routine";
   ExprItem item = {};
   item.kind = ORL_KEYWORD;
   std::strcpy(item.name, "Added");
-  item.routineName = routineName;
+  item.routineName = "routine";
   if (ORLAddExpressionItem(ec, &item) == 0) return false;
   if (ItemFind(&ec->keywords, "Added")->routineName != nullptr) return true;
   EXPECT_EQ(ORLDelExpItemNoCheck(ec, ORL_KEYWORD, "Added"), 1);

@@ -142,7 +142,7 @@ ExprItem Row(int16_t kind, const char *name) {
   ExprItem item = {};
   item.kind = kind;
   std::strcpy(item.name, name);
-  item.routineName = const_cast<char *>("Five");
+  item.routineName = "Five";
   item.routine = reinterpret_cast<void *>(&GiveFive);
   return item;
 }

@@ -79,7 +79,7 @@ std::string RandomArgumentText(std::mt19937 &random, int32_t page) {
 HostileCall RandomCall(const FunctionRow &row, std::mt19937 &random) {
   HostileCall call = {};
   call.row = &row;
-  call.page = CODE_PAGES[random() % 3];
+  call.page = kCodePages[random() % 3];
   for (size_t i = 1; i < row.types.size(); i++) {
     const std::string bytes =
         row.types[i] == 't' ? RandomArgumentText(random, call.page) : RandomValue(random);
@@ -136,11 +136,11 @@ bool CheckText(const HostileCall &call) {
   if (end == nullptr) return false;
   const std::string result = static_cast<char *>(call.block);
   ExpectSize(call, result);
-  constexpr size_t most = 5000;  // the model is slow
-  bool valid = result.size() < most;
+  constexpr size_t kMost = 5000;  // the model is slow
+  bool valid = result.size() < kMost;
   for (size_t i = 0; i < call.bytes.size() && valid; i++) {
     valid = call.row->types[i + 1] != 't' ||
-            (call.bytes[i].size() < most && IsValidText(call.bytes[i], call.page));
+            (call.bytes[i].size() < kMost && IsValidText(call.bytes[i], call.page));
   }
   EXPECT_TRUE(!valid || IsValidText(result, call.page)) << Shown(result);
   return valid && !result.empty();

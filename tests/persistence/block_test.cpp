@@ -60,10 +60,9 @@ const std::string kWorked = Start(3) + kOneRow + Formulas({"Net=Amount*2"});
 
 TEST(BlockWriter, WorkedExample) {
   const OwnedContext ec = ContextFor({});
-  char routineName[] = "GetAmount";
   ExprItem item = {};
   item.kind = ORL_INPUT;
-  item.routineName = routineName;
+  item.routineName = "GetAmount";
   std::strcpy(item.name, "Amount");
   ORLAddExpressionItem(ec.get(), &item);
   Make(ec.get(), "Amount*2", "Net");
@@ -375,7 +374,7 @@ TEST(BlockReader, LookupThatDeletesRows) {
     ExprItem row = {};
     row.kind = ORL_INPUT;
     std::strcpy(row.name, name);
-    row.routineName = const_cast<char *>("Value");
+    row.routineName = "Value";
     ORLAddExpressionItem(written.get(), &row);
   }
   const OwnedContext ec(ORLCreateEC(

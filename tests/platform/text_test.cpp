@@ -43,7 +43,7 @@ TEST(PlatformTextTest, ListsComeInTheOrderOfTheAlphabet) {
 
 TEST(PlatformTextTest, BothOrdersAreOrders) {
   std::mt19937 random(4404);
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     for (int round = 0; round < 20000 && !HasFailure(); ++round) {
       const std::string a = RandomText(random, page, 3);
@@ -84,7 +84,7 @@ TEST(PlatformTextTest, EveryPairOfLatinLettersIsToldApart) {
 
 TEST(PlatformTextTest, UpperCaseStaysWithinTheBytesGiven) {
   std::mt19937 random(5505);
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     for (int round = 0; round < 5000 && !HasFailure(); ++round) {
       const std::string text = RandomText(random, page, 6) + std::string(1, '\0') + "tail";
@@ -104,7 +104,7 @@ TEST(PlatformTextTest, UpperCaseStaysWithinTheBytesGiven) {
 }
 
 TEST(PlatformTextTest, CharactersAndCodePage) {
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     EXPECT_EQ(page, ActiveCodePage());
     for (int byte = 0; byte < 256; ++byte) {

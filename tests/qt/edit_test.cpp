@@ -174,7 +174,7 @@ TEST_F(QtEdit, WhatTheProgramPutsInCanBeUndone) {
   Send(ORL_EM_SETMODIFY, 0);
   Control(Qt::Key_Z);
   EXPECT_EQ(TextOf(edit), "abs(Expression)") << "forgotten";
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     std::mt19937 random(5);
     for (int32_t round = 0; round < 300; ++round) {

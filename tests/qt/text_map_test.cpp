@@ -52,7 +52,7 @@ void ExpectBack(const std::string &text, int32_t page) {
 }
 
 TEST(QtTextMap, EveryTextComesBack) {
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     for (uint32_t code = 0; code < 0x10000; ++code) {
       const std::string bytes = BytesOf(code);
@@ -90,7 +90,7 @@ std::vector<Cut> CutsOf(const std::string &text, TextKind kind, int32_t page) {
 }
 
 TEST(QtTextMap, PlacesAreThoseOfTheCharacters) {
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     std::mt19937 random(11);
     for (int32_t round = 0; round < 3000; ++round) {

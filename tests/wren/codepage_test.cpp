@@ -15,7 +15,7 @@ TEST(CodePageTest, OnlyThreeAreTaken) {
     EXPECT_EQ(0, WRENSetCodePage(page)) << page;
     EXPECT_EQ(1, WRENIsDoubleByte()) << "changed by " << page;
   }
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     EXPECT_EQ(1, WRENSetCodePage(page)) << page;
     EXPECT_EQ(page == 932 ? 1 : 0, WRENIsDoubleByte()) << page;
   }
@@ -54,7 +54,7 @@ TEST(CodePageTest, EveryByteHasItsKind) {
 // Every first and second byte with a choice of bytes behind them.
 TEST(CodePageTest, CharactersAreWhatTheModelSaysForAllBytes) {
   const char behind[] = {0, 'a', '\x7F', '\x80', '\xBF', '\xC0'};
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     for (uint32_t code = 0x100; code < 0x10000 * std::size(behind); ++code) {
       const char tail = behind[code >> 16];

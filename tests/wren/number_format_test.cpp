@@ -225,7 +225,7 @@ TEST(NumberFormat, RandomPicturesAndTexts) {
   const NumberValue zero = Number("0");
   int good = 0;
   for (int i = 0; i < 60000; ++i) {
-    const CodePageScope scope(CODE_PAGES[i % 3]);
+    const CodePageScope scope(kCodePages[i % 3]);
     std::string text;
     for (uint64_t n = random() % 12; n > 0; --n) text += kBytes[random() % (sizeof kBytes - 1)];
     const std::string shown = UnderPicture(text, i % 2 != 0 ? "-1234567.891" : "0.05", kGerman);

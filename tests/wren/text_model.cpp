@@ -16,13 +16,13 @@ CodePageScope::~CodePageScope() {
 }
 
 std::string Utf8Of(uint32_t codePoint) {
-  constexpr uint32_t ROOM[] = {0x80, 0x20, 0x10, 0x08};  // what the first byte can hold
-  constexpr uint32_t MARK[] = {0, 0xC0, 0xE0, 0xF0};
+  constexpr uint32_t kRoom[] = {0x80, 0x20, 0x10, 0x08};  // what the first byte can hold
+  constexpr uint32_t kMark[] = {0, 0xC0, 0xE0, 0xF0};
   std::string tail;
-  for (; codePoint >= ROOM[tail.size()]; codePoint /= 64) {
+  for (; codePoint >= kRoom[tail.size()]; codePoint /= 64) {
     tail.insert(tail.begin(), static_cast<char>(0x80 + codePoint % 64));
   }
-  return static_cast<char>(MARK[tail.size()] + codePoint) + tail;
+  return static_cast<char>(kMark[tail.size()] + codePoint) + tail;
 }
 
 namespace {
@@ -71,18 +71,18 @@ std::string JoinChars(const Chars &chars, int64_t first, int64_t count) {
 }
 
 std::string RandomText(std::mt19937 &random, int32_t page, size_t most) {
-  static const Chars ANY = {" ", " ", "a", "B", "z9", "'", "\"", "\"", ",", "|", "\t", "\\"};
-  static const Chars WESTERN = {"\xE9", "\xC9", "\xFF", "\x9F", "\x9A", "\xA0", "\x92", "\xDF"};
-  static const Chars JAPANESE = {"\x82\xA0", "\x82\x60", "\x82\x81", "\x83\x5C",
-                                 "\x81 ",    "\x84\x40", "\x84\x80", "\xB1",
-                                 "\xE0\"",   "\x81",     "\x81\x66"};
-  static const Chars UTF8 = {"\xC3\xA9",         "\xC3\x89", "\xE2\x80\x99", "\xE3\x81\x82",
-                             "\xF0\x90\x90\xA8", "\xC3",     "\xE3\x81",     "\xA9",
-                             "\xED\xA0\x80",     "\xC0\x80", "\xF4\x90\x80", "\xCF\x82"};
-  const Chars &own = page == 1252 ? WESTERN : page == 932 ? JAPANESE : UTF8;
+  static const Chars kAny = {" ", " ", "a", "B", "z9", "'", "\"", "\"", ",", "|", "\t", "\\"};
+  static const Chars kWestern = {"\xE9", "\xC9", "\xFF", "\x9F", "\x9A", "\xA0", "\x92", "\xDF"};
+  static const Chars kJapanese = {"\x82\xA0", "\x82\x60", "\x82\x81", "\x83\x5C",
+                                  "\x81 ",    "\x84\x40", "\x84\x80", "\xB1",
+                                  "\xE0\"",   "\x81",     "\x81\x66"};
+  static const Chars kUtf8 = {"\xC3\xA9",         "\xC3\x89", "\xE2\x80\x99", "\xE3\x81\x82",
+                              "\xF0\x90\x90\xA8", "\xC3",     "\xE3\x81",     "\xA9",
+                              "\xED\xA0\x80",     "\xC0\x80", "\xF4\x90\x80", "\xCF\x82"};
+  const Chars &own = page == 1252 ? kWestern : page == 932 ? kJapanese : kUtf8;
   std::string text;
   for (size_t left = random() % (most + 1); left > 0; --left) {
-    text += random() % 2 == 0 ? ANY[random() % ANY.size()] : own[random() % own.size()];
+    text += random() % 2 == 0 ? kAny[random() % kAny.size()] : own[random() % own.size()];
   }
   return text;
 }

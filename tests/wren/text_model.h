@@ -10,7 +10,7 @@
 
 using Chars = std::vector<std::string>;
 
-constexpr int32_t CODE_PAGES[] = {1252, 932, 65001};
+constexpr int32_t kCodePages[] = {1252, 932, 65001};
 
 // Makes a code page the active one for a block of a test; the default one comes back behind it.
 struct CodePageScope {

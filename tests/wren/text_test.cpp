@@ -97,7 +97,7 @@ void CheckTokens(const std::string &text, int32_t page, const std::string &leadi
 
 TEST(TextTest, AgreesWithTheModelOnRandomTexts) {
   std::mt19937 random(1101);
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     for (int round = 0; round < 4000 && !testing::Test::HasFailure(); ++round) {
       const std::string text = RandomText(random, page, 12);
@@ -116,7 +116,7 @@ TEST(TextTest, AgreesWithTheModelOnRandomTexts) {
 }
 
 TEST(TextTest, ExtremeCountsAndNullsGiveTheWholeOrTheEmptyText) {
-  for (const int32_t page : CODE_PAGES) {
+  for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     CheckCopies("abc", page, 1, INT32_MAX);
     CheckCopies("abc", page, INT32_MAX, INT32_MAX);

@@ -108,10 +108,10 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
 constexpr qsizetype kLongWord = 500;
 
 bool HasLongWord(QStringView shown) {
-  constexpr QStringView breaks = u" \t\u2028\u2029";
+  constexpr QStringView kBreaks = u" \t\u2028\u2029";
   qsizetype start = 0;
   for (qsizetype at = 0; at < shown.size(); ++at) {
-    if (breaks.contains(shown[at])) {
+    if (kBreaks.contains(shown[at])) {
       start = at + 1;
     } else if (at - start >= kLongWord) {
       return true;
