@@ -1,7 +1,8 @@
-"""The formulas of a stored context, read without the engine.
+"""Stored contexts, read without the engine.
 
 A load by the engine opens the formula editor for a formula that no longer parses. A program wants
-an exception, so the formulas are tried one by one first.
+an exception, so the formulas are tried one by one first. And a load looks routines of operators up
+by the same names as those of items, so blocks that name some are told apart here.
 """
 
 from __future__ import annotations
@@ -19,7 +20,8 @@ _UNKNOWN_FUNCTION = 103  # the message that a call of something unknown ends wit
 
 class _Reader:
     def __init__(self, block: bytes):
-        self.block, self.position = block, 1
+        # Version 0 has no byte of its own: the first operator has no name.
+        self.block, self.position = block, 1 if block[:1] != b"\0" else 0
 
     def text(self) -> str:
         end = self.block.find(b"\0", self.position)
@@ -35,6 +37,12 @@ class _Reader:
             return 0
         self.position += 4
         return struct.unpack_from("<h", header, 2)[0]
+
+
+def operators_of(block: bytes) -> List[str]:
+    """The names of the routines that a host has for operators."""
+    reader = _Reader(block)
+    return [name for name in (reader.text() for _ in range(_OPERATORS)) if name]
 
 
 def formulas_of(block: bytes) -> List[Tuple[str, str]]:

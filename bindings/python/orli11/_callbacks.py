@@ -49,7 +49,10 @@ def call_function(ec, exp, size, result, name, arguments):
 
 @ffi.callback("void *(const char *)")
 def look_up(routine_name):
-    """The OrlLookupProc: all input items of a stored context have one routine."""
+    """The OrlLookupProc: all input items of a stored context have one routine.
+
+    Nothing else is looked up: no block with names of operators comes here.
+    """
     return ffi.cast("void *", give_value)
 
 

@@ -452,11 +452,14 @@ class Context:
              flags: Flag = Flag.RANGES) -> Context:
         """A context with what `save`, `orli` or another host has stored.
 
-        Raises LoadError for damaged bytes, and where formulas do not parse with these functions and
-        flags; no window opens.
+        Raises LoadError for damaged bytes, where formulas do not parse with these functions and
+        flags, and where the host that stored them has operators of its own; no window opens.
         """
         made, block = cls(functions=functions, built_in=built_in, flags=flags), bytes(block)
-        if not block or block[0] not in _VERSIONS_WITH_ORDER:
+        operators = _block.operators_of(block)
+        if operators:
+            raise LoadError(f"The stored context needs routines for operators: {', '.join(operators)}")
+        if block[0] not in _VERSIONS_WITH_ORDER:
             made._try(block)
         made._take(block, True)
         return made

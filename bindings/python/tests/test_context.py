@@ -236,6 +236,10 @@ def test_load_tells_what_is_wrong():
     with pytest.raises(orli11.LoadError) as caught:
         Context.load(block.write(1))
     assert "Net() * 2" in str(caught.value)
+    operators = block_format.Content([b""] * 3 + [b"Add"] + [b""] * 16, BLOCK.items, BLOCK.formulas)
+    for version in range(4):
+        with pytest.raises(orli11.LoadError, match="operators: Add"):
+            Context.load(operators.write(version))
     good = BLOCK.write(3)
     loaded = 0
     for size in range(len(good)):
