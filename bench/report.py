@@ -93,6 +93,7 @@ def report_scale(best):
     good = True
     rows = [(f"{words}, {kind}", f"{routine}/{kind}/{{}}") for routine, words in OPERATIONS for kind in KINDS]
     rows.append(("replace in a chain", "ScaleReplaceInChain/{}"))
+    rows.append(("ask about use in a chain", "ScaleUsedInChain/{}"))
     rows.append(("delete all of one name", "ScaleDeleteAll/{}/iterations:20/manual_time"))
     for words, name in rows:
         times = [best[name.format(count)]["ns"] for count in COUNTS]

@@ -111,25 +111,57 @@ void ScaleLookup(benchmark::State &state, Kind kind) {
   ORLDestroyEC(scale.ec);
 }
 
+/* Formulas of which each calls the one before. */
+std::string ChainName(int number) {
+  return "F" + std::to_string(number);
+}
+
+EC MakeChain(int count) {
+  EC ec = ORLCreateEC(nullptr, nullptr, nullptr, 0);
+  AddItem(ec, "Amount", ORL_TYPE_NUMBER, &AmountValue);
+  for (int i = 0; i < count; i++) {
+    MustParse(ec, i == 0 ? "Amount" : ChainName(i - 1) + "() + 1", ChainName(i).c_str());
+  }
+  return ec;
+}
+
 /* A formula in the middle of a chain gets another text, which calls another one below it. */
 void ScaleReplaceInChain(benchmark::State &state) {
   const auto count = static_cast<int>(state.range(0));
-  const auto name = [](int number) { return "F" + std::to_string(number); };
-  EC ec = ORLCreateEC(nullptr, nullptr, nullptr, 0);
-  for (int i = 0; i < count; i++) {
-    MustParse(ec, i == 0 ? "1" : name(i - 1) + "() + 1", name(i).c_str());
-  }
-  HEXP exp = ORLHEXPFromName(ec, name(count / 2).c_str());
-  const std::string texts[] = {name(count / 2 - 1) + "() + 2", name(count / 2 - 2) + "() + 2"};
+  EC ec = MakeChain(count);
+  const std::string name = ChainName(count / 2);
+  HEXP exp = ORLHEXPFromName(ec, name.c_str());
+  const std::string texts[] = {ChainName(count / 2 - 1) + "() + 2",
+                               ChainName(count / 2 - 2) + "() + 2"};
   FormulaError error;
   uint16_t type = 0;
   uint64_t next = 0;
   for ([[maybe_unused]] auto step : state) {
     const char *text = texts[next++ % 2].c_str();
-    if (ORLParseFormula(ec, exp, text, name(count / 2).c_str(), &error, &type) == nullptr) {
+    if (ORLParseFormula(ec, exp, text, name.c_str(), &error, &type) == nullptr) {
       state.SkipWithError("the formula does not parse");
       break;
     }
+  }
+  ORLDestroyEC(ec);
+}
+
+/* Whether each formula of a chain uses an item, asked as hosts ask: the time of one. */
+void ScaleUsedInChain(benchmark::State &state) {
+  EC ec = MakeChain(static_cast<int>(state.range(0)));
+  int32_t row = 0;
+  int32_t used = 0;
+  for ([[maybe_unused]] auto step : state) {
+    used += ORLIsItemUsed(ec, ORLHEXPFromOrdinal(ec, row), ORL_INPUT, "Nothing");
+    row = row + 1 < ORLGetExpressionCount(ec) ? row + 1 : 0;
+    if (row == 0) { /* a change, after which the host asks of all again */
+      state.PauseTiming();
+      ORLDestroyEXP(ec, MustParse(ec, "1", "Changed"));
+      state.ResumeTiming();
+    }
+  }
+  if (used != 0) {
+    state.SkipWithError("the item is used");
   }
   ORLDestroyEC(ec);
 }
@@ -160,6 +192,7 @@ SCALE(ScaleParseDestroy);
 SCALE(ScaleEvaluate);
 SCALE(ScaleLookup);
 BENCHMARK(ScaleReplaceInChain)->Arg(kFew)->Arg(1000)->Arg(20000);
+BENCHMARK(ScaleUsedInChain)->Arg(kFew)->Arg(1000)->Arg(20000);
 BENCHMARK(ScaleDeleteAll)->Arg(kFew)->Arg(1000)->Arg(20000)->UseManualTime()->Iterations(20);
 
 }  // namespace
