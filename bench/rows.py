@@ -39,7 +39,7 @@ def table(rows):
 
 def c_call(context, expression, frame):
     """A call of ORLEvaluateRows with its columns and its results' room ready."""
-    columns = _rows._used_columns(context, expression, frame, len(frame))
+    columns = _rows.Table(frame).columns_of(context, expression)
     result = _results.of_type(expression.type, len(frame), float, 0)
     given, wanted = _library.ffi.new("OrlColumn[]", len(columns)), _library.ffi.new("OrlRowResults *")
     for each, column in zip(given, columns):

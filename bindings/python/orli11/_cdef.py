@@ -33,11 +33,12 @@ typedef struct {
 
 # Records without padding.
 PACKED_RECORDS = """
+typedef char *OrlRoutineName;
 typedef struct { uint16_t mode; uint16_t dataType; uint16_t subClass; } ParamRecord;
 typedef struct {
   int16_t kind;
   int16_t dataType;
-  char *routineName;
+  OrlRoutineName routineName;
   void *routine;
   char name[65];
   int16_t paramCount;

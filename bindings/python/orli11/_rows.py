@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import concurrent.futures
 import decimal
-from typing import TYPE_CHECKING, Any, List, Mapping
+from typing import TYPE_CHECKING, Any, Dict, List, Mapping
 
 from . import _columns, _results
 from ._library import engine, ffi
@@ -12,31 +12,33 @@ from .errors import Error
 from .types import Kind
 
 if TYPE_CHECKING:
+    from ._items import Item
     from .context import Context, Expression
 
 _NUMBERS = (float, int, decimal.Decimal)
 _MOST_SCALE = 37
 
 
-def evaluate_rows(context: Context, expression: Expression, rows: Any, numbers: type, scale: int,
-                  threads: int) -> Any:
-    """`Context.evaluate_rows` for a formula of this context."""
-    if numbers not in _NUMBERS:
-        raise TypeError("numbers is float, int or decimal.Decimal")
-    if not 0 <= scale <= _MOST_SCALE:
-        raise ValueError(f"scale is 0 to {_MOST_SCALE}")
-    count = _row_count(rows)
-    columns = _used_columns(context, expression, rows, count)
-    result = _results.of_type(expression.type, count, numbers, scale)
-    parts = _parts(count, threads)
-    if len(parts) == 1:
-        _compute(context, expression, columns, result, parts[0])
-    else:
-        _share_out(context, expression, columns, result, parts)
-    if not hasattr(rows, "iloc"):
-        return result.array()
-    name = None if expression._temporary else expression.name
-    return result.series(rows.index, name)
+class Table:
+    """The rows of a table. A column is converted once, for all formulas that use it."""
+
+    def __init__(self, rows: Any):
+        self.rows, self.count = rows, _row_count(rows)
+        self._columns: Dict[bytes, _columns.Column] = {}
+
+    def columns_of(self, context: Context, expression: Expression) -> List[_columns.Column]:
+        """The columns of the items that a formula of this context uses."""
+        return [self._column(name, item) for name, item in list(context._items.items())
+                if item.key in self.rows and expression._is_used(Kind.INPUT, name)]
+
+    def _column(self, name: bytes, item: Item) -> _columns.Column:
+        if name not in self._columns:
+            try:
+                self._columns[name] = _columns.column_of(name, item.type, self.rows[item.key], self.count)
+            except (TypeError, ValueError) as error:
+                kind = TypeError if isinstance(error, TypeError) else ValueError
+                raise kind(f"column {item.key!r}: {error}") from None
+        return self._columns[name]
 
 
 def _row_count(rows: Any) -> int:
@@ -50,16 +52,24 @@ def _row_count(rows: Any) -> int:
     return counts.pop() if counts else 0
 
 
-def _used_columns(context: Context, expression: Expression, rows: Any,
-                  count: int) -> List[_columns.Column]:
-    columns = []
-    for name, item in list(context._items.items()):
-        if item.key in rows and expression._is_used(Kind.INPUT, name):
-            try:
-                columns.append(_columns.column_of(name, item.type, rows[item.key], count))
-            except (TypeError, ValueError) as error:
-                raise type(error)(f"column {item.key!r}: {error}") from None
-    return columns
+def evaluate_rows(context: Context, expression: Expression, table: Table, numbers: type = float, scale: int = 0,
+                  threads: int = 1) -> Any:
+    """`Context.evaluate_rows` for a formula of this context."""
+    if numbers not in _NUMBERS:
+        raise TypeError("numbers is float, int or decimal.Decimal")
+    if not 0 <= scale <= _MOST_SCALE:
+        raise ValueError(f"scale is 0 to {_MOST_SCALE}")
+    columns = table.columns_of(context, expression)
+    result = _results.of_type(expression.type, table.count, numbers, scale)
+    parts = _parts(table.count, threads)
+    if len(parts) == 1:
+        _compute(context, expression, columns, result, parts[0])
+    else:
+        _share_out(context, expression, columns, result, parts)
+    if not hasattr(table.rows, "iloc"):
+        return result.array()
+    name = None if expression._temporary else expression.name
+    return result.series(table.rows.index, name)
 
 
 def _parts(count: int, threads: int) -> List[range]:

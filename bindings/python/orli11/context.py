@@ -377,8 +377,8 @@ class Context:
         With `threads` the rows are shared out over threads with a copy of the context each.
         Functions written in Python then run in several threads.
         """
-        from ._rows import evaluate_rows
-        return evaluate_rows(self, self._of_text(formula), rows, numbers, scale, threads)
+        from ._rows import Table, evaluate_rows  # NumPy is needed from here on
+        return evaluate_rows(self, self._of_text(formula), Table(rows), numbers, scale, threads)
 
     def evaluate_all(self, rows: Any, names: Optional[Iterable[str]] = None, **options: Any) -> Any:
         """The values of stored formulas for all rows: a DataFrame for one, else a dict of arrays.
@@ -388,7 +388,9 @@ class Context:
         """
         chosen = {key_of(each.name): each for each in self if each.kind == "formula"} if names is None \
             else {name: self[name] for name in names}
-        values = {name: self.evaluate_rows(each, rows, **options) for name, each in chosen.items()}
+        from ._rows import Table, evaluate_rows
+        table = Table(rows)
+        values = {name: evaluate_rows(self, self._of_text(each), table, **options) for name, each in chosen.items()}
         if not hasattr(rows, "iloc"):
             return values
         import pandas

@@ -107,7 +107,8 @@ def test_columns_are_read_where_they_are():
 
 @pytest.mark.parametrize("rows, options, error", [
     ({"x": [1, 2], "t": ["a"]}, {}, ValueError), ({"x": ["a"], "t": ["a"]}, {}, TypeError),
-    ({"x": [1], "t": ["a\0b"]}, {}, ValueError), ({"x": [1], "t": [7]}, {}, TypeError), ({"x": [1]}, {}, KeyError),
+    ({"x": [1], "t": ["a\0b"]}, {}, ValueError), ({"x": [1], "t": [7]}, {}, TypeError), ({"x": [1], "t": ["\ud800"]}, {}, ValueError),
+     ({"x": [1]}, {}, KeyError),
     (5, {}, TypeError), ({"x": [1], "t": ["a"]}, {"threads": 0}, ValueError),
     ({"x": [1], "t": ["a"]}, {"numbers": str}, TypeError), ({"x": [1], "t": ["a"]}, {"scale": 38}, ValueError),
 ])
