@@ -20,12 +20,12 @@ OrlWindow DialogParent(OrlWindow owner) {
   return window;
 }
 
-HEXP RepairInEditor(EC ec, FormulaRepair &repair) {
+HEXP RepairInEditor(EC ec, FormulaRepair &repair, void * /*data*/) {
   return OrlRunEditor(DialogParent(ec->owner), {ec, nullptr, nullptr, 0}, kModeFormula, "",
                       &repair);
 }
 
-void ShowError(EC ec, const char *text, const FormulaError &error) {
+void ShowError(EC ec, const char *text, const FormulaError &error, void * /*data*/) {
   ORLErrorDisplay(ec->owner, text, &error);
 }
 
@@ -33,6 +33,6 @@ void ShowError(EC ec, const char *text, const FormulaError &error) {
 
 int32_t ORLSetECContents(EC ec, int32_t size, const void *block, int32_t loadFormulas,
                          OrlErrorProc errorProc) {
-  const LoadDialogs dialogs = {&RepairInEditor, &ShowError};
+  const LoadDialogs dialogs = {&RepairInEditor, &ShowError, nullptr};
   return ReadContext(ec, size, block, loadFormulas != 0, errorProc, dialogs) ? 1 : 0;
 }

@@ -188,7 +188,7 @@ const char *OrderOf(const FieldRules &rules, const std::string &text) {
 std::string OtherReason(const ScanState &state, Column &column, const Finding &finding) {
   const FieldRules &rules = state.options->rules;
   const std::string &text = finding.other.text;
-  const std::string reason = Told(state, finding.other);
+  std::string reason = Told(state, finding.other);
   FieldRules other = rules;
   other.decimal = rules.decimal == ',' ? '\0' : ',';
   NumberValue unused;

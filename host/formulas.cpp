@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <new>
 #include <string_view>
 
 #include "host/display.h"
@@ -16,12 +17,7 @@
 
 namespace {
 
-/* ASCII bytes that no name without quotes holds. */
-constexpr std::string_view kBesideNames = "\t\n\r !\"%&'()*+,-./:;<=>?[\\]^`{|}~";
-constexpr size_t kNobody = static_cast<size_t>(-1);
 constexpr std::string_view kHintMark = "hint: ";
-/* How often a text is parsed for calls that come too early before it is only looked through. */
-constexpr int kMostTries = 16;
 
 bool IsQuote(char byte) {
   return byte == '"' || byte == '`';
@@ -78,126 +74,34 @@ bool CheckNames(EC ec, const std::vector<Formula> &formulas, Places &places, std
   return true;
 }
 
-/* A formula on its way to be defined. */
-struct Pending {
-  size_t awaited = kNobody;    /* the formula whose call came too early */
-  size_t behind = 0;           /* where the text goes on behind that call */
-  int tries = 0;               /* how often it was parsed */
-  bool passedOver = false;     /* it waits for a call that was only found by looking */
-  std::vector<size_t> waiting; /* the formulas that wait for this one */
-};
-
-struct Definition {
-  EC ec;
-  std::vector<Formula> &formulas;
-  Places places;
-  std::vector<Pending> pending; /* one for each formula */
-  bool looking = true;          /* after some tries a text is only looked through */
-};
-
-/* The formula of that name when it is not yet defined, else kNobody. */
-size_t UndefinedOf(const Definition &definition, std::string_view name) {
-  const auto found = definition.places.find(name);
-  const bool awaited =
-      found != definition.places.end() && definition.formulas[found->second].exp == nullptr;
-  return awaited ? found->second : kNobody;
-}
-
-/* The next formula not yet defined that the text seems to call, from the last such call on. A "name
- * (" within quotes is taken for a call too. */
-size_t NextAwaited(const Definition &definition, const Formula &formula, Pending &pending) {
-  const std::string_view text = formula.text;
-  for (size_t open = text.find('(', pending.behind); open != std::string_view::npos;
-       open = text.find('(', open + 1)) {
-    std::string_view called = text.substr(pending.behind, open - pending.behind);
-    called = called.substr(0, called.find_last_not_of(' ') + 1);
-    called.remove_prefix(called.find_last_of(kBesideNames) + 1);
-    pending.behind = open + 1;
-    const size_t awaited = UndefinedOf(definition, called);
-    if (awaited != kNobody) {
-      return awaited;
-    }
+/* Takes over what the context has of the formulas. */
+void TakeDefined(EC ec, std::vector<Formula> &formulas) {
+  for (Formula &formula : formulas) {
+    formula.exp = ORLHEXPFromName(ec, formula.name.c_str());
+    formula.type = formula.exp == nullptr ? -1 : ORLGetExpressionDataType(ec, formula.exp);
   }
-  return kNobody;
 }
 
-/* Parses a formula and finds what it waits for when a call in it comes too early. False when it has
- * another error, which no later formula mends. */
-bool TryDefine(Definition &definition, size_t place) {
-  Formula &formula = definition.formulas[place];
-  Pending &pending = definition.pending[place];
+/* The formula whose call is why this one is not defined. */
+size_t Awaited(EC ec, Formula &formula, const Places &places) {
   uint16_t type = 0;
-  formula.exp = ORLParseFormula(definition.ec, nullptr, formula.text.c_str(), formula.name.c_str(),
-                                &formula.problem, &type);
-  formula.type = formula.exp == nullptr ? -1 : type;
-  if (formula.exp != nullptr) {
-    return true;
-  }
-  ++pending.tries;
-  pending.passedOver = false;
-  pending.awaited = UndefinedOf(definition, UnknownCall(formula));
-  pending.behind = static_cast<size_t>(formula.problem.offset);
-  pending.behind += static_cast<size_t>(formula.problem.length);
-  return pending.awaited != kNobody;
-}
-
-/* Defines a formula, and those that have waited for it. A formula that calls very many others would
- * be parsed again for each, so after some tries it waits until all are there that it seems to call.
- * The place of a formula with an error that no later one mends, else kNobody. */
-size_t DefineFrom(Definition &definition, size_t first) {
-  std::vector<size_t> ready = {first};
-  while (!ready.empty()) {
-    const size_t i = ready.back();
-    Pending &pending = definition.pending[i];
-    ready.pop_back();
-    if (definition.formulas[i].exp != nullptr) {
-      continue;
-    }
-    const size_t another = definition.looking && pending.tries >= kMostTries
-                               ? NextAwaited(definition, definition.formulas[i], pending)
-                               : kNobody;
-    if (another != kNobody) {
-      pending.awaited = another;
-      pending.passedOver = true;
-    } else if (!TryDefine(definition, i)) {
-      return i;
-    }
-    if (definition.formulas[i].exp != nullptr) {
-      ready.insert(ready.end(), pending.waiting.begin(), pending.waiting.end());
-    } else {
-      definition.pending[pending.awaited].waiting.push_back(i);
-    }
-  }
-  return kNobody;
-}
-
-/* Defines all that can be. As DefineFrom. */
-size_t DefineAll(Definition &definition) {
-  size_t wrong = kNobody;
-  for (size_t i = 0; i < definition.formulas.size() && wrong == kNobody; ++i) {
-    wrong = DefineFrom(definition, i);
-  }
-  /* What seemed to be a call may be none, and another error may stand ahead of it. */
-  definition.looking = false;
-  for (size_t i = 0; i < definition.formulas.size() && wrong == kNobody; ++i) {
-    wrong = definition.pending[i].passedOver ? DefineFrom(definition, i) : kNobody;
-  }
-  return wrong;
+  ORLParseFormula(ec, nullptr, formula.text.c_str(), formula.name.c_str(), &formula.problem, &type);
+  return places.at(UnknownCall(formula));
 }
 
 /* The words for formulas that call each other in a circle, or one that calls itself. Who waits for
  * whom leads from `start` into the circle, and `start` is moved there. */
-std::string CircleMessage(const Definition &definition, size_t &start) {
-  const std::vector<Formula> &formulas = definition.formulas;
-  const std::vector<Pending> &pending = definition.pending;
-  for (size_t steps = 0; steps < formulas.size(); ++steps) {
-    start = pending[start].awaited;
+std::string CircleMessage(EC ec, std::vector<Formula> &formulas, const Places &places,
+                          size_t &start) {
+  std::map<size_t, size_t> awaited; /* by who waits */
+  while (awaited.count(start) == 0) {
+    start = awaited[start] = Awaited(ec, formulas[start], places);
   }
-  if (pending[start].awaited == start) {
+  if (awaited[start] == start) {
     return "formula " + DisplayName(formulas[start].title) + " calls itself";
   }
   std::string names = formulas[start].title;
-  for (size_t i = pending[start].awaited; i != start; i = pending[i].awaited) {
+  for (size_t i = awaited[start]; i != start; i = awaited[i]) {
     names += ", " + formulas[i].title;
   }
   return "formulas call each other in a circle: " + DisplayName(names);
@@ -238,28 +142,38 @@ std::string_view UnknownCall(const Formula &formula) {
 }
 
 bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error, size_t *wrong) {
-  Definition definition{ec, formulas, {}, {}};
-  if (!CheckNames(ec, formulas, definition.places, error)) {
+  Places places;
+  if (!CheckNames(ec, formulas, places, error)) {
     return false;
   }
-  /* A formula can call only what is defined. One that calls another too early is tried again when
-   * that one is there. */
-  definition.pending.resize(formulas.size());
-  size_t failed = DefineAll(definition);
-  if (failed != kNobody) {
+  std::vector<OrlFormulaText> texts;
+  texts.reserve(formulas.size());
+  for (const Formula &formula : formulas) {
+    texts.push_back({formula.text.c_str(), formula.name.c_str()});
+  }
+  int32_t place = -1;
+  FormulaError problem = {};
+  const bool good =
+      ORLParseFormulas(ec, static_cast<int32_t>(texts.size()), texts.data(), &place, &problem) == 1;
+  TakeDefined(ec, formulas);
+  if (good) {
+    return true;
+  }
+  if (place < 0) {
+    throw std::bad_alloc();
+  }
+  auto failed = static_cast<size_t>(place);
+  if (problem.id == ORL_ERR_RECURSIVE) {
+    error = CircleMessage(ec, formulas, places, failed);
+  } else {
+    formulas[failed].problem = problem;
     error = "formula " + DisplayName(formulas[failed].title) + ": " +
-            ErrorWithPlace(ec, formulas[failed].text, formulas[failed].problem, formulas);
+            ErrorWithPlace(ec, formulas[failed].text, problem, formulas);
   }
-  for (size_t i = 0; i < formulas.size() && failed == kNobody; ++i) {
-    if (formulas[i].exp == nullptr) {
-      failed = i;
-      error = CircleMessage(definition, failed);
-    }
-  }
-  if (wrong != nullptr && failed != kNobody) {
+  if (wrong != nullptr) {
     *wrong = failed;
   }
-  return failed == kNobody;
+  return false;
 }
 
 const char *FormulaKind(EC ec, HEXP exp) {
@@ -272,6 +186,7 @@ const char *FormulaKind(EC ec, HEXP exp) {
 std::string ErrorWithPlace(EC ec, const std::string &text, const FormulaError &error,
                            const std::vector<Formula> &formulas) {
   std::vector<std::string> names;
+  names.reserve(formulas.size());
   for (const Formula &formula : formulas) {
     names.push_back(formula.name);
   }

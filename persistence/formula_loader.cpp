@@ -41,6 +41,7 @@ struct FormulaLoad {
   int64_t steps;             // that searches for circles may still take
   bool passedOver;           // a row waits for another formula without having been parsed again
   bool reordered;            // a row was parsed out of stored order
+  bool circle;               // nothing is left but formulas that wait for each other
   bool ok;
 };
 
@@ -100,7 +101,7 @@ void Report(FormulaLoad &load, const char *text, const FormulaError &error) {
   if (load.errorProc != nullptr) {
     CallHost([&] { load.errorProc(load.ec, text, &error); });
   } else {
-    load.dialogs->showError(load.ec, text, error);
+    load.dialogs->showError(load.ec, text, error, load.dialogs->data);
   }
   load.ok = false;
 }
@@ -131,7 +132,7 @@ void Settle(FormulaLoad &load, PendingRow &row, HEXP exp) {
 // Lets the user repair a formula. Whatever was done meanwhile, every formula may parse now.
 void Repair(FormulaLoad &load, PendingRow &row, const char *text, const FormulaError &error) {
   FormulaRepair repair = {text, text + std::strlen(text) + 1, error, &load.names, nullptr};
-  HEXP repaired = load.dialogs->repair(load.ec, repair);
+  HEXP repaired = load.dialogs->repair(load.ec, repair, load.dialogs->data);
   RescheduleAll(load);
   if (repaired != nullptr) {
     Settle(load, row, repaired);
@@ -202,6 +203,7 @@ void RetryPasses(FormulaLoad &load) {
     if (tried == 0) {
       // A row that was passed over may have another fault between two calls.
       load.ok = load.passedOver;
+      load.circle = !load.passedOver;
       load.passedOver = false;
       load.current = load.names.count;
       RescheduleAll(load);
@@ -264,10 +266,10 @@ bool PrepareRows(FormulaLoad &load, int32_t count, const BlockCursor &cursor) {
 
 }  // namespace
 
-bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc,
-                  const LoadDialogs &dialogs) {
+LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc,
+                     const LoadDialogs &dialogs) {
   if (count == 0) {
-    return true;
+    return LoadEnd::Complete;
   }
   FormulaLoad load = {};
   load.ec = ec;
@@ -280,5 +282,8 @@ bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorP
   if (load.ok && load.reordered && RowsAreTheTable(load)) {
     RestoreOrder(load);
   }
-  return load.ok;
+  if (load.ok) {
+    return LoadEnd::Complete;
+  }
+  return load.circle ? LoadEnd::Circle : LoadEnd::Failed;
 }

@@ -6,10 +6,13 @@
 #include "persistence/block_cursor.h"
 #include "persistence/repair.h"
 
+enum class LoadEnd : uint8_t { Complete, Circle, Failed };
+
 // Read `count` rows of versions 2 and 3: a formula may refer to one stored after it, and one that
-// does not parse is handed to the user. False when the load has failed.
-bool LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc,
-                  const LoadDialogs &dialogs);
+// does not parse is handed to the user. Circle where formulas that refer to each other in a circle
+// are what is left.
+LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc,
+                     const LoadDialogs &dialogs);
 
 // Read `count` rows of versions 0 and 1, in order. In version 0 names that are date units, and with
 // `renaming` the words of all texts, get a "_" in front.

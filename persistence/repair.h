@@ -17,12 +17,13 @@ struct FormulaRepair {
   OwnedText deferred;
 };
 
-// What a load needs a user for.
+// What a load needs a user for. Both routines receive `data`.
 struct LoadDialogs {
   // Returns the expression that was stored instead, or null; then `deferred` may be set.
-  HEXP (*repair)(EC ec, FormulaRepair &repair);
+  HEXP (*repair)(EC ec, FormulaRepair &repair, void *data);
   // Shows what ended the load, where the host has no routine for it.
-  void (*showError)(EC ec, const char *text, const FormulaError &error);
+  void (*showError)(EC ec, const char *text, const FormulaError &error, void *data);
+  void *data;
 };
 
 // The formula of the block being read that is named by the word at which a parse failed with

@@ -168,6 +168,13 @@ TEST(AllocationFailure, EverythingElse) {
   Sweep("copy", State::Same, &Copy);
   Sweep("store a new one", State::Same,
         [](EC ec) { return Store(ec, nullptr, "Two() * Half(Amount)", "New").exp != nullptr; });
+  Sweep("parse several", State::MayDiffer, [](EC ec) {
+    const OrlFormulaText texts[] = {{"Ahead() + 1", "First"}, {"Two()", "Ahead"}};
+    FormulaError error = {};
+    const bool done = ORLParseFormulas(ec, 2, texts, nullptr, &error) == 1;
+    EXPECT_EQ(error.id, done ? 0 : ORL_ERR_MEMORY);
+    return done;
+  });
   Sweep("store over", State::Same, [](EC ec) {
     return Store(ec, ORLHEXPFromName(ec, "One"), "10 + 1 - 1", "One").exp != nullptr;
   });

@@ -383,6 +383,14 @@ const std::pair<const char *, Routine> kCalls[] = {
          return LOADED(ORLParseFormula)(at.ec, at.two, "One() + 2", "Three", error, type);
        });
      }},
+    {"ORLParseFormulas",
+     [] {
+       return ParseResult([](FormulaError *error, uint16_t * /*type*/) {
+         const OrlFormulaText texts[] = {{"Ahead() + 1", "First"}, {"Two()", "Ahead"}};
+         const int32_t done = LOADED(ORLParseFormulas)(at.ec, 2, texts, nullptr, error);
+         return done == 1 ? at.two : nullptr;
+       });
+     }},
     {"ORLEvaluateExpression",
      [] { return LOADED(ORLEvaluateExpression)(at.ec, at.two, 13, at.text); }},
     {"ORLEvaluateExpressionExt",

@@ -342,6 +342,46 @@ TEST(BlockReader, CopiesRowsOfADamagedKind) {
   }
 }
 
+// Formulas as texts, "Name=text" each; what is wrong is told as "index id@offset+length".
+TEST(ParseFormulas, WhateverTheirOrder) {
+  const struct {
+    Texts formulas;
+    std::string wrong, state;
+  } rows[] = {
+      {{}, "", ""},
+      {{"A=B() || C()", "C='c'", "B=C() || C()"}, "", "A:=B() || C() C:='c' B:=C() || C() "},
+      {{"=F()", "F=1"}, "", "Formula1:=F() F:=1 "},
+      {{"A=B()", "B=2", "W=1 +", "C=3"}, "2 109@3+1", "B:=2 "},
+      {{"C=1", "A=B() + 'a'", "B=2"}, "1 100@6+3", "C:=1 B:=2 "},
+      {{"A=1", "A=2"}, "", "A:=1 A:=2 "},
+      {{"A=1", "a b=2"}, "1 107@0+1", "A:=1 "},
+      {{"C=1", "D=A()", "A=B()", "B=A()"}, "1 125@0+0", "C:=1 "},
+      {{"A=A()"}, "0 125@0+0", ""},
+  };
+  for (const auto &row : rows) {
+    Texts parts;
+    for (const std::string &formula : row.formulas) {
+      parts.push_back(formula.substr(0, formula.find('=')));
+      parts.push_back(formula.substr(formula.find('=') + 1));
+    }
+    std::vector<OrlFormulaText> texts;
+    for (size_t i = 0; i < parts.size(); i += 2) {
+      texts.push_back({parts[i + 1].c_str(), parts[i].empty() ? nullptr : parts[i].c_str()});
+    }
+    const OwnedContext ec = ContextFor({});
+    int32_t wrong = -1;
+    FormulaError error = {};
+    const auto count = static_cast<int32_t>(texts.size());
+    const bool good = ORLParseFormulas(ec.get(), count, texts.data(), &wrong, &error) == 1;
+    SCOPED_TRACE(testing::PrintToString(row.formulas));
+    EXPECT_EQ(good ? "" : std::to_string(wrong) + " " + Outcome({nullptr, error, 0}), row.wrong);
+    EXPECT_EQ(StateOf(ec.get()), row.state);
+  }
+  FormulaError error = {};
+  EXPECT_EQ(ORLParseFormulas(nullptr, 0, nullptr, nullptr, &error), 0);
+  EXPECT_EQ(error.id, ORL_ERR_GENERAL);
+}
+
 // As many formulas as a block can hold, each of which needs the next, and the first one all, the
 // last of the chain ahead.
 TEST(BlockReader, LongChains) {
