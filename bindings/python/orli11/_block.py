@@ -1,21 +1,20 @@
 """Stored contexts, read without the engine.
 
 A load by the engine opens the formula editor for a formula that no longer parses. A program wants
-an exception, so the formulas are tried one by one first. And a load looks routines of operators up
+an exception, so the formulas are tried first. And a load looks routines of operators up
 by the same names as those of items, so blocks that name some are told apart here.
 """
 
 from __future__ import annotations
 
 import struct
-from typing import Callable, Dict, List, Optional, Tuple
+from typing import List, Tuple
 
-from .errors import FormulaError, LoadError
+from .errors import LoadError
 
 _OPERATORS = 20
 _INPUT_ROW = 85
 _INPUTS, _FORMULAS = 250, 252
-_UNKNOWN_FUNCTION = 103  # the message that a call of something unknown ends with
 
 
 class _Reader:
@@ -58,34 +57,3 @@ def formulas_of(block: bytes) -> List[Tuple[str, str]]:
         text = reader.text()
         found.append((reader.text(), text))
     return found
-
-
-def deferred(pending: List[Tuple[str, str]],
-             attempt: Callable[[str, str], Optional[FormulaError]]) -> Dict[str, FormulaError]:
-    """Parses formulas that may refer to later ones; returns those that failed.
-
-    `attempt(name, text)` parses one: None for success, else its FormulaError. A formula that fails
-    at an unknown function is tried again when a formula of that name has been parsed. In the result
-    those that only wait for another one that failed are the last.
-    """
-    waiting: Dict[str, List[Tuple[str, str]]] = {}
-    failed: Dict[str, FormulaError] = {}
-    queue = list(reversed(pending))
-    while queue:
-        name, text = queue.pop()
-        error = attempt(name, text)
-        if error is None:
-            failed.pop(name, None)
-            queue.extend(reversed(waiting.pop(name, [])))
-            continue
-        failed[name] = error
-        if error.id == _UNKNOWN_FUNCTION:
-            waiting.setdefault(_wanted(error), []).append((name, text))
-    causes = {name: error for name, error in failed.items()
-              if error.id != _UNKNOWN_FUNCTION or _wanted(error) not in failed}
-    return {**causes, **failed}
-
-
-def _wanted(error: FormulaError) -> str:
-    """The name of the function that is unknown."""
-    return error.text[error.start:error.end].rstrip("( \t\r\n")

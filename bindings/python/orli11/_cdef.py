@@ -16,6 +16,9 @@ typedef int32_t (*OrlFunctionProc)(EC ec, HEXP exp, int32_t resultSize, void **r
                                    const char *name, void **args);
 typedef void (*OrlEnumItemProc)(EC ec, const char *name, void *user);
 typedef void (*OrlErrorProc)(EC ec, const char *text, const FormulaError *error);
+typedef struct OrlFormulaText {
+  const char *text, *name;
+} OrlFormulaText;
 typedef struct {
   const char *name;
   int32_t form, scale;
@@ -67,14 +70,15 @@ int32_t ORLGetExpressionTextLength(EC ec, HEXP exp);
 int32_t ORLGetExpressionText(EC ec, HEXP exp, int32_t size, char *buffer);
 int32_t ORLGetExpressionNameLength(EC ec, HEXP exp);
 int32_t ORLGetExpressionName(EC ec, HEXP exp, int32_t size, char *buffer);
+int32_t ORLIsExpNameUnique(EC ec, HEXP exp, const char *name);
 int32_t ORLDestroyEXP(EC ec, HEXP exp);
 int32_t ORLIsExpRange(EC ec, HEXP exp, int16_t which);
 uint16_t ORLGetExpressionDataType(EC ec, HEXP exp);
 int32_t ORLValidName(EC ec, const char *name, FormulaError *error);
-HEXP ORLParseString(EC ec, const char *text, const char *name, FormulaError *error,
-                    uint16_t *dataType);
 HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name,
                      FormulaError *error, uint16_t *dataType);
+int32_t ORLParseFormulas(EC ec, int32_t count, const OrlFormulaText *formulas,
+                         int32_t *wrong, FormulaError *error);
 int32_t ORLInputNameIsKeyword(char *target, const char *source);
 int32_t ORLEvaluateExpression(EC ec, HEXP exp, int32_t size, void *buffer);
 int32_t ORLEvaluateExpressionExt(EC ec, HEXP exp, int32_t *length, void **buffer);

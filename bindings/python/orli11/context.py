@@ -5,7 +5,7 @@ from __future__ import annotations
 import contextlib
 import threading
 import weakref
-from typing import Any, Callable, Dict, Iterable, Iterator, List, Mapping, Optional, Union
+from typing import Any, Callable, Dict, Iterable, Iterator, List, Mapping, Optional, Tuple, Union
 
 from . import _block, _callbacks
 from ._library import engine, ffi
@@ -18,6 +18,7 @@ from .types import STRING, Flag, Kind, Type, TypeLike
 _NULL, _CELL = ffi.NULL, ffi.typeof("NumberValue *")
 _KINDS = ("formula", "set", "range")
 _VERSIONS_WITH_ORDER = (0, 1)  # of blocks whose load opens no editor
+_NAME_TAKEN = 126  # the message
 
 # Callables by their own names, or by names given here; functions of another context too.
 Functions = Union[Iterable[Union[Callable[..., Any], Function]], Mapping[str, Callable[..., Any]]]
@@ -298,24 +299,35 @@ class Context:
     def add_formulas(self, formulas: Mapping[str, str]) -> Dict[str, Expression]:
         """Stores formulas by their names; they may refer to each other in any order.
 
-        A name that is no plain name is stored in quotes, and no formula can call it. Raises FormulaError for one that is wrong, and stores none then.
+        A name that is no plain name is stored in quotes, and no formula can call it. Raises
+        FormulaError for the first that is wrong, and stores none then.
         """
-        made: Dict[str, Expression] = {}
+        with self._entered(change=True) as ec:
+            rows = [(self._items.name_of(name), text) for name, text in formulas.items()]
+            for name, text in rows:
+                if engine.ORLIsExpNameUnique(ec, _NULL, encode(name)) == 0:
+                    raise FormulaError(text, _NAME_TAKEN, 0, len(encode(text)))
+            before = engine.ORLGetExpressionCount(ec)
+            wrong = self._parse_all(rows)
+            if wrong is not None:
+                while engine.ORLGetExpressionCount(ec) > before:  # those that others call go after them
+                    for ordinal in reversed(range(before, engine.ORLGetExpressionCount(ec))):
+                        engine.ORLDestroyEXP(ec, engine.ORLHEXPFromOrdinal(ec, ordinal))
+                raise wrong[1]
+        return {name: self[name] for name in formulas}
 
-        def attempt(name: str, text: str) -> Optional[FormulaError]:
-            try:
-                made[name] = self.parse(text, self._items.name_of(name))
-            except FormulaError as error:
-                return error
+    def _parse_all(self, rows: List[Tuple[str, str]]) -> Optional[Tuple[str, FormulaError]]:
+        """Parses formulas, each a name and a text; the name and error of the first that is wrong.
+
+        What was parsed before it stays.
+        """
+        kept = [(ffi.new("char[]", encode(name)), ffi.new("char[]", encode(text))) for name, text in rows]
+        given = ffi.new("OrlFormulaText[]", [{"name": name, "text": text} for name, text in kept])
+        wrong, error = ffi.new("int32_t *"), ffi.new("FormulaError *")
+        if engine.ORLParseFormulas(self._ec, len(kept), given, wrong, error) == 1:
             return None
-
-        with self._entered(change=True):
-            failed = _block.deferred(list(formulas.items()), attempt)
-            if failed:
-                for expression in reversed(list(made.values())):
-                    expression.remove()
-                raise next(iter(failed.values()))
-        return {name: made[name] for name in formulas}
+        name, text = rows[wrong[0]]
+        return name, FormulaError(text, error.id, error.offset, error.length)
 
     def __getitem__(self, name: str) -> Expression:
         """The formula, range or set of that name, which may be without its quotes."""
@@ -470,22 +482,17 @@ class Context:
         """Raises what is wrong with the formulas of a block, and changes nothing."""
         with self.copy() as trial:
             trial._take(block, False)
-            wrong = _block.deferred(_block.formulas_of(block), trial._attempt)
-            if wrong:
-                raise LoadError("Formulas of the stored context do not parse.", wrong)
-
-    def _attempt(self, name: str, text: str) -> Optional[FormulaError]:
-        error, type = ffi.new("FormulaError *"), ffi.new("uint16_t *")
-        handle = engine.ORLParseString(self._ec, encode(text), encode(name), error, type)
-        return FormulaError(text, error.id, error.offset, error.length) if handle == _NULL else None
+            wrong = trial._parse_all(_block.formulas_of(block))
+            if wrong is not None:
+                raise LoadError("A formula of the stored context does not parse.", *wrong)
 
     def _take(self, block: bytes, formulas: bool) -> None:
         with self._entered(change=True) as ec:
             done = engine.ORLSetECContents(ec, len(block), block, formulas, _callbacks.keep_error)
             raised, self._raised = self._raised, None
             if not done:
-                wrong = {"": raised} if isinstance(raised, FormulaError) else {}
-                raise LoadError("The stored context is damaged, or has formulas that do not parse.", wrong)
+                raise LoadError("The stored context is damaged, or a formula of it does not parse.", None,
+                                raised if isinstance(raised, FormulaError) else None)
             self._items.read()
 
 

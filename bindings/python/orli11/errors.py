@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Mapping, Optional
+from typing import Optional
 
 from ._library import engine, ffi
 
@@ -45,16 +45,18 @@ class FormulaError(Error, ValueError):
 class LoadError(Error, ValueError):
     """A stored context could not be read.
 
-    `formulas` has the error of each formula that does not parse, by its name; it is empty when the
-    bytes are damaged.
+    `name` and `error` are those of the formula that does not parse; None where the bytes are
+    damaged, and the name also where blocks of the versions 0 and 1 do not have it.
     """
 
-    def __init__(self, reason: str, formulas: Optional[Mapping[str, FormulaError]] = None):
-        super().__init__(reason, formulas or {})
-        self.formulas = dict(formulas or {})
+    def __init__(self, reason: str, name: Optional[str] = None, error: Optional[FormulaError] = None):
+        super().__init__(reason, name, error)
+        self.name, self.error = name, error
 
     def __str__(self) -> str:
-        return "\n".join([self.args[0], *(f"{name}: {error}" for name, error in self.formulas.items())])
+        if self.error is None:
+            return self.args[0]
+        return f"{self.args[0]}\n{self.name + ': ' if self.name else ''}{self.error}"
 
 
 def message(id: int) -> str:
