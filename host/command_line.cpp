@@ -21,6 +21,7 @@ int64_t WholeNumber(std::string_view text, int64_t most) {
 
 constexpr int64_t kMostRows = std::numeric_limits<int64_t>::max();
 constexpr int64_t kMostDecimals = 50;
+constexpr int64_t kMostJobs = 64;
 
 std::string CheckWhole(const std::string &text, int64_t most) {
   if (WholeNumber(text, most) >= 0) {
@@ -138,6 +139,9 @@ void AddRowOptions(CLI::App *command, CommandLine &line, const char *limit, cons
   command->add_option("--decimals", line.decimals, "Write computed numbers with N decimals")
       ->type_name("N")
       ->check([](const std::string &text) { return CheckWhole(text, kMostDecimals); });
+  command->add_option("--jobs", line.jobs, "Compute on N processors; without it on all there are")
+      ->type_name("N")
+      ->check([](const std::string &text) { return CheckWhole(text, kMostJobs); });
 }
 
 RowOptions RowsOf(const CommandLine &line) {
@@ -150,6 +154,7 @@ RowOptions RowsOf(const CommandLine &line) {
   rows.limit = line.limit.empty() ? -1 : WholeNumber(line.limit, kMostRows);
   rows.decimals =
       line.decimals.empty() ? -1 : static_cast<int>(WholeNumber(line.decimals, kMostDecimals));
+  rows.jobs = line.jobs.empty() ? 0 : WholeNumber(line.jobs, kMostJobs);
   rows.format = FormatOf(line);
   return rows;
 }

@@ -14,7 +14,7 @@
 struct CommandLine {
   DataOptions data;
   std::string file; /* of commands that take one alone */
-  std::string text, format, limit, decimals, store, name, newName;
+  std::string text, format, limit, decimals, jobs, store, name, newName;
   std::string delimiter, dateOrder, decimal;
   std::vector<std::string> nulls;
   std::vector<std::string> formulas, types, formulaFiles, conditions, sort, keep;

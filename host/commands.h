@@ -25,6 +25,7 @@ struct RowOptions {
   std::vector<std::string> sort;         /* NAME, NAME:asc or NAME:desc */
   int64_t limit = -1;                    /* rows to write; -1: all */
   int decimals = -1;                     /* of the numbers; -1: those that they have */
+  int64_t jobs = 0;                      /* threads that compute; 0: one for each processor */
   OutputFormat format = kOutputTable;
 };
 

@@ -10,44 +10,23 @@
 
 namespace {
 
-constexpr uint32_t kFirstBlock = 64;
-
 struct RowReader {
   Computation *computation;
-  const RowConsumer *consumer;
+  BatchRing *ring;
+  int64_t read = 0;
 };
 
-bool ConditionsMet(const Computation &computation) {
-  return std::all_of(computation.conditions.begin(), computation.conditions.end(),
-                     [&computation](const Condition &condition) {
-                       return ConditionMet(computation.session.ec.get(), condition);
-                     });
-}
-
-bool ComputeRow(const CsvRow &row, void *user, std::string &error) {
+bool ReadRow(const CsvRow &row, void *user, std::string &error) {
   RowReader &reader = *static_cast<RowReader *>(user);
   Computation &computation = *reader.computation;
-  Session &session = computation.session;
-  if (computation.rows == computation.limit) {
+  /* Without conditions every row that is read is computed. */
+  if (computation.conditions.empty() && reader.read == computation.limit) {
     return false;
   }
+  ++reader.read;
   /* The file was read before, but it may have changed since. */
-  if (!ColumnsFit(session.csv, session.table, row, error)) {
-    return false;
-  }
-  SessionSetRow(session, row);
-  if (!ConditionsMet(computation)) {
-    return true;
-  }
-  for (size_t i = 0; i < computation.formulas.size(); ++i) {
-    Result &result = computation.results[i];
-    result.good = Evaluate(session.ec.get(), computation.formulas[i].exp, result.block);
-    result.missing += result.good ? 0 : 1;
-  }
-  SessionCountZeros(session);
-  const int64_t total = computation.limit >= 0 ? computation.limit : session.table.rows;
-  ProgressStep(computation.progress, "computing", ++computation.rows, total);
-  return reader.consumer->row();
+  return ColumnsFit(computation.session.csv, computation.session.table, row, error) &&
+         reader.ring->Add(row);
 }
 
 /* The formulas that those of the command line may call: of the store, then of files. */
@@ -129,8 +108,11 @@ bool Define(Computation &computation, std::string &error) {
 }
 
 void ReportMissing(const Computation &computation) {
-  for (size_t i = 0; i < computation.results.size(); ++i) {
-    const int64_t missing = computation.results[i].missing;
+  for (size_t i = 0; i < computation.formulas.size(); ++i) {
+    int64_t missing = 0;
+    for (const Worker &worker : computation.workers) {
+      missing += worker.results[i].missing;
+    }
     if (missing != 0) {
       std::fprintf(stderr, "orli: formula %s has no value in %lld of %lld rows\n",
                    DisplayName(computation.formulas[i].title).c_str(),
@@ -140,14 +122,17 @@ void ReportMissing(const Computation &computation) {
 }
 
 /* Tells how many empty fields counted as zero: "2 empty values counted as zero: 2 of amount". */
-void ReportZeros(const Session &session) {
+void ReportZeros(const Computation &computation) {
   int64_t all = 0;
   std::string columns;
-  for (size_t i = 0; i < session.values.size(); ++i) {
-    const int64_t zeros = session.values[i].zeros;
+  for (size_t i = 0; i < computation.session.values.size(); ++i) {
+    int64_t zeros = 0;
+    for (const Worker &worker : computation.workers) {
+      zeros += worker.session->values[i].zeros;
+    }
     if (zeros != 0) {
       columns += (all == 0 ? "" : ", ") + std::to_string(zeros) + " of " +
-                 DisplayName(session.table.columns[i].name);
+                 DisplayName(computation.session.table.columns[i].name);
       all += zeros;
     }
   }
@@ -158,20 +143,52 @@ void ReportZeros(const Session &session) {
   }
 }
 
+/* As many as there are jobs. With a limit and conditions the rows to compute are known only one
+ * after the other. */
+bool BeginWorkers(Computation &computation) {
+  const bool inOrder = computation.limit >= 0 && !computation.conditions.empty();
+  const int64_t jobs = computation.options->jobs;
+  const size_t count = inOrder ? 1 : jobs > 0 ? static_cast<size_t>(jobs) : ProcessorCount();
+  computation.workers.resize(count);
+  for (size_t i = 0; i < count; ++i) {
+    if (!WorkerBegin(computation.workers[i], computation.session, computation.formulas,
+                     computation.conditions, i != 0)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool ReadAll(Computation &computation, const RowConsumer &consumer, std::string &error) {
+  const bool limited = !computation.conditions.empty() && computation.limit >= 0;
+  const auto compute = [&](size_t worker, RowBatch &batch) {
+    WorkerCompute(computation.workers[worker], batch,
+                  limited ? computation.limit - computation.rows : -1, consumer.make);
+  };
+  const auto take = [&](RowBatch &batch) {
+    computation.rows += batch.computed;
+    const int64_t total =
+        computation.limit >= 0 ? computation.limit : computation.session.table.rows;
+    ProgressStep(computation.progress, "computing", computation.rows, total);
+    return consumer.take(batch) && computation.rows != computation.limit;
+  };
+  BatchRing ring(computation.workers.size(), compute, take);
+  RowReader reader{&computation, &ring};
+  const bool good = CsvRead(computation.session.csv, ReadRow, &reader, error);
+  ring.Finish();
+  return good;
+}
+
 int ComputeRows(Computation &computation, const RowConsumer &consumer) {
   std::string error;
-  if ((consumer.open && !consumer.open(error)) || !Define(computation, error)) {
+  if ((consumer.open && !consumer.open(error)) || !Define(computation, error) ||
+      !consumer.begin(error)) {
     return Complain(error, kExitWrong);
   }
-  computation.results.resize(computation.formulas.size());
-  for (Result &result : computation.results) {
-    result.block = NewBlock(kFirstBlock);
+  if (!BeginWorkers(computation)) {
+    return Complain("out of memory", kExitWrong);
   }
-  if (!consumer.begin(error)) {
-    return Complain(error, kExitWrong);
-  }
-  RowReader reader{&computation, &consumer};
-  const bool good = CsvRead(computation.session.csv, ComputeRow, &reader, error);
+  const bool good = ReadAll(computation, consumer, error);
   consumer.end(good);
   /* The rows before the summary that tells about them, also when both go to one place. */
   static_cast<void>(std::fflush(stdout));
@@ -180,7 +197,7 @@ int ComputeRows(Computation &computation, const RowConsumer &consumer) {
     return Complain(error, kExitWrong);
   }
   ReportMissing(computation);
-  ReportZeros(computation.session);
+  ReportZeros(computation);
   ProgressReport(computation.progress, computation.rows);
   return kExitGood;
 }

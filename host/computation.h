@@ -7,29 +7,24 @@
 #include <string>
 #include <vector>
 
+#include "host/batch_values.h"
 #include "host/commands.h"
 #include "host/conditions.h"
 #include "host/formulas.h"
 #include "host/progress.h"
+#include "host/row_batch.h"
 #include "host/session.h"
 #include "host/values.h"
-
-/* What a formula gave in the present row. */
-struct Result {
-  Block block;         /* the value; the engine enlarges it for long strings */
-  bool good = false;   /* there is one */
-  int64_t missing = 0; /* rows so far without one */
-};
 
 struct Computation {
   const RowOptions *options = nullptr;
   std::vector<Formula> formulas;
-  std::vector<Result> results; /* one for each formula */
+  std::vector<Worker> workers; /* one for each job */
   std::vector<Condition> conditions;
   bool computeStored = false; /* formulas of the store and of files are computed, before others */
   bool mayBeEmpty = false;    /* there is something to write without formulas */
   int64_t limit = -1;         /* rows to compute; -1: all */
-  int64_t rows = 0;           /* computed so far */
+  int64_t rows = 0;           /* computed and taken so far */
   Session session;
   Progress progress;
 };
@@ -38,9 +33,15 @@ struct Computation {
 struct RowConsumer {
   std::function<bool(std::string &error)> open;  /* the columns are known; formulas may be added */
   std::function<bool(std::string &error)> begin; /* the formulas are defined, no row is read */
-  std::function<bool()> row;                     /* the results of a row are there */
-  std::function<void(bool good)> end;            /* no more rows; not good after a failure */
+  RowMaker make;   /* the values of a row are there; on any thread, for the batch alone */
+  BatchTaker take; /* what was made of a batch, in the order of the rows; on one thread */
+  std::function<void(bool good)> end; /* no more rows; not good after a failure */
 };
+
+/* A value that a worker's formula gave could not be written: counts like one that is missing. */
+inline void CountMissing(Worker &worker, size_t formula) {
+  ++worker.results[formula].missing;
+}
 
 /* Takes one more formula, NAME=TEXT. False with a message. */
 bool ComputationTake(Computation &computation, const std::string &argument, std::string &error);

@@ -64,7 +64,7 @@ Value ValueOf(EC ec, int32_t type, HEXP exp) {
 }
 
 int Compare(int32_t type, const Value &left, const Value &right) {
-  return type == ORL_TYPE_STRING ? CompareTexts(left.text, right.text)
+  return type == ORL_TYPE_STRING ? CompareTexts(left.text.c_str(), right.text.c_str())
                                  : CompareValues(type, left.number, right.number);
 }
 

@@ -16,7 +16,6 @@ struct Evaluation {
   Computation computation;
   std::vector<size_t> kept; /* columns that are written, by index */
   std::vector<size_t> keys; /* formulas that the rows are sorted by */
-  std::vector<std::string> cells;
   Sorter sorter;
   Output output;
 };
@@ -93,8 +92,7 @@ void Begin(Evaluation &evaluation) {
 }
 
 /* A kept field as the file has it; where the output has types of its own, its value. */
-bool KeptCell(Evaluation &evaluation, size_t index, std::string &cell) {
-  Session &session = evaluation.computation.session;
+bool KeptCell(const Evaluation &evaluation, Session &session, size_t index, std::string &cell) {
   const Column &column = session.table.columns[index];
   if (!IsJson(evaluation.output.format) || column.type == ORL_TYPE_STRING) {
     const char *field = CsvField(*session.row, index);
@@ -107,38 +105,65 @@ bool KeptCell(Evaluation &evaluation, size_t index, std::string &cell) {
   return SessionValue(session, index, value) && CellFromValue(column.type, &value, cell);
 }
 
-/* Writes the present row. A value that has no text is missing like one that was not computed. */
-void WriteRow(Evaluation &evaluation) {
-  Computation &computation = evaluation.computation;
-  std::vector<std::string> &cells = evaluation.cells;
+/* The cells of the present row. A value that has no text is missing like one that was not computed.
+ */
+void MakeCells(const Evaluation &evaluation, Worker &worker, std::vector<std::string> &cells) {
+  const std::vector<Formula> &formulas = evaluation.computation.formulas;
   cells.resize(evaluation.output.columns.size());
   size_t place = 0;
   for (const size_t index : evaluation.kept) {
-    if (!KeptCell(evaluation, index, cells[place])) {
-      cells[place].clear();
+    std::string &cell = cells[place++];
+    if (!KeptCell(evaluation, *worker.session, index, cell)) {
+      cell.clear();
     }
-    ++place;
   }
-  for (size_t i = 0; i < computation.formulas.size(); ++i) {
-    Result &result = computation.results[i];
-    if (!computation.formulas[i].shown) {
+  for (size_t i = 0; i < formulas.size(); ++i) {
+    if (!formulas[i].shown) {
       continue;
     }
     std::string &cell = cells[place++];
+    const void *value = WorkerValue(worker, i);
     cell.clear();
-    if (result.good && !CellFromValue(computation.formulas[i].type, result.block.get(), cell,
-                                      evaluation.options->rows.decimals)) {
+    if (value != nullptr &&
+        !CellFromValue(formulas[i].type, value, cell, evaluation.options->rows.decimals)) {
       cell.clear();
-      ++result.missing;
+      CountMissing(worker, i);
     }
   }
-  std::vector<SortValue> values;
-  for (const size_t i : evaluation.keys) {
-    const Result &result = computation.results[i];
-    values.push_back(
-        SortValueOf(computation.formulas[i].type, result.good ? result.block.get() : nullptr));
+}
+
+void MakeRow(const Evaluation &evaluation, Worker &worker, RowBatch &batch) {
+  if (!evaluation.keys.empty()) {
+    Sorter::Row &row = batch.sorted.emplace_back();
+    MakeCells(evaluation, worker, row.cells);
+    for (const size_t i : evaluation.keys) {
+      row.values.push_back(
+          SortValueOf(evaluation.computation.formulas[i].type, WorkerValue(worker, i)));
+    }
+  } else if (evaluation.output.format == kOutputTable) {
+    MakeCells(evaluation, worker, batch.cells.emplace_back());
+  } else {
+    thread_local std::vector<std::string> cells;
+    MakeCells(evaluation, worker, cells);
+    OutputAppend(evaluation.output, cells, batch.text);
   }
-  SorterRow(evaluation.sorter, cells, std::move(values), evaluation.output);
+}
+
+/* Writes what was made of a batch, or keeps it to be sorted. */
+bool TakeBatch(Evaluation &evaluation, RowBatch &batch) {
+  for (Sorter::Row &row : batch.sorted) {
+    evaluation.sorter.rows.push_back(std::move(row));
+  }
+  for (const std::vector<std::string> &cells : batch.cells) {
+    OutputRow(evaluation.output, cells);
+  }
+  if (!batch.text.empty()) {
+    OutputText(evaluation.output, batch.text);
+  }
+  batch.sorted.clear();
+  batch.cells.clear();
+  batch.text.clear();
+  return std::ferror(stdout) == 0;
 }
 
 }  // namespace
@@ -168,10 +193,10 @@ int RunEval(const EvalOptions &options) {
     Begin(evaluation);
     return true;
   };
-  consumer.row = [&evaluation] {
-    WriteRow(evaluation);
-    return std::ferror(stdout) == 0;
+  consumer.make = [&evaluation](Worker &worker, const CsvRow & /*row*/, RowBatch &batch) {
+    MakeRow(evaluation, worker, batch);
   };
+  consumer.take = [&evaluation](RowBatch &batch) { return TakeBatch(evaluation, batch); };
   consumer.end = [&evaluation](bool good) {
     if (good) {
       SorterEnd(evaluation.sorter, evaluation.output);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <string>
 
@@ -265,6 +266,55 @@ bool NumberFromField(const FieldRules &rules, const char *text, NumberValue *val
   const std::string plain = WithoutGroups(text, rules.decimal);
   WRENNumFromText(value, plain.c_str());
   return WRENNumIsNull(value) == 0 && CountDigits(plain) <= kMostDigits;
+}
+
+bool DayOfPlainDate(const char *text, int32_t &day) {
+  constexpr std::string_view kShape = "dddd-dd-dd";
+  for (size_t i = 0; i < kShape.size(); ++i) {
+    if (kShape[i] == 'd' ? !IsDigit(text[i]) : text[i] != kShape[i]) {
+      return false;
+    }
+  }
+  const auto number = [text](int first, int digits) {
+    int value = 0;
+    for (int i = first; i < first + digits; ++i) {
+      value = value * 10 + (text[i] - '0');
+    }
+    return value;
+  };
+  const std::chrono::year_month_day date(std::chrono::year(number(0, 4)),
+                                         std::chrono::month(static_cast<unsigned>(number(5, 2))),
+                                         std::chrono::day(static_cast<unsigned>(number(8, 2))));
+  if (text[kShape.size()] != '\0' || !date.ok() || number(0, 4) == 0) {
+    return false;
+  }
+  day = static_cast<int32_t>(std::chrono::sys_days(date).time_since_epoch().count());
+  return true;
+}
+
+bool PlainDecimal(const char *text, int64_t &value, uint8_t &decimals) {
+  constexpr int kMostDigitsOf64Bits = 18;
+  const bool negative = *text == '-';
+  text += negative ? 1 : 0;
+  int64_t number = 0;
+  int digits = 0;
+  int behind = -1;
+  for (; *text != '\0'; ++text) {
+    if (*text >= '0' && *text <= '9') {
+      number = number * 10 + (*text - '0');
+      behind += behind >= 0 ? 1 : 0;
+      if (++digits > kMostDigitsOf64Bits) {
+        return false;
+      }
+    } else if (*text == '.' && behind < 0 && digits > 0) {
+      behind = 0;
+    } else {
+      return false;
+    }
+  }
+  value = negative ? -number : number;
+  decimals = static_cast<uint8_t>(std::max(behind, 0));
+  return digits > 0 && behind != 0;
 }
 
 bool DateFromField(const FieldRules &rules, const char *text, NumberValue *value) {

@@ -15,6 +15,14 @@ bool FieldIsEmpty(const FieldRules &rules, const char *text);
  * NumberValue holds is left to be text, since it would be rounded. */
 bool NumberFromField(const FieldRules &rules, const char *text, NumberValue *value);
 
+/* The days since 1970-01-01 of a date that is written as "2024-01-31" and nothing else, which every
+ * order of dates reads alike; false for any other text. */
+bool DayOfPlainDate(const char *text, int32_t &day);
+
+/* "12", "-0.75": digits with at most one point and digits behind it, 18 at most; its value without
+ * the point and the places behind it. False for any other text. */
+bool PlainDecimal(const char *text, int64_t &value, uint8_t &decimals);
+
 /* The date in a field that is not empty: ISO dates, and what the order of the rules or the country
  * settings allow. A time with "Z" or an offset is converted to UTC. A time alone is not a date. */
 bool DateFromField(const FieldRules &rules, const char *text, NumberValue *value);

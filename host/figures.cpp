@@ -126,3 +126,16 @@ void AppendKey(int32_t type, const void *block, std::string &key) {
     key.append(reinterpret_cast<const char *>(value.payload), value.length);
   }
 }
+
+const char *TakeKey(int32_t type, std::string_view &key, NumberValue &number) {
+  const char *bytes = key.data();
+  number = {};
+  if (type == ORL_TYPE_STRING) {
+    key.remove_prefix(std::strlen(bytes) + 1);
+    return bytes;
+  }
+  number.length = static_cast<uint8_t>(bytes[0]);
+  std::memcpy(number.payload, bytes + 1, number.length);
+  key.remove_prefix(size_t{1} + number.length);
+  return "";
+}

@@ -7,16 +7,16 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
 #include "host/commands.h"
 
-/* What is known of one column of a group: its own value, or what the rows came to so far. */
+/* What the rows of a group came to so far in one figure. */
 struct Entry {
-  std::string text;        /* of type String */
-  NumberValue number = {}; /* of the other types; null before the first value of a figure */
-  int64_t values = 0;      /* of a figure: those that were not null */
+  NumberValue number = {};                                   /* null before the first value */
+  int64_t values = 0;                                        /* those that were not null */
   std::unique_ptr<std::vector<NumberValue>> all;             /* of a median */
   std::unique_ptr<std::unordered_set<std::string>> distinct; /* of a count of these, as bytes */
 };
@@ -38,5 +38,8 @@ NumberValue FigureValue(ReportFigure figure, Entry &entry);
 
 /* Bytes that are equal for equal values of a type, and for no others. */
 void AppendKey(int32_t type, const void *block, std::string &key);
+/* The value whose bytes a key begins with: a number or date, or a terminated text. They are taken
+ * off the key. */
+const char *TakeKey(int32_t type, std::string_view &key, NumberValue &number);
 
 #endif

@@ -17,28 +17,37 @@ void Put(std::string_view text) {
   static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
 }
 
-void PutCsvCell(const std::string &cell, char delimiter) {
-  if (cell.find_first_of(std::string("\"\r\n") + delimiter) == std::string::npos &&
-      (cell.empty() || (cell.front() != ' ' && cell.back() != ' '))) {
-    Put(cell);
-    return;
-  }
-  std::string quoted = "\"";
-  for (const char byte : cell) {
-    quoted.append(byte == '"' ? 2 : 1, byte);
-  }
-  Put(quoted + "\"");
+bool NeedsQuotes(const std::string &cell, char delimiter) {
+  const auto isSpecial = [delimiter](char byte) {
+    return byte == '"' || byte == '\r' || byte == '\n' || byte == delimiter;
+  };
+  return !cell.empty() && (cell.front() == ' ' || cell.back() == ' ' ||
+                           std::any_of(cell.begin(), cell.end(), isSpecial));
 }
 
-void PutCsvRow(const Output &output, const std::vector<std::string> &cells) {
-  const bool tabs = output.format == kOutputTsv;
+void AppendCsvCell(const std::string &cell, char delimiter, std::string &line) {
+  if (!NeedsQuotes(cell, delimiter)) {
+    line += cell;
+    return;
+  }
+  line += '"';
+  for (const char byte : cell) {
+    line.append(byte == '"' ? 2 : 1, byte);
+  }
+  line += '"';
+}
+
+void AppendCsvRow(OutputFormat format, const std::vector<std::string> &cells, std::string &line) {
+  const char delimiter = format == kOutputTsv ? '\t' : ',';
   for (size_t i = 0; i < cells.size(); ++i) {
-    Put(i == 0 ? "" : tabs ? "\t" : ",");
-    PutCsvCell(cells[i], tabs ? '\t' : ',');
+    if (i != 0) {
+      line += delimiter;
+    }
+    AppendCsvCell(cells[i], delimiter, line);
   }
   /* A line without a byte would not be a row to a reader. */
-  Put(cells.size() == 1 && cells[0].empty() ? "\"\"" : "");
-  Put(tabs ? "\n" : "\r\n");
+  line += cells.size() == 1 && cells[0].empty() ? "\"\"" : "";
+  line += format == kOutputTsv ? "\n" : "\r\n";
 }
 
 void AppendJsonString(std::string_view text, std::string &line) {
@@ -69,8 +78,11 @@ void AppendJsonString(std::string_view text, std::string &line) {
   line += '"';
 }
 
-void PutJsonRow(Output &output, const std::vector<std::string> &cells) {
-  std::string line = output.format == kOutputJsonl ? "" : output.any ? ",\n" : "";
+/* In an array each row begins with what parts it from the one before. */
+constexpr std::string_view kJsonPart = ",\n";
+
+void AppendJsonRow(const Output &output, const std::vector<std::string> &cells, std::string &line) {
+  line += output.format == kOutputJson ? kJsonPart : "";
   line += '{';
   for (size_t i = 0; i < cells.size(); ++i) {
     const OutputColumn &column = output.columns[i];
@@ -83,8 +95,7 @@ void PutJsonRow(Output &output, const std::vector<std::string> &cells) {
       line += cells[i].empty() ? "null" : cells[i];
     }
   }
-  Put(line + (output.format == kOutputJsonl ? "}\n" : "}"));
-  output.any = true;
+  line += output.format == kOutputJson ? "}" : "}\n";
 }
 
 void PutTableRow(const Output &output, const std::vector<std::string> &cells,
@@ -143,7 +154,9 @@ void Begin(Output &output) {
     for (const OutputColumn &column : output.columns) {
       titles.push_back(column.title);
     }
-    PutCsvRow(output, titles);
+    std::string line;
+    AppendCsvRow(output.format, titles, line);
+    Put(line);
   }
 }
 
@@ -164,11 +177,28 @@ void OutputRow(Output &output, const std::vector<std::string> &cells) {
   Begin(output);
   if (output.format == kOutputTable) {
     PutTableRow(output, cells);
-  } else if (IsJson(output.format)) {
-    PutJsonRow(output, cells);
-  } else {
-    PutCsvRow(output, cells);
+    return;
   }
+  std::string line;
+  OutputAppend(output, cells, line);
+  OutputText(output, line);
+}
+
+void OutputAppend(const Output &output, const std::vector<std::string> &cells, std::string &text) {
+  if (IsJson(output.format)) {
+    AppendJsonRow(output, cells, text);
+  } else {
+    AppendCsvRow(output.format, cells, text);
+  }
+}
+
+void OutputText(Output &output, std::string_view text) {
+  Begin(output);
+  if (output.format == kOutputJson && !output.any && !text.empty()) {
+    text.remove_prefix(kJsonPart.size());
+  }
+  output.any = output.any || !text.empty();
+  Put(text);
 }
 
 void OutputEnd(Output &output) {

@@ -5,6 +5,7 @@
 #include <orli11.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 enum OutputFormat { kOutputTable, kOutputCsv, kOutputTsv, kOutputJson, kOutputJsonl };
@@ -36,6 +37,10 @@ bool IsJson(OutputFormat format);
  * tabs and LF; in JSON cells of type Number are written as they are, and bytes that are not UTF-8
  * by the replacement character. */
 void OutputRow(Output &output, const std::vector<std::string> &cells);
+/* The same in two steps, for all formats but tables: a row is added to a text, of any number of
+ * rows and on any thread, and the text is written. */
+void OutputAppend(const Output &output, const std::vector<std::string> &cells, std::string &text);
+void OutputText(Output &output, std::string_view text);
 /* Writes what is still held. */
 void OutputEnd(Output &output);
 /* Closes standard output; false when something could not be written. */

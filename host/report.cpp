@@ -1,127 +1,172 @@
 /* The command report: rows grouped by the values of formulas, with figures of each group. */
+#include <algorithm>
 #include <cstdio>
-#include <unordered_map>
+#include <numeric>
 
 #include "host/commands.h"
 #include "host/computation.h"
 #include "host/display.h"
 #include "host/figures.h"
+#include "host/groups.h"
 #include "host/sorting.h"
 
 namespace {
 
-using Group = std::vector<Entry>; /* an entry for each column */
+/* A column of the report: a part of the key or a figure, by its place among these. */
+struct Place {
+  bool key = false;
+  size_t index = 0;
+};
 
 struct Report {
   const ReportOptions *options;
   Computation computation; /* a formula for each column */
-  std::unordered_map<std::string, Group> groups;
-  std::string key; /* of the present row; kept for its capacity */
-  std::vector<size_t> sortedBy;
-  Sorter sorter;
+  std::vector<Place> places;
+  size_t keys = 0, figures = 0;
+  Groups groups;
+  std::vector<std::pair<size_t, bool>> sortedBy; /* columns; descending */
   Output output;
 };
 
-/* The value of a column in the present row, or null. */
-const void *BlockOf(const Report &report, size_t column) {
-  const Result &result = report.computation.results[column];
-  return result.good ? result.block.get() : nullptr;
+ReportFigure FigureOf(const Report &report, size_t column) {
+  return report.options->columns[column].figure;
 }
 
-/* The group of the present row, which begins with its first one. */
-Group &GroupOfRow(Report &report) {
-  const std::vector<ReportColumn> &columns = report.options->columns;
-  report.key.clear();
-  for (size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].figure == kReportBy) {
-      AppendKey(report.computation.formulas[i].type, BlockOf(report, i), report.key);
-    }
-  }
-  const auto [place, isNew] = report.groups.try_emplace(report.key);
-  Group &group = place->second;
-  if (!isNew) {
-    return group;
-  }
-  group.resize(columns.size());
-  for (size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i].figure == kReportBy) {
-      SortValue value = SortValueOf(report.computation.formulas[i].type, BlockOf(report, i));
-      group[i].number = value.number;
-      group[i].text = std::move(value.text);
-    }
-  }
-  return group;
+int32_t TypeOf(const Report &report, size_t column) {
+  return report.computation.formulas[column].type;
 }
 
-void AddRow(Report &report) {
-  Group &group = GroupOfRow(report);
-  for (size_t i = 0; i < group.size(); ++i) {
-    const ReportFigure figure = report.options->columns[i].figure;
-    if (figure != kReportBy) {
-      FigureAdd(figure, report.computation.formulas[i].type, BlockOf(report, i), group[i]);
+/* Takes the key and the values of a row into its batch. */
+void MakeRow(const Report &report, Worker &worker, RowBatch &batch) {
+  const size_t row = batch.ends.size();
+  if (batch.values.size() < (row + 1) * report.figures) {
+    batch.values.resize((row + 1) * report.figures);
+  }
+  for (size_t i = 0; i < report.places.size(); ++i) {
+    const void *value = WorkerValue(worker, i);
+    if (report.places[i].key) {
+      AppendKey(TypeOf(report, i), value, batch.text);
+    } else {
+      batch.values[row * report.figures + report.places[i].index] =
+          SortValueOf(TypeOf(report, i), value);
+    }
+  }
+  batch.ends.push_back(batch.text.size());
+}
+
+/* Adds the rows of a batch to their groups. */
+bool TakeBatch(Report &report, RowBatch &batch) {
+  size_t begin = 0;
+  for (size_t row = 0; row < batch.ends.size(); ++row) {
+    const std::string_view key =
+        std::string_view(batch.text).substr(begin, batch.ends[row] - begin);
+    const size_t group = report.groups.Find(key);
+    begin = batch.ends[row];
+    for (size_t i = 0; i < report.places.size(); ++i) {
+      const Place &place = report.places[i];
+      if (!place.key) {
+        const SortValue &value = batch.values[row * report.figures + place.index];
+        const bool text = TypeOf(report, i) == ORL_TYPE_STRING;
+        FigureAdd(FigureOf(report, i), TypeOf(report, i),
+                  text ? static_cast<const void *>(value.text.c_str()) : &value.number,
+                  report.groups.Figure(group, place.index));
+      }
+    }
+  }
+  batch.text.clear();
+  batch.ends.clear();
+  return true;
+}
+
+/* Gives each figure its value. `missing` counts those that no number can hold. */
+void FinishFigures(Report &report, std::vector<int64_t> &missing) {
+  for (size_t group = 0; group < report.groups.Count(); ++group) {
+    for (size_t i = 0; i < report.places.size(); ++i) {
+      if (!report.places[i].key) {
+        Entry &entry = report.groups.Figure(group, report.places[i].index);
+        entry.number = FigureValue(FigureOf(report, i), entry);
+        missing[i] += entry.values != 0 && entry.number.length == 0 ? 1 : 0;
+      }
     }
   }
 }
 
-/* The cells and values of one group. `missing` counts figures that no number can hold. */
-Sorter::Row RowOf(const Report &report, Group &group, std::vector<int64_t> &missing) {
-  const std::vector<ReportColumn> &columns = report.options->columns;
-  Sorter::Row row;
-  row.cells.resize(columns.size());
-  row.values.resize(columns.size());
-  for (size_t i = 0; i < columns.size(); ++i) {
-    const ReportFigure figure = columns[i].figure;
+/* The value of a column in a group. */
+struct GroupValue {
+  NumberValue number = {};
+  const char *text = "";
+};
+
+GroupValue ValueOf(const Report &report, size_t group, size_t column) {
+  const Place &place = report.places[column];
+  GroupValue value;
+  if (!place.key) {
+    value.number = report.groups.Figure(group, place.index).number;
+    return value;
+  }
+  std::string_view key = report.groups.Key(group);
+  for (size_t i = 0; i <= column; ++i) {
+    if (report.places[i].key) {
+      value.text = TakeKey(TypeOf(report, i), key, value.number);
+    }
+  }
+  return value;
+}
+
+bool IsBefore(const Report &report, size_t left, size_t right) {
+  for (const auto &[column, descending] : report.sortedBy) {
+    const GroupValue one = ValueOf(report, left, column);
+    const GroupValue other = ValueOf(report, right, column);
+    const int32_t type = report.output.columns[column].type;
+    const int order = type == ORL_TYPE_STRING ? CompareTexts(one.text, other.text)
+                                              : CompareValues(type, one.number, other.number);
+    if (order != 0) {
+      return descending ? order > 0 : order < 0;
+    }
+  }
+  return false;
+}
+
+void WriteGroup(Report &report, size_t group, std::vector<int64_t> &missing) {
+  std::vector<std::string> cells(report.places.size());
+  for (size_t i = 0; i < cells.size(); ++i) {
+    const ReportFigure figure = FigureOf(report, i);
     const int32_t type = report.output.columns[i].type;
-    Entry &entry = group[i];
-    if (figure == kReportBy && type == ORL_TYPE_STRING) {
-      row.cells[i] = row.values[i].text = entry.text;
-      continue;
-    }
-    const NumberValue value = FigureValue(figure, entry);
+    const GroupValue value = ValueOf(report, group, i);
     const bool counted = figure == kReportCount || figure == kReportDistinct;
-    const bool beyond = entry.values != 0 && value.length == 0;
+    const void *block =
+        type == ORL_TYPE_STRING ? static_cast<const void *>(value.text) : &value.number;
     const bool written =
-        CellFromValue(type, &value, row.cells[i], counted ? -1 : report.options->rows.decimals);
-    row.values[i].number = value;
-    missing[i] += beyond || !written ? 1 : 0;
+        CellFromValue(type, block, cells[i], counted ? -1 : report.options->rows.decimals);
+    missing[i] += written ? 0 : 1;
   }
-  return row;
-}
-
-/* Keeps of all values of a row those that the rows are sorted by. */
-void KeepKeys(const Report &report, Sorter::Row &row) {
-  std::vector<SortValue> keys;
-  for (const size_t column : report.sortedBy) {
-    keys.push_back(row.values[column]);
-  }
-  row.values = std::move(keys);
+  OutputRow(report.output, cells);
 }
 
 void WriteGroups(Report &report) {
-  const std::vector<ReportColumn> &columns = report.options->columns;
-  std::vector<int64_t> missing(columns.size());
-  const size_t count = report.groups.size();
-  while (!report.groups.empty()) {
-    auto node = report.groups.extract(report.groups.begin());
-    Sorter::Row row = RowOf(report, node.mapped(), missing);
-    KeepKeys(report, row);
-    report.sorter.rows.push_back(std::move(row));
+  std::vector<int64_t> missing(report.places.size());
+  FinishFigures(report, missing);
+  std::vector<uint32_t> order(report.groups.Count());
+  std::iota(order.begin(), order.end(), 0U);
+  std::stable_sort(order.begin(), order.end(), [&report](uint32_t left, uint32_t right) {
+    return IsBefore(report, left, right);
+  });
+  int64_t left = report.options->rows.limit;
+  for (const uint32_t group : order) {
+    if (left-- == 0) {
+      break;
+    }
+    WriteGroup(report, group, missing);
   }
-  SorterEnd(report.sorter, report.output);
   OutputEnd(report.output);
-  for (size_t i = 0; i < columns.size(); ++i) {
+  for (size_t i = 0; i < missing.size(); ++i) {
     if (missing[i] != 0) {
       std::fprintf(stderr, "orli: --%s %s has no value in %lld of %zu groups\n",
-                   FigureName(columns[i].figure),
+                   FigureName(FigureOf(report, i)),
                    DisplayName(report.computation.formulas[i].title).c_str(),
-                   static_cast<long long>(missing[i]), count);
+                   static_cast<long long>(missing[i]), order.size());
     }
   }
-}
-
-void AddKey(Report &report, size_t column, bool descending) {
-  report.sortedBy.push_back(column);
-  report.sorter.keys.push_back({report.output.columns[column].type, descending});
 }
 
 /* The keys of --sort, then the values of the groups, so that the order is always one. */
@@ -138,30 +183,31 @@ bool TakeKeys(Report &report, std::string &error) {
       error = "--sort: the report has no column " + DisplayName(key.name);
       return false;
     }
-    AddKey(report, column, key.descending);
+    report.sortedBy.emplace_back(column, key.descending);
   }
   for (size_t i = 0; i < formulas.size(); ++i) {
-    if (report.options->columns[i].figure == kReportBy) {
-      AddKey(report, i, false);
+    if (report.places[i].key) {
+      report.sortedBy.emplace_back(i, false);
     }
   }
   return true;
 }
 
 bool Begin(Report &report, std::string &error) {
-  bool grouped = false;
   for (size_t i = 0; i < report.options->columns.size(); ++i) {
     const Formula &formula = report.computation.formulas[i];
-    const ReportFigure figure = report.options->columns[i].figure;
+    const ReportFigure figure = FigureOf(report, i);
+    const bool key = figure == kReportBy;
     if (!FigureTakes(figure, formula.type, formula.title, error)) {
       return false;
     }
     report.output.columns.push_back({formula.title, FigureType(figure, formula.type)});
-    grouped = grouped || figure == kReportBy;
+    report.places.push_back({key, key ? report.keys++ : report.figures++});
   }
-  if (!grouped) {
+  report.groups = Groups(report.figures);
+  if (report.keys == 0) {
     /* All rows are one group, which is there also when they are none. */
-    report.groups[""].resize(report.options->columns.size());
+    report.groups.Find({});
   }
   return TakeKeys(report, error);
 }
@@ -172,7 +218,6 @@ int RunReport(const ReportOptions &options) {
   Report report;
   report.options = &options;
   report.output.format = options.rows.format;
-  report.sorter.limit = options.rows.limit;
   report.computation.options = &options.rows;
   for (const ReportColumn &column : options.columns) {
     /* A count has a formula too, so that all names are checked alike. */
@@ -188,10 +233,10 @@ int RunReport(const ReportOptions &options) {
   }
   RowConsumer consumer;
   consumer.begin = [&report](std::string &error) { return Begin(report, error); };
-  consumer.row = [&report] {
-    AddRow(report);
-    return true;
+  consumer.make = [&report](Worker &worker, const CsvRow & /*row*/, RowBatch &batch) {
+    MakeRow(report, worker, batch);
   };
+  consumer.take = [&report](RowBatch &batch) { return TakeBatch(report, batch); };
   consumer.end = [&report](bool good) {
     /* Figures of some of the rows would look like those of all. */
     if (good) {

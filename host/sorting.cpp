@@ -24,15 +24,6 @@ SortValue SortValueOf(int32_t type, const void *block) {
   return value;
 }
 
-void SorterRow(Sorter &sorter, const std::vector<std::string> &cells, std::vector<SortValue> values,
-               Output &output) {
-  if (sorter.keys.empty()) {
-    OutputRow(output, cells);
-  } else {
-    sorter.rows.push_back({cells, std::move(values)});
-  }
-}
-
 void SorterEnd(Sorter &sorter, Output &output) {
   const auto before = [&sorter](const Sorter::Row &left, const Sorter::Row &right) {
     for (size_t i = 0; i < sorter.keys.size(); ++i) {
@@ -40,7 +31,7 @@ void SorterEnd(Sorter &sorter, Output &output) {
       const SortValue &one = left.values[i];
       const SortValue &other = right.values[i];
       const int order = key.type == ORL_TYPE_STRING
-                            ? CompareTexts(one.text, other.text)
+                            ? CompareTexts(one.text.c_str(), other.text.c_str())
                             : CompareValues(key.type, one.number, other.number);
       if (order != 0) {
         return key.descending ? order > 0 : order < 0;

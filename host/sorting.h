@@ -36,14 +36,11 @@ struct Sorter {
     std::vector<std::string> cells;
     std::vector<SortValue> values; /* one for each key */
   };
-  std::vector<SortKey> keys; /* none: rows are written as they come */
-  int64_t limit = -1;        /* rows to write; -1: all */
+  std::vector<SortKey> keys;
+  int64_t limit = -1; /* rows to write; -1: all */
   std::vector<Row> rows;
 };
 
-/* Takes a row, or writes it when there are no keys. */
-void SorterRow(Sorter &sorter, const std::vector<std::string> &cells, std::vector<SortValue> values,
-               Output &output);
 /* Writes the rows in the order of the first key, then of the next; equal ones as they came. */
 void SorterEnd(Sorter &sorter, Output &output);
 

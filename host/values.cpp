@@ -16,6 +16,12 @@ constexpr size_t kMicrosecondDigits = 6;
 /* With `decimals` below 0 the digits that the number has. */
 bool PlainNumber(const NumberValue &value, int decimals, std::string &cell) {
   std::array<char, kFormatCapacity> text;
+  if (decimals < 0) {
+    const int32_t size = WRENNumToText(&value, kFormatCapacity, text.data());
+    const bool fits = size > 0 && size < static_cast<int32_t>(kFormatCapacity);
+    cell = fits ? text.data() : "";
+    return fits;
+  }
   FormatRecord record;
   WRENFmtInit(&record);
   record.mode = WREN_FMT_NUMBER;
@@ -131,11 +137,10 @@ int CompareValues(int32_t type, const NumberValue &left, const NumberValue &righ
          static_cast<int>(fields(parts[0]) < fields(parts[1]));
 }
 
-int CompareTexts(const std::string &left, const std::string &right) {
+int CompareTexts(const char *left, const char *right) {
   thread_local const Block block = NewBlock(sizeof(NumberValue));
   void *result = block.get();
-  std::array<void *, 2> arguments = {const_cast<char *>(left.c_str()),
-                                     const_cast<char *>(right.c_str())};
+  std::array<void *, 2> arguments = {const_cast<char *>(left), const_cast<char *>(right)};
   FUNStrCompare(nullptr, nullptr, sizeof(NumberValue), &result, "StrCompare", arguments.data());
   return WRENNumToInt(static_cast<const NumberValue *>(result));
 }

@@ -29,6 +29,6 @@ bool CellFromValue(int32_t type, const void *value, std::string &cell, int decim
 /* The order of two numbers or dates: below 0, 0 or above 0. Null comes first. */
 int CompareValues(int32_t type, const NumberValue &left, const NumberValue &right);
 /* The order of two strings, as the function StrCompare has it. */
-int CompareTexts(const std::string &left, const std::string &right);
+int CompareTexts(const char *left, const char *right);
 
 #endif

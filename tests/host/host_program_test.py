@@ -56,6 +56,34 @@ class Program(support.FolderCase):
             errors = process.stderr.read()
             self.assertEqual((process.wait(), errors), (-signal.SIGPIPE, b""))
 
+    def test_jobs_and_batches_change_nothing(self):
+        """By one job, by several, and row by row, as with a condition that every row meets."""
+        fields = (("12.5", "-0.75", "7", "1e3", "0.000", "123456789012345678901", "99999999999999.25"),
+                  ("2024-02-29", "2024-01-31 10:30", "1999-12-31", "0001-01-01"),
+                  ("Ada", "  blanks  ", "\u00e9t\u00e9", "a;b", ""))
+        # The columns of the first file are plain, those of the second of all forms.
+        plain = "".join(f"{i % 997 / 100:.2f},{1950 + i % 99}-{1 + i % 12:02}-{1 + i % 28:02},n{i},1\n"
+                        for i in range(5000))
+        mixed = "".join(f"{fields[0][i % 7]},{fields[1][i % 4]},{fields[2][i % 5]},{i % 3 or ''}\n"
+                        for i in range(5000))
+        formulas = ("-f", "x=a * 3 + a / 7", "-f", "y=d + 1 MONTHS", "-f", "z=StrUpper(t) || '!'",
+                    "-f", "u=DateYear(d) - e")
+        report = ("--by", "t=StrLeft(t, 1)", "--sum", "s=a", "--greatest", "l=d", "--median", "m=a",
+                  "--count-distinct", "k=t", "--count", "n", "--sort", "s:desc")
+        for name, rows in (("plain", plain), ("mixed", mixed), ("none", ""), ("wrong", plain + "1,2\n")):
+            path = self.file("a,d,t,e\n" + rows)
+            for command in (("eval", *formulas), ("eval", *formulas, "--keep", "all", "--format", "json"),
+                            ("eval", *formulas, "--sort", "x:desc", "--format", "csv"),
+                            ("eval", *formulas, "--limit", "1500", "--format", "tsv"),
+                            ("report", *report, "--format", "csv")):
+                with self.subTest(rows=name, command=command):
+                    one, *others = (run(*command, path, *more) for more in (
+                        ("--jobs", "1"), ("--jobs", "3"), ("--where", "1=1"), ("--where", "1=1", "--jobs", "3")))
+                    timeless = [(status, output, re.sub(rb" in .* s, .*", b"", errors))
+                                for status, output, errors in (one, *others)]
+                    for other in timeless[1:]:
+                        self.assertEqual(other, timeless[0])
+
 
 if __name__ == "__main__":
     support.main()
