@@ -24,6 +24,18 @@ int32_t CopyToHost(const char *text, int32_t size, char *buffer) {
   return length < size ? length : size;
 }
 
+// True when neither a function nor an expression other than `exp` has the name.
+bool IsUnique(EC ec, HEXP exp, const NameKey &key) {
+  const NameEntry *own = exp == nullptr ? nullptr : &exp->entry;
+  for (const NameEntry *entry = NameIndexFirst(ec->expressionNames, key); entry != nullptr;
+       entry = entry->nextSame) {
+    if (entry != own) {
+      return false;
+    }
+  }
+  return NameIndexFirst(ec->functions.index, key) == nullptr;
+}
+
 }  // namespace
 
 bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]) {
@@ -33,8 +45,9 @@ bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSi
   char *digits = buffer + baseLength;
   std::memcpy(buffer, moduleTexts.baseNames[which], baseLength);
   for (uint32_t tried = 0; tried <= UINT16_MAX; tried++, number++) {
-    *std::to_chars(digits, std::end(buffer) - 1, number).ptr = '\0';
-    if (ORLIsExpNameUnique(ec, nullptr, buffer) != 0) {
+    char *end = std::to_chars(digits, std::end(buffer) - 1, number).ptr;
+    *end = '\0';
+    if (IsUnique(ec, nullptr, KeyOfName({buffer, static_cast<size_t>(end - buffer)}))) {
       ec->nextNumber[which] = number;
       return true;
     }
@@ -126,14 +139,7 @@ int32_t ORLIsExpNameUnique(EC ec, HEXP exp, const char *name) {
   if (ec == nullptr || name == nullptr) {
     return 0;
   }
-  const NameEntry *own = exp == nullptr ? nullptr : &exp->entry;
-  for (const NameEntry *entry = NameIndexFirst(ec->expressionNames, name); entry != nullptr;
-       entry = entry->nextSame) {
-    if (entry != own) {
-      return 0;
-    }
-  }
-  return ItemFind(&ec->functions, name) == nullptr ? 1 : 0;
+  return IsUnique(ec, exp, KeyOfName(name)) ? 1 : 0;
 }
 
 int32_t ORLIsNamedFormulaUsed(EC ec, const char *name) {

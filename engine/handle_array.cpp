@@ -143,10 +143,10 @@ bool HandleArrayAppendPointer(HandleArray *table, void *pointer) {
     return false;
   }
   *table = array;
-  assert(HandleArrayCount(array) % 65536 == sizeof(void *));
-  const uint32_t last = HandleArrayRows(array) - 1;
-  void **element = static_cast<void **>(HandleArrayLock(array, static_cast<int32_t>(last)));
-  *element = pointer;
-  HandleArrayUnlock(array);
+  ArrayHeader *header = LockHeader(array);
+  assert(header->elementSize == sizeof(void *));
+  const auto last = static_cast<uint64_t>(header->count) - 1;
+  *reinterpret_cast<void **>(ElementAt(header, last)) = pointer;
+  GlobalUnlock(array);
   return true;
 }

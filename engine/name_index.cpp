@@ -250,11 +250,25 @@ void NameIndexSeed() {
   }
 }
 
+NameKey KeyOfName(std::string_view name) {
+  return {name, HashBytes(name.data(), name.size())};
+}
+
+void NameEntrySet(NameEntry &entry, const char *name, const NameKey &key) {
+  entry.name = name;
+  entry.length = static_cast<uint32_t>(key.name.size());
+  entry.hash = key.hash;
+}
+
 void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name) {
   assert(name != nullptr);
   FollowCodePage(index);
-  Grow(index);
   SetName(index, entry, name);
+  NameIndexAppend(index, entry);
+}
+
+void NameIndexAppend(NameIndex &index, NameEntry &entry) {
+  Grow(index);
   entry.order = ++index.lastOrder;
   Insert(index, entry);
   index.entryCount++;
@@ -282,8 +296,14 @@ NameEntry *NameIndexFirst(NameIndex &index, std::string_view name) {
   return FindName(index, name, HashName(index, name));
 }
 
+NameEntry *NameIndexFirst(NameIndex &index, const NameKey &key) {
+  assert(!index.ignoreCase);
+  return index.entryCount == 0 ? nullptr : FindName(index, key.name, key.hash);
+}
+
 NameEntry *NameIndexFirst(NameIndex &index, const char *name) {
-  return name == nullptr ? nullptr : NameIndexFirst(index, std::string_view(name));
+  return name == nullptr || index.entryCount == 0 ? nullptr
+                                                  : NameIndexFirst(index, std::string_view(name));
 }
 
 void NameIndexFree(NameIndex &index) {

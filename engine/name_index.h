@@ -44,11 +44,25 @@ struct NameIndex {
   int32_t codePage;  // case follows the code page: the one that the hashes were made under
 };
 
+// A name and its hash, for several look-ups in indexes that do not ignore case.
+struct NameKey {
+  std::string_view name;
+  uint32_t hash;
+};
+NameKey KeyOfName(std::string_view name);
+inline NameKey KeyOfEntry(const NameEntry &entry) {
+  return {{entry.name, entry.length}, entry.hash};
+}
+
 // Keys the hash for this process; called once, before there is any index.
 void NameIndexSeed();
 
 // Adds a row after all rows that were added before.
 void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name);
+// The same for an entry that has its name already; see NameEntrySet.
+void NameIndexAppend(NameIndex &index, NameEntry &entry);
+// Gives an entry that is in no index a name, of which `key` is the key.
+void NameEntrySet(NameEntry &entry, const char *name, const NameKey &key);
 
 // Removes a row, which must be in the index.
 void NameIndexRemove(NameIndex &index, NameEntry &entry);
@@ -59,8 +73,9 @@ void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name);
 // The first entry of the name, or null; its `nextSame` leads to more of that name. With ignoreCase
 // the entries are those that are equal but for case.
 NameEntry *NameIndexFirst(NameIndex &index, std::string_view name);
-// The same for a name that may be null.
+// The same for a name that may be null, and for a key.
 NameEntry *NameIndexFirst(NameIndex &index, const char *name);
+NameEntry *NameIndexFirst(NameIndex &index, const NameKey &key);
 
 // Frees the buckets; the entries belong to the rows.
 void NameIndexFree(NameIndex &index);

@@ -11,7 +11,8 @@ struct NameReferences {
   char name[1];  // as long as it needs
 };
 
-NameReferences *ReferencesTo(EC ec, const char *name) {
+template <class Name>
+NameReferences *ReferencesTo(EC ec, const Name &name) {
   NameEntry *entry = NameIndexFirst(ec->references, name);
   return RowOfEntry<NameReferences>(entry);
 }
@@ -19,6 +20,11 @@ NameReferences *ReferencesTo(EC ec, const char *name) {
 }  // namespace
 
 uint32_t ReferenceCount(EC ec, const char *name) {
+  const NameReferences *references = ReferencesTo(ec, name);
+  return references == nullptr ? 0 : references->count;
+}
+
+uint32_t ReferenceCount(EC ec, const NameKey &name) {
   const NameReferences *references = ReferencesTo(ec, name);
   return references == nullptr ? 0 : references->count;
 }

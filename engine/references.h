@@ -9,6 +9,7 @@
 
 // The references to formulas of that name in stored trees.
 uint32_t ReferenceCount(EC ec, const char *name);
+uint32_t ReferenceCount(EC ec, const NameKey &name);
 
 // Counts one more; false, with nothing counted, when there is no memory.
 bool AddReference(EC ec, const char *name);

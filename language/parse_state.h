@@ -70,7 +70,7 @@ struct ParseState {
 
   uint8_t trail[kLongestMatch + 1];  // the automaton's state after each byte of a match
 
-  int16_t states[kParserStackSize];
+  int8_t states[kParserStackSize];
   StackEntry entries[kParserStackSize];
 };
 

@@ -35,83 +35,56 @@ void Report(ParseState &state, int32_t id) {
   }
 }
 
-// One run: the stack, and the token read ahead.
-struct ParserRun {
-  ParseState &state;
-  int32_t top;
-  int32_t token;
-};
-
-bool Shift(ParserRun &run, int32_t next) {
-  ParseState &state = run.state;
-  if (run.top + 1 >= kParserStackSize) {
-    Report(state, ORL_ERR_TOCOMPLEX);
-    return false;
+// What the state does next, of the values in parser_tables.h. Reads a token only where that
+// decides.
+int32_t ActionOf(ParseState &state, int32_t at, int32_t &token) {
+  if (!kParserStates[at].decides) {
+    return kParserRefuse;
   }
-  run.top++;
-  run.token = kNoToken;
-  state.states[run.top] = static_cast<int16_t>(next);
-  state.entries[run.top].offset = state.tokenOffset;
-  state.entries[run.top].length = state.tokenSpan;
-  return true;
-}
-
-// The left side takes the place of the right side's first symbol.
-bool Reduce(ParserRun &run, uint8_t production) {
-  ParseState &state = run.state;
-  const ParserProduction row = kParserProductions[production];
-  run.top -= row.length - 1;
-  if (!RunAction(state, static_cast<Production>(production), &state.entries[run.top])) {
-    return false;
+  if (token == kNoToken) {
+    token = ScanToken(state);
   }
-  const int32_t below = state.states[run.top - 1];
-  state.states[run.top] = kParserGoto[below][row.left];
-  return true;
-}
-
-// One step: a reduction, a shift, or the end. True while there is more to do.
-enum class Step : uint8_t { More, Accepted, Failed };
-
-Step StepOf(bool done) {
-  return done ? Step::More : Step::Failed;
-}
-
-Step DoStep(ParserRun &run) {
-  const int32_t at = run.state.states[run.top];
-  const ParserState &row = kParserStates[at];
-  if (row.decides) {
-    if (run.token == kNoToken) {
-      run.token = ScanToken(run.state);
-    }
-    const int32_t column = kColumns.columns[run.token];
-    const int32_t action = column < kParserColumns ? kParserActions[at][column] : kParserRefuse;
-    if (action > 0) {
-      return StepOf(Shift(run, action));
-    }
-    if (action == kParserAccept) {
-      return Step::Accepted;
-    }
-    if (action <= kReduceFirst) {
-      return StepOf(Reduce(run, static_cast<uint8_t>(kReduceFirst - action)));
-    }
-  }
-  if (row.defaultProduction == kParserNoProduction) {
-    Report(run.state, ORL_ERR_SYNTAX);
-    return Step::Failed;
-  }
-  return StepOf(Reduce(run, row.defaultProduction));
+  const int32_t column = kColumns.columns[token];
+  return column < kParserColumns ? kParserActions[at][column] : kParserRefuse;
 }
 
 }  // namespace
 
 bool RunParser(ParseState &state) {
-  ParserRun run = {state, 0, kNoToken};
+  int32_t top = 0;
+  int32_t token = kNoToken;
   state.states[0] = 0;
-  Step step = Step::More;
-  while (step == Step::More) {
-    step = DoStep(run);
+  for (;;) {
+    const int32_t at = state.states[top];
+    const int32_t action = ActionOf(state, at, token);
+    if (action > 0) {
+      if (++top == kParserStackSize) {
+        Report(state, ORL_ERR_TOCOMPLEX);
+        return false;
+      }
+      token = kNoToken;
+      state.states[top] = static_cast<int8_t>(action);
+      state.entries[top].offset = state.tokenOffset;
+      state.entries[top].length = state.tokenSpan;
+      continue;
+    }
+    if (action == kParserAccept) {
+      // A text that was cut because a token of it is too long has not been read whole, even when
+      // what comes before that token is a formula.
+      return state.error.id != ORL_ERR_MAXTOKEN;
+    }
+    const int32_t production =
+        action == kParserRefuse ? kParserStates[at].defaultProduction : kReduceFirst - action;
+    if (production == kParserNoProduction) {
+      Report(state, ORL_ERR_SYNTAX);
+      return false;
+    }
+    // The left side takes the place of the right side's first symbol.
+    const ParserProduction row = kParserProductions[production];
+    top -= row.length - 1;
+    if (!RunAction(state, static_cast<Production>(production), &state.entries[top])) {
+      return false;
+    }
+    state.states[top] = static_cast<int8_t>(kParserGoto[state.states[top - 1]][row.left]);
   }
-  // A text that was cut because a token of it is too long has not been read whole, even when what
-  // comes before that token is a formula.
-  return step == Step::Accepted && state.error.id != ORL_ERR_MAXTOKEN;
 }

@@ -41,6 +41,7 @@ OwnedExpression MakeExpression(ParseState &state, std::string_view name) {
   expression->name = finished.after + textBytes;
   std::memcpy(expression->text, state.text, textBytes);
   std::memcpy(expression->name, name.data(), name.size());
+  NameEntrySet(expression->entry, expression->name, KeyOfName(name));
   return expression;
 }
 
@@ -53,9 +54,9 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
     return false;
   }
   Expression *stored = expression.release();
-  const bool awaited =
-      ReferenceCount(ec, stored->name) != 0 && ORLHEXPFromName(ec, stored->name) == nullptr;
-  NameIndexAppend(ec->expressionNames, stored->entry, stored->name);
+  const bool awaited = ReferenceCount(ec, KeyOfEntry(stored->entry)) != 0 &&
+                       NameIndexFirst(ec->expressionNames, KeyOfEntry(stored->entry)) == nullptr;
+  NameIndexAppend(ec->expressionNames, stored->entry);
   ec->revision++;
   if (awaited) {
     ec->generation++;  // references that found nothing find it

@@ -106,6 +106,13 @@ bool TakesDateUnit(int32_t kind, int16_t leftType, int16_t rightType) {
          rightType == ORL_TYPE_NUMBER;
 }
 
+// What needs no look at the tables: one of the four operations on two numbers.
+bool IsPlainArithmetic(const ParseState &state, int32_t kind, const DraftNode &left,
+                       const DraftNode &right) {
+  return left.dataType == ORL_TYPE_NUMBER && right.dataType == ORL_TYPE_NUMBER &&
+         state.dateUnit == 0 && kind != NODE_MOD && kind != NODE_CONCAT;
+}
+
 int32_t MismatchOf(uint16_t expected) {
   switch (expected) {
     case ORL_TYPE_NUMBER:
@@ -331,6 +338,10 @@ bool TypeOperatorAllowed(EC ec, int32_t kind, int16_t leftType) {
 void TypeOperator(ParseState &state, DraftNode &node, const DraftNode &left,
                   const DraftNode &right) {
   EC ec = state.context;
+  if (IsPlainArithmetic(state, node.kind, left, right)) {
+    node.dataType = ORL_TYPE_NUMBER;
+    return;
+  }
   node.detail = static_cast<uint8_t>(state.dateUnit);
   node.dataType = kNoType;
   if (!TypeOperatorAllowed(ec, node.kind, left.dataType)) {

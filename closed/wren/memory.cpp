@@ -153,12 +153,13 @@ void ReleaseBlock(Block *block) {
   // The heap's own cache of small blocks serves malloc alone.
   const bool isSmall = bytes <= kSmallBytes;
   auto *block = static_cast<Block *>(isSmall ? std::malloc(bytes) : std::calloc(1, bytes));
-  if (block != nullptr) {
-    if (isSmall) {
-      std::memset(static_cast<void *>(block), 0, bytes);
-    }
-    block->size = size;
-    block->capacity = capacity;
+  if (block == nullptr) {
+    return nullptr;
+  }
+  block->size = size;
+  block->capacity = capacity;
+  if (isSmall) {
+    std::memset(block + 1, 0, capacity);
   }
   return block;
 }
