@@ -7,7 +7,6 @@
 
 #include "closed/wren/gregorian.h"
 #include "dates/stored_date.h"
-#include "pavni11.h"
 
 namespace {
 
@@ -26,16 +25,14 @@ bool FitsInt32(int64_t value) {
 
 // Moves the date by days; the time of day stays.
 bool MoveDays(DateTimeParts &parts, int64_t days) {
-  const int64_t sum = PAVNDateToDays(&parts) + days;
+  const int64_t sum = DayNumberOf(parts) + days;
   if (!FitsInt32(sum)) {
     return false;
   }
-  const DateTimeParts kept = parts;
-  PAVNDaysToDate(static_cast<int32_t>(sum), &parts);
-  parts.hour = kept.hour;
-  parts.minute = kept.minute;
-  parts.second = kept.second;
-  parts.fraction = kept.fraction;
+  const DateTimeParts moved = DayOfCalendar(sum - kDayNumberOfYear0);
+  parts.month = moved.month;
+  parts.day = moved.day;
+  parts.year = moved.year;
   return true;
 }
 
@@ -136,5 +133,5 @@ void DateDifference(NumberValue *result, const NumberValue *left, const NumberVa
     WRENNumSetNull(result);
     return;
   }
-  WRENNumFromInt(result, PAVNDateToDays(&leftParts) - PAVNDateToDays(&rightParts));
+  WRENNumFromInt(result, DayNumberOf(leftParts) - DayNumberOf(rightParts));
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "closed/wren/gregorian.h"
 #include "wreni11.h"
 
 // Date units, as the unit words of the language stand in a node; 0 acts as days.
@@ -22,12 +23,17 @@ enum DateUnit : uint16_t {
 void DateArithmetic(NumberValue *result, const NumberValue *date, const NumberValue *amount,
                     int32_t op, uint16_t unit);
 
-// Moves a date by n units, back for a negative n. False for an unknown unit and for a date beyond
-// what 32 bits count.
+// Moves a date of the calendar by n units, back for a negative n. False for an unknown unit and for
+// a date beyond what 32 bits count.
 bool MoveParts(DateTimeParts *parts, int64_t n, uint16_t unit);
 
 // result = calendar days from `right` to `left`, a Number; null when either is null.
 void DateDifference(NumberValue *result, const NumberValue *left, const NumberValue *right);
+
+// The day number of a date of the calendar.
+inline int32_t DayNumberOf(const DateTimeParts &date) {
+  return static_cast<int32_t>(kDayNumberOfYear0 + DaysSinceYear0(date.month, date.day, date.year));
+}
 
 // The last day of a month, 28 to 31.
 int32_t DaysInMonth(int32_t month, int32_t year);

@@ -98,12 +98,13 @@ void SubtractDates(TextBuffer &texts, Value *left, Value *right) {
     GiveUp(texts, left, right);  // among them a date minus a text
     return;
   }
-  NumberValue dates[2];
-  NumberValue result = {};
-  StoreValue(&dates[0], *left);
-  StoreValue(&dates[1], *right);
-  DateDifference(&result, &dates[0], &dates[1]);
-  SetNumberFrom(left, &result);
+  DateTimeParts leftParts;
+  DateTimeParts rightParts;
+  if (DateOf(*left, &leftParts) && DateOf(*right, &rightParts)) {
+    SetNarrow(left, {DayNumberOf(leftParts) - DayNumberOf(rightParts), 0});
+  } else {
+    SetNull(left);
+  }
 }
 
 void AcceptLongText(TextBuffer &texts, const char *block, uint32_t size, Value *value) {

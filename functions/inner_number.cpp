@@ -1,17 +1,28 @@
 // Functions on numbers and dates that are values already.
+#include "dates/date_arithmetic.h"
 #include "functions/date_value.h"
 #include "functions/inner_routines.h"
+#include "pavni11.h"
 
 namespace {
 
 constexpr uint32_t kAllDigits = 300;
 
-// The argument as it is; null without one.
+// The argument as it is; null without one. Copied piece by piece, as it was stored.
 void PassOn(InnerCall call, uint32_t place) {
-  if (place < call.Count() && IsNumberForm(call.Arguments()[place].form)) {
-    *call.Result() = call.Arguments()[place];
-  } else {
+  const Value *value = place < call.Count() ? &call.Arguments()[place] : nullptr;
+  if (value == nullptr || !IsNumberForm(value->form)) {
     SetNull(call.Result());
+  } else if (value->form == ValueForm::Narrow) {
+    SetNarrow(call.Result(), NarrowOf(*value));
+  } else if (value->form == ValueForm::Wide) {
+    SetNumber(call.Result(), NumberOf(*value));
+  } else {
+    Value *result = call.Result();
+    result->packed.low = value->packed.low;
+    result->packed.head = value->packed.head;
+    result->packed.length = value->packed.length;
+    result->form = ValueForm::Packed;
   }
 }
 
@@ -37,6 +48,20 @@ void NumberOfDate(InnerCall call, Number number) {
   DateTimeParts parts;
   DateOf(call.Arguments()[0], &parts);
   SetNarrow(call.Result(), {number(parts), 0});
+}
+
+// The month's first or last day at midnight; null for a null date.
+void DayOfMonth(InnerCall call, bool last) {
+  if (call.Count() == 0 || !IsNumberForm(call.Arguments()[0].form) ||
+      IsNullNumber(call.Arguments()[0])) {
+    SetNull(call.Result());
+    return;
+  }
+  DateTimeParts parts;
+  DateOf(call.Arguments()[0], &parts);
+  parts.day = last ? DaysInMonth(parts.month, parts.year) : 1;
+  parts.hour = parts.minute = parts.second = parts.fraction = 0;
+  SetDate(call.Result(), parts);
 }
 
 }  // namespace
@@ -102,4 +127,16 @@ void InnerDateSecond(InnerCall call) {
 void InnerDateQuarter(InnerCall call) {
   NumberOfDate(
       call, [](const DateTimeParts &date) { return date.month <= 0 ? 4 : (date.month + 2) / 3; });
+}
+void InnerWeekDay(InnerCall call) {
+  NumberOfDate(call, [](const DateTimeParts &date) {
+    const int32_t number = date.month == 0 ? PAVNDateToDays(&date) : DayNumberOf(date);
+    return static_cast<int32_t>((int64_t{number} + 2) % 7);
+  });
+}
+void InnerDateMonthBegin(InnerCall call) {
+  DayOfMonth(call, false);
+}
+void InnerDateMonthEnd(InnerCall call) {
+  DayOfMonth(call, true);
 }

@@ -9,6 +9,8 @@ void InnerDateDay(InnerCall call);
 void InnerDateHour(InnerCall call);
 void InnerDateMinute(InnerCall call);
 void InnerDateMonth(InnerCall call);
+void InnerDateMonthBegin(InnerCall call);
+void InnerDateMonthEnd(InnerCall call);
 void InnerDateQuarter(InnerCall call);
 void InnerDateSecond(InnerCall call);
 void InnerDateYear(InnerCall call);
@@ -24,9 +26,12 @@ void InnerStrLength(InnerCall call);
 void InnerStrLower(InnerCall call);
 void InnerStrMid(InnerCall call);
 void InnerStrRTrim(InnerCall call);
+void InnerStrReplace(InnerCall call);
 void InnerStrRight(InnerCall call);
+void InnerStrToNumber(InnerCall call);
 void InnerStrTrim(InnerCall call);
 void InnerStrUpper(InnerCall call);
+void InnerWeekDay(InnerCall call);
 
 // ---- Arguments: one without a value counts as null, or as the empty text ----
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "functions/inner_routines.h"
+#include "functions/number_text.h"
 
 namespace {
 
@@ -34,6 +35,11 @@ uint32_t BytesOf(InnerCall call, const TextSpan &span, int32_t n) {
   }
   TerminatedText(call.texts, span);
   return static_cast<uint32_t>(WRENStrAdvance(text, n) - text);
+}
+
+// A count or position, held between 0 and `most`.
+uint32_t CountWithin(InnerCall call, uint32_t place, uint32_t most) {
+  return std::min(static_cast<uint32_t>(std::max(CountOf(call, place), 0)), most);
 }
 
 int64_t CharactersOf(InnerCall call, const TextSpan &span) {
@@ -155,6 +161,45 @@ void InnerStrUpper(InnerCall call) {
 
 void InnerStrLower(InnerCall call) {
   ChangeCase(call, 'A', WRENStrLower);
+}
+
+void InnerStrToNumber(InnerCall call) {
+  NumberValue number;
+  NumberFromText(&number, TerminatedText(call.texts, TextOf(call, 0)));
+  SetNumberFrom(call.Result(), &number);
+}
+
+// The result is put together behind the arguments.
+void InnerStrReplace(InnerCall call) {
+  const TextSpan text = TextOf(call, 0);
+  const TextSpan replacement = TextOf(call, 3);
+  const uint32_t position = CountWithin(call, 1, text.length);
+  const uint32_t n = CountWithin(call, 2, replacement.length);
+  // Room for two terminated copies besides.
+  const uint64_t most = 2 * (uint64_t{text.length} + replacement.length + 2);
+  if (!TextReserve(call.texts, call.texts.used, most)) {
+    call.Result()->form = ValueForm::None;
+    return;
+  }
+  const char *source = call.texts.bytes + text.offset;
+  const char *middle = call.texts.bytes + replacement.offset;
+  const uint32_t target = call.texts.used;
+  char *bytes = call.texts.bytes + target;
+  if (IsAscii(source, text.length)) [[likely]] {
+    const uint32_t tail = std::min(position + n, text.length);
+    CopyBytes(bytes, source, position);
+    CopyBytes(bytes + position, middle, replacement.length);
+    CopyBytes(bytes + position + replacement.length, source + tail, text.length - tail);
+    SetText(call.texts, call.Result(), target, position + replacement.length + text.length - tail);
+    return;
+  }
+  char *first = bytes + text.length + replacement.length + 1;
+  char *second = first + text.length + 1;
+  std::memcpy(first, source, text.length);
+  std::memcpy(second, middle, replacement.length);
+  first[text.length] = second[replacement.length] = '\0';
+  WRENStrReplace(bytes, first, second, static_cast<int32_t>(position), static_cast<int32_t>(n));
+  SetText(call.texts, call.Result(), target, static_cast<uint32_t>(std::strlen(bytes)));
 }
 
 void InnerStrIff(InnerCall call) {

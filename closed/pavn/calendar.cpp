@@ -62,21 +62,8 @@ void PAVNDaysToDate(int32_t days, DateTimeParts *parts) {
   if (parts == nullptr) {
     return;
   }
-  const int64_t sinceYear0 = days - kDayNumberOfYear0;
-  const int64_t eras = FloorDivide(sinceYear0, kDaysOf400Years);
-  const int64_t dayOfEra = sinceYear0 - eras * kDaysOf400Years;
-  // Not too early: the mean length of a year is off by less than a year within 400.
-  int64_t year = dayOfEra * 400 / kDaysOf400Years + 1;
-  while (DaysBeforeYear(year) > dayOfEra) {
-    year--;
-  }
-  auto day = static_cast<int32_t>(dayOfEra - DaysBeforeYear(year)) + 1;
-  int32_t month = 1;
-  while (day > DaysOfMonth(month, year)) {
-    day -= DaysOfMonth(month, year);
-    month++;
-  }
-  parts->month = month;
-  parts->day = day;
-  parts->year = static_cast<int32_t>(year + eras * 400);
+  const DateTimeParts date = DayOfCalendar(days - kDayNumberOfYear0);
+  parts->month = date.month;
+  parts->day = date.day;
+  parts->year = date.year;
 }

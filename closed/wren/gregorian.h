@@ -41,6 +41,24 @@ constexpr int64_t DaysSinceYear0(int32_t month, int64_t day, int64_t year) {
   return DaysBeforeYear(year) + kDaysBefore[month] + leapDay + day - 1;
 }
 
+// The inverse. The year is counted from March here, so that the leap day is its last one and the
+// months before it have 153 days in every five.
+constexpr DateTimeParts DayOfCalendar(int64_t sinceYear0) {
+  constexpr int64_t kDaysToMarch = 60;  // of year 0
+  const int64_t days = sinceYear0 - kDaysToMarch;
+  const int64_t eras = (days >= 0 ? days : days - (kDaysOf400Years - 1)) / kDaysOf400Years;
+  const auto dayOfEra = static_cast<uint32_t>(days - eras * kDaysOf400Years);
+  const uint32_t year = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const uint32_t dayOfYear = dayOfEra - (year * 365 + year / 4 - year / 100);
+  const uint32_t month = (dayOfYear * 5 + 2) / 153;  // 0 is March
+  const auto monthOfYear = static_cast<int32_t>(month < 10 ? month + 3 : month - 9);
+  DateTimeParts parts = {};
+  parts.month = monthOfYear;
+  parts.day = static_cast<int32_t>(dayOfYear - (month * 153 + 2) / 5) + 1;
+  parts.year = static_cast<int32_t>(year + eras * 400) + (monthOfYear <= 2 ? 1 : 0);
+  return parts;
+}
+
 constexpr bool IsIn(int32_t value, int32_t low, int32_t high) {
   return value >= low && value <= high;
 }
