@@ -102,12 +102,14 @@ function(orli_library name)
   if(ARG_COMPONENT STREQUAL NONE OR NOT ORLI_INSTALL)
     return()
   endif()
-  if(NOT ARG_COMPONENT)
+  if(ARG_COMPONENT)
+    set(namelink NAMELINK_SKIP) # loaded, never linked
+  else()
     set(ARG_COMPONENT libraries)
+    set(namelink NAMELINK_COMPONENT development)
   endif()
   install(TARGETS ${name} ${export}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${ARG_COMPONENT}
-    NAMELINK_COMPONENT development
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${ARG_COMPONENT} ${namelink}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
   list(TRANSFORM ARG_HEADERS PREPEND ${PROJECT_SOURCE_DIR}/include/orli11/)
   install(FILES ${ARG_HEADERS} DESTINATION ${include_dir}/orli11 COMPONENT development)

@@ -35,3 +35,7 @@ if(NOT BUILD_SHARED_LIBS)
 endif()
 configure_file(cmake/orli11.pc.in ${PROJECT_BINARY_DIR}/orli11.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orli11.pc DESTINATION ${package_dir} COMPONENT development)
+
+if(PROJECT_IS_TOP_LEVEL)
+  include(cmake/Debian.cmake)
+endif()

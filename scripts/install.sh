@@ -1,7 +1,7 @@
 #!/bin/bash
 # install.sh GROUP... - installs the Debian packages of the groups that are not there yet.
 #   build      what the libraries and the host program are built with
-#   tests      what the tests and the benchmarks are built with
+#   tests      what the tests and the benchmarks are built with, and packages of the libraries
 #   screen     what the formula editor is built with, and a screen with a user for its tests
 #   pictures   a small window manager, for the pictures of the editor
 #   databases  two databases with their ODBC drivers, which tests compare formulas with
@@ -10,7 +10,7 @@
 set -euo pipefail
 
 build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev zlib1g-dev unixodbc-dev libacl1-dev"
-tests="libgtest-dev libbenchmark-dev"
+tests="libgtest-dev libbenchmark-dev dpkg-dev fakeroot file"
 screen="qt6-base-dev xvfb xdotool fonts-dejavu-core"
 pictures="openbox"
 databases="libsqliteodbc odbc-postgresql postgresql"

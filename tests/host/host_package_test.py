@@ -1,4 +1,4 @@
-"""What others build against: exported names, headers, the README's host, an installed copy."""
+"""What others build against: exported names, headers, the README's host."""
 
 import os
 import re
@@ -128,53 +128,6 @@ class Readme(support.FolderCase):
     def test_links_lead_to_files(self):
         for target in re.findall(r"\]\(([^)#:]+)\)", self.text):
             self.assertTrue((support.ROOT / target).exists(), target)
-
-
-class Install(support.FolderCase):
-    def test_an_installed_copy_works_where_it_was_put(self):
-        environment = dict(support.ENVIRONMENT, DESTDIR=str(self.folder))
-        subprocess.run(["cmake", "--install", support.BUILD, "--prefix", "/opt/orli"],
-                       env=environment, check=True, capture_output=True)
-        program = self.folder / "opt/orli/bin/orli"
-        output = subprocess.check_output([program, "check", support.WEATHER, "wind * 2"], text=True,
-                                         env=support.ENVIRONMENT)
-        self.assertEqual(output, "Number\n")
-        for path, command in (("man/man1/orli.1", "man"), ("bash-completion/completions/orli", "completion bash"),
-                              ("zsh/site-functions/_orli", "completion zsh")):
-            output = subprocess.check_output([program, *command.split()], env=support.ENVIRONMENT)
-            self.assertEqual((self.folder / "opt/orli/share" / path).read_bytes(), output, path)
-        if HAS_WINDOWS:  # and found beside the library: it is what complains
-            edit = subprocess.run([program, "edit", self.folder / "new", support.WEATHER], text=True,
-                                  env=dict(support.ENVIRONMENT, QT_QPA_PLATFORM="nonsense"),
-                                  capture_output=True, check=False)
-            self.assertIn("Qt has no plugin for the platform 'nonsense'", edit.stderr)
-        self.assertEqual(self.compile_with_package_file(), "0.29999999999999999\n")
-
-    def compile_with_package_file(self):
-        (package,) = self.folder.glob("opt/orli/lib*/**/orli11.pc")
-        environment = dict(support.ENVIRONMENT, PKG_CONFIG_PATH=str(package.parent))
-        flags = subprocess.check_output(["pkg-config", "--cflags", "--libs", "orli11"], text=True,
-                                        env=environment).split()
-        source = self.file("""#include <orli11.h>
-#include <orli11/pavni11.h>
-#include <orli11/windows.h>
-#include <stdio.h>
-int main(void) {
-  if (ORLGetWindowSystem() != NULL || ORLVersion() >> 16 != ORL_VERSION_MAJOR) return 1;
-  EC ec = ORLCreateEC(NULL, NULL, NULL, 0);
-  uint16_t type;
-  NumberValue value;
-  double number = 0;
-  HEXP exp = ORLParseString(ec, "0.1 + 0.2", NULL, NULL, &type);
-  if (ORLEvaluateExpression(ec, exp, sizeof value, &value) == 1) WRENNumToDouble(&value, &number);
-  printf("%.17g\\n", number);
-  return !ORLDestroyEC(ec);
-}
-""", "user.c")
-        program = self.folder / "user"
-        rpath = [f"-Wl,-rpath,{flag[2:]}" for flag in flags if flag.startswith("-L")]
-        subprocess.run([CC, source, "-o", program, *flags, *rpath], check=True)
-        return subprocess.check_output([program], text=True, env=support.ENVIRONMENT)
 
 
 if __name__ == "__main__":
