@@ -1,5 +1,7 @@
 #include "host/foreign_words.h"
 
+#include <orli11.h>
+
 #include "host/tokens.h"
 
 namespace {
@@ -114,6 +116,31 @@ constexpr ForeignWords kWords[] = {
     {kWordBetween, "#", kNoComments},
 };
 
+/* How a value of one type becomes one of another. */
+struct Conversion {
+  int32_t id;
+  std::string_view hint;
+};
+constexpr Conversion kConversions[] = {
+    {ORL_ERR_TYPESTR, "NumberToStr(n, 2) and DateToStr(d) make texts of numbers and dates"},
+    {ORL_ERR_OPERATORSTR, "texts are joined by ||; StrToNumber(s) makes a number of a text"},
+    {ORL_ERR_OPERATORNUM,
+     "only texts are joined by ||; NumberToStr(n, 2) makes a text of a number"},
+    {ORL_ERR_OPERATORDATE,
+     "a Date takes + and - alone: date + 7 DAYS, or date - date for the days between two"},
+    {ORL_ERR_TYPENUM,
+     "what follows a number is a number too: StrToNumber(s) makes one of a text; a date to be "
+     "moved comes first, date + 7 DAYS"},
+    {ORL_ERR_PARMNUM, "StrToNumber(s) makes a number of a text"},
+    {ORL_ERR_PARMSTR, "NumberToStr(n, 2) and DateToStr(d) make texts of numbers and dates"},
+    {ORL_ERR_PARMDATE, "StrToDate(s) makes a date of a text"},
+    {ORL_ERR_EXPPARMS, "a formula takes no arguments: write `name()`"},
+    {ORL_ERR_INVALIDDATE, "a date is written 2024-01-31, with a time 2024-01-31 21:30:15"},
+    {ORL_ERR_BETWEEN, "both ends of a range have one type"},
+    {ORL_ERR_RANGETYPE, "all members of a set have one type"},
+    {ORL_ERR_IMBEDDEDRANGE, "a range or set stands alone; --where takes it: --where 'column=name'"},
+};
+
 bool HasWord(std::string_view words, std::string_view wanted) {
   while (!words.empty()) {
     const std::string_view word = words.substr(0, words.find(' '));
@@ -153,5 +180,14 @@ std::string_view HintForCharacter(std::string_view text, size_t &length) {
     }
   }
   length = 1;
+  return {};
+}
+
+std::string_view HintForError(int32_t id) {
+  for (const Conversion &conversion : kConversions) {
+    if (conversion.id == id) {
+      return conversion.hint;
+    }
+  }
   return {};
 }

@@ -2,6 +2,7 @@
 #ifndef ORLI11_HOST_FOREIGN_WORDS_H
 #define ORLI11_HOST_FOREIGN_WORDS_H
 
+#include <cstdint>
 #include <string_view>
 
 /* Where a word stands that this language does not have. */
@@ -21,6 +22,9 @@ std::string_view HintForSign(std::string_view sign);
 /* The sentence about a character beyond ASCII that the text begins with. `length` receives the
  * bytes of the character; it is 1 where the sentence is empty. */
 std::string_view HintForCharacter(std::string_view text, size_t &length);
+
+/* The sentence about an error whose number alone tells what is wrong; empty for the others. */
+std::string_view HintForError(int32_t id);
 
 constexpr std::string_view kNoComparisons =
     "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by a sign, as in "

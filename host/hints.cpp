@@ -346,31 +346,6 @@ std::string NearName(const Case &wrong) {
   return DidYouMean(Nearest(wrong.word, called));
 }
 
-/* How a value of one type becomes one of another. */
-struct Conversion {
-  int32_t id;
-  std::string_view hint;
-};
-constexpr Conversion kConversions[] = {
-    {ORL_ERR_TYPESTR, "NumberToStr(n, 2) and DateToStr(d) make texts of numbers and dates"},
-    {ORL_ERR_OPERATORSTR, "texts are joined by ||; StrToNumber(s) makes a number of a text"},
-    {ORL_ERR_OPERATORNUM,
-     "only texts are joined by ||; NumberToStr(n, 2) makes a text of a number"},
-    {ORL_ERR_OPERATORDATE,
-     "a Date takes + and - alone: date + 7 DAYS, or date - date for the days between two"},
-    {ORL_ERR_TYPENUM,
-     "what follows a number is a number too: StrToNumber(s) makes one of a text; a date to be "
-     "moved comes first, date + 7 DAYS"},
-    {ORL_ERR_PARMNUM, "StrToNumber(s) makes a number of a text"},
-    {ORL_ERR_PARMSTR, "NumberToStr(n, 2) and DateToStr(d) make texts of numbers and dates"},
-    {ORL_ERR_PARMDATE, "StrToDate(s) makes a date of a text"},
-    {ORL_ERR_EXPPARMS, "a formula takes no arguments: write `name()`"},
-    {ORL_ERR_INVALIDDATE, "a date is written 2024-01-31, with a time 2024-01-31 21:30:15"},
-    {ORL_ERR_BETWEEN, "both ends of a range have one type"},
-    {ORL_ERR_RANGETYPE, "all members of a set have one type"},
-    {ORL_ERR_IMBEDDEDRANGE, "a range or set stands alone; --where takes it: --where 'column=name'"},
-};
-
 /* Tells of a String column where another type is wanted, since it may only have become one by a
  * few odd fields. */
 std::string TextColumn(const Case &wrong) {
@@ -384,12 +359,8 @@ std::string TextColumn(const Case &wrong) {
 }
 
 std::string Converted(const Case &wrong) {
-  for (const Conversion &conversion : kConversions) {
-    if (conversion.id == wrong.error.id) {
-      return TextColumn(wrong) + std::string(conversion.hint);
-    }
-  }
-  return {};
+  const std::string_view hint = HintForError(wrong.error.id);
+  return hint.empty() ? std::string() : TextColumn(wrong) + std::string(hint);
 }
 
 /* What the arguments of a call are. */
@@ -401,6 +372,23 @@ std::string Arguments(const Case &wrong) {
 
 bool IsOperand(const Token &token) {
   return IsNameToken(token) || token.kind == kTokenNumber || token.kind == kTokenString;
+}
+
+/* A word behind a number that moves a date, where a unit stands. */
+std::string NoUnit(const Case &wrong) {
+  for (size_t i = 2; i < wrong.tokens.size() && wrong.error.id == ORL_ERR_SYNTAX; ++i) {
+    const Token &number = wrong.tokens[i - 1];
+    const Token &word = wrong.tokens[i];
+    const std::string_view sign = wrong.tokens[i - 2].text;
+    const bool apart = number.offset + number.text.size() < word.offset;
+    if (number.kind == kTokenNumber && word.kind == kTokenName && apart &&
+        (sign == "+" || sign == "-") && !IsUnitWord(word.text) &&
+        !Contains(wrong.names.columns, std::string(word.text))) {
+      return "`" + DisplayName(word.text) +
+             "` is no unit: dates move by DAY, MONTH, YEAR, HOUR, MINUTE and SECOND";
+    }
+  }
+  return {};
 }
 
 /* What a text lacks: a parenthesis, an operator between two values, a value at its end. */
@@ -441,9 +429,9 @@ std::string Missing(const Case &wrong) {
 
 /* The first rule that has something to say gives the hint. */
 constexpr std::string (*kRules[])(const Case &wrong) = {
-    Unclosed, ForeignCharacter, UnitWord,    NeedsQuotes,        Comparison, Logic,
-    In,       Exponent,         ForeignSign, StringInNameQuotes, Sign,       NeedsCall,
-    NoCall,   ForeignWord,      NearName,    Arguments,          Converted,  Missing,
+    Unclosed, ForeignCharacter, UnitWord,           NeedsQuotes, Comparison, Logic,  In,
+    Exponent, ForeignSign,      StringInNameQuotes, Sign,        NeedsCall,  NoCall, ForeignWord,
+    NearName, Arguments,        Converted,          NoUnit,      Missing,
 };
 
 }  // namespace
