@@ -6,6 +6,7 @@
 #   pictures   a small window manager, for the pictures of the editor
 #   databases  two databases with their ODBC drivers, which tests compare formulas with
 #   python     what the Python package needs, and its tests, tables and clusters
+#   reference  what the reference of the public headers is made with
 #   check      what .ci/run needs beyond that
 set -euo pipefail
 
@@ -15,12 +16,13 @@ screen="qt6-base-dev xvfb xdotool fonts-dejavu-core"
 pictures="openbox"
 databases="libsqliteodbc odbc-postgresql postgresql"
 python="python3-cffi python3-numpy python3-pandas python3-dask python3-distributed python3-pytest python3-pip python3-setuptools python3-wheel"
+reference="doxygen"
 check="clang clang-tidy clang-format libclang-rt-14-dev"
 
 missing=""
 for group in "$@"; do
   case $group in
-    build | tests | screen | pictures | databases | python | check) ;;
+    build | tests | screen | pictures | databases | python | reference | check) ;;
     *) echo "install.sh: no such group: $group" >&2; exit 2 ;;
   esac
   for package in ${!group}; do

@@ -33,9 +33,9 @@ extern "C" {
 
 /* ---- Version --------------------------------------------------------------------------------- */
 
-#define ORL_VERSION_MAJOR 1
-#define ORL_VERSION_MINOR 0
-#define ORL_VERSION_PATCH 0
+#define ORL_VERSION_MAJOR 1 /* changes when hosts must be changed */
+#define ORL_VERSION_MINOR 0 /* changes when something new is there */
+#define ORL_VERSION_PATCH 0 /* changes when something is mended */
 
 /* The version of the library: major << 16 | minor << 8 | patch. A host compares it with the macros,
  * which are those of the header that it was compiled with: hosts of the same major version that use

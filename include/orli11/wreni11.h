@@ -198,16 +198,16 @@ typedef struct {
   const char *dayNames;
   const char *monthNames;
   const char *markers;
-  int32_t useCountry;  /* 1: by the country settings; 0: by the picture or the fields below */
-  DateTimeParts parts; /* what a parse yields, what a format reads */
-  int32_t pivotYear;   /* from the LocaleBlock */
-  const char *numberPicture;
-  char thousandsSeparator; /* 0: none */
-  char decimalSeparator;
-  int32_t fixedDecimals; /* 1: `decimals` holds */
-  int32_t decimals;
-  int32_t flags;
-  NumberValue number;
+  int32_t useCountry;        /* 1: by the country settings; 0: by the picture or the fields below */
+  DateTimeParts parts;       /* what a parse yields, what a format reads */
+  int32_t pivotYear;         /* from the LocaleBlock */
+  const char *numberPicture; /* of WREN_FMT_PICTURE */
+  char thousandsSeparator;   /* 0: none */
+  char decimalSeparator;     /* before the decimals */
+  int32_t fixedDecimals;     /* 1: `decimals` holds */
+  int32_t decimals;          /* how many, where they are fixed */
+  int32_t flags;             /* WREN_FMT_FLAG_... */
+  NumberValue number;        /* what a parse yields, what a format reads */
 } FormatRecord;
 
 /* Country settings by the name of an installed locale ("de_DE.UTF-8"), "" for the environment's or

@@ -93,7 +93,35 @@ int main(void) {
         self.assertEqual(output, "0.1 + 0.2\n")
 
 
-class Readme(support.FolderCase):
+class PageCase(support.FolderCase):
+    """A page that shows a program and what it prints."""
+
+    def check_program(self, page, source, name):
+        """Builds and runs a program as the console session of the page that names it does."""
+        (self.folder / name).write_text(source)
+        # The pages are for a reader in the project's folder, who has the release.
+        os.symlink(support.ROOT / "include", self.folder / "include")
+        (self.folder / "build/release").mkdir(parents=True)
+        os.symlink(support.BUILD / "lib", self.folder / "build/release/lib")
+        (session,) = [block for block in blocks(page, "console") if f"$ cc {name}" in block]
+        commands = [line[2:] for line in session.splitlines() if line.startswith("$ ")]
+        expected = "".join(line + "\n" for line in session.splitlines() if not line.startswith("$ "))
+        for command in commands[:-1]:
+            subprocess.run(command.replace("cc ", CC + " -Wall -Werror ", 1), shell=True,
+                           cwd=self.folder, check=True, env=support.ENVIRONMENT)
+        output = subprocess.check_output(commands[-1], shell=True, cwd=self.folder, text=True,
+                                         env=support.ENVIRONMENT)
+        self.assertTrue(expected)
+        self.assertEqual(output, expected)
+
+
+class Embedding(PageCase):
+    def test_blocks_are_a_program_that_prints_what_the_page_says(self):
+        page = (support.ROOT / "docs/embedding.md").read_text()
+        self.check_program(page, "".join(blocks(page, "c")), "shop.c")
+
+
+class Readme(PageCase):
     def setUp(self):
         super().setUp()
         self.text = (support.ROOT / "README.md").read_text()
@@ -101,20 +129,7 @@ class Readme(support.FolderCase):
     def test_host_compiles_as_it_stands_and_prints_what_the_page_says(self):
         (source,) = blocks(self.text, "c")
         self.assertLessEqual(len(source.splitlines()), 33)
-        (self.folder / "host.c").write_text(source)
-        # The page is for a reader in the project's folder, who has the release.
-        os.symlink(support.ROOT / "include", self.folder / "include")
-        (self.folder / "build/release").mkdir(parents=True)
-        os.symlink(support.BUILD / "lib", self.folder / "build/release/lib")
-        (session,) = [block for block in blocks(self.text, "console") if "host.c" in block]
-        commands = [line[2:] for line in session.splitlines() if line.startswith("$ ")]
-        expected = "".join(line + "\n" for line in session.splitlines() if not line.startswith("$ "))
-        for command in commands[:-1]:
-            subprocess.run(command, shell=True, cwd=self.folder, check=True, env=support.ENVIRONMENT)
-        output = subprocess.check_output(commands[-1], shell=True, cwd=self.folder, text=True,
-                                         env=support.ENVIRONMENT)
-        self.assertTrue(expected)
-        self.assertEqual(output, expected)
+        self.check_program(self.text, source, "host.c")
 
     def test_shows_what_the_demo_prints(self):
         (shown,) = [block for block in blocks(self.text, "console") if "orli items" in block]

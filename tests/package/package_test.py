@@ -138,6 +138,16 @@ class FromSource(RoadCase):
         self.assertEqual(run(self.folder / "calendar"), PRINTED["calendar"])
 
 
+class Reference(RoadCase):
+    def test_every_declaration_is_described(self):
+        if shutil.which("doxygen") is None:
+            self.skipTest("not there: doxygen")
+        run(ROOT / "scripts/api.sh", self.folder)
+        page = (self.folder / "orli11_8h.html").read_text()
+        for name in ("ORLEvaluateRows", "FUNWeekDay", "ORL_ERR_VAR", "OrlValueProc"):
+            self.assertIn(f">{name}</a>", page)
+
+
 class Debian(RoadCase):
     """The packages, installed under a root of their own by dpkg, which checks what they need against
     the packages of this machine."""
