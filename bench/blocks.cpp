@@ -3,8 +3,12 @@
 #include <benchmark/benchmark.h>
 #include <orli11.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <numeric>
+#include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -87,6 +91,26 @@ Block DoubledChain(bool backwards) {
   return block;
 }
 
+/* As many formulas as a block holds, each of which refers to the one below; in the order in which
+ * they can be parsed, in its reverse, or in a shuffled one. */
+enum class StoredOrder { Best, Reverse, Shuffled };
+
+Block Chain(StoredOrder order) {
+  constexpr int kRows = 32767;
+  std::vector<int> places(kRows);
+  std::iota(places.begin(), places.end(), 0);
+  if (order == StoredOrder::Reverse) {
+    std::reverse(places.begin(), places.end());
+  } else if (order == StoredOrder::Shuffled) {
+    std::shuffle(places.begin(), places.end(), std::mt19937(1));
+  }
+  Block block;
+  for (const int row : places) {
+    block.Add(Name('F', row), row == 0 ? "1" : Name('F', row - 1) + "()+1");
+  }
+  return block;
+}
+
 /* One long formula that calls others, which come up one by one in the passes of the load. */
 Block LongCaller() {
   constexpr int kCalls = 16;
@@ -123,6 +147,15 @@ BENCHMARK_CAPTURE(LoadBlock, doubled_chain, [] {
 })->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(LoadBlock, doubled_chain_backwards, [] {
   return DoubledChain(true);
+})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadBlock, chain, [] {
+  return Chain(StoredOrder::Best);
+})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadBlock, chain_reverse, [] {
+  return Chain(StoredOrder::Reverse);
+})->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(LoadBlock, chain_shuffled, [] {
+  return Chain(StoredOrder::Shuffled);
 })->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(LoadBlock, long_caller, &LongCaller)->Unit(benchmark::kMillisecond);
 

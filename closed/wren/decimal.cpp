@@ -467,6 +467,11 @@ bool DecimalTruncateTo(Decimal *result, const Decimal &d, int32_t precision, int
 }
 
 int32_t DecimalCompare(const Decimal &a, const Decimal &b) {
+  NarrowDecimal difference;
+  if (DecimalIsNarrow(a) && DecimalIsNarrow(b) &&
+      NarrowSubtract(&difference, DecimalNarrow(a), DecimalNarrow(b))) [[likely]] {
+    return (difference.coefficient > 0 ? 1 : 0) - (difference.coefficient < 0 ? 1 : 0);
+  }
   if (a.exponent == b.exponent) {
     return a.coefficient < b.coefficient ? -1 : (a.coefficient > b.coefficient ? 1 : 0);
   }

@@ -1,5 +1,6 @@
 // Random formulas, computed by the engine in one piece and operation by operation through the
-// exported routines, which take packed values and blocks: both give the same bytes.
+// exported routines, which take packed values and blocks: both give the same bytes. Routines of the
+// host that change the context and the operators in the middle of an evaluation are among them.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -7,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "closed/wren/memory.h"
 #include "dates/date_arithmetic.h"
 #include "pavni11.h"
 #include "support/context.h"
@@ -23,9 +25,16 @@ struct Sample {
 struct Generator {
   std::mt19937 random{1};
   std::vector<Sample> numbers, dates, texts;  // the input items
+  EC ec = nullptr;
+  int32_t page = 0;
+  std::vector<Sample> formulas;  // named ones, of Number, of this code page
+  bool operators = false;        // whether this sample may set them; formulas are computed later
+  bool plusIsHosts = false;
 
   size_t Below(size_t end) { return random() % end; }
   const Sample &Item(const std::vector<Sample> &items) { return items[Below(items.size())]; }
+  Sample Formula(int depth);
+  Sample Operation(Sample left, char op, Sample right);
   Sample Number(int depth);
   Sample Date(int depth);
   Sample Text(int depth);
@@ -57,9 +66,55 @@ Sample Call(const char *name, Routine routine, bool text, std::vector<Sample> ar
   return result;
 }
 
-Sample Operation(Sample left, char op, Sample right) {
+// The host's routine of '+'.
+int32_t TakeLess(EC, HEXP, int32_t, int32_t, void *left, int32_t, void *right, int32_t,
+                 void *result) {
+  WRENNumSub(static_cast<NumberValue *>(result), static_cast<NumberValue *>(left),
+             static_cast<NumberValue *>(right));
+  return 1;
+}
+void *LookUp(const char *name) {
+  return std::strcmp(name, "TakeLess") == 0 ? Address(&TakeLess) : nullptr;
+}
+
+// Routines that give back their argument when they have changed what names mean, or how '+' works.
+int32_t Rename(EC ec, HEXP, int32_t, void **result, const char *, void **args) {
+  if (ec != nullptr) {
+    AddInput(ec, "other", 0, 0, nullptr);
+    ORLDeleteExpItem(ec, ORL_INPUT, "other", nullptr);
+  }
+  if (args[0] == nullptr) return 0;  // out of memory
+  std::memcpy(*result, args[0], sizeof(NumberValue));
+  return 1;
+}
+int32_t SetPlus(EC ec, HEXP, int32_t, void **result, const char *name, void **args) {
+  if (ec != nullptr) ORLSetOperatorCallback(ec, 0, 0, name[0] == 'T' ? "TakeLess" : "none");
+  if (args[0] == nullptr) return 0;  // out of memory
+  std::memcpy(*result, args[0], sizeof(NumberValue));
+  return 1;
+}
+
+// A new named formula, or one of those that there are.
+Sample Generator::Formula(int depth) {
+  constexpr size_t kMostFormulas = 200;
+  if (formulas.size() == kMostFormulas || (!formulas.empty() && Below(2) == 0)) {
+    return Item(formulas);
+  }
+  Sample formula = Number(depth);
+  const std::string name = "Formula" + std::to_string(page) + "_" + std::to_string(formulas.size());
+  Make(ec, formula.formula, name);
+  formula.formula = name + "()";
+  formulas.push_back(formula);
+  return formula;
+}
+
+Sample Generator::Operation(Sample left, char op, Sample right) {
   Sample result;
   result.formula = "(" + left.formula + " " + op + " " + right.formula + ")";
+  if (op == '+' && plusIsHosts) {
+    TakeLess(nullptr, nullptr, 0, 0, &left.number, 0, &right.number, 0, &result.number);
+    return result;
+  }
   if (left.number.length == 0) WRENNumSetZero(&left.number);
   if (right.number.length == 0) WRENNumSetZero(&right.number);
   const NumberValue *a = &left.number;
@@ -79,7 +134,17 @@ Sample Operation(Sample left, char op, Sample right) {
 Sample Generator::Number(int depth) {
   if (depth == 0) return Item(numbers);
   const auto number = [&] { return Number(depth - 1); };
-  switch (Below(12)) {
+  switch (Below(15)) {
+    case 12:
+      return operators ? Item(numbers) : Formula(depth - 1);
+    case 13:
+      return Call("Rename", Rename, false, {number()}, "n");
+    case 14: {
+      if (!operators) return Item(numbers);
+      const Sample argument = number();
+      plusIsHosts = Below(2) == 0;
+      return Call(plusIsHosts ? "TakePlus" : "LeavePlus", SetPlus, false, {argument}, "n");
+    }
     case 0:
       return Call("NumberRound", FUNNumberRound, false, {number(), number()}, "nn");
     case 1:
@@ -216,37 +281,62 @@ void AddItems(EC ec) {
     AddInput(ec, item.formula.c_str(), 1, 0, Address(&ItemValue));
   for (const Sample &item : generator->texts)
     AddInput(ec, item.formula.c_str(), 2, 0, Address(&ItemValue));
+  AddFunction(ec, {"Rename", 0, {{0, 0, 0}}, 0, 0, 0, Address(&Rename)});
+  for (const char *name : {"TakePlus", "LeavePlus"}) {
+    AddFunction(ec, {name, 0, {{0, 0, 0}}, 0, 0, 0, Address(&SetPlus)});
+  }
+}
+
+bool EvaluatesTo(EC ec, HEXP exp, const Sample &sample, bool isText) {
+  ORLSetOperatorCallback(ec, 0, 0, "none");
+  if (isText) {
+    std::string text(sample.text.size() + 1, '#');
+    return ORLEvaluateExpression(ec, exp, static_cast<int32_t>(text.size()), text.data()) == 1 &&
+           text == sample.text + '\0';
+  }
+  NumberValue value;
+  return ORLEvaluateExpression(ec, exp, sizeof value, &value) == 1 &&
+         std::memcmp(&value, &sample.number, sizeof value) == 0;
+}
+
+// A first evaluation that runs out of memory at some allocation keeps nothing but the program.
+void EvaluateWithoutMemory(EC ec, HEXP exp, size_t allocations) {
+  NumberValue number;
+  void *block = ORLMemAlloc(sizeof number);
+  TEST_FailAllocationsAfter(static_cast<int64_t>(allocations));
+  ORLEvaluateExpressionExt(ec, exp, nullptr, &block);
+  TEST_FailAllocationsAfter(-1);
+  ORLMemFree(block);
 }
 
 TEST(EvaluateRandom, AgreesWithTheRoutinesOneByOne) {
   Generator random;
   generator = &random;
-  const OwnedContext context(ORLCreateEC(nullptr, nullptr, nullptr, 0));
-  FUNDefineFunctions(context.get());
-  AddItems(context.get());
+  const OwnedContext context(ORLCreateEC(nullptr, LookUp, nullptr, 0));
+  EC ec = random.ec = context.get();
+  FUNDefineFunctions(ec);
+  AddItems(ec);
   for (int32_t page : {1252, 932, 65001}) {
     WRENSetCodePage(page);
+    random.page = page;
+    random.formulas.clear();
     for (int i = 0; i < 6000; ++i) {
       const int kind = i % 3;
       const int depth = 1 + i % 4;
+      random.operators = i % 2 == 0;
+      random.plusIsHosts = false;
       const Sample sample = kind == 0   ? random.Number(depth)
                             : kind == 1 ? random.Date(depth)
                                         : random.Text(depth);
-      HEXP exp = Make(context.get(), sample.formula);
-      if (kind == 2) {
-        std::string text(sample.text.size() + 1, '#');
-        ASSERT_EQ(ORLEvaluateExpression(context.get(), exp, static_cast<int32_t>(text.size()),
-                                        text.data()),
-                  1);
-        ASSERT_EQ(text, sample.text + '\0') << sample.formula << " in " << page;
-      } else {
-        NumberValue value;
-        ASSERT_EQ(ORLEvaluateExpression(context.get(), exp, sizeof value, &value), 1);
-        ASSERT_EQ(std::memcmp(&value, &sample.number, sizeof value), 0)
-            << sample.formula << " in " << page << ": " << NumberText(value) << " not "
-            << NumberText(sample.number);
-      }
-      ORLDestroyEXP(context.get(), exp);
+      HEXP exp = Make(ec, sample.formula);
+      if (!random.operators) EvaluateWithoutMemory(ec, exp, random.Below(8));
+      ASSERT_TRUE(EvaluatesTo(ec, exp, sample, kind == 2))
+          << sample.formula << " in " << page << " is not "
+          << (kind == 2 ? sample.text : NumberText(sample.number));
+      const int64_t blocks = TEST_LiveBlocks();
+      ASSERT_TRUE(EvaluatesTo(ec, exp, sample, kind == 2)) << sample.formula << " again";
+      ASSERT_EQ(TEST_LiveBlocks(), blocks) << sample.formula;
+      ORLDestroyEXP(ec, exp);
     }
   }
   WRENSetCodePage(1252);
