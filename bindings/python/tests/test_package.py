@@ -1,5 +1,6 @@
 """What the package is made of and comes with: declarations, README, the installed copy."""
 
+import doctest
 import os
 import pathlib
 import re
@@ -32,6 +33,11 @@ def test_declarations_are_those_of_the_headers():
 
 def test_package_and_library_have_one_version():
     assert orli11.__version__ == orli11.library_version()
+
+
+def test_the_example_of_the_package():
+    result = doctest.testmod(orli11)
+    assert result.attempted and not result.failed
 
 
 def run(folder, *arguments):
