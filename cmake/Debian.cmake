@@ -48,4 +48,9 @@ if(TARGET ORLI11-qt)
     "The windows of the formula editor, which the engine loads when a program opens it."
     DEPENDS "liborli11-${major} ${same}")
 endif()
+if(BUILD_SHARED_LIBS)
+  orli_package(python python3-orli11 python "The engine for programs in Python."
+    DEPENDS "liborli11-${major} ${same}, python3-cffi" RECOMMENDS "python3-numpy, python3-pandas")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+endif()
 include(CPack)

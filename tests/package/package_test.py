@@ -160,6 +160,10 @@ class Debian(RoadCase):
         run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", self.folder / "packages",
             TMPDIR=str(self.folder))
         self.packages = sorted((self.folder / "packages").glob("*.deb"))
+        self.names = {package.name.split("_")[0] for package in self.packages}
+        if subprocess.run(["dpkg", "--status", "python3-cffi"], capture_output=True, check=False).returncode != 0:
+            print("not there: python3-cffi; python3-orli11 is built and not installed")
+            self.packages = [package for package in self.packages if "python3-orli11" not in package.name]
         self.root = self.folder / "root"
         database = self.root / "var/lib/dpkg"
         for folder in (database / "info", database / "updates", self.root / "etc"):
@@ -184,9 +188,8 @@ class Debian(RoadCase):
         return {path.name for path in (self.root / "usr").rglob("*") if not path.is_dir()}
 
     def test_packages_install_work_and_leave(self):
-        names = {package.name.split("_")[0] for package in self.packages}
         windows = {"liborli11-qt-1"} if (BUILD / "lib/libORLI11-qt.so").exists() else set()
-        self.assertEqual(names, {"liborli11-1", "liborli11-dev", "orli"} | windows)
+        self.assertEqual(self.names, {"liborli11-1", "liborli11-dev", "orli", "python3-orli11"} | windows)
         self.dpkg("--install", *self.packages)
 
         libraries = self.root / "usr/lib"
@@ -198,10 +201,15 @@ class Debian(RoadCase):
         output = run(self.root / "usr/bin/orli", "check", ROOT / "data/weather.csv", "wind * 2", **found)
         self.assertEqual(output, "Number\n")
         self.assertIn("orli.1.gz", self.installed_files())
+        python = self.root / "usr/lib/python3/dist-packages"
+        if python.exists():
+            shown = run("/usr/bin/python3", "-B", "-c", "import orli11; print(orli11.__file__, orli11.Context().check('1'))",
+                        PYTHONPATH=str(python), **found)
+            self.assertEqual(shown, f"{python / 'orli11/__init__.py'} 0\n")
 
         with self.assertRaisesRegex(AssertionError, "dependency problems"):
             self.dpkg("--remove", "liborli11-1")
-        self.dpkg("--purge", *names)
+        self.dpkg("--purge", *(package.name.split("_")[0] for package in self.packages))
         self.assertEqual(self.installed_files(), set())
 
 
