@@ -14,9 +14,9 @@
 #include "dates/date_text.h"
 #include "engine/context.h"
 #include "engine/items.h"
+#include "language/bound_formula.h"
 #include "language/formula_walk.h"
 #include "language/stored_tree.h"
-#include "language/bound_formula.h"
 
 namespace {
 
@@ -58,7 +58,7 @@ void PutText(Target &target, const char *text) {
 void PutUpTo(Target &target, Expression &expression, int64_t offset) {
   if (offset > expression.walkPlace) {
     Put(target, expression.text + expression.walkPlace, offset - expression.walkPlace);
-    expression.walkPlace = offset;
+    expression.walkPlace = static_cast<int32_t>(offset);
   }
 }
 
@@ -201,14 +201,15 @@ int64_t GrowthOfNode(EC ec, const ExprNode *node, bool withMarks) {
 
 // The sums stay far from the ends of their type, and at these bounds once they have met them.
 void AddGrowth(Expression &expression, int64_t growth) {
+  const int64_t sum = expression.walkPlace + growth;
   expression.walkPlace =
-      std::clamp<int64_t>(expression.walkPlace + growth, -int64_t{INT32_MAX}, INT32_MAX);
+      static_cast<int32_t>(std::clamp<int64_t>(sum, -int64_t{INT32_MAX}, INT32_MAX));
 }
 
 // What the splice of a formula adds, whose own growth is known. The parentheses of the reference
 // count as those of the splice.
 int64_t GrowthOfSplice(const Expression &body, const ExprNode *reference) {
-  return body.walkPlace + body.textLength - WRENStrLen(NodeText(reference));
+  return int64_t{body.walkPlace} + body.textLength - WRENStrLen(NodeText(reference));
 }
 
 // By how much the text can grow at most. Each formula is summed up once, however often it is

@@ -46,7 +46,7 @@ void ReplaceTokens(const char *source, char *target, const Names &names, char *t
 void RenameInTree(ExprNode *tree, const Names &names) {
   for (ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
     if (NodeKindOf(node) == NODE_ITEM && SameText(NodeText(node), names.before)) {
-      RenameNode(tree, node, names.after);
+      RenameNode(node, names.after);
     }
   }
 }
@@ -102,6 +102,7 @@ void RenameInExpression(EC ec, HEXP exp, const Names &names, bool mayReparse) {
   }
   if (!mayReparse || !ReparseExpression(ec, exp, text.get())) {
     RenameInTree(exp->tree, names);
+    exp->ownsNames = true;
     ReplaceText(exp, std::move(text));
     ContextChanged(ec);
   }

@@ -33,7 +33,7 @@ void OrlSetTitle(EditorState &editor) {
   const char *title = moduleTexts.editorTitles[editor.editorMode];
   HEXP exp = OrlCurrentExpression(editor);
   const EditorText newRow = LoadText(kModeTexts[editor.editorMode].newRow);
-  const char *name = exp != nullptr             ? exp->name
+  const char *name = exp != nullptr             ? exp->entry.name
                      : editor.repair != nullptr ? editor.repair->name
                                                 : newRow.text;
   if (!SetJoinedTitle(editor.dialog, title, name)) {

@@ -30,7 +30,7 @@ bool RowsAgree(const EditorState &editor, OrlWindow list, int32_t rows) {
   int32_t row = 1;
   for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(ec); ordinal++) {
     HEXP exp = ORLHEXPFromOrdinal(ec, ordinal);
-    if (row < rows && RowShows(list, row, ordinal, exp->name)) {
+    if (row < rows && RowShows(list, row, ordinal, exp->entry.name)) {
       row++;
     } else if (!IsHidden(ec, exp)) {
       return false;
@@ -56,7 +56,7 @@ bool ListAnew(const EditorState &editor, OrlWindow list, int32_t rows) {
   for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(ec); ordinal++) {
     HEXP exp = ORLHEXPFromOrdinal(ec, ordinal);
     if (!IsHidden(ec, exp) || std::binary_search(listed, listed + rows, exp)) {
-      InsertRow(list, -1, exp->name, ordinal);
+      InsertRow(list, -1, exp->entry.name, ordinal);
     }
   }
   WRENListBoxRefit(list);
@@ -105,7 +105,8 @@ void OrlFollowContext(EditorState &editor) {
     return;
   }
   HEXP current = OrlCurrentExpression(editor);
-  const bool free = current == nullptr || ORLIsNamedFormulaUsed(editor.ec, current->name) == 0;
+  const bool free =
+      current == nullptr || ORLIsNamedFormulaUsed(editor.ec, current->entry.name) == 0;
   EnableItem(editor.dialog, kEditName, free);
   EnableItem(editor.dialog, kLabelName, free);
   OrlSetTitle(editor);  // what an expression held that is gone stays in the edits, as a new text

@@ -24,9 +24,9 @@ void ShowNewText(const EditorState &editor) {
 
 void ShowExpression(const EditorState &editor, HEXP exp) {
   SetItemText(editor.dialog, kEditText, exp->text);
-  if (exp->name[0] != '\0') {
-    SetItemText(editor.dialog, kEditName, exp->name);
-    EnableName(editor, ORLIsNamedFormulaUsed(editor.ec, exp->name) == 0);
+  if (exp->entry.name[0] != '\0') {
+    SetItemText(editor.dialog, kEditName, exp->entry.name);
+    EnableName(editor, ORLIsNamedFormulaUsed(editor.ec, exp->entry.name) == 0);
   }
   if (editor.textViewWindow != nullptr) {
     Send(editor.textViewWindow, kMessageShowExpression, 0, reinterpret_cast<intptr_t>(exp));

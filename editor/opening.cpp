@@ -89,7 +89,7 @@ void FillFormulas(const EditorState &editor, OrlWindow list) {
   for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(editor.ec); ordinal++) {
     HEXP exp = ORLHEXPFromOrdinal(editor.ec, ordinal);
     if (exp != nullptr && (all || !OrlIsHiddenExpression(editor.ec, exp))) {
-      InsertRow(list, -1, exp->name, ordinal);
+      InsertRow(list, -1, exp->entry.name, ordinal);
     }
   }
   WRENListBoxRefit(list);
@@ -98,9 +98,9 @@ void FillFormulas(const EditorState &editor, OrlWindow list) {
 void StartWithExpression(const EditorState &editor, HEXP exp) {
   EC ec = editor.ec;
   SetItemText(editor.dialog, kEditText, exp->text);
-  if (exp->name[0] != '\0') {
-    SetItemText(editor.dialog, kEditName, exp->name);
-    if (ORLIsNamedFormulaUsed(ec, exp->name) != 0) {
+  if (exp->entry.name[0] != '\0') {
+    SetItemText(editor.dialog, kEditName, exp->entry.name);
+    if (ORLIsNamedFormulaUsed(ec, exp->entry.name) != 0) {
       EnableItem(editor.dialog, kEditName, false);
       EnableItem(editor.dialog, kLabelName, false);
     }

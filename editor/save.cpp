@@ -31,7 +31,7 @@ constexpr uint32_t kKindQuestions[kModeCount][kModeCount] = {
 
 bool TakeTexts(const EditorState &editor, SaveTexts &texts) {
   if (editor.currentExp != nullptr) {
-    texts.oldName = CopyText(editor.currentExp->name);
+    texts.oldName = CopyText(editor.currentExp->entry.name);
     if (texts.oldName == nullptr) {
       return false;
     }
@@ -120,14 +120,14 @@ void ShowSaved(const EditorState &editor, HEXP saved, const char *oldName) {
   OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t current = CurrentRow(list);
   if (oldName == nullptr) {
-    InsertRow(list, -1, saved->name, ordinal);
+    InsertRow(list, -1, saved->entry.name, ordinal);
   } else {
     const int32_t row = RowOfOrdinal(list, ordinal);
-    if (SameText(oldName, saved->name) || !RowIs(list, row, oldName)) {
+    if (SameText(oldName, saved->entry.name) || !RowIs(list, row, oldName)) {
       return;
     }
     Send(list, ORL_LB_DELETESTRING, static_cast<uintptr_t>(row));
-    InsertRow(list, row, saved->name, ordinal);
+    InsertRow(list, row, saved->entry.name, ordinal);
     SetCurrentRow(list, current);
   }
   WRENListBoxRefit(list);

@@ -114,20 +114,21 @@ int32_t ORLGetExpressionText(EC /*ec*/, HEXP exp, int32_t size, char *buffer) {
 }
 
 int32_t ORLGetExpressionNameLength(EC /*ec*/, HEXP exp) {
-  return exp == nullptr ? 0 : WRENStrLen(exp->name);
+  return exp == nullptr ? 0 : WRENStrLen(exp->entry.name);
 }
 
 int32_t ORLGetExpressionName(EC /*ec*/, HEXP exp, int32_t size, char *buffer) {
-  return CopyToHost(exp == nullptr ? "" : exp->name, size, buffer);
+  return CopyToHost(exp == nullptr ? "" : exp->entry.name, size, buffer);
 }
 
 int32_t ORLIsExpNameGenerated(EC /*ec*/, HEXP exp) {
   const char *base = moduleTexts.baseNames[kClassFormula];
   const int32_t characters = WRENStrChars(base);
-  if (exp == nullptr || WRENStrHasPrefix(exp->name, base, characters) == 0) {
+  if (exp == nullptr || WRENStrHasPrefix(exp->entry.name, base, characters) == 0) {
     return 0;
   }
-  for (const char *at = WRENStrAdvance(exp->name, characters); *at != '\0'; at = CharNextA(at)) {
+  for (const char *at = WRENStrAdvance(exp->entry.name, characters); *at != '\0';
+       at = CharNextA(at)) {
     if (*at < '0' || *at > '9') {
       return 0;
     }

@@ -21,22 +21,23 @@ enum class WalkState : uint8_t { Open, No, Yes };
 // After a change of the formula these stand in the block of another record, `content`, or the text
 // in a block of its own.
 struct Expression {
-  NameEntry entry;  // in the context's expressionNames
+  NameEntry entry;  // in the context's expressionNames, with the name
 
   ExprNode *tree;
-  char *text;  // as the host gave it
-  char *name;
+  char *text;           // as the host gave it
   Expression *content;  // owned, or null
   int32_t textLength;
   uint16_t dataType;  // of the root at the time of the parse
+  bool refersToFormulas;
   bool ownsText;
+  bool ownsNames;  // nodes of the tree may have names in blocks of their own
 
   // The walk through named formulas that came here last, and its way back.
   WalkState walkState;
+  int32_t walkPlace;  // how far the walk is in the text, or what it has summed up
   uint64_t walkNumber;
   Expression *walkCaller;
   ExprNode *walkReturn;
-  int64_t walkPlace;  // how far the walk is in the text, or what it has summed up
 
   // Its place in the order of the context's expressions.
   Expression *previousInOrder;

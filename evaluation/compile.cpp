@@ -289,7 +289,7 @@ ExprNode *EmitNextArgument(Compiler &compiler, ExprNode *argument) {
 ExprNode *EmitNode(Compiler &compiler, ExprNode *node) {
   switch (NodeKindOf(node)) {
     case NODE_NUMBER:
-      EmitNumber(compiler, *NodeNumber(node));
+      EmitNumber(compiler, NodeNumber(node));
       return nullptr;
     case NODE_STRING:
       EmitText(compiler, node);

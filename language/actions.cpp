@@ -160,7 +160,9 @@ DraftNode *AddLeaf(const Reduction &r, int32_t kind, int16_t type) {
   if (node != nullptr) {
     node->dataType = type;
     PlaceAtToken(r, *node);
-    BuilderAddContent(r.state.builder, *node, r.state.text);
+    if (kind != NODE_NUMBER) {
+      BuilderAddText(r.state.builder, *node, r.state.text);
+    }
   }
   return node;
 }
@@ -198,7 +200,7 @@ bool Number(const Reduction &r, bool negative) {
   if (node == nullptr) {
     return false;
   }
-  node->negative = negative;
+  node->detail = negative ? kNumberNegative : 0;
   return true;
 }
 
@@ -244,7 +246,7 @@ bool Call(const Reduction &r, const CallShape &shape) {
   node->length = static_cast<uint16_t>(token.length);
   node->closeOffset = shape.parenthesis ? state.tokenOffset : 0;
   builder.refers = builder.refers || node->kind == NODE_FORMULA;
-  BuilderAddContent(builder, *node, state.text);
+  BuilderAddText(builder, *node, state.text);
   return true;
 }
 

@@ -45,11 +45,11 @@ bool ParseText(ParseState &state, EC ec, const char *text) {
 
 // True when the formula does not refer to itself, else false with the error set.
 bool CheckRecursion(EC ec, const Expression *expression, FormulaError &error) {
-  if (!RefersToFormulas(expression->tree)) {
+  if (!expression->refersToFormulas) {
     return true;
   }
   const ExprNode *where = nullptr;
-  switch (FormulaRefersTo(ec, expression->name, expression->tree, &where)) {
+  switch (FormulaRefersTo(ec, expression->entry.name, expression->tree, &where)) {
     case ORL_ERR_RECURSIVE:
       error = FormulaError{ORL_ERR_RECURSIVE, NodeOffset(where), NodeLength(where)};
       return false;
@@ -104,10 +104,11 @@ OwnedExpression ExpressionFromText(EC ec, const char *text, const char *name, Fo
 // What forbids to store a new record as `exp`, or as a new expression for null; id 0 for nothing.
 FormulaError ConflictOf(EC ec, HEXP exp, const Expression *fresh) {
   const int32_t length = fresh->textLength;
-  if (ORLIsExpNameUnique(ec, exp, fresh->name) == 0) {
+  if (ORLIsExpNameUnique(ec, exp, fresh->entry.name) == 0) {
     return {ORL_ERR_DUPNAME, 0, length};
   }
-  if (exp != nullptr && exp->dataType != fresh->dataType && ReferenceCount(ec, fresh->name) > 0) {
+  if (exp != nullptr && exp->dataType != fresh->dataType &&
+      ReferenceCount(ec, fresh->entry.name) > 0) {
     return {ORL_ERR_EXPDATATYPE, 0, length};
   }
   return {};
@@ -131,7 +132,7 @@ OwnedExpression CheckedFormula(EC ec, HEXP exp, const char *text, const char *na
 // have changed meanwhile.
 FormulaError AnnounceName(EC ec, HEXP exp, const Expression *fresh) {
   const ExpressionRef stored = RefTo(exp);
-  CallHost([=] { return ec->renameProc(ec, exp->name, fresh->name); });
+  CallHost([=] { return ec->renameProc(ec, exp->entry.name, fresh->entry.name); });
   if (!IsStored(ec, stored)) {
     return {ORL_ERR_GENERAL, 0, 0};
   }
@@ -145,14 +146,14 @@ FormulaError AnnounceName(EC ec, HEXP exp, const Expression *fresh) {
 // Gives a stored expression the content of the new record. Id 0, or the error that left everything
 // as it was.
 FormulaError StoreContent(EC ec, HEXP exp, OwnedExpression fresh) {
-  if (!AddReferences(ec, fresh->tree)) {
+  if (!AddReferences(ec, fresh.get())) {
     return {ORL_ERR_MEMORY, 0, 0};
   }
-  const bool renamed = std::strcmp(exp->name, fresh->name) != 0;
+  const bool renamed = std::strcmp(exp->entry.name, fresh->entry.name) != 0;
   if (renamed && ec->renameProc != nullptr) {
     const FormulaError error = AnnounceName(ec, exp, fresh.get());
     if (error.id != 0) {
-      RemoveReferences(ec, fresh->tree);
+      RemoveReferences(ec, fresh.get());
       return error;
     }
   }
@@ -199,18 +200,18 @@ bool ReparseExpression(EC ec, Expression *expression, const char *text) {
   ParseState state;
   OwnedExpression fresh;
   if (ParseText(state, ec, text)) {
-    fresh = MakeExpression(state, expression->name);
+    fresh = MakeExpression(state, expression->entry.name);
   }
   BuilderEnd(state.builder);
   if (fresh == nullptr) {
     return false;
   }
   const bool fits =
-      fresh->dataType == expression->dataType || ReferenceCount(ec, expression->name) == 0;
+      fresh->dataType == expression->dataType || ReferenceCount(ec, expression->entry.name) == 0;
   const ExprNode *where = nullptr;
   const bool circular = !RefersAlike(expression->tree, fresh->tree) &&
-                        FormulaRefersTo(ec, expression->name, fresh->tree, &where) != 0;
-  if (!fits || circular || !AddReferences(ec, fresh->tree)) {
+                        FormulaRefersTo(ec, expression->entry.name, fresh->tree, &where) != 0;
+  if (!fits || circular || !AddReferences(ec, fresh.get())) {
     return false;
   }
   ReplaceContent(ec, expression, std::move(fresh));

@@ -8,10 +8,10 @@
 
 #include "engine/expression_order.h"
 #include "engine/references.h"
+#include "language/bound_formula.h"
 #include "language/formula_walk.h"
 #include "language/stored_tree.h"
 #include "platform/text.h"
-#include "language/bound_formula.h"
 
 namespace {
 
@@ -147,13 +147,13 @@ int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode 
 }
 
 void OrderAfterReplace(EC ec, Expression *expression, const char *oldName) {
-  const bool renamed = !SameText(oldName, expression->name);
+  const bool renamed = !SameText(oldName, expression->entry.name);
   const bool shared =
       renamed && ReferenceCount(ec, oldName) != 0 && ORLHEXPFromName(ec, oldName) != nullptr;
-  const bool named = ReferenceCount(ec, expression->name) != 0;
+  const bool named = ReferenceCount(ec, expression->entry.name) != 0;
   if (shared || (renamed && named)) {
     ec->order.broken = true;  // references mean another formula than before
-  } else if (!named || ORLHEXPFromName(ec, expression->name) != expression) {
+  } else if (!named || ORLHEXPFromName(ec, expression->entry.name) != expression) {
     OrderRemove(ec, expression);  // nothing refers to it
     OrderAppend(ec, expression);
   }

@@ -20,7 +20,9 @@ bool RootIs(HEXP exp, int32_t kind) {
 
 void FreeExpression::operator()(Expression *expression) const {
   const OwnedBlock program(expression->program);
-  ReleaseNames(expression->tree);
+  if (expression->ownsNames) {
+    ReleaseNames(expression->tree);
+  }
   const OwnedText text(expression->ownsText ? expression->text : nullptr);
   const Owned<Expression> content(expression->content);
   const Owned<Expression> record(expression);
@@ -38,19 +40,20 @@ OwnedExpression MakeExpression(ParseState &state, std::string_view name) {
   expression->dataType = StoredType(NodeType(finished.root));
   expression->text = finished.after;
   expression->textLength = state.textLength;
-  expression->name = finished.after + textBytes;
+  expression->refersToFormulas = state.builder.refers;
   std::memcpy(expression->text, state.text, textBytes);
-  std::memcpy(expression->name, name.data(), name.size());
-  NameEntrySet(expression->entry, expression->name, KeyOfName(name));
+  char *ownName = finished.after + textBytes;
+  std::memcpy(ownName, name.data(), name.size());
+  NameEntrySet(expression->entry, ownName, KeyOfName(name));
   return expression;
 }
 
 bool StoreExpression(EC ec, OwnedExpression &expression) {
-  if (!AddReferences(ec, expression->tree)) {
+  if (!AddReferences(ec, expression.get())) {
     return false;
   }
   if (!HandleArrayAppendPointer(&ec->expressions, expression.get())) {
-    RemoveReferences(ec, expression->tree);
+    RemoveReferences(ec, expression.get());
     return false;
   }
   Expression *stored = expression.release();
@@ -68,17 +71,20 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
 }
 
 void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh) {
-  RemoveReferences(ec, expression->tree);
-  ReleaseNames(expression->tree);
+  RemoveReferences(ec, expression);
+  if (expression->ownsNames) {
+    ReleaseNames(expression->tree);
+  }
   const OwnedBlock program(std::exchange(expression->program, nullptr));
   ReplaceText(expression, nullptr);
-  const char *oldName = expression->name;
-  NameIndexRename(ec->expressionNames, expression->entry, fresh->name);
+  const char *oldName = expression->entry.name;
+  NameIndexRename(ec->expressionNames, expression->entry, fresh->entry.name);
   expression->dataType = fresh->dataType;
   expression->tree = fresh->tree;
   expression->text = fresh->text;
   expression->textLength = fresh->textLength;
-  expression->name = fresh->name;
+  expression->refersToFormulas = fresh->refersToFormulas;
+  expression->ownsNames = false;
   const Owned<Expression> old(std::exchange(expression->content, fresh.release()));
   OrderAfterReplace(ec, expression, oldName);
 }
@@ -90,10 +96,11 @@ void ReplaceText(Expression *expression, OwnedText text) {
   expression->textLength = expression->text == nullptr ? 0 : WRENStrLen(expression->text);
 }
 
-bool AddReferences(EC ec, const ExprNode *tree) {
-  if (!RefersToFormulas(tree)) {
+bool AddReferences(EC ec, const Expression *expression) {
+  if (!expression->refersToFormulas) {
     return true;
   }
+  const ExprNode *tree = expression->tree;
   for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
     if (NodeKindOf(node) != NODE_FORMULA || AddReference(ec, NodeText(node))) {
       continue;
@@ -108,10 +115,11 @@ bool AddReferences(EC ec, const ExprNode *tree) {
   return true;
 }
 
-void RemoveReferences(EC ec, const ExprNode *tree) {
-  if (!RefersToFormulas(tree)) {
+void RemoveReferences(EC ec, const Expression *expression) {
+  if (!expression->refersToFormulas) {
     return;
   }
+  const ExprNode *tree = expression->tree;
   for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
     if (NodeKindOf(node) == NODE_FORMULA) {
       RemoveReference(ec, NodeText(node));

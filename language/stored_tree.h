@@ -34,10 +34,10 @@ void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh);
 // Gives an expression another text alone.
 void ReplaceText(Expression *expression, OwnedText text);
 
-// Count the formulas that a tree refers to as references, or no longer. AddReferences is false,
-// with nothing counted, when there is no memory.
-bool AddReferences(EC ec, const ExprNode *tree);
-void RemoveReferences(EC ec, const ExprNode *tree);
+// Count the formulas that a record's tree refers to as references, or no longer. AddReferences is
+// false, with nothing counted, when there is no memory.
+bool AddReferences(EC ec, const Expression *expression);
+void RemoveReferences(EC ec, const Expression *expression);
 
 // What a text is by the kind of its tree's root.
 ExpressionClass ClassOfRoot(int32_t kind);

@@ -1,11 +1,16 @@
 #include "language/tree.h"
 
+#include "language/literals.h"
 #include "platform/owned.h"
 
 namespace {
 
 // An item has room for the address of another name.
 static_assert(kLeastNameBytes >= sizeof(char *));
+
+bool OwnsName(const ExprNode *node) {
+  return node->code == CodeOfKind(NODE_ITEM) && node->detail == kItemOwnsName;
+}
 
 char *OwnName(const ExprNode *node) {
   char *name = nullptr;
@@ -17,14 +22,24 @@ char *OwnName(const ExprNode *node) {
 
 int32_t NodeCloseOffset(const ExprNode *node) {
   int32_t offset = 0;
-  if (node->kind == NODE_CALL || node->kind == NODE_FORMULA) {
+  const int32_t kind = NodeKindOf(node);
+  if (kind == NODE_CALL || kind == NODE_FORMULA) {
     std::memcpy(&offset, NodeContent(node) - kCloseOffsetAt, sizeof offset);
   }
   return offset;
 }
 
 const char *NodeText(const ExprNode *node) {
-  return (node->flags & kFlagOwnName) != 0 ? OwnName(node) : NodeContent(node);
+  return OwnsName(node) ? OwnName(node) : NodeContent(node);
+}
+
+NumberValue NodeNumber(const ExprNode *node) {
+  NumberValue value = {};
+  NumberFromLiteral(&value, {NodeContent(node), node->length});
+  if (node->detail == kNumberNegative) {
+    WRENNumNegate(&value);
+  }
+  return value;
 }
 
 ExprNode *FirstChild(const ExprNode *node) {
@@ -67,9 +82,9 @@ void Bind(ExprNode *node, const NodeBinding &binding) {
 
 // A name that fits where the old one is takes its place. Whoever still reads the old one, a routine
 // of the host for example, then reads the new one.
-bool RenameNode(ExprNode *root, ExprNode *node, const char *name) {
+bool RenameNode(ExprNode *node, const char *name) {
   const size_t bytes = std::strlen(name) + 1;
-  const bool own = (node->flags & kFlagOwnName) != 0;
+  const bool own = OwnsName(node);
   const size_t held = std::strlen(NodeText(node)) + 1;
   if (!own && bytes <= (held < kLeastNameBytes ? kLeastNameBytes : held)) {
     std::memcpy(NodeContent(node), name, bytes);
@@ -82,17 +97,13 @@ bool RenameNode(ExprNode *root, ExprNode *node, const char *name) {
   const OwnedText old(own ? OwnName(node) : nullptr);
   const char *address = copy.release();
   std::memcpy(NodeContent(node), &address, sizeof address);
-  node->flags |= kFlagOwnName;
-  root->flags |= kFlagHasOwnName;
+  node->detail = kItemOwnsName;
   return true;
 }
 
 void ReleaseNames(ExprNode *root) {
-  if (root == nullptr || (root->flags & kFlagHasOwnName) == 0) {
-    return;
-  }
   for (const ExprNode *node = root; node != nullptr; node = ExprNodeNext(root, node)) {
-    if ((node->flags & kFlagOwnName) != 0) {
+    if (OwnsName(node)) {
       const OwnedText name(OwnName(node));
     }
   }

@@ -1,11 +1,11 @@
 // The parse tree: the form in which a formula lives between parsing and evaluation.
 //
-// A tree is one block: the nodes in written order, each before its children, and after them what
-// their texts and numbers need. The root is the first node, so the root's address is the block's:
+// A tree is one piece of memory: the nodes in written order, each before its children, and after
+// them their names, dates and strings. The formula's text follows, where numbers are read:
 //
 //   Amount * 2 + Tax
 //
-//   | + | * | Amount | 2 | Tax | "Amount" 2 "Tax" ...
+//   | + | * | Amount | 2 | Tax | "Amount" "Tax" |
 //
 // A walk in written order is a step to the next node, and freeing a tree is one free. Nodes refer
 // to each other and to their texts by distances, so nothing in a block points into it.
@@ -48,23 +48,24 @@ constexpr int16_t kNoType = -1;
 constexpr uint32_t kMaxListed = 65535;
 
 // The fields belong to language/; everything else reads trees through the functions below.
-struct ExprNode {
-  uint16_t kind;
-  int16_t dataType;
-  uint16_t length;  // span in the text; of an operator that of the token scanned last
+struct [[gnu::packed, gnu::aligned(2)]] ExprNode {
+  uint8_t code;  // of the kind
   uint8_t detail;
-  uint8_t flags;     // NodeFlag
+  int16_t dataType;
+  uint16_t length;   // span in the text; of an operator that of the token scanned last
   int32_t offset;    // where the span begins
   uint32_t parent;   // nodes from the parent to this one; 0 at the root
-  uint32_t content;  // bytes from this node to its text or number; without: nodes in the subtree
+  uint32_t content;  // bytes from this node to its text; without: nodes in the subtree
 };
-static_assert(sizeof(ExprNode) == 20);
+static_assert(sizeof(ExprNode) == 18);
 
-enum NodeFlag : uint8_t {
-  kFlagOwnName = 1,     // its name is in a block of its own
-  kFlagHasOwnName = 2,  // of the root: some node's name is
-  kFlagRefers = 4       // of the root: there is a NODE_FORMULA in the tree
-};
+constexpr uint8_t kItemOwnsName = 1;    // detail of an item: its name is in a block of its own
+constexpr uint8_t kNumberNegative = 1;  // of a number
+
+// Kinds are below 128, or above 256 by less than that.
+constexpr uint8_t CodeOfKind(int32_t kind) {
+  return static_cast<uint8_t>(kind < 128 ? kind : kind - 128);
+}
 
 inline bool IsOperator(int32_t kind) {
   return kind == NODE_ADD || kind == NODE_SUB || kind == NODE_MUL || kind == NODE_DIV ||
@@ -86,7 +87,7 @@ inline bool HasText(int32_t kind) {
 // ---- Reading a tree ----
 
 inline int32_t NodeKindOf(const ExprNode *node) {
-  return node->kind;
+  return node->code < 128 ? node->code : node->code + 128;
 }
 inline int16_t NodeType(const ExprNode *node) {
   return node->dataType;
@@ -108,11 +109,7 @@ int32_t NodeCloseOffset(const ExprNode *node);
 const char *NodeText(const ExprNode *node);
 
 // The value of a NODE_NUMBER.
-inline const NumberValue *NodeNumber(const ExprNode *node) {
-  return reinterpret_cast<const NumberValue *>(reinterpret_cast<const char *>(node) +
-                                               node->content);
-}
-static_assert(alignof(NumberValue) == 1);
+NumberValue NodeNumber(const ExprNode *node);
 
 // What nodes with a name have before it, by the distance back from it; nothing is aligned.
 constexpr uint32_t kCallSizeAt = 4;  // calls and formulas: nodes in the subtree
@@ -126,12 +123,13 @@ inline char *NodeContent(const ExprNode *node) {
 
 // How many nodes a node and all below it are.
 inline uint32_t SubtreeSize(const ExprNode *node) {
-  if (node->kind == NODE_CALL) {
+  if (node->code == CodeOfKind(NODE_CALL)) {
     uint32_t size = 0;
     std::memcpy(&size, NodeContent(node) - kCallSizeAt, sizeof size);
     return size;
   }
-  return HasText(node->kind) || node->kind == NODE_NUMBER ? 1 : node->content;
+  const int32_t kind = NodeKindOf(node);
+  return HasText(kind) || kind == NODE_NUMBER ? 1 : node->content;
 }
 
 // The operands of a node that HasOperands.
@@ -164,11 +162,6 @@ inline ExprNode *ExprNodeNext(const ExprNode *root, const ExprNode *node) {
   return node + 1 == root + SubtreeSize(root) ? nullptr : const_cast<ExprNode *>(node + 1);
 }
 
-// True when the tree of that root has a NODE_FORMULA.
-inline bool RefersToFormulas(const ExprNode *root) {
-  return (root->flags & kFlagRefers) != 0;
-}
-
 // What the name of a NODE_FORMULA meant when it was last looked up; good while the context's
 // generation is `at`.
 struct NodeBinding {
@@ -180,11 +173,11 @@ void Bind(ExprNode *node, const NodeBinding &binding);
 
 // ---- Changing and freeing ----
 
-// Gives a NODE_ITEM of the tree another name. False when there is no memory, with the old name as
-// it was.
-bool RenameNode(ExprNode *root, ExprNode *node, const char *name);
+// Gives a NODE_ITEM another name, which may need a block of its own. False when there is no memory,
+// with the old name as it was.
+bool RenameNode(ExprNode *node, const char *name);
 
-// Frees what a tree holds outside its block; null is accepted.
+// Frees the blocks of such names in a tree.
 void ReleaseNames(ExprNode *root);
 
 #endif

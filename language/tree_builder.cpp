@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "language/literals.h"
 #include "language/parse_state.h"
 #include "platform/owned.h"
 
@@ -49,18 +48,9 @@ uint32_t BytesBefore(int32_t kind) {
   return kind == NODE_FORMULA ? kBindingAt : kind == NODE_CALL ? kCloseOffsetAt : 0;
 }
 
-// Writes what a node holds and returns where it begins. Contents are written from the end of the
-// block towards its start.
-char *PutContent(const DraftNode &node, const char *text, char *end) {
-  if (node.kind == NODE_NUMBER) {
-    char *target = end - sizeof(NumberValue);
-    auto *value = reinterpret_cast<NumberValue *>(target);
-    NumberFromLiteral(value, {text + node.offset, node.length});
-    if (node.negative) {
-      WRENNumNegate(value);
-    }
-    return target;
-  }
+// Writes the text of a node and returns where it begins. Texts are written from the end towards the
+// nodes.
+char *PutText(const DraftNode &node, const char *text, char *end) {
   const std::string_view extract = TextOf(node, text);
   char *target = end - BytesOf(node, extract);
   std::memcpy(target, extract.data(), extract.size());
@@ -71,8 +61,8 @@ char *PutContent(const DraftNode &node, const char *text, char *end) {
   return target;
 }
 
-bool HasContent(int32_t kind) {
-  return kind == NODE_NUMBER || HasText(kind);
+uint32_t DistanceTo(const char *content, const ExprNode *node) {
+  return static_cast<uint32_t>(content - reinterpret_cast<const char *>(node));
 }
 
 // Puts the nodes, which come children first, into the block, where they go parent first: the place
@@ -82,6 +72,7 @@ void PutNodes(TreeBuilder &builder, const char *text, ExprNode *root, char *end)
   DraftNode *drafts = builder.nodes;
   uint32_t above = builder.count - 1;  // the nearest node that the next one can be below
   uint32_t depth = 0;
+  const char *textAfter = end;
   ExprNode *aboveNode = nullptr;
   for (uint32_t i = builder.count; i-- > 0;) {
     const DraftNode &draft = drafts[i];
@@ -91,18 +82,19 @@ void PutNodes(TreeBuilder &builder, const char *text, ExprNode *root, char *end)
       aboveNode = root + (above + 1 - drafts[above].size + depth - 1);
     }
     ExprNode *node = root + (i + 1 - draft.size + depth);
-    node->kind = draft.kind;
+    node->code = CodeOfKind(draft.kind);
     node->dataType = draft.dataType;
     node->length = draft.length;
     node->detail = draft.detail;
     node->offset = draft.offset;
     node->parent = aboveNode == nullptr ? 0 : static_cast<uint32_t>(node - aboveNode);
-    if (HasContent(draft.kind)) {
-      char *content = PutContent(draft, text, end);
-      node->content = static_cast<uint32_t>(content - reinterpret_cast<char *>(node));
+    if (HasText(draft.kind)) {
+      char *content = PutText(draft, text, end);
+      node->content = DistanceTo(content, node);
       end = content - BytesBefore(draft.kind);
     } else {
-      node->content = draft.size;
+      node->content =
+          draft.kind == NODE_NUMBER ? DistanceTo(textAfter + draft.offset, node) : draft.size;
     }
     if (draft.size > 1) {
       drafts[i].parent = above;
@@ -122,7 +114,7 @@ void BuilderBegin(TreeBuilder &builder) {
   builder.arguments = builder.firstArguments;
   builder.argumentCount = 0;
   builder.argumentCapacity = kFirstArguments;
-  builder.contentBytes = 0;
+  builder.textBytes = 0;
   builder.refers = false;
 }
 
@@ -149,14 +141,12 @@ bool BuilderAddArgument(TreeBuilder &builder, uint32_t node) {
   return true;
 }
 
-void BuilderAddContent(TreeBuilder &builder, const DraftNode &node, const char *text) {
-  builder.contentBytes += BytesBefore(node.kind) + (node.kind == NODE_NUMBER
-                                                        ? static_cast<uint32_t>(sizeof(NumberValue))
-                                                        : BytesOf(node, TextOf(node, text)));
+void BuilderAddText(TreeBuilder &builder, const DraftNode &node, const char *text) {
+  builder.textBytes += BytesBefore(node.kind) + BytesOf(node, TextOf(node, text));
 }
 
 FinishedTree FinishTree(TreeBuilder &builder, const char *text, uint32_t before, uint64_t after) {
-  const uint64_t treeBytes = uint64_t{builder.count} * sizeof(ExprNode) + builder.contentBytes;
+  const uint64_t treeBytes = uint64_t{builder.count} * sizeof(ExprNode) + builder.textBytes;
   const uint64_t bytes = before + treeBytes + after;
   if (bytes > UINT32_MAX) {
     return {};
@@ -168,6 +158,5 @@ FinishedTree FinishTree(TreeBuilder &builder, const char *text, uint32_t before,
   auto *root = reinterpret_cast<ExprNode *>(block + before);
   char *end = block + before + treeBytes;
   PutNodes(builder, text, root, end);
-  root->flags = builder.refers ? kFlagRefers : 0;
   return {block, root, end};
 }

@@ -20,7 +20,6 @@ struct DraftNode {
   int16_t dataType;
   uint16_t length;
   uint8_t detail;
-  bool negative;  // of a number: its sign
   int32_t offset;
   int32_t closeOffset;
   uint32_t size;    // nodes in the subtree
@@ -34,8 +33,8 @@ struct TreeBuilder {
   uint32_t *arguments;  // roots of the arguments and members of lists that are not complete
   uint32_t argumentCount;
   uint32_t argumentCapacity;
-  uint64_t contentBytes;  // what the texts and numbers of the nodes will need
-  bool refers;            // there is a NODE_FORMULA
+  uint64_t textBytes;  // what the texts of the nodes will need
+  bool refers;         // there is a NODE_FORMULA
   DraftNode firstNodes[kFirstNodes];
   uint32_t firstArguments[kFirstArguments];
 };
@@ -51,16 +50,17 @@ DraftNode *BuilderAdd(TreeBuilder &builder, int32_t kind, uint32_t size);
 // Takes a node that is built as an argument. False when there is no memory.
 bool BuilderAddArgument(TreeBuilder &builder, uint32_t node);
 
-// Counts the bytes that the node's text or number will need, once its kind and span are settled.
-// `text` is the formula's.
-void BuilderAddContent(TreeBuilder &builder, const DraftNode &node, const char *text);
+// Counts the bytes that the text of a node that HasText will need, once its kind and span are
+// settled. `text` is the formula's.
+void BuilderAddText(TreeBuilder &builder, const DraftNode &node, const char *text);
 
 // The node that was built last.
 inline const DraftNode &BuiltRoot(const TreeBuilder &builder) {
   return builder.nodes[builder.count - 1];
 }
 
-// A tree in a block that holds more: `before` bytes, the tree, and `after` bytes, zeroed.
+// A tree in a block that holds more: `before` bytes, zeroed, the tree, and `after` bytes, of which
+// the first are to get the formula's text.
 struct FinishedTree {
   char *block;
   ExprNode *root;

@@ -91,7 +91,7 @@ bool IsDeferred(const DeleteRun &run, HEXP exp) {
 }
 
 bool IsFree(const DeleteRun &run, HEXP exp) {
-  return IsDeferred(run, exp) && ReferenceCount(run.ec, exp->name) == 0;
+  return IsDeferred(run, exp) && ReferenceCount(run.ec, exp->entry.name) == 0;
 }
 
 // Asks the host to destroy an expression. Without the row there is nothing to ask, and the
@@ -111,7 +111,7 @@ void FirstPass(DeleteRun &run, int32_t kind) {
   while (run.ok && exp != nullptr) {
     run.place = exp->entry.order;
     if (ItemUsedBy(walk, exp, kind, run.name)) {
-      if (ReferenceCount(run.ec, exp->name) != 0) {
+      if (ReferenceCount(run.ec, exp->entry.name) != 0) {
         exp->deleteRun = run.number;
       } else {
         const uint64_t revision = run.ec->revision;

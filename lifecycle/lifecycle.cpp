@@ -14,7 +14,7 @@ void FreeExpressions(EC ec) {
     const OwnedExpression expression(
         static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i)));
     if (expression != nullptr) {
-      RemoveReferences(ec, expression->tree);
+      RemoveReferences(ec, expression.get());
     }
   }
   HandleArrayFree(ec->expressions);
@@ -62,8 +62,9 @@ void CopyExpressions(EC copy, EC ec) {
         static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i));
     if (expression != nullptr && expression->text != nullptr) {
       uint16_t dataType = 0;
-      ORLParseString(copy, expression->text, expression->name == nullptr ? "" : expression->name,
-                     nullptr, &dataType);
+      ORLParseString(copy, expression->text,
+                     expression->entry.name == nullptr ? "" : expression->entry.name, nullptr,
+                     &dataType);
     }
   }
 }
@@ -114,7 +115,7 @@ int32_t ORLDestroyEXP(EC ec, HEXP exp) {
     return 1;
   }
   const int32_t ordinal = ORLGetExpressionOrdinal(ec, exp);
-  if (ordinal < 0 || ReferenceCount(ec, exp->name) > 0) {
+  if (ordinal < 0 || ReferenceCount(ec, exp->entry.name) > 0) {
     return 0;
   }
   if (HandleArrayRows(ec->expressions) > 1) {
@@ -126,7 +127,7 @@ int32_t ORLDestroyEXP(EC ec, HEXP exp) {
   NameIndexRemove(ec->expressionNames, exp->entry);
   OrderRemove(ec, exp);
   const OwnedExpression ended(exp);
-  RemoveReferences(ec, exp->tree);
+  RemoveReferences(ec, exp);
   ContextChanged(ec);
   return 1;
 }

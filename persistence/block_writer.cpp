@@ -68,7 +68,7 @@ int64_t SizeOf(const ExprItem &row) {
 }
 
 int64_t SizeOf(const Expression &row) {
-  return TextSize(row.text) + TextSize(row.name);
+  return TextSize(row.text) + TextSize(row.entry.name);
 }
 
 // A header is never the end of a block, so one byte must fit after it.
@@ -112,7 +112,7 @@ void PutFormulas(BlockTarget &target, HandleArray expressions) {
   ForEachRow<Expression>(expressions, [&target](const Expression &row) {
     if (!target.overflow && Fits(target, SizeOf(row))) {
       PutText(target, row.text);
-      PutText(target, row.name);
+      PutText(target, row.entry.name);
     }
   });
 }

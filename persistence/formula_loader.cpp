@@ -126,7 +126,7 @@ void Settle(FormulaLoad &load, PendingRow &row, HEXP exp) {
   row.text = nullptr;
   ReplaceBlock(row.owned);
   row.parsed = exp;
-  RescheduleWaitingFor(load, exp->name);
+  RescheduleWaitingFor(load, exp->entry.name);
 }
 
 // Lets the user repair a formula. Whatever was done meanwhile, every formula may parse now.
@@ -240,7 +240,7 @@ void RestoreOrder(FormulaLoad &load) {
     *static_cast<HEXP *>(HandleArrayLock(ec->expressions, i)) = exp;
     HandleArrayUnlock(ec->expressions);
     NameIndexRemove(ec->expressionNames, exp->entry);
-    NameIndexAppend(ec->expressionNames, exp->entry, exp->name);
+    NameIndexAppend(ec->expressionNames, exp->entry, exp->entry.name);
   }
   ec->order.broken = true;
   ContextChanged(ec);

@@ -17,7 +17,7 @@ std::string Label(const ExprNode *node) {
   const std::string text = HasText(NodeKindOf(node)) ? NodeText(node) : "";
   // clang-format off
   switch (NodeKindOf(node)) {
-    case NODE_NUMBER: return NumberText(*NodeNumber(node));
+    case NODE_NUMBER: return NumberText(NodeNumber(node));
     case NODE_STRING: return (NodeDetail(node) != 0 ? "~'" : "'") + text + "'";
     case NODE_DATE: return "#" + text + "#";
     case NODE_FORMULA: return text + "!";
