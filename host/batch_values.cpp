@@ -16,18 +16,17 @@ HEXP ExpressionIn(EC copy, EC ec, HEXP exp) {
   return ORLHEXPFromName(copy, name.c_str());
 }
 
-/* A session over the same columns with a context of its own; null when out of memory. */
-std::unique_ptr<Session> CopySession(const Session &session) {
+/* A session over the same columns with a context of its own, which has the same formulas; null when
+ * out of memory. */
+std::unique_ptr<Session> CopySession(const Session &session, std::vector<Formula> formulas) {
   auto copy = std::make_unique<Session>();
-  copy->ec.reset(ORLCopyEC(session.ec.get()));
-  if (copy->ec == nullptr) {
-    return nullptr;
-  }
-  ORLSetUserLong(copy->ec.get(), reinterpret_cast<intptr_t>(copy.get()));
+  std::string unused;
+  copy->ec = NewContext();
   copy->options = session.options;
   copy->table = session.table;
-  copy->byName = session.byName;
-  copy->values = session.values;
+  if (!SessionDeclare(*copy, unused) || !FormulasDefine(copy->ec.get(), formulas, unused)) {
+    return nullptr;
+  }
   for (const auto &[exp, column] : session.zeroUses) {
     copy->zeroUses.emplace(ExpressionIn(copy->ec.get(), session.ec.get(), exp), column);
   }
@@ -213,21 +212,20 @@ void ComputeRow(Worker &worker) {
 
 }  // namespace
 
-bool WorkerBegin(Worker &worker, Session &session, const std::vector<Formula> &formulas,
-                 const std::vector<Condition> &conditions, bool copy) {
-  worker.own = copy ? CopySession(session) : nullptr;
+bool WorkerBegin(Worker &worker, Session &session, const RunFormulas &formulas, bool copy) {
+  worker.own = copy ? CopySession(session, formulas.defined) : nullptr;
   worker.session = copy ? worker.own.get() : &session;
-  worker.formulas = formulas;
-  worker.conditions = conditions;
+  worker.formulas = formulas.computed;
+  worker.conditions = formulas.conditions;
   if (worker.session == nullptr || (copy && !FindExpressions(worker, session.ec.get()))) {
     return false;
   }
-  worker.results.resize(formulas.size());
+  worker.results.resize(worker.formulas.size());
   for (FormulaValues &result : worker.results) {
     result.block = NewBlock(kFirstBlock);
   }
   /* Conditions look at one row at a time, and zeros are counted where they are asked for. */
-  worker.batches = conditions.empty() && worker.session->zeroUses.empty();
+  worker.batches = worker.conditions.empty() && worker.session->zeroUses.empty();
   const std::vector<Column> &columns = worker.session->table.columns;
   for (size_t i = 0; worker.batches && i < columns.size(); ++i) {
     if (IsUsed(worker, columns[i])) {

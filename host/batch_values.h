@@ -50,9 +50,14 @@ struct Worker {
   bool batches = false;               /* formulas are computed for a batch at once */
 };
 
+/* The formulas of a run: `defined` are all that the context has, `computed` those with values. */
+struct RunFormulas {
+  std::vector<Formula> defined, computed;
+  std::vector<Condition> conditions;
+};
+
 /* The first worker of a run works in its session, others in a copy. False when out of memory. */
-bool WorkerBegin(Worker &worker, Session &session, const std::vector<Formula> &formulas,
-                 const std::vector<Condition> &conditions, bool copy);
+bool WorkerBegin(Worker &worker, Session &session, const RunFormulas &formulas, bool copy);
 
 /* What is made of each row that meets the conditions: `worker` has the row in its session, and its
  * values in WorkerValue. */

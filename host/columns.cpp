@@ -38,6 +38,7 @@ struct ScanState {
   Table *table;
   Progress *progress;
   bool bounds;
+  int64_t most; /* rows; -1: all */
   std::vector<Finding> findings;
 };
 
@@ -81,6 +82,23 @@ void TakeDate(Finding &finding, const CsvRow &row, const char *text) {
   finding.offset = finding.offset || HasOffset(text);
 }
 
+/* Whether a field changes nothing of what is known: most are written like those before them. Where
+ * values are wanted, or decimals are written in another way, nothing is known before a field is
+ * read. */
+bool IsLikeOthers(const ScanState &state, Finding &finding, const char *text) {
+  int64_t number = 0;
+  uint8_t decimals = 0;
+  int32_t day = 0;
+  if (state.bounds || state.options->rules.decimal != '\0') {
+    return false;
+  }
+  if (finding.number.line != 0 && PlainDecimal(text, number, decimals)) {
+    finding.point = finding.point || decimals != 0;
+    return finding.code.line != 0 || CodeShapeOf(text) == kCodeNone;
+  }
+  return finding.date.line != 0 && state.options->rules.dateOrder < 0 && DayOfPlainDate(text, day);
+}
+
 /* A field of a column whose type is found from its fields. */
 void FindType(const ScanState &state, Column &column, Finding &finding, const CsvRow &row,
               const char *text) {
@@ -88,6 +106,9 @@ void FindType(const ScanState &state, Column &column, Finding &finding, const Cs
   NumberValue value;
   if (finding.other.line != 0) {
     return; /* a String, whatever follows */
+  }
+  if (IsLikeOthers(state, finding, text)) {
+    return;
   }
   if (NumberFromField(rules, text, &value)) {
     TakeNumber(finding, row, text);
@@ -126,6 +147,9 @@ std::string Shown(const std::string &text) {
 
 bool TakeRow(const CsvRow &row, void *user, std::string &error) {
   ScanState &state = *static_cast<ScanState *>(user);
+  if (state.table->rows == state.most) {
+    return false;
+  }
   if (!ColumnsFit(*state.csv, *state.table, row, error)) {
     return false;
   }
@@ -286,9 +310,9 @@ void ColumnsName(const CsvFile &csv, EC ec, Table &table, std::vector<std::strin
   }
 }
 
-bool ColumnsScan(CsvFile &csv, const DataOptions &options, bool bounds, Table &table,
+bool ColumnsScan(CsvFile &csv, const DataOptions &options, bool bounds, int64_t most, Table &table,
                  Progress &progress, std::string &error) {
-  ScanState state{&csv, &options, &table, &progress, bounds, {}};
+  ScanState state{&csv, &options, &table, &progress, bounds, most, {}};
   state.findings.resize(table.columns.size());
   if (!Demand(state, error)) {
     return false;

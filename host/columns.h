@@ -35,8 +35,9 @@ void ColumnsName(const CsvFile &csv, EC ec, Table &table, std::vector<std::strin
 /* Reads the files once: all rows together tell the types. A column is Number or Date when each of
  * its fields that is not empty is one, else String; so is one of numbers that look like codes. A
  * type that the options name is demanded of each field instead. `bounds`: find the least and
- * greatest values too. False with a message in `error`. */
-bool ColumnsScan(CsvFile &csv, const DataOptions &options, bool bounds, Table &table,
+ * greatest values too. `most`: look at so many rows only; -1: at all. False with a message in
+ * `error`. */
+bool ColumnsScan(CsvFile &csv, const DataOptions &options, bool bounds, int64_t most, Table &table,
                  Progress &progress, std::string &error);
 
 /* False with a message for a row that has more or fewer fields than the header. */

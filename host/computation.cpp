@@ -30,9 +30,9 @@ bool ReadRow(const CsvRow &row, void *user, std::string &error) {
 }
 
 /* The formulas that those of the command line may call: of the store, then of files. */
-bool TakeOthers(const Computation &computation, std::vector<Formula> &all, std::string &error) {
-  const RowOptions &options = *computation.options;
-  if (!options.store.empty() && !StoreFormulas(options.store, computation.session, all, error)) {
+bool TakeOthers(const RowOptions &options, const Session &session, std::vector<Formula> &all,
+                std::string &error) {
+  if (!options.store.empty() && !StoreFormulas(options.store, session, all, error)) {
     return false;
   }
   return std::all_of(options.formulaFiles.begin(), options.formulaFiles.end(),
@@ -87,7 +87,7 @@ void TellPictures(const std::vector<Formula> &formulas) {
 bool Define(Computation &computation, std::string &error) {
   EC ec = computation.session.ec.get();
   std::vector<Formula> all;
-  if (!TakeOthers(computation, all, error)) {
+  if (!TakeOthers(*computation.options, computation.session, all, error)) {
     return false;
   }
   const size_t own = all.size();
@@ -102,8 +102,39 @@ bool Define(Computation &computation, std::string &error) {
       return false;
     }
   }
+  computation.defined = all;
   TellPictures(computation.formulas);
   SessionWatchZeros(computation.session, ZeroUsesOf(all));
+  return true;
+}
+
+/* Whether an error of a formula is one whatever the types of columns are. */
+bool IsOfAnyType(int32_t id) {
+  constexpr int32_t kErrors[] = {ORL_ERR_VAR,         ORL_ERR_FUNC,       ORL_ERR_SYNTAX,
+                                 ORL_ERR_UNKNOWNCHAR, ORL_ERR_NUMPARMSHI, ORL_ERR_NUMPARMSLO,
+                                 ORL_ERR_INVALIDDATE, ORL_ERR_EXPPARMS};
+  return std::find(std::begin(kErrors), std::end(kErrors), id) != std::end(kErrors);
+}
+
+/* The SessionCheck of a run: names and syntax. */
+bool CheckFormulas(const Computation &computation, const Session &trial, std::string &error) {
+  std::vector<Formula> all;
+  std::vector<Condition> conditions;
+  std::string problem;
+  size_t wrong = 0;
+  if (!TakeOthers(*computation.options, trial, all, problem)) {
+    return true;
+  }
+  all.insert(all.end(), computation.formulas.begin(), computation.formulas.end());
+  for (const std::string &argument : computation.options->conditions) {
+    if (!ConditionTake(argument, all, conditions.emplace_back(), problem)) {
+      return true;
+    }
+  }
+  if (!FormulasDefine(trial.ec.get(), all, problem, &wrong) && IsOfAnyType(all[wrong].problem.id)) {
+    error = problem;
+    return false;
+  }
   return true;
 }
 
@@ -149,10 +180,10 @@ bool BeginWorkers(Computation &computation) {
   const bool inOrder = computation.limit >= 0 && !computation.conditions.empty();
   const int64_t jobs = computation.options->jobs;
   const size_t count = inOrder ? 1 : jobs > 0 ? static_cast<size_t>(jobs) : ProcessorCount();
+  const RunFormulas formulas = {computation.defined, computation.formulas, computation.conditions};
   computation.workers.resize(count);
   for (size_t i = 0; i < count; ++i) {
-    if (!WorkerBegin(computation.workers[i], computation.session, computation.formulas,
-                     computation.conditions, i != 0)) {
+    if (!WorkerBegin(computation.workers[i], computation.session, formulas, i != 0)) {
       return false;
     }
   }
@@ -216,7 +247,10 @@ bool ComputationTake(Computation &computation, const std::string &argument, std:
 int ComputationRun(Computation &computation, const RowConsumer &consumer) {
   std::string error;
   ProgressStart(computation.progress);
-  const bool open =
-      SessionOpen(computation.options->data, computation.session, computation.progress, error);
+  const auto check = [&computation](const Session &trial, std::string &problem) {
+    return CheckFormulas(computation, trial, problem);
+  };
+  const bool open = SessionOpen(computation.options->data, computation.session,
+                                computation.progress, error, false, check);
   return open ? ComputeRows(computation, consumer) : Complain(error, kExitWrong);
 }

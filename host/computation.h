@@ -19,7 +19,8 @@
 struct Computation {
   const RowOptions *options = nullptr;
   std::vector<Formula> formulas;
-  std::vector<Worker> workers; /* one for each job */
+  std::vector<Formula> defined; /* all of the context, those of conditions included */
+  std::vector<Worker> workers;  /* one for each job */
   std::vector<Condition> conditions;
   bool computeStored = false; /* formulas of the store and of files are computed, before others */
   bool mayBeEmpty = false;    /* there is something to write without formulas */

@@ -70,28 +70,6 @@ void *LookUp(const char *routineName) {
                                                        : nullptr;
 }
 
-bool DeclareColumns(Session &session, std::string &error) {
-  const std::vector<Column> &columns = session.table.columns;
-  for (const Column &column : columns) {
-    ExprItem item = {};
-    item.kind = ORL_INPUT;
-    item.dataType = column.type;
-    item.routineName = kColumnRoutine;
-    std::memcpy(item.name, column.name.c_str(), column.name.size() + 1);
-    if (ORLAddExpressionItem(session.ec.get(), &item) == 0) {
-      error = session.csv.Path() + ": too many columns, or out of memory";
-      return false;
-    }
-  }
-  session.byName.resize(columns.size());
-  std::iota(session.byName.begin(), session.byName.end(), size_t{0});
-  std::sort(session.byName.begin(), session.byName.end(), [&columns](size_t left, size_t right) {
-    return columns[left].name < columns[right].name;
-  });
-  session.values.resize(columns.size());
-  return true;
-}
-
 /* Warns once when the environment names a locale that is not installed: the settings of the United
  * States are then used instead, which read other dates. */
 void CheckLocale() {
@@ -122,6 +100,21 @@ void TellTwoWays(const Session &session) {
   }
 }
 
+/* Asks `check` where there are more rows than a few; what is wrong with these is told by whoever
+ * reads them all. */
+bool CheckAhead(Session &session, Progress &progress, const SessionCheck &check,
+                std::string &error) {
+  constexpr int64_t kFewRows = 1000;
+  Session trial;
+  trial.ec = NewContext();
+  trial.options = session.options;
+  trial.table = session.table;
+  std::string unused;
+  return !ColumnsScan(session.csv, session.options, false, kFewRows, trial.table, progress,
+                      unused) ||
+         trial.table.rows < kFewRows || !SessionDeclare(trial, unused) || check(trial, error);
+}
+
 }  // namespace
 
 Context NewContext() {
@@ -132,12 +125,34 @@ Context NewContext() {
   return ec;
 }
 
+bool SessionDeclare(Session &session, std::string &error) {
+  ORLSetUserLong(session.ec.get(), reinterpret_cast<intptr_t>(&session));
+  const std::vector<Column> &columns = session.table.columns;
+  for (const Column &column : columns) {
+    ExprItem item = {};
+    item.kind = ORL_INPUT;
+    item.dataType = column.type;
+    item.routineName = kColumnRoutine;
+    std::memcpy(item.name, column.name.c_str(), column.name.size() + 1);
+    if (ORLAddExpressionItem(session.ec.get(), &item) == 0) {
+      error = session.csv.Path() + ": too many columns, or out of memory";
+      return false;
+    }
+  }
+  session.byName.resize(columns.size());
+  std::iota(session.byName.begin(), session.byName.end(), size_t{0});
+  std::sort(session.byName.begin(), session.byName.end(), [&columns](size_t left, size_t right) {
+    return columns[left].name < columns[right].name;
+  });
+  session.values.resize(columns.size());
+  return true;
+}
+
 bool SessionOpen(const DataOptions &options, Session &session, Progress &progress,
-                 std::string &error, bool bounds) {
+                 std::string &error, bool bounds, const SessionCheck &check) {
   session.ec = NewContext();
   session.options = options;
   CheckLocale();
-  ORLSetUserLong(session.ec.get(), reinterpret_cast<intptr_t>(&session));
   if (!CsvOpen(options, session.csv, error)) {
     return false;
   }
@@ -146,8 +161,11 @@ bool SessionOpen(const DataOptions &options, Session &session, Progress &progres
   for (const std::string &note : notes) {
     Complain(session.csv.Path() + ": " + note, kExitGood);
   }
-  if (!ColumnsScan(session.csv, options, bounds, session.table, progress, error) ||
-      !DeclareColumns(session, error)) {
+  if (check && !CheckAhead(session, progress, check, error)) {
+    return false;
+  }
+  if (!ColumnsScan(session.csv, options, bounds, -1, session.table, progress, error) ||
+      !SessionDeclare(session, error)) {
     return false;
   }
   if (!session.table.notUtf8.empty()) {

@@ -42,11 +42,19 @@ struct Session {
   const CsvRow *row = nullptr;                /* the row being computed */
 };
 
+/* Looks at formulas over columns whose types are those of the first rows; false with a message for
+ * a formula that no types make right. */
+using SessionCheck = std::function<bool(const Session &trial, std::string &error)>;
+
 /* Opens files, finds their columns and declares them in a new context. Tells on standard error what
  * had to be changed or looks wrong. `bounds`: as in ColumnsScan. False with a message in `error`.
- * The session must not move while it is open. */
+ * The session must not move while it is open. Where files are long, `check` is asked before they
+ * are read to their end. */
 bool SessionOpen(const DataOptions &options, Session &session, Progress &progress,
-                 std::string &error, bool bounds = false);
+                 std::string &error, bool bounds = false, const SessionCheck &check = nullptr);
+/* Declares the columns of the session's table in its context, whose routines work on the session.
+ * False with a message. */
+bool SessionDeclare(Session &session, std::string &error);
 /* Runs a command over the session of a file and returns the exit status. */
 int WithSession(const DataOptions &options, const std::function<int(Session &session)> &command,
                 bool bounds = false);
