@@ -156,12 +156,16 @@ void OrlLayoutFormulas(const EditorState &editor);
 // ---- Lists and insertion (insertion.cpp, placeholders.cpp, templates.cpp, rows.cpp) -------------
 
 void OrlInsertItem(EditorState &editor, OrlWindow list);
+// What the row of that name in the list with that id stands for.
+void OrlInsertName(EditorState &editor, int32_t list, const char *name);
 // Appends the parameter template of a function to the name in `buffer` of `size` bytes; false when
 // it has no room.
 bool OrlBuildTemplate(char *buffer, int32_t size, const ExprItem *item);
 // The bytes of that template, and the placeholder of one parameter in it.
 int32_t OrlTemplateLength(const ExprItem *item);
 const char *OrlParameterLabel(const ExprItem *item, int32_t index);
+// The word for a data type.
+const char *OrlTypeLabel(uint16_t dataType);
 // Puts the first `length` bytes of a text in place of the edit's selection. The offset where they
 // stand then, or -1 when there is no memory, with the edit as it was.
 int32_t OrlInsertText(const EditorState &editor, const char *text, int32_t length);
@@ -178,6 +182,10 @@ void *OrlRowBitmap(const EditorState &editor, int32_t row, const char *text);
 // ---- Save and delete (save.cpp, select.cpp, follow.cpp) -----------------------------------------
 
 HEXP OrlSaveText(EditorState &editor);
+// In Set mode the tail that stands for further members is no part of the text.
+void OrlCutTail(const EditorState &editor, char *text);
+// Saves, and goes on with a new text. False when nothing was saved; then the text stays.
+bool OrlSaveAndGoOn(EditorState &editor);
 bool OrlAskSave(EditorState &editor);
 void OrlSelectFormula(EditorState &editor);
 void OrlDeleteSelected(EditorState &editor);
@@ -196,6 +204,10 @@ void OrlOfferTextAid(const EditorState &editor);
 bool OrlHostTakes(EditorState &editor, const char *text, const char *name);
 // Tells it that an expression has been stored, renamed or deleted.
 void OrlTellHost(const EditorState &editor);
+// What it says of a function, cut to `size` bytes; false when it says nothing.
+bool OrlHostDescribes(const char *function, char *buffer, int32_t size);
+// Whether lists show a function.
+bool OrlHostShows(const char *function);
 
 // ---- Side windows and error boxes (text_view.cpp, values.cpp, error_box.cpp) --------------------
 

@@ -11,6 +11,14 @@ const OrlEditorHost *Host() {
   return getHost == nullptr ? nullptr : getHost();
 }
 
+// What a host has compiled in of its record.
+template <class Routine>
+Routine Has(const OrlEditorHost *host, Routine OrlEditorHost::*routine) {
+  const auto *entry = reinterpret_cast<const char *>(&(host->*routine));
+  const bool isThere = entry + sizeof(Routine) <= reinterpret_cast<const char *>(host) + host->size;
+  return isThere ? host->*routine : nullptr;
+}
+
 }  // namespace
 
 bool OrlHostTakes(EditorState &editor, const char *text, const char *name) {
@@ -27,4 +35,17 @@ void OrlTellHost(const EditorState &editor) {
   if (host != nullptr && host->Changed != nullptr) {
     CallHost([&] { host->Changed(host->user, editor.dialog); });
   }
+}
+
+bool OrlHostDescribes(const char *function, char *buffer, int32_t size) {
+  const OrlEditorHost *host = Host();
+  const auto describe = host == nullptr ? nullptr : Has(host, &OrlEditorHost::DescribeFunction);
+  return describe != nullptr &&
+         CallHost([=] { return describe(host->user, function, buffer, size); }) != 0;
+}
+
+bool OrlHostShows(const char *function) {
+  const OrlEditorHost *host = Host();
+  const auto shows = host == nullptr ? nullptr : Has(host, &OrlEditorHost::ShowsFunction);
+  return shows == nullptr || CallHost([=] { return shows(host->user, function); }) != 0;
 }

@@ -104,18 +104,21 @@ void OrlInsertItem(EditorState &editor, OrlWindow list) {
     return;
   }
   const OwnedText name = TextOfRow(list, row);
-  if (name == nullptr) {
-    return;
+  if (name != nullptr) {
+    OrlInsertName(editor, id, name.get());
   }
-  switch (id) {
+}
+
+void OrlInsertName(EditorState &editor, int32_t list, const char *name) {
+  switch (list) {
     case kListItems:
-      OrlInsertText(editor, name.get(), WRENStrLen(name.get()));
+      OrlInsertText(editor, name, WRENStrLen(name));
       break;
     case kListFunctions:
-      InsertFunction(editor, name.get());
+      InsertFunction(editor, name);
       break;
     case kListFormulas:
-      InsertFormula(editor, name.get());
+      InsertFormula(editor, name);
       break;
     default:
       break;

@@ -41,21 +41,6 @@ bool TakeTexts(const EditorState &editor, SaveTexts &texts) {
   return texts.text != nullptr && texts.name != nullptr;
 }
 
-// In Set mode the tail that stands for further members is no part of the text.
-void CutTail(const EditorState &editor, char *text) {
-  if (editor.editorMode != kModeSet) {
-    return;
-  }
-  const size_t length = std::strlen(editor.expressionTail);
-  for (char *at = text; *at != '\0'; at = CharNextA(at)) {
-    if (std::strncmp(at, editor.expressionTail, length) == 0) {
-      *at = '\0';
-      break;
-    }
-  }
-  SetItemText(editor.dialog, kEditText, text);
-}
-
 // Keeps the text and its name for the reader of a block when the word at which the parse failed is
 // the name of a formula that is still to come.
 bool DeferText(const EditorState &editor, const SaveTexts &texts, const FormulaError &error) {
@@ -157,6 +142,16 @@ HEXP ParseAndShow(EditorState &editor, const SaveTexts &texts) {
 
 }  // namespace
 
+void OrlCutTail(const EditorState &editor, char *text) {
+  const size_t length = std::strlen(editor.expressionTail);
+  for (char *at = text; editor.editorMode == kModeSet && *at != '\0'; at = CharNextA(at)) {
+    if (std::strncmp(at, editor.expressionTail, length) == 0) {
+      *at = '\0';
+      break;
+    }
+  }
+}
+
 HEXP OrlSaveText(EditorState &editor) {
   if (!ItemHasText(editor.dialog, kEditText)) {
     return nullptr;
@@ -165,7 +160,10 @@ HEXP OrlSaveText(EditorState &editor) {
   SaveTexts texts = {};
   HEXP saved = nullptr;
   if (TakeTexts(editor, texts)) {
-    CutTail(editor, texts.text.get());
+    OrlCutTail(editor, texts.text.get());
+    if (editor.editorMode == kModeSet) {
+      SetItemText(editor.dialog, kEditText, texts.text.get());
+    }
     saved = ParseAndShow(editor, texts);
   } else {
     const FormulaError error = {ORL_ERR_MEMORY, 0, 0};

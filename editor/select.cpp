@@ -88,6 +88,18 @@ void OrlSelectFormula(EditorState &editor) {
   FocusItem(editor.dialog, kEditText);
 }
 
+bool OrlSaveAndGoOn(EditorState &editor) {
+  if (editor.repair != nullptr || OrlSaveText(editor) == nullptr) {
+    return false;
+  }
+  editor.currentExp = nullptr;
+  OrlShowCurrent(editor);
+  OrlSeedText(editor);
+  OrlClearModified(editor);
+  FocusItem(editor.dialog, kEditText);
+  return true;
+}
+
 void OrlDeleteSelected(EditorState &editor) {
   OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t row = CurrentRow(list);

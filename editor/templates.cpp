@@ -32,22 +32,6 @@ void Append(BoundedText &text, const char *part) {
   text.length += length;
 }
 
-const char *LabelOfType(uint16_t dataType) {
-  switch (dataType) {
-    case ORL_TYPE_NUMBER:
-      return moduleTexts.typeLabels[kLabelNumber];
-    case ORL_TYPE_DATE:
-      return moduleTexts.typeLabels[kLabelDate];
-    case ORL_TYPE_STRING:
-      return moduleTexts.typeLabels[kLabelString];
-    case ORL_TYPE_FOLLOWS:
-    case ORL_TYPE_ANY:
-      return moduleTexts.typeLabels[kLabelAny];
-    default:
-      return moduleTexts.typeLabels[kLabelKeyword];
-  }
-}
-
 void WriteTemplate(BoundedText &text, const ExprItem *item) {
   const int32_t declared = item->paramCount;
   const int32_t first = item->firstOptional;
@@ -91,6 +75,22 @@ void WriteTemplate(BoundedText &text, const ExprItem *item) {
 
 }  // namespace
 
+const char *OrlTypeLabel(uint16_t dataType) {
+  switch (dataType) {
+    case ORL_TYPE_NUMBER:
+      return moduleTexts.typeLabels[kLabelNumber];
+    case ORL_TYPE_DATE:
+      return moduleTexts.typeLabels[kLabelDate];
+    case ORL_TYPE_STRING:
+      return moduleTexts.typeLabels[kLabelString];
+    case ORL_TYPE_FOLLOWS:
+    case ORL_TYPE_ANY:
+      return moduleTexts.typeLabels[kLabelAny];
+    default:
+      return moduleTexts.typeLabels[kLabelKeyword];
+  }
+}
+
 const char *OrlParameterLabel(const ExprItem *item, int32_t index) {
   // A function without parentheses has one record. A group that repeats is written with the type of
   // its first parameter, or that of the last one where the host has declared none.
@@ -99,7 +99,7 @@ const char *OrlParameterLabel(const ExprItem *item, int32_t index) {
     return moduleTexts.typeLabels[kLabelAny];
   }
   const int32_t wanted = index < item->paramCount ? index : int32_t{item->firstOptional};
-  return LabelOfType(ItemParameters(item)[std::min(wanted, records - 1)].dataType);
+  return OrlTypeLabel(ItemParameters(item)[std::min(wanted, records - 1)].dataType);
 }
 
 int32_t OrlTemplateLength(const ExprItem *item) {

@@ -76,6 +76,7 @@ void AddEdit(CLI::App &app, CommandLine &line, int &status) {
   edit->add_option("--values", line.edit.values, "The column whose values to list at once")
       ->type_name("COLUMN")
       ->check(NotEmpty);
+  edit->add_flag("--sql", line.edit.sql, "List the functions for databases too");
   edit->final_callback([&line, &status] {
     line.edit.store = line.store;
     line.edit.data = DataOf(line);

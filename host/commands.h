@@ -97,6 +97,7 @@ struct EditOptions {
   std::string name;   /* of the formula to be edited; empty: a new one */
   std::string mode;   /* "formula", "range" or "set"; empty: as the formula is */
   std::string values; /* the column whose values are listed at once; empty: none */
+  bool sql = false;   /* list the functions for databases too */
 };
 
 /* Opens the formula editor on a store, over the columns of a file. */

@@ -4,7 +4,10 @@
 
 #include "host/commands.h"
 #include "host/display.h"
+#include "host/edit_help.h"
+#include "host/edit_preview.h"
 #include "host/edit_store.h"
+#include "host/function_texts.h"
 #include "host/store.h"
 #include "host/value_listing.h"
 #include "orli11/windows.h"
@@ -43,8 +46,15 @@ void TellBox(OrlWindow dialog, const std::string &message) {
                                    ORL_MB_OK | ORL_MB_ICONSTOP);
 }
 
+/* What the routines of the host work on. */
+struct Beside {
+  EditedStore *store;
+  RowPreview preview;
+  bool sql = false; /* the functions for databases are listed too */
+};
+
 int32_t MaySave(void *user, OrlWindow dialog, HEXP exp, const char *text, const char *name) {
-  EditedStore &store = *static_cast<EditedStore *>(user);
+  EditedStore &store = *static_cast<Beside *>(user)->store;
   std::string error;
   Foreign foreign;
   while (!EditedStoreMayTake(store, exp, text, name, error, foreign)) {
@@ -60,7 +70,9 @@ int32_t MaySave(void *user, OrlWindow dialog, HEXP exp, const char *text, const 
 }
 
 void WriteChanges(void *user, OrlWindow dialog) {
-  EditedStore &store = *static_cast<EditedStore *>(user);
+  Beside &beside = *static_cast<Beside *>(user);
+  EditedStore &store = *beside.store;
+  PreviewFormulas(beside.preview, FormulasOf(store.ec));
   std::string error;
   Foreign foreign;
   while (!EditedStoreWrite(store, error, foreign)) {
@@ -72,6 +84,41 @@ void WriteChanges(void *user, OrlWindow dialog) {
       return;
     }
   }
+}
+
+void ShowHelp(void * /*user*/, const OrlHelp *help) {
+  const OrlWindowSystem *windows = ORLGetWindowSystem();
+  if (windows->size > offsetof(OrlWindowSystem, ShowPage) && windows->ShowPage != nullptr) {
+    const HelpPage page = HelpPageFor(*help);
+    windows->ShowPage(help->dialog, page.title.c_str(), page.text.c_str());
+  }
+}
+
+int32_t ShowsFunction(void *user, const char *name) {
+  const FunctionText *function = FindFunctionText(name);
+  return static_cast<Beside *>(user)->sql || function == nullptr || !function->forDatabases ? 1 : 0;
+}
+
+void ShowValues(void *user, const char *text, OrlWindow list) {
+  for (const std::string &line : PreviewOf(static_cast<Beside *>(user)->preview, text)) {
+    ORLGetWindowSystem()->SendMessage(list, ORL_LB_ADDSTRING, 0,
+                                      reinterpret_cast<intptr_t>(line.c_str()));
+  }
+}
+
+OrlEditorHost HostOf(Beside &beside) {
+  OrlEditorHost host = {};
+  host.size = sizeof host;
+  host.user = &beside;
+  host.MaySave = MaySave;
+  host.Changed = WriteChanges;
+  host.Help = ShowHelp;
+  host.DescribeFunction = [](void * /*user*/, const char *name, char *buffer, int32_t size) {
+    return DescribeFunction(name, buffer, size);
+  };
+  host.ShowsFunction = ShowsFunction;
+  host.Preview = ShowValues;
+  return host;
 }
 
 /* As long as it lives the editor's user has these routines beside the editor. */
@@ -109,11 +156,9 @@ void RunEditor(const EditOptions &options, Session &session, const Store &store,
   ORLSetUserLong(ec, reinterpret_cast<intptr_t>(&listing));
   ORLSetListValuesCallback(ec, ListValues);
   ORLSetDelPermissionCallback(ec, [](EC, HEXP, void *) { return 1; });
-  OrlEditorHost host = {};
-  host.size = sizeof host;
-  host.user = &edited;
-  host.MaySave = MaySave;
-  host.Changed = WriteChanges;
+  Beside beside = {&edited, {}, options.sql};
+  PreviewOpen(beside.preview, session);
+  const OrlEditorHost host = HostOf(beside);
   const HostInUse inUse(&host);
   const Formula *formula = options.name.empty() ? nullptr : StoreFormula(store, options.name);
   HEXP exp = formula != nullptr ? formula->exp : nullptr;

@@ -268,10 +268,17 @@ HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name, Formul
   return found.id == 0 ? exp : Fail(found, error);
 }
 
-int32_t ClassifyText(EC ec, HEXP exp, const char *text, const char *name) {
-  FormulaError error = {};
-  uint16_t dataType = 0;
-  const OwnedExpression fresh = CheckedFormula(ec, exp, text, name, error, &dataType);
+int32_t ClassifyText(EC ec, HEXP exp, const char *text, const char *name, FormulaError *error,
+                     uint16_t *dataType) {
+  FormulaError found = {};
+  uint16_t type = 0;
+  const OwnedExpression fresh = CheckedFormula(ec, exp, text, name, found, &type);
+  if (error != nullptr) {
+    *error = found;
+  }
+  if (dataType != nullptr) {
+    *dataType = type;
+  }
   return fresh == nullptr ? -1 : ClassOfRoot(NodeKindOf(fresh->tree));
 }
 

@@ -12,7 +12,9 @@
 bool ReparseExpression(EC ec, Expression *expression, const char *text);
 
 // The kind (ExpressionClass) that ORLParseFormula with the same arguments would store, or -1 when
-// it would fail. Nothing is stored, and no routine of the host is called.
-int32_t ClassifyText(EC ec, HEXP exp, const char *text, const char *name);
+// it would fail; with why, and the data type, where there is room for them. Nothing is stored, and
+// no routine of the host is called.
+int32_t ClassifyText(EC ec, HEXP exp, const char *text, const char *name,
+                     FormulaError *error = nullptr, uint16_t *dataType = nullptr);
 
 #endif

@@ -217,8 +217,21 @@ enum { ORL_SM_CXFULLSCREEN = 16, ORL_SM_CYFULLSCREEN = 17 };
 
 /* `flags` of OrlEditorHost. */
 enum {
-  ORL_HOST_DISCARDS = 1 /* what the user has changed is discarded without a question */
+  ORL_HOST_DISCARDS = 1, /* what the user has changed is discarded without a question */
+  ORL_HOST_UNAIDED = 2   /* nothing is offered or said while the user types */
 };
+
+/* What the user wants help with. The texts last for the call. */
+typedef struct {
+  uint32_t size;
+  OrlWindow dialog;    /* whose user asks */
+  int32_t control;     /* the id of the control that has the focus, or 0 */
+  int32_t number;      /* of the page, or 0 with a key */
+  const char *key;     /* the function that is chosen, "Error messages", or null */
+  const char *message; /* of a box its text, else empty */
+  const char *path;    /* as ORLSetHelpPath has it */
+  int32_t context;
+} OrlHelp;
 
 /* What a host adds to the formula editor, for window systems with SetEditorHost. Each routine may
  * be null and gets `user`; it runs on the thread of the dialog, and may show boxes over it. */
@@ -232,18 +245,52 @@ typedef struct {
   int32_t (*MaySave)(void *user, OrlWindow dialog, HEXP exp, const char *text, const char *name);
   /* The user has stored, renamed or deleted an expression, and does not see it yet. */
   void (*Changed)(void *user, OrlWindow dialog);
+  /* The user asks for help, at a control or with a row of functions chosen. */
+  void (*Help)(void *user, const OrlHelp *help);
+  /* Writes what is known of a function, cut to `size` bytes with its terminator: a line with its
+   * name and arguments, as in "StrLeft(text: String, count: Number): String", and one about what it
+   * does. 0 when nothing is known. */
+  int32_t (*DescribeFunction)(void *user, const char *name, char *buffer, int32_t size);
+  /* 0 for a function that lists do not show. It can be called all the same. */
+  int32_t (*ShowsFunction)(void *user, const char *name);
+  /* Adds rows to the empty list of a window beside the editor: the values that the text has for the
+   * first rows of data. Asked when the text has changed and is good. With it the window is there.
+   */
+  void (*Preview)(void *user, const char *text, OrlWindow list);
 } OrlEditorHost;
 
 /* ---- What an editor tells of its text -------------------------------------------------------- */
 
+typedef struct {
+  int32_t error;      /* the message id of what is wrong; 0: nothing */
+  int32_t start, end; /* the bytes that are at fault */
+  char message[256];  /* what is wrong, else the type of the value */
+} OrlTextState;
+
 /* Of a text that is being written, for window systems with SetTextAid. Texts and places are those
- * of the edit, in bytes. No routine stores anything or calls one of the host's. Each may be null.
- */
+ * of the edit, in bytes. `list` is the id of a list whose rows are names that the text can hold. No
+ * routine but Insert and Next stores or changes anything. Each may be null. */
 typedef struct {
   uint32_t size; /* of the record that the editor was compiled with; later ones grow at the end */
   /* The first placeholder that begins at a byte of the text or behind it, else the first of all. 1,
    * or 0 when there is none. */
   int32_t (*FindPlaceholder)(const char *text, int32_t from, int32_t *start, int32_t *end);
+  /* What a save would say of the text, whatever its name. Calls no routine of the host's. 1, or 0
+   * for an empty text. */
+  int32_t (*Check)(const char *text, OrlTextState *state);
+  const int32_t *lists; /* their ids; 0 ends them */
+  /* Puts a row in place of the selection, as a double click on it does. */
+  void (*Insert)(int32_t list, const char *row);
+  /* Writes what there is to say of a row, cut to `size` bytes with its terminator: of a function a
+   * line with its arguments and maybe another. 0 when there is nothing. */
+  int32_t (*Describe)(int32_t list, const char *row, char *buffer, int32_t size);
+  /* 0 for a row that the host does not want to be seen. */
+  int32_t (*IsShown)(int32_t list, const char *row);
+  /* Stores the text as the default button does, and goes on with a new one. 1, or 0 when the text
+   * stays as it is. */
+  int32_t (*Next)(void);
+  /* What ORLSetHelpPath was given. */
+  const char *(*HelpPath)(int32_t *context);
 } OrlTextAid;
 
 /* ---- The operations -------------------------------------------------------------------------- */
@@ -327,6 +374,8 @@ typedef struct {
   /* Hands in what can be told of the text of an edit, which helps while it is written, and makes it
    * the one control of its dialog that the others work for. The record is kept, not copied. */
   void (*SetTextAid)(OrlWindow edit, const OrlTextAid *aid);
+  /* Shows a page of help beside a dialog, in Markdown; the page before is gone then. */
+  void (*ShowPage)(OrlWindow dialog, const char *title, const char *page);
 } OrlWindowSystem;
 
 /* Hands a window system to the process; null takes it away. The table is kept, not copied. 1, or 0

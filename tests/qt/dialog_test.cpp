@@ -342,7 +342,7 @@ TEST(QtDialog, AsksBeforeChangedTextIsDiscarded) {
           QTimer timer;
           QObject::connect(&timer, &QTimer::timeout, [&] {
             QWidget *box = QApplication::activeModalWidget();
-            if (qobject_cast<QMessageBox *>(box) == nullptr) return;
+            if (qobject_cast<QMessageBox *>(box) == nullptr || !box->isActiveWindow()) return;
             timer.stop();
             asked++;
             QTest::keyClick(box, key, key == Qt::Key_Y ? Qt::AltModifier : Qt::NoModifier);
@@ -362,7 +362,8 @@ TEST(QtDialog, AsksBeforeChangedTextIsDiscarded) {
 // An edit that others work for: it has the keys behind a button that disables itself, and its
 // procedures look at the clipboard when another program has changed that.
 TEST(QtDialog, TextIsGoneBackTo) {
-  static OrlTextAid aid = {sizeof aid, nullptr};
+  static OrlTextAid aid = {};
+  aid.size = sizeof aid;
   static int32_t looks;
   looks = 0;
   RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {

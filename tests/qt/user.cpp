@@ -349,7 +349,7 @@ int32_t ORLHeadlessStart(OrlHeadlessScript script, void *user) {
   // No more is asked than on the system without a screen.
   static OrlEditorHost host = {};
   host.size = sizeof(host);
-  host.flags = ORL_HOST_DISCARDS;
+  host.flags = ORL_HOST_DISCARDS | ORL_HOST_UNAIDED;
   ORLHeadlessSystem()->SetEditorHost(&host);
   session = {};
   QGuiApplication::clipboard()->clear();

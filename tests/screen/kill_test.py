@@ -38,6 +38,7 @@ class Session:
                 return
             if self.program.poll() is not None:
                 raise Killed
+            time.sleep(0.02)
 
     def key(self, *keys):
         if self.program.poll() is not None:

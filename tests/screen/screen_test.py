@@ -2,6 +2,7 @@
 
 import subprocess
 import sys
+import time
 import unittest
 
 import screen
@@ -177,6 +178,116 @@ class KeyboardTest(EditorCase):
         self.screen.key("Escape", "alt+y")
         self.finish()
         self.assertEqual(self.store.read_bytes(), before)
+
+
+class AidTest(EditorCase):
+    """What helps while people write."""
+
+    def faulty(self):
+        """Pixels of the text in the colour of what is at fault."""
+        x, y, width, height = self.screen.place(self.editor)
+        rows = self.screen.pixels(x, y, width, height // 6)
+        return sum(r > 150 and g < 110 and b < 120 for row in rows for r, g, b in row)
+
+    def wait_for(self, condition):
+        end = time.monotonic() + PATIENCE
+        while not condition():
+            self.assertLess(time.monotonic(), end)
+            time.sleep(0.05)
+
+    def test_text_is_checked_while_it_is_written(self):
+        self.edit()
+        self.screen.type("amount + nothing")
+        self.wait_for(lambda: self.faulty() > 20)
+        self.screen.key("ctrl+a")
+        self.screen.type("amount + tax")
+        self.wait_for(lambda: self.faulty() == 0)
+        self.assertFalse(self.store.exists())
+
+    def test_names_are_completed(self):
+        self.edit()
+        self.screen.type("am")
+        self.screen.key("Tab")
+        self.screen.type(" + ta")
+        self.screen.key("Down", "Return")
+        self.screen.type(" * nu")
+        self.screen.key("Escape", *["BackSpace"] * 5)  # no more than the offer is closed
+        self.screen.key("Return")
+        self.assertIn("=amount + tax\n", self.finish())
+
+    def test_lists_are_narrowed_by_a_part_of_a_name(self):
+        self.edit()
+        self.screen.key("alt+f", "ctrl+f")
+        self.screen.type("eft")  # StrLeft alone; that for databases is not listed
+        self.screen.key("Return")
+        self.screen.type("place")
+        self.screen.key("ctrl+space")
+        self.screen.type("1")
+        self.screen.key("Return")
+        self.assertIn("=StrLeft( place , 1 )", self.finish())
+
+    def test_functions_for_databases_are_listed_where_they_are_wanted(self):
+        for arguments, picked in ((("--sql",), "UCASE( place )"), ((), "StrUpper( place )")):
+            self.edit(*arguments)
+            self.screen.key("alt+f", "ctrl+f")
+            self.screen.type("UCASE" if arguments else "Upper")
+            self.screen.key("Return")
+            self.screen.type("place")
+            self.screen.key("Return")
+            self.assertIn("=" + picked, self.finish())
+        self.edit()
+        self.screen.key("alt+f", "ctrl+f")
+        self.screen.type("UCASE")
+        self.screen.key("Return", "Escape", "Escape")
+        self.finish()
+
+    def test_help_shows_the_page_of_what_is_selected(self):
+        self.edit()
+        for keys, title in ((("alt+f", "s", "F1"), "StrCase"), (("alt+u", "F1"), "The formulas that are there")):
+            self.screen.key(*keys)
+            page = self.screen.wait(f"^{title}$")
+            self.screen.key("Escape")
+            self.screen.gone(f"^{title}$", beside=self.editor)
+            self.assertTrue(page)
+        self.screen.key("alt+f", "Tab", "shift+Tab")
+        self.screen.click_control(self.editor, "text")
+        self.screen.type("NumberRound(nothing, ")
+        self.screen.key("F1")
+        self.screen.wait("^NumberRound$")
+        self.screen.key("Escape")
+        self.screen.gone("^NumberRound$", beside=self.editor)
+        self.screen.type("0)")
+        self.screen.key("Return")
+        self.screen.wait("^Formula Information$")
+        self.screen.key("F1")
+        self.screen.wait("^Error messages$")
+
+    def test_next_keeps_the_editor_open(self):
+        self.edit()
+        self.screen.wait("^Preview$")
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        for text in ("amount + 1", "tax * 2"):
+            self.screen.type(text)
+            self.screen.key("alt+n")
+        self.screen.type("nothing")
+        self.screen.key("alt+n")  # stays
+        self.screen.wait("^Formula Information$")
+        self.screen.key("Return")
+        self.screen.gone("^Formula Information$", beside=self.editor)
+        self.screen.type("3")
+        self.screen.key("Return")
+        saved = self.finish()
+        for formula in ("Formula1=amount + 1", "Formula2=tax * 2", "Formula3=3"):
+            self.assertIn(formula, saved)
+
+    def test_preview_is_there_where_it_is_asked_for(self):
+        self.edit()
+        self.screen.wait("^Preview$")
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        self.screen.key("F7")
+        self.screen.gone("^Preview$", beside=self.editor)
+        self.screen.key("F7")
+        self.screen.wait("^Preview$")
 
 
 class StoreTest(EditorCase):

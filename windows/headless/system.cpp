@@ -271,6 +271,7 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  DrawFocusIn,
                                  nullptr,
                                  nullptr,
+                                 nullptr,
                                  nullptr};
 
 void ForgetSession() {

@@ -71,6 +71,10 @@ int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_
     box.setDefaultButton(buttons[first].button);
     box.setEscapeButton(buttons.back().button);
     box.setWindowModality(Qt::ApplicationModal);
+    const Dialog *dialog = Find(parent).dialog;
+    if (dialog != nullptr) {
+      box.setFont(dialog->widget->font());
+    }
     StandAbove(&box, parent);
     const QScopedValueRollback<int32_t> one(open, open + 1);
     pressed = box.exec();

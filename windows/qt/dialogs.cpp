@@ -5,7 +5,7 @@
 #include <QDialog>
 #include <QEventLoop>
 #include <QKeyEvent>
-#include <QPainter>
+#include <QScrollArea>
 #include <QTimerEvent>
 #include <QWindow>
 #include <algorithm>
@@ -23,12 +23,39 @@ constexpr int kMostModals = 100;
 
 constexpr int32_t kMostControls = 4095;
 
+constexpr int kGapBeside = 8;
+
+// What the controls stand in.
+class ClientWidget : public QWidget {
+ public:
+  ClientWidget(Dialog *dialog, std::function<void()> painted)
+      : dialog_(dialog), painted_(std::move(painted)) {}
+
+ protected:
+  void paintEvent(QPaintEvent * /*event*/) override { painted_(); }
+  void resizeEvent(QResizeEvent * /*event*/) override { LayOut(dialog_); }
+
+ private:
+  Dialog *dialog_;
+  std::function<void()> painted_;
+};
+
 class DialogWidget : public QDialog {
  public:
   explicit DialogWidget(std::unique_ptr<Dialog> dialog) : dialog_(std::move(dialog)) {
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
     setWindowFlag(Qt::WindowMaximizeButtonHint, true);
     setSizeGripEnabled(false);
+    auto *area = new QScrollArea(this);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidgetResizable(true);
+    dialog_->area = area;
+    dialog_->client = new ClientWidget(dialog_.get(), [this] { Painted(); });
+    area->setWidget(dialog_->client);
+    // The window is the ground of all.
+    area->viewport()->setAutoFillBackground(false);
+    dialog_->client->setAutoFillBackground(false);
     // What pastes it is told, once the change is over.
     const auto tell = [this] {
       if (dialog_->writing != nullptr) {
@@ -64,6 +91,8 @@ class DialogWidget : public QDialog {
       PressReturn(dialog_.get());
     } else if (event->key() == Qt::Key_F6) {
       GoToNextWindow(dialog_.get());
+    } else if (event->key() == Qt::Key_F1) {
+      AskForHelp(dialog_.get(), nullptr);
     } else {
       event->ignore();
     }
@@ -82,22 +111,9 @@ class DialogWidget : public QDialog {
     event->setAccepted(dialog_->ended || dialog_->going);
   }
 
-  // Told afterwards: what a procedure does must not happen while Qt draws.
-  void paintEvent(QPaintEvent *event) override {
-    QDialog::paintEvent(event);
-    if (!dialog_->paintPosted) {
-      dialog_->paintPosted = true;
-      const auto tell = [this] {
-        dialog_->paintPosted = false;
-        Tell(ORL_WM_PAINT, 0);
-      };
-      QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
-    }
-  }
-
   void resizeEvent(QResizeEvent *event) override {
     QDialog::resizeEvent(event);
-    LayOut(dialog_.get());
+    dialog_->area->setGeometry(rect());
   }
 
   void timerEvent(QTimerEvent *event) override {
@@ -112,6 +128,18 @@ class DialogWidget : public QDialog {
   }
 
  private:
+  // Told afterwards: what a procedure does must not happen while Qt draws.
+  void Painted() {
+    if (!dialog_->paintPosted) {
+      dialog_->paintPosted = true;
+      const auto tell = [this] {
+        dialog_->paintPosted = false;
+        Tell(ORL_WM_PAINT, 0);
+      };
+      QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+    }
+  }
+
   void Tell(uint32_t message, uintptr_t wParam) {
     if (!HasEnded(dialog_.get())) {
       Send(dialog_->window, message, wParam, 0);
@@ -169,7 +197,7 @@ void MakeControls(Dialog *dialog) {
 void PutIntoPlace(Dialog *dialog) {
   const Dialog *parent = Find(dialog->parent).dialog;
   if (parent != nullptr) {
-    const QPoint corner = parent->widget->mapToGlobal(QPoint(0, 0));
+    const QPoint corner = parent->client->mapToGlobal(QPoint(0, 0));
     dialog->widget->move(corner + QPoint(qRound(dialog->model->x * dialog->unitX),
                                          qRound(dialog->model->y * dialog->unitY)));
   }
@@ -220,6 +248,32 @@ QWidget *HostWidget(OrlWindow window) {
   const QWidgetList widgets = QApplication::allWidgets();
   const auto found = std::find(widgets.begin(), widgets.end(), static_cast<QWidget *>(window));
   return found == widgets.end() ? nullptr : *found;
+}
+
+bool HasRoomBeside(const Dialog *dialog, const OrlDialogTemplate &other) {
+  const QRect frame = dialog->widget->frameGeometry();
+  const QRect screen = dialog->widget->screen()->availableGeometry();
+  const int width = qRound(other.width * dialog->unitX) + kGapBeside;
+  return frame.right() + width < screen.right() || frame.left() - width > screen.left();
+}
+
+void StandBeside(Dialog *dialog) {
+  const Dialog *parent = Find(dialog->parent).dialog;
+  if (parent == nullptr) {
+    return;
+  }
+  const QRect frame = parent->widget->frameGeometry();
+  const QRect screen = parent->widget->screen()->availableGeometry();
+  const QSize size = dialog->widget->size();
+  int left = frame.right() + kGapBeside;
+  if (left + size.width() > screen.right()) {
+    left = frame.left() - size.width() - kGapBeside;
+  }
+  if (left < screen.left()) {
+    left = screen.right() - size.width();
+  }
+  const int lowest = std::max(screen.top(), screen.bottom() - size.height());
+  dialog->widget->move(std::max(screen.left(), left), std::min(frame.top(), lowest));
 }
 
 void StandAbove(QWidget *widget, OrlWindow parent) {

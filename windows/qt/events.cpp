@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <algorithm>
 #include <utility>
@@ -258,6 +259,8 @@ void KeyPressed(Control *control, QKeyEvent *event, const std::function<void()> 
     event->ignore();
   } else if (event->key() == Qt::Key_F6) {
     GoToNextWindow(control->dialog);
+  } else if (event->key() == Qt::Key_F1) {
+    AskForHelp(control->dialog, control);
   } else if (key == ORL_VK_ESCAPE) {
     PressEscape(control->dialog);
   } else if (key == ORL_VK_RETURN && !HasLines(control)) {
@@ -329,6 +332,7 @@ void FocusCame(Control *control, const std::function<void()> &own) {
       focused == control->window || FindControl(focused) == nullptr ? nullptr : focused;
   focused = control->window;
   control->dialog->focus = control->window;
+  control->dialog->area->ensureWidgetVisible(control->widget);
   Deliver(control, ORL_WM_SETFOCUS, reinterpret_cast<uintptr_t>(before), 0, own);
 }
 

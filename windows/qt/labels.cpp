@@ -152,7 +152,7 @@ void FillIn(Control *control, const OrlControl &row, Dialog *dialog, QWidget *wi
 Control *NewButton(const OrlControl &row, Dialog *dialog) {
   auto button = std::make_unique<Button>();
   Button *pressed = button.get();
-  auto *widget = new ButtonWidget(pressed, dialog->widget);
+  auto *widget = new ButtonWidget(pressed, dialog->client);
   FillIn(pressed, row, dialog, widget);
   widget->setAutoDefault(true);
   widget->setDefault((row.style & ORL_STYLE_DEFAULT) != 0);
@@ -168,7 +168,7 @@ Control *NewButton(const OrlControl &row, Dialog *dialog) {
 
 Control *NewLabel(const OrlControl &row, Dialog *dialog) {
   auto label = std::make_unique<Label>();
-  auto *widget = new LabelWidget(dialog->widget);
+  auto *widget = new LabelWidget(dialog->client);
   widget->setTextFormat(Qt::PlainText);
   FillIn(label.get(), row, dialog, widget);
   return label.release();
@@ -177,7 +177,7 @@ Control *NewLabel(const OrlControl &row, Dialog *dialog) {
 // What the frame surrounds stands beside it, not in it, and is reached through it.
 Control *NewGroup(const OrlControl &row, Dialog *dialog) {
   auto group = std::make_unique<Group>();
-  auto *widget = new GroupWidget(dialog->widget);
+  auto *widget = new GroupWidget(dialog->client);
   widget->setAttribute(Qt::WA_TransparentForMouseEvents);
   FillIn(group.get(), row, dialog, widget);
   return group.release();

@@ -6,6 +6,7 @@
 // labels that reach across it grow with it. Frames and rows of option buttons move as one.
 #include <QFontMetricsF>
 #include <QScreen>
+#include <QStyle>
 #include <QVarLengthArray>
 #include <algorithm>
 #include <cmath>
@@ -111,7 +112,7 @@ struct Axes {
 };
 
 Axes AxesOf(const Dialog &dialog) {
-  const QSize extra = dialog.widget->size() - dialog.baseSize;
+  const QSize extra = dialog.client->size() - dialog.baseSize;
   return {AxisAcross(dialog, extra.width()), AxisDown(dialog, extra.height())};
 }
 
@@ -194,11 +195,23 @@ void ChooseUnits(Dialog *dialog) {
   }
 }
 
+// For the inside of a window: beside it stand a frame and a title.
+QSize RoomOnScreen(const Dialog &dialog) {
+  const QScreen *screen = dialog.widget->screen();
+  const QSize frame(10, 2 * dialog.metrics.height);
+  return screen == nullptr ? QSize(kLargestWindow, kLargestWindow)
+                           : screen->availableGeometry().size() - frame;
+}
+
 // A window that is larger than the screen gets a smaller font, as far as that can be read.
 void ChooseFont(Dialog *dialog) {
   constexpr double kSmallest = 6;
   constexpr double kStep = 0.5;
   const OrlDialogTemplate &model = *dialog->model;
+  const Dialog *parent = Find(dialog->parent).dialog;
+  if (parent != nullptr) {
+    dialog->widget->setFont(parent->widget->font());  // one for all windows of a run
+  }
   ChooseUnits(dialog);
   QFont font = dialog->widget->font();
   const QScreen *screen = dialog->widget->screen();
@@ -260,10 +273,7 @@ void FitHints(Dialog *dialog) {
     if (lacking > 0) {
       control->base.setHeight(height);
       dialog->baseSize.rheight() += lacking;
-      const QSize size = dialog->widget->size() + QSize(0, lacking);
-      dialog->widget->setMinimumSize(dialog->baseSize);
-      dialog->widget->resize(size);
-      LayOut(dialog);
+      ResizeClient(dialog, dialog->client->size() + QSize(0, lacking));
     }
   }
 }
@@ -275,7 +285,7 @@ void FitTitle(Dialog *dialog) {
   if (needed <= dialog->widget->width()) {
     return;
   }
-  dialog->widget->resize(needed, dialog->widget->height());
+  ResizeClient(dialog, {needed, dialog->client->height()});
   // What stood on the screen stays there.
   const QRect screen = dialog->widget->screen()->availableGeometry();
   const int beyond = dialog->widget->frameGeometry().right() - screen.right();
@@ -298,8 +308,26 @@ void MeasureDialog(Dialog *dialog) {
   TrimLists(dialog);
   const QSize largest(kLargestWindow, kLargestWindow);
   dialog->baseSize = QSize(pixelsX(model.width), pixelsY(model.height)).boundedTo(largest);
-  dialog->widget->setMinimumSize(dialog->baseSize);
-  dialog->widget->resize(dialog->baseSize);
+  ResizeClient(dialog, dialog->baseSize);
+}
+
+void ResizeClient(Dialog *dialog, const QSize &size) {
+  const QSize room = RoomOnScreen(*dialog);
+  const int bar = dialog->widget->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+  const auto fitted = [&](QSize wanted) {
+    // A bar on one side takes room on the other.
+    if (wanted.height() > room.height()) {
+      wanted.rwidth() += bar;
+    }
+    if (wanted.width() > room.width()) {
+      wanted.rheight() += bar;
+    }
+    return wanted.boundedTo(room);
+  };
+  dialog->client->setMinimumSize(dialog->baseSize);
+  dialog->widget->setMinimumSize(fitted(dialog->baseSize));
+  dialog->widget->resize(fitted(size.expandedTo(dialog->baseSize)));
+  dialog->client->resize(size.expandedTo(dialog->baseSize));
   LayOut(dialog);
 }
 

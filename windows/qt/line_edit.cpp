@@ -127,7 +127,7 @@ struct LineEdit : Edit {
 Control *NewLine(const OrlControl &row, Dialog *dialog) {
   auto edit = std::make_unique<LineEdit>();
   edit->style = row.style;
-  edit->line = new LineWidget(edit.get(), dialog->widget);
+  edit->line = new LineWidget(edit.get(), dialog->client);
   edit->widget = edit->line;
   edit->line->setMaxLength(INT_MAX);
   edit->line->setReadOnly(edit->IsReadOnly());

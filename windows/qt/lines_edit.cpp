@@ -42,13 +42,30 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
     }
   }
 
+  // Room for what is told of the text, below it.
+  void MakeRoom() {
+    setViewportMargins(0, 0, 0, help->Check()->Strip()->sizeHint().height());
+    PlaceStrip();
+  }
+
  protected:
+  void resizeEvent(QResizeEvent *event) override {
+    Messenger::resizeEvent(event);
+    PlaceStrip();
+  }
+  bool focusNextPrevChild(bool next) override {
+    return (next && help != nullptr && help->TakeTab()) || Messenger::focusNextPrevChild(next);
+  }
   void keyPressEvent(QKeyEvent *event) override {
     if (help != nullptr && help->TakeKey(*event)) {
       event->accept();
       return;
     }
+    const Hold hold(edit_->dialog);
     KeyPressed(edit_, event, [this, event] { Press(event); });
+    if (help != nullptr && FindControl(edit_->window) == edit_) {
+      help->KeyTaken(*event);
+    }
   }
   void inputMethodEvent(QInputMethodEvent *event) override {
     TakeInputMethod(edit_, event, [this](QInputMethodEvent *allowed) {
@@ -83,6 +100,14 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
   void insertFromMimeData(const QMimeData *inserted) override { edit_->Paste(inserted); }
 
  private:
+  void PlaceStrip() {
+    if (help != nullptr) {
+      const QRect inner = viewport()->geometry();
+      QWidget *strip = help->Check()->Strip();
+      strip->setGeometry(inner.x(), inner.bottom() + 1, inner.width(), strip->sizeHint().height());
+    }
+  }
+
   void Press(QKeyEvent *event) {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isReturn) {
@@ -184,8 +209,19 @@ struct LinesEdit : Edit {
   bool TakeTextAid(const OrlTextAid *aid) override {
     if (!IsReadOnly() && lines->help == nullptr) {
       lines->help = new TextHelp(this, lines, aid);
+      lines->MakeRoom();
     }
     return lines->help != nullptr;
+  }
+
+  QByteArray FunctionAtCaret() const override {
+    return lines->help == nullptr ? QByteArray() : lines->help->FunctionAtCaret();
+  }
+  Preview *PreviewHere() const override {
+    return lines->help == nullptr ? nullptr : lines->help->PreviewHere();
+  }
+  const char *HelpPath(int32_t *context) const override {
+    return lines->help == nullptr ? Control::HelpPath(context) : lines->help->HelpPath(context);
   }
 
   void GoOn() override {
@@ -202,7 +238,7 @@ Control *NewLines(const OrlControl &row, Dialog *dialog) {
   auto edit = std::make_unique<LinesEdit>();
   edit->textKind = TextKind::kLines;
   edit->style = row.style;
-  auto *lines = new LinesWidget(edit.get(), dialog->widget);
+  auto *lines = new LinesWidget(edit.get(), dialog->client);
   edit->widget = edit->lines = lines;
   const bool scrolls = (row.style & ORL_STYLE_SCROLL_BAR) != 0;
   lines->setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);

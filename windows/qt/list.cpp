@@ -60,7 +60,10 @@ int32_t FindRow(ListModel *model, intptr_t behind, const char *prefix) {
 int32_t InsertRow(ListBox *list, int32_t row, const char *text) {
   const QScopedValueRollback<bool> guard(list->changesItself, true);
   const char *copied = text == nullptr ? "" : text;
-  list->model->Insert(row, {copied, CaptionText(copied), 0});
+  list->model->Insert(row, {copied, CaptionText(copied), 0, false});
+  if (!list->part.isEmpty()) {
+    ShowRows(list);
+  }
   return row;
 }
 
@@ -196,6 +199,31 @@ void ListBox::Place(const QRect &rect) {
   }
 }
 
+void ListBox::TakeRowAid(const OrlTextAid *rowAid) {
+  aid = rowAid;
+  ShowRows(this);
+}
+
+bool IsRowShown(const ListBox *list, int32_t row) {
+  return !list->model->At(row).hidden;
+}
+
+void ShowRows(ListBox *list) {
+  const auto isWanted = [list](const ListRow &row) {
+    return (list->part.isEmpty() || row.shown.contains(list->part, Qt::CaseInsensitive)) &&
+           (list->aid == nullptr || list->aid->IsShown == nullptr ||
+            list->aid->IsShown(list->id, row.text.c_str()) != 0);
+  };
+  for (int32_t row = 0; row < list->model->Count(); ++row) {
+    ListRow &each = list->model->At(row);
+    const bool isHidden = !isWanted(each);
+    if (isHidden != each.hidden) {
+      each.hidden = isHidden;
+      list->view->setRowHidden(row, isHidden);
+    }
+  }
+}
+
 void ListBox::SetRowHeight(int32_t pixels) {
   constexpr int32_t kMost = 1000;
   rowHeight = std::clamp(pixels, 1, kMost);
@@ -232,7 +260,7 @@ Control *NewList(const OrlControl &row, Dialog *dialog) {
   list->kind = row.kind;
   list->style = row.style;
   list->caption = row.caption;
-  list->view = NewListView(list.get(), dialog->widget);
+  list->view = NewListView(list.get(), dialog->client);
   list->widget = list->view;
   list->model = new ListModel(list->view);
   list->view->setModel(list->model);

@@ -16,15 +16,18 @@ struct ListBox : Control {
   QListView *view = nullptr;
   ListModel *model = nullptr;
   QByteArray caption;
-  int32_t rowHeight = 0;       // that the dialog asks for; 0: that of the font
-  bool dragging = false;       // the user has pressed a row
-  bool changesItself = false;  // the selection is being changed by the routines of the list
+  int32_t rowHeight = 0;            // that the dialog asks for; 0: that of the font
+  bool dragging = false;            // the user has pressed a row
+  bool changesItself = false;       // the selection is being changed by the routines of the list
+  const OrlTextAid *aid = nullptr;  // of its rows, or null
+  QString part;                     // that rows must hold to be shown
 
   QByteArray Text() const override { return caption; }
   void SetText(const char *text) override { caption = text; }
   intptr_t OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam) override;
   void Place(const QRect &rect) override;
   void SetRowHeight(int32_t pixels) override;
+  void TakeRowAid(const OrlTextAid *rowAid) override;
 };
 
 bool IsOwnerDrawn(const ListBox *list);
@@ -33,6 +36,16 @@ int32_t HeightOfRow(const ListBox *list);
 int32_t CurrentRow(const ListBox *list);
 // Tells nobody. Without a current row, -1, the focus stands on the first.
 void MakeCurrent(ListBox *list, int32_t row);
+
+// Shows the rows that the host and the user want to see, and hides the others.
+void ShowRows(ListBox *list);
+bool IsRowShown(const ListBox *list, int32_t row);
+// When the current row is hidden, makes the first that is shown the current one, as the user does.
+void StandOnShownRow(ListBox *list);
+
+// Keys that have no name in orli11/windows.h.
+constexpr uint32_t kKeyPageUp = 33;
+constexpr uint32_t kKeyPageDown = 34;
 
 // The view of a list whose record is filled in but for it and the model. It belongs to the parent.
 QListView *NewListView(ListBox *list, QWidget *parent);

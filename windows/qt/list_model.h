@@ -14,6 +14,7 @@ struct ListRow {
   std::string text;
   QString shown;
   intptr_t data = 0;
+  bool hidden = false;  // from the user
 };
 
 // The rows stand behind pointers: a row that comes into a long list moves all that follow.
@@ -30,6 +31,12 @@ class ListModel : public QAbstractListModel {
   QVariant data(const QModelIndex &index, int role) const override {
     const bool tells = role == Qt::DisplayRole || role == Qt::AccessibleTextRole;
     return tells && Has(index.row()) ? rows_[static_cast<size_t>(index.row())]->shown : QVariant();
+  }
+
+  // What is hidden is not found by the keys of the user either.
+  Qt::ItemFlags flags(const QModelIndex &index) const override {
+    const bool hidden = Has(index.row()) && rows_[static_cast<size_t>(index.row())]->hidden;
+    return hidden ? Qt::NoItemFlags : QAbstractListModel::flags(index);
   }
 
   int32_t Count() const { return static_cast<int32_t>(rows_.size()); }

@@ -6,13 +6,18 @@
 #include <QToolTip>
 #include <algorithm>
 
+#include "windows/qt/colors.h"
 #include "windows/qt/list_box.h"
 #include "windows/qt/messenger.h"
+#include "windows/qt/narrowing.h"
 #include "windows/qt/pictures.h"
+#include "windows/qt/text_map.h"
 
 namespace qt_windows {
 
 namespace {
+
+constexpr qsizetype kMostTipLines = 10;
 
 // ---- What the user does
 
@@ -34,9 +39,7 @@ int32_t RowsInView(const ListBox *list) {
   return std::max(1, list->view->viewport()->height() / HeightOfRow(list));
 }
 
-// Keys that move the current row. Two of them have no name in orli11/windows.h.
-constexpr uint32_t kPageUp = 33;
-constexpr uint32_t kPageDown = 34;
+// Keys that move the current row.
 struct MoveRow {
   int key;  // Qt::Key
   uint32_t number;
@@ -51,16 +54,30 @@ constexpr MoveRow kMoves[] = {
     {Qt::Key_Right,    ORL_VK_RIGHT, +1,         0},
     {Qt::Key_Home,     ORL_VK_HOME,  -kToTheEnd, 0},
     {Qt::Key_End,      ORL_VK_END,   +kToTheEnd, 0},
-    {Qt::Key_PageUp,   kPageUp,       0,        -1},
-    {Qt::Key_PageDown, kPageDown,     0,        +1},
+    {Qt::Key_PageUp,   kKeyPageUp,    0,        -1},
+    {Qt::Key_PageDown, kKeyPageDown,  0,        +1},
 };
 // clang-format on
+
+// The nearest row that is shown at `row`, or on from there in a direction; else back.
+int32_t ShownRow(const ListBox *list, int32_t row, int32_t step) {
+  const int32_t count = list->model->Count();
+  for (const int32_t direction : {step, -step}) {
+    for (int32_t at = row; at >= 0 && at < count; at += direction) {
+      if (IsRowShown(list, at)) {
+        return at;
+      }
+    }
+  }
+  return -1;
+}
 
 void Move(ListBox *list, const MoveRow &move) {
   const int64_t page = std::max(1, RowsInView(list) - 1);
   const int64_t row = CurrentRow(list) + int64_t{move.rows} + move.pages * page;
   const int32_t last = list->model->Count() - 1;
-  MakeCurrentByUser(list, static_cast<int32_t>(std::clamp<int64_t>(row, 0, std::max(0, last))));
+  const auto place = static_cast<int32_t>(std::clamp<int64_t>(row, 0, std::max(0, last)));
+  MakeCurrentByUser(list, ShownRow(list, place, move.rows + move.pages < 0 ? -1 : 1));
 }
 
 // To the next row that begins with what is typed. The blank is left to the dialog.
@@ -117,7 +134,7 @@ void Drag(ListBox *list, int y) {
   if (row < 0) {
     row = last;
   } else if (y < 0 || y >= height) {
-    row = std::clamp(row + (y < 0 ? -1 : 1), 0, last);
+    row = ShownRow(list, std::clamp(row + (y < 0 ? -1 : 1), 0, last), y < 0 ? -1 : 1);
   }
   MakeCurrentByUser(list, row);
 }
@@ -133,7 +150,25 @@ void DoubleClick(ListBox *list, int y, bool selects) {
   }
 }
 
+// What the program tells of a row, in one line or two; empty for nothing.
+QString DescriptionOf(const ListBox *list, int32_t row) {
+  char told[1024] = "";
+  if (list->aid == nullptr || list->aid->Describe == nullptr || !list->model->Has(row) ||
+      list->aid->Describe(list->id, list->model->At(row).text.c_str(), told, sizeof told) == 0) {
+    return {};
+  }
+  QStringList lines;
+  for (const QByteArray &line : QByteArray(told).split('\n')) {
+    lines.push_back(CaptionText(line.constData()));
+  }
+  return lines.mid(0, kMostTipLines).join(u'\n');
+}
+
 // ---- The widgets
+
+QString PlainTip(const QString &text) {
+  return QStringLiteral("<p style=\"white-space:pre-wrap\">%1</p>").arg(text.toHtmlEscaped());
+}
 
 class RowDelegate : public QStyledItemDelegate {
  public:
@@ -167,16 +202,20 @@ class RowDelegate : public QStyledItemDelegate {
     }
   }
 
-  // The whole text of a row that shows a part of it.
+  // What is known of a row, else the whole text of one that shows a part of it.
   bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
                  const QModelIndex &index) override {
+    const QString known = DescriptionOf(list_, index.row());
+    if (event->type() == QEvent::ToolTip && !known.isEmpty()) {
+      QToolTip::showText(event->globalPos(), PlainTip(known), view);
+      return true;
+    }
     const QString text = index.data().toString().left(kMostShown);
     if (event->type() != QEvent::ToolTip || text.isEmpty() ||
         option.fontMetrics.horizontalAdvance(text) <= Room(option, index)) {
       return QStyledItemDelegate::helpEvent(event, view, option, index);
     }
-    const QString plain = QStringLiteral("<p style=\"white-space:pre-wrap\">%1</p>");
-    QToolTip::showText(event->globalPos(), plain.arg(text.toHtmlEscaped()), view);
+    QToolTip::showText(event->globalPos(), PlainTip(text), view);
     return true;
   }
 
@@ -216,11 +255,23 @@ class ListView : public Messenger<QListView> {
     setVerticalScrollMode(ScrollPerItem);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setAutoScroll(false);
+    narrowing_ =
+        new Narrowing(list, this, [this](int height) { setViewportMargins(0, height, 0, 0); });
   }
 
  protected:
   void keyPressEvent(QKeyEvent *event) override {
-    KeyPressed(list_, event, [this, event] { TakeKey(list_, *event); });
+    if (event->matches(QKeySequence::Find)) {
+      narrowing_->Open();
+    } else if (event->key() == Qt::Key_Escape && narrowing_->isVisible()) {
+      narrowing_->Close();
+    } else {
+      KeyPressed(list_, event, [this, event] { TakeKey(list_, *event); });
+    }
+  }
+  void resizeEvent(QResizeEvent *event) override {
+    Messenger::resizeEvent(event);
+    narrowing_->Lay();
   }
   void mousePressEvent(QMouseEvent *event) override {
     MousePressed(list_, event, [this, event] {
@@ -269,12 +320,13 @@ class ListView : public Messenger<QListView> {
   // it.
   void initViewItemOption(QStyleOptionViewItem *option) const override {
     QListView::initViewItemOption(option);
+    constexpr int kPale = 30;  // percent
     if (!hasFocus()) {
       option->state &= ~QStyle::State_Active;
       const QColor ground = palette().color(QPalette::Active, QPalette::Base);
       option->palette.setColor(
           QPalette::Inactive, QPalette::Highlight,
-          Mixed(ground, palette().color(QPalette::Active, QPalette::Highlight)));
+          Mixed(ground, palette().color(QPalette::Active, QPalette::Highlight), kPale));
       option->palette.setColor(QPalette::Inactive, QPalette::HighlightedText,
                                palette().color(QPalette::Active, QPalette::Text));
     }
@@ -296,13 +348,6 @@ class ListView : public Messenger<QListView> {
   }
 
  private:
-  static QColor Mixed(const QColor &ground, const QColor &color) {
-    constexpr int kPart = 30;  // percent
-    const auto mix = [](int from, int to) { return from + (to - from) * kPart / 100; };
-    return {mix(ground.red(), color.red()), mix(ground.green(), color.green()),
-            mix(ground.blue(), color.blue())};
-  }
-
   void PaintFrame() {
     constexpr int kWidth = 2;
     QPainter painter(viewport());
@@ -331,9 +376,18 @@ class ListView : public Messenger<QListView> {
   }
 
   ListBox *list_;
+  Narrowing *narrowing_ = nullptr;
 };
 
 }  // namespace
+
+void StandOnShownRow(ListBox *list) {
+  const int32_t row = CurrentRow(list);
+  const int32_t shown = ShownRow(list, 0, 1);
+  if (shown >= 0 && (row < 0 ? !list->part.isEmpty() : !IsRowShown(list, row))) {
+    MakeCurrentByUser(list, shown);
+  }
+}
 
 QListView *NewListView(ListBox *list, QWidget *parent) {
   auto *view = new ListView(list, parent);

@@ -174,7 +174,7 @@ void MarkOption(Control *option, bool marked) {
 Control *NewOption(const OrlControl &row, Dialog *dialog) {
   auto option = std::make_unique<Option>();
   Option *pressed = option.get();
-  auto *widget = new OptionWidget(pressed, dialog->widget);
+  auto *widget = new OptionWidget(pressed, dialog->client);
   option->dialog = dialog;
   option->kind = row.kind;
   option->style = row.style;

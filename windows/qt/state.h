@@ -24,10 +24,12 @@
 class QEventLoop;
 class QKeyEvent;
 class QMouseEvent;
+class QScrollArea;
 
 namespace qt_windows {
 
 struct Dialog;
+class Preview;
 
 // A control. Each kind derives a record of its own, which knows its widget; the widget belongs to
 // the dialog's widget.
@@ -64,13 +66,24 @@ struct Control {
   virtual bool TakeTextAid(const OrlTextAid * /*aid*/) { return false; }
   // The user has come back to it to write on: the next placeholder is selected unless something is.
   virtual void GoOn() {}
+  // Of an edit with a text aid: the function at its caret, what it gives beside it, and help.
+  virtual QByteArray FunctionAtCaret() const { return {}; }
+  virtual Preview *PreviewHere() const { return nullptr; }
+  virtual const char *HelpPath(int32_t *context) const {
+    *context = 0;
+    return "";
+  }
+  // Of a list whose rows a text aid knows.
+  virtual void TakeRowAid(const OrlTextAid * /*aid*/) {}
 };
 
 struct Dialog {
   const OrlDialogTemplate *model = nullptr;
   OrlWindow window = nullptr, parent = nullptr;
   OrlWindowProc proc = nullptr;
-  QWidget *widget = nullptr;  // owns this record
+  QWidget *widget = nullptr;    // owns this record
+  QScrollArea *area = nullptr;  // fills it, and scrolls where the screen is too small
+  QWidget *client = nullptr;    // in the area; the controls stand in it
   QByteArray title;
   int32_t holds = 0;
   bool modal = false;
@@ -173,6 +186,11 @@ void ShowDialog(Dialog *dialog, bool shown);
 // To a control, or with null to the one of the dialog that had it last.
 void FocusIn(Dialog *dialog, Control *control);
 
+// Puts a dialog beside the one that it belongs to: at its right, else at its left, else where the
+// screen has room. Whether a new one would stand there without hiding anything.
+void StandBeside(Dialog *dialog);
+bool HasRoomBeside(const Dialog *dialog, const OrlDialogTemplate &other);
+
 // A widget of the host's, or null: a handle that is none is never followed.
 QWidget *HostWidget(OrlWindow window);
 // Keeps a window above its parent, which does not own it: the parent may go first.
@@ -201,6 +219,8 @@ void LayOut(Dialog *dialog);
 void FitHints(Dialog *dialog);
 // Makes the window wider where its title needs it, up to twice its width.
 void FitTitle(Dialog *dialog);
+// Gives the client area a size, the window as much of it as the screen has room for.
+void ResizeClient(Dialog *dialog, const QSize &size);
 // The program has moved a control.
 void MoveControl(Control *control, const QRect &rect);
 
@@ -249,6 +269,12 @@ void SetTextAid(OrlWindow edit, const OrlTextAid *aid);
 void TellSelection(Control *edit);
 // Brings the user back to the text that the dialog is for, when it has one and they are not there.
 void GoToText(Dialog *dialog);
+
+// ---- Help (help.cpp, side_page.cpp)
+
+// The user of a dialog wants help, at a control or, with null, at none.
+void AskForHelp(Dialog *dialog, const Control *control);
+void ShowPage(OrlWindow dialog, const char *title, const char *page);
 
 // ---- The application (application.cpp)
 

@@ -201,7 +201,7 @@ void GetClientRect(OrlWindow window, OrlRect *rect) {
   const Place place = Find(window);
   if (rect != nullptr) {
     *rect = place.control != nullptr  ? RectOf(place.control->widget->rect())
-            : place.dialog != nullptr ? RectOf(place.dialog->widget->rect())
+            : place.dialog != nullptr ? RectOf(place.dialog->client->rect())
                                       : OrlRect{};
   }
 }
@@ -211,7 +211,7 @@ void ScreenToClient(OrlWindow window, int32_t *x, int32_t *y) {
   if (place.dialog == nullptr) {
     return;
   }
-  const QWidget *widget = place.control != nullptr ? place.control->widget : place.dialog->widget;
+  const QWidget *widget = place.control != nullptr ? place.control->widget : place.dialog->client;
   const QPoint corner = widget->mapToGlobal(QPoint(0, 0));
   if (x != nullptr) {
     *x = static_cast<int32_t>(int64_t{*x} - corner.x());
@@ -238,7 +238,9 @@ void MoveWindow(OrlWindow window, int32_t x, int32_t y, int32_t width, int32_t h
   QWidget *widget = place.dialog->widget;
   const QSize frame = widget->frameGeometry().size() - widget->size();
   widget->move(corner);
-  widget->resize((size - frame).boundedTo({kLargestWindow, kLargestWindow}));
+  const QSize inside = (size - frame).boundedTo({kLargestWindow, kLargestWindow});
+  widget->resize(inside);
+  place.dialog->client->resize(inside.expandedTo(place.dialog->baseSize));
 }
 
 int32_t GetSystemMetrics(int32_t index) {
@@ -348,7 +350,8 @@ const OrlWindowSystem kSystem = {sizeof(OrlWindowSystem),
                                  Safe<DrawFocusIn>::Call,
                                  Safe<SetEditorHost>::Call,
                                  Safe<GetEditorHost>::Call,
-                                 Safe<SetTextAid>::Call};
+                                 Safe<SetTextAid>::Call,
+                                 Safe<ShowPage>::Call};
 
 }  // namespace
 

@@ -7,11 +7,67 @@
 namespace qt_windows {
 
 TextHelp::TextHelp(Edit *edit, QPlainTextEdit *lines, const OrlTextAid *aid)
-    : QObject(lines), edit_(edit), lines_(lines), aid_(aid) {}
+    : QObject(lines),
+      edit_(edit),
+      lines_(lines),
+      aid_(aid),
+      check_(new LiveCheck(edit, lines, aid)),
+      completion_(new Completion(edit, lines, aid)),
+      preview_(HasPreview() ? new Preview(edit, aid) : nullptr) {
+  check_->checked = [this](const QByteArray &text, const OrlTextState &state) {
+    if (preview_ != nullptr) {
+      preview_->Follow(text, state);
+    }
+  };
+}
+
+const char *TextHelp::HelpPath(int32_t *context) const {
+  *context = 0;
+  return aid_->HelpPath == nullptr ? "" : aid_->HelpPath(context);
+}
+
+bool TextHelp::TakeTab() {
+  return completion_->TakeTab();
+}
+
+void TextHelp::KeyTaken(const QKeyEvent &event) {
+  const OrlEditorHost *host = GetEditorHost();
+  if (host != nullptr && (host->flags & ORL_HOST_UNAIDED) != 0) {
+    return;
+  }
+  const bool types = Types(event);
+  const bool erases = event.key() == Qt::Key_Backspace || event.key() == Qt::Key_Delete;
+  const bool isModifier = event.key() >= Qt::Key_Shift && event.key() <= Qt::Key_ScrollLock;
+  if (types || erases) {
+    completion_->Offer();
+  } else if (!isModifier) {
+    completion_->Hide();
+  }
+}
+
+QByteArray TextHelp::FunctionAtCaret() const {
+  const QString shown = edit_->Shown();
+  const qsizetype caret = edit_->Selected().caret;
+  const Piece word = WordAt(shown, caret);
+  const QStringView call = CallAround(shown, caret).name;
+  for (const QStringView name : {QStringView(shown).mid(word.start, word.end - word.start), call}) {
+    if (!name.isEmpty() && !check_->SignatureOf(name).isEmpty()) {
+      return BytesOfText(name, edit_->textKind);
+    }
+  }
+  return {};
+}
 
 bool TextHelp::TakeKey(const QKeyEvent &event) {
+  if (completion_->TakeKey(event)) {
+    return true;
+  }
   if (event.key() == Qt::Key_Space && event.modifiers() == Qt::ControlModifier) {
     SelectNextPlaceholder();
+    return true;
+  }
+  if (event.key() == Qt::Key_F7 && preview_ != nullptr) {
+    preview_->Toggle();
     return true;
   }
   return false;
@@ -54,6 +110,12 @@ void SetTextAid(OrlWindow window, const OrlTextAid *aid) {
   Control *control = FindControl(window);
   if (control != nullptr && aid != nullptr && control->TakeTextAid(aid)) {
     control->dialog->writing = control;
+    for (const int32_t *list = aid->lists; list != nullptr && *list != 0; ++list) {
+      Control *rows = ControlById(control->dialog, *list);
+      if (rows != nullptr) {
+        rows->TakeRowAid(aid);
+      }
+    }
   }
 }
 

@@ -1,0 +1,20 @@
+/* edit_help.h - what orli tells its users beside the editor: the pages of functions, messages and
+ * controls, for OrlEditorHost. */
+#ifndef ORLI11_HOST_EDIT_HELP_H
+#define ORLI11_HOST_EDIT_HELP_H
+
+#include <orli11/windows.h>
+
+#include <string>
+
+/* A page of help in Markdown, with its title. */
+struct HelpPage {
+  std::string title, text;
+};
+/* What a user asks for: the function, the message, else what the control does. */
+HelpPage HelpPageFor(const OrlHelp &help);
+
+/* Signature and description, as DescribeFunction of OrlEditorHost has them. */
+int32_t DescribeFunction(const char *name, char *buffer, int32_t size);
+
+#endif

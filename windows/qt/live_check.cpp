@@ -1,0 +1,223 @@
+#include "windows/qt/live_check.h"
+
+#include <QPainter>
+#include <QScrollBar>
+#include <algorithm>
+
+#include "windows/qt/colors.h"
+#include "windows/qt/text_scan.h"
+
+namespace qt_windows {
+
+namespace {
+
+constexpr int kDelay = 400;  // milliseconds after the last key
+
+// Where the arguments of a signature stand: between its first bracket and the commas behind it.
+Piece ArgumentOf(QStringView signature, int argument) {
+  qsizetype start = signature.indexOf(u'(') + 1;
+  if (start == 0) {
+    return {};
+  }
+  int number = 0;
+  for (qsizetype at = start; at <= signature.size(); ++at) {
+    const QChar here = at < signature.size() ? signature[at] : QChar(u')');
+    if (here == u',' || here == u')') {
+      if (number == argument || (here == u')' && number > 0 && signature.contains(u"..."))) {
+        return {start, at};
+      }
+      number++;
+      start = at + 1;
+    }
+    if (here == u')') {
+      break;
+    }
+  }
+  return {};
+}
+
+QTextEdit::ExtraSelection Selection(const QPlainTextEdit *lines, Piece place) {
+  QTextEdit::ExtraSelection selection;
+  selection.cursor = QTextCursor(lines->document());
+  selection.cursor.setPosition(static_cast<int>(place.start));
+  selection.cursor.setPosition(static_cast<int>(place.end), QTextCursor::KeepAnchor);
+  return selection;
+}
+
+}  // namespace
+
+// A line of its own at the lower end of the text.
+class LiveCheck::StripWidget : public QWidget {
+ public:
+  explicit StripWidget(QPlainTextEdit *lines) : QWidget(lines) { setCursor(Qt::ArrowCursor); }
+
+  QString signature, message;
+  Piece argument;
+  bool isFault = false;
+
+  QSize sizeHint() const override { return {1, fontMetrics().height() + 3}; }
+
+ protected:
+  void paintEvent(QPaintEvent * /*event*/) override {
+    constexpr int kMargin = 4;
+    QPainter painter(this);
+    painter.fillRect(rect(),
+                     Mixed(palette().color(QPalette::Base), palette().color(QPalette::Text), 6));
+    QRect place = rect().adjusted(kMargin, 1, -kMargin, 0);
+    painter.setPen(isFault ? FaultColor(palette()) : palette().color(QPalette::Text));
+    const int most = signature.isEmpty() ? place.width() : place.width() / 2;
+    const QString told = fontMetrics().elidedText(message, Qt::ElideRight, most);
+    painter.drawText(place, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, told);
+    place.setRight(place.right() - fontMetrics().horizontalAdvance(told) - 3 * kMargin);
+    painter.setPen(palette().color(QPalette::Text));
+    PaintSignature(&painter, place);
+  }
+
+ private:
+  // The argument that is being written in bold, and in view.
+  void PaintSignature(QPainter *painter, QRect place) const {
+    QFont bold = font();
+    bold.setBold(true);
+    const QString before = signature.left(argument.start);
+    const QString present = signature.mid(argument.start, argument.end - argument.start);
+    const QString behind = signature.mid(argument.end);
+    const QFontMetrics plain = fontMetrics();
+    const QFontMetrics thick(bold);
+    const int lead = plain.horizontalAdvance(before);
+    const int width = thick.horizontalAdvance(present);
+    painter->setClipRect(place);
+    place.translate(std::min(0, place.width() - lead - width), 0);
+    const int flags = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextDontClip;
+    painter->drawText(place, flags, before);
+    painter->setFont(bold);
+    painter->drawText(place.translated(lead, 0), flags, present);
+    painter->setFont(font());
+    painter->drawText(place.translated(lead + width, 0), flags, behind);
+  }
+};
+
+LiveCheck::LiveCheck(Edit *edit, QPlainTextEdit *lines, const OrlTextAid *aid)
+    : QObject(lines), edit_(edit), lines_(lines), aid_(aid), strip_(new StripWidget(lines)) {
+  later_.setSingleShot(true);
+  later_.setInterval(kDelay);
+  soon_.setSingleShot(true);
+  soon_.setInterval(0);
+  const auto refresh = [this] { soon_.start(); };
+  connect(&later_, &QTimer::timeout, this, [this] { Check(); });
+  connect(&soon_, &QTimer::timeout, this, [this] { Refresh(); });
+  connect(lines, &QPlainTextEdit::textChanged, &later_, [this] { later_.start(); });
+  connect(lines, &QPlainTextEdit::textChanged, this, refresh);
+  connect(lines, &QPlainTextEdit::cursorPositionChanged, this, refresh);
+  connect(lines->verticalScrollBar(), &QScrollBar::valueChanged, this, refresh);
+  lines->installEventFilter(this);
+  strip_->show();
+  later_.start();
+  soon_.start();
+}
+
+QWidget *LiveCheck::Strip() const {
+  return strip_;
+}
+
+bool LiveCheck::eventFilter(QObject * /*watched*/, QEvent *event) {
+  if (event->type() == QEvent::Resize || event->type() == QEvent::PaletteChange) {
+    soon_.start();
+  }
+  return false;
+}
+
+bool LiveCheck::IsPlaceholder(const QByteArray &text, const OrlTextState &state) const {
+  int32_t start = 0;
+  int32_t end = 0;
+  return aid_->FindPlaceholder != nullptr &&
+         aid_->FindPlaceholder(text.constData(), state.start, &start, &end) != 0 &&
+         start <= state.start && state.end <= end;
+}
+
+void LiveCheck::Check() {
+  if (aid_->Check == nullptr || FindControl(edit_->window) != edit_) {
+    return;
+  }
+  const Hold hold(edit_->dialog);
+  const QString shown = edit_->Shown();
+  const QByteArray text = BytesOfText(shown, edit_->textKind);
+  OrlTextState state = {};
+  const bool isThere = aid_->Check(text.constData(), &state) != 0;
+  const bool isOpen = isThere && state.error != 0 && IsPlaceholder(text, state);
+  fault_ = QTextCursor();
+  if (isThere && state.error != 0 && !isOpen) {
+    // What is missing at a place has no bytes: the one ahead of it is marked.
+    Piece fault = {PositionOfByte(shown, state.start, edit_->textKind),
+                   PositionOfByte(shown, state.end, edit_->textKind)};
+    fault.start -= fault.IsEmpty() && fault.start > 0 ? 1 : 0;
+    fault_ = Selection(lines_, fault).cursor;
+  }
+  strip_->isFault = isThere && state.error != 0 && !isOpen;
+  strip_->message = !isThere ? QString()
+                    : isOpen ? QStringLiteral("to be filled in")
+                             : CaptionText(state.message);
+  strip_->setToolTip(strip_->message.toHtmlEscaped());
+  lines_->setAccessibleDescription(strip_->message);
+  Refresh();
+  if (checked) {
+    checked(isThere ? text : QByteArray(), state);
+  }
+}
+
+QString LiveCheck::SignatureOf(QStringView function) const {
+  char told[512] = "";
+  const QByteArray name = BytesOfText(function, TextKind::kOneLine);
+  for (const int32_t *list = aid_->lists; list != nullptr && *list != 0; ++list) {
+    if (aid_->Describe != nullptr &&
+        aid_->Describe(*list, name.constData(), told, sizeof told) != 0) {
+      const QString line = CaptionText(QByteArray(told).split('\n').first().constData());
+      if (line.startsWith(function.toString() + u'(')) {
+        return line;
+      }
+    }
+  }
+  return {};
+}
+
+void LiveCheck::Refresh() {
+  const QString shown = edit_->Shown();
+  const qsizetype caret = edit_->Selected().caret;
+  const Call call = CallAround(shown, caret);
+  strip_->signature = call.name.isEmpty() ? QString() : SignatureOf(call.name);
+  strip_->argument = ArgumentOf(strip_->signature, call.argument);
+  strip_->update();
+  Mark();
+}
+
+void LiveCheck::Mark() {
+  const QString shown = edit_->Shown();
+  const QPalette palette = lines_->palette();
+  const QRect view = lines_->viewport()->rect();
+  // No more than what is seen: marks cost time wherever they are.
+  const Piece part = {lines_->cursorForPosition(view.topLeft()).position(),
+                      lines_->cursorForPosition(view.bottomRight()).position() + 1};
+  QList<QTextEdit::ExtraSelection> marks;
+  for (const Piece &quoted : QuotedBetween(shown, part)) {
+    marks.push_back(Selection(lines_, {std::max(quoted.start, part.start),
+                                       std::min({quoted.end, part.end, shown.size()})}));
+    marks.back().format.setForeground(QuotedColor(palette));
+  }
+  const BracketPair brackets = BracketsAt(shown, edit_->Selected().caret);
+  for (const qsizetype place : {brackets.open, brackets.close}) {
+    if (place >= 0) {
+      marks.push_back(Selection(lines_, {place, place + 1}));
+      const QColor mark = palette.color(QPalette::Active, QPalette::Highlight);
+      marks.back().format.setBackground(Mixed(palette.color(QPalette::Base), mark, 45));
+    }
+  }
+  if (!fault_.isNull() && fault_.hasSelection()) {
+    QTextEdit::ExtraSelection fault;
+    fault.cursor = fault_;
+    fault.format.setUnderlineStyle(QTextCharFormat::WaveUnderline);
+    fault.format.setUnderlineColor(FaultColor(palette));
+    marks.push_back(fault);
+  }
+  lines_->setExtraSelections(marks);
+}
+
+}  // namespace qt_windows
