@@ -12,7 +12,7 @@ set -euo pipefail
 
 build="g++ cmake ninja-build python3 pkgconf libcli11-dev libcsv-dev zlib1g-dev unixodbc-dev libacl1-dev"
 tests="libgtest-dev libbenchmark-dev dpkg-dev fakeroot file"
-screen="qt6-base-dev xvfb xdotool fonts-dejavu-core"
+screen="qt6-base-dev xvfb xdotool fonts-dejavu-core dbus-daemon at-spi2-core python3-pyatspi"
 pictures="openbox"
 databases="libsqliteodbc odbc-postgresql postgresql"
 python="python3-cffi python3-numpy python3-pandas python3-dask python3-distributed python3-pytest python3-pip python3-setuptools python3-wheel"

@@ -16,6 +16,7 @@
 #include <QTimer>
 #include <functional>
 #include <map>
+#include <set>
 
 #include "orli11/qt_windows.h"
 #include "resources/dialogs.h"
@@ -94,6 +95,45 @@ TEST(QtDialog, ControlsHaveRoomAndKeepApart) {
   }
 }
 
+// In each font: what stands in a row or column has equal steps, and lists end together.
+TEST(QtDialog, ControlsStandEvenly) {
+  for (const int points : {7, 9, 10, 11, 13}) {
+    int count = 1;
+    char name[] = "host";
+    char *arguments[] = {name, nullptr};
+    const QApplication host(count, arguments);
+    QFont font = QApplication::font();
+    font.setPointSize(points);
+    QApplication::setFont(font);
+    RunDialog(FindDialog(kDialogEditor), [points](OrlWindow window) {
+      const std::vector<std::vector<int32_t>> across = {{1, 2, 116, 105},
+                                                        {127, 128, 129},
+                                                        {121, 120, 122, 130, 123},
+                                                        {108, 112, 109},
+                                                        {134, 135, 136}};
+      const std::vector<std::vector<int32_t>> down = {
+          {103, 102, 104, 131}, {117, 118, 133}, {127, 124, 121, 120}, {108, 110, 112}};
+      const auto steps = [window](const std::vector<int32_t> &ids, bool isDown) {
+        std::set<int> found;
+        for (size_t i = 1; i < ids.size(); ++i) {
+          const QPoint step =
+              PlaceOf(window, ids[i]).topLeft() - PlaceOf(window, ids[i - 1]).topLeft();
+          found.insert(isDown ? step.y() : step.x());
+        }
+        return found.size();
+      };
+      for (const auto &ids : across) EXPECT_EQ(1U, steps(ids, false)) << ids[0] << ", " << points;
+      for (const auto &ids : down) EXPECT_EQ(1U, steps(ids, true)) << ids[0] << ", " << points;
+      sys->MoveWindow(sys->GetDlgItem(window, 114), PlaceOf(window, 114).x(),
+                      PlaceOf(window, 114).y() + 30, PlaceOf(window, 114).width(),
+                      PlaceOf(window, 114).height() - 30);
+      EXPECT_EQ(PlaceOf(window, 106).size().height(), PlaceOf(window, 107).size().height());
+      EXPECT_EQ(PlaceOf(window, 106).bottom(), PlaceOf(window, 107).bottom());
+      EXPECT_EQ(PlaceOf(window, 106).bottom(), PlaceOf(window, 114).bottom());
+    });
+  }
+}
+
 TEST(QtDialog, EnlargedGivesTheRoomToTextAndLists) {
   RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
     const Dialog *dialog = qt_windows::FindDialog(window);
@@ -140,7 +180,8 @@ TEST(QtDialog, ControlsHaveNamesForThoseWhoCannotSeeThem) {
   RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
     const std::pair<int32_t, const char *> names[] = {
         {100, "Formula text"}, {101, "Formula Name"}, {106, "Data Items"}, {107, "Functions"},
-        {114, "Formulas"},     {134, "Formula"},      {103, "Cut"},        {1, "OK"}};
+        {114, "Formulas"},     {134, "Formula"},      {103, "Cut"},        {1, "OK"},
+        {108, "plus"},         {112, "joined with"},  {105, "in brackets"}};
     for (const auto &[id, name] : names) {
       EXPECT_EQ(QString(name), SpokenName(WidgetOf(window, id))) << id;
     }
@@ -153,8 +194,9 @@ TEST(QtDialog, ControlsHaveNamesForThoseWhoCannotSeeThem) {
               QAccessible::queryAccessibleInterface(WidgetOf(window, 134))->role());
   });
   RunDialog(FindDialog(kDialogError), [](OrlWindow window) {
-    sys->SetWindowText(sys->GetDlgItem(window, 201), "What is wrong");
-    EXPECT_EQ("What is wrong", qt_windows::FindDialog(window)->widget->accessibleDescription());
+    sys->SetWindowText(sys->GetDlgItem(window, 201), "ERR_VAR: What is wrong");
+    EXPECT_EQ("ERR_VAR: What is wrong",
+              qt_windows::FindDialog(window)->widget->accessibleDescription());
   });
 }
 

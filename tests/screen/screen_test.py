@@ -180,6 +180,33 @@ class KeyboardTest(EditorCase):
         self.assertEqual(self.store.read_bytes(), before)
 
 
+class SmallScreenTest(KeyboardTest):
+    """A screen that has no room for the editor, which scrolls to where the keys are."""
+    scale, size = "2", (800, 600)
+
+    def test_what_has_the_keys_is_in_view(self):
+        self.edit()
+        x, y, width, height = self.screen.place(self.editor)
+        self.assertTrue(x >= 0 and y >= 0 and x + width <= 800 and y + height <= 600, (x, y, width, height))
+        self.screen.key("alt+m", "alt+m")  # the name, at the lower end
+        self.screen.key("ctrl+a")
+        pixels = self.screen.pixels(x, y, width, height)
+        marked = [row for row, line in enumerate(pixels) if line.count(HIGHLIGHT) > 20]
+        self.assertTrue(marked, "the selected name is out of view")
+
+
+class SizeTest(EditorCase):
+    def test_size_of_the_window_comes_back(self):
+        self.edit()
+        _, _, width, height = self.screen.place(self.editor)
+        self.screen.tool("windowsize", "--sync", self.editor, width + 150, height + 70)
+        time.sleep(0.5)
+        self.screen.key("Escape")
+        self.finish()
+        self.edit()
+        self.assertEqual((width + 150, height + 70), self.screen.place(self.editor)[2:])
+
+
 class AidTest(EditorCase):
     """What helps while people write."""
 

@@ -351,6 +351,7 @@ void OpenDialog(Dialog *dialog, intptr_t parameter) {
   if (stop != nullptr && (result != 0 || dialog->widget->focusWidget() == nullptr)) {
     stop->widget->setFocus(Qt::OtherFocusReason);
   }
+  RestoreSize(dialog);
   if (dialog->shown) {
     dialog->widget->show();
   }
@@ -393,6 +394,7 @@ void Destroy(Dialog *dialog) {
   ForgetHandles(dialog);
   dialog->gone = true;
   const bool wasActive = dialog->widget->isActiveWindow();
+  KeepSize(dialog);
   dialog->widget->hide();
   if (wasActive && parent != nullptr && parent->widget->isVisible()) {
     parent->widget->activateWindow();

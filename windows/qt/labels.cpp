@@ -46,7 +46,24 @@ class ButtonWidget : public Messenger<QPushButton> {
 };
 
 struct Button : Captioned {
-  void Show(const QString &text) override { static_cast<QPushButton *>(widget)->setText(text); }
+  void Show(const QString &text) override {
+    static_cast<QPushButton *>(widget)->setText(text);
+    widget->setAccessibleName(NameOfSign(text));
+  }
+
+ private:
+  // Signs are no names to those who hear them; empty for words, which are.
+  static QString NameOfSign(const QString &caption) {
+    constexpr std::pair<const char *, const char *> kSigns[] = {
+        {"+", "plus"},         {"-", "minus"},  {"*", "times"},           {"/", "divided by"},
+        {"||", "joined with"}, {"%", "modulo"}, {"(...)", "in brackets"}, {".", "point"}};
+    for (const auto &[sign, name] : kSigns) {
+      if (caption == QLatin1String(sign)) {
+        return QString::fromLatin1(name);
+      }
+    }
+    return {};
+  }
 };
 
 // ---- Labels

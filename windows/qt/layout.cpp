@@ -305,6 +305,7 @@ void MeasureDialog(Dialog *dialog) {
     dialog->controls[i]->base =
         QRect(pixelsX(row.x), pixelsY(row.y), pixelsX(row.width), pixelsY(row.height));
   }
+  SpaceEvenly(dialog);
   TrimLists(dialog);
   const QSize largest(kLargestWindow, kLargestWindow);
   dialog->baseSize = QSize(pixelsX(model.width), pixelsY(model.height)).boundedTo(largest);
@@ -326,7 +327,8 @@ void ResizeClient(Dialog *dialog, const QSize &size) {
   };
   dialog->client->setMinimumSize(dialog->baseSize);
   dialog->widget->setMinimumSize(fitted(dialog->baseSize));
-  dialog->widget->resize(fitted(size.expandedTo(dialog->baseSize)));
+  dialog->given = fitted(size.expandedTo(dialog->baseSize));
+  dialog->widget->resize(dialog->given);
   dialog->client->resize(size.expandedTo(dialog->baseSize));
   LayOut(dialog);
 }
@@ -336,6 +338,7 @@ void LayOut(Dialog *dialog) {
   for (const auto &control : dialog->controls) {
     control->Place(PlaceOf(*control, axes.across, axes.down));
   }
+  AlignLists(dialog);
 }
 
 void MoveControl(Control *control, const QRect &rect) {
@@ -347,6 +350,7 @@ void MoveControl(Control *control, const QRect &rect) {
                     control->base.size() + rect.size() - before.size());
   control->base = moved.size().isValid() ? moved : QRect(moved.topLeft(), QSize(0, 0));
   control->Place(rect);
+  AlignLists(control->dialog);
 }
 
 }  // namespace qt_windows

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "windows/qt/colors.h"
+#include "windows/qt/list_access.h"
 #include "windows/qt/list_box.h"
 #include "windows/qt/messenger.h"
 #include "windows/qt/narrowing.h"
@@ -148,20 +149,6 @@ void DoubleClick(ListBox *list, int y, bool selects) {
   if (row >= 0 && FindControl(window) == list) {
     Tell(list, ORL_LBN_DBLCLK);
   }
-}
-
-// What the program tells of a row, in one line or two; empty for nothing.
-QString DescriptionOf(const ListBox *list, int32_t row) {
-  char told[1024] = "";
-  if (list->aid == nullptr || list->aid->Describe == nullptr || !list->model->Has(row) ||
-      list->aid->Describe(list->id, list->model->At(row).text.c_str(), told, sizeof told) == 0) {
-    return {};
-  }
-  QStringList lines;
-  for (const QByteArray &line : QByteArray(told).split('\n')) {
-    lines.push_back(CaptionText(line.constData()));
-  }
-  return lines.mid(0, kMostTipLines).join(u'\n');
 }
 
 // ---- The widgets
@@ -381,6 +368,19 @@ class ListView : public Messenger<QListView> {
 
 }  // namespace
 
+QString DescriptionOf(const ListBox *list, int32_t row) {
+  char told[1024] = "";
+  if (list->aid == nullptr || list->aid->Describe == nullptr || !list->model->Has(row) ||
+      list->aid->Describe(list->id, list->model->At(row).text.c_str(), told, sizeof told) == 0) {
+    return {};
+  }
+  QStringList lines;
+  for (const QByteArray &line : QByteArray(told).split('\n')) {
+    lines.push_back(CaptionText(line.constData()));
+  }
+  return lines.mid(0, kMostTipLines).join(u'\n');
+}
+
 void StandOnShownRow(ListBox *list) {
   const int32_t row = CurrentRow(list);
   const int32_t shown = ShownRow(list, 0, 1);
@@ -391,6 +391,7 @@ void StandOnShownRow(ListBox *list) {
 
 QListView *NewListView(ListBox *list, QWidget *parent) {
   auto *view = new ListView(list, parent);
+  TellOfList(list, view);
   view->setItemDelegate(new RowDelegate(list, view));
   return view;
 }

@@ -83,7 +83,7 @@ void DescribeDialog(Dialog *dialog) {
     const Control &control = *dialog->controls[i];
     const QByteArray text = control.Text();
     if (control.kind == ORL_CONTROL_LABEL && !text.isEmpty() && LabelledBy(dialog, i) == nullptr) {
-      told.push_back(SpokenName(text));
+      told.push_back(WithoutMarks(CaptionText(text.constData())));
     }
   }
   dialog->widget->setAccessibleDescription(told.join(' '));

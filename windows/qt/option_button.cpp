@@ -27,7 +27,9 @@ class OptionWidget : public Messenger<QRadioButton> {
     connect(this, &QRadioButton::toggled, this, [this](bool checked) {
       if (checked != marked_) {
         Mark(marked_);
-        click();
+        // Later: what the press leads to may wait for its user, and the reader must not.
+        QMetaObject::invokeMethod(
+            this, [this] { click(); }, Qt::QueuedConnection);
       }
     });
   }
@@ -108,8 +110,7 @@ class OptionWidget : public Messenger<QRadioButton> {
 
   void PaintPicture(QPainter *painter, const QRect &place) const {
     const QImage &image = ImageOn(palette().color(QPalette::Button), picture_);
-    const QSize size =
-        image.size().scaled(place.size().boundedTo(image.size()), Qt::KeepAspectRatio);
+    const QSize size = image.size().scaled(place.size(), Qt::KeepAspectRatio);
     if (size.isEmpty()) {
       return;
     }

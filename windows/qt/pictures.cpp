@@ -160,6 +160,22 @@ void DrawItem(const Control &list, OrlDrawItem *item, DrawnRow *drawn) {
   innermost = surface.outer;
 }
 
+// As large as the row has room for in front of the text, with a font that is much larger than the
+// picture was drawn for.
+QRect PlaceOfPicture(const DrawnRow &drawn, const QSize &size) {
+  constexpr double kWorthwhile = 1.4;
+  const QRect own(drawn.pictureAt, size);
+  const double across = static_cast<double>(drawn.textRect.left() - own.left() - 1) / size.width();
+  const double down = static_cast<double>(drawn.row.height() - 2) / size.height();
+  const double factor = std::min(across, down);
+  if (factor < kWorthwhile) {
+    return own;
+  }
+  QRect place(own.topLeft(), size * factor);
+  place.moveTop(drawn.row.top() + (drawn.row.height() - place.height()) / 2);
+  return place;
+}
+
 QRect RoomOfText(const DrawnRow &drawn, const QStyleOptionViewItem &option) {
   // As far from the edges as the texts of rows that the style draws.
   const QWidget *view = option.widget;
@@ -184,8 +200,8 @@ void PaintDrawnRow(QPainter *painter, const QStyleOptionViewItem &option, const 
     const qreal ratio = painter->device()->devicePixelRatioF();
     painter->setRenderHint(QPainter::SmoothPixmapTransform, ratio != std::floor(ratio));
     painter->setOpacity(enabled ? 1 : 0.5);
-    painter->drawImage(drawn.pictureAt,
-                       ImageOn(palette.color(group, QPalette::Base), drawn.picture));
+    const QImage &image = ImageOn(palette.color(group, QPalette::Base), drawn.picture);
+    painter->drawImage(PlaceOfPicture(drawn, image.size()), image);
     painter->setOpacity(1);
   }
   const QRect room = RoomOfText(drawn, option);

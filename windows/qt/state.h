@@ -96,6 +96,7 @@ struct Dialog {
   OrlWindow focus = nullptr;   // the control that had the focus last
   Control *writing = nullptr;  // the edit with a text aid, which the others work for
   OrlTextMetrics metrics = {};
+  QSize given;                                     // of the window, by the program
   QSize baseSize;                                  // of the client area, as the template says
   double unitX = 0, unitY = 0;                     // pixels of a dialog unit
   std::vector<std::unique_ptr<Control>> controls;  // in tab order
@@ -221,6 +222,14 @@ void FitHints(Dialog *dialog);
 void FitTitle(Dialog *dialog);
 // Gives the client area a size, the window as much of it as the screen has room for.
 void ResizeClient(Dialog *dialog, const QSize &size);
+// Buttons that stand in a row or column get equal steps; lists that end beside each other end
+// together (spacing.cpp).
+void SpaceEvenly(Dialog *dialog);
+void AlignLists(Dialog *dialog);
+// Gives a dialog the size that its user has chosen in an earlier run; keeps the present one for the
+// next run when the user has chosen it.
+void RestoreSize(Dialog *dialog);
+void KeepSize(Dialog *dialog);
 // The program has moved a control.
 void MoveControl(Control *control, const QRect &rect);
 

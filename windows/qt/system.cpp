@@ -239,6 +239,7 @@ void MoveWindow(OrlWindow window, int32_t x, int32_t y, int32_t width, int32_t h
   const QSize frame = widget->frameGeometry().size() - widget->size();
   widget->move(corner);
   const QSize inside = (size - frame).boundedTo({kLargestWindow, kLargestWindow});
+  place.dialog->given = inside;
   widget->resize(inside);
   place.dialog->client->resize(inside.expandedTo(place.dialog->baseSize));
 }
