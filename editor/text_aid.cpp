@@ -57,7 +57,7 @@ int32_t Check(const char *text, OrlTextState *state) {
   FormulaError error = {};
   uint16_t dataType = 0;
   const int32_t kind = ClassifyText(editor->ec, exp, copy.get(),
-                                    exp == nullptr ? nullptr : exp->name, &error, &dataType);
+                                    exp == nullptr ? nullptr : exp->entry.name, &error, &dataType);
   if (kind < 0) {
     TellError(error, WRENStrLen(copy.get()), state);
   } else {

@@ -1,5 +1,5 @@
-"""pictures.py FOLDER - the editor in its three modes, the box of an error and the values of the data,
-each as a picture of its window, over data/weather.csv."""
+"""pictures.py FOLDER - the editor in its three modes, the box of an error, the values of the data, and
+what helps while people write, each as a picture of its windows, over data/weather.csv."""
 
 import pathlib
 import subprocess
@@ -20,11 +20,15 @@ class Scene:
     """The editor on a screen of its own, over a store with a few formulas."""
 
     def __init__(self, folder, *arguments, title="Formula Editor"):
-        self.shown = screen.Screen(1100, 900, manager="openbox")
+        self.shown = screen.Screen(1500, 900, manager="openbox")
         store = pathlib.Path(folder) / "weather.store"
         subprocess.run([ORLI, "define", store, DATA, *FORMULAS], check=True, capture_output=True)
         self.shown.start([ORLI, "edit", store, DATA, *arguments])
         self.editor = self.shown.wait(f"^{title}")
+        self.shown.wait("^Preview$")
+        self.shown.tool("windowfocus", "--sync", self.editor)
+        self.shown.key("F7")
+        self.shown.gone("^Preview$", beside=self.editor)
         time.sleep(0.5)
 
     def take(self, path):
@@ -56,12 +60,43 @@ def plain(_scene):
     pass
 
 
+def names(scene):
+    scene.shown.type("mean() - tem")
+
+
+def check(scene):
+    scene.shown.type("NumberRound(temp_max - temp_min, 'one'")
+    scene.shown.key("BackSpace")
+    scene.shown.type("') * (wind + 1)")
+    scene.shown.key("Home")
+    for _ in range(33):
+        scene.shown.key("Right")
+
+
+def preview(scene):
+    scene.shown.key("F7")
+    scene.shown.wait("^Preview$")
+    scene.shown.tool("windowfocus", "--sync", scene.editor)
+    scene.shown.type("(temp_max - temp_min) / 2")
+
+
+def page(scene):
+    scene.shown.key("alt+f")
+    scene.shown.type("strm")
+    scene.shown.key("F1")
+    scene.shown.wait("^StrMid$")
+
+
 SCENES = (  # picture, what happens in it, arguments, title of the window
     ("formula", formula, (), "Formula Editor"),
     ("range", plain, ("--mode", "range"), "Range Editor"),
     ("set", plain, ("--mode", "set"), "Set Editor"),
     ("error", error, (), "Formula Editor"),
     ("values", values, ("--mode", "set"), "Set Editor"),
+    ("names", names, (), "Formula Editor"),
+    ("check", check, (), "Formula Editor"),
+    ("preview", preview, (), "Formula Editor"),
+    ("help", page, (), "Formula Editor"),
 )
 
 

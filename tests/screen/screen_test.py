@@ -180,9 +180,11 @@ class KeyboardTest(EditorCase):
         self.assertEqual(self.store.read_bytes(), before)
 
 
-class SmallScreenTest(KeyboardTest):
+class SmallScreenTest(EditorCase):
     """A screen that has no room for the editor, which scrolls to where the keys are."""
     scale, size = "2", (800, 600)
+    test_keys_alone_do_all = KeyboardTest.test_keys_alone_do_all
+    test_mode_buttons_are_one_tab_stop = KeyboardTest.test_mode_buttons_are_one_tab_stop
 
     def test_what_has_the_keys_is_in_view(self):
         self.edit()

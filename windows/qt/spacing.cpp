@@ -18,9 +18,10 @@ struct Member {
 };
 using Members = std::vector<Member>;
 
+// What hangs over its lower edge is in it too.
 const Control *FrameAround(const Dialog &dialog, const Control &self) {
   for (const auto &control : dialog.controls) {
-    if (control->kind == ORL_CONTROL_GROUP && control->base.contains(self.base.center())) {
+    if (control->kind == ORL_CONTROL_GROUP && control->base.contains(self.base.topLeft())) {
       return control.get();
     }
   }
