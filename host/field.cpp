@@ -82,6 +82,13 @@ std::string WithoutGroups(std::string_view field, char decimal) {
   return plain;
 }
 
+/* Whether nothing of a number is lost: no digit beyond the last, nothing too small to be held. */
+bool IsExact(const NumberValue &value, std::string_view text) {
+  const int digits = CountDigits(text);
+  return WRENNumIsNull(&value) == 0 && digits <= kMostDigits &&
+         (digits == 0 || WRENNumIsZero(&value) == 0);
+}
+
 /* The digits at the start of the text, which are removed from it. */
 std::string_view TakeDigits(std::string_view &text) {
   size_t count = 0;
@@ -261,11 +268,11 @@ bool NumberFromField(const FieldRules &rules, const char *text, NumberValue *val
   }
   if (rules.decimal == '\0') {
     WRENNumFromText(value, text);
-    return WRENNumIsNull(value) == 0 && CountDigits(text) <= kMostDigits;
+    return IsExact(*value, text);
   }
   const std::string plain = WithoutGroups(text, rules.decimal);
   WRENNumFromText(value, plain.c_str());
-  return WRENNumIsNull(value) == 0 && CountDigits(plain) <= kMostDigits;
+  return IsExact(*value, plain);
 }
 
 bool DayOfPlainDate(const char *text, int32_t &day) {

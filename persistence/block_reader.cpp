@@ -192,8 +192,8 @@ bool ReadFormulas(BlockLoad &load) {
   return load.rules->loadsInOrder
              ? LoadOldFormulas(load.ec, load.cursor, count, load.version == kVersion0,
                                load.renaming, load.errorProc)
-             : LoadFormulas(load.ec, load.cursor, count, load.errorProc, load.dialogs) ==
-                   LoadEnd::Complete;
+             : LoadFormulas(load.ec, load.cursor, count, LoadOrder::Stored, load.errorProc,
+                            load.dialogs) == LoadEnd::Complete;
 }
 
 // The sections after the operator area, where there are any. What follows the last known one is not

@@ -266,8 +266,8 @@ bool PrepareRows(FormulaLoad &load, int32_t count, const BlockCursor &cursor) {
 
 }  // namespace
 
-LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc,
-                     const LoadDialogs &dialogs) {
+LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, LoadOrder order,
+                     OrlErrorProc errorProc, const LoadDialogs &dialogs) {
   if (count == 0) {
     return LoadEnd::Complete;
   }
@@ -279,7 +279,8 @@ LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc err
   load.ok = PrepareRows(load, count, cursor);
   FirstPass(load, cursor, load.ok ? count : 0);
   RetryPasses(load);
-  if (load.ok && load.reordered && RowsAreTheTable(load)) {
+  const bool restore = order == LoadOrder::Stored && load.ok && load.reordered;
+  if (restore && RowsAreTheTable(load)) {
     RestoreOrder(load);
   }
   if (load.ok) {

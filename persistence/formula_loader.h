@@ -8,11 +8,13 @@
 
 enum class LoadEnd : uint8_t { Complete, Circle, Failed };
 
+enum class LoadOrder : uint8_t { Stored, Parsed };
+
 // Read `count` rows of versions 2 and 3: a formula may refer to one stored after it, and one that
-// does not parse is handed to the user. Circle where formulas that refer to each other in a circle
-// are what is left.
-LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, OrlErrorProc errorProc,
-                     const LoadDialogs &dialogs);
+// does not parse is handed to the user. At the end they stand in stored order, or as they were
+// parsed. Circle where formulas that refer to each other in a circle are what is left.
+LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, LoadOrder order,
+                     OrlErrorProc errorProc, const LoadDialogs &dialogs);
 
 // Read `count` rows of versions 0 and 1, in order. In version 0 names that are date units, and with
 // `renaming` the words of all texts, get a "_" in front.

@@ -68,7 +68,7 @@ FormulaError ParseAll(EC ec, const OrlFormulaText *formulas, int32_t count, int3
   Refusal refusal = {rows.get(), -1, {ORL_ERR_MEMORY, 0, 0}};
   BlockCursor cursor = {rows.get(), size, 0, true};
   const LoadDialogs dialogs = {&RefuseFormula, &RefuseRest, &refusal};
-  switch (LoadFormulas(ec, cursor, count, nullptr, dialogs)) {
+  switch (LoadFormulas(ec, cursor, count, LoadOrder::Parsed, nullptr, dialogs)) {
     case LoadEnd::Complete:
       return {};
     case LoadEnd::Circle:

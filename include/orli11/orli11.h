@@ -403,11 +403,12 @@ ORL_API HEXP ORLParseFormula(EC ec, HEXP exp, const char *text, const char *name
 typedef struct OrlFormulaText {
   const char *text, *name; /* a null text is empty; a null or empty name is generated */
 } OrlFormulaText;
-/* Parses `count` formulas as ORLParseString does. They may call each other, whatever their order;
- * in a context without others they stand in theirs. 1 when all are parsed. The first that does not
- * parse ends it with 0: *wrong (may be null) receives its index and *error (may be null) why,
- * ORL_ERR_RECURSIVE with offset and length 0 where formulas call each other in a circle, of which
- * or of whose callers it is one. What was parsed before stays. */
+/* Parses `count` formulas as ORLParseString does. They may call each other, whatever their order,
+ * and stand behind those that they call, so that ORLCopyEC can copy them. 1 when all are parsed.
+ * The first that does not parse ends it with 0: *wrong (may be null) receives its index and *error
+ * (may be null) why, ORL_ERR_RECURSIVE with offset and length 0 where formulas call each other in a
+ * circle, of which or of whose callers it is one; -1 and ORL_ERR_MEMORY may be told instead of an
+ * index. What was parsed before stays. */
 ORL_API int32_t ORLParseFormulas(EC ec, int32_t count, const OrlFormulaText *formulas,
                                  int32_t *wrong, FormulaError *error);
 /* Copies a name of at most 64 bytes to `target` (66 bytes), with "_" before it when it is a date

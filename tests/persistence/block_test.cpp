@@ -349,8 +349,8 @@ TEST(ParseFormulas, WhateverTheirOrder) {
     std::string wrong, state;
   } rows[] = {
       {{}, "", ""},
-      {{"A=B() || C()", "C='c'", "B=C() || C()"}, "", "A:=B() || C() C:='c' B:=C() || C() "},
-      {{"=F()", "F=1"}, "", "Formula1:=F() F:=1 "},
+      {{"A=B() || C()", "C='c'", "B=C() || C()"}, "", "C:='c' B:=C() || C() A:=B() || C() "},
+      {{"=F()", "F=1"}, "", "F:=1 Formula1:=F() "},
       {{"A=B()", "B=2", "W=1 +", "C=3"}, "2 109@3+1", "B:=2 "},
       {{"C=1", "A=B() + 'a'", "B=2"}, "1 100@6+3", "C:=1 B:=2 "},
       {{"A=1", "A=2"}, "", "A:=1 A:=2 "},
@@ -376,6 +376,7 @@ TEST(ParseFormulas, WhateverTheirOrder) {
     SCOPED_TRACE(testing::PrintToString(row.formulas));
     EXPECT_EQ(good ? "" : std::to_string(wrong) + " " + Outcome({nullptr, error, 0}), row.wrong);
     EXPECT_EQ(StateOf(ec.get()), row.state);
+    EXPECT_EQ(StateOf(OwnedContext(ORLCopyEC(ec.get())).get()), row.state);
   }
   FormulaError error = {};
   EXPECT_EQ(ORLParseFormulas(nullptr, 0, nullptr, nullptr, &error), 0);
