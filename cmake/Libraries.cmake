@@ -41,10 +41,14 @@ endfunction()
 # A thread's own data are at a fixed offset from its base. The other model makes them at the first
 # use on a thread when the library was loaded late, and ends the process where that has no memory.
 # The room for them is small: the libraries keep a few hundred bytes there.
+#
+# An exported routine that another one of the same file calls is that one, and may be inlined: a
+# program cannot put its own in the place. Names that are not exported are hidden in any case.
 function(orli_objects name)
   add_library(${name} OBJECT ${ARGN})
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
-  target_compile_options(${name} PRIVATE -ftls-model=initial-exec)
+  target_compile_options(${name} PRIVATE -ftls-model=initial-exec
+    $<$<NOT:$<BOOL:${ORLI_SANITIZE}>>:-fno-semantic-interposition>)
   orli_compile(${name})
 endfunction()
 
