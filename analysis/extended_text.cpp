@@ -148,7 +148,7 @@ Expression *FormulaToSplice(const Expansion &expansion, const Expression &expres
 bool Expand(Expansion &expansion, Expression *top) {
   Target &target = expansion.target;
   expansion.walkNumber = ++expansion.ec->walkNumber;
-  EnterExpression(expansion.walkNumber, top, nullptr, nullptr);
+  EnterExpression(expansion.walkNumber, top, nullptr, 0);
   Expression *current = top;
   ExprNode *node = top->tree;
   for (;;) {
@@ -163,7 +163,7 @@ bool Expand(Expansion &expansion, Expression *top) {
         PutUpTo(target, *current, NodeOffset(node));
         PutText(target, "(");
         expansion.spliced = true;
-        EnterExpression(expansion.walkNumber, body, current, node);
+        EnterExpression(expansion.walkNumber, body, current, IndexOf(current->tree, node));
         current = body;
         node = body->tree;
         continue;
@@ -175,8 +175,9 @@ bool Expand(Expansion &expansion, Expression *top) {
         return !expansion.spliced || target.length <= kLongestSpliced;
       }
       PutText(target, ")");
-      node = current->walkReturn;
+      const uint32_t from = current->walkReturn;
       current = current->walkCaller;
+      node = current->tree + from;
       current->walkPlace = NodeCloseOffset(node) + 1;
       marks = current == top ? expansion.topMarks : expansion.bodyMarks;
     }
@@ -216,14 +217,14 @@ int64_t GrowthOfSplice(const Expression &body, const ExprNode *reference) {
 // referred to.
 int64_t ExtendedGrowth(EC ec, Expression *top, bool withMarks) {
   const uint64_t number = ++ec->walkNumber;
-  EnterExpression(number, top, nullptr, nullptr);
+  EnterExpression(number, top, nullptr, 0);
   Expression *current = top;
   ExprNode *node = top->tree;
   for (;;) {
     if (node != nullptr) {
       Expression *body = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(ec, node) : nullptr;
       if (body != nullptr && body->walkNumber != number) {
-        EnterExpression(number, body, current, node);
+        EnterExpression(number, body, current, IndexOf(current->tree, node));
         current = body;
         node = body->tree;
         continue;
@@ -240,8 +241,9 @@ int64_t ExtendedGrowth(EC ec, Expression *top, bool withMarks) {
         return current->walkPlace;
       }
       const Expression &body = *current;
-      node = current->walkReturn;
+      const uint32_t from = current->walkReturn;
       current = current->walkCaller;
+      node = current->tree + from;
       AddGrowth(*current, GrowthOfSplice(body, node));
     }
     node = ExprNodeNext(current->tree, node);

@@ -4,10 +4,10 @@
 #include <cstring>
 
 #include "engine/items.h"
+#include "language/bound_formula.h"
 #include "language/formula_walk.h"
 #include "language/stored_tree.h"
 #include "platform/text.h"
-#include "language/bound_formula.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ bool Walk(UsageWalk &walk, Expression *top, Match match) {
   Expression *current = top;
   ExprNode *tree = top->tree;
   ExprNode *node = tree;
-  EnterExpression(walk.number, top, nullptr, nullptr);
+  EnterExpression(walk.number, top, nullptr, 0);
   for (;;) {
     while (node != nullptr) {
       if (match(node)) {
@@ -35,7 +35,7 @@ bool Walk(UsageWalk &walk, Expression *top, Match match) {
       }
       Expression *target = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
       if (target != nullptr && target->walkNumber != walk.number) {
-        EnterExpression(walk.number, target, current, node);
+        EnterExpression(walk.number, target, current, IndexOf(tree, node));
         current = target;
         node = tree = target->tree;
         continue;
@@ -52,10 +52,10 @@ bool Walk(UsageWalk &walk, Expression *top, Match match) {
     if (current == top) {
       return false;
     }
-    const ExprNode *from = current->walkReturn;
+    const uint32_t from = current->walkReturn;
     current = current->walkCaller;
     tree = current->tree;
-    node = ExprNodeNext(tree, from);
+    node = ExprNodeNext(tree, tree + from);
   }
 }
 

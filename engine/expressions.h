@@ -18,26 +18,26 @@ enum class WalkState : uint8_t { Open, No, Yes };
 //
 //   | Expression | tree | text | name |
 //
-// After a change of the formula these stand in the block of another record, `content`, or the text
-// in a block of its own.
+// After a change of the formula these stand in the block of another record, whose address then
+// follows the record in place of the tree, or the text in a block of its own.
 struct Expression {
   NameEntry entry;  // in the context's expressionNames, with the name
 
   ExprNode *tree;
-  char *text;           // as the host gave it
-  Expression *content;  // owned, or null
+  char *text;  // as the host gave it
   int32_t textLength;
   uint16_t dataType;  // of the root at the time of the parse
-  bool refersToFormulas;
-  bool ownsText;
-  bool ownsNames;  // nodes of the tree may have names in blocks of their own
+  bool refersToFormulas : 1;
+  bool hasContent : 1;  // tree, text and name are in the block of another record
+  bool ownsText : 1;
+  bool ownsNames : 1;  // nodes of the tree may have names in blocks of their own
 
   // The walk through named formulas that came here last, and its way back.
   WalkState walkState;
-  int32_t walkPlace;  // how far the walk is in the text, or what it has summed up
+  int32_t walkPlace;    // how far the walk is in the text, or what it has summed up
+  uint32_t walkReturn;  // node of the caller's tree
   uint64_t walkNumber;
   Expression *walkCaller;
-  ExprNode *walkReturn;
 
   // Its place in the order of the context's expressions.
   Expression *previousInOrder;

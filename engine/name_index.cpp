@@ -11,6 +11,7 @@
 namespace {
 
 constexpr uint64_t kFirstBuckets = 16;
+constexpr uint64_t kMostPerBucket = 2;  // entries on average
 // Item names have at most 64 bytes; a longer text is in no index that ignores case.
 constexpr size_t kFoldedSize = 65;
 
@@ -28,14 +29,14 @@ uint64_t MixHash(uint64_t hash, uint64_t word) {
   return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
 }
 
-uint64_t WordAt(const char *text) {
+inline uint64_t WordAt(const char *text) {
   uint64_t word = 0;
   std::memcpy(&word, text, sizeof word);
   return word;
 }
 
 // Less than eight bytes as a number that no others of the same size have.
-uint64_t FewBytes(const char *text, size_t size) {
+inline uint64_t FewBytes(const char *text, size_t size) {
   if (size >= sizeof(uint32_t)) {
     uint32_t first = 0;
     uint32_t last = 0;
@@ -214,7 +215,7 @@ void PutAll(NameIndex &index, NameEntry *all, bool hashAgain) {
 }
 
 void Grow(NameIndex &index) {
-  if (index.entryCount < index.bucketCount) {
+  if (index.entryCount < index.bucketCount * kMostPerBucket) {
     return;
   }
   const uint64_t count = index.bucketCount == 0 ? kFirstBuckets : index.bucketCount * 2;

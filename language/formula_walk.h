@@ -4,10 +4,16 @@
 #define ORLI11_LANGUAGE_FORMULA_WALK_H
 
 #include "engine/expressions.h"
+#include "language/tree.h"
+
+// The place of a node in the tree of that root.
+inline uint32_t IndexOf(const ExprNode *root, const ExprNode *node) {
+  return static_cast<uint32_t>(node - root);
+}
 
 // Enters an expression for the walk of that number, from a node of the caller's tree.
 inline void EnterExpression(uint64_t walkNumber, Expression *expression, Expression *caller,
-                            ExprNode *from) {
+                            uint32_t from) {
   expression->walkNumber = walkNumber;
   expression->walkState = WalkState::Open;
   expression->walkCaller = caller;

@@ -52,10 +52,10 @@ int32_t ActionOf(ParseState &state, int32_t at, int32_t &token) {
 
 bool RunParser(ParseState &state) {
   int32_t top = 0;
+  int32_t at = 0;  // states[top]
   int32_t token = kNoToken;
   state.states[0] = 0;
   for (;;) {
-    const int32_t at = state.states[top];
     const int32_t action = ActionOf(state, at, token);
     if (action > 0) {
       if (++top == kParserStackSize) {
@@ -63,7 +63,8 @@ bool RunParser(ParseState &state) {
         return false;
       }
       token = kNoToken;
-      state.states[top] = static_cast<int8_t>(action);
+      at = action;
+      state.states[top] = static_cast<int8_t>(at);
       state.entries[top].offset = state.tokenOffset;
       state.entries[top].length = state.tokenSpan;
       continue;
@@ -85,6 +86,7 @@ bool RunParser(ParseState &state) {
     if (!RunAction(state, static_cast<Production>(production), &state.entries[top])) {
       return false;
     }
-    state.states[top] = static_cast<int8_t>(kParserGoto[state.states[top - 1]][row.left]);
+    at = kParserGoto[state.states[top - 1]][row.left];
+    state.states[top] = static_cast<int8_t>(at);
   }
 }

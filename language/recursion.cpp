@@ -62,7 +62,7 @@ bool IsReference(const ExprNode *node, const char *name) {
 // Goes through a tree, which is that of `self` or in no expression. As FormulaRefersTo.
 int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **where) {
   if (self != nullptr) {
-    EnterExpression(search.number, self, nullptr, nullptr);
+    EnterExpression(search.number, self, nullptr, 0);
   }
   Expression *current = self;
   ExprNode *tree = root;
@@ -80,7 +80,7 @@ int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **w
       }
       Expression *formula = ToEnter(search, node);
       if (formula != nullptr) {
-        EnterExpression(search.number, formula, current, node);
+        EnterExpression(search.number, formula, current, IndexOf(tree, node));
         current = formula;
         tree = node = formula->tree;
       } else {
@@ -94,10 +94,10 @@ int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **w
     if (current == self) {
       return 0;
     }
-    const ExprNode *from = current->walkReturn;
+    const uint32_t from = current->walkReturn;
     current = current->walkCaller;
     tree = current == nullptr ? root : current->tree;
-    node = ExprNodeNext(tree, from);
+    node = ExprNodeNext(tree, tree + from);
   }
 }
 

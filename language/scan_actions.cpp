@@ -33,6 +33,11 @@ bool IsWord(std::string_view text, std::string_view word) {
                     [](char byte, char capital) { return Capital(byte) == capital; });
 }
 
+// Spares most words the comparisons.
+bool MayBeginUnit(char byte) {
+  return std::string_view("DMYHS").find(Capital(byte)) != std::string_view::npos;
+}
+
 uint16_t ModifierOfWord(std::string_view text) {
   for (const WordCode &row : kModifiers) {
     if (IsWord(text, row.word)) {
@@ -159,7 +164,7 @@ const RuleAction kRuleActions[] = {
 };
 
 uint16_t DateUnitOfWord(std::string_view word) {
-  if (word.size() > kLongestUnit) {
+  if (word.empty() || word.size() > kLongestUnit || !MayBeginUnit(word.front())) {
     return 0;
   }
   for (const WordCode &row : kDateUnits) {

@@ -16,6 +16,24 @@ bool RootIs(HEXP exp, int32_t kind) {
   return exp != nullptr && exp->tree != nullptr && NodeKindOf(exp->tree) == kind;
 }
 
+// The record whose block holds what the expression consists of now, which is the caller's then;
+// null where that is the expression's own.
+Expression *TakeContent(const Expression *expression) {
+  Expression *content = nullptr;
+  if (expression->hasContent) {
+    std::memcpy(&content, expression + 1, sizeof content);
+  }
+  return content;
+}
+
+// Every tree is larger than an address.
+static_assert(sizeof(ExprNode) >= sizeof(Expression *));
+
+void SetContent(Expression *expression, const Expression *content) {
+  std::memcpy(static_cast<void *>(expression + 1), &content, sizeof content);
+  expression->hasContent = true;
+}
+
 }  // namespace
 
 void FreeExpression::operator()(Expression *expression) const {
@@ -24,7 +42,7 @@ void FreeExpression::operator()(Expression *expression) const {
     ReleaseNames(expression->tree);
   }
   const OwnedText text(expression->ownsText ? expression->text : nullptr);
-  const Owned<Expression> content(expression->content);
+  const Owned<Expression> content(TakeContent(expression));
   const Owned<Expression> record(expression);
 }
 
@@ -85,7 +103,8 @@ void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh) {
   expression->textLength = fresh->textLength;
   expression->refersToFormulas = fresh->refersToFormulas;
   expression->ownsNames = false;
-  const Owned<Expression> old(std::exchange(expression->content, fresh.release()));
+  const Owned<Expression> old(TakeContent(expression));
+  SetContent(expression, fresh.release());
   OrderAfterReplace(ec, expression, oldName);
 }
 
