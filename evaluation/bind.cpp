@@ -21,6 +21,16 @@ bool TakesValues(const ExprItem *row, const BuiltIn *builtIn, int16_t type) {
   return true;
 }
 
+// True when each argument is declared, and none by name.
+bool WantsAllValues(const ExprItem *row, uint32_t arguments) {
+  for (int32_t i = 0; i < row->paramCount; i++) {
+    if (ItemParameters(row)[i].mode == 1) {
+      return false;
+    }
+  }
+  return static_cast<int64_t>(arguments) <= row->paramCount;
+}
+
 // True when each argument is declared, and of a type whose values hold no block.
 bool TakesPlainValues(const ExprItem *row, uint32_t arguments) {
   for (int32_t i = 0; i < row->paramCount; i++) {
@@ -86,6 +96,7 @@ void BindCall(EC ec, Word *code) {
                       (row->dataType == type || row->dataType == ORL_TYPE_FOLLOWS) &&
                       TypeArgumentsFit(node, row);
   code[kCallRow].row = usable ? row : nullptr;
+  code->instruction.detail = usable && WantsAllValues(row, code[kCallShape].call.arguments) ? 1 : 0;
   const BuiltIn *builtIn = usable ? BuiltInOf(row->routine) : nullptr;
   const bool onValues = usable && TakesValues(row, builtIn, type);
   const uint32_t arguments = code[kCallShape].call.arguments;

@@ -32,7 +32,7 @@ enum class Operation : uint8_t {
   OtherInput,
   Formula,  // push the value of a named formula: node, expression
   Call,     // resolve a function: node, row, built-in routine, its inner routine, arguments and
-            // length
+            // length; `detail`: 1 when every argument is wanted, by value
   NextArgument,  // `detail`: its place. In both, `operand` is the way past the argument: node
   Invoke,        // call the function with the `operand` values on top of its frame
   Add,           // ORDER ARITHMETIC

@@ -179,7 +179,7 @@ void RunProgram(Evaluation &run, Program *program) {
           BindCall(ec, code);
         }
         Value *frame = ++top;
-        if (code[kCallInner].inner != nullptr) {
+        if (instruction.detail != 0) [[likely]] {
           PushFrame(run, code, frame);
           code += kCallEnd;
           continue;
@@ -197,8 +197,8 @@ void RunProgram(Evaluation &run, Program *program) {
       }
       case Operation::NextArgument: {
         Value *frame = top - instruction.detail;
-        if (InnerRoutineOf(run, frame) != nullptr ||
-            WantsArgument(run, frame, instruction.detail, code, top + 1)) {
+        const bool wanted = IsUnchanged(run, frame) && frame->frame.call->instruction.detail != 0;
+        if (wanted || WantsArgument(run, frame, instruction.detail, code, top + 1)) {
           code += kArgumentEnd;
         } else {
           top++;
