@@ -28,9 +28,9 @@ constexpr int32_t kMarksLength = sizeof kOpenMark + sizeof kCloseMark - 2;
 constexpr int64_t kLongestSpliced = UINT16_MAX;
 
 struct Target {
-  char *buffer;    // null: nothing is written, only counted
-  int64_t room;    // bytes that may be written
-  int64_t length;  // of the whole text so far
+  char *buffer;      // null: nothing is written, only counted
+  int64_t capacity;  // bytes that may be written
+  int64_t length;    // of the whole text so far
 };
 
 struct Expansion {
@@ -43,8 +43,8 @@ struct Expansion {
 };
 
 void Put(Target &target, const char *text, int64_t length) {
-  if (target.buffer != nullptr && target.length < target.room) {
-    const int64_t written = std::min(length, target.room - target.length);
+  if (target.buffer != nullptr && target.length < target.capacity) {
+    const int64_t written = std::min(length, target.capacity - target.length);
     std::memcpy(target.buffer + target.length, text, static_cast<size_t>(written));
   }
   target.length += length;

@@ -1,6 +1,6 @@
 // Rename: an input item or a function gets another name, and every formula follows.
 //
-// The text of a formula follows word by word, whatever the words mean in it. Its tree is made anew
+// The text of a formula follows word by word, whatever the words mean in it. Its tree is rebuilt
 // from the new text where that parses; elsewhere only the names of items are replaced in it.
 #include <cstring>
 
@@ -42,7 +42,7 @@ void ReplaceTokens(const char *source, char *target, const Names &names, char *t
   }
 }
 
-// Gives the items of that name in a tree the new one; without memory an item keeps the old one.
+// Gives the items of that name in a tree the new one; when out of memory an item keeps the old one.
 void RenameInTree(ExprNode *tree, const Names &names) {
   for (ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
     if (NodeKindOf(node) == NODE_ITEM && SameText(NodeText(node), names.before)) {
@@ -60,7 +60,7 @@ bool TreeHasItem(const ExprNode *tree, const char *name) {
   return false;
 }
 
-// A copy of the text with `count` tokens replaced, or null when there is no memory.
+// A copy of the text with `count` tokens replaced, or null when out of memory.
 OwnedText RenamedText(const char *text, int64_t count, char *token, const Names &names) {
   const int64_t growth = int64_t{WRENStrLen(names.after)} - WRENStrLen(names.before);
   const int64_t size = WRENStrLen(text) + (growth > 0 ? growth * count : 0) + 1;
@@ -83,7 +83,7 @@ bool IsBeingEvaluated(EC ec) {
   return false;
 }
 
-// Without memory the expression stays as it was.
+// When out of memory, the expression stays as it was.
 void RenameInExpression(EC ec, HEXP exp, const Names &names, bool mayReparse) {
   if (exp == nullptr) {
     return;

@@ -59,7 +59,7 @@ bool Walk(UsageWalk &walk, Expression *top, Match match) {
   }
 }
 
-// A new number makes every answer of an earlier walk void.
+// A new number makes every result of an earlier walk void.
 void Renew(UsageWalk &walk) {
   walk.number = ++walk.ec->walkNumber;
   walk.revision = walk.ec->revision;
@@ -67,7 +67,7 @@ void Renew(UsageWalk &walk) {
 }
 
 // Begins a walk for the question whether an item is used, or continues the last one where its
-// answers still hold: hosts ask it of one expression after the other.
+// results still hold: hosts ask it of one expression after the other.
 UsageWalk QuestionBegin(EC ec, int32_t kind, const char *name) {
   if (ec->askedNumber != 0 && ec->askedRevision == ec->revision && ec->askedKind == kind &&
       SameText(ec->askedName, name)) {

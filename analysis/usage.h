@@ -6,7 +6,7 @@
 
 #include "engine/expressions.h"
 
-// A walk enters each formula once. Answers are kept in the expressions and hold for further
+// A walk enters each formula once. Results are kept in the expressions and hold for further
 // questions of the same kind while the tables of the context stay as they are.
 struct UsageWalk {
   EC ec;

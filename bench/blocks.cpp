@@ -65,7 +65,7 @@ Block SecondRows() {
   return block;
 }
 
-/* The same where the long formula comes last and the names come back from the end. */
+/* The same where the long formula comes last and the names follow from the end. */
 Block SecondRowsBackwards() {
   Block block;
   AddCalled(block, 12000);

@@ -56,7 +56,7 @@ def sizes(rows, partitions):
 def on_cluster(counts, client):
     """The report, the seconds on the clock, and the processor time of the workers and of this process."""
     frame = dask.dataframe.from_map(rows_of, range(len(counts)), counts, meta=rows_of(0, 0))
-    client.run(lambda: orli11.dask.__name__)  # imports are no cost of rows
+    client.run(lambda: orli11.dask.__name__)  # imports are not a cost of rows
     begin, here = time.perf_counter(), time.process_time()
     before = sum(client.run(time.process_time).values())
     report = report_of(orli11.dask.evaluate(frame, FORMULAS, **EXACT)).compute()

@@ -20,7 +20,7 @@ EC MakeContext(const ContextSize &size);
 /* Parses a formula that has to be right. */
 HEXP MustParse(EC ec, const std::string &text, const char *name);
 
-/* The value routine behind Amount, and the one behind Tax. */
+/* The value routines of Amount and Tax. */
 int32_t AmountValue(EC ec, HEXP exp, int32_t size, void **value, const char *name);
 int32_t TaxValue(EC ec, HEXP exp, int32_t size, void **value, const char *name);
 

@@ -4,7 +4,7 @@
     bench/databases.py [ROWS]
 
 A database computes the sum of the formula over a table, and hands out its rows through ODBC. Costs
-are processor time a row: of PostgreSQL's backend as it tells it, of SQLite and orli as the system does.
+are processor time a row: of PostgreSQL's backend as it reports it, of SQLite and orli as the system does.
 """
 
 import contextlib

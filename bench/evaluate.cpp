@@ -57,7 +57,7 @@ BENCHMARK(EvaluateAmountLimit);
 
 /* ---- Weather --------------------------------------------------------------------------------- */
 
-constexpr size_t kColumns = 5; /* date and four numbers; the word behind them is not used */
+constexpr size_t kColumns = 5; /* date and four numbers; the word after them is not used */
 constexpr std::array<const char *, kColumns> kNames = {"date", "precipitation", "temp_max",
                                                        "temp_min", "wind"};
 using WeatherRow = std::array<NumberValue, kColumns>;

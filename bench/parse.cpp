@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int64_t kShort = 0; /* stands for the short formula among the lengths */
+constexpr int64_t kShort = 0; /* the short formula among the lengths */
 
 /* Sums and products in parentheses, up to that many bytes. */
 std::string TextOfLength(size_t length) {

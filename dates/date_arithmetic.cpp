@@ -15,7 +15,7 @@ struct TimeUnit {
   int32_t DateTimeParts::*field;
   int64_t size;
 };
-// From the smallest; each carries into the one behind it and the last into days.
+// From the smallest; each carries into the one after it and the last into days.
 constexpr TimeUnit kTimeUnits[] = {
     {&DateTimeParts::second, 60}, {&DateTimeParts::minute, 60}, {&DateTimeParts::hour, 24}};
 
@@ -53,7 +53,7 @@ void ClampDay(DateTimeParts &parts) {
 
 // Moves the date by months; a day that the month does not have becomes its last. A move into
 // another year is a move by years first, to a day that exists, and by the months left then: 29
-// February comes to 28 February of the other year before it comes to another month.
+// February becomes 28 February of the other year before the month changes.
 bool MoveMonths(DateTimeParts &parts, int64_t months) {
   const int64_t sum = parts.month + months;
   int64_t month = sum;

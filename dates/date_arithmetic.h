@@ -7,7 +7,7 @@
 #include "closed/wren/gregorian.h"
 #include "wreni11.h"
 
-// Date units, as the unit words of the language stand in a node; 0 acts as days.
+// Date units, as nodes store the unit words of the language; 0 acts as days.
 enum DateUnit : uint16_t {
   kUnitNone = 0,
   kUnitDay = 1,

@@ -1,4 +1,4 @@
-// Date conversion templates: a text with one "%s" for the date; "%%" stands for a percent sign.
+// Date conversion templates: a text with one "%s" for the date; "%%" is a percent sign.
 #ifndef ORLI11_DATES_DATE_TEMPLATE_H
 #define ORLI11_DATES_DATE_TEMPLATE_H
 
@@ -16,7 +16,7 @@ inline const char *TemplateOfForm(const char *const templates[3], int32_t form) 
 }
 
 // Hands the parts of a template filled with a date to `put` (text, length), one after the other.
-// Only the first "%s" is filled; every other byte stands for itself.
+// Only the first "%s" is filled; every other byte is copied.
 template <typename Put>
 void FillDateTemplate(const char *text, const char *date, Put put) {
   bool filled = false;

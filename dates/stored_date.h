@@ -5,7 +5,7 @@
 #include "closed/pavn/stored_form.h"
 #include "wreni11.h"
 
-// Takes a date apart; false, with all parts zero, for null and for a value that is no date.
+// Takes a date apart; false, with all parts zero, for null and for a value that is not a date.
 inline bool DecodeDate(const NumberValue &date, DateTimeParts *parts) {
   if (date.length != kStoredLength) {
     *parts = {};

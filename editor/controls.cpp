@@ -1,4 +1,4 @@
-// The procedures that stand ahead of the editor's controls.
+// The procedures that receive the messages of the editor's controls first.
 #include "editor/editor.h"
 #include "editor/window_calls.h"
 
@@ -62,7 +62,7 @@ intptr_t StatusSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_
     case ORL_WM_SETFOCUS: {
       OrlWindow dialog = editor->dialog;
       OrlWindow before = reinterpret_cast<OrlWindow>(wParam);
-      // A modeless dialog of the editor has it as its parent too, but is no control of it.
+      // A modeless dialog of the editor has it as its parent too, but is not a control of it.
       const bool isSibling =
           before != nullptr && ItemOf(dialog, Windows()->GetDlgCtrlID(before)) == before;
       Windows()->SetFocus(isSibling ? before : ItemOf(dialog, kEditText));

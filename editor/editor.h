@@ -1,6 +1,6 @@
 // The formula editor: its state, and the routines that its files call in each other.
 //
-// Each routine is told by the events and controls of the dialog that it works on. All run on the
+// Each routine works on the dialog of the state that it is given. All run on the
 // thread of the dialog; there is one editor at a time.
 #ifndef ORLI11_EDITOR_EDITOR_H
 #define ORLI11_EDITOR_EDITOR_H
@@ -166,11 +166,11 @@ int32_t OrlTemplateLength(const ExprItem *item);
 const char *OrlParameterLabel(const ExprItem *item, int32_t index);
 // The word for a data type.
 const char *OrlTypeLabel(uint16_t dataType);
-// Puts the first `length` bytes of a text in place of the edit's selection. The offset where they
-// stand then, or -1 when there is no memory, with the edit as it was.
+// Replaces the edit's selection by the first `length` bytes of a text. Returns their offset
+// or -1 when out of memory, with the edit as it was.
 int32_t OrlInsertText(const EditorState &editor, const char *text, int32_t length);
 void OrlSelectPlaceholder(const EditorState &editor);
-// The first placeholder that begins at a byte of the text or behind it, else the first of all.
+// The first placeholder that begins at a byte of the text or after it, else the first of all.
 // False when there is none, or no memory.
 bool OrlFindPlaceholder(const EditorState &editor, const char *text, int32_t from, int32_t *start,
                         int32_t *end);
@@ -189,20 +189,20 @@ bool OrlSaveAndGoOn(EditorState &editor);
 bool OrlAskSave(EditorState &editor);
 void OrlSelectFormula(EditorState &editor);
 void OrlDeleteSelected(EditorState &editor);
-// Brings the rows of the list of formulas, and what hangs on them, in step with the context behind
+// Brings the rows of the list of formulas, and what depends on them, in step with the context after
 // a routine of the host, which may have changed it. Calls no routine of the host's.
 void OrlFollowContext(EditorState &editor);
 
-// ---- What the editor tells of its text (text_aid.cpp) -------------------------------------------
+// ---- What the editor knows of its text (text_aid.cpp) -------------------------------------------
 
 void OrlOfferTextAid(const EditorState &editor);
 
 // ---- The host beside the editor (host.cpp) ------------------------------------------------------
 
 // Whether the host takes what is about to be stored for the expression that is shown. True also for
-// what does not parse, which the save will tell.
+// what does not parse, which the save will report.
 bool OrlHostTakes(EditorState &editor, const char *text, const char *name);
-// Tells it that an expression has been stored, renamed or deleted.
+// Notifies it that an expression has been stored, renamed or deleted.
 void OrlTellHost(const EditorState &editor);
 // What it says of a function, cut to `size` bytes; false when it says nothing.
 bool OrlHostDescribes(const char *function, char *buffer, int32_t size);
@@ -215,7 +215,7 @@ void OrlOpenTextView(EditorState &editor);
 void OrlOpenValues(EditorState &editor);
 void OrlFillValues(EditorState &editor, int32_t first);
 void OrlSyncValuesButton(EditorState &editor, int32_t first);
-// Writes a text as a String literal; `target` has room for twice its length and 3 bytes.
+// Writes a text as a String literal; `target` holds twice its length and 3 bytes.
 void OrlQuoteString(char *target, const char *text);
 // Selects the faulty bytes of a text in an edit.
 void OrlSelectError(OrlWindow edit, const FormulaError &error);
@@ -223,7 +223,7 @@ intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaEr
 
 // ---- Texts of controls (control_text.cpp) -------------------------------------------------------
 
-// Copies; null without memory, and for a row that is not there.
+// Copies; null when out of memory, and for a row that is not there.
 OwnedText TextOfWindow(OrlWindow window);
 OwnedText TextOfRow(OrlWindow list, int32_t row);
 

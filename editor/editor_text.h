@@ -6,7 +6,7 @@
 
 #include "orli11/windows.h"
 
-// A string of the table, or several behind each other, as far as there is room.
+// A string of the table, or several one after another, as far as they fit.
 struct EditorText {
   char text[256];
 };
@@ -14,10 +14,10 @@ struct EditorText {
 // The string with this id; empty when there is none.
 EditorText LoadText(uint32_t id);
 
-// Puts a string behind the text.
+// Appends a string to the text.
 void AppendText(EditorText &text, uint32_t id);
 
-// Sets "left - right" as a window's title; false when there is no memory to join them.
+// Sets "left - right" as a window's title; false when out of memory to join them.
 bool SetJoinedTitle(OrlWindow window, const char *left, const char *right);
 
 #endif

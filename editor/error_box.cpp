@@ -42,7 +42,7 @@ void Open(OrlWindow box) {
   displayed.ownEditProc = Windows()->SetWindowProc(ItemOf(box, kErrorText), ORLErrorEditProc);
 }
 
-// Selected once the box stands: before that the focus would take the whole text.
+// Selected once the box is open: before that the focus would take the whole text.
 void ShowPlace(OrlWindow box) {
   FocusItem(box, kErrorText);
   OrlSelectError(ItemOf(box, kErrorText), displayed.error);
@@ -57,7 +57,7 @@ void Help(OrlHelpProc callback) {
 }  // namespace
 
 void OrlSelectError(OrlWindow edit, const FormulaError &error) {
-  // A span may lie behind the text, where the edit cuts it; beyond what numbers hold it is cut
+  // A span may end after the text, where the edit cuts it; beyond what numbers hold it is cut
   // here.
   const int64_t start = std::max(error.offset, 0);
   const int64_t end = std::min<int64_t>(start + std::max(error.length, 0), INT32_MAX);

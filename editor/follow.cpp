@@ -1,4 +1,4 @@
-// The editor behind a routine of the host, which may have changed the context.
+// The editor after a routine of the host, which may have changed the context.
 #include <algorithm>
 #include <initializer_list>
 
@@ -39,8 +39,8 @@ bool RowsAgree(const EditorState &editor, OrlWindow list, int32_t rows) {
   return row == rows;
 }
 
-// Lists the expressions anew; those that had a row keep one, though a new list would hide them.
-// False without memory.
+// Lists the expressions again; those that had a row keep one, though a new list would hide them.
+// False when out of memory.
 bool ListAnew(const EditorState &editor, OrlWindow list, int32_t rows) {
   EC ec = editor.ec;
   const Owned<HEXP> block = Allocate<HEXP>(static_cast<uint32_t>(rows));

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int32_t kTailLimit = 40;  // a selection of that many bytes is no tail
+constexpr int32_t kTailLimit = 40;  // a selection of that many bytes is not a tail
 
 // The selection of an edit as it fits the text that was taken from it.
 Selection SelectionIn(OrlWindow edit, int32_t length) {
@@ -21,10 +21,10 @@ Selection SelectionIn(OrlWindow edit, int32_t length) {
   return {start, std::clamp(selection.end, start, length)};
 }
 
-// What stands around an inserted text, by the tail that it replaces.
+// What is added around an inserted text, by the tail that it replaces.
 struct Surroundings {
-  const char *before;  // goes ahead of the inserted text
-  const char *tail;    // goes to the end of the whole text, behind a blank
+  const char *before;  // is put before the inserted text
+  const char *tail;    // is appended to the whole text after a blank
 };
 
 Surroundings SurroundingsFor(const EditorState &editor, const char *text, Selection selection) {
@@ -49,7 +49,7 @@ char *Put(char *target, const char *text, int32_t length) {
   return target + length;
 }
 
-// The name of a function with its template, in a block of its own; null without memory.
+// The name of a function with its template, in a block of its own; null when out of memory.
 OwnedText FunctionWithTemplate(const char *name, const ExprItem *function) {
   const int32_t size = WRENStrLen(name) + OrlTemplateLength(function) + 1;
   OwnedText text = Allocate<char>(static_cast<uint32_t>(size));

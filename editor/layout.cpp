@@ -37,7 +37,7 @@ void OrlLayoutOperators(const EditorState &editor) {
   }
 }
 
-// The label comes to stand just below the mode buttons, and the list's height is a whole number of
+// The label is placed just below the mode buttons, and the list's height is a whole number of
 // rows.
 void OrlLayoutFormulas(const EditorState &editor) {
   const OrlTextMetrics &metrics = editor.metrics;

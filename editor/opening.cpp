@@ -60,7 +60,7 @@ void Intercept(EditorState &editor) {
   }
 }
 
-// Opens the values of the item that the host has named, once the editor stands.
+// Opens the values of the item that the host has named, once the editor is open.
 void OpenValuesLater(const EditorState &editor) {
   const char *item = editor.valuesItem;
   int32_t row = -1;

@@ -1,4 +1,4 @@
-// Placeholders: words in a text that stand for what the user has still to put in.
+// Placeholders: words in a text in the place of what the user has still to enter.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>

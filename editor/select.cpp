@@ -36,7 +36,7 @@ bool DeletionIsWanted(EditorState &editor, HEXP exp) {
   return answer == ORL_IDYES && IsStored(editor.ec, asked);
 }
 
-// Takes the row of a deleted expression out of the list; those behind it keep their ordinals.
+// Takes the row of a deleted expression out of the list; those after it keep their ordinals.
 void RemoveRow(OrlWindow list, int32_t ordinal) {
   const int32_t row = RowOfOrdinal(list, ordinal);
   if (row >= 0) {
@@ -53,7 +53,7 @@ void RemoveRow(OrlWindow list, int32_t ordinal) {
   SetCurrentRow(list, -1);
 }
 
-// The editor behind a deletion.
+// The editor after a deletion.
 void ShowDeleted(EditorState &editor, bool wasCurrent) {
   for (const int32_t button : {kButtonDelete, kButtonSelect, kButtonShowText}) {
     EnableItem(editor.dialog, button, false);

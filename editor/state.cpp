@@ -7,7 +7,7 @@
 namespace {
 
 // The state of the editor that this thread has open, on the stack of its entry; null without one.
-// No more than this stands in the thread's own data, which have little room in a library that is
+// Thread-local data hold no more than this, as there is little space for them in a library that is
 // loaded late.
 thread_local EditorState *openEditor;
 

@@ -1,4 +1,4 @@
-// What a pick of a function puts behind its name: parentheses with a placeholder for each
+// What a pick of a function appends to its name: parentheses with a placeholder for each
 // parameter, and brackets around those that may be left out.
 //
 //   parameters  first optional  optional  text

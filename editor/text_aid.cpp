@@ -1,5 +1,5 @@
-// What the editor tells a window system of the text that is being written. Texts that come from
-// there are those of the edit, and lists are told by their ids.
+// What the editor tells a window system about the text that is being written. Texts that come from
+// there are those of the edit, and lists are named by their ids.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>

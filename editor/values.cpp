@@ -48,7 +48,7 @@ OwnedText DateLiteral(const EditorState &editor, const char *text) {
 }
 
 // What the formula language wants for a listed value, in a block of its own; null when the value
-// goes in as it is listed.
+// is inserted as it is listed.
 OwnedText LiteralOf(const EditorState &editor, const char *text) {
   if (editor.itemValueType == ORL_TYPE_DATE) {
     return DateLiteral(editor, text);
@@ -110,7 +110,7 @@ void Close(EditorState &editor, OrlWindow window) {
   Windows()->DestroyWindow(window);
 }
 
-// The dialog goes without having been closed: with the editor, or by a routine of the host.
+// The dialog is destroyed without having been closed: with the editor, or by a routine of the host.
 void Forget(EditorState &editor, OrlWindow window) {
   if (editor.valuesWindow == window) {
     editor.valuesWindow = nullptr;
@@ -126,7 +126,7 @@ void OrlQuoteString(char *target, const char *text) {
     if (*text == '\'') {
       *target++ = '\'';
     }
-    // A character goes over whole: the second byte of one may look like a quote.
+    // A character is copied whole: the second byte of one may look like a quote.
     for (const char *end = WRENStrAdvance(text, 1); text != end; text++) {
       *target++ = *text;
     }

@@ -76,7 +76,7 @@ struct ExprContext {
   NameIndex references;         // names that stored trees refer to as formulas; see references.h
   ReferenceListener *listener;  // notified when one is no longer referred to, or null
   uint64_t generation;  // raised when a name may come to mean something else: lookups are stale
-  uint64_t revision;    // raised by every change of a tree or table: answers about use are stale
+  uint64_t revision;    // raised by every change of a tree or table: results about use are stale
   uint64_t walkNumber;  // of the last walk through named formulas
 
   ExpressionOrder order;

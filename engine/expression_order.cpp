@@ -10,7 +10,7 @@ constexpr int64_t kTopGap = int64_t{1} << 40;
 constexpr int64_t kInnerGap = int64_t{1} << 16;
 constexpr int64_t kHighestRank = INT64_MAX - kTopGap;
 
-// Gives all ranks anew, as far apart as they can be.
+// Assigns all ranks again, as far apart as they can be.
 void SpreadRanks(ExpressionOrder &order) {
   int64_t rank = 0;
   for (Expression *at = order.lowest; at != nullptr; at = at->nextInOrder) {

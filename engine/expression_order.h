@@ -3,7 +3,7 @@
 // search for circles need not look below.
 //
 // The order is a list with ascending ranks. It is broken where a name comes to mean something else
-// for trees that are stored already, and then made anew by the next search.
+// for trees that are stored already, and then rebuilt by the next search.
 #ifndef ORLI11_ENGINE_EXPRESSION_ORDER_H
 #define ORLI11_ENGINE_EXPRESSION_ORDER_H
 

@@ -14,11 +14,11 @@ struct Program;
 // What a walk through named formulas knows of an expression that it has entered.
 enum class WalkState : uint8_t { Open, No, Yes };
 
-// The record is the first part of a block that holds tree, text and name behind it:
+// The record is the first part of a block that holds tree, text and name after it:
 //
 //   | Expression | tree | text | name |
 //
-// After a change of the formula these stand in the block of another record, whose address then
+// After a change of the formula these are in the block of another record, whose address then
 // follows the record in place of the tree, or the text in a block of its own.
 struct Expression {
   NameEntry entry;  // in the context's expressionNames, with the name

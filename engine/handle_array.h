@@ -31,7 +31,7 @@ void HandleArrayUnlock(HandleArray array);
 uint32_t HandleArrayCount(HandleArray array);
 
 // Adds a zeroed element at the end and returns the handle to go on with; null when the table is
-// full or there is no memory, with the table as it was.
+// full or memory is exhausted, with the table as it was.
 HandleArray HandleArrayAppend(HandleArray array);
 
 // Removes an element and returns the same handle; an index outside the table removes the last

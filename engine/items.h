@@ -38,8 +38,8 @@ bool ItemAdd(EC ec, ItemTable *table, const ExprItem *record);
 void ItemRename(EC ec, ItemTable *table, ExprItem *row, const char *name);
 
 // For tables that are filled from a stored form: an empty element at the end of the table, and the
-// row that goes into it, with everything but its routine and routine name. Both are false or null
-// when the table is full or there is no memory.
+// row that is added, with everything but its routine and routine name. Both are false or null
+// when the table is full or memory is exhausted.
 bool ItemAppendEmpty(ItemTable *table);
 ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record);
 

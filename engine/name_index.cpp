@@ -15,8 +15,8 @@ constexpr uint64_t kMostPerBucket = 2;  // entries on average
 // Item names have at most 64 bytes; a longer text is in no index that ignores case.
 constexpr size_t kFoldedSize = 65;
 
-// Names are untrusted input, so each process keys the hash anew: names that all fall into one
-// bucket cannot be prepared.
+// Names are untrusted input, so each process keys the hash differently: names that all fall into
+// one bucket cannot be prepared.
 struct HashKey {
   uint64_t multiplier, start;
 };
@@ -145,7 +145,7 @@ void Insert(NameIndex &index, NameEntry &entry) {
     *bucket = &entry;
     return;
   }
-  NameEntry *before = first->prevSame;  // a new row nearly always goes to an end
+  NameEntry *before = first->prevSame;  // a new row is nearly always added at an end
   if (entry.order < first->order) {
     entry.nextSame = first;
     entry.prevSame = before;
@@ -221,7 +221,7 @@ void Grow(NameIndex &index) {
   const uint64_t count = index.bucketCount == 0 ? kFirstBuckets : index.bucketCount * 2;
   Owned<NameEntry *> buckets = Allocate<NameEntry *>(count);
   if (buckets == nullptr) {
-    return;  // longer chains, the same answers
+    return;  // longer chains, the same results
   }
   NameEntry *all = TakeAll(index);
   ReplaceBlock(index.buckets, std::move(buckets));

@@ -1,4 +1,4 @@
-// A name index answers "the first row of that name in table order" at the same cost for ten rows
+// A name index finds "the first row of that name in table order" at the same cost for ten rows
 // and for sixty thousand.
 //
 // It is a hash table whose entries are the first part of the rows that they index, so that removing

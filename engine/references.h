@@ -11,7 +11,7 @@
 uint32_t ReferenceCount(EC ec, const char *name);
 uint32_t ReferenceCount(EC ec, const NameKey &name);
 
-// Counts one more; false, with nothing counted, when there is no memory.
+// Counts one more; false, with nothing counted, when out of memory.
 bool AddReference(EC ec, const char *name);
 
 // Counts one less, of those that were added.

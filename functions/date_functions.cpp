@@ -154,7 +154,7 @@ int32_t FUNDateIFF(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
   return 1;
 }
 
-// A date that has no text, as under a bad picture, gives the empty text.
+// A date that has no text, as under a bad picture, yields the empty text.
 int32_t FUNDateToStr(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
   char text[kDateTextSize];
@@ -169,7 +169,7 @@ int32_t FUNDateToStrPicture(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **
   return FUNStrVarResult(result, resultSize, text);
 }
 
-// Null for a text that is no date.
+// Null for a text that is not a date.
 int32_t FUNStrToDate(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
   NumberValue *target = NumberResult(result, resultSize);

@@ -68,7 +68,7 @@ uint32_t LengthWithoutBlanks(const char *text, uint32_t length) {
   return length;
 }
 
-// The result: the text from `from` on, behind its leading blanks if that is not 0, without the
+// The result: the text from `from` on, after its leading blanks if that is not 0, without the
 // blanks at the end. A blank may be the second half of a character, so other texts than ASCII are
 // walked from the start.
 void SetTrimmed(InnerCall call, const TextSpan &span, uint32_t from) {
@@ -88,8 +88,8 @@ void SetTrimmed(InnerCall call, const TextSpan &span, uint32_t from) {
 uint64_t ChangedCase(uint64_t word, char first) {
   const uint64_t low = word & ~kHighBits;
   const uint64_t from = low + kOnes * (0x80 - static_cast<uint64_t>(first));
-  const uint64_t behind = low + kOnes * (0x80 - static_cast<uint64_t>(first + 26));
-  const uint64_t letters = (from ^ behind) & ~word & kHighBits;
+  const uint64_t above = low + kOnes * (0x80 - static_cast<uint64_t>(first + 26));
+  const uint64_t letters = (from ^ above) & ~word & kHighBits;
   return word ^ letters >> 2;  // 'a' - 'A' is 0x20
 }
 

@@ -17,7 +17,7 @@ constexpr int16_t kMostParameters = 7;
 // Every full name begins with the same three letters, which the display name leaves out.
 constexpr size_t kPrefixLength = 3;
 
-// Raised by hosts that tell when the settings of the system have changed, and kept for them.
+// Raised by hosts that report when the settings of the system have changed, and kept for them.
 // Nothing reads it: the settings change by WRENSetCountry alone.
 std::atomic<int32_t> systemSettingsChanged{1};
 
@@ -49,7 +49,7 @@ int16_t NextNumber(char **at) {
 }
 
 // Fills the working row from its text: full name, result type, parameter count, parameter types.
-// False for a row with more parameters than there is room for.
+// False for a row with too many parameters.
 bool FillRow(WorkingRow *row, WorkingTexts *texts) {
   char *at = texts->row;
   const char *fullName = NextField(&at);

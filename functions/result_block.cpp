@@ -21,7 +21,7 @@ Word Load(const char *bytes) {
   return word;
 }
 
-// A word of 1 to 7 bytes and zeros behind them.
+// A word of 1 to 7 bytes and zeros after them.
 uint64_t ShortWord(const char *bytes, size_t length) {
   if (length >= 4) {
     return Load<uint32_t>(bytes) | uint64_t{Load<uint32_t>(bytes + length - 4)} << (length - 4) * 8;
@@ -31,7 +31,7 @@ uint64_t ShortWord(const char *bytes, size_t length) {
          uint64_t{Load<uint8_t>(bytes + length - 1)} << (length - 1) * 8;
 }
 
-// Copies 1 or more bytes, with zeros behind them up to a whole word. The evaluator reads the block
+// Copies 1 or more bytes, with zeros after them up to a whole word. The evaluator reads the block
 // at once and in words; if these were written in other pieces, it would have to wait for them.
 void CopyInWords(char *target, const char *source, size_t length) {
   size_t at = 0;

@@ -12,12 +12,12 @@ int32_t FUNResizeResult(void **result, uint32_t newSize);
 // The bytes that n characters can take in the active code page: n, 2n or 4n. Saturates.
 int32_t FUNCharBytes(int32_t n);
 
-// The result block of a Number or Date, or null when it has no room for one.
+// The result block of a Number or Date, or null when it is too small for one.
 NumberValue *NumberResult(void **result, int32_t resultSize);
 
-// The result block of a text with room for `needed` bytes, enlarged only when the need is greater
+// The result block of a text, of at least `needed` bytes, enlarged only when the need is greater
 // than `resultSize`. Null, with the block as it was, when there is no block to point to, when the
-// need does not fit into 31 bits or when there is no memory; the routine then fails.
+// need does not fit into 31 bits or when out of memory; the routine then fails.
 char *TextResult(void **result, int32_t resultSize, int64_t needed);
 
 #endif

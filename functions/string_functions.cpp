@@ -12,12 +12,12 @@
 
 namespace {
 
-// The room for n characters of the text, at most all of it.
+// The bytes for n characters of the text, at most all of it.
 int64_t RoomForChars(const char *text, int32_t n) {
   return int64_t{std::min(WRENStrLen(text), FUNCharBytes(n))} + 1;
 }
 
-// The room for a text of the same length.
+// The bytes for a text of the same length.
 int64_t RoomForText(const char *text) {
   return int64_t{WRENStrLen(text)} + 1;
 }
@@ -147,7 +147,7 @@ int32_t FUNStrRepeat(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
   if (target == nullptr) {
     return 0;
   }
-  // Each text goes behind the last one; looking for the end of the result would cost a square.
+  // Each text is appended to the last one; looking for the end of the result would cost a square.
   for (int64_t end = 0; end < bytes; end += length) {
     std::memcpy(target + end, text, static_cast<size_t>(length));
   }
@@ -164,7 +164,7 @@ int32_t FUNStrPad(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result, co
     return 0;
   }
   WRENStrCopyChars(target, TextArgument(args, 0), n);
-  // Twice at most: half a character at the end of the text makes one with the blank behind it.
+  // Twice at most: half a character at the end of the text makes one with the blank after it.
   for (int32_t missing = n - WRENStrChars(target); missing > 0;
        missing = n - WRENStrChars(target)) {
     char *end = target + WRENStrLen(target);
@@ -234,7 +234,7 @@ int32_t FUNStrReplace(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result
   return 1;
 }
 
-// Zero for a text that is no number.
+// Zero for a text that is not a number.
 int32_t FUNStrToNumber(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                        const char * /*name*/, void **args) {
   NumberValue *target = NumberResult(result, resultSize);

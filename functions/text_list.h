@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-// One field of a list, where it stands in it.
+// One field of a list, in place.
 struct ListField {
   const char *text;
   int64_t bytes;

@@ -30,7 +30,8 @@ void SetWideFrom(Value *value, const void *number) {
 
 bool TextBufferGrow(TextBuffer &texts, uint64_t size) {
   const uint64_t wanted = size + kTextSlack;
-  // Geometric growth, so that a long chain costs linear time; without memory for that the least.
+  // Geometric growth, so that a long chain costs linear time; when out of memory for that the
+  // least.
   char *bytes = LargerBuffer(texts, wanted, wanted + wanted / 2);
   if (bytes == nullptr) {
     bytes = LargerBuffer(texts, wanted, wanted);

@@ -144,8 +144,8 @@ inline bool IsNullNumber(const Value &value) {
   return value.form == ValueForm::Packed && value.packed.length == 0;
 }
 
-// The texts of the values on the stack, one right behind the other, without terminators: texts that
-// are concatenated stand together already. The bytes move when the buffer grows.
+// The texts of the values on the stack, one directly after the other, without terminators: texts
+// that are concatenated are adjacent already. The bytes move when the buffer grows.
 struct TextBuffer {
   char *bytes;
   uint32_t used;
@@ -157,13 +157,13 @@ struct TextBuffer {
   TextBuffer() : bytes(first), used(0), size(sizeof first), outOfMemory(false) {}
 };
 
-// Bytes behind the last text, for a terminator and what short copies write and read too much.
+// Bytes after the last text, for a terminator and what short copies write and read too much.
 constexpr uint32_t kTextSlack = 16;
 
 // Grows the buffer to `size` bytes and slack; false when out of memory, with the buffer unchanged.
 bool TextBufferGrow(TextBuffer &texts, uint64_t size);
 
-// Makes room for `bytes` bytes at an offset.
+// Makes space for `bytes` bytes at an offset.
 inline bool TextReserve(TextBuffer &texts, uint32_t offset, uint64_t bytes) {
   const uint64_t wanted = offset + bytes;
   return wanted + kTextSlack <= texts.size || TextBufferGrow(texts, wanted);
@@ -188,7 +188,7 @@ inline uint64_t LoadWord(const char *bytes) {
   return word;
 }
 
-// Marks the first byte of a word that is zero, and only bytes behind it besides.
+// Marks the first byte of a word that is zero, and otherwise only bytes after it.
 inline uint64_t ZeroBytes(uint64_t word) {
   return (word - kOnes) & ~word & kHighBits;
 }

@@ -1,4 +1,4 @@
-/* The routine behind every name that a stored block may hold: whatever it is called as, it takes
+/* The routine of every name that a stored block may hold: whatever it is called as, it takes
  * nothing and gives the value that is there. In C, where a routine without a prototype is what it
  * looks like. */
 #include <stdint.h>

@@ -11,7 +11,7 @@ namespace {
 void NoteReport(EC ec, const char *text, const FormulaError *error) {
   const auto length = static_cast<int32_t>(std::strlen(text));
   Require(ec != nullptr && error->offset >= 0 && error->offset <= 2 * length + 1,
-          "a report tells a place of its formula");
+          "a report has a place of its formula");
 }
 
 int32_t Load(EC ec, const Settings &settings, const void *block, size_t size) {

@@ -7,7 +7,7 @@
 namespace {
 
 void UseFormula(EC ec, HEXP exp, const std::string &text, uint16_t type) {
-  Require(ORLGetExpressionDataType(ec, exp) == type, "the type is the one told");
+  Require(ORLGetExpressionDataType(ec, exp) == type, "the type is the one reported");
   uint16_t cloned = 0;
   HEXP clone = ORLCloneExpression(ec, exp, nullptr, &cloned);
   Require(clone != nullptr && cloned == type, "a formula can be cloned");

@@ -26,19 +26,19 @@ namespace {
 struct PlaceQueue {
   uint64_t *places;
   uint32_t count;
-  uint32_t room;
+  uint32_t capacity;
 };
 
 bool QueuePush(PlaceQueue &queue, uint64_t place) {
-  if (queue.count == queue.room) {
-    const uint32_t room = queue.room == 0 ? 64 : queue.room * 2;
-    const uint32_t size = room * static_cast<uint32_t>(sizeof(uint64_t));
+  if (queue.count == queue.capacity) {
+    const uint32_t capacity = queue.capacity == 0 ? 64 : queue.capacity * 2;
+    const uint32_t size = capacity * static_cast<uint32_t>(sizeof(uint64_t));
     void *grown = WRENMemRealloc(queue.places, size);
     if (grown == nullptr) {
       return false;
     }
     queue.places = static_cast<uint64_t *>(grown);
-    queue.room = room;
+    queue.capacity = capacity;
   }
   queue.places[queue.count++] = place;
   std::push_heap(queue.places, queue.places + queue.count, std::greater<>());

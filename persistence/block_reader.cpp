@@ -42,7 +42,7 @@ void *LookUp(EC ec, const char *routineName) {
   return CallHost([=] { return ec->lookupProc(routineName); });
 }
 
-// Takes over an operator name; false when there is no memory or the host does not know it.
+// Takes over an operator name; false when out of memory or the host does not know it.
 bool SetOperator(EC ec, OperatorGroup group, int32_t type, const char *name) {
   OwnedText copy = CopyText(name);
   if (copy == nullptr) {

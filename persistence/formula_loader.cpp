@@ -66,7 +66,7 @@ PendingRow *NextAwaited(FormulaLoad &load, PendingRow &row) {
   return another;
 }
 
-// Schedules the rows that wait for this one: for this pass where it still comes to them. `all`
+// Schedules the rows that wait for this one: for this pass where it still reaches them. `all`
 // schedules each, also those that are known to call a formula that is not there.
 void Reschedule(FormulaLoad &load, PendingRow &awaited, bool all) {
   PendingRow *row = awaited.waiting;

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Longer tokens are no unit words.
+// Longer tokens are not unit words.
 constexpr int32_t kLongestWord = 15;
 
 // A changed word has three letters at least and a delimiter before it, or begins the text.

@@ -17,7 +17,7 @@ struct OldFormula {
   OwnedText ownName;
 };
 
-// Changes name and text of version 0 where they need it; false without memory.
+// Changes name and text of version 0 where they need it; false when out of memory.
 bool ChangeWords(OldFormula &formula, bool &renaming) {
   formula.ownName = Allocate<char>(std::strlen(formula.name), 2);
   if (formula.ownName == nullptr) {

@@ -34,7 +34,7 @@ enum Accent : uint8_t {
 
 struct LatinLetter {
   uint16_t codePoint;  // of the capital, or of the letter itself when it has none of its length
-  char base[3];        // where it stands in the alphabet
+  char base[3];        // its place in the alphabet
   Accent accent;       // with the base unique
 };
 
@@ -146,7 +146,7 @@ CollationUnit AsciiUnit(uint8_t byte) {
 }
 
 // The number of the character in `bytes`: the code point in UTF-8, the byte or both bytes of a pair
-// elsewhere. Bytes that are no character keep their own number.
+// elsewhere. Bytes that are not a character keep their own number.
 uint32_t CharCode(const char *bytes, size_t count, int32_t page) {
   const auto first = static_cast<uint8_t>(bytes[0]);
   if (count == 1) {

@@ -17,7 +17,7 @@ namespace {
 constexpr uint64_t kLargestBlock = UINT32_MAX;
 
 // Reserves `size` bytes: half as much again as there was, so that growing step by step moves each
-// byte a bounded number of times; `size` alone when there is no memory for more.
+// byte a bounded number of times; `size` alone when memory is short for more.
 bool Reserve(MovableBlock *block, uint64_t size) {
   const uint64_t capacity = WRENMemSize(block->bytes);
   if (size <= capacity) {

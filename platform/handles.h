@@ -1,4 +1,4 @@
-// Movable memory: blocks behind a handle, with an address only while they are locked.
+// Movable memory: blocks with a handle, and with an address only while they are locked.
 #ifndef ORLI11_PLATFORM_HANDLES_H
 #define ORLI11_PLATFORM_HANDLES_H
 
@@ -10,7 +10,7 @@ using GlobalHandle = MovableBlock *;
 // Movable, with bytes that come new zeroed; the only way in which blocks are asked for here.
 constexpr uint32_t kMovableZeroed = 66;
 
-// A block of `size` zeroed bytes without a lock, or null when there is no memory.
+// A block of `size` zeroed bytes without a lock, or null when out of memory.
 GlobalHandle GlobalAlloc(uint32_t flags, uint64_t size);
 
 // Resizes a block; bytes that come new are zero. The handle stays the same. Null when there is no

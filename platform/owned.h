@@ -29,7 +29,7 @@ using OwnedText = Owned<char>;
 // A block of a host's own content.
 using OwnedBlock = Owned<void>;
 
-// A zeroed block for `count` of T and `extra` bytes after them; null when there is no memory, and
+// A zeroed block for `count` of T and `extra` bytes after them; null when out of memory, and
 // for more than a block can hold.
 template <class T>
 Owned<T> Allocate(uint64_t count = 1, uint64_t extra = 0) {
@@ -40,7 +40,7 @@ Owned<T> Allocate(uint64_t count = 1, uint64_t extra = 0) {
   return Owned<T>(static_cast<T *>(WRENMemAlloc(static_cast<uint32_t>(count * kSize + extra))));
 }
 
-// A copy of a text; null when there is no memory.
+// A copy of a text; null when out of memory.
 OwnedText CopyText(const char *text);
 
 // Gives a field that owns its block another one; what it held is freed.

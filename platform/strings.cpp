@@ -10,8 +10,8 @@ int32_t LoadStringA(const void * /*module*/, uint32_t id, char *buffer, int32_t 
     return 0;
   }
   size_t length = std::strlen(text);
-  const auto room = static_cast<size_t>(size) - 1;
-  length = length < room ? length : room;  // rows are ASCII, so no cut falls into a character
+  const auto most = static_cast<size_t>(size) - 1;
+  length = length < most ? length : most;  // rows are ASCII, so no cut falls into a character
   std::memcpy(buffer, text, length);
   buffer[length] = 0;
   return static_cast<int32_t>(length);

@@ -31,7 +31,7 @@ int32_t ActiveCodePage();
 // The bytes of the character that begins with this one: 1 where it begins no other.
 int32_t CharacterBytes(uint8_t lead);
 
-// True when both texts hold the same bytes; what lstrcmpA(left, right) == 0 tells, at less cost.
+// True when both texts hold the same bytes; lstrcmpA(left, right) == 0 at less cost.
 bool SameText(const char *left, const char *right);
 
 #endif

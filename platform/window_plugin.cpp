@@ -1,4 +1,5 @@
-// The window system that comes with the library, a plugin of its own: loaded when it is needed.
+// The window system that is shipped with the library, a plugin of its own: loaded when it is
+// needed.
 #include <dlfcn.h>
 #include <sys/auxv.h>
 

@@ -10,7 +10,7 @@ namespace {
 std::atomic<const OrlWindowSystem *> windowSystem{nullptr};
 std::atomic<int32_t> openDialogs{0};
 
-// The entries that every table has end ahead of this one.
+// The entries that every table has end before this one.
 constexpr size_t kRequired = offsetof(OrlWindowSystem, SetEditorHost);
 
 // True when every required entry of the table leads somewhere. All entries are routines.

@@ -19,7 +19,7 @@ Entry Optional(Entry OrlWindowSystem::*operation) {
 
 // The same for a routine that opens a modal dialog: where the host has handed in none, the
 // library's own is loaded and is in force from then on. Null when there is none to be had. Asked
-// ahead of DialogInUse.
+// before DialogInUse.
 const OrlWindowSystem *WindowsForDialog();
 
 // As long as one of these lives, the window system in force stays: whoever runs a modal dialog

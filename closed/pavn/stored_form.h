@@ -40,7 +40,7 @@ inline int32_t EncodeStoredDate(StoredDate *stored, const DateTimeParts &parts) 
   return kStoredLength;
 }
 
-// Reads the stored form; false, with all parts zero, for bytes that are not a date. Bytes behind
+// Reads the stored form; false, with all parts zero, for bytes that are not a date. Bytes after
 // the stored ones count for nothing.
 [[gnu::always_inline]] inline bool DecodeStoredDate(const StoredDate &stored,
                                                     DateTimeParts *parts) {

@@ -7,7 +7,7 @@
 
 struct Block {
   uint32_t size;      // what the caller asked for; in a pool the length of its list
-  uint32_t capacity;  // what is there behind the header
+  uint32_t capacity;  // of the bytes after the header
   Block *next;        // in a list of the pool
 };
 static_assert(sizeof(Block) == 16 && alignof(std::max_align_t) == 16);

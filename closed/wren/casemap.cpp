@@ -25,7 +25,7 @@ constexpr CaseRun kLower1252[] = {
 constexpr CaseRun kUpper932[] = {
     {0x8281, 0x829A, 1, -0x21},  // full-width Latin
     {0x83BF, 0x83D6, 1, -0x20},  // Greek
-    {0x8470, 0x847E, 1, -0x30},  // Cyrillic up to n; 7F is no trail byte
+    {0x8470, 0x847E, 1, -0x30},  // Cyrillic up to n; 7F is not a trail byte
     {0x8480, 0x8491, 1, -0x31},  // Cyrillic from o
 };
 constexpr CaseRun kLower932[] = {

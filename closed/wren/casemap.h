@@ -17,7 +17,7 @@ struct CaseRun {
   int32_t delta;
 };
 
-// Code of bytes that are no UTF-8: kStrayByte + byte.
+// Code of bytes that are not UTF-8: kStrayByte + byte.
 constexpr uint32_t kStrayByte = 0x110000;
 
 struct TextChar {
@@ -37,7 +37,7 @@ uint32_t TitleCode(uint32_t code, CodePage page);
 // some letters have two small forms, some two capital ones.)
 uint32_t CaselessCode(uint32_t code, CodePage page);
 
-// Writes the bytes of a character; as many as its TextChar tells.
+// Writes the bytes of a character; as many as its TextChar says.
 void WriteChar(char *target, uint32_t code, CodePage page);
 
 // True for the characters that words consist of: letters, digits and what belongs to them. False

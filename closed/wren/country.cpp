@@ -82,17 +82,17 @@ bool IsAscii(const char *text) {
   return *text == 0;
 }
 
-// Converts `text`, without blanks at its ends, into the `room` bytes at `target` and fills the rest
+// Converts `text`, without blanks at its ends, into the `size` bytes at `target` and fills the rest
 // with zeros. False, with an empty target, when the text does not fit or has no form there.
-bool ConvertText(const Converter &converter, char *target, size_t room, const char *text) {
-  memset(target, 0, room);
+bool ConvertText(const Converter &converter, char *target, size_t size, const char *text) {
+  memset(target, 0, size);
   text += strspn(text, kBlanks);
   size_t length = strlen(text);
   while (length > 0 && strchr(kBlanks, text[length - 1]) != nullptr) {
     length--;
   }
   if (IsAscii(text) || converter.same) {
-    if (length >= room) {
+    if (length >= size) {
       return false;
     }
     std::copy_n(text, length, target);
@@ -103,24 +103,24 @@ bool ConvertText(const Converter &converter, char *target, size_t room, const ch
   }
   char *in = const_cast<char *>(text);  // iconv only reads
   char *out = target;
-  size_t left = room - 1;
+  size_t left = size - 1;
   // A result above 0 counts characters that were replaced by others.
   const bool done = iconv(converter.handle, &in, &length, &out, &left) == 0 && length == 0;
   iconv(converter.handle, nullptr, nullptr, nullptr, nullptr);
   if (!done) {
-    memset(target, 0, room);
+    memset(target, 0, size);
   }
   return done;
 }
 
 // Converts a group of names all or none, so that no two languages mix; the target keeps what it had
 // when a name has no form there. A ";" would part a name in the LocaleBlock.
-template <size_t Count, size_t Room>
-void ConvertNames(const Converter &converter, char (&target)[Count][Room],
+template <size_t Count, size_t Size>
+void ConvertNames(const Converter &converter, char (&target)[Count][Size],
                   const char *const (&texts)[Count]) {
-  char names[Count][Room];
+  char names[Count][Size];
   for (size_t i = 0; i < Count; i++) {
-    if (!ConvertText(converter, names[i], Room, texts[i]) || names[i][0] == 0 ||
+    if (!ConvertText(converter, names[i], Size, texts[i]) || names[i][0] == 0 ||
         strchr(names[i], ';') != nullptr) {
       return;
     }
@@ -128,9 +128,9 @@ void ConvertNames(const Converter &converter, char (&target)[Count][Room],
   memcpy(target, names, sizeof names);
 }
 
-template <size_t Count, size_t Room>
-void JoinNames(char *target, const char (&names)[Count][Room]) {
-  static_assert(Count * Room < sizeof Country::nameTexts[0]);
+template <size_t Count, size_t Size>
+void JoinNames(char *target, const char (&names)[Count][Size]) {
+  static_assert(Count * Size < sizeof Country::nameTexts[0]);
   memset(target, 0, sizeof Country::nameTexts[0]);
   for (size_t i = 0; i < Count; i++) {
     *target++ = ';';
@@ -140,22 +140,22 @@ void JoinNames(char *target, const char (&names)[Count][Room]) {
   }
 }
 
-template <size_t Room>
-void SetSeparator(char (&target)[Room], char mark) {
-  memset(target, 0, Room);
+template <size_t Size>
+void SetSeparator(char (&target)[Size], char mark) {
+  memset(target, 0, Size);
   target[0] = mark;
 }
 
 // A thousands separator that the code page does not have becomes a blank, as nearly all of these
 // are kinds of thin blanks. A decimal separator becomes a full stop, since digits that a blank
 // parts are two numbers to a reader; thousands parted by a full stop then get a comma.
-template <size_t Room>
-void ConvertSeparators(const Converter &converter, char (&decimal)[Room], char (&thousands)[Room],
+template <size_t Size>
+void ConvertSeparators(const Converter &converter, char (&decimal)[Size], char (&thousands)[Size],
                        const char *decimalText, const char *thousandsText) {
-  if (strcmp(thousandsText, " ") == 0 || !ConvertText(converter, thousands, Room, thousandsText)) {
+  if (strcmp(thousandsText, " ") == 0 || !ConvertText(converter, thousands, Size, thousandsText)) {
     SetSeparator(thousands, ' ');
   }
-  if (ConvertText(converter, decimal, Room, decimalText) && decimal[0] != 0) {
+  if (ConvertText(converter, decimal, Size, decimalText) && decimal[0] != 0) {
     return;
   }
   SetSeparator(decimal, '.');
@@ -186,10 +186,10 @@ bool IsBuiltInName(const char *name) {
   return strcmp(name, "C") == 0 || strcmp(name, "POSIX") == 0 || strncmp(name, "C.", 2) == 0;
 }
 
-// What the letters of a locale's date or time format tell, in the order of their appearance.
+// What the letters of a locale's date or time format mean, in the order of their appearance.
 struct FormatLetters {
   char letters[32];
-  char separator;  // the first of `separators` behind the first letter; 0: none
+  char separator;  // the first of `separators` after the first letter; 0: none
 };
 
 FormatLetters ReadFormat(const char *format, const char *separators) {
@@ -203,7 +203,7 @@ FormatLetters ReadFormat(const char *format, const char *separators) {
       continue;
     }
     format += 1 + strspn(format + 1, "-_0^#+EO123456789");  // flags, width, alternative forms
-    // Composite letters stand for a format of their own.
+    // Composite letters are formats of their own.
     const char *plain = *format == 'D'   ? "mdy"
                         : *format == 'F' ? "Ymd"
                         : *format == 'T' ? "HMS"
@@ -252,8 +252,8 @@ constexpr nl_item kMonthItems[24] = {MON_1,   MON_2,   MON_3,   MON_4,    MON_5,
                                      ABMON_7, ABMON_8, ABMON_9, ABMON_10, ABMON_11, ABMON_12};
 constexpr nl_item kMarkerItems[2] = {AM_STR, PM_STR};
 
-template <size_t Count, size_t Room>
-void ReadNames(const LocaleHandle &locale, const Converter &converter, char (&target)[Count][Room],
+template <size_t Count, size_t Size>
+void ReadNames(const LocaleHandle &locale, const Converter &converter, char (&target)[Count][Size],
                const nl_item (&items)[Count]) {
   const char *texts[Count];
   for (size_t i = 0; i < Count; i++) {
@@ -362,9 +362,9 @@ struct CountrySet {
   CountrySet *older;
 };
 
-template <size_t Count, size_t Room>
-void ConvertGroup(const Converter &converter, char (&target)[Count][Room],
-                  const char (&source)[Count][Room], const char (&fallback)[Count][Room]) {
+template <size_t Count, size_t Size>
+void ConvertGroup(const Converter &converter, char (&target)[Count][Size],
+                  const char (&source)[Count][Size], const char (&fallback)[Count][Size]) {
   const char *texts[Count];
   for (size_t i = 0; i < Count; i++) {
     texts[i] = source[i];
@@ -404,7 +404,7 @@ std::atomic<CountrySet *> newest = nullptr;  // all sets made so far
 CountrySet firstSet;  // needs no memory, so the first choice cannot fail for lack of it
 std::atomic<CountrySet *> current = nullptr;
 
-// The set of these settings, made when there is none yet; null when there is no memory. The caller
+// The set of these settings, made when there is none yet; null when out of memory. The caller
 // holds `changing`.
 CountrySet *SetOf(const Country &source) {
   for (CountrySet *set = newest.load(std::memory_order_relaxed); set != nullptr; set = set->older) {

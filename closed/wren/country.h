@@ -6,7 +6,7 @@
 
 enum class DateOrder : int32_t { MonthDayYear = 0, DayMonthYear = 1, YearMonthDay = 2 };
 
-// One country's settings. Texts behind their terminator are zero bytes, so equal settings are equal
+// One country's settings. After their terminators texts are zero bytes, so equal settings are equal
 // records.
 struct Country {
   DateOrder dateOrder;
@@ -27,7 +27,7 @@ struct Country {
   char currencyThousandsSeparator[8];
   uint8_t currencyGrouping[4];
   int32_t currencyDecimals;
-  bool currencySignFirst;      // ahead of the digits
+  bool currencySignFirst;      // before the digits
   bool currencySpace;          // a blank between sign and digits
   bool negativeInParentheses;  // -1.5 as (1.5), in amounts of money
   char nameTexts[3][1200];     // dayNames, monthNames, markers as the LocaleBlock has them

@@ -15,7 +15,7 @@ namespace {
 enum class Field : uint8_t {
   End,
   Bad,
-  Literal,        // `text` as it stands
+  Literal,        // `text` unchanged
   Year,           // 2 or 4 digits
   Month,          // 1, 2: number; 3, 4: name
   MonthOrMinute,  // only until NextElement has looked around
@@ -55,7 +55,7 @@ bool IsLetter(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-// A literal in quotes at `at`. Of two quotes inside, which stand for one, the first ends this
+// A literal in quotes at `at`. Of two quotes inside, which mean one, the first ends this
 // literal and belongs to it, and the second opens the next.
 Element ReadQuoted(const char *&at, CodePage page) {
   const char quote = *at;
@@ -96,7 +96,7 @@ Element ReadLetters(const char *&at) {
   return {Field::Bad, 0, {}};
 }
 
-// Reads the element at `at` and moves behind it.
+// Reads the element at `at` and moves past it.
 Element ReadElement(const char *&at, CodePage page) {
   if (*at == 0) {
     return {Field::End, 0, {}};
@@ -126,17 +126,17 @@ bool IsBetweenFields(Field field) {
   return field == Field::Literal || field == Field::Marker;
 }
 
-// The next element. A small m is the minute directly behind an hour or directly ahead of a second,
-// and the month elsewhere; what stands between fields does not count.
+// The next element. A small m is the minute directly after an hour or directly before a second,
+// and the month elsewhere; literals between fields do not count.
 Element NextElement(PictureWalk &walk) {
   Element element = ReadElement(walk.at, walk.page);
   if (element.field == Field::MonthOrMinute) {
     bool minute = walk.previous == Field::Hour || walk.previous == Field::Hour24;
     if (!minute) {
-      const char *ahead = walk.at;
-      Element next = ReadElement(ahead, walk.page);
+      const char *following = walk.at;
+      Element next = ReadElement(following, walk.page);
       while (IsBetweenFields(next.field)) {
-        next = ReadElement(ahead, walk.page);
+        next = ReadElement(following, walk.page);
       }
       minute = next.field == Field::Second;
     }
@@ -193,7 +193,7 @@ struct DateWriter {
 };
 
 void Append(DateWriter &writer, std::string_view text) {
-  if (writer.full || text.size() >= kDateTextRoom - writer.used) {
+  if (writer.full || text.size() >= kDateTextCapacity - writer.used) {
     writer.full = true;
     return;
   }
@@ -201,7 +201,7 @@ void Append(DateWriter &writer, std::string_view text) {
   writer.used += text.size();
 }
 
-// Writes the last `most` digits of a number, with zeros ahead up to `least` digits.
+// Writes the last `most` digits of a number, with leading zeros up to `least` digits.
 void AppendNumber(DateWriter &writer, int32_t value, int32_t least, int32_t most = 10) {
   char digits[10];
   int32_t at = 10;
@@ -303,15 +303,15 @@ void AppendElement(DateWriter &writer, const Element &element) {
 }
 
 // The longest picture of a country is "dd.MM.yyyy hh.mm.ss.ffffff AM/PM".
-constexpr size_t kCountryPictureRoom = 40;
+constexpr size_t kCountryPictureSize = 40;
 
 void AppendText(char *picture, const char *text) {
-  // The pictures put together here are far shorter than their room.
-  strncat(picture, text, kCountryPictureRoom - strlen(picture) - 1);
+  // The pictures put together here are far shorter than that.
+  strncat(picture, text, kCountryPictureSize - strlen(picture) - 1);
 }
 
 // The picture of a date or time as the country writes it. A date with time shows its time unless it
-// is midnight; digits of a second stand without zeros at the end.
+// is midnight; fractions of a second have no trailing zeros.
 void MakeCountryPicture(char *picture, const FormatRecord &record, const Country &country) {
   constexpr const char *kOrders[3][3] = {
       {"MM", "dd", "yyyy"}, {"dd", "MM", "yyyy"}, {"yyyy", "MM", "dd"}};
@@ -378,7 +378,7 @@ DateTextResult WriteDateText(const FormatRecord &record) {
     return DateTextResult::Refused;
   }
   const Country &country = CountryNow();
-  char ofCountry[kCountryPictureRoom];
+  char ofCountry[kCountryPictureSize];
   const char *picture = record.picture != nullptr ? record.picture : record.picture2;
   const bool useCountry = record.useCountry != 0;
   if (useCountry) {

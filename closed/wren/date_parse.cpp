@@ -13,8 +13,8 @@
 // These forms are strict because the scanner offers every run of numbers, points and signs as a
 // date: «2-1.5», «1.5-0.5» and «12/31/1999-1» are arithmetic.
 //
-// Each routine reads its part at the cursor, moves behind it and gives 1; on 0 the whole reading
-// has failed. Every reading goes through the text once, and there is a fixed number of readings.
+// Each routine reads its part at the cursor, moves past it and returns 1; on 0 the whole reading
+// has failed. Every reading scans the text once, and there is a fixed number of readings.
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -48,7 +48,7 @@ struct Number {
 };
 
 constexpr int32_t kMostDigits = 9;  // of a number in a date; more would be beyond every year
-constexpr size_t kWordRoom = 48;
+constexpr size_t kWordSize = 48;
 
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';
@@ -93,7 +93,7 @@ bool ReadNumber(Cursor &cursor, Number &number) {
   return number.digits > 0;
 }
 
-// The digits behind a decimal point as microseconds; what is finer is cut.
+// The digits after a decimal point as microseconds; what is finer is cut.
 bool ReadFraction(Cursor &cursor, int32_t &microseconds) {
   microseconds = 0;
   const char *start = cursor.at;
@@ -107,8 +107,8 @@ bool ReadFraction(Cursor &cursor, int32_t &microseconds) {
 
 // ---- Names ----
 
-bool CopyText(std::string_view text, char (&target)[kWordRoom]) {
-  if (text.empty() || text.size() >= kWordRoom) {
+bool CopyText(std::string_view text, char (&target)[kWordSize]) {
+  if (text.empty() || text.size() >= kWordSize) {
     return false;
   }
   text.copy(target, text.size());
@@ -117,7 +117,7 @@ bool CopyText(std::string_view text, char (&target)[kWordRoom]) {
 }
 
 bool IsSameNoCase(std::string_view name, const char *word) {
-  char copy[kWordRoom];
+  char copy[kWordSize];
   return CopyText(name, copy) && WRENStrEqualNoCase(copy, word) != 0;
 }
 
@@ -151,13 +151,13 @@ int32_t MonthOfBeginning(const char *list, const char *word) {
 }
 
 // Reads a month's name: the country's or the English one, whole or its first three or more letters.
-// A whole name or usual abbreviation goes before a beginning.
+// A whole name or usual abbreviation takes precedence over a beginning.
 bool ReadMonth(Cursor &cursor, const Conventions &conventions, Number &month) {
   const char *start = cursor.at;
   while (IsWordByte(Peek(cursor))) {
     cursor.at = std::min(cursor.at + CharBytes(cursor.at, conventions.page), cursor.end);
   }
-  char word[kWordRoom];
+  char word[kWordSize];
   if (!CopyText({start, static_cast<size_t>(cursor.at - start)}, word) || WRENStrChars(word) < 3) {
     return false;
   }
@@ -176,7 +176,7 @@ bool ReadMonth(Cursor &cursor, const Conventions &conventions, Number &month) {
 
 // Reads a marker, which ends the text: 0 for the half before noon, 1 for that after noon.
 bool ReadMarker(Cursor &cursor, const Conventions &conventions, int32_t &half) {
-  char word[kWordRoom];
+  char word[kWordSize];
   if (!CopyText({cursor.at, static_cast<size_t>(cursor.end - cursor.at)}, word)) {
     return false;
   }
@@ -253,7 +253,7 @@ bool MakeDate(const Number &year, const Number &month, const Number &day,
   return IsDateReal(parts);
 }
 
-// Three numbers stand in the country's order, but a number of three or more digits in front or at
+// Three numbers are in the country's order, but a number of three or more digits in front or at
 // the end can only be the year.
 bool MakeNumericDate(const Number (&n)[3], const Conventions &conventions, DateTimeParts &parts) {
   if (n[0].digits > 2) {

@@ -163,15 +163,15 @@ void RoundToForm(Uint128 *c, int32_t *exponent) {
 bool AddFarApart(Decimal *result, const Decimal &a, const Decimal &b) {
   const Uint128 magnitude = DecimalMagnitude(a);
   const int32_t gap = a.exponent - b.exponent;
-  const int32_t room = kDigits - DecimalDigitCount(magnitude);
-  // With all 26 digits written out the last digit of a stands two places ahead of the first of b.
+  const int32_t spare = kDigits - DecimalDigitCount(magnitude);
+  // With all 26 digits written out the last digit of a is two places before the first of b.
   // So b is below a hundredth of the last digit, and below a tenth of a unit where the difference
   // falls below a power of ten and has a digit more.
-  if (gap - room >= kDigits + 2) {
+  if (gap - spare >= kDigits + 2) {
     *result = a;
     return true;
   }
-  const int32_t first = room < gap ? room : gap;
+  const int32_t first = spare < gap ? spare : gap;
   Wide w = WideMultiply(magnitude * kPowersOfTen.of[first], kPowersOfTen.of[gap - first]);
   if ((a.coefficient < 0) == (b.coefficient < 0)) {
     WideAdd(&w, DecimalMagnitude(b), 0);
@@ -190,7 +190,8 @@ int32_t CompareMagnitude(const Decimal &a, const Decimal &b) {
   if (leadA != leadB) {
     return leadA < leadB ? -1 : 1;
   }
-  // The same leading place, so the one with the higher exponent has room for the difference.
+  // The same leading place, so the one with the higher exponent has digits to spare for the
+  // difference.
   if (a.exponent > b.exponent) {
     ca *= kPowersOfTen.of[a.exponent - b.exponent];
   }
@@ -200,8 +201,8 @@ int32_t CompareMagnitude(const Decimal &a, const Decimal &b) {
   return ca < cb ? -1 : (ca > cb ? 1 : 0);
 }
 
-// Long division with 18 or 12 digits a step, until it comes out even or there is a digit more than
-// is kept. Digits that are cut behind it cannot change the rounding.
+// Long division with 18 or 12 digits a step, until there is no remainder or a digit more than
+// is kept. Digits that are cut after it cannot change the rounding.
 bool DivideWide(Decimal *result, const Decimal &a, const Decimal &b) {
   constexpr Uint128 kShort = kPowersOfTen.of[20];
   const Uint128 divisor = DecimalMagnitude(b);
@@ -231,7 +232,7 @@ bool DivideNarrowNumbers(Decimal *result, const Decimal &a, const Decimal &b) {
   int32_t exponent = a.exponent - b.exponent;
   int32_t missing = kDigits - DecimalDigitCount(quotient);
   if (quotient == 0) {
-    // Behind the point the quotient begins with zeros: as many as the divisor has digits more.
+    // After the point the quotient begins with zeros: as many as the divisor has digits more.
     const int32_t gap = DecimalDigitCount(divisor) - DecimalDigitCount(rest);
     const bool next = rest * kPowersOfTen.of[gap] < divisor;
     missing = kDigits - 1 + gap + (next ? 1 : 0);
@@ -343,7 +344,7 @@ bool DecimalRounded(Decimal *result, Uint128 c, int32_t exponent, bool negative)
 }
 
 bool DecimalAddAny(Decimal *result, const Decimal &a, const Decimal &b) {
-  constexpr int32_t kRoom = kPowers - 1;  // digits for which a sum stays within 127 bits
+  constexpr int32_t kSpareDigits = kPowers - 1;  // digits for which a sum stays within 127 bits
   const bool swapped = a.exponent < b.exponent;
   const Decimal &high = swapped ? b : a;
   const Decimal &low = swapped ? a : b;
@@ -356,7 +357,7 @@ bool DecimalAddAny(Decimal *result, const Decimal &a, const Decimal &b) {
     *result = high;
     return true;
   }
-  if (gap > kRoom || DecimalMagnitude(high) >= kPowersOfTen.of[kRoom - gap]) {
+  if (gap > kSpareDigits || DecimalMagnitude(high) >= kPowersOfTen.of[kSpareDigits - gap]) {
     return AddFarApart(result, high, low);
   }
   const Int128 sum = high.coefficient * static_cast<Int128>(kPowersOfTen.of[gap]) + low.coefficient;

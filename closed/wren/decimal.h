@@ -92,7 +92,7 @@ void DecimalStripZeros(Decimal *d);
 // DecimalStore, for numbers that are not narrow or end in several zeros.
 void DecimalStoreAny(NumberValue *result, const Decimal &d);
 
-// Set `result` to the value rounded half away from zero to `decimals` places behind the point, or
+// Set `result` to the value rounded half away from zero to `decimals` places after the point, or
 // cut to `precision` digits and `decimals` places. False when the value is too large.
 bool DecimalRoundTo(Decimal *result, const Decimal &d, int32_t decimals);
 bool DecimalTruncateTo(Decimal *result, const Decimal &d, int32_t precision, int32_t decimals);

@@ -11,7 +11,7 @@ struct DigitRun {
   int64_t exponent;  // the value so far is coefficient * 10^exponent, without the digits left out
 };
 
-// Takes the next digit, '0' to '9'; `fraction` tells that it stands behind the point.
+// Takes the next digit, '0' to '9'; `fraction` is true for one after the point.
 inline void DigitRunAdd(DigitRun *run, char digit, bool fraction) {
   if (run->coefficient < kPowersOfTen.of[kPowers - 2]) {
     run->coefficient = run->coefficient * 10 + static_cast<Uint128>(digit - '0');

@@ -33,7 +33,7 @@ int32_t WRENFmtWidth(FormatRecord *record, int32_t width) {
     return width;
   }
   FormatRecord sample = *record;
-  char text[kDateTextRoom];
+  char text[kDateTextCapacity];
   sample.output = text;
   int32_t widest = 0;
   for (int32_t month = 1; month <= 12; month++) {
@@ -45,7 +45,7 @@ int32_t WRENFmtWidth(FormatRecord *record, int32_t width) {
           return width;
         }
         if (result == DateTextResult::TooLong) {
-          return std::max(width, kDateTextRoom - 1);
+          return std::max(width, kDateTextCapacity - 1);
         }
         widest = std::max(widest, static_cast<int32_t>(strlen(text)));
       }

@@ -3,13 +3,13 @@
 //   block     | size (4) | capacity (4) | next (8) | bytes, aligned to 16 ...
 //                                                  ^ what the caller holds
 //
-// Every block comes from the C heap by itself, so the pool is no more than a cache: a block of up
-// to kPooledSize bytes that is freed goes to the list of its capacity in the pool of the freeing
-// thread, and the next request for that capacity on this thread takes it from there. A value of 13
-// bytes so costs a few nanoseconds instead of a call of the heap. The lists are short, and they go
-// back to the heap when the thread ends: the pool opens when the C library has taken a note of
-// that, which may need memory; until then blocks go to the heap at once. Sanitizers see every
-// block, without a pool.
+// Every block comes from the C heap by itself, so the pool is only a cache: a block of up
+// to kPooledSize bytes that is freed is added to the list of its capacity in the pool of the
+// freeing thread, and the next request for that capacity on this thread takes it from there. A
+// value of 13 bytes so costs a few nanoseconds instead of a call of the heap. The lists are short,
+// and they go back to the heap when the thread ends: the pool opens when the C library has taken a
+// note of that, which may need memory; until then blocks go to the heap at once. Sanitizers see
+// every block, without a pool.
 #include "closed/wren/memory.h"
 
 #include <pthread.h>
@@ -98,7 +98,7 @@ void ReleasePool(void * /*pool*/) {
 }
 
 // A key has ReleasePool called at the end of each thread that stores something under it. Unlike the
-// destructor of a thread_local object, which ends the process where there is no memory to register
+// destructor of a thread_local object, which ends the process when out of memory to register
 // it, storing says when it fails.
 pthread_key_t releaseKey;
 bool hasReleaseKey;
@@ -107,8 +107,8 @@ __attribute__((constructor(101))) void CreateReleaseKey() {
   hasReleaseKey = pthread_key_create(&releaseKey, &ReleasePool) == 0;
 }
 
-// The end of a block that its list has no room for. The first block of a thread that comes here
-// opens the pool for those behind it and arranges for its release.
+// The end of a block that does not fit into its list. The first block of a thread that comes here
+// opens the pool for those after it and arranges for its release.
 [[gnu::cold, gnu::noinline]] void FreeUnpooled(Block *block) {
   if (WREN_POOL != 0 && pool.longest == 0 && !pool.closed && hasReleaseKey &&
       pthread_setspecific(releaseKey, &pool) == 0) {
@@ -181,10 +181,10 @@ Block *ObtainBlock(uint32_t size) {
   return block;
 }
 
-// A block with the bytes of `old`, of `size` bytes, for sizes that `old` has no room for.
+// A block with the bytes of `old`, of `size` bytes, for sizes that do not fit into `old`.
 Block *EnlargeBlock(Block *old, uint32_t size) {
   if (!IsPooled(old->capacity) && !IsPooled(size)) {
-    // The heap may extend the block where it stands.
+    // The heap may extend the block in place.
     auto *block = static_cast<Block *>(std::realloc(old, sizeof(Block) + size_t{size}));
     if (block != nullptr) {
       std::memset(static_cast<char *>(BytesOf(block)) + block->size, 0, size - block->size);

@@ -13,7 +13,7 @@ struct NumberStyle {
   NumberMarks marks;
   bool fixed;  // `decimals` holds; else as many digits as the number has
   int32_t decimals;
-  const Country *money;  // gives the currency sign and the place of the minus sign; null: no money
+  const Country *money;  // has the currency sign and the place of the minus sign; null: no money
 };
 
 NumberStyle StyleOf(const FormatRecord &record, const Country &country) {

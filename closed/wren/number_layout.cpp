@@ -81,7 +81,7 @@ bool NumberGroupEnds(const NumberMarks &marks, int64_t digits) {
 }
 
 void NumberPutByte(NumberText *target, char byte) {
-  if (target->length + 1 < kNumberTextRoom) {
+  if (target->length + 1 < kNumberTextCapacity) {
     target->text[target->length++] = byte;
   } else {
     target->tooLong = true;

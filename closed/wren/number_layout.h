@@ -8,10 +8,10 @@
 #include "closed/wren/country.h"
 #include "wreni11.h"
 
-// Room that `output` of a FormatRecord has, the terminator included.
-constexpr int32_t kNumberTextRoom = 100;
+// Bytes that `output` of a FormatRecord can hold, the terminator included.
+constexpr int32_t kNumberTextCapacity = 100;
 
-// The digits of a magnitude. Place 0 is the digit in front of the point, place -1 the one behind
+// The digits of a magnitude. Place 0 is the digit before the point, place -1 the one after
 // it.
 struct NumberDigits {
   char digits[32];   // without leading zeros
@@ -27,18 +27,18 @@ struct NumberMarks {
   uint8_t grouping[4];
 };
 
-// A text that grows up to the room of `output`.
+// A text that grows up to the capacity of `output`.
 struct NumberText {
   char *text;
   int32_t length;
   bool tooLong;  // something was left out
 };
 
-// The digits of a number; false for null and for what is no number.
+// The digits of a number; false for null and for what is not a number.
 bool NumberDigitsOf(const NumberValue *value, NumberDigits *digits);
 // The digit at a place, '0' beyond both ends.
 char NumberDigitAt(const NumberDigits &digits, int32_t place);
-// How many digits stand in front of the point and behind it.
+// How many digits are before the point and after it.
 int32_t NumberIntegerPlaces(const NumberDigits &digits);
 int32_t NumberFractionPlaces(const NumberDigits &digits);
 
@@ -49,12 +49,12 @@ NumberMarks NumberMarksOf(const FormatRecord &record, const Country &country);
 // The settings for a record: those in force, or the built-in ones when it does not ask for any.
 const Country &NumberCountryFor(const FormatRecord &record);
 
-// Whether a separator stands to the left of the last `digits` integer digits.
+// Whether a separator is to the left of the last `digits` integer digits.
 bool NumberGroupEnds(const NumberMarks &marks, int64_t digits);
 
 void NumberPutByte(NumberText *target, char byte);
 void NumberPutText(NumberText *target, const char *text);
-// Writes the integer digit of a place, with the separator behind it where a group ends.
+// Writes the integer digit of a place, with the separator after it where a group ends.
 void NumberPutInteger(NumberText *target, const NumberDigits &digits, int32_t place,
                       const NumberMarks &marks);
 // Ends the text: 1, or 0 with the empty text when it is too long.

@@ -51,7 +51,7 @@ size_t MarkBytes(const char *text, const char *mark) {
   return std::strncmp(text, mark, length) == 0 ? length : 0;
 }
 
-// Bytes of a thousands separator with a digit behind it. One kind of blank stands for any other.
+// Bytes of a thousands separator with a digit after it. One kind of blank matches any other.
 size_t SeparatorBytes(const NumberReader &reader, const char *text) {
   const char *mark = reader.marks.thousands;
   if (*mark == 0) {
@@ -134,7 +134,7 @@ bool ReadDigits(NumberReader *reader, DigitRun *run) {
   return count > 0;
 }
 
-// Reads the whole text; false, with `result` as it was, when it is no number or too large. With
+// Reads the whole text; false, with `result` as it was, when it is not a number or too large. With
 // `moneyOnly` a currency sign must be there.
 bool ReadNumber(NumberValue *result, const char *text, const NumberMarks &marks,
                 const char *currencySign, bool moneyOnly) {

@@ -1,4 +1,4 @@
-// Number pictures: what they mean stands in docs/pictures.md.
+// Number pictures, which docs/pictures.md explains.
 //
 // A picture is read twice, item by item: once to check it and to count the places of each section,
 // and then to write the section that the number takes.
@@ -62,7 +62,7 @@ PictureItem ReadQuoted(const char **cursor, CodePage page) {
   return {Item::Literal, start, static_cast<size_t>((*cursor)++ - start)};
 }
 
-// Characters that may stand for themselves without a quote: no letters, which are kept for later
+// Characters that may be written without quotes: no letters, which are kept for later
 // uses and mostly come from a date picture, no digits and no control bytes.
 bool StandsForItself(char byte) {
   const bool letter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
@@ -119,7 +119,7 @@ void CountPlace(PictureSection *section, bool zero) {
   }
 }
 
-// Reads one section and tells what ended it: End, NextSection or Bad.
+// Reads one section and returns what ended it: End, NextSection or Bad.
 Item ReadSection(const char **cursor, CodePage page, PictureSection *section) {
   section->start = *cursor;
   bool groupOpen = false;  // a comma waits for its place on the right
@@ -130,8 +130,8 @@ Item ReadSection(const char **cursor, CodePage page, PictureSection *section) {
       case Item::Optional:
         CountPlace(section, kind == Item::Zero);
         groupOpen = false;
-        // More places than a text has characters help nobody, and counts stay small.
-        if (section->integerPlaces + section->fractionPlaces >= kNumberTextRoom) {
+        // More places than a text has characters have no use, and counts stay small.
+        if (section->integerPlaces + section->fractionPlaces >= kNumberTextCapacity) {
           return Item::Bad;
         }
         break;
@@ -182,8 +182,8 @@ bool ReadPicture(const char *text, CodePage page, Picture *picture) {
 }
 
 // The integer digits that belong to a place of the picture. Places count from the point, 0 being
-// the ones; `shown` digits fill them, zeros ahead included. A place beyond these has no digit, and
-// the picture's leftmost place has all digits from `first` down to its own.
+// the ones; `shown` digits fill them, leading zeros included. A place beyond these has no digit,
+// and the picture's leftmost place has all digits from `first` down to its own.
 void PutIntegerPlace(NumberText *target, const PictureSection &section, const NumberDigits &digits,
                      const NumberMarks &marks, int32_t place) {
   const int32_t present = NumberIntegerPlaces(digits);
@@ -200,7 +200,7 @@ void PutIntegerPlace(NumberText *target, const PictureSection &section, const Nu
   }
 }
 
-// Where the number stands while a section is written.
+// The position in the number while a section is written.
 struct PictureCursor {
   int32_t integerPlace;   // the next one, counted down
   int32_t fractionPlace;  // the last one, counted up

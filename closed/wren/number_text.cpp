@@ -65,7 +65,7 @@ const char *SkipBlanks(const char *c) {
   return c;
 }
 
-// Stores what stands in the text between blanks; false when that is no number.
+// Stores the number in the text, without the blanks around it; false when that is not a number.
 bool ReadNumber(NumberValue *result, const char *text) {
   const char *c = SkipBlanks(text);
   DigitRun run = {};

@@ -15,7 +15,7 @@ struct CharWalk {
   size_t chars;
 };
 
-// Moves the walk to `offset` or, when that falls into a character, behind that character. True when
+// Moves the walk to `offset` or, when that falls into a character, after that character. True when
 // a character begins there or the text ends.
 bool ReachesCharAt(CharWalk *walk, size_t offset, CodePage page) {
   while (walk->offset < offset) {
@@ -40,7 +40,7 @@ void FillBorders(uint32_t *borders, const char *pattern, size_t length) {
 }
 
 // The position of the pattern by characters, or -1. Bytes that are equal but begin or end inside a
-// character of the text are no match, however many there are; the table keeps the search linear.
+// character of the text do not match, however many there are; the table keeps the search linear.
 int32_t ScanChars(const char *text, const char *pattern, size_t length, const uint32_t *borders,
                   CodePage page) {
   CharWalk start = {text, 0, 0};

@@ -13,7 +13,7 @@ inline const char *TextOrEmpty(const char *text) {
   return text == nullptr ? "" : text;
 }
 
-// A count as the interface gives it; texts above 2 GB answer with the largest number.
+// A count as the interface gives it; texts above 2 GB count as the largest number.
 inline int32_t CountResult(size_t count) {
   return count > INT32_MAX ? INT32_MAX : static_cast<int32_t>(count);
 }

@@ -10,8 +10,8 @@
 // surrogates and numbers above 10FFFF are not valid.
 //
 // The valid sequences are those of the Unicode standard's table of UTF-8 byte sequences: the first
-// byte tells the length, and the bounds of the second one shut out what is overlong, a surrogate or
-// too large.
+// byte determines the length, and the bounds of the second one shut out what is overlong, a
+// surrogate or too large.
 inline size_t DecodeUtf8(const char *text, uint32_t *codePoint) {
   const auto byteAt = [text](size_t index) { return static_cast<uint8_t>(text[index]); };
   const uint8_t first = byteAt(0);
@@ -41,7 +41,8 @@ inline size_t DecodeUtf8(const char *text, uint32_t *codePoint) {
   return length;
 }
 
-// Writes the sequence of a code point up to 10FFFF that is no surrogate; returns its bytes, 1 to 4.
+// Writes the sequence of a code point up to 10FFFF that is not a surrogate; returns its bytes, 1
+// to 4.
 inline size_t EncodeUtf8(uint32_t codePoint, char *target) {
   constexpr uint8_t kMarks[5] = {0, 0x00, 0xC0, 0xE0, 0xF0};
   const size_t length = codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;

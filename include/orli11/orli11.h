@@ -7,7 +7,7 @@
  *    in is copied; nothing of it is kept.
  * 3. Offsets and lengths in texts are bytes; offsets start at 0.
  * 4. A result of "1 or 0" is int32_t: 1 for success or yes. An EC or HEXP must be valid; a null one
- *    gives 0, -1 or null where its routine says so.
+ *    returns 0, -1 or null where its routine says so.
  * 5. A failure leaves the context as it was, unless the routine says otherwise.
  * 6. Different threads may work on different contexts; one context belongs to one thread at a time.
  *    Host routines run on the caller's thread, inside the engine's call, and must not change the
@@ -178,7 +178,7 @@ typedef struct {
   uint16_t itemFlags; /* functions: ORL_FUNC_... */
 } ExprItem;
 
-/* Room for an item with `count` parameter records, for a host to fill:
+/* An item with `count` parameter records, for a host to fill:
  *   ORL_EXPR_ITEM_WITH(2) row = {0};
  *   row.item.paramCount = 2; row.parameters[0].dataType = ORL_TYPE_DATE; ...
  *   ORLAddExpressionItem(ec, &row.item); */
@@ -283,7 +283,7 @@ typedef void (*OrlListValuesProc)(EC ec, const char *name, void *list, int32_t f
 /* ---- Memory ---------------------------------------------------------------------------------- */
 
 /* Blocks that pass between engine and host. As the WRENMem routines, but ORLMemRealloc of a null
- * block gives null and allocates nothing. */
+ * block yields null and allocates nothing. */
 ORL_API void *ORLMemAlloc(uint32_t size);
 ORL_API void *ORLMemRealloc(void *block, uint32_t size);
 ORL_API void ORLMemFree(void *block);
@@ -291,12 +291,12 @@ ORL_API uint32_t ORLMemSize(const void *block);
 
 /* ---- Context --------------------------------------------------------------------------------- */
 
-/* A new context, or null when there is no memory. `owner` is a window handle or null; `lookup` and
+/* A new context, or null when out of memory. `owner` is a window handle or null; `lookup` and
  * `rename` may be null; `flags` are ORL_FLAG_... */
 ORL_API EC ORLCreateEC(void *owner, OrlLookupProc lookup, OrlRenameProc rename, uint16_t flags);
 /* Frees a context with all that it holds and calls no host routine; null is accepted. Always 1. */
 ORL_API int32_t ORLDestroyEC(EC ec);
-/* A new context with the items, settings and expressions of `ec`, or null when there is no memory.
+/* A new context with the items, settings and expressions of `ec`, or null when out of memory.
  * Operator callbacks and the help path are not taken over; an expression that does not parse in the
  * copy is missing there. */
 ORL_API EC ORLCopyEC(EC ec);
@@ -428,14 +428,14 @@ ORL_API int32_t ORLEvaluateExpression(EC ec, HEXP exp, int32_t size, void *buffe
  * cut to 16 bits. The host frees the block with ORLMemFree. */
 ORL_API int32_t ORLEvaluateExpressionExt(EC ec, HEXP exp, int32_t *length, void **buffer);
 /* Sets the host routine of an operator (0 +, 1 -, 2 /, 3 *, 4 ||) for a data type 0 to 3 of the
- * left operand, by its name. 1, or 0 for a null context; when there is no memory for the name the
+ * left operand, by its name. 1, or 0 for a null context; when memory is short for the name the
  * context is destroyed and the result is 0. */
 ORL_API int32_t ORLSetOperatorCallback(EC ec, int16_t op, int16_t dataType, const char *name);
 
 /* ---- Many rows at once ----------------------------------------------------------------------- */
 
 /* Forms of columns, which are those of Arrow arrays: elements one after the other, aligned as their
- * C type (DECIMAL128 by 8 bytes), and one bit for each row that tells whether it has a value. */
+ * C type (DECIMAL128 by 8 bytes), and one bit for each row: whether it has a value. */
 enum {
   ORL_COLUMN_NUMBER = 0,     /* NumberValue[rows]: numbers or dates */
   ORL_COLUMN_INT64 = 1,      /* int64_t[rows], value / 10^scale */
@@ -533,7 +533,7 @@ ORL_API int32_t ORLGetExtendedText(EC ec, HEXP exp, int32_t size, char *buffer, 
 /* Gives an input item (a kind other than 0) or a function (0) another name, of at most 64 bytes.
  * The formulas follow: in their texts each word that is the old name in any case, outside double
  * quotes, and their trees with it. Always 0, also for success and an unknown
- * name. Where there is no memory a formula stays as it was. */
+ * name. When out of memory a formula stays as it was. */
 ORL_API int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName,
                                         const char *newName);
 
@@ -586,8 +586,8 @@ ORL_API intptr_t LBFormsSubProc(void *window, uint32_t message, uintptr_t wParam
 ORL_API intptr_t LBVarsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
 ORL_API intptr_t LBFuncsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
 
-/* The procedures of the text view, the values dialog and the error box, and those ahead of their
- * edits, for the window system. */
+/* The procedures of the text view, the values dialog and the error box, and those called before
+ * their edits, for the window system. */
 ORL_API intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam,
                                     intptr_t lParam);
 ORL_API intptr_t ViewEditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam);
@@ -604,16 +604,16 @@ ORL_API intptr_t ORLErrorEditProc(void *window, uint32_t message, uintptr_t wPar
 ORL_API int32_t FUNDefineFunctions(EC ec);
 /* The handle of the module; not null once the library is loaded. */
 ORL_API void *FUNModuleHandle(void);
-/* Tells the engine that the settings of the system have changed. */
+/* Notifies the engine that the settings of the system have changed. */
 ORL_API void FUNWinIniChange(void);
 /* For function and value routines of a host: stores a text in the result block, enlarging it when
- * the text does not fit into resultSize bytes. 1, or 0 when there is no memory. */
+ * the text does not fit into resultSize bytes. 1, or 0 when out of memory. */
 ORL_API int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text);
 
 /* The built-in functions, each an OrlFunctionProc, in the order of a context's function table. What
  * they take and return is in docs/functions.md. A host may call them by itself, with `result`
  * pointing to a block of WRENMemAlloc: 13 bytes for a Number or Date, any size for a text. Each
- * returns 1, or 0 with the block still valid when there is no room or no memory for the result. */
+ * returns 1, or 0 with the block still valid when the result is too long or memory is exhausted. */
 #define ORL_FUNCTION_ROUTINE(name)                                         \
   ORL_API int32_t name(EC ec, HEXP exp, int32_t resultSize, void **result, \
                        const char *functionName, void **args)

@@ -6,7 +6,7 @@
  *   formulas tag 252, each row text:text name:text
  *   text     its bytes and one zero byte
  *
- * docs/block-format.md tells the whole format and that of older versions. */
+ * docs/block-format.md describes the whole format and that of older versions. */
 #ifndef ORLI11_BLOCK_H
 #define ORLI11_BLOCK_H
 

@@ -16,7 +16,7 @@ extern "C" {
  * year 0 or above 9999) give 0, the null date, and write nothing. */
 WREN_API int32_t PAVNDateToNumber(uint8_t *bytes, const DateTimeParts *parts);
 /* Decodes `length` bytes of a payload into all seven fields; what PAVNDateToNumber did not write
- * gives seven zeros. */
+ * yields seven zeros. */
 WREN_API void PAVNNumberToDate(const uint8_t *bytes, int32_t length, DateTimeParts *parts);
 /* The day number of the date fields; saturates for fields that no calendar has. */
 WREN_API int32_t PAVNDateToDays(const DateTimeParts *parts);

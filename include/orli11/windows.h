@@ -41,7 +41,7 @@ enum {
   ORL_STYLE_CENTERED = 1,    /* label: the text is centred */
   ORL_STYLE_LINES = 2,       /* edit of lines, ended by \n; without it one that scrolls sideways */
   ORL_STYLE_SORTED = 4,      /* list: LB_ADDSTRING keeps the rows in the order of lstrcmpiA */
-  ORL_STYLE_NOTIFY = 8,      /* list: tells the dialog of selections and double clicks */
+  ORL_STYLE_NOTIFY = 8,      /* list: notifies the dialog of selections and double clicks */
   ORL_STYLE_OWNER_DRAW = 16, /* list: rows are drawn by the dialog, all of one height */
   ORL_STYLE_GROUP = 32,      /* starts a group */
   ORL_STYLE_NO_TAB = 64,     /* the tab key passes it by */
@@ -60,7 +60,7 @@ typedef struct {
   int16_t x, y, width, height;
 } OrlControl;
 
-/* A dialog: a popup with caption and system menu. Controls stand in tab order. */
+/* A dialog: a popup with caption and system menu. Controls are in tab order. */
 typedef struct {
   const char *name;
   const char *title;
@@ -85,12 +85,12 @@ typedef struct {
 enum {
   ORL_WM_DESTROY = 2,  /* the window is going; its children are still there */
   ORL_WM_SETFOCUS = 7, /* control: it gets the focus; wParam: the window that had it or null */
-  ORL_WM_PAINT = 15,   /* dialog: it is shown or drawn anew */
+  ORL_WM_PAINT = 15,   /* dialog: it is shown or redrawn */
   ORL_WM_CLOSE = 16,   /* dialog: the user closes it by its frame */
   ORL_WM_SETCURSOR = 32,
   ORL_WM_DRAWITEM = 43,    /* dialog; lParam: OrlDrawItem */
-  ORL_WM_MEASUREITEM = 44, /* dialog, ahead of WM_INITDIALOG; lParam: OrlMeasureItem */
-  ORL_WM_SETFONT = 48,     /* dialog, ahead of WM_MEASUREITEM and WM_INITDIALOG */
+  ORL_WM_MEASUREITEM = 44, /* dialog, before WM_INITDIALOG; lParam: OrlMeasureItem */
+  ORL_WM_SETFONT = 48,     /* dialog, before WM_MEASUREITEM and WM_INITDIALOG */
   ORL_WM_KEYDOWN = 256,    /* control; wParam: key */
   ORL_WM_KEYUP = 257,
   ORL_WM_CHAR = 258,       /* control; wParam: one byte of the character, lead byte first */
@@ -110,8 +110,8 @@ enum {
   ORL_BN_CLICKED = 0,
   ORL_LBN_SELCHANGE = 1, /* the user has made another row current */
   ORL_LBN_DBLCLK = 2,
-  /* The text has changed: by the user, by the clipboard messages; an edit of one line tells it also
-   * when the program sets its text, one of several lines does not. */
+  /* The text has changed: by the user, by the clipboard messages; an edit of one line reports it
+   * also when the program sets its text, one of several lines does not. */
   ORL_EN_CHANGE = 768
 };
 
@@ -148,7 +148,7 @@ enum {
   ORL_WM_CLEAR = 771
 };
 
-/* Messages to a list. Rows count from 0; -1 (ORL_LB_ERR) is no row. */
+/* Messages to a list. Rows count from 0; -1 (ORL_LB_ERR) is not a row. */
 enum {
   ORL_LB_ERR = -1,
   ORL_LB_ADDSTRING = 384,    /* lParam: text; the row's index */
@@ -156,10 +156,10 @@ enum {
   ORL_LB_DELETESTRING = 386,
   ORL_LB_SETCURSEL = 390, /* wParam: row, or -1 for none */
   ORL_LB_GETCURSEL = 392,
-  ORL_LB_GETTEXT = 393, /* lParam: buffer with room for the text; its length */
+  ORL_LB_GETTEXT = 393, /* lParam: buffer large enough for the text; its length */
   ORL_LB_GETTEXTLEN = 394,
   ORL_LB_GETCOUNT = 395,
-  ORL_LB_FINDSTRING = 399, /* wParam: row to search behind, -1 for all; lParam: the beginning of a
+  ORL_LB_FINDSTRING = 399, /* wParam: row to search after, -1 for all; lParam: the beginning of a
                               row's text, in any case; wraps around at the end */
   ORL_LB_SETTOPINDEX = 407,
   ORL_LB_GETITEMDATA = 409,
@@ -259,7 +259,7 @@ typedef struct {
   void (*Preview)(void *user, const char *text, OrlWindow list);
 } OrlEditorHost;
 
-/* ---- What an editor tells of its text -------------------------------------------------------- */
+/* ---- What an editor knows of its text -------------------------------------------------------- */
 
 typedef struct {
   int32_t error;      /* the message id of what is wrong; 0: nothing */
@@ -272,7 +272,7 @@ typedef struct {
  * routine but Insert and Next stores or changes anything. Each may be null. */
 typedef struct {
   uint32_t size; /* of the record that the editor was compiled with; later ones grow at the end */
-  /* The first placeholder that begins at a byte of the text or behind it, else the first of all. 1,
+  /* The first placeholder that begins at a byte of the text or after it, else the first of all. 1,
    * or 0 when there is none. */
   int32_t (*FindPlaceholder)(const char *text, int32_t from, int32_t *start, int32_t *end);
   /* What a save would say of the text, whatever its name. Calls no routine of the host's. 1, or 0
@@ -296,8 +296,8 @@ typedef struct {
 /* ---- The operations -------------------------------------------------------------------------- */
 
 /* The table that a window system hands in. `size` is that of the table it was compiled with; later
- * tables only grow at the end. No entry may be null but the optional ones behind `DrawFocusRect`,
- * ahead of which a table may also end. Operations on a null window, on one that has gone or on one
+ * tables only grow at the end. No entry may be null but the optional ones after `DrawFocusRect`,
+ * before which a table may also end. Operations on a null window, on one that has gone or on one
  * that the system does not know do nothing and give 0, null or the empty text. */
 typedef struct {
   uint32_t size;
@@ -307,9 +307,9 @@ typedef struct {
    * could not be created. `parent` may be a window of the host's that the system does not know. */
   intptr_t (*DialogBoxParam)(const OrlDialogTemplate *dialog, OrlWindow parent, OrlWindowProc proc,
                              intptr_t parameter);
-  /* Ends the modal dialog with a value; it goes when the present event has been handled. */
+  /* Ends the modal dialog with a value; it is destroyed when the current event has been handled. */
   void (*EndDialog)(OrlWindow dialog, intptr_t result);
-  /* Makes a dialog that stands beside its parent, is served by the same loop and goes with it. */
+  /* Makes a dialog beside its parent, which is served by the same loop and destroyed with it. */
   OrlWindow (*CreateDialogParam)(const OrlDialogTemplate *dialog, OrlWindow parent,
                                  OrlWindowProc proc, intptr_t parameter);
   void (*DestroyWindow)(OrlWindow window);
@@ -337,14 +337,14 @@ typedef struct {
   int32_t (*GetSystemMetrics)(int32_t index);
   void (*GetTextMetrics)(OrlWindow dialog, OrlTextMetrics *metrics); /* of the dialog's font */
 
-  /* Puts a procedure ahead of a control's own, which is returned, to be called by CallWindowProc
+  /* Puts a procedure before a control's own, which is returned, to be called by CallWindowProc
    * for the events that are to reach the control. */
   OrlWindowProc (*SetWindowProc)(OrlWindow control, OrlWindowProc proc);
   intptr_t (*CallWindowProc)(OrlWindowProc proc, OrlWindow window, uint32_t message,
                              uintptr_t wParam, intptr_t lParam);
 
   /* Hands a message to a window's procedure (of a control: the one that SetWindowProc has put
-   * ahead), at once or after the present event. */
+   * before it), at once or after the current event. */
   intptr_t (*SendMessage)(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
   void (*PostMessage)(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
   void (*SetTimer)(OrlWindow dialog, uintptr_t timer, uint32_t milliseconds);
@@ -371,7 +371,7 @@ typedef struct {
    * kept, not copied. The one before, or null. */
   const OrlEditorHost *(*SetEditorHost)(const OrlEditorHost *host);
   const OrlEditorHost *(*GetEditorHost)(void);
-  /* Hands in what can be told of the text of an edit, which helps while it is written, and makes it
+  /* Hands in what is known of the text of an edit, which helps while it is written, and makes it
    * the one control of its dialog that the others work for. The record is kept, not copied. */
   void (*SetTextAid)(OrlWindow edit, const OrlTextAid *aid);
   /* Shows a page of help beside a dialog, in Markdown; the page before is gone then. */
@@ -389,7 +389,7 @@ ORL_API const OrlWindowSystem *ORLGetWindowSystem(void);
 /* Null when a dialog can be opened, else what is missing, in words (ASCII), valid until the
  * thread's next call. Where the host has handed in nothing, the library's own window system on Qt
  * widgets (libORLI11-qt.so, beside this library) is loaded here and by the first dialog, provided
- * that DISPLAY, WAYLAND_DISPLAY or QT_QPA_PLATFORM tells of a display. */
+ * that DISPLAY, WAYLAND_DISPLAY or QT_QPA_PLATFORM names a display. */
 ORL_API const char *ORLWindowSystemProblem(void);
 
 #ifdef __cplusplus

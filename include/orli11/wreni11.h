@@ -5,12 +5,12 @@
  *    the empty text wherever a text is only read. Positions and counts of characters start at 0;
  *    a character is one byte in 1252, one or two in 932, one to four in UTF-8.
  * 2. A result of "1 or 0" is int32_t: 1 for success or yes.
- * 3. A target must have room for the result with its terminator; unless told otherwise target and
- *    source must not overlap.
+ * 3. A target must be large enough for the result with its terminator; unless stated otherwise
+ * target and source must not overlap.
  * 4. Blocks of WRENMemAlloc belong to the caller until WRENMemFree.
  * 5. Every routine may be called from any thread. WRENSetCodePage and WRENSetCountry change the
  *    whole process and belong to its set-up.
- * 6. A negative count or position gives the empty text, unless told otherwise.
+ * 6. A negative count or position yields the empty text, unless stated otherwise.
  */
 #ifndef WRENI11_H
 #define WRENI11_H
@@ -43,10 +43,10 @@ typedef struct {
 
 /* ---- Memory ---------------------------------------------------------------------------------- */
 
-/* A block of `size` bytes, all zero; null when there is no memory. Size 0 gives a valid block. */
+/* A block of `size` bytes, all zero; null when out of memory. Size 0 yields a valid block. */
 WREN_API void *WRENMemAlloc(uint32_t size);
 /* Resizes a block and returns its new address; bytes that come new are zero. On failure null, and
- * the old block stays as it was. A null block gives a new one. */
+ * the old block stays as it was. A null block yields a new one. */
 WREN_API void *WRENMemRealloc(void *block, uint32_t size);
 /* Frees a block; null is accepted. */
 WREN_API void WRENMemFree(void *block);
@@ -64,7 +64,7 @@ WREN_API char *WRENStrAdvance(const char *text, int32_t n);
 /* The first character that is the single byte `byte`, or null; never a trail byte. The terminator
  * is not found. */
 WREN_API char *WRENStrChr(const char *text, int32_t byte);
-/* The address of the first byte that is no blank (32); null for null. */
+/* The address of the first byte that is not a blank (32); null for null. */
 WREN_API char *WRENStrSkipBlanks(const char *text);
 /* 1 when the first n characters of both texts are the same, exactly. */
 WREN_API int32_t WRENStrHasPrefix(const char *text, const char *prefix, int32_t n);
@@ -78,7 +78,7 @@ WREN_API void WRENStrLower(char *text);
 /* Takes the next token of `text`: skips bytes of `leading`, then copies up to a byte of `ending` or
  * the end. A run between two bytes `quote` belongs to the token whole, quotes included. `zero` and
  * `zero2` are 0. Returns the bytes used up, delimiters before the token included; above 0 unless
- * the text is empty. `token` must have room for the whole text. */
+ * the text is empty. `token` must be large enough for the whole text. */
 WREN_API int32_t WRENStrTokenize(char *token, const char *text, const char *leading,
                                  const char *ending, int32_t zero, int32_t quote, int32_t zero2);
 /* The first n characters (all when there are fewer). */
@@ -89,7 +89,7 @@ WREN_API void WRENStrRight(char *target, const char *source, int32_t n);
 /* n characters from character `position` on. */
 WREN_API void WRENStrMid(char *target, const char *source, int32_t position, int32_t n);
 /* The source with the n characters from `position` on replaced by `replacement`; a negative
- * position or count counts as 0, a position behind the end is the end. */
+ * position or count counts as 0, a position after the end is the end. */
 WREN_API void WRENStrReplace(char *target, const char *source, const char *replacement,
                              int32_t position, int32_t n);
 /* Strip blanks at both ends, at the end; a capital at the start of each word and small letters
@@ -120,7 +120,7 @@ WREN_API int32_t WRENIsDigit(int32_t byte);
 /* ---- Numbers --------------------------------------------------------------------------------- */
 
 /* result = left (operator) right, rounded half away from zero where the digits do not suffice. A
- * null operand, a zero divisor or a result beyond the form gives null; one too small gives zero.
+ * null operand, a zero divisor or a result beyond the form yields null; one too small yields zero.
  * `result` may be an operand. */
 WREN_API void WRENNumAdd(NumberValue *result, const NumberValue *left, const NumberValue *right);
 WREN_API void WRENNumSub(NumberValue *result, const NumberValue *left, const NumberValue *right);
@@ -136,10 +136,10 @@ WREN_API int32_t WRENNumCompare(const NumberValue *left, const NumberValue *righ
 WREN_API int32_t WRENNumIsNull(const NumberValue *value);
 /* 1 for the number zero; 0 for null. */
 WREN_API int32_t WRENNumIsZero(const NumberValue *value);
-/* Rounds half away from zero to `decimals` digits behind the point; a negative count rounds to
+/* Rounds half away from zero to `decimals` digits after the point; a negative count rounds to
  * tens, hundreds and so on. */
 WREN_API void WRENNumRound(NumberValue *result, const NumberValue *value, int32_t decimals);
-/* Cuts in place, toward zero, to `decimals` digits behind the point and at most `precision`
+/* Cuts in place, toward zero, to `decimals` digits after the point and at most `precision`
  * significant digits. */
 WREN_API void WRENNumTruncate(NumberValue *value, int32_t precision, int32_t decimals);
 /* Cut toward zero; beyond 32 bits the nearest bound; 0 for null. */
@@ -167,7 +167,7 @@ typedef struct {
   int32_t dateOrder;      /* 0 month-day-year, 1 day-month-year, 2 year-month-day */
   int32_t clock24;        /* 1 when hours count to 24 */
   int32_t pivotYear;      /* two-digit years fall into pivotYear to pivotYear + 99 */
-  const char *dayNames;   /* fourteen names, each behind a ";": Sunday to Saturday, Sun to Sat */
+  const char *dayNames;   /* fourteen names, each after a ";": Sunday to Saturday, Sun to Sat */
   const char *monthNames; /* twenty-four: January to December, Jan to Dec */
   const char *markers;    /* two: before and after noon */
 } LocaleBlock;
@@ -186,7 +186,7 @@ enum {
 };
 
 /* The parameters of one format operation, on the caller's stack; cleared by WRENFmtInit. `output`
- * must have room for 100 bytes: no operation writes more than 99 bytes and the terminator. */
+ * must hold 100 bytes: no operation writes more than 99 bytes and the terminator. */
 typedef struct {
   int32_t mode;        /* WREN_FMT_DATE to WREN_FMT_PICTURE */
   const char *input;   /* text to parse */

@@ -15,7 +15,7 @@
 
 namespace {
 
-// What a buffer of `size` bytes holds afterwards, and the result behind it; exactly that many bytes
+// What a buffer of `size` bytes holds afterwards, and the result after it; exactly that many bytes
 // are there to be written to.
 std::string Filled(EC ec, HEXP exp, int32_t size, int32_t marks) {
   const std::unique_ptr<char[]> buffer(new char[static_cast<size_t>(size)]);
@@ -88,7 +88,7 @@ TEST(ExtendedText, FollowsTheTables) {
   EXPECT_EQ(Extended(ec, user, 1), "(A*3)+ {fn F(1) } ");
   ORLDelExpItemNoCheck(ec, ORL_FUNCTION, "F");
   EXPECT_EQ(Extended(ec, user, 1), "(A*3)+F(1)");
-  // A rename that leaves texts without a parse: what still stands at its place is expanded.
+  // A rename that leaves texts without a parse: what is still at its place is expanded.
   const std::pair<const char *, const char *> names[] = {
       {"B",
        " {fn F(B+2) } - {fn F(2) } +( {fn F(B) } +DayOf({d '2012-01-31'}))"

@@ -35,7 +35,7 @@ struct World {
   std::mt19937 random;
   bool announced;
   std::set<HEXP> destroyed;
-  std::vector<std::string> awaited;  // calls of a formula that is being stored
+  std::vector<std::string> pending;  // calls of a formula that is being stored
 
   const Row *First(const std::string &name) const {
     const auto found =
@@ -92,9 +92,9 @@ struct World {
     const int32_t refused = Refusal(content, exp, true);
     announced = false;
     destroyed.clear();
-    awaited = content.calls;
+    pending = content.calls;
     const Parsed parsed = Store(context.get(), exp, content.Text(), content.name.c_str());
-    awaited.clear();
+    pending.clear();
     const bool gone = destroyed.count(exp) != 0;  // another may have its address
     const int32_t expected = refused != 0 || !announced ? refused
                              : gone                     ? int32_t{ORL_ERR_GENERAL}
@@ -108,7 +108,7 @@ struct World {
     const auto calls = [&](const std::vector<std::string> &names) {
       return std::count(names.begin(), names.end(), row->name) != 0;
     };
-    const bool used = calls(awaited) || std::any_of(rows.begin(), rows.end(), [&](const Row &user) {
+    const bool used = calls(pending) || std::any_of(rows.begin(), rows.end(), [&](const Row &user) {
                         return calls(user.calls);
                       });
     ASSERT_EQ(ORLDestroyEXP(context.get(), row->exp), used ? 0 : 1) << row->name;
@@ -132,7 +132,7 @@ struct World {
 
 World *renaming;
 
-// A host that changes the context while it hears of a new name.
+// A host that changes the context while it is notified of a new name.
 int32_t ChangeMore(EC, const char *, const char *) {
   World &world = *renaming;
   for (auto steps = world.random() % 6; steps > 0; --steps) world.Step(false);

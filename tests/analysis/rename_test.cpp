@@ -1,5 +1,5 @@
 // Rename: texts against a model of the walk through their words, trees against a fresh parse of the
-// text that stands there now.
+// text that is stored now.
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -24,7 +24,7 @@ Fields Of(const DateTimeParts &p) {
   return {p.year, p.month, p.day, p.hour, p.minute, p.second, p.fraction};
 }
 
-// Encodes into a payload whose bytes tell what was written.
+// Encodes into a payload whose bytes show what was written.
 int32_t Encode(const DateTimeParts &parts, Payload &payload) {
   payload.fill(0xEE);
   return PAVNDateToNumber(payload.data(), &parts);
@@ -36,7 +36,7 @@ Fields Decode(const Payload &payload, int32_t length) {
   return Of(parts);
 }
 
-// Every day from long before the calendar to behind it.
+// Every day from long before the calendar to after it.
 TEST(Calendar, AgreesWithTheStandardLibrary) {
   using namespace std::chrono;
   for (int32_t number = -100000; number <= kLastDay + 1000; number++) {

@@ -164,7 +164,7 @@ TEST_F(CountryOfLocale, MoneyHasGroupsOfItsOwn) {
   for (const auto &row : rows) {
     ASSERT_EQ(WRENSetCountry(row.locale), 1);
     for (const int32_t mode : {WREN_FMT_NUMBER, WREN_FMT_CURRENCY}) {
-      char text[kDateTextRoom];
+      char text[kDateTextCapacity];
       FormatRecord record = Record(mode);
       WRENNumFromText(&record.number, "1234567.5");
       record.output = text;

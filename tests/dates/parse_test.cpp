@@ -127,7 +127,7 @@ std::string Model(int32_t mode, const std::string &text, int32_t order) {
     rest.erase(rest.begin());
   }
   const bool numeric = form.find('w') == std::string::npos;
-  // Where year, month and day stand.
+  // The places of year, month and day.
   std::array<size_t, 3> at = {2, 1, 0};
   if (form[0] == 'w' || (numeric && order != 1)) at = {2, 0, 1};
   const bool yearFirst =
@@ -163,7 +163,7 @@ TEST(ParseDate, AgreesWithTheModel) {
     std::string text;
     if (shape > 0) {
       const std::string separator = any(separators);
-      const size_t named = random() % 4;  // where the month's name stands, if it does
+      const size_t named = random() % 4;  // the place of the month's name, if it is there
       for (size_t k = 0; k < 3; k++) {
         text += k == named ? std::string(kMonths[random() % 12]).substr(0, 2 + random() % 8)
                            : any(numbers);

@@ -103,7 +103,8 @@ TEST(EditorFrame, EndsSessionsAsTheTableSays) {
     HEXP exp = ORLHEXPFromName(ec, row[kExp].c_str());
     HEXP made = Edit(ec, {exp, row.Int(kType)}, steps, row.Ints(kAnswers));
     EXPECT_TRUE(played);
-    EXPECT_EQ(made == nullptr ? ToldAll() : NameOf(ec, made) + "=" + TextOf(ec, made), row[kSaid]);
+    EXPECT_EQ(made == nullptr ? AllMessages() : NameOf(ec, made) + "=" + TextOf(ec, made),
+              row[kSaid]);
   }
 }
 
@@ -406,15 +407,15 @@ TEST(EditorFrame, OpensOnAFormulaThatFailedWhileLoading) {
         EXPECT_EQ(Visible(d, kHiding), (Ids{112}));
         EXPECT_EQ(Look(d, 100).modified, 1);
         Act(d, "wait 999");
-        EXPECT_EQ(ToldAll(), "");
+        EXPECT_EQ(AllMessages(), "");
         Act(d, "wait 1; row 114 Total");
-        EXPECT_EQ(ToldAll(), "!ERR_VAR: Unknown input item.|1 + {Nope}");
+        EXPECT_EQ(AllMessages(), "!ERR_VAR: Unknown input item.|1 + {Nope}");
         EXPECT_EQ(Enabled(d, kChanging), (Ids{102, 103, 105, 115, 118}));
         EXPECT_EQ(ORLHeadlessBitmapCount(), 0);
         Act(d, "wait 5000; type 100 2; click 1");
       },
       {}, [&] { EXPECT_EQ(Load(ec, block), 1); });
-  EXPECT_EQ(ToldAll(), "!ERR_VAR: Unknown input item.|1 + {Nope}");
+  EXPECT_EQ(AllMessages(), "!ERR_VAR: Unknown input item.|1 + {Nope}");
   EXPECT_EQ(TextOf(ec, ORLHEXPFromName(ec, "Net")), "1 + 2");
 }
 

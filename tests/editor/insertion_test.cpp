@@ -46,16 +46,16 @@ TEST(EditorInsertion, WritesTemplatesOfFunctions) {
   }
 }
 
-TEST(EditorInsertion, KeepsTemplatesInTheirRoom) {
+TEST(EditorInsertion, KeepsTemplatesWithinTheirBuffer) {
   const OwnedContext ec(ORLCreateEC(nullptr, nullptr, nullptr, 0));
   const std::string name(64, 'n');
   AddTemplate(ec.get(), name.c_str(), 100, 50, 60, 16, std::vector<int32_t>(100, 300));
   const ExprItem *item = ItemFind(&ec->functions, name.c_str());
   const int32_t length = OrlTemplateLength(item);
-  for (const int32_t room : {1, length / 2, length, length + 1}) {
-    std::vector<char> buffer(static_cast<size_t>(room));  // of just that size, for the sanitizer
-    EXPECT_EQ(OrlBuildTemplate(buffer.data(), room, item), room > length) << room;
-    EXPECT_EQ(std::strlen(buffer.data()), room > length ? static_cast<size_t>(length) : 0u);
+  for (const int32_t size : {1, length / 2, length, length + 1}) {
+    std::vector<char> buffer(static_cast<size_t>(size));  // of just that size, for the sanitizer
+    EXPECT_EQ(OrlBuildTemplate(buffer.data(), size, item), size > length) << size;
+    EXPECT_EQ(std::strlen(buffer.data()), size > length ? static_cast<size_t>(length) : 0u);
   }
   AddTemplate(ec.get(), "Huge", 0, 65535, 65535, 0, {});
   Edit(ec.get(), {}, [&](OrlWindow d) {
@@ -93,25 +93,25 @@ TEST(EditorInsertion, GoesOnToTheNextPlaceholder) {
 
 struct PageRow {
   int32_t page;
-  std::string before, selected, behind;
+  std::string before, selected, after;
 };
 
 // Places are bytes, and nothing begins inside a character.
 void CheckPage(const PageRow &row) {
   ASSERT_EQ(WRENSetCodePage(row.page), 1);
-  const std::string name = row.before + row.behind;
+  const std::string name = row.before + row.after;
   HostedContext ec;
   AddInput(ec, name.c_str(), 0);
   Edit(ec, {}, [&](OrlWindow d) {
     const auto start = static_cast<int32_t>(row.before.size());
     const auto end = start + static_cast<int32_t>(row.selected.size());
-    ORLHeadlessType(d, 100, (row.before + row.selected + row.behind + " Any").c_str());
+    ORLHeadlessType(d, 100, (row.before + row.selected + row.after + " Any").c_str());
     ORLHeadlessSelect(d, 100, start, end);
     Act(d, "click 105");
-    EXPECT_EQ(Marked(d), row.before + "(" + row.selected + ")" + row.behind + " Any{}");
+    EXPECT_EQ(Marked(d), row.before + "(" + row.selected + ")" + row.after + " Any{}");
     ORLHeadlessSelect(d, 100, start, end + 2);
     Act(d, "double 106 " + name);
-    EXPECT_EQ(Marked(d), row.before + name + row.behind + " {Any}");
+    EXPECT_EQ(Marked(d), row.before + name + row.after + " {Any}");
     Act(d, "select 100 0 -1; type 100 " + row.before + "[,Any...]; key 100 36; double 106 " + name);
     EXPECT_EQ(Marked(d), name + row.before + "{[,Any...]}");
     // In 932 this bracket is the second byte of a character.

@@ -21,10 +21,10 @@ std::string BlockOfRows(const std::vector<std::string> &rows) {
   return block;
 }
 
-std::string ManyCalls(const std::string &behind) {
+std::string ManyCalls(const std::string &last) {
   std::string text = "L=C1()";
   for (int i = 2; i <= 40; i++) text += " + C" + std::to_string(i) + "()";
-  return text + behind;
+  return text + last;
 }
 
 TEST(LoadOrder, OpensTheEditorAtTheTurnOfEachFormula) {
@@ -38,7 +38,7 @@ TEST(LoadOrder, OpensTheEditorAtTheTurnOfEachFormula) {
     int32_t result;
     std::string opened, stored;  // names in order
   } rows[] = {
-      // What is wrong between two calls is told once the first is there, not when both are.
+      // What is wrong between two calls is reported once the first is there, not when both are.
       {{"A=B() + Nope + C()", "B=2", "C=A()"},
        "select 100 0 -1; type 100 7; click 1",
        1,

@@ -1,5 +1,5 @@
 // Thousands of random actions of a user and of a host that changes the context when it is called;
-// behind each the editor has to agree with the context.
+// after each the editor has to agree with the context.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -132,7 +132,7 @@ void ActAtRandom(OrlWindow d) {
     case 2: case 3: ORLHeadlessClickRow(d, list, row); break;
     case 4: ORLHeadlessDoubleClickRow(d, list, row); break;
     case 5: ORLHeadlessRightDoubleClickRow(d, 114, row); break;
-    // Of the keys that go to another formula the editor hears of two only.
+    // Of the keys that go to another formula the editor is notified of two only.
     case 6:
       ORLHeadlessKey(d, id == 114 && (key == 37 || key == 39) ? 100 : id, uint32_t(key), 0);
       break;

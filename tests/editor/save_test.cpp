@@ -14,8 +14,8 @@ namespace {
 
 using Answers = std::vector<int32_t>;
 
-// What the host does when it is asked for leave to delete, when it hears of a new name, and when it
-// is to list values.
+// What the host does when it is asked for leave to delete, when it is notified of a new name, and
+// when it is to list values.
 int32_t (*asked)(EC, HEXP);
 void (*renamed)(EC), (*listed)(EC);
 std::string heard;
@@ -74,7 +74,7 @@ struct Context : HostedContext {
 
 const char *const kWords[] = {"Formula", "Range", "Set"};
 
-// Told(), with short words for the common ones: "ask" and "del Range" for those two questions,
+// Messages(), with short words for the common ones: "ask" and "del Range" for those two questions,
 // "kind Range Set" for a Range in the mode Set, "!VAR|text" for an error box.
 template <typename... Parts>
 std::string Cat(const Parts &...parts) {
@@ -84,26 +84,28 @@ std::string Cat(const Parts &...parts) {
 }
 std::string Short() {
   std::string all;
-  for (std::string told : Told()) {
-    if (told.rfind("!ERR_", 0) == 0) {
-      told = Cat("!", told.substr(5, told.find(':') - 5), told.substr(told.find('|')));
+  for (std::string message : Messages()) {
+    if (message.rfind("!ERR_", 0) == 0) {
+      message =
+          Cat("!", message.substr(5, message.find(':') - 5), message.substr(message.find('|')));
     }
     for (const char *mode : kWords) {
       const std::string sure = " Delete|Are you sure you want to delete selected ";
-      if (told == Cat(mode, " Save|Changes have been made, save before continuing?")) told = "ask";
-      if (told == Cat(mode, sure, mode)) told = Cat("del ", mode);
+      if (message == Cat(mode, " Save|Changes have been made, save before continuing?"))
+        message = "ask";
+      if (message == Cat(mode, sure, mode)) message = Cat("del ", mode);
       for (const char *kind : kWords) {
-        const bool asks = told == Cat(mode, " Editor Warning|Text evaluates as a ", kind,
-                                      " instead of a ", mode, ", save anyway?");
-        if (asks) told = Cat("kind ", kind, " ", mode);
+        const bool asks = message == Cat(mode, " Editor Warning|Text evaluates as a ", kind,
+                                         " instead of a ", mode, ", save anyway?");
+        if (asks) message = Cat("kind ", kind, " ", mode);
       }
     }
-    all += Cat(all.empty() ? "" : " / ", told);
+    all += Cat(all.empty() ? "" : " / ", message);
   }
   return all;
 }
 
-// "text|name|title behind the dash|rows without the first", "" when the dialog has gone. The data
+// "text|name|title after the dash|rows without the first", "" when the dialog has gone. The data
 // of a row has to be the ordinal of its expression.
 std::string State(OrlWindow d, EC ec) {
   if (Look(d).reachable == 0) return "";
@@ -124,7 +126,7 @@ struct Row {
   int32_t type;
   const char *acts;
   Answers answers;
-  std::string told, state, changes;
+  std::string said, state, changes;
 };
 
 constexpr int32_t kYes = ORL_IDYES, kNo = ORL_IDNO;
@@ -135,12 +137,12 @@ void CheckRow(const Row &row, const Context &ec) {
   const auto steps = [&](OrlWindow d) {
     Act(d, row.acts);
     EXPECT_EQ(State(d, ec), row.state);
-    const bool toText = row.told.find('!') != std::string::npos ||
+    const bool toText = row.said.find('!') != std::string::npos ||
                         (std::strstr(row.acts, "; click 117") != nullptr && row.answers != kStay);
     EXPECT_TRUE(!toText || Look(d, 100).focused != 0);
   };
   Edit(ec, {ORLHEXPFromName(ec, row.exp), row.type}, steps, row.answers);
-  EXPECT_EQ(Short(), row.told);
+  EXPECT_EQ(Short(), row.said);
   EXPECT_EQ(ec.Changes(), row.changes);
 }
 
@@ -150,7 +152,7 @@ TEST(EditorSave, AsTheTableSays) {
     CheckRow({row[0].c_str(), row.Int(1), row[2].c_str(), row.Ints(3), row[4], row[5], row[6]},
              Context());
   }
-  // Without modes nobody asks about the kind.
+  // Without modes no question is asked about the kind.
   CheckRow({"", 0, "type 100 1 AND 2; click 1", {}, "", "", "+Formula1=1 AND 2 "}, Context(false));
 }
 
@@ -204,7 +206,7 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
        "delete Total ",
        {"", 0, "row 114 Total; click 116; no click 116", {kYes}, "del Formula",
         "{}|Formula1|[ New Formula ]| Price *Total Span Some User", "+User=Total() "}},
-      // It goes already while the host is asked, or another one ahead of it.
+      // It is destroyed already while the host is asked, or another one before it.
       {[](EC ec, HEXP exp) { return ORLDestroyEXP(ec, exp); }, nullptr, nullptr, "delete Total ",
        {"Total", 0, "click 116; no click 116; no click 117; no click 118", {}, "",
         "{}Price() + 1|Total|[ New Formula ]| Price Span Some", total}},
@@ -215,7 +217,7 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
        nullptr, "delete Total rename Span Seven ",
        {"", 0, "row 114 Total; click 116", {}, "Formula Delete|Delete Permission Denied.",
         "{}|Formula1|[ New Formula ]| Price *Total Seven Some", "-Span=1 AND 2 +Seven=7 "}},
-      // The expression that gets a new name goes, or another one ahead of it.
+      // The expression that gets a new name is destroyed, or another one before it.
       {nullptr, gone, nullptr, "rename Total sTotal ",
        {"Total", 0, "type 101 s; click 1", {}, "!GENERAL|{}Price() + 1",
         "{}Price() + 1|sTotal|[ New Formula ]| Price Span Some", total}},
@@ -241,19 +243,19 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
         "{Expression} AND Expression|Range1|[ New Range ]| Price Total Span Some Formula1",
         "+Formula1=Tax +7 "}},
   };
-  for (const auto &[ask, rename, list, told, row, boxed] : rows) {
+  for (const auto &[ask, rename, list, said, row, boxed] : rows) {
     const Context ec;
     if (std::string(row.exp) == "Formula1") Make(ec, "7", row.exp);
     asked = ask, renamed = rename, listed = list;
     if (boxed != nullptr) AtBoxes([&] { boxed(ec); });
     CheckRow(row, ec);
-    EXPECT_EQ(heard, told) << row.acts;
+    EXPECT_EQ(heard, said) << row.acts;
   }
 }
 // clang-format on
 
 OrlWindowSystem changed;
-// A box can only be opened with memory: what it tells is that there was none before.
+// A box can only be opened with memory: it says that there was none before.
 intptr_t WithMemory(const OrlDialogTemplate *dialog, OrlWindow parent, OrlWindowProc proc,
                     intptr_t parameter) {
   TEST_FailAllocationsAfter(-1);
@@ -282,7 +284,7 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
         ORLSetWindowSystem(&changed);
         ORLBuildExpression(nullptr, ec, ORLHEXPFromName(ec, exp), 0);
       });
-      // Ahead of the parse are two copies, and that of the old name.
+      // Before the parse there are two copies, and that of the old name.
       const bool parsed = count >= (*exp == '\0' ? 2 : 3);
       EXPECT_EQ(Short(), saved ? "" : parsed ? "!MEMORY|{}7 * 8" : "!MEMORY|{}");
       EXPECT_EQ(saved ? blocks : TEST_LiveBlocks(), blocks);
@@ -302,7 +304,7 @@ TEST(EditorSave, TakesNoExpressionForAnother) {
     return 1;
   };
   Edit(ec, {}, [](OrlWindow d) { Act(d, "row 114 Old; click 116"); }, {ORL_IDYES});
-  EXPECT_EQ(ToldAll(), "");
+  EXPECT_EQ(AllMessages(), "");
   EXPECT_NE(ORLHEXPFromName(ec, "New"), nullptr);
 }
 
@@ -332,7 +334,7 @@ TEST(EditorSave, CountsBytesInEveryCodePage) {
 }
 
 TEST(EditorRecovery, RepairsABlockWhileItLoads) {
-  // The new text of A waits for E, which stands behind it, that of D for A.
+  // The new text of A waits for E, which follows it, that of D for A.
   const std::pair<const char *, const char *> formulas[] = {
       {"A", "1 + Nope"}, {"B", "("}, {"C", "2"}, {"D", "Bad(1)"}, {"E", "C() + 1"}, {"F", "A()"}};
   std::string block = '\3' + std::string(20, '\0') + '\xfc' + '\0' + '\6' + '\0';
@@ -343,7 +345,7 @@ TEST(EditorRecovery, RepairsABlockWhileItLoads) {
   const struct {
     std::map<std::string, std::string> acts;  // by the name that the editor opens with
     int32_t result;
-    std::string told, stored;  // with the values
+    std::string said, stored;  // with the values
   } rows[] = {
       {{{"A", a}, {"B", b}, {"D", d}}, 1, "", good},
       // A text that waits for nothing in the block is wrong here too; one for itself for ever.
@@ -356,7 +358,7 @@ TEST(EditorRecovery, RepairsABlockWhileItLoads) {
       {{{"A", a}, {"B", b}, {"D", "click 2"}}, 0, "", "B=1 + 1 2, C=2 2, "},
       {{{"A", a}, {"B", "close"}}, 0, "", ""},
   };
-  const auto tell = [](EC, const char *text, const FormulaError *) { ADD_FAILURE() << text; };
+  const auto report = [](EC, const char *text, const FormulaError *) { ADD_FAILURE() << text; };
   for (const auto &row : rows) {
     SCOPED_TRACE(row.stored);
     const HostedContext ec;
@@ -369,9 +371,9 @@ TEST(EditorRecovery, RepairsABlockWhileItLoads) {
     };
     WithUser(steps, {}, [&] {
       const auto size = static_cast<int32_t>(block.size());
-      EXPECT_EQ(ORLSetECContents(ec, size, block.data(), 1, tell), row.result);
+      EXPECT_EQ(ORLSetECContents(ec, size, block.data(), 1, report), row.result);
     });
-    EXPECT_EQ(Short(), row.told);
+    EXPECT_EQ(Short(), row.said);
     std::string stored;
     for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
       const std::string value = Evaluate(ec, ORLHEXPFromOrdinal(ec, i));

@@ -13,7 +13,7 @@ struct User {
   size_t answered = 0;
 };
 User user;
-std::vector<std::string> told;
+std::vector<std::string> messages;
 std::function<void()> atBoxes;
 
 std::string NameOf(OrlWindow dialog) {
@@ -31,7 +31,7 @@ std::string Joined(const std::vector<std::string> &parts, const char *separator)
 void AnswerBox(OrlWindow window) {
   OrlHeadlessBox box = {};
   ORLHeadlessBoxAt(ORLHeadlessBoxCount() - 1, &box);
-  told.push_back(std::string(box.caption) + "|" + box.text);
+  messages.push_back(std::string(box.caption) + "|" + box.text);
   if (atBoxes) atBoxes();
   const bool last = user.answered == user.answers.size();
   if (last || ORLHeadlessAnswer(window, user.answers[user.answered++]) == 0) {
@@ -46,7 +46,7 @@ int32_t PlayUser(void *, OrlWindow window) {
     user.steps(window);
     ORLHeadlessClose(window);
   } else {
-    told.push_back("!" + Text(window, 201) + "|" + Marked(window, 200));
+    messages.push_back("!" + Text(window, 201) + "|" + Marked(window, 200));
     if (atBoxes) atBoxes();
     ORLHeadlessClick(window, 202);
   }
@@ -95,7 +95,7 @@ std::vector<int32_t> Those(OrlWindow dialog, const std::vector<int32_t> &ids,
 void WithUser(const Steps &steps, const std::vector<int32_t> &answers,
               const std::function<void()> &action) {
   user = {steps, answers, 0};
-  told.clear();
+  messages.clear();
   ASSERT_EQ(ORLHeadlessStart(&PlayUser, nullptr), 1);
   action();
   ORLHeadlessEnd();
@@ -111,17 +111,17 @@ HEXP Edit(EC ec, const Opening &opening, const Steps &steps, const std::vector<i
   WithUser(steps, answers, [&] {
     result = ORLBuildExpressionOfType(nullptr, ec, opening.exp, opening.limit, opening.type,
                                       opening.item);
-    EXPECT_EQ(ORLHeadlessBitmapCount(), 0) << "behind the editor";
+    EXPECT_EQ(ORLHeadlessBitmapCount(), 0) << "after the editor";
   });
   return result;
 }
 
-const std::vector<std::string> &Told() {
-  return told;
+const std::vector<std::string> &Messages() {
+  return messages;
 }
 
-std::string ToldAll() {
-  return Joined(told, " / ");
+std::string AllMessages() {
+  return Joined(messages, " / ");
 }
 
 void Act(OrlWindow dialog, const std::string &acts) {

@@ -24,9 +24,9 @@ struct Opening {
 };
 
 // Runs an action with a user in front of it. For each editor that opens, `steps` are played once it
-// stands; where it is still open then it is cancelled. Question boxes are answered by `answers` in
-// turn, and by Cancel behind the last; error boxes are read and closed. What boxes and error boxes
-// have said stands in Told().
+// is open; where it is still open then it is cancelled. Question boxes are answered by `answers` in
+// turn, and by Cancel after the last; error boxes are read and closed. What boxes and error boxes
+// have said is in Messages().
 void WithUser(const Steps &steps, const std::vector<int32_t> &answers,
               const std::function<void()> &action);
 
@@ -39,11 +39,11 @@ HEXP Edit(EC ec, const Opening &opening, const Steps &steps,
 
 // What was said in the last run, in order: "caption|text" of a question box, "!message|text" of an
 // error box, its text with the selection marked as by Marked.
-const std::vector<std::string> &Told();
-std::string ToldAll();  // the same in one text, joined by " / "
+const std::vector<std::string> &Messages();
+std::string AllMessages();  // the same in one text, joined by " / "
 
 // Does what a user does, one thing after the other, and expects that each can be done, or cannot
-// where it begins with "no ". Rows are told by their text.
+// where it begins with "no ". Rows are named by their text.
 //   click ID | double LIST ROW | right LIST ROW | row LIST ROW | type ID TEXT | key ID NUMBER
 //   select ID FROM TO | wait MILLISECONDS | focus ID | close
 void Act(OrlWindow dialog, const std::string &acts);
@@ -54,7 +54,7 @@ OrlHeadlessState Look(OrlWindow dialog, int32_t id = ORL_HEADLESS_SELF);
 std::string Text(OrlWindow dialog, int32_t id = ORL_HEADLESS_SELF);
 // The text of an edit with its selection in braces: "A AND {Expression}", with the caret "A{}".
 std::string Marked(OrlWindow dialog, int32_t id = 100);
-// The rows of a list, "*" ahead of the current one, with ":data" behind where `data` is true.
+// The rows of a list, "*" before the current one, followed by ":data" where `data` is true.
 std::vector<std::string> Rows(OrlWindow dialog, int32_t list, bool data = false);
 std::string RowList(OrlWindow dialog, int32_t list, bool data = false);  // joined by ", "
 // The ids of `ids` that are enabled, or visible.

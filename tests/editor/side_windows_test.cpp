@@ -15,7 +15,7 @@ std::vector<Case> Cases(const char *section) {
 }
 
 std::vector<std::string> values;  // what the host lists
-std::vector<int32_t> mores;       // what it says in turn; nothing behind the last
+std::vector<int32_t> mores;       // what it says in turn; nothing after the last
 std::string calls;
 
 void ListValues(EC, const char *name, void *list, int32_t first, int32_t *more) {
@@ -46,7 +46,7 @@ struct Context : HostedContext {
   }
 };
 
-// Plays acts for the editor, the window of a name beside it (behind the first bar), and the editor
+// Plays acts for the editor, the window of a name beside it (after the first bar), and the editor
 // again. The window, or null.
 OrlWindow Play(OrlWindow d, const std::string &acts, const char *name) {
   const size_t first = acts.find('|'), last = acts.rfind('|');

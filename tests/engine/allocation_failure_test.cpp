@@ -40,7 +40,7 @@ OwnedContext Prepared(HostData *host) {
 enum class State { Same, MayDiffer, Dead };
 const auto kNothingFirst = [](EC) {};
 
-// Runs the operation with the n-th allocation failing, for each n, until it gives true. What stands
+// Runs the operation with the n-th allocation failing, for each n, until it returns true. What is
 // in `first` is done before, with memory.
 void Sweep(const char *what, State afterFailure, const std::function<bool(EC)> &operation,
            const std::function<void(EC)> &first = kNothingFirst) {
@@ -62,7 +62,7 @@ void Sweep(const char *what, State afterFailure, const std::function<bool(EC)> &
         context.release();  // NOLINT(bugprone-unused-return-value): the failure has destroyed it
       } else if (!done && afterFailure != State::MayDiffer) {
         EXPECT_EQ(Snapshot(ec), state);
-        // A table may have grown ahead of need, but no block may be lost in numbers.
+        // A table may have grown before it is needed, but no block may be lost in numbers.
         EXPECT_LE(TEST_LiveBlocks(), blocks + 2);
       }
       // It goes on working.
@@ -77,7 +77,7 @@ void Sweep(const char *what, State afterFailure, const std::function<bool(EC)> &
 }
 
 // Every kind of token and node, and texts with a fault of their own: the answer is the usual one or
-// no memory. Behind a sign, where only a number can follow, one without memory is a syntax error.
+// no memory. After a sign, where only a number can follow, one without memory is a syntax error.
 TEST(AllocationFailure, Parse) {
   for (const char *text : {"1",
                            "-1 + 2 * Amount",

@@ -26,8 +26,8 @@ void OnSmallStack(void (*body)()) {
   EXPECT_EQ(TEST_LiveBlocks(), before);
 }
 
-std::string Formula(int i, const char *behind = "") {
-  return "F" + std::to_string(i) + behind;
+std::string Formula(int i, const char *tail = "") {
+  return "F" + std::to_string(i) + tail;
 }
 
 void MillionTerms() {

@@ -132,7 +132,7 @@ TEST(Context, CopyTakesOverItemsSettingsAndTexts) {
   EXPECT_EQ(twin->operators[kGroupAdd].procs[2], nullptr);
   EXPECT_EQ(ORLGetUserLong(twin), ORLGetUserLong(ec));
   const std::string all = Snapshot(ec);
-  ec.owned.reset();  // the copy stands alone
+  ec.owned.reset();  // the copy is independent
   EXPECT_EQ(Snapshot(twin),
             all.substr(0, all.find("Early:")) + "Two:0=Amount * 2\nList:0=Amount, Tax\nLate:0=7\n");
   EXPECT_EQ(Evaluate(twin, ORLHEXPFromName(twin, "Two")), "10");
@@ -145,8 +145,8 @@ TEST(ErrorText, IsCutAndCounted) {
   for (const int32_t size : {-1, 0, 1, 5, length, length + 1, 100}) {
     std::fill_n(buffer, sizeof buffer, '#');
     EXPECT_EQ(ORLErrorText(ORL_ERR_FUNC, size, buffer), length) << size;
-    const auto room = static_cast<size_t>(std::max(size, 0));
-    const std::string written = room == 0 ? "" : text.substr(0, room - 1) + '\0';
+    const auto capacity = static_cast<size_t>(std::max(size, 0));
+    const std::string written = capacity == 0 ? "" : text.substr(0, capacity - 1) + '\0';
     EXPECT_EQ(std::string(buffer, sizeof buffer),
               written + std::string(sizeof buffer - written.size(), '#'))
         << size;

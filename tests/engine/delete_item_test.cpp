@@ -102,7 +102,7 @@ struct Host {
   std::string asked;
 } host;
 
-int32_t AnswerAsTold(EC ec, HEXP exp, ExprItem *row) {
+int32_t AnswerAsPlanned(EC ec, HEXP exp, ExprItem *row) {
   EXPECT_STREQ(row->name, "X");
   const Answer answer = host.answers[host.asked.size() % host.answers.size()];
   char name[8];
@@ -174,7 +174,7 @@ TEST(DeleteItem, AsksInTheOrderOfTheModel) {
     const int64_t before = TEST_LiveBlocks();
     EC ec = ContextOf(model.formulas);
     const bool deleted = model.Delete();
-    EXPECT_EQ(ORLDeleteExpItem(ec, ORL_INPUT, "X", &AnswerAsTold), deleted ? 1 : 0);
+    EXPECT_EQ(ORLDeleteExpItem(ec, ORL_INPUT, "X", &AnswerAsPlanned), deleted ? 1 : 0);
     EXPECT_EQ(host.asked, model.asked);
     std::string left;
     for (const Formula &f : model.formulas) left += f.name;
@@ -194,7 +194,7 @@ TEST(DeleteItem, NeedsNoMemory) {
     host = {{Answer::Destroy}, ""};
     EC ec = ContextOf(formulas);
     TEST_FailAllocationsAfter(static_cast<int64_t>(random() % 2));
-    EXPECT_EQ(ORLDeleteExpItem(ec, ORL_INPUT, "X", &AnswerAsTold), 1);
+    EXPECT_EQ(ORLDeleteExpItem(ec, ORL_INPUT, "X", &AnswerAsPlanned), 1);
     TEST_FailAllocationsAfter(-1);
     for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
       EXPECT_EQ(ORLIsItemUsed(ec, ORLHEXPFromOrdinal(ec, i), ORL_INPUT, "X"), 0) << NamesIn(ec);
@@ -208,7 +208,7 @@ TEST(DeleteItem, WithoutTheRowThereIsNothingToAsk) {
   host = {{Answer::Refuse}, ""};
   EC ec = ContextOf({{"a", true, {}}, {"b", false, {"a"}}});
   EXPECT_EQ(ORLDelExpItemNoCheck(ec, ORL_INPUT, "X"), 1);
-  EXPECT_EQ(ORLDeleteExpItem(ec, ORL_INPUT, "X", &AnswerAsTold), 1);
+  EXPECT_EQ(ORLDeleteExpItem(ec, ORL_INPUT, "X", &AnswerAsPlanned), 1);
   EXPECT_EQ(host.asked, "");
   EXPECT_EQ(NamesIn(ec), "ab");
   ORLDestroyEC(ec);
@@ -222,7 +222,7 @@ TEST(DeleteItem, BelowALongChain) {
   }
   host = {{Answer::Destroy}, ""};
   EC ec = ContextOf(formulas);
-  EXPECT_EQ(ORLDeleteExpItem(ec, ORL_INPUT, "X", &AnswerAsTold), 1);
+  EXPECT_EQ(ORLDeleteExpItem(ec, ORL_INPUT, "X", &AnswerAsPlanned), 1);
   EXPECT_EQ(ORLGetExpressionCount(ec), 0);
   ORLDestroyEC(ec);
 }

@@ -138,8 +138,8 @@ TEST(Evaluate, PlainArithmeticIsNoDate) {
   EXPECT_LT(dates, 20000 / 10) << "texts that may hold a date";
 }
 
-// Both operands and all arguments are computed even when one has no value; not so what stands
-// behind the declared parameters, and what is passed by name.
+// Both operands and all arguments are computed even when one has no value; not so what
+// follows the declared parameters, and what is passed by name.
 TEST(Evaluate, OrderAndHandlesOfHostCalls) {
   EvaluationContext ec;
   HEXP inner = Make(ec, "Amount + Tax", "Inner");

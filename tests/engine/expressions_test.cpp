@@ -74,8 +74,8 @@ TEST(Expressions, KindsOfNames) {
 
 TEST(Expressions, LookupsAndOrdinals) {
   const HostedContext ec, other;
-  HEXP stranger = Make(other, "1");
-  EXPECT_EQ(ORLGetExpressionOrdinal(ec, stranger), -1);
+  HEXP foreign = Make(other, "1");
+  EXPECT_EQ(ORLGetExpressionOrdinal(ec, foreign), -1);
   EXPECT_EQ(ORLHEXPFromName(ec, "A"), nullptr);
   HEXP a = Make(ec, "1", "A");
   HEXP b = Make(ec, "2", "B");
@@ -85,8 +85,8 @@ TEST(Expressions, LookupsAndOrdinals) {
   for (const char *name : {"a", "Amount", ""}) EXPECT_EQ(ORLHEXPFromName(ec, name), nullptr);
   EXPECT_EQ(ORLHEXPFromOrdinal(ec, 65537), b);  // an ordinal has 16 bits
   for (int32_t ordinal : {-1, 3, 65535}) EXPECT_EQ(ORLHEXPFromOrdinal(ec, ordinal), nullptr);
-  EXPECT_EQ(ORLGetExpressionOrdinal(ec, stranger), -1);
-  EXPECT_EQ(ORLDestroyEXP(ec, stranger), 0);
+  EXPECT_EQ(ORLGetExpressionOrdinal(ec, foreign), -1);
+  EXPECT_EQ(ORLDestroyEXP(ec, foreign), 0);
   EXPECT_EQ(ORLDestroyEXP(ec, a), 1);
   EXPECT_EQ(ORLHEXPFromName(ec, "A"), again);
   EXPECT_EQ(ORLGetExpressionOrdinal(ec, again), 1);

@@ -23,13 +23,13 @@ uint32_t &At(HandleArray array, size_t index) {
 TEST(HandleArray, Create) {
   struct Row {
     int32_t size, count;
-    uint32_t told;  // 0: refused
+    uint32_t reported;  // 0: refused
   };
   for (const Row &row :
        {Row{4, 0, 4}, Row{4, 3, 196612}, Row{12, 1, 65548}, Row{0, 1, 0}, Row{-4, 1, 0},
         Row{4, -1, 0}, Row{4, 65535, 0xffff0004}, Row{4, 65536, 0}, Row{INT32_MAX, INT32_MAX, 0}}) {
     HandleArray array = HandleArrayCreate(row.size, row.count);
-    EXPECT_EQ(array == nullptr ? 0 : HandleArrayCount(array), row.told)
+    EXPECT_EQ(array == nullptr ? 0 : HandleArrayCount(array), row.reported)
         << row.size << " x " << row.count;
     HandleArrayFree(array);
   }
@@ -53,7 +53,7 @@ TEST(HandleArray, LocksNestAndRefusalsLeaveNone) {
 TEST(HandleArray, NoRowBeyondTheLimitOrWithoutMemory) {
   HandleArray array = HandleArrayCreate(4, 1);
   At(array, 0) = 5;
-  // Growth may have room in reserve, so append until memory is asked for.
+  // Growth may keep space in reserve, so append until memory is asked for.
   TEST_FailAllocationsAfter(0);
   EXPECT_EQ(HandleArrayCreate(4, 1), nullptr);
   uint32_t rows = 1;

@@ -44,7 +44,7 @@ TEST(Items, RecordsAreCopied) {
   row.item.paramCount = 2;
   row.parameters[0] = {1, 2, 3};
   row.parameters[1] = {0, 1, 0};
-  row.parameters[2] = {9, 9, 9};  // behind the count: not read
+  row.parameters[2] = {9, 9, 9};  // after the count: not read
   ASSERT_EQ(ORLAddExpressionItem(ec, &row.item), 1);
   routineName[0] = 'x';
   row.parameters[0].dataType = 7;

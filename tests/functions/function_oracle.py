@@ -183,13 +183,13 @@ def section(page):
 
 
 def write_section(value, prefix, places, fraction, suffix):
-    digits, _, behind = f"{abs(value):.{max(len(fraction) - 1, 0)}f}".partition(".")
+    digits, _, decimals = f"{abs(value):.{max(len(fraction) - 1, 0)}f}".partition(".")
     digits = digits.lstrip("0").zfill(len(places.replace(",", "").lstrip("#"))) if places else ""
     if "," in places:
         digits = re.sub(r"(?<=\d)(?=(\d{3})+$)", ",", digits)
-    behind = behind.rstrip("0").ljust(len(fraction.rstrip("#")) - 1, "0")
+    decimals = decimals.rstrip("0").ljust(len(fraction.rstrip("#")) - 1, "0")
     end = suffix.rstrip("%")
-    return (AFFIXES.get(prefix, prefix) + digits + ("." if behind else "") + behind +
+    return (AFFIXES.get(prefix, prefix) + digits + ("." if decimals else "") + decimals +
             AFFIXES.get(end, end) + suffix[len(end):])
 
 
@@ -318,11 +318,11 @@ def cut_cases(page, text):
     case(page, "StrTrim", "tt", text, text.strip(" "))
     case(page, "StrRTrim", "tt", text, text.rstrip(" "))
     case(page, "StrLTrim", "tt", text, text.lstrip(" "))
-    # The limits are counted in bytes, and that of the stretch comes from the replacement.
+    # The limits are counted in bytes, and that of the replaced part follows from the replacement.
     other = text_of(page, 6)
     at = min(max(whole(p), 0), len(text.encode(PAGES[page])))
-    stretch = min(size, len(other.encode(PAGES[page])))
-    case(page, "StrReplace", "tnntt", text, p, n, other, text[:at] + other + text[at + stretch:])
+    replaced = min(size, len(other.encode(PAGES[page])))
+    case(page, "StrReplace", "tnntt", text, p, n, other, text[:at] + other + text[at + replaced:])
 
 
 def string_cases(page):

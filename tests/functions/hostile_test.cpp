@@ -35,7 +35,7 @@ NumberValue ValueOf(const void *bytes) {
 }
 
 // Numbers, dates and foreign bytes, each also where the others are expected. No count lies between
-// a thousand and what no block has room for, or texts of gigabytes would be made.
+// a thousand and what fits into no block, or texts of gigabytes would be made.
 std::string RandomValue(std::mt19937 &random) {
   static const char *const values[] = {
       "n:0",  "n:1",  "n:-1", "n:2",  "n:0.5",  "n:-0.5",  "n:3",          "n:2147483647",
@@ -162,7 +162,7 @@ void CheckValue(const HostileCall &call) {
 }
 
 // A text may fail when memory does, then the block must grow in another attempt; else only for a
-// count that no block has room for, which is the last argument of its function.
+// count that fits into no block, which is the last argument of its function.
 bool MayRefuse(HostileCall &call, int32_t resultSize) {
   static const std::set<std::string> counting = {"StrSpaces", "StrPad", "StrRepeat"};
   if (!call.withResult) return true;
@@ -180,9 +180,9 @@ TEST(HostileCalls, NeitherCrashNorPassTheirBlocks) {
   for (size_t i = 0; i < size_t{46} * 1000; i++) {
     const int64_t blocks = TEST_LiveBlocks();
     HostileCall call = RandomCall(FunctionRows()[i % 46], random);
-    std::string told = call.row->name + " in " + std::to_string(call.page);
-    for (const std::string &bytes : call.bytes) told += " " + Shown(bytes.substr(0, 60));
-    SCOPED_TRACE(told);
+    std::string trace = call.row->name + " in " + std::to_string(call.page);
+    for (const std::string &bytes : call.bytes) trace += " " + Shown(bytes.substr(0, 60));
+    SCOPED_TRACE(trace);
     void *const block = call.block;
     const auto resultSize = static_cast<int32_t>(random() % 8 == 0 ? 0 : call.size);
     const int32_t done = Compute(call, resultSize);

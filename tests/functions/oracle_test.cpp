@@ -13,7 +13,7 @@
 
 namespace {
 
-// A value of a line, whose texts stand in hexadecimal.
+// A value of a line, whose texts are in hexadecimal.
 std::string Decoded(const std::string &field) {
   if (field[0] != 't') {
     return field;

@@ -99,7 +99,7 @@ class PostgreSQL:
         self.server = self.start("postgres", "-D", folder / "data", "-c", "listen_addresses=", "-c", "fsync=off",
                                  "-c", f"unix_socket_directories={folder}")
         self.wait()
-        # The user without rights may not read the folder that the project stands in.
+        # The user without rights may not read the folder that the project is in.
         data = folder / "weather.csv"
         shutil.copyfile(support.WEATHER, data)
         data.chmod(0o644)

@@ -1,6 +1,6 @@
 """Sessions with orli as data: sessions.txt, each in a folder of its own.
 
-Below a command stand its output, its errors after "! ", and its exit status in brackets unless 0.
+Below a command follow its output, its errors after "! ", and its exit status in brackets unless 0.
 
     host_transcript_test.py --write    puts what the commands write now into the file, to be read
                                        before it is committed

@@ -74,7 +74,7 @@ TEST(HostValues, AreListedInOrderAndInsertedAsLiterals) {
       Act(list, std::string("double 100 ") + row.value);
       Act(d, "click 1");
     });
-    ASSERT_NE(exp, nullptr) << row.item << ToldAll();
+    ASSERT_NE(exp, nullptr) << row.item << AllMessages();
     std::string saved(100, '\0');
     saved.resize(
         static_cast<size_t>(ORLGetExpressionText(file.session.ec.get(), exp, 100, saved.data())));

@@ -1,6 +1,6 @@
 // Random sentences, sound and damaged, and random strings of tokens: the engine and a reference
 // parser must agree on the tree with all its types and spans, or on the error. The reference is a
-// recursive descent over tokens that stand in the text with one tab between them, with the type
+// recursive descent over tokens that are in the text with one tab between them, with the type
 // rules written out once more.
 #include <gtest/gtest.h>
 
@@ -36,7 +36,7 @@ struct Span {
 };
 
 struct Node {
-  std::string label, extra, children;  // extra: what stands in the brackets behind the span
+  std::string label, extra, children;  // extra: what is in the brackets after the span
   int type = 0;
   Span span;
   bool item = false;  // an input item or keyword, whose name is the label
@@ -408,7 +408,7 @@ OwnedContext RandomContext(Random &random, Language &language) {
   return context;
 }
 
-// Every node's parent and siblings must agree with where it stands.
+// Every node's parent and siblings must agree with its place.
 void ExpectLinked(const ExprNode *root) {
   EXPECT_EQ(NodeParent(root), nullptr);
   for (const ExprNode *node = root; node != nullptr; node = ExprNodeNext(root, node)) {

@@ -12,7 +12,7 @@
 
 namespace {
 
-using Places = uint64_t;  // bit i: a reading stands before byte i
+using Places = uint64_t;  // bit i: a reading is before byte i
 
 constexpr size_t kRules = 15, kDateRule = 8;
 
@@ -121,7 +121,7 @@ struct Matcher {
     MaybeMarker(n | pointed | twicePointed);
   }
 
-  // A quote ends the text unless the next byte is a quote too; behind backslashes and quotes any
+  // A quote ends the text unless the next byte is a quote too; after backslashes and quotes any
   // quote may end it.
   Places String(Places start) {
     Places inside = One(start, "'"), closed = 0;

@@ -18,7 +18,7 @@
 
 namespace {
 
-// The value of the token that the state stands at.
+// The value of the token that the state is at.
 std::string ValueOf(const ParseState &state, int32_t code) {
   const std::string_view text = TextAt(state, state.tokenOffset, state.tokenSpan);
   switch (code) {
@@ -70,7 +70,7 @@ OwnedContext ScanContext() {
   return context;
 }
 
-// Scans the text, and once more behind its end, which must say the same.
+// Scans the text, and once more after its end, which must say the same.
 ScanResult ScanWhole(EC ec, const ScanInput &input) {
   EXPECT_EQ(WRENSetCodePage(input.codePage), 1);
   ParseState state;
@@ -80,7 +80,7 @@ ScanResult ScanWhole(EC ec, const ScanInput &input) {
   do {
     result.tokens.push_back(ScanOne(state));
   } while (result.tokens.back().code != TOK_END && result.tokens.size() <= input.text.size() + 1);
-  EXPECT_EQ(PrintAll(ScanOne(state)), PrintAll(result.tokens.back())) << "behind the end";
+  EXPECT_EQ(PrintAll(ScanOne(state)), PrintAll(result.tokens.back())) << "after the end";
   if (state.badDateSeen) {
     result.failures = " bad date " + Place(state.badDateOffset, state.badDateLength);
   }
@@ -129,7 +129,7 @@ TEST(Scanner, ReadsTexts) {
 TEST(Scanner, EndsTheTextWhereAMatchFillsTheBuffer) {
   const std::string word(2046, 'w'), name = ":" + word;
   const std::pair<std::string, std::string> rows[] = {
-      {word, "IDENT@0+2046" + name},                        // room for the last blank
+      {word, "IDENT@0+2046" + name},                        // space for the last blank
       {word + "w", " error 112@2049+1"},                    // the last blank could go on
       {word + "w)", "IDENT@0+2047" + name + "w )@2047+1"},  // full, and no way on
       {"1+" + word + word, "NUMBER@0+1 +@1+1 error 112@2050+2"},

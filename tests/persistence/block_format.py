@@ -7,7 +7,7 @@
     block_format.py show          reads blocks in hexadecimal, a line each, and prints their content
                                   as a line of text
 
-Values: an item is the sum of its name's bytes modulo 97, a text item that number behind a "v"; an
+Values: an item is the sum of its name's bytes modulo 97, a text item that number after a "v"; an
 operator that has a routine gives its left operand.
 """
 
@@ -18,7 +18,7 @@ import struct
 import sys
 
 ITEM_SIZE = [54, 60, 85, 85]
-NAME_ROOM = [40, 40, 65, 65]
+NAME_SIZE = [40, 40, 65, 65]
 INPUTS, FUNCTIONS, FORMULAS = 250, 251, 252
 UNIT = re.compile(rb"(year|month|day|hour|minute|second)s?", re.IGNORECASE)
 TOKEN = re.compile(rb'"[^"]*"|[^ \t\r()*+\-/|%,"]+')
@@ -65,7 +65,7 @@ def section(tag, rows):
 
 
 def fixed_part(item, version):
-    form = f"<hhII{NAME_ROOM[version]}shHHH"
+    form = f"<hhII{NAME_SIZE[version]}shHHH"
     stale = 0x08F3A120 if version < 2 else 0  # addresses that a run long ago left there
     return struct.pack(form, item.kind, item.data_type, stale, stale, item.name, item.param_count,
                        item.sub_class, item.optional, item.flags)[:ITEM_SIZE[version]]
@@ -95,9 +95,9 @@ def read(data):
     reader.take(1 if version else 0)
     content = Content([reader.text() for _ in range(20)], [], [])
     for _ in reader.rows(INPUTS):
-        room = NAME_ROOM[version]
-        fixed = reader.take(ITEM_SIZE[version]).ljust(12 + room + 8, b"\0")
-        kind, data_type, name, *rest = struct.unpack(f"<hh8x{room}shHHH", fixed)
+        size = NAME_SIZE[version]
+        fixed = reader.take(ITEM_SIZE[version]).ljust(12 + size + 8, b"\0")
+        kind, data_type, name, *rest = struct.unpack(f"<hh8x{size}shHHH", fixed)
         name = name.rstrip(b"\0") if version > 1 else name.split(b"\0")[0]
         content.items.append(Item(name, kind, data_type, *rest, reader.text()))
     for _ in reader.rows(FUNCTIONS) if version == 0 else []:
@@ -110,7 +110,7 @@ def read(data):
 
 
 def renamed(text):
-    """The text with "_" ahead of every word that is a date unit."""
+    """The text with "_" before every word that is a date unit."""
     return TOKEN.sub(lambda m: b"_" + m[0] if UNIT.fullmatch(m[0]) else m[0], text)
 
 
@@ -134,7 +134,7 @@ def after_load(content, version, report_class):
     return Content(content.operators, items, formulas)
 
 
-class Maker:
+class Generator:
     """Makes one random content, and knows what its formulas compute."""
 
     def __init__(self, rng, version):
@@ -157,7 +157,7 @@ class Maker:
 
     def item(self, n):
         rng = self.rng
-        most = NAME_ROOM[self.version] - 1
+        most = NAME_SIZE[self.version] - 1
         name = rng.choice([b"Item%d", b'"unit price %d"', b'A."my column".c%d', b"`a '%d`"]) % n
         name = name.ljust(most, b"x") if rng.randrange(5) == 0 and name[0] == 73 else name
         if self.names and rng.randrange(2):
@@ -217,13 +217,13 @@ class Maker:
 
 
 def print_case(rng, version):
-    maker = Maker(rng, version)
-    content, report_class = maker.content(), rng.choice([0, 7])
+    generator = Generator(rng, version)
+    content, report_class = generator.content(), rng.choice([0, 7])
     block = content.write(version)
     assert read(block)[0].line() == content.line() and read(block)[0].functions == content.functions
     expected = after_load(content, version, report_class)
     values = [text.decode("latin-1") if value == "text" else str(value)
-              for (text, _), (_, _, value) in zip(expected.formulas, maker.formulas)]
+              for (text, _), (_, _, value) in zip(expected.formulas, generator.formulas)]
     print(version, report_class and 1, block.hex(), expected.write(3).hex(), "|".join(values) + "|")
 
 

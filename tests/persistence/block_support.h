@@ -11,10 +11,11 @@
 #include "engine/context.h"
 #include "support/context.h"
 
-// What the host was told in a load: "?name" for a lookup, "!text id@offset+length" for an error.
+// What the host was notified of in a load: "?name" for a lookup, "!text id@offset+length" for an
+// error.
 inline std::string hostLog;
 
-// Gives the value by which block_format.py computes. A "_" ahead has come by the load.
+// Gives the value by which block_format.py computes. A leading "_" was added by the load.
 inline int32_t NameValue(EC, HEXP, int32_t size, void **value, const char *name) {
   const std::string bytes = name + (*name == '_' ? 1 : 0);
   const auto add = [](int sum, char byte) { return sum + static_cast<uint8_t>(byte); };
@@ -66,7 +67,7 @@ inline int32_t Load(EC ec, const std::string &block, bool formulas = true) {
   return ORLSetECContents(ec, size, copy.get(), formulas ? 1 : 0, &NoteError);
 }
 
-// What is laid down in the room that is asked for.
+// The block, written into a buffer of the size that is asked for.
 inline std::string BlockOf(EC ec) {
   std::string block(static_cast<size_t>(ORLGetECBlockSize(ec, 1)), '\xEE');
   const int32_t size = ORLGetECBlock(ec, static_cast<int32_t>(block.size()), block.data());
@@ -74,7 +75,7 @@ inline std::string BlockOf(EC ec) {
 }
 
 // All that is stored of a context, in a line: "op3=Name", "Name(kind,type,...)=RoutineName" with
-// "!" behind it where the routine is missing, "-" for an empty element, "Name:=Text".
+// "!" after it where the routine is missing, "-" for an empty element, "Name:=Text".
 inline std::string StateOf(EC ec) {
   std::string state;
   for (int32_t i = 0; i < kGroupCount * kOperatorTypes; i++) {

@@ -1,4 +1,4 @@
-// The stored form of a context as its host sees it: what is written into how much room, and what a
+// The stored form of a context as its host sees it: what is written into how many bytes, and what a
 // block of any version, whole or faulty, leaves in the context that reads it.
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ std::string Text(const std::string &text) {
 std::string Header(int tag, int count) {
   return {static_cast<char>(tag), 0, static_cast<char>(count), static_cast<char>(count >> 8)};
 }
-// The start up to the operator texts; `slots` is all of them, as they stand in the block.
+// The start up to the operator texts; `slots` is all of them, as they are in the block.
 std::string Start(int version, const std::string &slots = std::string(20, '\0')) {
   return (version == 0 ? "" : std::string(1, static_cast<char>(version))) + slots;
 }
@@ -80,13 +80,13 @@ struct Pieces {
   Texts operators, inputs, formulas;
 };
 
-// What fits into the room: of the texts and inputs each that does, of the formulas none behind one
-// that does not; no section behind a loss, and no header that has no room for a byte behind it.
-std::string Fitting(const Pieces &pieces, int64_t room) {
+// What fits into a capacity: of the texts and inputs each that does, of the formulas none after one
+// that does not; no section after a loss, and no header without a byte after it.
+std::string Fitting(const Pieces &pieces, int64_t capacity) {
   std::string block = "\x03";
   bool lost = false;
-  const auto put = [&](const std::string &piece, int64_t behind) {
-    const bool fits = static_cast<int64_t>(block.size() + piece.size()) + behind <= room;
+  const auto put = [&](const std::string &piece, int64_t following) {
+    const bool fits = static_cast<int64_t>(block.size() + piece.size()) + following <= capacity;
     lost = lost || !fits;
     if (fits) block += piece;
   };
@@ -118,14 +118,14 @@ TEST(BlockWriter, EveryCapacity) {
   ASSERT_EQ(Load(ec.get(), whole), 1);
   const auto size = static_cast<int32_t>(whole.size());
   ASSERT_EQ(ORLGetECBlockSize(ec.get(), 1), size);
-  for (int32_t room = -1; room <= size + 1; room++) {
-    const std::string fitting = Fitting(pieces, room);
-    const size_t bytes = static_cast<size_t>(std::max(room, 1));
+  for (int32_t capacity = -1; capacity <= size + 1; capacity++) {
+    const std::string fitting = Fitting(pieces, capacity);
+    const size_t bytes = static_cast<size_t>(std::max(capacity, 1));
     const auto buffer = ExactBuffer(bytes);
-    const int32_t result = ORLGetECBlock(ec.get(), room, buffer.get());
-    ASSERT_EQ(result, static_cast<int32_t>(fitting.size())) << "capacity " << room;
+    const int32_t result = ORLGetECBlock(ec.get(), capacity, buffer.get());
+    ASSERT_EQ(result, static_cast<int32_t>(fitting.size())) << "capacity " << capacity;
     const std::string untouched(bytes - fitting.size(), '\x7E');
-    ASSERT_EQ(Hex({buffer.get(), bytes}), Hex(fitting + untouched)) << "capacity " << room;
+    ASSERT_EQ(Hex({buffer.get(), bytes}), Hex(fitting + untouched)) << "capacity " << capacity;
   }
   const int32_t inputsAlone = ORLGetECBlockSize(ec.get(), 0);
   EXPECT_EQ(Fitting(pieces, inputsAlone), whole.substr(0, whole.find('\xFC')));
@@ -207,7 +207,7 @@ TEST(BlockReader, OperatorsAndInputs) {
       {"the last text has no end", Start(3, ops.substr(0, 25)), 0, "?OpA ", "op3=OpA "},
       {"an operator unknown", Start(3, Text("OpA") + Text("Unknown") + ops), 0, "?OpA ?Unknown ",
        "op0=OpA "},
-      {"an end behind the 19th", Start(3, empty.substr(2) + Text("OpA")), 0, "?OpA ", "op18=OpA "},
+      {"an end after the 19th", Start(3, empty.substr(2) + Text("OpA")), 0, "?OpA ", "op18=OpA "},
       {"a routine without a name", Start(3) + Header(250, 1) + Fixed(3, "A") + Text(""), 1, "? ",
        "A(1,0,0,0,0,0)= "},
       {"two of a name", Start(3) + Inputs(3, {"A", "A"}) + Formulas({"F=1", "F=2"}), 1,
@@ -225,7 +225,7 @@ TEST(BlockReader, SectionsAndTheirEnds) {
   std::string two = Header(251, 1) + Fixed(0, "Old") + std::string(12, '\7');
   two[4 + 52] = 2;
   ExpectRead({
-      {"one byte behind the operators", v3 + "\xFA", 1, "", ""},
+      {"one byte after the operators", v3 + "\xFA", 1, "", ""},
       {"a tag alone", v3 + no.substr(0, 2), 0, "", ""},
       {"a header is no end", v3 + no, 0, "", ""},
       {"no rows", v3 + no + net, 1, "", "N:=2 "},
@@ -233,11 +233,11 @@ TEST(BlockReader, SectionsAndTheirEnds) {
       {"half a row", v3 + Header(250, 1) + row.substr(1), 0, "", "- "},
       {"a row's fixed part is no end", v3 + Header(250, 1) + row, 0, "", "- "},
       {"a routine's name without end", v3 + Header(250, 1) + row + x, 0, "", "A(1,0,0,0,0,0)=! "},
-      {"fewer rows than told", v3 + Header(250, 2) + kOneRow.substr(4), 0, kAsked, kAmount + "- "},
+      {"fewer rows than the count", v3 + Header(250, 2) + kOneRow.substr(4), 0, kAsked, kAmount + "- "},
       {"a second section of rows", v3 + kOneRow + kOneRow + net, 1, kAsked, kAmount},
       {"a section that is not known", v3 + kOneRow + "\xFA\x01\x01" + net, 1, kAsked, kAmount},
-      {"bytes behind all", kWorked + x + net, 1, kAsked, kAmount + "Net:=Amount*2 "},
-      {"formulas ahead of inputs", v3 + net + kOneRow, 1, "", "N:=2 "},
+      {"bytes after all", kWorked + x + net, 1, kAsked, kAmount + "Net:=Amount*2 "},
+      {"formulas before inputs", v3 + net + kOneRow, 1, "", "N:=2 "},
       {"functions where none can be", v3 + old + net, 1, "", ""},
       {"in version 2", Start(2) + old + net, 1, "", ""},
       {"in version 1", Start(1) + old + net, 1, "", ""},
@@ -262,7 +262,7 @@ TEST(BlockReader, Formulas) {
   const auto rows = [](int version, const Texts &all) { return Start(version) + Formulas(all); };
   const std::string name300(300, 'n');
   ExpectRead({
-      {"a reference ahead", rows(3, {"A=B()", "B=2"}), 1, "", "A:=B() B:=2 "},
+      {"a forward reference", rows(3, {"A=B()", "B=2"}), 1, "", "A:=B() B:=2 "},
       {"blanks in it", rows(2, {"A=B  ()", "B=2"}), 1, "", "A:=B  () B:=2 "},
       {"a chain", rows(3, {"A=B()", "B=C()", "C=3"}), 1, "", "A:=B() B:=C() C:=3 "},
       {"in ranges and sets", rows(3, {"R=(B()) AND 3", "S=1, B()", "B=2"}), 1, "",
@@ -300,7 +300,7 @@ TEST(BlockReader, WhatChangedSinceOlderVersions) {
        {.reportAverage = -1}},
       {"a name that is a unit", days + Formulas({"F=Days*2"}), 1, asked, renamed + "F:=_Days*2 "},
       {"it stays in 1", Start(1) + Inputs(1, {"Days"}), 1, asked, Input("Days")},
-      {"the stored text is told", days + Formulas({"F=Days*Nope"}), 0,
+      {"the stored text is reported", days + Formulas({"F=Days*Nope"}), 0,
        asked + "!Days*Nope 102@6+4 ", renamed},
       {"units change too", days + Formulas({"F=2012-01-31 + 7 DAYS"}), 0,
        asked + "!2012-01-31 + 7 DAYS 109@16+5 ", renamed},
@@ -324,7 +324,7 @@ TEST(BlockReader, NothingToRead) {
   EXPECT_EQ(StateOf(ec.get()), "");
 }
 
-TEST(BlockReader, SecondBlockComesBehindTheFirst) {
+TEST(BlockReader, SecondBlockIsAddedToTheFirst) {
   const OwnedContext ec = ContextFor({});
   EXPECT_EQ(Load(ec.get(), Start(3) + Inputs(3, {"A"}) + Formulas({"F=A"})), 1);
   EXPECT_EQ(Load(ec.get(), Start(3) + Inputs(3, {"B"}) + Formulas({"G=A+B"})), 1);
@@ -384,7 +384,7 @@ TEST(ParseFormulas, WhateverTheirOrder) {
 }
 
 // As many formulas as a block can hold, each of which needs the next, and the first one all, the
-// last of the chain ahead.
+// last of the chain before them.
 TEST(BlockReader, LongChains) {
   constexpr int kCount = 32767;
   std::vector<int> order(kCount);

@@ -23,18 +23,18 @@ const OrlControl kControls[] = {
     {18, ORL_CONTROL_EDIT, 0, "", 0, 120, 40, 14},
     {19, ORL_CONTROL_BUTTON, 0, "Beside", 40, 120, 40, 14}};
 
-std::ostringstream told;
+std::ostringstream noted;
 OrlWindowProc editProc;
 OrlWindow beside;
 
 struct User {
   bool came;
-  std::string todo;  // the first act behind "/" waits for the next dialog
+  std::string todo;  // the first act after "/" waits for the next dialog
   std::vector<int32_t> answers;
 };
 
 intptr_t Watch(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (message != ORL_WM_DESTROY) told << "!" << message << " ";
+  if (message != ORL_WM_DESTROY) noted << "!" << message << " ";
   const bool swallowed = message == ORL_WM_CHAR && wParam == 'x';
   return swallowed ? 0 : sys.CallWindowProc(editProc, window, message, wParam, lParam);
 }
@@ -47,9 +47,9 @@ void Open(OrlWindow dialog, int32_t id) {
   if (id <= 2) sys.EndDialog(dialog, id);
   if (id == 14 || id == 15) sys.CheckRadioButton(dialog, 14, 15, id);
   if (id == 16)
-    told << "=" + std::to_string(sys.MessageBox(dialog, "?", "Ask", ORL_MB_YESNO)) << " ";
+    noted << "=" + std::to_string(sys.MessageBox(dialog, "?", "Ask", ORL_MB_YESNO)) << " ";
   if (id == 17)
-    told << "=" + std::to_string(sys.DialogBoxParam(&kSmallDialog, dialog, SmallProc, 0)) << " ";
+    noted << "=" + std::to_string(sys.DialogBoxParam(&kSmallDialog, dialog, SmallProc, 0)) << " ";
   if (id == 19) beside = sys.CreateDialogParam(&kSmallDialog, dialog, SmallProc, 1);
 }
 
@@ -63,7 +63,7 @@ void Fill(OrlWindow dialog) {
 }
 
 void DrawRow(const OrlDrawItem &draw) {
-  told << "d" << draw.row << "." << draw.action << "." << draw.state << " ";
+  noted << "d" << draw.row << "." << draw.action << "." << draw.state << " ";
   if (draw.action == ORL_DRAW_ENTIRE) sys.DrawText(draw.surface, "text", &draw.rect);
   if (draw.action == ORL_DRAW_SELECT) sys.InvertRect(draw.surface, &draw.rect);
   if (draw.action == ORL_DRAW_FOCUS) sys.DrawFocusRect(draw.surface, &draw.rect);
@@ -113,7 +113,7 @@ struct Act {
 };
 
 int32_t Note(const std::string &text) {
-  told << text << " ";
+  noted << text << " ";
   return 1;
 }
 
@@ -164,7 +164,7 @@ const std::map<std::string, int32_t (*)(const Act &)> kVerbs = {
 
 int32_t Script(void *data, OrlWindow window) {
   User &user = *static_cast<User *>(data);
-  if (!std::exchange(user.came, true)) told.str("");
+  if (!std::exchange(user.came, true)) noted.str("");
   OrlHeadlessState state = {};
   ORLHeadlessLook(window, ORL_HEADLESS_SELF, &state);
   if (state.kind == ORL_HEADLESS_BOX) {
@@ -195,7 +195,7 @@ const OrlDialogTemplate kSmallDialog = {"SMALL", "Small", "", 8,  10,       20,
 intptr_t SmallProc(OrlWindow dialog, uint32_t message, uintptr_t wParam, intptr_t lParam) {
   switch (message) {
     case ORL_WM_COMMAND:
-      told << (wParam & 0xFFFF) << ":" << (wParam >> 16) << " ";
+      noted << (wParam & 0xFFFF) << ":" << (wParam >> 16) << " ";
       if (wParam < 0x10000) Open(dialog, static_cast<int32_t>(wParam));
       return 1;
     case ORL_WM_MEASUREITEM:
@@ -216,7 +216,7 @@ intptr_t SmallProc(OrlWindow dialog, uint32_t message, uintptr_t wParam, intptr_
     default:
       break;
   }
-  told << "m" << message << " ";
+  noted << "m" << message << " ";
   return lParam;  // of WM_INITDIALOG: whether the focus goes to the first control
 }
 
@@ -225,5 +225,5 @@ std::string Play(const std::string &acts, const std::vector<int32_t> &answers) {
   ORLHeadlessStart(Script, &user);
   const intptr_t result = sys.DialogBoxParam(&kSmallDialog, nullptr, SmallProc, 0);
   ORLHeadlessEnd();
-  return told.str() + "|" + std::to_string(result);
+  return noted.str() + "|" + std::to_string(result);
 }

@@ -1,4 +1,4 @@
-// A small dialog that notes what it is told, and a user who works at it.
+// A small dialog that notes its events, and a user who works at it.
 #ifndef ORLI11_TESTS_PLATFORM_HEADLESS_DIALOG_H
 #define ORLI11_TESTS_PLATFORM_HEADLESS_DIALOG_H
 
@@ -15,9 +15,9 @@ extern const OrlDialogTemplate kSmallDialog;
 // "!MESSAGE" of what reaches edit 18, "=RESULT" of what it has opened.
 intptr_t SmallProc(OrlWindow dialog, uint32_t message, uintptr_t wParam, intptr_t lParam);
 
-// Runs the dialog with a user who does "verb id a b; ..." in it, and behind "/" in the next dialog
+// Runs the dialog with a user who does "verb id a b; ..." in it, and after "/" in the next dialog
 // that waits for him, and answers boxes by `answers`, the last first. What has been noted from then
-// on, with "-" for an action that was refused, and behind "|" the dialog's result.
+// on, with "-" for an action that was refused, and after "|" the dialog's result.
 //   key ID KEY HELD | type ID BYTE (and "x") | click ID | twice ID | focus ID | select ID FROM TO |
 //   row LIST ROW | double LIST ROW | right LIST ROW | close | wait MILLISECONDS | repaint |
 //   beside ID, away (click in, close the modeless dialog) | disable ID | hide ID | move ID HEIGHT |

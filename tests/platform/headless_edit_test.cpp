@@ -32,7 +32,7 @@ struct Model {
   int32_t anchor = 0, caret = 0, changes = 0;
   size_t limit = 0;
 
-  // Characters that end at or ahead of a byte; with `up` also the one that it lies in.
+  // Characters that end at or before a byte; with `up` also the one that it lies in.
   size_t Index(int32_t byte, bool up = false) const {
     size_t index = 0;
     while (index < characters.size() && At(index + 1) <= byte) ++index;
@@ -46,18 +46,18 @@ struct Model {
   void Replace(Characters with, bool whole) {
     Characters rest = characters;
     rest.erase(rest.begin() + static_cast<long>(From()), rest.begin() + static_cast<long>(To()));
-    const size_t room = limit - std::min(limit, Joined(rest).size());
-    if (limit > 0 && Joined(with).size() > room && whole) return;
+    const size_t spare = limit - std::min(limit, Joined(rest).size());
+    if (limit > 0 && Joined(with).size() > spare && whole) return;
     const bool erases = with.empty();
-    while (limit > 0 && Joined(with).size() > room && !with.empty()) with.pop_back();
+    while (limit > 0 && Joined(with).size() > spare && !with.empty()) with.pop_back();
     if (with.empty() && (From() == To() || !erases)) return;
     const size_t from = From();
     rest.insert(rest.begin() + static_cast<long>(from), with.begin(), with.end());
-    const bool told = !kOnWidgets || rest != characters;
+    const bool changed = !kOnWidgets || rest != characters;
     characters = rest;
     Select(from + with.size(), from + with.size());
-    modified = modified || told;
-    changes += told ? 1 : 0;
+    modified = modified || changed;
+    changes += changed ? 1 : 0;
   }
   void Erase(size_t first, size_t last) {
     if (anchor == caret) Select(first, last);
@@ -87,12 +87,12 @@ struct Model {
     if (leaves && key == ORL_VK_LEFT) return From();
     if (leaves && key == ORL_VK_RIGHT) return To();
     const size_t here = Index(caret), start = LineStart(here), end = LineEnd(here);
-    const size_t ahead = caret > At(here) ? here : here - (here > 0 ? 1 : 0);
-    const size_t behind = std::min(here + 1, characters.size());
+    const size_t left = caret > At(here) ? here : here - (here > 0 ? 1 : 0);
+    const size_t right = std::min(here + 1, characters.size());
     if (key == ORL_VK_HOME) return far ? 0 : start;
     if (key == ORL_VK_END) return far ? characters.size() : end;
-    if (key == ORL_VK_LEFT || (key == ORL_VK_UP && !lines)) return ahead;
-    if (key == ORL_VK_RIGHT || (key == ORL_VK_DOWN && !lines)) return behind;
+    if (key == ORL_VK_LEFT || (key == ORL_VK_UP && !lines)) return left;
+    if (key == ORL_VK_RIGHT || (key == ORL_VK_DOWN && !lines)) return right;
     if (key == ORL_VK_UP ? start == 0 : end == characters.size()) return SIZE_MAX;
     const size_t line = key == ORL_VK_UP ? LineStart(start - 1) : end + 1;
     return std::min(LineEnd(line), Index(At(line) + caret - At(start)));

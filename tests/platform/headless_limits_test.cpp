@@ -63,7 +63,7 @@ TEST(HeadlessLimits, NothingCanHang) {
   EXPECT_GT(events, 50000);
 }
 
-TEST(HeadlessLimits, ADialogThatHasEndedHearsNoMore) {
+TEST(HeadlessLimits, ADialogThatHasEndedReceivesNoMore) {
   const auto ends = [](OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t) {
     EXPECT_NE(1000U, message);
     if (message != ORL_WM_COMMAND || wParam != 14) return;
@@ -89,12 +89,12 @@ int32_t IsFocused(OrlWindow dialog, int32_t id) {
 TEST(HeadlessLimits, DialogsGoOutOfReachAndComeBack) {
   int32_t paints = 0;
   OrlWindow beside = nullptr;
-  OrlWindow owner = nullptr;  // once it is behind another
+  OrlWindow owner = nullptr;  // once it is below another
   const auto watches = [&](OrlWindow dialog, uint32_t message, uintptr_t, intptr_t) {
     paints += message == ORL_WM_PAINT ? 1 : 0;
     if (message != ORL_WM_INITDIALOG || owner == nullptr) return;
     sys.SetFocus(sys.GetDlgItem(owner, 11));
-    EXPECT_EQ(0, IsFocused(owner, 11) + sys.IsWindowEnabled(owner)) << "behind a modal dialog";
+    EXPECT_EQ(0, IsFocused(owner, 11) + sys.IsWindowEnabled(owner)) << "below a modal dialog";
     EXPECT_EQ(1, IsFocused(dialog, ORL_HEADLESS_SELF));
     sys.DestroyWindow(beside);  // which ends the dialog that is just opening over it
   };
@@ -125,16 +125,16 @@ TEST(HeadlessLimits, DialogsGoOutOfReachAndComeBack) {
 }
 
 TEST(HeadlessLimits, TheUserReachesOnlyWhatIsThere) {
-  int32_t told = 0;
+  int32_t notified = 0;
   const auto disables = [&](OrlWindow dialog, uint32_t message, uintptr_t wParam, intptr_t) {
     if (message != ORL_WM_COMMAND || (wParam & 0xFFFF) != 12) return;
-    ++told;
+    ++notified;
     sys.EnableWindow(sys.GetDlgItem(dialog, 12), 0);
   };
   WithDialog(disables, [&](OrlWindow dialog) {
     sys.SendMessage(sys.GetDlgItem(dialog, 12), ORL_LB_ADDSTRING, 0, 0);
     EXPECT_EQ(1, ORLHeadlessDoubleClickRow(dialog, 12, 0));
-    EXPECT_EQ(1, told) << "the list is disabled by the first press";
+    EXPECT_EQ(1, notified) << "the list is disabled by the first press";
     EXPECT_EQ(0, ORLHeadlessDoubleClickRow(dialog, 12, 0));
     sys.CheckRadioButton(dialog, 14, 14, 14);
     sys.CheckRadioButton(dialog, 15, 15, 15);
@@ -143,7 +143,7 @@ TEST(HeadlessLimits, TheUserReachesOnlyWhatIsThere) {
     EXPECT_EQ(2, first.checked + second.checked) << "options beyond the range stay";
     look = [dialog](OrlWindow over) {
       EXPECT_EQ(1, sys.MessageBox(dialog, "", "", ORL_MB_OK));
-      EXPECT_EQ(1, IsFocused(over, ORL_HEADLESS_SELF)) << "the box has a parent further behind";
+      EXPECT_EQ(1, IsFocused(over, ORL_HEADLESS_SELF)) << "the box has a parent further below";
     };
     EXPECT_EQ(0, OpenOver(dialog));
   });
@@ -256,9 +256,9 @@ TEST(HeadlessLimits, WithoutMemoryNoDialogOpensAndTextsStay) {
       EXPECT_EQ(1, ORLHeadlessType(dialog, 11, "a")) << "pressed in vain";
       sys.SetWindowText(sys.GetDlgItem(dialog, 12), "text");
       EXPECT_EQ(0, ORLHeadlessSetClipboard("a"));
-      for (int64_t room = 0; room < 4; ++room) {
-        TEST_FailAllocationsAfter(room);
-        EXPECT_EQ(0, sys.MessageBox(dialog, "", "", ORL_MB_OK)) << room;
+      for (int64_t allowed = 0; allowed < 4; ++allowed) {
+        TEST_FailAllocationsAfter(allowed);
+        EXPECT_EQ(0, sys.MessageBox(dialog, "", "", ORL_MB_OK)) << allowed;
       }
       EXPECT_EQ(1, ORLHeadlessLook(dialog, 12, &state));
       EXPECT_EQ(0, state.textLength);
@@ -277,7 +277,7 @@ TEST(HeadlessLimits, TheSystemIsTakenWholeAndNotFromUnderADialog) {
   broken.DrawFocusRect = nullptr;
   EXPECT_EQ(0, ORLSetWindowSystem(&broken));
   broken = sys;
-  // Ahead of the optional operations a table may end.
+  // Before the optional operations a table may end.
   broken.size = offsetof(OrlWindowSystem, SetEditorHost) - 1;
   EXPECT_EQ(0, ORLSetWindowSystem(&broken));
   ++broken.size;

@@ -64,8 +64,8 @@ TEST(PlatformTextTest, BothOrdersAreOrders) {
 }
 
 // Without case two characters are equal exactly when the case operations say so, and never merely
-// because they stand at the same place of the alphabet.
-TEST(PlatformTextTest, EveryPairOfLatinLettersIsToldApart) {
+// because they are at the same place of the alphabet.
+TEST(PlatformTextTest, EveryPairOfLatinLettersIsDistinguished) {
   for (const int32_t page : {1252, 65001}) {
     const CodePageScope scope(page);
     std::vector<std::string> all = {"AE", "SS", "TH", "IJ", "OE"};
@@ -120,8 +120,8 @@ TEST(PlatformTextTest, CharactersAndCodePage) {
   EXPECT_EQ(0, lstrlenA(nullptr));
 }
 
-// Python tells the categories of the Unicode character data; it knows neither the properties Dash
-// and Quotation_Mark, whose other members stand here, nor the characters of later versions.
+// Python knows the categories of the Unicode character data; it knows neither the properties Dash
+// and Quotation_Mark, whose other members are listed here, nor the characters of later versions.
 TEST(NameCharacter, EveryCharacterIsWhatPythonSays) {
   const std::vector<std::string> lines = LinesOf(R"(python3 -c '
 from unicodedata import category

@@ -1,6 +1,6 @@
-// grab FILE X Y WIDTH HEIGHT - writes a part of the screen to a picture file, as its name tells
+// grab FILE X Y WIDTH HEIGHT - writes a part of the screen to a picture file, as its name says
 // (.png, .ppm).
-// grab FILE - the part of the screen where something stands on its black ground, which the picture
+// grab FILE - the part of the screen where something is on its black ground, which the picture
 // leaves open. grab font - the height of the font that dialogs have, in pixels.
 #include <QApplication>
 #include <QFontMetricsF>

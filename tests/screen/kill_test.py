@@ -21,7 +21,7 @@ class Killed(Exception):
 
 
 class Session:
-    """One editor over a store of its own. `states`: what the store is to hold behind each step that
+    """One editor over a store of its own. `states`: what the store is to hold after each step that
     was begun; `done`: how many of these the window has shown to be done."""
 
     def __init__(self, shown, data, store, delay):

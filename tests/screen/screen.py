@@ -49,8 +49,8 @@ class Screen:
              "-nolisten", "tcp", "-noreset"],
             pass_fds=[writer], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(writer)
-        with os.fdopen(reader) as told:
-            number = told.readline().strip()
+        with os.fdopen(reader) as display:
+            number = display.readline().strip()
         if not number:
             self.server.wait()
             raise RuntimeError("Xvfb has not started")
@@ -115,8 +115,8 @@ class Screen:
     def place(self, window):
         """x, y, width and height of a window's inside on the screen."""
         lines = self.tool("getwindowgeometry", "--shell", window)[1].split()
-        told = dict(line.split("=") for line in lines)
-        return tuple(int(told[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
+        geometry = dict(line.split("=") for line in lines)
+        return tuple(int(geometry[name]) for name in ("X", "Y", "WIDTH", "HEIGHT"))
 
     def picture(self, path, *part):
         """Writes a picture of a part (x, y, width, height), or of all windows."""

@@ -2,7 +2,7 @@
 //
 //   [section]
 //   # a comment
-//   name := text         stands for $name in the cells of its section
+//   name := text         is \$name in the cells of its section
 //   cell | cell | cell   a case; cells at the end may be missing and are empty then
 //
 // Blanks around a cell do not count. In a cell "\s" is a blank, "\n", "\r", "\t", "\\" and "\xHH"

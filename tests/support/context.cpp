@@ -30,7 +30,7 @@ std::string DateText(const NumberValue &value) {
   return whole.substr(0, whole.find(" 00:00:00"));
 }
 
-// What one of the copying routines gives for a buffer of just the length told.
+// What one of the copying routines yields for a buffer of just the length that it returns.
 std::string Copied(EC ec, HEXP exp, int32_t length, int32_t (*copy)(EC, HEXP, int32_t, char *)) {
   std::string text(static_cast<size_t>(length) + 1, '#');
   copy(ec, exp, length + 1, text.data());

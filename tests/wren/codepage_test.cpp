@@ -51,13 +51,13 @@ TEST(CodePageTest, EveryByteHasItsKind) {
   }
 }
 
-// Every first and second byte with a choice of bytes behind them.
+// Every first and second byte with a choice of bytes after them.
 TEST(CodePageTest, CharactersAreWhatTheModelSaysForAllBytes) {
-  const char behind[] = {0, 'a', '\x7F', '\x80', '\xBF', '\xC0'};
+  const char following[] = {0, 'a', '\x7F', '\x80', '\xBF', '\xC0'};
   for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
-    for (uint32_t code = 0x100; code < 0x10000 * std::size(behind); ++code) {
-      const char tail = behind[code >> 16];
+    for (uint32_t code = 0x100; code < 0x10000 * std::size(following); ++code) {
+      const char tail = following[code >> 16];
       const std::string bytes = {static_cast<char>(code >> 8), static_cast<char>(code), tail, tail};
       const std::string text = bytes.substr(0, bytes.find('\0'));
       const size_t expected = text.empty() ? 0 : SplitChars(text, page)[0].size();
@@ -84,7 +84,7 @@ Chars FormsOf(const std::string &character) {
   return forms;
 }
 
-// Every character above ASCII; Python tells those that have case.
+// Every character above ASCII; Python knows those that have case.
 TEST(CaseTest, EveryCharacterMapsAsPythonSays) {
   const struct {
     int32_t page;

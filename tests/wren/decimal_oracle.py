@@ -2,7 +2,7 @@
 
     <operation> <left> <right> <result>
 
-A number as a result stands as the bytes of its payload, a double as its own, both in hexadecimal.
+A number as a result is the bytes of its payload, a double as its own, both in hexadecimal.
 """
 
 import decimal
@@ -81,7 +81,7 @@ def truncated(value, precision, decimals):
 
 
 def long_text():
-    """Digits far beyond the form, at times with a tie or almost one behind the 26th."""
+    """Digits far beyond the form, at times with a tie or almost one after the 26th."""
     text = digits_of(R.randint(1, 45))
     if R.randrange(3) == 0:
         text = "1" + digits_of(25) + R.choice(["5", "4999999999999999999"])

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr size_t kRoom = 100;
+constexpr size_t kOutputSize = 100;
 
 NumberValue Number(const char *text) {
   NumberValue value;
@@ -61,13 +61,13 @@ std::vector<Case> Cases(const char *section) {
   return CasesOf("wren/number_cases.txt", section);
 }
 
-// What a record gives by a country; "failed" when the result is 0. Checks the room of the output.
+// What a record gives by a country; "failed" when the result is 0. Checks the bounds of the output.
 std::string Formatted(FormatRecord record, const Country &country) {
-  std::string output(kRoom + 16, '!');
+  std::string output(kOutputSize + 16, '!');
   record.output = output.data();
   const int32_t result = FormatNumberBy(&record, country);
-  EXPECT_LT(strnlen(record.output, kRoom), kRoom);
-  EXPECT_EQ(std::string(16, '!'), output.substr(kRoom));
+  EXPECT_LT(strnlen(record.output, kOutputSize), kOutputSize);
+  EXPECT_EQ(std::string(16, '!'), output.substr(kOutputSize));
   EXPECT_TRUE(result == 1 || output[0] == 0) << output;
   return result != 0 ? output.c_str() : "failed";
 }
@@ -91,7 +91,7 @@ TEST(NumberFormat, ByCountry) {
     EXPECT_EQ(row[3], Formatted(Record(WREN_FMT_CURRENCY, number), country)) << row.where;
   }
   ASSERT_EQ(1, WRENSetCountry("C"));
-  char output[kRoom];
+  char output[kOutputSize];
   FormatRecord record = Record(WREN_FMT_CURRENCY, "1234.5");
   record.output = output;
   EXPECT_EQ(1, WRENFmtNumber(&record));

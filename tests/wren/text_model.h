@@ -12,7 +12,7 @@ using Chars = std::vector<std::string>;
 
 constexpr int32_t kCodePages[] = {1252, 932, 65001};
 
-// Makes a code page the active one for a block of a test; the default one comes back behind it.
+// Makes a code page the active one for a block of a test; the default one is restored after it.
 struct CodePageScope {
   explicit CodePageScope(int32_t page);
   ~CodePageScope();

@@ -11,10 +11,10 @@
 
 namespace {
 
-// What a routine of the form (target, source, ...) writes into a target of `room` bytes.
+// What a routine of the form (target, source, ...) writes into a target of `size` bytes.
 template <typename Routine, typename... Numbers>
-std::string Written(size_t room, Routine routine, const std::string &source, Numbers... numbers) {
-  const auto target = ExactBuffer(room);
+std::string Written(size_t size, Routine routine, const std::string &source, Numbers... numbers) {
+  const auto target = ExactBuffer(size);
   routine(target.get(), source.c_str(), numbers...);
   return target.get();
 }
@@ -25,16 +25,16 @@ void CheckCopies(const std::string &text, int32_t page, int32_t position, int32_
   const int64_t count = std::max<int64_t>(0, n);
   const int64_t first = std::max<int64_t>(0, position);
   const std::string left = JoinChars(chars, 0, n);
-  const size_t room = text.size() + 1;
+  const size_t bytes = text.size() + 1;
   EXPECT_EQ(size, WRENStrChars(text.c_str()));
-  EXPECT_EQ(left, Written(room, WRENStrLeft, text, n));
-  EXPECT_EQ(left, Written(room, WRENStrCopyChars, text, n));
+  EXPECT_EQ(left, Written(bytes, WRENStrLeft, text, n));
+  EXPECT_EQ(left, Written(bytes, WRENStrCopyChars, text, n));
   EXPECT_EQ(text.substr(left.size()), WRENStrAdvance(text.c_str(), n));
   EXPECT_EQ(JoinChars(chars, std::max<int64_t>(0, size - count), size),
-            Written(room, WRENStrRight, text, n));
+            Written(bytes, WRENStrRight, text, n));
   EXPECT_EQ(position < 0 ? "" : JoinChars(chars, first, n),
-            Written(room, WRENStrMid, text, position, n));
-  const auto target = ExactBuffer(room + 4);
+            Written(bytes, WRENStrMid, text, position, n));
+  const auto target = ExactBuffer(bytes + 4);
   WRENStrReplace(target.get(), text.c_str(), "\"xy\"", position, n);
   EXPECT_EQ(JoinChars(chars, 0, first) + "\"xy\"" + JoinChars(chars, first + count, size),
             target.get());

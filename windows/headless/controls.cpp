@@ -96,7 +96,7 @@ void PressEscape(Dialog *dialog) {
 void MoveByTab(Dialog *dialog, bool back) {
   const int32_t count = dialog->controlCount;
   const Control *focus = FindControl(session.focus);
-  // Without a focus the way begins ahead of the first, or behind the last.
+  // Without a focus the search begins before the first, or after the last.
   int32_t at = back ? count : -1;
   if (focus != nullptr && focus->dialog == dialog) {
     at = static_cast<int32_t>(focus - dialog->controls);

@@ -10,7 +10,7 @@ namespace {
 constexpr int32_t kBoxWidth = 300;
 constexpr int32_t kBoxHeight = 120;
 
-// A dialog that opens another whenever it is cancelled comes to an end.
+// The number of dialogs that a dialog opens when it is cancelled has an end.
 constexpr int32_t kMostModals = 100;
 
 // Dialog units in pixels: a quarter of the average width, an eighth of the height, rounded.

@@ -25,7 +25,7 @@ int32_t CharacterSize(const char *text) {
   return static_cast<int32_t>(WRENStrAdvance(text, 1) - text);
 }
 
-// The first beginning of a character (or the end) that lies at `position` or behind it.
+// The first beginning of a character (or the end) at `position` or after it.
 int32_t CharacterFrom(const Text &text, int32_t position) {
   const int32_t begin = CharacterAt(text, position);
   return begin == position ? position : begin + CharacterSize(Bytes(text) + begin);
@@ -63,7 +63,7 @@ int32_t LineStart(const Control *edit, int32_t position) {
   return HasLines(edit) ? position : 0;
 }
 
-// Where the text of the line ends, ahead of its break.
+// Where the text of the line ends, before its break.
 int32_t LineEnd(const Control *edit, int32_t position) {
   if (!HasLines(edit)) {
     return edit->text.length;
@@ -110,10 +110,10 @@ int32_t ByteAtPoint(const Control *edit, intptr_t point) {
 // ---- What the user changes ----
 
 // What of the text the selection takes; characters that it cuts go whole.
-struct Stretch {
+struct Span {
   int32_t from, to;
 };
-Stretch Selected(const Control *edit) {
+Span Selected(const Control *edit) {
   const Edit &state = edit->edit;
   const int32_t from = CharacterAt(edit->text, SelectionStart(state));
   const bool empty = state.anchor == state.caret;
@@ -125,14 +125,14 @@ Stretch Selected(const Control *edit) {
 void Replace(Control *edit, const char *bytes, int32_t count, bool allOrNothing) {
   Edit &state = edit->edit;
   const auto [from, to] = Selected(edit);
-  const int32_t room = state.limit - (edit->text.length - (to - from));
-  if (state.limit > 0 && count > std::max(0, room)) {
+  const int32_t spare = state.limit - (edit->text.length - (to - from));
+  if (state.limit > 0 && count > std::max(0, spare)) {
     ++session.beeps;
     if (allOrNothing) {
       return;
     }
     const Text whole = {const_cast<char *>(bytes), count, 0};
-    count = CharacterAt(whole, std::max(0, room));
+    count = CharacterAt(whole, std::max(0, spare));
     if (count == 0) {
       return;
     }
@@ -177,7 +177,7 @@ void Clear(Control *edit) {
 }
 
 void Paste(Control *edit) {
-  // A copy, as the clipboard may change while the dialog is told.
+  // A copy, as the clipboard may change while the dialog is notified.
   const OwnedText text = session.clipboard == nullptr ? nullptr : CopyOfText(session.clipboard);
   if (text != nullptr) {
     const char *bytes = text.get();
@@ -243,7 +243,7 @@ void TakeCharacter(Control *edit, uintptr_t code) {
   }
 }
 
-// Where the caret goes by a key, from its place.
+// Where a key moves the caret, from its place.
 int32_t MovedCaret(const Control *edit, uintptr_t key, bool far) {
   const Text &text = edit->text;
   const int32_t caret = edit->edit.caret;

@@ -14,7 +14,7 @@
  * Conventions
  * 1. A control is addressed by its dialog and its id, a dialog itself by ORL_HEADLESS_SELF for the
  *    id; where several controls share an id the first is meant. A window that is not there, or not
- *    of the kind that a routine is for, gives 0, or -1 where told.
+ *    of the kind that a routine is for, returns 0, or -1 where stated.
  * 2. Texts are bytes in the active code page, positions and lengths in them bytes. A routine that
  *    copies a text into `buffer` of `size` bytes cuts it to fit, terminates it and returns the
  *    length of the whole text; buffer may be null with a size of 0.
@@ -35,15 +35,15 @@
  *
  * Where the contract leaves it open
  * - Each dialog remembers which of its controls had the focus last. A dialog that opens takes the
- *   focus; what it leaves when it goes falls to its parent. A control that is disabled or hidden
- *   loses it. Labels and frames never have it.
+ *   focus; what it had when it is destroyed returns to its parent. A control that is disabled or
+ * hidden loses it. Labels and frames never have it.
  * - The program may select any bytes. What the user then types, deletes or pastes takes whole
  *   characters, a line break being one. Pasting into an edit of one line ends at a line break, and
- *   what the limit leaves no room for is left out, with a beep.
+ *   what exceeds the limit is left out, with a beep.
  * - A list takes CB_ADDSTRING as it takes LB_ADDSTRING, as a combo box of the host's would.
- * - WM_DESTROY goes to the dialog, then to the dialogs that belong to it, then to its controls.
+ * - WM_DESTROY is sent to the dialog, then to the dialogs that belong to it, then to its controls.
  *   DestroyWindow ends a modal dialog with 0.
- * - A timer's shortest time is 10 milliseconds. It goes on until it is killed.
+ * - A timer's shortest time is 10 milliseconds. It runs until it is killed.
  * - A bitmap loads when its file begins as a BMP file of its size does.
  * - Posted events are dropped when a hundred thousand have come without an action of the user's;
  *   no modal dialog opens over a hundred others.
@@ -82,7 +82,7 @@ ORL_API const OrlWindowSystem *ORLHeadlessSystem(void);
 /* The id that means the dialog or box itself. */
 enum { ORL_HEADLESS_SELF = -1 };
 
-/* The kind of a window that is no control; controls have their OrlControlKind. */
+/* The kind of a window that is not a control; controls have their OrlControlKind. */
 enum { ORL_HEADLESS_DIALOG = 100, ORL_HEADLESS_BOX = 101 };
 
 typedef struct {
@@ -90,7 +90,7 @@ typedef struct {
   uint32_t style;
   OrlWindow window, parent;
   int32_t modal;     /* dialog */
-  int32_t enabled;   /* a dialog behind a modal one is not */
+  int32_t enabled;   /* a dialog below a modal one is not */
   int32_t visible;   /* a control: with its dialog */
   int32_t focused;   /* a dialog: it or one of its controls */
   int32_t reachable; /* an action on it would be done */
@@ -105,7 +105,7 @@ typedef struct {
 
 /* The state of a control or dialog; 0 when it is not there. */
 ORL_API int32_t ORLHeadlessLook(OrlWindow dialog, int32_t id, OrlHeadlessState *state);
-/* The control at `index` in tab order, labels without an id included; null behind the last. */
+/* The control at `index` in tab order, labels without an id included; null after the last. */
 ORL_API OrlWindow ORLHeadlessControlAt(OrlWindow dialog, int32_t index);
 /* The text of an edit, the caption of another control, the title of a dialog or box. -1 when it is
  * not there. */
@@ -134,7 +134,7 @@ typedef struct {
 ORL_API int32_t ORLHeadlessRowShows(OrlWindow dialog, int32_t list, int32_t row,
                                     OrlHeadlessRowShown *shown);
 /* Has a row drawn with an action (ORL_DRAW_...) and state (ORL_STATE_...) of the script's choice,
- * on an empty ground, and tells what that gave. Row -1 is the empty list. */
+ * on an empty ground, and reports the result. Row -1 is the empty list. */
 ORL_API int32_t ORLHeadlessDrawRow(OrlWindow dialog, int32_t list, int32_t row, uint32_t action,
                                    uint32_t state, OrlHeadlessRowShown *shown);
 
@@ -142,8 +142,8 @@ ORL_API int32_t ORLHeadlessDrawRow(OrlWindow dialog, int32_t list, int32_t row, 
 ORL_API OrlWindow ORLHeadlessTop(void);
 /* The dialog that was opened last of those made from this template, or null. */
 ORL_API OrlWindow ORLHeadlessFind(const char *name);
-/* Fills in up to `room` open dialogs and boxes, the oldest first. The number of all. */
-ORL_API int32_t ORLHeadlessOpen(OrlWindow *windows, int32_t room);
+/* Fills in up to `capacity` open dialogs and boxes, the oldest first. The number of all. */
+ORL_API int32_t ORLHeadlessOpen(OrlWindow *windows, int32_t capacity);
 /* The name of the template of a dialog; -1 for a box. */
 ORL_API int32_t ORLHeadlessName(OrlWindow dialog, char *buffer, int32_t size);
 
@@ -190,7 +190,7 @@ ORL_API int32_t ORLHeadlessType(OrlWindow dialog, int32_t id, const char *text);
 enum { ORL_HEADLESS_SHIFT = 1, ORL_HEADLESS_CONTROL = 2 };
 ORL_API int32_t ORLHeadlessKey(OrlWindow dialog, int32_t id, uint32_t key, uint32_t held);
 
-/* Presses and releases the left button on a control: a button or option tells BN_CLICKED (an option
+/* Presses and releases the left button on a control: a button or option sends BN_CLICKED (an option
  * is marked by its dialog, with CheckRadioButton, and by nothing else), an edit moves its caret to
  * the end of its text, a list to the row at its middle. A label cannot be pressed. */
 ORL_API int32_t ORLHeadlessClick(OrlWindow dialog, int32_t id);
@@ -213,13 +213,13 @@ ORL_API int32_t ORLHeadlessClose(OrlWindow dialog);
 /* Presses a button of a box: ORL_IDYES, ORL_IDNO, ORL_ID_OK, ORL_ID_CANCEL. */
 ORL_API int32_t ORLHeadlessAnswer(OrlWindow box, int32_t answer);
 
-/* Lets time pass; timers come in the order of their times. The clock stands still otherwise. */
+/* Lets time pass; timers come in the order of their times. The clock does not run otherwise. */
 ORL_API int32_t ORLHeadlessWait(uint32_t milliseconds);
 
 /* Asks for help on a control or, with ORL_HEADLESS_SELF, a dialog: ORL_WM_HELP_REQUEST. */
 ORL_API int32_t ORLHeadlessHelp(OrlWindow dialog, int32_t id, OrlHelpProc callback);
 
-/* Has a dialog drawn anew, WM_PAINT and all rows. */
+/* Has a dialog redrawn, WM_PAINT and all rows. */
 ORL_API int32_t ORLHeadlessRepaint(OrlWindow dialog);
 
 /* The clipboard. Setting it plays another program; null takes the text away. Its text: -1 when

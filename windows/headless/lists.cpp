@@ -14,7 +14,7 @@ int32_t RowsInView(const Control *list) {
   return std::max(1, Height(list->rect) / list->list.rowHeight);
 }
 
-// Where a text belongs in a sorted list, behind its equals.
+// Where a text belongs in a sorted list, after its equals.
 int32_t SortedPlace(const List &list, const char *text) {
   int32_t low = 0;
   int32_t high = list.count;
@@ -32,7 +32,7 @@ int32_t SortedPlace(const List &list, const char *text) {
 int32_t InsertRow(Control *control, int32_t row, const char *text) {
   List &list = control->list;
   void *rows = list.rows;
-  if (!MakeRoom(&rows, &list.room, list.count + 1, sizeof(Row))) {
+  if (!Reserve(&rows, &list.capacity, list.count + 1, sizeof(Row))) {
     return ORL_LB_ERR;
   }
   list.rows = static_cast<Row *>(rows);
@@ -75,12 +75,12 @@ bool BeginsWith(char *text, const char *prefix) {
   return begins;
 }
 
-int32_t FindRow(const List &list, intptr_t behind, const char *prefix) {
+int32_t FindRow(const List &list, intptr_t after, const char *prefix) {
   if (prefix == nullptr || list.count == 0) {
     return ORL_LB_ERR;
   }
   const int32_t start =
-      behind < 0 || behind >= list.count ? 0 : static_cast<int32_t>(behind + 1) % list.count;
+      after < 0 || after >= list.count ? 0 : static_cast<int32_t>(after + 1) % list.count;
   for (int32_t step = 0; step < list.count; ++step) {
     const int32_t row = (start + step) % list.count;
     if (BeginsWith(list.rows[row].text, prefix)) {

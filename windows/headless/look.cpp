@@ -177,14 +177,14 @@ OrlWindow ORLHeadlessFind(const char *name) {
   return nullptr;
 }
 
-int32_t ORLHeadlessOpen(OrlWindow *windows, int32_t room) {
+int32_t ORLHeadlessOpen(OrlWindow *windows, int32_t capacity) {
   int32_t count = 0;
   for (const Dialog *dialog = session.newest; dialog != nullptr; dialog = dialog->older) {
     ++count;
   }
   int32_t index = count;
   for (const Dialog *dialog = session.newest; dialog != nullptr; dialog = dialog->older) {
-    if (--index < room && windows != nullptr) {
+    if (--index < capacity && windows != nullptr) {
       windows[index] = dialog->window;
     }
   }

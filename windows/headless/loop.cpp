@@ -247,7 +247,7 @@ int32_t CancelOfBox(uint32_t type) {
 
 int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_t type) {
   void *boxes = session.boxes;
-  if (!MakeRoom(&boxes, &session.boxRoom, session.boxCount + 1, sizeof(BoxRecord))) {
+  if (!Reserve(&boxes, &session.boxCapacity, session.boxCount + 1, sizeof(BoxRecord))) {
     return 0;
   }
   session.boxes = static_cast<BoxRecord *>(boxes);

@@ -12,7 +12,7 @@ bool IsOwnerDrawn(const Control *list) {
   return (list->style & ORL_STYLE_OWNER_DRAW) != 0;
 }
 
-// The picture behind a surface that a dialog was given, while it is being drawn.
+// The picture of a surface that a dialog was given, while it is being drawn.
 RowPicture *OpenPicture(const void *surface) {
   return surface != nullptr && surface == session.surface ? session.surface : nullptr;
 }

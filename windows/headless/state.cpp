@@ -10,7 +10,7 @@ Session session;
 
 namespace {
 
-// A handle is no address of user space: its upper bits are a tag.
+// A handle is not an address of user space: its upper bits are a tag.
 constexpr uint64_t kTag = uint64_t{0x4F52} << 48;
 constexpr uint64_t kTagBits = uint64_t{0xFFFF} << 48;
 constexpr uint32_t kControlBits = 12;
@@ -21,11 +21,11 @@ const char *Bytes(const Text &text) {
   return text.bytes == nullptr ? "" : text.bytes;
 }
 
-bool MakeRoom(void **entries, int32_t *room, int32_t needed, uint32_t entrySize) {
-  if (needed <= *room) {
+bool Reserve(void **entries, int32_t *capacity, int32_t needed, uint32_t entrySize) {
+  if (needed <= *capacity) {
     return true;
   }
-  const int64_t wanted = std::max<int64_t>(needed, int64_t{*room} * 2);
+  const int64_t wanted = std::max<int64_t>(needed, int64_t{*capacity} * 2);
   const int64_t size = wanted * entrySize;
   if (wanted > INT32_MAX / 2 || size > INT32_MAX) {
     return false;
@@ -35,7 +35,7 @@ bool MakeRoom(void **entries, int32_t *room, int32_t needed, uint32_t entrySize)
     return false;
   }
   *entries = larger;
-  *room = static_cast<int32_t>(wanted);
+  *capacity = static_cast<int32_t>(wanted);
   return true;
 }
 
@@ -45,7 +45,7 @@ bool ReplaceBytes(Text *text, int32_t from, int32_t to, const char *bytes, int32
     return false;
   }
   void *block = text->bytes;
-  if (!MakeRoom(&block, &text->room, static_cast<int32_t>(length) + 1, 1) || block == nullptr) {
+  if (!Reserve(&block, &text->capacity, static_cast<int32_t>(length) + 1, 1) || block == nullptr) {
     return false;
   }
   text->bytes = static_cast<char *>(block);

@@ -17,7 +17,7 @@ namespace headless {
 // Text in a block of its own; no block is the empty text.
 struct Text {
   char *bytes;
-  int32_t length, room;
+  int32_t length, capacity;
 };
 
 // What has been drawn in a row.
@@ -38,7 +38,7 @@ struct Row {
 
 struct List {
   Row *rows;
-  int32_t count, room, current, top, rowHeight;
+  int32_t count, capacity, current, top, rowHeight;
   int32_t pictures;  // rows that have one
   bool dirty;        // rows in view may have none
 };
@@ -57,7 +57,7 @@ struct Dialog;
 struct Control {
   Dialog *dialog;
   OrlWindow window;
-  OrlWindowProc proc;  // put ahead, or null
+  OrlWindowProc proc;  // called first, or null
   int32_t id;
   OrlControlKind kind;
   uint32_t style;
@@ -130,7 +130,7 @@ struct Session {
   RowPicture loose;     // drawn for DrawRow
   Bitmap *bitmaps;
   BoxRecord *boxes;
-  int32_t boxCount, boxRoom, beeps;
+  int32_t boxCount, boxCapacity, beeps;
 };
 
 extern Session session;
@@ -159,8 +159,8 @@ bool SetText(Text *text, const char *bytes);
 bool ReplaceBytes(Text *text, int32_t from, int32_t to, const char *bytes, int32_t count);
 void FreeText(Text *text);
 OwnedText CopyOfText(const char *text);
-// Makes room for `needed` entries of an array; false without memory.
-bool MakeRoom(void **entries, int32_t *room, int32_t needed, uint32_t entrySize);
+// Makes space for `needed` entries of an array; false when out of memory.
+bool Reserve(void **entries, int32_t *capacity, int32_t needed, uint32_t entrySize);
 // Copies what fits; the length of the whole text.
 int32_t CopyOut(const char *text, char *buffer, int32_t size);
 
@@ -194,12 +194,12 @@ Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowPro
 Dialog *NewBox(OrlWindow parent, const char *caption, uint32_t type);
 // Sends what a new dialog is sent.
 void OpenDialog(Dialog *dialog, intptr_t parameter);
-// Tells it and takes it away with all that belongs to it.
+// Notifies it and removes it with all that belongs to it.
 void Destroy(Dialog *dialog);
 void SetFocusTo(Dialog *dialog, Control *control);
 // To the control that had it last.
 void FocusDialog(Dialog *dialog);
-// Hidden, it gives the focus back.
+// Hidden, it returns the focus.
 void LeaveDialog(Dialog *dialog);
 // Nothing in the dialog has the focus any more when the control had it.
 void LoseFocus(Control *control);

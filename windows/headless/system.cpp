@@ -1,4 +1,4 @@
-// The table of operations, and the session behind it.
+// The table of operations, and the session.
 #include <algorithm>
 
 #include "platform/window_operations.h"
@@ -286,7 +286,7 @@ void ForgetSession() {
   ReplaceBlock(session.boxes);
   ReplaceBlock(session.clipboard);
   FreeBitmaps();
-  const uint64_t serials = session.serials;  // no handle comes twice
+  const uint64_t serials = session.serials;  // no handle is used twice
   session = {};
   session.serials = serials;
 }
