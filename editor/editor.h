@@ -182,7 +182,7 @@ void *OrlRowBitmap(const EditorState &editor, int32_t row, const char *text);
 // ---- Save and delete (save.cpp, select.cpp, follow.cpp) -----------------------------------------
 
 HEXP OrlSaveText(EditorState &editor);
-// In Set mode the tail that stands for further members is no part of the text.
+// In Set mode the tail in the place of further members is not part of the text.
 void OrlCutTail(const EditorState &editor, char *text);
 // Saves, and goes on with a new text. False when nothing was saved; then the text stays.
 bool OrlSaveAndGoOn(EditorState &editor);
