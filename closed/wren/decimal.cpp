@@ -434,11 +434,14 @@ void DecimalStripZeros(Decimal *d) {
 }
 
 void DecimalStoreAny(NumberValue *result, const Decimal &number) {
-  Decimal d = number;
-  if (d.exponent < 0 && DecimalEndsInZero(DecimalMagnitude(d))) {
+  const Uint128 c = DecimalMagnitude(number);
+  if (number.exponent < 0 && DecimalEndsInZero(c)) {
+    Decimal d = number;
     DecimalStripZeros(&d);
+    DecimalPack(result, d.exponent, d.coefficient < 0, DecimalMagnitude(d));
+  } else {
+    DecimalPack(result, number.exponent, number.coefficient < 0, c);
   }
-  DecimalPack(result, d.exponent, d.coefficient < 0, DecimalMagnitude(d));
 }
 
 bool DecimalRoundTo(Decimal *result, const Decimal &d, int32_t decimals) {
