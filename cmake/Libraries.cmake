@@ -47,8 +47,10 @@ endfunction()
 function(orli_objects name)
   add_library(${name} OBJECT ${ARGN})
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
-  target_compile_options(${name} PRIVATE -ftls-model=initial-exec
-    $<$<NOT:$<BOOL:${ORLI_SANITIZE}>>:-fno-semantic-interposition>)
+  target_compile_options(${name} PRIVATE -ftls-model=initial-exec)
+  if(NOT ORLI_SANITIZE)
+    target_compile_options(${name} PRIVATE -fno-semantic-interposition)
+  endif()
   orli_compile(${name})
 endfunction()
 
