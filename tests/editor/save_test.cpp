@@ -247,7 +247,7 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
     const Context ec;
     if (std::string(row.exp) == "Formula1") Make(ec, "7", row.exp);
     asked = ask, renamed = rename, listed = list;
-    if (boxed != nullptr) AtBoxes([&] { boxed(ec); });
+    if (boxed != nullptr) AtBoxes([&, boxed = boxed] { boxed(ec); });
     CheckRow(row, ec);
     EXPECT_EQ(heard, said) << row.acts;
   }
