@@ -293,6 +293,17 @@ class ListView : public Messenger<QListView> {
     }
   }
 
+  // The frame's own line takes part.
+  bool event(QEvent *event) override {
+    const bool taken = Messenger::event(event);
+    if (event->type() == QEvent::Paint && hasFocus()) {
+      QPainter painter(this);
+      painter.setPen(palette().color(QPalette::Highlight));
+      painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
+    return taken;
+  }
+
   void paintEvent(QPaintEvent *event) override {
     QListView::paintEvent(event);
     if (list_->model->Count() == 0 && hasFocus()) {
@@ -326,21 +337,21 @@ class ListView : public Messenger<QListView> {
 
   void focusInEvent(QFocusEvent *event) override {
     Messenger::focusInEvent(event);
+    update();
     viewport()->update();
   }
 
   void focusOutEvent(QFocusEvent *event) override {
     Messenger::focusOutEvent(event);
+    update();
     viewport()->update();
   }
 
  private:
   void PaintFrame() {
-    constexpr int kWidth = 2;
     QPainter painter(viewport());
-    painter.setPen(QPen(palette().color(QPalette::Highlight), kWidth, Qt::SolidLine, Qt::SquareCap,
-                        Qt::MiterJoin));
-    painter.drawRect(viewport()->rect().adjusted(1, 1, -1, -1));
+    painter.setPen(palette().color(QPalette::Highlight));
+    painter.drawRect(viewport()->rect().adjusted(0, 0, -1, -1));
   }
 
   // The focus has no row to stand on.

@@ -65,7 +65,8 @@ class LiveCheck::StripWidget : public QWidget {
                      Mixed(palette().color(QPalette::Base), palette().color(QPalette::Text), 6));
     QRect place = rect().adjusted(kMargin, 1, -kMargin, 0);
     painter.setPen(isFault ? FaultColor(palette()) : palette().color(QPalette::Text));
-    const int most = signature.isEmpty() ? place.width() : place.width() / 2;
+    const int share = isFault ? 65 : 50;  // percent, beside a signature
+    const int most = signature.isEmpty() ? place.width() : place.width() * share / 100;
     const QString told = fontMetrics().elidedText(message, Qt::ElideRight, most);
     painter.drawText(place, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, told);
     place.setRight(place.right() - fontMetrics().horizontalAdvance(told) - 3 * kMargin);
