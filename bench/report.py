@@ -113,6 +113,15 @@ def report_scale(best):
     return good
 
 
+def report_rows(best):
+    print("\nFormulas over columns: ns a row, and by the same formula row by row")
+    names = sorted(name for name in best if name[0] == "B" and name[1:2].isdigit())
+    for name in names:
+        cost = 1e9 / best[name]["items_per_second"]
+        one_by_one = 1e9 / best[name.split("/")[0] + "/row-by-row"]["items_per_second"]
+        print(f"  {name:31}{cost:10.2f}{cost / one_by_one:10.2f}")
+
+
 def report_blocks(best):
     print("\nBlocks made to be slow to load: seconds")
     good = True
@@ -131,6 +140,7 @@ def main():
     report_evaluation(best)
     good = report_functions(best)
     report_parsing(best)
+    report_rows(best)
     good = report_scale(best) and good
     sys.exit(0 if report_blocks(best) and good else 1)
 

@@ -5,6 +5,7 @@
 #   screen     what the formula editor is built with, and a screen with a user for its tests
 #   pictures   a small window manager, for the pictures of the editor
 #   databases  two databases with their ODBC drivers, which tests compare formulas with
+#   others     programs that bench/files.py measures orli beside; DuckDB comes by npm
 #   python     what the Python package needs, and its tests, tables and clusters
 #   reference  what the reference of the public headers is made with
 #   check      what .ci/run needs beyond that
@@ -15,6 +16,7 @@ tests="libgtest-dev libbenchmark-dev dpkg-dev fakeroot file"
 screen="qt6-base-dev xvfb xdotool fonts-dejavu-core dbus-daemon at-spi2-core python3-pyatspi"
 pictures="openbox"
 databases="libsqliteodbc odbc-postgresql postgresql"
+others="sqlite3 miller npm"
 python="python3-cffi python3-numpy python3-pandas python3-dask python3-distributed python3-pytest python3-pip python3-setuptools python3-wheel"
 reference="doxygen"
 check="clang clang-tidy clang-format libclang-rt-14-dev"
@@ -22,7 +24,7 @@ check="clang clang-tidy clang-format libclang-rt-14-dev"
 missing=""
 for group in "$@"; do
   case $group in
-    build | tests | screen | pictures | databases | python | reference | check) ;;
+    build | tests | screen | pictures | databases | others | python | reference | check) ;;
     *) echo "install.sh: no such group: $group" >&2; exit 2 ;;
   esac
   for package in ${!group}; do

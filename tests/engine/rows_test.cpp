@@ -207,6 +207,30 @@ TEST(Rows, EmptyTexts) {
   }
 }
 
+// Texts that make a batch begin anew, with fewer rows each time.
+TEST(Rows, LongTextsTakeFewerRowsAtATime) {
+  constexpr int32_t kRows = 1100;
+  constexpr int32_t kLength = 20000;
+  std::string bytes;
+  std::string wanted;
+  std::vector<int32_t> offsets = {0};
+  for (int32_t row = 0; row < kRows; ++row) {
+    const std::string text = std::to_string(row) + std::string(row % 9 == 0 ? kLength : 0, 'x');
+    bytes += text;
+    wanted += text + "-" + text;
+    offsets.push_back(static_cast<int32_t>(bytes.size()));
+  }
+  HostedContext ec;
+  HEXP exp = Make(ec, "Name || '-' || Name");
+  const OrlColumn column = {"Name", ORL_COLUMN_TEXT, 0, bytes.data(), offsets.data(), nullptr};
+  std::vector<int32_t> ends(kRows + 1);
+  OrlRowResults results = {ORL_COLUMN_TEXT, 0, nullptr, ends.data(), nullptr};
+  ASSERT_EQ(ORLEvaluateRows(ec, exp, kRows, 1, &column, &results), kRows);
+  EXPECT_TRUE(wanted == std::string(static_cast<const char *>(results.values),
+                                    static_cast<size_t>(ends.back())));
+  ORLMemFree(results.values);
+}
+
 // ---- Routines of the host ----
 
 std::string calls;
@@ -226,6 +250,11 @@ int32_t AskedFunction(EC, HEXP, int32_t, void **value, const char *name, void **
   return 1;
 }
 
+// What the item means for other evaluations while the row is computed.
+int32_t InnerAmount(EC ec, HEXP, int32_t, void **value, const char *, void **) {
+  return ORLEvaluateExpression(ec, ORLHEXPFromName(ec, "Inner"), sizeof(NumberValue), *value);
+}
+
 // The second column-less item is asked behind the first in each row; what fails is one row's.
 TEST(Rows, HostRoutinesAreCalledInTheOrderOfRows) {
   HostedContext ec;
@@ -233,6 +262,8 @@ TEST(Rows, HostRoutinesAreCalledInTheOrderOfRows) {
   AddInput(ec, "p", 0, 0, Address(&AskedValue));
   AddInput(ec, "q", 0, 0, Address(&AskedValue));
   AddFunction(ec, {"f", 0, {{0, 0, 0}}, 0, 0, 0, Address(&AskedFunction)});
+  AddFunction(ec, {"g", 0, {{0, 0, 0}}, 0, 0, 0, Address(&InnerAmount)});
+  Make(ec, "Amount * 10", "Inner");
   const OrlColumn column = Column("Amount", ORL_COLUMN_INT64, kLongs, 2);
   const struct {
     const char *formula, *calls, *rows;
@@ -240,6 +271,7 @@ TEST(Rows, HostRoutinesAreCalledInTheOrderOfRows) {
       {"p + Amount + q", "pqpqpq", "1 1550 - -"},
       {"NumberAbsolute(f(Amount)) + p", "fpfpfp", "2 1450 400 -"},
       {"f(Amount) + NumberRound(f(2), 0)", "ffffff", "1 1450 - -"},
+      {"g(0) + Amount", "", "2 13750 -1925 -"},
   };
   for (const auto &row : cases) {
     calls.clear();

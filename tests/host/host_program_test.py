@@ -56,6 +56,16 @@ class Program(support.FolderCase):
             errors = process.stderr.read()
             self.assertEqual((process.wait(), errors), (-signal.SIGPIPE, b""))
 
+    def test_long_files_are_not_read_for_wrong_formulas(self):
+        """What is wrong behind the first rows is not reached; what types alone make wrong is told by them."""
+        path = self.file("a,b\n" + "1,2\n" * 2000 + "1,2,3\n")
+        for formula, told in (("a + nope", b"ERR_VAR"), ("a +", b"ERR_SYNTAX"), ("Nope(a)", b"ERR_FUNC"),
+                              ("a || b", b"3 fields"), ("a", b"3 fields")):
+            with self.subTest(formula=formula):
+                status, output, errors = run("eval", path, "-f", "x=" + formula)
+                self.assertEqual((status, output), (1, b""))
+                self.assertIn(told, errors)
+
     def test_jobs_and_batches_change_nothing(self):
         """By one job, by several, and row by row, as with a condition that every row meets."""
         fields = (("12.5", "-0.75", "7", "1e3", "0.000", "123456789012345678901", "99999999999999.25"),
