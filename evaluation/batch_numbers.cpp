@@ -97,15 +97,14 @@ uint32_t ResultRows(const BatchRun &run, const Batch &left, const Batch &right) 
   return left.single && right.single ? 1 : run.count;
 }
 
-// Makes the result wide lanes: rounded, and with the bound of what they are then.
+// Makes the result wide lanes, rounded, which may take them just above the bound.
 void FinishWide(Batch *result, uint32_t bound, uint32_t count) {
   result->form = BatchForm::Wide;
   result->data = result->own;
   result->bound = bound;
   if (bound > kDigitsBound) {
-    auto *lanes = static_cast<Int128 *>(result->own);
-    RoundLanes(lanes, count);
-    result->bound = BoundOf(lanes, count);
+    RoundLanes(static_cast<Int128 *>(result->own), count);
+    result->bound = bound + 1;
   }
 }
 
@@ -141,7 +140,13 @@ bool AddLanes(const BatchRun &run, Batch *left, const Batch &right, bool negate)
   } else {
     const auto a = static_cast<Int128>(kPowersOfTen.of[leftShift]);
     const auto b = static_cast<Int128>(kPowersOfTen.of[rightShift]) * (negate ? -1 : 1);
-    EachWide(left->own, *left, right, count, [=](Int128 x, Int128 y) { return x * a + y * b; });
+    // One of the powers is 1.
+    if (a == 1) {
+      EachWide(left->own, *left, right, count, [=](Int128 x, Int128 y) { return x + y * b; });
+    } else {
+      EachWide(left->own, *left, right, count,
+               [=](Int128 x, Int128 y) { return negate ? x * a - y : x * a + y; });
+    }
     FinishWide(left, bound, count);
   }
   left->exponent = exponent;

@@ -52,6 +52,24 @@ bool StoreScaled(const BatchRun &run, const Batch &batch, Target &target) {
   return true;
 }
 
+// Wide lanes with more places than the scale, as most are after a division.
+bool StoreRounded(const BatchRun &run, const Batch &batch, Target &target) {
+  const int32_t digits = -(target.results->scale + batch.exponent);
+  if (digits <= 0 || digits >= kPowers) {
+    return false;
+  }
+  const PowerDivision by = DivisionBy(digits);
+  const Int128 *lanes = WideLanes(batch);
+  bool fits = true;
+  for (uint32_t row = 0; fits && row < run.count; row++) {
+    const Int128 rounded = RoundedQuotient(by, lanes[row]);
+    const auto element = static_cast<int64_t>(rounded);
+    fits = element == rounded;
+    std::memcpy(target.elements + row * sizeof element, &element, sizeof element);
+  }
+  return fits;
+}
+
 void StorePacked(const BatchRun &run, const Batch &batch, Target &target) {
   const int64_t *lanes = NarrowLanes(batch);
   auto *numbers = reinterpret_cast<NumberValue *>(target.elements);
@@ -78,6 +96,9 @@ bool StoreQuotients(const BatchRun &run, const Batch &batch, Target &target) {
 
 // Lanes that all have an element; false where that is not sure.
 bool StoreLanes(const BatchRun &run, const Batch &batch, Target &target) {
+  if (batch.form == BatchForm::Wide && target.results->form == ORL_COLUMN_INT64) {
+    return StoreRounded(run, batch, target);
+  }
   if (batch.form != BatchForm::Narrow) {
     return false;
   }

@@ -113,23 +113,8 @@ bool ScaledInteger(Int128 *result, const Decimal &d, int32_t scale) {
             !__builtin_mul_overflow(d.coefficient, static_cast<Int128>(kPowersOfTen.of[shift]),
                                     result));
   }
-  *result = -shift < kPowers ? RoundedQuotient(d.coefficient, -shift) : 0;
+  *result = -shift < kPowers ? RoundedQuotient(DivisionBy(-shift), d.coefficient) : 0;
   return true;
-}
-
-Int128 RoundedQuotient(Int128 c, int32_t digits) {
-  constexpr int32_t kMostFives = 27;  // 5^27 is below 2^63
-  const Uint128 magnitude = DecimalMagnitude({c, 0});
-  const Uint128 sum = magnitude + kPowersOfTen.of[digits] / 2;
-  Uint128 quotient = 0;
-  if (digits <= kMostFives) {
-    const auto fives = static_cast<uint64_t>(kPowersOfTen.of[digits] >> digits);
-    const Uint128 rest = sum >> digits;
-    quotient = (rest >> 64) == 0 ? static_cast<uint64_t>(rest) / fives : rest / fives;
-  } else {
-    quotient = sum / kPowersOfTen.of[digits];
-  }
-  return DecimalOfMagnitude(quotient, 0, c < 0).coefficient;
 }
 
 bool NearestDouble(double *result, const Decimal &d) {
