@@ -185,7 +185,7 @@ bool LoadDates(const BatchRun &run, const OrlColumn &column, Batch *batch) {
     } else if (!missing) {
       const int64_t day = ElementsOf<int32_t>(run, column)[row];
       inCalendar = inCalendar && IsCalendarDay(day);
-      instant = day * kMicrosecondsOfDay;
+      instant = IsCalendarDay(day) ? day * kMicrosecondsOfDay : 0;
     }
     inCalendar = inCalendar && IsCalendarInstant(instant);
     instants[row] = instant;

@@ -26,6 +26,9 @@ struct InputState {
   bool inHeader = true;  /* the first row is yet to come */
   int lastEnd = 0;       /* byte that ended the row before */
   bool afterEnd = false; /* nothing has come since then */
+  bool quotes = false;   /* a field that ends now may have quotes around it */
+  bool quoted = false;   /* the chunk has a quote */
+  bool zeros = false;    /* a zero byte was read */
   bool stopped = false;  /* the rest of the chunk is not needed */
   bool failed = false;
   bool headerOnly = false; /* stop after the header, which goes to `proc` */
@@ -72,7 +75,7 @@ void OnField(void *field, size_t length, void *user) {
   if (state.row.starts.empty()) {
     state.row.line = state.line;
   }
-  if (length != 0 && std::memchr(text, 0, length) != nullptr) {
+  if (state.zeros && length != 0 && std::memchr(text, 0, length) != nullptr) {
     Fail(state, At(state, state.line, "a zero byte; the file is not text in UTF-8"));
     return;
   }
@@ -82,7 +85,7 @@ void OnField(void *field, size_t length, void *user) {
     state.row.bytes.append(text, length);
   }
   state.row.bytes.push_back('\0');
-  state.line += BreaksIn(text, length);
+  state.line += state.quotes ? BreaksIn(text, length) : 0;
 }
 
 /* The row is complete. */
@@ -154,6 +157,12 @@ bool ReadChunk(ByteSource &source, csv_parser &parser, InputState &state) {
   const size_t mark = state.begun ? 0 : MarkLength({chunk.data(), got});
   const size_t size = got - mark;
   state.begun = true;
+  /* What makes no difference is looked for once in a chunk. A quoted field is told of at the byte
+   * behind its last quote, which may be the first one of the next chunk. */
+  const bool quoted = std::memchr(chunk.data(), '"', got) != nullptr;
+  state.quotes = quoted || state.quoted;
+  state.quoted = quoted;
+  state.zeros = state.zeros || std::memchr(chunk.data(), 0, got) != nullptr;
   const size_t parsed = csv_parse(&parser, chunk.data() + mark, size, OnField, OnRowEnd, &state);
   if (!state.stopped && parsed != size) {
     Fail(state, ParserProblem(state, parser));
@@ -230,7 +239,7 @@ bool BeginInput(CsvReading &reading, size_t index) {
   InputState &state = reading.state;
   state.row.input = index;
   state.line = 1;
-  state.begun = state.afterEnd = false;
+  state.begun = state.afterEnd = state.quoted = state.zeros = false;
   state.inHeader = true;
   CsvInput &input = reading.csv->inputs[index];
   reading.parser = NewParser(input.delimiter);

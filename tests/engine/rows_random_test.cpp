@@ -199,17 +199,18 @@ void World::FillDate(Item &item) {
   static const int64_t instants[] = {
       0, -1, INT64_MIN, INT64_MAX, -719162 * kDay - 1, 2932897 * kDay - 1};
   for (size_t at = 0; at < rows; ++at) {
-    const auto day = OneIn(20) ? Any(days) : static_cast<int32_t>(Below(60000)) - 30000;
-    int64_t instant = day * kDay;
+    int64_t day = OneIn(20) ? Any(days) : static_cast<int64_t>(Below(60000)) - 30000;
+    int64_t rest = 0;
     if (item.form == ORL_COLUMN_DATE32) {
-      Append(item, day);
+      Append(item, static_cast<int32_t>(day));
     } else {
-      instant =
-          OneIn(20) ? Any(instants) : (day % 50000) * kDay + static_cast<int64_t>(Below(kDay));
+      const int64_t instant =
+          OneIn(20) ? Any(instants) : day % 50000 * kDay + static_cast<int64_t>(Below(kDay));
+      rest = (instant % kDay + kDay) % kDay;
+      day = instant / kDay - (instant % kDay < 0 ? 1 : 0);
       if (item.form == ORL_COLUMN_TIMESTAMP) Append(item, instant);
     }
-    const int64_t rest = (instant % kDay + kDay) % kDay;
-    item.numbers.push_back(DateOf((instant - rest) / kDay, rest));
+    item.numbers.push_back(DateOf(day, rest));
     if (item.form == ORL_COLUMN_NUMBER) Append(item, item.numbers.back());
   }
 }
