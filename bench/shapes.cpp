@@ -193,9 +193,11 @@ Tree operator*(Tree a, Tree b) {
 Tree operator/(Tree a, Tree b) {
   return Node(Divide, a, b);
 }
+// As formulas write them. NOLINTBEGIN(readability-identifier-naming)
 const Tree A = Leaf(ReadNumber<0>);
 const Tree B = Leaf(ReadNumber<1>);
 const Tree C = Leaf(ReadNumber<2>);
+// NOLINTEND(readability-identifier-naming)
 const Tree kNet = A - B;
 const Tree kTotal = kNet + C;
 
@@ -408,7 +410,7 @@ void ShapePlain(benchmark::State &state) {
   }
 }
 
-[[maybe_unused]] const bool filled = (FillRows(), true);
+[[maybe_unused]] const bool kFilled = (FillRows(), true);
 BENCHMARK(ShapeEngine)->DenseRange(0, std::size(kShapes) - 1);
 BENCHMARK(ShapePlain)->DenseRange(0, std::size(kShapes) - 1);
 

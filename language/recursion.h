@@ -16,16 +16,16 @@ constexpr int64_t kMostSearchSteps = 4000000;
 // While it lives, searches for circles in a context take no more steps than are left in `*steps`.
 class SearchLimit {
  public:
-  SearchLimit(EC ec, int64_t *steps) : context(ec), outer(ec->searchSteps) {
+  SearchLimit(EC ec, int64_t *steps) : context_(ec), outer_(ec->searchSteps) {
     ec->searchSteps = steps;
   }
-  ~SearchLimit() { context->searchSteps = outer; }
+  ~SearchLimit() { context_->searchSteps = outer_; }
   SearchLimit(const SearchLimit &) = delete;
   SearchLimit &operator=(const SearchLimit &) = delete;
 
  private:
-  EC context;
-  int64_t *outer;
+  EC context_;
+  int64_t *outer_;
 };
 
 // Whether a tree that is to be stored under `name` refers to that name, itself or through stored

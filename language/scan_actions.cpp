@@ -146,21 +146,21 @@ int32_t TakeWord(ParseState &state, const char *text, int32_t length) {
 }
 
 const RuleAction kRuleActions[] = {
-    TakeWord,    // RULE_WORD
-    TakePhrase,  // RULE_PHRASE
+    TakeWord,    // kRuleWord
+    TakePhrase,  // kRulePhrase
     TakeSystemName,
-    TakeName,      // RULE_NAME
-    TakeNumber,    // RULE_NUMBER
-    TakeNumber,    // RULE_EXPONENT
-    TakeNumber,    // RULE_FRACTION
-    TakeDate,      // RULE_MONTH_DATE
-    TakeDate,      // RULE_DATE
-    TakeString,    // RULE_STRING
-    TakeCall,      // RULE_CALL
-    TakeConcat,    // RULE_CONCAT
-    TakeOperator,  // RULE_OPERATOR
-    SkipSpace,     // RULE_SPACE
-    TakeOther,     // RULE_OTHER
+    TakeName,      // kRuleName
+    TakeNumber,    // kRuleNumber
+    TakeNumber,    // kRuleExponent
+    TakeNumber,    // kRuleFraction
+    TakeDate,      // kRuleMonthDate
+    TakeDate,      // kRuleDate
+    TakeString,    // kRuleString
+    TakeCall,      // kRuleCall
+    TakeConcat,    // kRuleConcat
+    TakeOperator,  // kRuleOperator
+    SkipSpace,     // kRuleSpace
+    TakeOther,     // kRuleOther
 };
 
 uint16_t DateUnitOfWord(std::string_view word) {

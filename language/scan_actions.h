@@ -17,7 +17,7 @@ enum : int32_t {
 // token code with the token's fields filled, or one of the two above.
 using RuleAction = int32_t (*)(ParseState &state, const char *text, int32_t length);
 
-// The action of RULE_WORD.
+// The action of kRuleWord.
 int32_t TakeWord(ParseState &state, const char *text, int32_t length);
 
 extern const RuleAction kRuleActions[kTokenRuleCount];

@@ -68,21 +68,21 @@ constexpr TokenDefinition kTokenDefinitions[] = {
 // ORDER RULE: kTokenRules below and kRuleActions in scan_actions.cpp follow this list. At one
 // length an earlier rule goes first.
 enum TokenRule : uint8_t {
-  RULE_WORD,
-  RULE_PHRASE,  // two words that may be a keyword
-  RULE_SYSTEM_NAME,
-  RULE_NAME,
-  RULE_NUMBER,
-  RULE_EXPONENT,  // a number with exponent: one digit before the point, a sign behind the E
-  RULE_FRACTION,
-  RULE_MONTH_DATE,  // 1 Jan 99
-  RULE_DATE,
-  RULE_STRING,
-  RULE_CALL,  // a name with its parenthesis
-  RULE_CONCAT,
-  RULE_OPERATOR,
-  RULE_SPACE,
-  RULE_OTHER,
+  kRuleWord,
+  kRulePhrase,  // two words that may be a keyword
+  kRuleSystemName,
+  kRuleName,
+  kRuleNumber,
+  kRuleExponent,  // a number with exponent: one digit before the point, a sign behind the E
+  kRuleFraction,
+  kRuleMonthDate,  // 1 Jan 99
+  kRuleDate,
+  kRuleString,
+  kRuleCall,  // a name with its parenthesis
+  kRuleConcat,
+  kRuleOperator,
+  kRuleSpace,
+  kRuleOther,
   kTokenRuleCount
 };
 
@@ -92,22 +92,22 @@ struct TokenRuleRow {
 };
 
 constexpr TokenRuleRow kTokenRules[] = {
-    {RULE_WORD, R"({word})"},
-    {RULE_PHRASE, R"({word} " " {word})"},
-    {RULE_SYSTEM_NAME, R"("@" ([Nn][Oo][Ww] | [Pp][Ii]))"},
-    {RULE_NAME, R"({segment} ("." {segment} ("." {segment})?)?)"},
-    {RULE_NUMBER, R"({number} ("." [0-9]*)?)"},
-    {RULE_EXPONENT, R"([0-9] "." {number} [Ee] [-+] {number})"},
-    {RULE_FRACTION, R"([0-9]* "." {number} | {number})"},
-    {RULE_MONTH_DATE, R"({number}{space}{month}{tail}{number})"},
-    {RULE_DATE, R"({date} (({space}|{separator}) {time} {marker}?)? |
+    {kRuleWord, R"({word})"},
+    {kRulePhrase, R"({word} " " {word})"},
+    {kRuleSystemName, R"("@" ([Nn][Oo][Ww] | [Pp][Ii]))"},
+    {kRuleName, R"({segment} ("." {segment} ("." {segment})?)?)"},
+    {kRuleNumber, R"({number} ("." [0-9]*)?)"},
+    {kRuleExponent, R"([0-9] "." {number} [Ee] [-+] {number})"},
+    {kRuleFraction, R"([0-9]* "." {number} | {number})"},
+    {kRuleMonthDate, R"({number}{space}{month}{tail}{number})"},
+    {kRuleDate, R"({date} (({space}|{separator}) {time} {marker}?)? |
        {number} ({point}{number} ({point}{number})?)? {marker}?)"},
-    {RULE_STRING, R"("'" ([^\\'] | "''" | {escapes}[^\\'])* ("'" | {escapes}"'"))"},
-    {RULE_CALL, R"({plainname} [ ]* "(")"},
-    {RULE_CONCAT, R"("||")"},
-    {RULE_OPERATOR, R"([%()*+,\-/<=>{}])"},
-    {RULE_SPACE, R"({space})"},
-    {RULE_OTHER, R"([^\n])"},
+    {kRuleString, R"("'" ([^\\'] | "''" | {escapes}[^\\'])* ("'" | {escapes}"'"))"},
+    {kRuleCall, R"({plainname} [ ]* "(")"},
+    {kRuleConcat, R"("||")"},
+    {kRuleOperator, R"([%()*+,\-/<=>{}])"},
+    {kRuleSpace, R"({space})"},
+    {kRuleOther, R"([^\n])"},
 };
 static_assert(std::size(kTokenRules) == kTokenRuleCount);
 

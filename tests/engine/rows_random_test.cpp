@@ -230,7 +230,8 @@ void World::FillText(Item &item) {
   for (size_t at = 0; at < rows; ++at) {
     std::string text = OneIn(4) ? pool[Below(OneIn(20) ? 9 : 8)] : "";
     for (size_t n = text.empty() ? Below(24) : 0; n > 0; --n) {
-      text += static_cast<char>(OneIn(40) ? 128 + Below(128) : " abcXYZ09,"[Below(10)]);
+      text += static_cast<char>(OneIn(40) ? 128 + static_cast<int>(Below(128))
+                                          : " abcXYZ09,"[Below(10)]);
     }
     item.bytes += text;
     item.offsets.push_back(static_cast<int32_t>(item.bytes.size()));

@@ -126,9 +126,9 @@ class QtTextHelp : public testing::Test {
     static char name[] = "text_help_test", *arguments[] = {name, nullptr};
     static const auto *const application = new QApplication(count, arguments);
     (void)application;
-    static constexpr int32_t lists[] = {kNames, kFunctions, 0};
+    static constexpr int32_t kLists[] = {kNames, kFunctions, 0};
     static OrlTextAid aid = {};
-    aid = {sizeof aid, nullptr, Check, lists, Insert, Describe, IsShown, nullptr, nullptr};
+    aid = {sizeof aid, nullptr, Check, kLists, Insert, Describe, IsShown, nullptr, nullptr};
     sys = ORLQtWindowSystem();
     dialog = sys->CreateDialogParam(&kTemplate, nullptr, Procedure, 0);
     for (const char *row : {"alpha", "alphabet", "beta", "gamma"}) Add(kNames, row);

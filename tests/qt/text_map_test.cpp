@@ -13,7 +13,7 @@ namespace {
 
 using namespace qt_windows;
 
-constexpr TextKind kKinds[] = {TextKind::kOneLine, TextKind::kLines};
+constexpr TextKind kKinds[] = {TextKind::OneLine, TextKind::Lines};
 
 bool IsEscape(QChar unit) {
   return unit.unicode() > 0xDC00 && unit.unicode() <= 0xDCFF;
@@ -45,7 +45,7 @@ void ExpectBack(const std::string &text, int32_t page) {
     ASSERT_EQ(BytesOfText(shown, kind).toStdString(), text) << Shown(text) << page;
     for (const QChar unit : shown) {
       ASSERT_FALSE(QString("\r\n\uFDD0\uFDD1\uFFFC").contains(unit)) << Shown(text) << page;
-      ASSERT_TRUE(kind == TextKind::kLines || !QString("\u2028\u2029").contains(unit))
+      ASSERT_TRUE(kind == TextKind::Lines || !QString("\u2028\u2029").contains(unit))
           << Shown(text) << page;
     }
   }
@@ -76,7 +76,7 @@ std::vector<Cut> CutsOf(const std::string &text, TextKind kind, int32_t page) {
   const Chars characters = SplitChars(text, page);
   for (size_t index = 0; index < characters.size(); ++index) {
     const bool isBreak =
-        kind == TextKind::kLines && JoinChars(characters, static_cast<int64_t>(index), 2) == "\r\n";
+        kind == TextKind::Lines && JoinChars(characters, static_cast<int64_t>(index), 2) == "\r\n";
     const std::string character = isBreak ? "\r\n" : characters[index];
     index += isBreak ? 1 : 0;
     const QString alone = ShownText(character.c_str(), kind);
@@ -141,7 +141,7 @@ TEST(QtTextMap, CharactersAreThoseOfTheCodePage) {
     int32_t twice = 0;
     for (uint32_t code = 1; code < 0x10000; ++code) {
       const std::string bytes = BytesOf(code);
-      const QString shown = ShownText(bytes.c_str(), TextKind::kOneLine);
+      const QString shown = ShownText(bytes.c_str(), TextKind::OneLine);
       const auto found = known.find(bytes);
       const bool isOne = bytes.find('\0') == bytes.npos && SplitChars(bytes, page).size() == 1;
       if (isOne && !IsEscape(shown[0])) {
@@ -192,7 +192,7 @@ TEST(QtTextMap, WhatCanBeEntered) {
 TEST(QtTextMap, WhatOthersSeeHasNoEscapes) {
   const CodePageScope scope(65001);
   EXPECT_EQ(CaptionText("\xF0\x9F\x98\x80\xFF\n"), QString("\U0001F600\uFFFD\uFFFD"));
-  EXPECT_EQ(HarmlessText(ShownText("a\xFF\r\nb\n\xC2\xA0", TextKind::kLines)),
+  EXPECT_EQ(HarmlessText(ShownText("a\xFF\r\nb\n\xC2\xA0", TextKind::Lines)),
             QString("a\uFFFD\nb\n\u00A0"));
   EXPECT_EQ(TypedBytes(QString("\u00E9\n")), "\xC3\xA9\n");
   EXPECT_EQ(TypedBytes(QString("a") + QChar(0xDCE9)), "") << "a half of a pair has no bytes";

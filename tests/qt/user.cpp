@@ -275,7 +275,7 @@ Stroke StrokeOfCharacter(const QByteArray &bytes) {
   if (first > 0 && first < ' ') {
     return StrokeOfKey(static_cast<uint32_t>(first - 1 + 'A'), ORL_HEADLESS_CONTROL);
   }
-  const QString text = qt_windows::ShownText(bytes.constData(), qt_windows::TextKind::kOneLine);
+  const QString text = qt_windows::ShownText(bytes.constData(), qt_windows::TextKind::OneLine);
   return {text.at(0).toUpper().unicode(), text.at(0).isUpper() ? Qt::ShiftModifier : Qt::NoModifier,
           text};
 }

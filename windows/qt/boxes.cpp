@@ -35,7 +35,7 @@ std::vector<BoxButton> ButtonsOf(uint32_t type) {
 }
 
 QString BoxText(const char *text) {
-  QString shown = ShownText(text, TextKind::kLines);
+  QString shown = ShownText(text, TextKind::Lines);
   return shown.replace(QChar::ParagraphSeparator, '\n').replace(QChar::LineSeparator, '\n');
 }
 

@@ -27,7 +27,7 @@ QString BytesFormat() {
 // What has room of a text whose bytes are kept.
 QString Kept(const QByteArray &bytes, TextKind kind, int32_t room, bool *whole) {
   QByteArray taken = bytes.left(static_cast<qsizetype>(std::strlen(bytes.constData())));
-  if (kind == TextKind::kOneLine) {
+  if (kind == TextKind::OneLine) {
     taken.truncate(static_cast<qsizetype>(std::strcspn(taken.constData(), "\r\n")));
   }
   QString shown = ShownText(taken.constData(), kind);
@@ -107,7 +107,7 @@ void PressKeyOfProgram(Edit *edit, uintptr_t key) {
   };
   edit->typed.clear();
   const bool breaks = (QGuiApplication::keyboardModifiers() & Qt::ControlModifier) != 0;
-  if (key == ORL_VK_RETURN && edit->textKind == TextKind::kLines && !breaks) {
+  if (key == ORL_VK_RETURN && edit->textKind == TextKind::Lines && !breaks) {
     PressReturn(edit->dialog);
   }
   for (const auto &row : rows) {
@@ -159,7 +159,7 @@ void TypeByteOfProgram(Edit *edit, uintptr_t code) {
       break;
     case '\t':
     case '\n':
-      if (edit->textKind == TextKind::kLines) {
+      if (edit->textKind == TextKind::Lines) {
         edit->Enter(QString(QChar(byte)), true);
       }
       break;
@@ -207,7 +207,7 @@ void Edit::SetText(const char *text) {
   known = Shown();
   modified = false;
   typed.clear();
-  if (textKind == TextKind::kOneLine) {
+  if (textKind == TextKind::OneLine) {
     Notify(this, ORL_EN_CHANGE);
   }
 }

@@ -26,7 +26,7 @@ struct Stretch {
 };
 
 struct Edit : Control {
-  TextKind textKind = TextKind::kOneLine;
+  TextKind textKind = TextKind::OneLine;
   int32_t limit = 0;  // in bytes; 0: none
   bool modified = false;
   QString known;     // what the dialog has been told of, or has put there

@@ -94,7 +94,7 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
   QMimeData *createMimeDataFromSelection() const override {
     const QTextCursor cursor = textCursor();
     const qsizetype start = cursor.selectionStart();
-    return CopyOf(edit_->Shown().mid(start, cursor.selectionEnd() - start), TextKind::kLines);
+    return CopyOf(edit_->Shown().mid(start, cursor.selectionEnd() - start), TextKind::Lines);
   }
   bool canInsertFromMimeData(const QMimeData *offered) const override { return HoldsText(offered); }
   void insertFromMimeData(const QMimeData *inserted) override { edit_->Paste(inserted); }
@@ -236,7 +236,7 @@ struct LinesEdit : Edit {
 
 Control *NewLines(const OrlControl &row, Dialog *dialog) {
   auto edit = std::make_unique<LinesEdit>();
-  edit->textKind = TextKind::kLines;
+  edit->textKind = TextKind::Lines;
   edit->style = row.style;
   auto *lines = new LinesWidget(edit.get(), dialog->client);
   edit->widget = edit->lines = lines;

@@ -167,7 +167,7 @@ void LiveCheck::Check() {
 
 QString LiveCheck::SignatureOf(QStringView function) const {
   char told[512] = "";
-  const QByteArray name = BytesOfText(function, TextKind::kOneLine);
+  const QByteArray name = BytesOfText(function, TextKind::OneLine);
   for (const int32_t *list = aid_->lists; list != nullptr && *list != 0; ++list) {
     if (aid_->Describe != nullptr &&
         aid_->Describe(*list, name.constData(), told, sizeof told) != 0) {

@@ -39,8 +39,6 @@ class Messenger : public Widget {
   }
 
  protected:
-  Control *control() const { return control_; }
-
   void keyPressEvent(QKeyEvent *event) override {
     KeyPressed(control_, event, [this, event] { Widget::keyPressEvent(event); });
   }

@@ -156,7 +156,7 @@ Coded CharacterAt(QStringView text, qsizetype at, int32_t page) {
 Coded ShownAt(QStringView shown, qsizetype at, TextKind kind, int32_t page) {
   const char16_t unit = shown[at].unicode();
   if (unit == kParagraphBreak || unit == kLineBreak) {
-    const bool lines = kind == TextKind::kLines;
+    const bool lines = kind == TextKind::Lines;
     return !lines                    ? Coded{}
            : unit == kParagraphBreak ? Coded{1, 1, {'\n'}}
                                      : Coded{1, 2, {'\r', '\n'}};
@@ -169,11 +169,11 @@ Coded ShownAt(QStringView shown, qsizetype at, TextKind kind, int32_t page) {
 
 // Appends what shows the character or break at an address; returns the bytes that it has there.
 int32_t Show(const char *at, TextKind kind, int32_t page, QString *shown) {
-  if (kind == TextKind::kLines && at[0] == '\r' && at[1] == '\n') {
+  if (kind == TextKind::Lines && at[0] == '\r' && at[1] == '\n') {
     shown->append(QChar(kLineBreak));
     return 2;
   }
-  if (kind == TextKind::kLines && at[0] == '\n') {
+  if (kind == TextKind::Lines && at[0] == '\n') {
     shown->append(QChar(kParagraphBreak));
     return 1;
   }
@@ -253,7 +253,7 @@ QString EnterableText(const QString &entered, TextKind kind, int32_t room, bool 
   for (qsizetype at = 0; at < entered.size();) {
     const bool isBreak = IsBreak(entered[at]);
     Coded coded = isBreak ? Coded{1, 1, {'\n'}} : CharacterAt(entered, at, page);
-    if ((isBreak && kind == TextKind::kOneLine) || (room >= 0 && coded.count > room)) {
+    if ((isBreak && kind == TextKind::OneLine) || (room >= 0 && coded.count > room)) {
       *whole = false;
       break;
     }
@@ -284,7 +284,7 @@ QString HarmlessText(QStringView shown) {
 }
 
 QString CaptionText(const char *bytes) {
-  return HarmlessText(ShownText(bytes, TextKind::kOneLine));
+  return HarmlessText(ShownText(bytes, TextKind::OneLine));
 }
 
 QByteArray TypedBytes(const QString &typed) {

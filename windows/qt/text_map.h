@@ -14,7 +14,7 @@
 
 namespace qt_windows {
 
-enum class TextKind { kOneLine, kLines };
+enum class TextKind { OneLine, Lines };
 
 // What a widget is to hold for these bytes; null is the empty text.
 QString ShownText(const char *bytes, TextKind kind);
