@@ -44,17 +44,10 @@ enum class Production : uint8_t {
   Count
 };
 
-// What the action of a production does beyond checks.
-enum class Action : uint8_t {
-  Builds,  // something
-  Passes   // its one symbol on: the parser goes on as if the left side had stood there
-};
-
 struct GrammarProduction {
   Production production;
   const char *left;
   const char *right;
-  Action action = Action::Builds;
 };
 
 constexpr GrammarProduction kGrammar[] = {
@@ -64,8 +57,8 @@ constexpr GrammarProduction kGrammar[] = {
     {Production::SingleOfExpr, "single", "expr"},
     {Production::ListOfTwo, "list", "single ',' expr"},
     {Production::ListOfMore, "list", "list ',' expr"},
-    {Production::ParamsOfSingle, "params", "single", Action::Passes},
-    {Production::ParamsOfList, "params", "list", Action::Passes},
+    {Production::ParamsOfSingle, "params", "single"},
+    {Production::ParamsOfList, "params", "list"},
     {Production::Add, "expr", "expr '+' expr"},
     {Production::Subtract, "expr", "expr '-' expr"},
     {Production::Multiply, "expr", "expr '*' expr"},
@@ -76,9 +69,9 @@ constexpr GrammarProduction kGrammar[] = {
     {Production::SubtractUnits, "expr", "expr '-' expr DATEUNIT"},
     {Production::AddUnits, "expr", "expr '+' expr DATEUNIT"},
     {Production::UnknownCharacter, "expr", "BAD"},
-    {Production::ExprOfCall, "expr", "call", Action::Passes},
+    {Production::ExprOfCall, "expr", "call"},
     {Production::Item, "expr", "IDENT"},
-    {Production::ExprOfConstant, "expr", "constant", Action::Passes},
+    {Production::ExprOfConstant, "expr", "constant"},
     {Production::NegativeNumber, "constant", "'-' NUMBER"},
     {Production::Date, "constant", "DATE"},
     {Production::String, "constant", "STRING"},
@@ -91,6 +84,11 @@ constexpr GrammarProduction kGrammar[] = {
     {Production::CallOfParams, "call", "CALLNAME params ')'"},
 };
 static_assert(std::size(kGrammar) == static_cast<size_t>(Production::Count));
+
+// Productions of one symbol whose action does nothing: the parser goes on as if the left side had
+// stood there.
+constexpr Production kPassing[] = {Production::ParamsOfSingle, Production::ParamsOfList,
+                                   Production::ExprOfCall, Production::ExprOfConstant};
 
 // The precedence table: operators, lowest binding first; all are left-associative.
 constexpr const char *kPrecedence[] = {

@@ -124,10 +124,9 @@ int32_t ScanName(ParseState &state, const char *start) {
   switch (ClassOf(*last)) {
     case ByteClass::High:
     case ByteClass::Break:
-      return kNotSimple;
-    case ByteClass::Letter:
+    case ByteClass::Letter:  // may be a keyword of two words, or a date
     case ByteClass::Digit:
-      return kNotSimple;  // may be a keyword of two words, or a date
+      return kNotSimple;
     default:
       break;
   }

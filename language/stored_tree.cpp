@@ -16,21 +16,25 @@ bool RootIs(HEXP exp, int32_t kind) {
   return exp != nullptr && exp->tree != nullptr && NodeKindOf(exp->tree) == kind;
 }
 
+// What follows the record in place of its tree.
+struct ContentLink {
+  Expression *content;
+};
+static_assert(sizeof(ExprNode) >= sizeof(ContentLink));  // every tree has room for it
+
 // The record whose block holds what the expression consists of now, which is the caller's then;
 // null where that is the expression's own.
 Expression *TakeContent(const Expression *expression) {
-  Expression *content = nullptr;
+  ContentLink link = {};
   if (expression->hasContent) {
-    std::memcpy(&content, expression + 1, sizeof content);
+    std::memcpy(&link, expression + 1, sizeof link);
   }
-  return content;
+  return link.content;
 }
 
-// Every tree is larger than an address.
-static_assert(sizeof(ExprNode) >= sizeof(Expression *));
-
-void SetContent(Expression *expression, const Expression *content) {
-  std::memcpy(static_cast<void *>(expression + 1), &content, sizeof content);
+void SetContent(Expression *expression, Expression *content) {
+  const ContentLink link = {content};
+  std::memcpy(static_cast<void *>(expression + 1), &link, sizeof link);
   expression->hasContent = true;
 }
 

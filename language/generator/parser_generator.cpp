@@ -181,7 +181,9 @@ void ReadGrammar() {
     if (row.production != static_cast<Production>(rules.size())) {
       GiveUp("a production is out of order");
     }
-    rules.push_back({row.left, Words(row.right), row.action == Action::Passes});
+    const bool passes =
+        std::find(std::begin(kPassing), std::end(kPassing), row.production) != std::end(kPassing);
+    rules.push_back({row.left, Words(row.right), passes});
   }
   rules.push_back({"start", {"formula", kEnd}, false});
   for (const Rule &rule : rules) {
