@@ -9,7 +9,6 @@ namespace qt_windows {
 TextHelp::TextHelp(Edit *edit, QPlainTextEdit *lines, const OrlTextAid *aid)
     : QObject(lines),
       edit_(edit),
-      lines_(lines),
       aid_(aid),
       check_(new LiveCheck(edit, lines, aid)),
       completion_(new Completion(edit, lines, aid)),

@@ -39,7 +39,6 @@ class TextHelp : public QObject {
   Stretch PlaceholderFrom(const QString &shown, qsizetype from) const;
 
   Edit *edit_;
-  QPlainTextEdit *lines_;
   const OrlTextAid *aid_;
   LiveCheck *check_;
   Completion *completion_;
