@@ -1,7 +1,7 @@
 /* The command report: rows grouped by the values of formulas, with figures of each group. */
 #include <algorithm>
 #include <cstdio>
-#include <numeric>
+#include <limits>
 
 #include "host/commands.h"
 #include "host/computation.h"
@@ -127,6 +127,37 @@ bool IsBefore(const Report &report, size_t left, size_t right) {
   return false;
 }
 
+/* A group with the double nearest to the number that it is sorted by first: unless two are equal
+ * they tell the order of the groups. */
+struct OrderedGroup {
+  double first = 0;
+  uint32_t group = 0;
+};
+
+std::vector<OrderedGroup> OrderOf(const Report &report) {
+  std::vector<OrderedGroup> order(report.groups.Count());
+  const bool numbers = !report.sortedBy.empty() &&
+                       report.output.columns[report.sortedBy[0].first].type == ORL_TYPE_NUMBER;
+  for (size_t group = 0; group < order.size(); ++group) {
+    order[group].group = static_cast<uint32_t>(group);
+    if (numbers) {
+      const NumberValue value = ValueOf(report, group, report.sortedBy[0].first).number;
+      WRENNumToDouble(&value, &order[group].first);
+      if (value.length == 0) {
+        order[group].first = -std::numeric_limits<double>::infinity();
+      }
+    }
+  }
+  std::stable_sort(order.begin(), order.end(),
+                   [&report](const OrderedGroup &left, const OrderedGroup &right) {
+                     if (left.first != right.first) {
+                       return (left.first < right.first) != report.sortedBy[0].second;
+                     }
+                     return IsBefore(report, left.group, right.group);
+                   });
+  return order;
+}
+
 void WriteGroup(Report &report, size_t group, std::vector<int64_t> &missing) {
   std::vector<std::string> cells(report.places.size());
   for (size_t i = 0; i < cells.size(); ++i) {
@@ -146,17 +177,13 @@ void WriteGroup(Report &report, size_t group, std::vector<int64_t> &missing) {
 void WriteGroups(Report &report) {
   std::vector<int64_t> missing(report.places.size());
   FinishFigures(report, missing);
-  std::vector<uint32_t> order(report.groups.Count());
-  std::iota(order.begin(), order.end(), 0U);
-  std::stable_sort(order.begin(), order.end(), [&report](uint32_t left, uint32_t right) {
-    return IsBefore(report, left, right);
-  });
+  const std::vector<OrderedGroup> order = OrderOf(report);
   int64_t left = report.options->rows.limit;
-  for (const uint32_t group : order) {
+  for (const OrderedGroup &next : order) {
     if (left-- == 0) {
       break;
     }
-    WriteGroup(report, group, missing);
+    WriteGroup(report, next.group, missing);
   }
   OutputEnd(report.output);
   for (size_t i = 0; i < missing.size(); ++i) {
