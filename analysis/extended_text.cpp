@@ -3,10 +3,10 @@
 // functions that are so declared are written in the ODBC escape for scalar functions, and dates by
 // the pictures and templates of the context.
 //
-// The places come from the trees. A text is walked from its start to its end, and what replaces a
-// place is written when the walk reaches it: once only counted, to learn the length, and then into
-// the host's buffer. So no memory is needed, and a text that grows beyond bounds is found out
-// early.
+// The positions come from the trees. Each formula text is walked from start to end, and the
+// replacement for a position is written when the walk reaches it. The walk runs twice: the first
+// pass only counts, to find the length; the second writes into the host's buffer. So no memory is
+// allocated, and a result that grows beyond bounds is detected early.
 #include <algorithm>
 #include <cstring>
 
@@ -24,7 +24,7 @@ constexpr char kOpenMark[] = " {fn ";
 constexpr char kCloseMark[] = " } ";
 constexpr int32_t kMarksLength = sizeof kOpenMark + sizeof kCloseMark - 2;
 
-// A text into which formulas were spliced is no longer than this.
+// The longest text that splicing formulas may produce.
 constexpr int64_t kLongestSpliced = UINT16_MAX;
 
 struct Target {
@@ -54,7 +54,7 @@ void PutText(Target &target, const char *text) {
   Put(target, text, static_cast<int64_t>(std::strlen(text)));
 }
 
-// Writes what is before `offset` and was not written yet.
+// Writes the text up to `offset` that has not been written yet.
 void PutUpTo(Target &target, Expression &expression, int64_t offset) {
   if (offset > expression.walkPlace) {
     Put(target, expression.text + expression.walkPlace, offset - expression.walkPlace);
@@ -62,8 +62,8 @@ void PutUpTo(Target &target, Expression &expression, int64_t offset) {
   }
 }
 
-// True when the text has the node's name at the node's place. It may not after a rename whose text
-// did not parse; the place is then left alone.
+// True when the text has the node's name at the node's position. It may not have it after a rename
+// whose text did not parse; that position is then left unchanged.
 bool StandsAt(const Expression &expression, const ExprNode *node) {
   const int64_t length = WRENStrLen(NodeText(node));
   return NodeOffset(node) >= 0 && NodeOffset(node) + length <= expression.textLength &&
@@ -71,7 +71,8 @@ bool StandsAt(const Expression &expression, const ExprNode *node) {
                      static_cast<size_t>(length)) == 0;
 }
 
-// The same for a name with its parentheses; without them the place of the closing one is not known.
+// The same for a name with its parentheses; without them the position of the closing one is not
+// known.
 bool StandsWithParentheses(const Expression &expression, const ExprNode *node) {
   return StandsAt(expression, node) && NodeCloseOffset(node) > NodeOffset(node) &&
          NodeCloseOffset(node) < expression.textLength &&
@@ -86,7 +87,7 @@ bool IsMarkedFunction(EC ec, const ExprNode *node) {
 
 // ---- Dates --------------------------------------------------------------------------------------
 
-// Writes a date in the form that the context asks for; it stays as it is where there is none.
+// Writes a date in the form that the context defines; without one the date is copied unchanged.
 void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node) {
   char date[kDateTextSize];
   const int32_t form =
@@ -109,7 +110,7 @@ void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node
 
 // ---- The walk -----------------------------------------------------------------------------------
 
-// What is written when the walk comes to a node.
+// What is written when the walk reaches a node.
 void Arrive(Expansion &expansion, Expression &expression, const ExprNode *node, bool marks) {
   if (!marks) {
     return;
@@ -122,8 +123,8 @@ void Arrive(Expansion &expansion, Expression &expression, const ExprNode *node, 
   }
 }
 
-// Writes the closing marks of the calls that the walk leaves on its way from one node to the next
-// of the same tree, or to its end.
+// Writes the closing marks of the calls that the walk leaves between one node and the next node of
+// the same tree, or its end.
 void Leave(Expansion &expansion, Expression &expression, const ExprNode *from, const ExprNode *next,
            bool marks) {
   const ExprNode *stays = next != nullptr ? NodeParent(next) : nullptr;
@@ -158,7 +159,7 @@ bool Expand(Expansion &expansion, Expression *top) {
       Expression *body = FormulaToSplice(expansion, *current, node);
       if (body != nullptr) {
         if (body->walkNumber == expansion.walkNumber && body->walkState == WalkState::Open) {
-          return false;  // the formulas refer to each other in a circle
+          return false;  // the formulas refer to each other in a cycle
         }
         PutUpTo(target, *current, NodeOffset(node));
         PutText(target, "(");
@@ -200,21 +201,21 @@ int64_t GrowthOfNode(EC ec, const ExprNode *node, bool withMarks) {
   return IsMarkedFunction(ec, node) ? kMarksLength : 0;
 }
 
-// The sums stay far from the ends of their type, and at these bounds once they have met them.
+// Sums saturate at these bounds, which are far from the limits of their type.
 void AddGrowth(Expression &expression, int64_t growth) {
   const int64_t sum = expression.walkPlace + growth;
   expression.walkPlace =
       static_cast<int32_t>(std::clamp<int64_t>(sum, -int64_t{INT32_MAX}, INT32_MAX));
 }
 
-// What the splice of a formula adds, whose own growth is known. The parentheses of the reference
-// count as those of the splice.
+// What splicing in a formula adds when that formula's own growth is known. The parentheses of the
+// reference count as those of the splice.
 int64_t GrowthOfSplice(const Expression &body, const ExprNode *reference) {
   return int64_t{body.walkPlace} + body.textLength - WRENStrLen(NodeText(reference));
 }
 
-// By how much the text can grow at most. Each formula is summed up once, however often it is
-// referred to.
+// The most by which the text can grow. Each formula is summed once, however often it is referred
+// to.
 int64_t ExtendedGrowth(EC ec, Expression *top, bool withMarks) {
   const uint64_t number = ++ec->walkNumber;
   EnterExpression(number, top, nullptr, 0);

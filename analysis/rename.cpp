@@ -1,7 +1,8 @@
-// Rename: an input item or a function gets another name, and every formula follows.
+// Rename: an input item or a function gets another name, and every formula that uses it is updated.
 //
-// The text of a formula follows word by word, whatever the words mean in it. Its tree is rebuilt
-// from the new text where that parses; elsewhere only the names of items are replaced in it.
+// The text of a formula is updated token by token, whatever the tokens mean in it. Its tree is
+// rebuilt from the new text where that parses; elsewhere only the names of items are replaced in
+// it.
 #include <cstring>
 
 #include "analysis/token_walk.h"
@@ -28,7 +29,7 @@ int64_t CountTokens(const char *text, char *token, const Names &names) {
   return count;
 }
 
-// Copies the text with every such token replaced; all between them stays.
+// Copies the text with every such token replaced; everything between them is kept.
 void ReplaceTokens(const char *source, char *target, const Names &names, char *token) {
   for (TokenSpan span; NextToken(&source, token, &span);) {
     const bool found = WRENStrEqualNoCase(token, names.before) != 0;
@@ -42,7 +43,7 @@ void ReplaceTokens(const char *source, char *target, const Names &names, char *t
   }
 }
 
-// Gives the items of that name in a tree the new one; when out of memory an item keeps the old one.
+// Renames the items of that name in a tree; when out of memory an item keeps the old name.
 void RenameInTree(ExprNode *tree, const Names &names) {
   for (ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
     if (NodeKindOf(node) == NODE_ITEM && SameText(NodeText(node), names.before)) {

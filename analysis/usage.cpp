@@ -11,7 +11,7 @@
 
 namespace {
 
-// A match inside an expression is a match of all that led there.
+// A match inside an expression is a match of every expression on the path to it.
 bool AnswerYes(Expression *expression) {
   for (; expression != nullptr; expression = expression->walkCaller) {
     expression->walkState = WalkState::Yes;
@@ -20,7 +20,7 @@ bool AnswerYes(Expression *expression) {
 }
 
 // Visits each node of an expression and of the formulas that it refers to, in written order, until
-// `match` is true for one. The way back is kept in the expressions, so any depth needs no memory.
+// `match` is true for one. The return path is kept in the expressions, so no depth needs memory.
 template <class Match>
 bool Walk(UsageWalk &walk, Expression *top, Match match) {
   assert(top->tree != nullptr);
@@ -59,15 +59,15 @@ bool Walk(UsageWalk &walk, Expression *top, Match match) {
   }
 }
 
-// A new number makes every result of an earlier walk void.
+// A new number invalidates the results of all earlier walks.
 void Renew(UsageWalk &walk) {
   walk.number = ++walk.ec->walkNumber;
   walk.revision = walk.ec->revision;
   walk.circular = false;
 }
 
-// Begins a walk for the question whether an item is used, or continues the last one where its
-// results still hold: hosts ask it of one expression after the other.
+// Begins a walk that finds whether an item is used, or continues the last one while its results are
+// still valid: hosts query one expression after another.
 UsageWalk QuestionBegin(EC ec, int32_t kind, const char *name) {
   if (ec->askedNumber != 0 && ec->askedRevision == ec->revision && ec->askedKind == kind &&
       SameText(ec->askedName, name)) {
@@ -157,7 +157,7 @@ int32_t ORLIsItemUsedInComplex(EC ec, const char *name) {
   if (ec == nullptr || name == nullptr) {
     return 0;
   }
-  // One walk for all: what it has passed without a match holds none for the next expression either.
+  // One walk for all: what it has visited without a match has none for the next expression either.
   UsageWalk walk = UsageWalkBegin(ec);
   const uint32_t count = HandleArrayRows(ec->expressions);
   for (uint32_t i = 0; i < count; i++) {

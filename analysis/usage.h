@@ -6,18 +6,18 @@
 
 #include "engine/expressions.h"
 
-// A walk enters each formula once. Results are kept in the expressions and hold for further
-// questions of the same kind while the tables of the context stay as they are.
+// A walk enters each formula once. Results are cached in the expressions and are valid for further
+// queries of the same kind until the tables of the context change.
 struct UsageWalk {
   EC ec;
   uint64_t revision;  // of the context when the walk began
   uint64_t number;
-  bool circular;  // formulas refer to each other in a circle: no answer may be kept
+  bool circular;  // formulas refer to each other in a cycle: no result may be cached
 };
 
 UsageWalk UsageWalkBegin(EC ec);
 
-// ORLIsItemUsed for one expression after the other.
+// ORLIsItemUsed for one expression after another.
 bool ItemUsedBy(UsageWalk &walk, HEXP exp, int32_t kind, const char *name);
 
 #endif

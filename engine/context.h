@@ -9,7 +9,7 @@
 #include "orli11.h"
 #include "platform/owned.h"
 
-// One of the three tables of items: rows in the order of adding, and the index of their names.
+// One of the three tables of items: rows in insertion order, and the index of their names.
 struct ItemTable {
   HandleArray rows;  // pointers to ExprItem; null until the first one
   NameIndex index;
@@ -31,7 +31,7 @@ struct OperatorSlots {
   OrlOperatorProc procs[kOperatorTypes];
 };
 
-// Which base text and counter a generated name takes.
+// The base text and counter of a generated name.
 enum ExpressionClass : int32_t { kClassFormula, kClassRange, kClassSet, kClassCount };
 
 constexpr int32_t kHelpPathSize = 520;
@@ -66,7 +66,7 @@ struct ExprContext {
   uint16_t dateConvertFlags;
   bool hasNumberOperators;  // a callback replaces the arithmetic of some operator
   OperatorSlots operators[kGroupCount];
-  void *numberBlock;  // owned blocks that wait for the next routine of the host, or null
+  void *numberBlock;  // owned blocks reserved for the next call of a host routine, or null
   void *textBlock;
   RowSource *rowSource;  // of the rows that are being computed one by one, or null
   int32_t helpContext;
@@ -74,22 +74,22 @@ struct ExprContext {
 
   NameIndex expressionNames;
   NameIndex references;         // names that stored trees refer to as formulas; see references.h
-  ReferenceListener *listener;  // notified when one is no longer referred to, or null
-  uint64_t generation;  // raised when a name may come to mean something else: lookups are stale
-  uint64_t revision;    // raised by every change of a tree or table: results about use are stale
+  ReferenceListener *listener;  // called when a name loses its last reference, or null
+  uint64_t generation;  // incremented when a name may resolve differently: cached lookups are stale
+  uint64_t revision;    // incremented by every change of a tree or table
   uint64_t walkNumber;  // of the last walk through named formulas
 
   ExpressionOrder order;
-  int64_t *searchSteps;  // what searches for circles may still take, while there is a limit
+  int64_t *searchSteps;  // steps left to searches for cycles, while they are limited
 
-  // The last question for the users of an item: hosts ask it of one expression after the other.
+  // The last usage query for an item: hosts query one expression after another.
   char askedName[65];
   int32_t askedKind;
   uint64_t askedNumber, askedRevision;
   uint64_t lastDeleteRun;
 };
 
-// Sets the routine of an operator for a data type; null takes it away.
+// Sets the routine of an operator for a data type; null removes it.
 void SetOperatorRoutine(EC ec, OperatorGroup group, int32_t dataType, OrlOperatorProc routine);
 
 // A row was added, removed or renamed.

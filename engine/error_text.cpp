@@ -7,7 +7,7 @@
 
 namespace {
 
-// The string table holds a caption of the error box among the messages.
+// One row among the messages in the string table is the error box's caption.
 constexpr int32_t kCaption = 104;
 
 }  // namespace

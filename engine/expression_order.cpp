@@ -4,9 +4,9 @@
 
 namespace {
 
-// What an expression on top is above the one that was there. Many fit between the two.
+// The distance of a new top expression from the previous one. Many fit between the two.
 constexpr int64_t kTopGap = int64_t{1} << 40;
-// What an expression in between is at most above the one below it.
+// The largest distance of an expression inserted in between from the one below it.
 constexpr int64_t kInnerGap = int64_t{1} << 16;
 constexpr int64_t kHighestRank = INT64_MAX - kTopGap;
 

@@ -11,15 +11,15 @@ struct ExprNode;
 struct Evaluation;
 struct Program;
 
-// What a walk through named formulas knows of an expression that it has entered.
+// What a walk through named formulas records about an expression that it has entered.
 enum class WalkState : uint8_t { Open, No, Yes };
 
 // The record is the first part of a block that holds tree, text and name after it:
 //
 //   | Expression | tree | text | name |
 //
-// After a change of the formula these are in the block of another record, whose address then
-// follows the record in place of the tree, or the text in a block of its own.
+// After the formula changes they are in the block of another record, whose address then follows
+// this record in place of the tree; or the text is in a block of its own.
 struct Expression {
   NameEntry entry;  // in the context's expressionNames, with the name
 
@@ -32,9 +32,9 @@ struct Expression {
   bool ownsText : 1;
   bool ownsNames : 1;  // nodes of the tree may have names in blocks of their own
 
-  // The walk through named formulas that came here last, and its way back.
+  // The last walk through named formulas that entered this expression, and its return path.
   WalkState walkState;
-  int32_t walkPlace;    // how far the walk is in the text, or what it has summed up
+  int32_t walkPlace;    // position of the walk in the text, or its sum
   uint32_t walkReturn;  // node of the caller's tree
   uint64_t walkNumber;
   Expression *walkCaller;
@@ -44,26 +44,26 @@ struct Expression {
   Expression *nextInOrder;
   int64_t rank;
 
-  uint64_t deleteRun;  // the guarded delete that has put the expression off
+  uint64_t deleteRun;  // the guarded delete that has deferred the expression
 
   Program *program;  // owned, the tree's compiled form; null until the first evaluation
 
-  // The evaluation that is inside this expression, to end one that runs in a circle.
+  // The evaluation that is inside this expression, to detect cycles.
   const Evaluation *evaluation;
 };
 
 // Bytes of a generated name: a base text of the module, a number of 16 bits and the terminator.
 constexpr int32_t kGeneratedNameSize = 128 + 8;
 
-// Writes the name that a new expression of the class gets when it has none; false, with an empty
-// buffer, when every number is taken.
+// Writes the generated name of a new expression of the class; false, with an empty buffer, when
+// every number is taken.
 bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]);
 
 // The data type of the first expression of that name, or -1.
 int32_t ExpressionDataType(EC ec, const char *name);
 
-// A stored expression that routines of the host may take away meanwhile. Its address may then be
-// that of another, its serial number may not.
+// A stored expression that host routines may delete in the meantime. Its address may then be reused
+// by another one, but its serial number is not.
 struct ExpressionRef {
   HEXP exp;
   uint64_t serial;

@@ -10,17 +10,17 @@
 // that the table does not exist yet; count 0 is an empty table as well.
 using HandleArray = GlobalHandle;
 
-// Counts are handed out in 16 bits; an append beyond this is refused.
+// Counts are returned in 16 bits; appending beyond this fails.
 constexpr uint32_t kMaxTableRows = 65535;
 
 // A table of `count` zeroed elements, or null for an element size below 1, a negative count, more
-// than kMaxTableRows elements or no memory.
+// than kMaxTableRows elements, or when out of memory.
 HandleArray HandleArrayCreate(int32_t elementSize, int32_t count);
 
 // Frees the block; what the elements point to is the caller's. Null is accepted.
 void HandleArrayFree(HandleArray array);
 
-// Requires, here and below: the handle is not null, unless null is named.
+// Requires, here and below: the handle is not null, unless the comment accepts null.
 
 // Locks the block and returns the address of an element; null, with no lock held, when the index is
 // not in the table. Every result but null needs one HandleArrayUnlock.
@@ -30,8 +30,8 @@ void HandleArrayUnlock(HandleArray array);
 // The count in the upper 16 bits, the element size in the lower 16.
 uint32_t HandleArrayCount(HandleArray array);
 
-// Adds a zeroed element at the end and returns the handle to go on with; null when the table is
-// full or memory is exhausted, with the table as it was.
+// Adds a zeroed element at the end and returns the handle to use from then on; null when the table
+// is full or when out of memory, with the table unchanged.
 HandleArray HandleArrayAppend(HandleArray array);
 
 // Removes an element and returns the same handle; an index outside the table removes the last
@@ -50,8 +50,8 @@ void *HandleArrayPointerAt(HandleArray array, uint32_t index);
 // and shrink most.
 int32_t HandleArrayFindPointer(HandleArray array, const void *pointer);
 
-// Appends a pointer to the table in `*table`, creating it when it is null. False when there is no
-// room, with the table as it was.
+// Appends a pointer to the table in `*table`, creating it when it is null. False when the table is
+// full or when out of memory, with the table unchanged.
 bool HandleArrayAppendPointer(HandleArray *table, void *pointer);
 
 #endif

@@ -2,9 +2,8 @@
 #ifndef ORLI11_ENGINE_HOST_CALL_H
 #define ORLI11_ENGINE_HOST_CALL_H
 
-// What the routine returns; nothing (0 or null) when it throws. An exception of the host ends
-// here: the engine's own frames are not made to be unwound, nor are those of C
-// callers.
+// The result of the routine; 0 or null when it throws. An exception of the host is caught here:
+// neither the engine's own frames nor those of C callers are written to be unwound.
 template <class Routine>
 auto CallHost(Routine routine) noexcept -> decltype(routine()) {
   try {

@@ -12,8 +12,8 @@
 
 namespace {
 
-// A row as its table owns it: the index entry before the record, the parameters after it. What the
-// record says of its kind may come from outside; only `hasParameters` says what follows it.
+// A row as its table owns it: the index entry before the record, the parameters after it. The
+// record's own kind may come from untrusted input; only `hasParameters` determines what follows it.
 struct ItemRow {
   NameEntry entry;
   bool hasParameters;
@@ -33,12 +33,12 @@ ItemRow *RowOf(const ExprItem *item) {
   return reinterpret_cast<ItemRow *>(const_cast<char *>(start));
 }
 
-// How many records follow that of a function.
+// The number of records that follow a function's record.
 size_t ParameterRecords(const ExprItem *item) {
   return item->paramCount < 0 ? 1 : static_cast<size_t>(item->paramCount);
 }
 
-// A row with a copy of the record, without routine name, that is in no table; null when there is no
+// A row, not yet in a table, with a copy of the record but no routine name; null when out of
 // memory.
 OwnedItemRow NewRow(const ExprItem *record, bool hasParameters) {
   const size_t parameters = hasParameters ? ParameterRecords(record) * sizeof(ParamRecord) : 0;
@@ -54,7 +54,7 @@ OwnedItemRow NewRow(const ExprItem *record, bool hasParameters) {
 }
 
 NameEntry *FirstEntry(const ItemTable *table, std::string_view name) {
-  // The index may follow a change of the code page, which does not change the table.
+  // The index may be rehashed after a change of the code page, which does not change the table.
   return table == nullptr ? nullptr : NameIndexFirst(const_cast<ItemTable *>(table)->index, name);
 }
 
@@ -248,7 +248,7 @@ int32_t ORLDeleteAllECVars(EC ec) {
   if (ec == nullptr || ec->inputs.rows == nullptr) {
     return 0;
   }
-  // From the end, where no rows move up.
+  // From the end, so that no rows move.
   for (int32_t i = static_cast<int32_t>(HandleArrayRows(ec->inputs.rows)) - 1; i >= 0; i--) {
     const uint32_t index = static_cast<uint32_t>(i);
     ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(ec->inputs.rows, index));

@@ -29,17 +29,17 @@ ExprItem *ItemFind(const ItemTable *table, const char *name);
 // Removes the first row of that name with its routine name; false when there is none.
 bool ItemRemove(EC ec, ItemTable *table, const char *name);
 
-// Adds a copy of a record to a table, as ORLAddExpressionItem does, whatever kind the record names;
+// Adds a copy of a record to a table, as ORLAddExpressionItem does, whatever kind the record has;
 // only in the table of functions do parameter records follow it. False when the table is full or
-// there is no memory.
+// when out of memory.
 bool ItemAdd(EC ec, ItemTable *table, const ExprItem *record);
 
-// Gives a row of the table another name, of at most 64 bytes; its place stays.
+// Renames a row of the table; the name has at most 64 bytes, and the row keeps its position.
 void ItemRename(EC ec, ItemTable *table, ExprItem *row, const char *name);
 
 // For tables that are filled from a stored form: an empty element at the end of the table, and the
-// row that is added, with everything but its routine and routine name. Both are false or null
-// when the table is full or memory is exhausted.
+// row that is added, with everything but its routine and routine name. They return false or null
+// when the table is full or when out of memory.
 bool ItemAppendEmpty(ItemTable *table);
 ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record);
 
@@ -49,7 +49,8 @@ void ItemTableFree(ItemTable *table);
 // True when the first row of that name has a parameter with a mode other than 0.
 bool ItemHasAggregateParam(const ItemTable *table, const char *name);
 
-// The data type of the first row of that name, or -1. Keywords compare as their row says.
+// The data type of the first row of that name, or -1. Whether case matters for keywords is stored
+// in their row.
 int32_t InputDataType(EC ec, std::string_view name);
 int32_t FunctionDataType(EC ec, std::string_view name);
 int32_t KeywordDataType(EC ec, std::string_view name);

@@ -1,4 +1,4 @@
-// Blocks that pass between engine and host.
+// Memory blocks passed between engine and host.
 #include "orli11.h"
 
 void *ORLMemAlloc(uint32_t size) {

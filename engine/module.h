@@ -1,4 +1,4 @@
-// The module: its handle, the texts it keeps at hand and the default context.
+// The module: its handle, the strings it keeps loaded and the default context.
 #ifndef ORLI11_ENGINE_MODULE_H
 #define ORLI11_ENGINE_MODULE_H
 
@@ -6,7 +6,7 @@
 
 #include "engine/context.h"
 
-// Not null once the load work is done.
+// Not null once the module is initialised.
 extern void *moduleHandle;
 
 // The context of ORLValidName without one; null when it could not be made.
@@ -22,7 +22,7 @@ enum TypeLabel : int32_t {
   kLabelCount
 };
 
-// The texts that the module loads once.
+// The strings that the module loads once.
 struct ModuleTexts {
   char baseNames[kClassCount][128];  // of generated names
   char editorTitles[kClassCount][128];
@@ -30,7 +30,7 @@ struct ModuleTexts {
 };
 extern ModuleTexts moduleTexts;
 
-// The module entry. Only the first call with `reason` 1 does any work. Always 1.
+// The module entry. Only the first call with `reason` 1 does any work. Returns 1.
 int32_t ModuleEntry(void *instance, uint32_t reason, void *reserved);
 
 #endif

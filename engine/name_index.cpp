@@ -15,8 +15,8 @@ constexpr uint64_t kMostPerBucket = 2;  // entries on average
 // Item names have at most 64 bytes; a longer text is in no index that ignores case.
 constexpr size_t kFoldedSize = 65;
 
-// Names are untrusted input, so each process keys the hash differently: names that all fall into
-// one bucket cannot be prepared.
+// Names are untrusted input, so each process seeds the hash differently: nobody can prepare names
+// that all fall into one bucket.
 struct HashKey {
   uint64_t multiplier, start;
 };
@@ -35,7 +35,7 @@ inline uint64_t WordAt(const char *text) {
   return word;
 }
 
-// Less than eight bytes as a number that no others of the same size have.
+// Packs fewer than eight bytes into a number that is unique among byte strings of that size.
 inline uint64_t FewBytes(const char *text, size_t size) {
   if (size >= sizeof(uint32_t)) {
     uint32_t first = 0;
@@ -69,7 +69,7 @@ bool SameBytes(const char *left, const char *right, size_t size) {
   return FewBytes(left, size) == FewBytes(right, size);
 }
 
-// Capitals first, then small letters: brings together what either mapping alone would keep apart.
+// Upper case first, then lower case: folds together what either mapping alone would keep apart.
 bool FoldName(std::string_view name, char (&folded)[kFoldedSize]) {
   if (name.size() >= kFoldedSize) {
     return false;
@@ -121,7 +121,7 @@ NameEntry *FindName(NameIndex &index, std::string_view name, uint32_t hash) {
   return entry;
 }
 
-// Puts the entry where `old` hangs in its bucket; null takes `old` out.
+// Puts the entry in the place of `old` in its bucket; null removes `old`.
 void ReplaceInBucket(NameIndex &index, NameEntry *old, NameEntry *entry) {
   NameEntry **link = BucketOf(index, old->hash);
   while (*link != old) {
@@ -176,7 +176,7 @@ void TakeOut(NameIndex &index, NameEntry &entry) {
   (after != nullptr ? after : FindName(index, NameOf(entry), entry.hash))->prevSame = before;
 }
 
-// Hashes the name that the entry gets.
+// Hashes the new name of the entry.
 void SetName(const NameIndex &index, NameEntry &entry, const char *name) {
   entry.name = name;
   entry.length = static_cast<uint32_t>(std::strlen(name));

@@ -1,5 +1,5 @@
-// A name index finds "the first row of that name in table order" at the same cost for ten rows
-// and for sixty thousand.
+// A name index finds "the first row of that name in table order" in constant time, for ten rows as
+// for sixty thousand.
 //
 // It is a hash table whose entries are the first part of the rows that they index, so that removing
 // a row never needs memory. Rows of one name are chained in table order, after the first of them:
@@ -8,7 +8,7 @@
 //              |
 //             Tax -> Tax              more rows of the same name (nextSame)
 //
-// Without memory for buckets the index keeps working with those that it has.
+// When out of memory for more buckets the index keeps working with those that it has.
 #ifndef ORLI11_ENGINE_NAME_INDEX_H
 #define ORLI11_ENGINE_NAME_INDEX_H
 
@@ -21,7 +21,7 @@ struct NameEntry {
   const char *name;  // the row's own text
   uint32_t hash;
   uint32_t length;
-  uint64_t order;       // place among all rows of the table, ascending
+  uint64_t order;       // position among all rows of the table, ascending
   NameEntry *next;      // first of another name in the bucket
   NameEntry *nextSame;  // next row of the same name; null after the last
   NameEntry *prevSame;  // the one before; of the first row: the last
@@ -41,10 +41,10 @@ struct NameIndex {
   uint64_t entryCount;
   uint64_t lastOrder;
   bool ignoreCase;   // names that differ in case alone are chained
-  int32_t codePage;  // case follows the code page: the one that the hashes were made under
+  int32_t codePage;  // the code page under which the hashes were computed
 };
 
-// A name and its hash, for several look-ups in indexes that do not ignore case.
+// A name and its hash, for several lookups in indexes that do not ignore case.
 struct NameKey {
   std::string_view name;
   uint32_t hash;
@@ -54,20 +54,20 @@ inline NameKey KeyOfEntry(const NameEntry &entry) {
   return {{entry.name, entry.length}, entry.hash};
 }
 
-// Keys the hash for this process; called once, before there is any index.
+// Seeds the hash for this process; called once, before any index exists.
 void NameIndexSeed();
 
 // Adds a row after all rows that were added before.
 void NameIndexAppend(NameIndex &index, NameEntry &entry, const char *name);
 // The same for an entry that has its name already; see NameEntrySet.
 void NameIndexAppend(NameIndex &index, NameEntry &entry);
-// Gives an entry that is in no index a name, of which `key` is the key.
+// Sets the name of an entry that is in no index; `key` is the key of that name.
 void NameEntrySet(NameEntry &entry, const char *name, const NameKey &key);
 
 // Removes a row, which must be in the index.
 void NameIndexRemove(NameIndex &index, NameEntry &entry);
 
-// Gives a row, which must be in the index, another name; its place in the table stays.
+// Renames a row, which must be in the index; it keeps its position in the table.
 void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name);
 
 // The first entry of the name, or null; its `nextSame` leads to more of that name. With ignoreCase

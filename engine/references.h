@@ -1,5 +1,5 @@
-// How often stored trees refer to each name as a formula. So that nothing refers to a formula is
-// known at once.
+// How often stored trees refer to each name as a formula: whether anything refers to a formula is
+// known without a search.
 #ifndef ORLI11_ENGINE_REFERENCES_H
 #define ORLI11_ENGINE_REFERENCES_H
 
@@ -11,13 +11,13 @@
 uint32_t ReferenceCount(EC ec, const char *name);
 uint32_t ReferenceCount(EC ec, const NameKey &name);
 
-// Counts one more; false, with nothing counted, when out of memory.
+// Adds one reference; false, with nothing counted, when out of memory.
 bool AddReference(EC ec, const char *name);
 
-// Counts one less, of those that were added.
+// Removes one reference that was added.
 void RemoveReference(EC ec, const char *name);
 
-// Is notified when the last reference to a name is removed. Listeners of a context form a stack.
+// Called when the last reference to a name is removed. Listeners of a context form a stack.
 struct ReferenceListener {
   void (*lastRemoved)(ReferenceListener *listener, const char *name);
   ReferenceListener *outer;

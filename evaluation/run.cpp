@@ -11,7 +11,7 @@ constexpr int32_t kOtherType = 3;  // of the host's own
 // Enters a formula that the program of another one refers to; null where it cannot be computed.
 Program *EnterFormula(Evaluation &run, Expression *expression, uint32_t values, Program *caller,
                       Word *next) {
-  if (expression == nullptr || expression->evaluation == &run) {  // gone, or a circle
+  if (expression == nullptr || expression->evaluation == &run) {  // gone, or a cycle
     return nullptr;
   }
   Program *entered = BoundProgram(run.ec, expression);

@@ -8,7 +8,7 @@
 
 namespace {
 
-// A keyword as a whole formula is marked up to the end of any text.
+// The error span of a keyword that is a whole formula reaches past the end of any text.
 constexpr int32_t kWholeText = 1000;
 
 struct Reduction {
@@ -29,7 +29,7 @@ bool RefuseMemory(const Reduction &r) {
   return Refuse(r, ORL_ERR_MEMORY, 0, 0);
 }
 
-// The rule that failed knows no place: the entry's span is it.
+// The rule that failed has no position: the entry's span is used.
 bool FailAt(const Reduction &r, const StackEntry &entry) {
   FormulaError &error = r.state.error;
   if (error.length == 0) {
@@ -45,7 +45,7 @@ bool FailAtToken(const Reduction &r) {
   return false;
 }
 
-// A new node, which becomes the result; null when there is no memory, with the error set.
+// A new node, which becomes the result; null when out of memory, with the error set.
 DraftNode *AddNode(const Reduction &r, int32_t kind, uint32_t size) {
   TreeBuilder &builder = r.state.builder;
   DraftNode *node = BuilderAdd(builder, kind, size);
@@ -62,7 +62,7 @@ void PlaceAtToken(const Reduction &r, DraftNode &node) {
   node.length = static_cast<uint16_t>(r.state.tokenSpan);
 }
 
-// How many nodes the arguments from `first` on have, which are the last ones built.
+// The number of nodes of the arguments from `first` on, which are the last ones built.
 uint32_t SizeOfListed(const TreeBuilder &builder, uint32_t first) {
   const uint32_t root = builder.arguments[first];
   return builder.count - (root + 1 - builder.nodes[root].size);
@@ -104,7 +104,7 @@ bool FormulaOfRange(const Reduction &r) {
   return true;
 }
 
-// The list, or a new one without, with one more member.
+// Adds a member to the list, or to a new one when there is none.
 bool Listed(const Reduction &r, const StackEntry *list, const StackEntry &member) {
   TreeBuilder &builder = r.state.builder;
   const uint32_t count = list == nullptr ? 0 : list->count;
@@ -118,7 +118,7 @@ bool Listed(const Reduction &r, const StackEntry *list, const StackEntry &member
 
 // ---- Operators ----
 
-// Null when there is no memory, with the error set; of no type when the type rules refuse it.
+// Null when out of memory, with the error set; the node has no type when the type rules reject it.
 DraftNode *BuildOperator(const Reduction &r, int32_t kind) {
   const uint32_t left = r.rhs[0].first;
   const uint32_t right = r.rhs[2].first;
@@ -127,7 +127,7 @@ DraftNode *BuildOperator(const Reduction &r, int32_t kind) {
   if (node != nullptr) {
     PlaceAtToken(r, *node);
     TypeOperator(r.state, *node, builder.nodes[left], builder.nodes[right]);
-    r.state.dateUnit = 0;  // taken by this node or by none
+    r.state.dateUnit = 0;  // used by this node or by none
   }
   return node;
 }
@@ -169,7 +169,7 @@ DraftNode *AddLeaf(const Reduction &r, int32_t kind, int16_t type) {
 
 bool Item(const Reduction &r) {
   const int16_t type = TypeOfItem(r.state);
-  // A name under test need not exist.
+  // A name that is only being tested need not exist.
   if (type == kNoType && !r.state.nameCheckMode) {
     SetError(r.state, ORL_ERR_VAR, 0, 0);
     return FailAtToken(r);
@@ -206,7 +206,8 @@ bool Number(const Reduction &r, bool negative) {
 
 // ---- Calls ----
 
-// What a call production has beside the name, by the place in its right side; 0 is the name itself.
+// The parts of a call production besides the name, by index on its right side; 0 is the name
+// itself.
 struct CallShape {
   CallForm form;
   int32_t params;  // the arguments, 0 without

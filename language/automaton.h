@@ -1,19 +1,20 @@
 // The scanner's automaton: the token rules as tables.
 //
-// A state stands for all that a run of bytes can still become under the fifteen rules. From
-// kStartState each byte leads to the next state, kDeadState when no rule goes on that way. Bytes
-// that no rule tells apart share a class, so the tables hold a column per class and not per byte.
+// A state represents everything that the bytes read so far can still become under the fifteen
+// rules. From kStartState each byte leads to the next state, and to kDeadState when no rule can
+// continue. Bytes that no rule distinguishes share a class, so the tables have a column per class
+// and not per byte.
 //
-// A state lists the rules that have a whole match in the bytes so far, the first of them first.
-// To find a token the scanner runs until the dead state, then walks back over the states it
-// recorded: the longest match is tried first, at one length the earlier rule.
+// A state lists the rules that match the bytes so far, in order of precedence. To find a token the
+// scanner runs until the dead state, then walks back over the states it recorded: the longest match
+// is tried first, and at equal length the earlier rule.
 //
 // For «12 ab+» the run goes 12 (numbers and the date rule end here), blank, a, b (the mark of a
-// time's "am"), + (the byte that must follow). It stands at a match of the date rule, which is cut
-// behind the b. When the scanner's action refuses that, the next match on the way back is the
+// time's "am"), + (the byte that must follow). The run ends at a match of the date rule, which is
+// cut after the b. When the scanner's action rejects that, the next match on the way back is the
 // number 12.
 //
-// The tables are written by automaton_generator from token_rules.h when the system is built.
+// The build generates the tables from token_rules.h with automaton_generator.
 #ifndef ORLI11_LANGUAGE_AUTOMATON_H
 #define ORLI11_LANGUAGE_AUTOMATON_H
 
@@ -22,10 +23,10 @@
 constexpr int32_t kMaxByteClasses = 64;
 
 struct AutomatonState {
-  uint16_t firstAccepted;  // place of its first rule in kAcceptedRules
+  uint16_t firstAccepted;  // index of its first rule in kAcceptedRules
   uint8_t acceptedCount;
   bool ends;  // every byte leads to the dead state
-  bool mark;  // stands at a mark of a rule
+  bool mark;  // is at a mark of a rule
 };
 
 extern const uint8_t kStartState;

@@ -5,8 +5,8 @@
 #include "engine/expressions.h"
 #include "language/tree.h"
 
-// The formula that a NODE_FORMULA names at present, or null. The node remembers it until the
-// context's generation moves on.
+// The formula that a NODE_FORMULA names at present, or null. The node caches it until the context's
+// generation changes.
 Expression *BoundFormula(EC ec, ExprNode *node);
 
 #endif

@@ -1,17 +1,17 @@
-// Steps that walks through named formulas share. The way back is kept in the expressions, so any
-// depth of references needs no memory.
+// Steps that walks through named formulas share. The return path is kept in the expressions, so no
+// depth of references needs memory.
 #ifndef ORLI11_LANGUAGE_FORMULA_WALK_H
 #define ORLI11_LANGUAGE_FORMULA_WALK_H
 
 #include "engine/expressions.h"
 #include "language/tree.h"
 
-// The place of a node in the tree of that root.
+// The index of a node in the tree of that root.
 inline uint32_t IndexOf(const ExprNode *root, const ExprNode *node) {
   return static_cast<uint32_t>(node - root);
 }
 
-// Enters an expression for the walk of that number, from a node of the caller's tree.
+// Enters an expression in the walk of that number, from a node of the caller's tree.
 inline void EnterExpression(uint64_t walkNumber, Expression *expression, Expression *caller,
                             uint32_t from) {
   expression->walkNumber = walkNumber;

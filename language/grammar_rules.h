@@ -1,4 +1,4 @@
-// The grammar of the language, as a person writes it. The build makes the parser's tables from it.
+// The grammar of the language. The build generates the parser's tables from it.
 //
 // Quoted characters are tokens of that character, names in capitals the tokens of parse_state.h
 // without their "TOK_".
@@ -85,8 +85,8 @@ constexpr GrammarProduction kGrammar[] = {
 };
 static_assert(std::size(kGrammar) == static_cast<size_t>(Production::Count));
 
-// Productions of one symbol whose action does nothing: the parser goes on as if the left side had
-// stood there.
+// Productions of one symbol whose action does nothing: the parser continues as if the left side had
+// been there.
 constexpr Production kPassing[] = {Production::ParamsOfSingle, Production::ParamsOfList,
                                    Production::ExprOfCall, Production::ExprOfConstant};
 

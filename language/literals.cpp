@@ -9,10 +9,11 @@
 
 namespace {
 
-// Digits that 64 bits hold, whatever they are.
+// The number of digits that always fit into 64 bits.
 constexpr size_t kFewDigits = 18;
 
-// The value of digits with at most one point among them that has no zero to be taken off its end.
+// The value of digits with at most one point, where the canonical form needs no trailing zero
+// removed.
 bool NumberFromFewDigits(NumberValue *value, std::string_view literal) {
   if (literal.size() > kFewDigits) {
     return false;
@@ -41,7 +42,7 @@ bool NumberFromFewDigits(NumberValue *value, std::string_view literal) {
   return true;
 }
 
-// A literal with a terminator.
+// A terminated copy of a literal.
 struct TerminatedText {
   char text[kLongestMatch + 1];
   explicit TerminatedText(std::string_view literal) {

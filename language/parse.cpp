@@ -1,4 +1,4 @@
-// The parse entries: texts to stored expressions, and the test of names.
+// The parse entries: from formula texts to stored expressions, and the check of names.
 #include "language/parse.h"
 
 #include <cstring>
@@ -19,7 +19,7 @@
 namespace {
 
 // A name is one token that reads as a name and is the whole text: blanks at its ends or parentheses
-// around it are no part of a name. A keyword whose type no value has is none.
+// around it are not part of a name. A keyword whose type no value has is not a name.
 bool IsValidName(EC ec, const char *name) {
   ParseState state;
   return ResetParseState(state, ec, name, true) && ScanToken(state) == TOK_IDENT &&
@@ -28,7 +28,7 @@ bool IsValidName(EC ec, const char *name) {
 }
 
 // True when the text is a formula, with its nodes in the builder; else false with the error set. A
-// date-shaped text that read on as something else and then failed counts as a bad date.
+// date-shaped text that was read as something else and then failed is reported as a bad date.
 bool ParseText(ParseState &state, EC ec, const char *text) {
   if (!ResetParseState(state, ec, text, false)) {
     SetError(state, ORL_ERR_MAXTOKEN, 0, 0);
@@ -61,7 +61,7 @@ bool CheckRecursion(EC ec, const Expression *expression, FormulaError &error) {
   }
 }
 
-// Names the formula of a parse and makes the record of both; null with the error set.
+// Chooses the name of a parsed formula and creates its record; null with the error set.
 OwnedExpression NamedExpression(ParseState &state, const char *name) {
   EC ec = state.context;
   char generated[kGeneratedNameSize];
@@ -101,7 +101,8 @@ OwnedExpression ExpressionFromText(EC ec, const char *text, const char *name, Fo
   return expression;
 }
 
-// What forbids to store a new record as `exp`, or as a new expression for null; id 0 for nothing.
+// The error that prevents storing a new record as `exp`, or as a new expression for null; id 0 when
+// there is none.
 FormulaError ConflictOf(EC ec, HEXP exp, const Expression *fresh) {
   const int32_t length = fresh->textLength;
   if (ORLIsExpNameUnique(ec, exp, fresh->entry.name) == 0) {
@@ -115,7 +116,7 @@ FormulaError ConflictOf(EC ec, HEXP exp, const Expression *fresh) {
 }
 
 // A record that ORLParseFormula can store as `exp`, or as a new expression for null; null with the
-// error set when it can not.
+// error set when it cannot.
 OwnedExpression CheckedFormula(EC ec, HEXP exp, const char *text, const char *name,
                                FormulaError &error, uint16_t *dataType) {
   OwnedExpression fresh = ExpressionFromText(ec, text, name, error, dataType);
@@ -128,8 +129,8 @@ OwnedExpression CheckedFormula(EC ec, HEXP exp, const char *text, const char *na
   return fresh;
 }
 
-// Lets the host hear of the new name of a stored expression, and checks again what the host may
-// have changed meanwhile.
+// Notifies the host of the new name of a stored expression, then repeats the checks, since the host
+// may have changed the context.
 FormulaError AnnounceName(EC ec, HEXP exp, const Expression *fresh) {
   const ExpressionRef stored = RefTo(exp);
   CallHost([=] { return ec->renameProc(ec, exp->entry.name, fresh->entry.name); });
@@ -143,8 +144,8 @@ FormulaError AnnounceName(EC ec, HEXP exp, const Expression *fresh) {
   return error;
 }
 
-// Gives a stored expression the content of the new record. Id 0, or the error that left everything
-// as it was.
+// Replaces the content of a stored expression by that of the new record. Id 0, or the error, with
+// everything unchanged.
 FormulaError StoreContent(EC ec, HEXP exp, OwnedExpression fresh) {
   if (!AddReferences(ec, fresh.get())) {
     return {ORL_ERR_MEMORY, 0, 0};
@@ -161,12 +162,12 @@ FormulaError StoreContent(EC ec, HEXP exp, OwnedExpression fresh) {
   if (renamed) {
     ContextChanged(ec);
   } else {
-    ec->revision++;  // every name still finds what it found before
+    ec->revision++;  // every name still resolves as before
   }
   return {};
 }
 
-// The first reference to a formula in a tree, at `node` or behind it; null when there is none.
+// The first reference to a formula in a tree, at `node` or after it; null when there is none.
 const ExprNode *ReferenceFrom(const ExprNode *tree, const ExprNode *node) {
   while (node != nullptr && NodeKindOf(node) != NODE_FORMULA) {
     node = ExprNodeNext(tree, node);
@@ -174,8 +175,8 @@ const ExprNode *ReferenceFrom(const ExprNode *tree, const ExprNode *node) {
   return node;
 }
 
-// True when two trees refer to the same formulas: then one may take the other's place without a
-// look at what these refer to, which costs a walk through all of them.
+// True when two trees refer to the same formulas: then one may replace the other without the walk
+// through everything that these refer to.
 bool RefersAlike(const ExprNode *left, const ExprNode *right) {
   const ExprNode *a = ReferenceFrom(left, left);
   const ExprNode *b = ReferenceFrom(right, right);

@@ -31,8 +31,8 @@ enum : uint16_t { kModifierDistinct = 1, kModifierAll = 2 };
 constexpr int32_t kLongestMatch = 2048;
 constexpr int32_t kParserStackSize = 150;
 
-// An entry of the parser's stack: a token or a reduced symbol. Which of the fields after the span
-// count, its kind tells; the nodes themselves belong to the builder.
+// An entry of the parser's stack: a token or a reduced symbol. Its kind determines which of the
+// fields after the span are valid; the nodes themselves belong to the builder.
 struct StackEntry {
   int32_t offset, length;
   uint32_t first;  // of an expression: its node; of a list: the first of the builder's arguments
@@ -48,7 +48,7 @@ struct ParseState {
   int32_t codePage;    // the active one
   bool nameCheckMode;  // ORLValidName is running
 
-  // Where the scanner is.
+  // The scanner's position.
   int32_t position;     // of the match last taken
   int32_t tokenLength;  // bytes of it, skipped white space included
   int32_t delivered;    // bytes read so far, the blank after the text included
@@ -74,8 +74,8 @@ struct ParseState {
   StackEntry entries[kParserStackSize];
 };
 
-// Makes the state ready for a text, which must stay until the parse has ended. The fields after
-// `builder` are set as they are used. False, with an empty text, when it is too long.
+// Prepares the state for a text, which must outlive the parse. The fields after `builder` are set
+// as they are used. False, with an empty text, when it is too long.
 bool ResetParseState(ParseState &state, ExprContext *context, const char *text, bool nameCheck);
 
 // Bytes of the text read by the scanner so far, the blank after it included.

@@ -5,9 +5,9 @@
 
 namespace {
 
-constexpr int32_t kNoToken = -1;  // no token has been read ahead
+constexpr int32_t kNoToken = -1;  // there is no lookahead token
 
-// The table's column of a token; kParserColumns for one that is in no production.
+// The table's column for a token; kParserColumns for one that is in no production.
 constexpr int32_t kTokenCodes = 270;
 struct ColumnTable {
   uint8_t columns[kTokenCodes];
@@ -26,17 +26,17 @@ constexpr ColumnTable MakeColumns() {
 
 constexpr ColumnTable kColumns = MakeColumns();
 
-// What went wrong in the automaton itself. The place is that of the token read last, counted from
-// the bytes delivered, so what the scanner read ahead shifts it to the right. A text that was too
-// long for the scanner stays the reason.
+// Reports a syntax error. Its position is that of the last token, computed from the bytes read, so
+// bytes that the scanner read ahead shift it to the right. An earlier error of the scanner, such as
+// a text that is too long, is kept.
 void Report(ParseState &state, int32_t id) {
   if (state.error.id != ORL_ERR_MAXTOKEN) {
     SetError(state, id, BytesDelivered(state) - state.tokenLength, state.tokenLength);
   }
 }
 
-// What the state does next, of the values in parser_tables.h. Reads a token only where that
-// decides.
+// The next action of the state, a value of parser_tables.h. Reads a token only when the action
+// depends on it.
 int32_t ActionOf(ParseState &state, int32_t at, int32_t &token) {
   if (!kParserStates[at].decides) {
     return kParserRefuse;
@@ -80,7 +80,7 @@ bool RunParser(ParseState &state) {
       Report(state, ORL_ERR_SYNTAX);
       return false;
     }
-    // The left side takes the place of the right side's first symbol.
+    // The left side replaces the right side's first symbol.
     const ParserProduction row = kParserProductions[production];
     top -= row.length - 1;
     if (!RunAction(state, static_cast<Production>(production), &state.entries[top])) {

@@ -1,4 +1,4 @@
-// The parser: tokens to a typed tree.
+// The parser: from tokens to a typed tree.
 #ifndef ORLI11_LANGUAGE_PARSER_H
 #define ORLI11_LANGUAGE_PARSER_H
 
@@ -13,7 +13,7 @@
 bool RunParser(ParseState &state);
 
 // Runs the action of a production. `rhs` are the stack entries of its right side. The first of them
-// becomes that of the left side: it keeps its span, and the action gives it its value. False ends
+// becomes the entry of the left side: it keeps its span, and the action sets its value. False ends
 // the parse, with the error set.
 bool RunAction(ParseState &state, Production production, StackEntry *rhs);
 

@@ -1,7 +1,7 @@
-// A search for a circle goes depth first through the formulas that a tree leads to, each once, with
-// the way back in the expressions. Where the order of expressions is good, it enters only those
-// above the target. What it leaves without having found the target is moved below that, where the
-// next search does not enter it again.
+// The search for a cycle is a depth-first walk through the formulas that a tree reaches, each once,
+// with the return path in the expressions. While the order of expressions is valid, it enters only
+// those above the target. An expression that it leaves without having found the target is moved
+// below the target, where the next search does not enter it again.
 #include "language/recursion.h"
 
 #include <cassert>
@@ -17,17 +17,17 @@ namespace {
 
 struct Search {
   EC ec;
-  const char *name;    // null: every expression is put into a new order
-  Expression *target;  // the first expression of that name when the order is good, else null
+  const char *name;    // null: every expression is added to a new order
+  Expression *target;  // the first expression of that name when the order is valid, else null
   uint64_t number;
-  bool circular;  // formulas refer to each other in a circle
+  bool circular;  // formulas refer to each other in a cycle
 };
 
 Search BeginSearch(EC ec, const char *name, Expression *target) {
   return {ec, name, target, ++ec->walkNumber, false};
 }
 
-// Counts a step of a search; false when there are to be no more.
+// Counts a step of a search; false when the limit is reached.
 bool CountStep(EC ec) {
   return ec->searchSteps == nullptr || --*ec->searchSteps >= 0;
 }
@@ -45,7 +45,7 @@ Expression *ToEnter(Search &search, ExprNode *node) {
   return search.target != nullptr && formula->rank < search.target->rank ? nullptr : formula;
 }
 
-// The search is done with an expression and all that it leads to.
+// The search has finished an expression and everything that it reaches.
 void Leave(Search &search, Expression *expression) {
   expression->walkState = WalkState::No;
   if (search.name == nullptr) {
@@ -59,7 +59,7 @@ bool IsReference(const ExprNode *node, const char *name) {
   return name != nullptr && NodeKindOf(node) == NODE_FORMULA && SameText(NodeText(node), name);
 }
 
-// Goes through a tree, which is that of `self` or in no expression. As FormulaRefersTo.
+// Searches a tree, which is that of `self` or not yet in an expression. Returns as FormulaRefersTo.
 int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **where) {
   if (self != nullptr) {
     EnterExpression(search.number, self, nullptr, 0);
@@ -101,7 +101,7 @@ int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **w
   }
 }
 
-// Makes a broken order anew. It stays broken where formulas refer to each other in a circle.
+// Rebuilds a broken order. It stays broken when formulas refer to each other in a cycle.
 int32_t RestoreOrder(EC ec) {
   OrderRestart(ec);
   Search search = BeginSearch(ec, nullptr, nullptr);
@@ -152,7 +152,7 @@ void OrderAfterReplace(EC ec, Expression *expression, const char *oldName) {
       renamed && ReferenceCount(ec, oldName) != 0 && ORLHEXPFromName(ec, oldName) != nullptr;
   const bool named = ReferenceCount(ec, expression->entry.name) != 0;
   if (shared || (renamed && named)) {
-    ec->order.broken = true;  // references mean another formula than before
+    ec->order.broken = true;  // references resolve to another formula than before
   } else if (!named || ORLHEXPFromName(ec, expression->entry.name) != expression) {
     OrderRemove(ec, expression);  // nothing refers to it
     OrderAppend(ec, expression);

@@ -9,11 +9,12 @@
 
 struct ExprNode;
 
-// What the searches of one load may take together, in nodes: some tenths of a second. Only names
-// that a block gives twice make searches that need many.
+// The limit for the searches of one load together, in nodes: some tenths of a second. Only names
+// that occur twice in a block cause searches that need many.
 constexpr int64_t kMostSearchSteps = 4000000;
 
-// While it lives, searches for circles in a context take no more steps than are left in `*steps`.
+// During its lifetime searches for cycles in a context take no more steps than are left in
+// `*steps`.
 class SearchLimit {
  public:
   SearchLimit(EC ec, int64_t *steps) : context_(ec), outer_(ec->searchSteps) {
@@ -33,8 +34,8 @@ class SearchLimit {
 // ORL_ERR_MEMORY when the steps that the context allows for searches are used up.
 int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode **where);
 
-// Restores the order of the context's expressions after one of them has got another tree that
-// passed the check; `oldName` is the name that it had before.
+// Updates the order of the context's expressions after one of them was given another tree that
+// passed the check; `oldName` is its former name.
 void OrderAfterReplace(EC ec, Expression *expression, const char *oldName);
 
 #endif

@@ -33,7 +33,7 @@ bool IsWord(std::string_view text, std::string_view word) {
                     [](char byte, char capital) { return Capital(byte) == capital; });
 }
 
-// Spares most words the comparisons.
+// Excludes most words without a comparison.
 bool MayBeginUnit(char byte) {
   return std::string_view("DMYHS").find(Capital(byte)) != std::string_view::npos;
 }
@@ -55,7 +55,7 @@ std::string_view Match(const char *text, int32_t length) {
   return {text, static_cast<size_t>(length)};
 }
 
-// Places the token `index` bytes after the start of the match.
+// Sets the token's offset to `index` bytes after the start of the match.
 int32_t TakeAs(ParseState &state, int32_t token, int32_t index, int32_t span) {
   state.tokenOffset = state.position + index;
   state.tokenSpan = span;
@@ -85,8 +85,8 @@ int32_t TakeNumber(ParseState &state, const char * /*text*/, int32_t length) {
   return TakeAs(state, TOK_NUMBER, 0, length);
 }
 
-// With ranges a date must convert here, so that «13/45/99» can read on as a chain of divisions.
-// Without, it is taken as it stands and refused when its node is built.
+// With ranges a date must be valid here, so that «13/45/99» can be read as a chain of divisions.
+// Without, it is taken as it is and rejected when its node is built.
 int32_t TakeDate(ParseState &state, const char *text, int32_t length) {
   if (HasFlag(state, ORL_FLAG_RANGES) && !IsDateLiteral(Match(text, length))) {
     if (!state.badDateSeen) {

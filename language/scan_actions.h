@@ -7,14 +7,14 @@
 #include "language/parse_state.h"
 #include "language/token_rules.h"
 
-// Results of an action that gives no token.
+// Results of an action that returns no token.
 enum : int32_t {
-  kRefused = -1,  // not this rule after all: try the next candidate
+  kRefused = -1,  // rejected: try the next candidate
   kSkipped = -2   // taken, but nothing for the parser
 };
 
-// Takes or refuses the match: the `length` bytes from state.position on, at `text`. The result is a
-// token code with the token's fields filled, or one of the two above.
+// Accepts or rejects the match: the `length` bytes from state.position on, at `text`. The result is
+// a token code with the token's fields filled, or one of the two above.
 using RuleAction = int32_t (*)(ParseState &state, const char *text, int32_t length);
 
 // The action of kRuleWord.

@@ -21,7 +21,7 @@ bool IsAsciiNameByte(uint8_t byte) {
          byte == '.';
 }
 
-// What to say of a name whose bytes are good up to `stop`.
+// The result for a name whose bytes are valid up to `stop`.
 int32_t AnswerAtStop(const char *text, int32_t length, int32_t stop, bool call, bool doubleByte) {
   if (call && (text[stop] == ' ' || text[stop] == '(')) {
     int32_t open = stop;
@@ -47,7 +47,7 @@ int32_t CheckName(const char *text, int32_t length, bool call) {
     if (byte == '"' || byte == '`') {
       quoted = !quoted;
     } else if (IsAsciiNameByte(byte)) {
-      // Good in every code page.
+      // Valid in every code page.
     } else if (doubleByte && WRENIsAlpha(byte) != 0) {
       if (at == length - 1) {
         return at;
@@ -57,7 +57,7 @@ int32_t CheckName(const char *text, int32_t length, bool call) {
         return at;
       }
     } else if (utf8 && byte >= 0x80) {
-      // Bytes that are no sequence are taken one by one, as characters without a meaning.
+      // Bytes that are not a valid sequence are taken one by one, as characters without a meaning.
       uint32_t codePoint = 0;
       const size_t bytes = DecodeUtf8(text + at, &codePoint);
       if (bytes != 0 && !quoted && !IsNameCharacter(codePoint)) {

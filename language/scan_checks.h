@@ -5,15 +5,15 @@
 
 #include <cstdint>
 
-// Answers of CheckName besides the index of the first bad byte.
+// Results of CheckName besides the index of the first bad byte.
 enum : int32_t {
   kNameGood = -1,
   kNameRefused = -2  // the automaton took more than the name
 };
 
 // Checks the `length` bytes of a name, quoted segments and points included. With `call` the text is
-// that of a call opening: blanks and a parenthesis end it. Returns the index of the first bad byte
-// or one of the answers above.
+// the opening of a call: blanks and a parenthesis end it. Returns the index of the first bad byte
+// or one of the results above.
 int32_t CheckName(const char *text, int32_t length, bool call);
 
 // True when the `length` bytes, quotes included, are one whole literal.

@@ -8,21 +8,21 @@
 #include "language/simple_tokens.h"
 #include "platform/text.h"
 
-// Simple tokens are taken by straight loops; the automaton reads all others and is the rule for
-// either. What it read ahead counts as delivered and is read again with the next token.
+// Simple tokens are read by plain loops; the automaton reads all others and defines the result of
+// both. Bytes that it read ahead count as read and are read again with the next token.
 
 namespace {
 
-// RunAutomaton: the longest match there may be could go on.
+// RunAutomaton: the longest match that is allowed could continue.
 constexpr int32_t kOverflow = -1;
 
-// The byte of the text at an index, one blank after the last one, then 0 for ever.
+// The byte of the text at an index; after the last one a blank, then zeros.
 char ByteAt(const ParseState &state, int32_t index) {
   return index < state.textLength ? state.text[index] : index == state.textLength ? ' ' : '\0';
 }
 
-// Runs as far as any rule goes. Records the state after each byte and returns their number. Where
-// no byte could go on, none is read.
+// Runs as far as any rule can match. Records the state after each byte and returns their number. No
+// byte is read in a state that no byte could continue.
 int32_t RunAutomaton(ParseState &state) {
   const uint8_t *classOf = state.codePage == kCodePageUtf8 ? kByteClassUtf8 : kByteClass;
   uint8_t at = kStartState;
@@ -46,7 +46,7 @@ int32_t RunAutomaton(ParseState &state) {
   return length;
 }
 
-// The last place up to `from` that stands at a mark, or 0.
+// The last position up to `from` that is at a mark, or 0.
 int32_t LastMark(const ParseState &state, int32_t from) {
   while (from > 0 && !kStates[state.trail[from]].mark) {
     from--;
@@ -54,10 +54,10 @@ int32_t LastMark(const ParseState &state, int32_t from) {
   return from;
 }
 
-// Works back from the longest match to the first whose action does not refuse it.
+// Goes back from the longest match to the first whose action does not reject it.
 int32_t TakeMatch(ParseState &state, int32_t longest) {
   const char *text = state.text + state.position;
-  int32_t mark = longest;  // no mark lies between this place and `length`
+  int32_t mark = longest;  // there is no mark between this position and `length`
   for (int32_t length = longest; length > 0; length--) {
     const AutomatonState &facts = kStates[state.trail[length]];
     for (int32_t i = 0; i < facts.acceptedCount; i++) {
@@ -77,8 +77,7 @@ int32_t TakeMatch(ParseState &state, int32_t longest) {
       return token;
     }
   }
-  // Not reached: a line feed is white space, any other byte a token of its own, and neither is
-  // refused.
+  // Not reached: a line feed is white space, any other byte is a token, and neither is rejected.
   state.tokenLength = 1;
   return TOK_BAD;
 }

@@ -6,22 +6,22 @@
 #include "language/scan_actions.h"
 #include "wreni11.h"
 
-// Each loop ends at the byte where no rule of token_rules.h goes on, which is also the last one
-// that the automaton would have read. Where that depends on more than a few bytes, as in what may
-// become a date, the token is left to the automaton.
+// Each loop ends at the byte where no rule of token_rules.h can continue, which is also the last
+// one that the automaton would have read. Where that depends on more than a few bytes, as for a
+// possible date, the token is left to the automaton.
 
 namespace {
 
 enum class ByteClass : uint8_t {
   Other,
   Letter,  // ASCII only, as everywhere here
-  Sign,    // goes on in a name
+  Sign,    // continues a name
   Digit,
   Blank,
   Break,  // other white space
   Operator,
   Quote,
-  High  // what it is depends on the code page
+  High  // its meaning depends on the code page
 };
 
 struct ClassTable {
@@ -81,8 +81,8 @@ const char *SkipSpace(const char *at) {
   return at;
 }
 
-// The token from `start` to `end`, for which the scanner reads up to and with the byte at `last`.
-// False when that is too much for the automaton.
+// Sets the token from `start` to `end`, for which the scanner reads up to and including the byte at
+// `last`. False when that is longer than the automaton allows.
 bool Take(ParseState &state, const char *start, const char *end, const char *last) {
   if (last - start >= kLongestMatch - 1) {
     return false;

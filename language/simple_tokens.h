@@ -1,4 +1,4 @@
-// The tokens that most texts consist of, read by straight loops.
+// The tokens that most formulas consist of, read by plain loops.
 #ifndef ORLI11_LANGUAGE_SIMPLE_TOKENS_H
 #define ORLI11_LANGUAGE_SIMPLE_TOKENS_H
 
@@ -6,12 +6,12 @@
 
 #include "language/parse_state.h"
 
-// The answer of ScanSimpleToken beside token codes and kSkipped of scan_actions.h.
+// The result of ScanSimpleToken besides token codes and kSkipped of scan_actions.h.
 constexpr int32_t kNotSimple = -3;
 
-// Takes the token at state.position as the automaton and its action would, when it is a word, a
-// name or call opening, a number, a string literal, an operator or white space whose end is plain
-// to see; kNotSimple, with the state as it was, for all others.
+// Reads the token at state.position as the automaton and its action would, when it is a word, a
+// name or call opening, a number, a string literal, an operator or white space with an obvious end;
+// kNotSimple, with the state unchanged, for all others.
 int32_t ScanSimpleToken(ParseState &state);
 
 #endif

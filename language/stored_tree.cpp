@@ -20,10 +20,10 @@ bool RootIs(HEXP exp, int32_t kind) {
 struct ContentLink {
   Expression *content;
 };
-static_assert(sizeof(ExprNode) >= sizeof(ContentLink));  // every tree has room for it
+static_assert(sizeof(ExprNode) >= sizeof(ContentLink));  // every tree is large enough for it
 
-// The record whose block holds what the expression consists of now, which is the caller's then;
-// null where that is the expression's own.
+// The record whose block holds the expression's present tree, text and name, which the caller then
+// owns; null when that is the expression's own block.
 Expression *TakeContent(const Expression *expression) {
   ContentLink link = {};
   if (expression->hasContent) {
@@ -84,7 +84,7 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
   NameIndexAppend(ec->expressionNames, stored->entry);
   ec->revision++;
   if (awaited) {
-    ec->generation++;  // references that found nothing find it
+    ec->generation++;  // references that were unresolved now resolve to it
     ec->order.broken = true;
   } else {
     OrderAppend(ec, stored);

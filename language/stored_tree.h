@@ -13,33 +13,33 @@
 
 struct ParseState;
 
-// A record that is in no table, with all it holds.
+// A record that is in no table, with everything that it owns.
 struct FreeExpression {
   void operator()(Expression *expression) const;
 };
 using OwnedExpression = std::unique_ptr<Expression, FreeExpression>;
 
 // A record with the tree of all nodes of a parse and copies of its text and of the name, in one
-// block; null when there is no memory.
+// block; null when out of memory.
 OwnedExpression MakeExpression(ParseState &state, std::string_view name);
 
 // Adds a record at the end of the context's table, which owns it from there on. False, with
-// everything as it was, when the table cannot grow or there is no memory.
+// everything unchanged, when the table cannot grow or when out of memory.
 bool StoreExpression(EC ec, OwnedExpression &expression);
 
-// Gives a stored expression the tree, text and name of another record, whose references must have
-// been counted already.
+// Replaces the tree, text and name of a stored expression by those of another record, whose
+// references must have been counted already.
 void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh);
 
-// Gives an expression another text alone.
+// Replaces the text of an expression and nothing else.
 void ReplaceText(Expression *expression, OwnedText text);
 
-// Count the formulas that a record's tree refers to as references, or no longer. AddReferences is
-// false, with nothing counted, when there is no memory.
+// Add or remove the references to the formulas that a record's tree names. AddReferences returns
+// false, with nothing counted, when out of memory.
 bool AddReferences(EC ec, const Expression *expression);
 void RemoveReferences(EC ec, const Expression *expression);
 
-// What a text is by the kind of its tree's root.
+// The class of an expression by the kind of its tree's root.
 ExpressionClass ClassOfRoot(int32_t kind);
 
 // The data type under which an expression with a root of that type is stored.

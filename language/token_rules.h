@@ -40,7 +40,7 @@ constexpr TokenDefinition kTokenDefinitions[] = {
     {"space", R"([\t\n ]+)"},
 
     // A pair is a double-byte character; the single bytes from 0x81 up are letters of other code
-    // pages. Which of the two a byte is, the action finds out.
+    // pages. The action determines which of the two a byte is.
     {"pair", R"([\x81-\x9F\xE0-\xFC] [\x40-\x7E\x80-\xFC])"},
     {"namestart", R"([A-Za-z#$_@\x81-\xFF]|{pair})"},
     {"plainname", R"({namestart}({namestart}|[0-9])*)"},
@@ -50,8 +50,8 @@ constexpr TokenDefinition kTokenDefinitions[] = {
     {"separator", R"([-./:\\])"},
     {"point", R"([.:])"},
     {"tail", R"(","[ ]* | [ ]+)"},
-    // The forms 1-2-99 and 1/2.99; 1.2/99; 1.2.99; 1-Jan-99; Jan 1, 99. 1 Jan 99, which ends
-    // behind its second letter where a time follows: the letters may be a marker as in "1 am".
+    // The forms 1-2-99 and 1/2.99; 1.2/99; 1.2.99; 1-Jan-99; Jan 1, 99. 1 Jan 99, which ends after
+    // its second letter where a time follows: the letters may be a marker as in "1 am".
     {"date", R"({number}{dash}{number}{separator}{number} |
                 {number}{point}{number}{dash}{number} |
                 {number}{point}{number}{point}{number} |
@@ -65,15 +65,15 @@ constexpr TokenDefinition kTokenDefinitions[] = {
     {"escapes", R"([\\][\\']*)"},
 };
 
-// ORDER RULE: kTokenRules below and kRuleActions in scan_actions.cpp follow this list. At one
-// length an earlier rule goes first.
+// ORDER RULE: kTokenRules below and kRuleActions in scan_actions.cpp follow this list. At equal
+// length an earlier rule takes precedence.
 enum TokenRule : uint8_t {
   kRuleWord,
   kRulePhrase,  // two words that may be a keyword
   kRuleSystemName,
   kRuleName,
   kRuleNumber,
-  kRuleExponent,  // a number with exponent: one digit before the point, a sign behind the E
+  kRuleExponent,  // a number with exponent: one digit before the point, a sign after the E
   kRuleFraction,
   kRuleMonthDate,  // 1 Jan 99
   kRuleDate,
@@ -112,7 +112,7 @@ constexpr TokenRuleRow kTokenRules[] = {
 static_assert(std::size(kTokenRules) == kTokenRuleCount);
 
 // In UTF-8 every byte from 128 up belongs to a name and none begins a double-byte pair. The
-// automaton reads them all as this one: a letter that is neither half of a pair.
+// automaton reads them all as this byte: a letter that is neither half of a pair.
 constexpr uint8_t kUtf8NameByte = 0xFF;
 
 #endif

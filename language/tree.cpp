@@ -5,7 +5,7 @@
 
 namespace {
 
-// An item has room for the address of another name.
+// An item has space for the address of another name.
 static_assert(kLeastNameBytes >= sizeof(char *));
 
 bool OwnsName(const ExprNode *node) {
@@ -80,8 +80,8 @@ void Bind(ExprNode *node, const NodeBinding &binding) {
   std::memcpy(NodeContent(node) - kBindingAt, &binding, sizeof binding);
 }
 
-// A name that fits where the old one is takes its place. Whoever still reads the old one, a routine
-// of the host for example, then reads the new one.
+// A new name that fits overwrites the old one. A routine that still holds the old address, the
+// host's for example, then reads the new name.
 bool RenameNode(ExprNode *node, const char *name) {
   const size_t bytes = std::strlen(name) + 1;
   const bool own = OwnsName(node);

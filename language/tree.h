@@ -1,17 +1,17 @@
-// The parse tree: the form in which a formula lives between parsing and evaluation.
+// The parse tree: the form of a formula between parsing and evaluation.
 //
-// A tree is one piece of memory: the nodes in written order, each before its children, and after
-// them their names, dates and strings. The formula's text follows, where numbers are read:
+// A tree is one memory block: the nodes in preorder, each before its children, and after them their
+// names, dates and strings. The formula's text follows; numbers are read from it:
 //
 //   Amount * 2 + Tax
 //
 //   | + | * | Amount | 2 | Tax | "Amount" "Tax" |
 //
-// A walk in written order is a step to the next node, and freeing a tree is one free. Nodes refer
-// to each other and to their texts by distances, so nothing in a block points into it.
+// Each step of a preorder walk moves to the next node, and a tree is freed by one call. Nodes refer
+// to each other and to their names by relative offsets, so a block holds no pointers into itself.
 //
-// A tree names what it refers to by text. A binding remembers what the name of a formula meant when
-// it was last looked up.
+// A tree refers to items and formulas by name. A binding caches what the name of a formula resolved
+// to at the last lookup.
 #ifndef ORLI11_LANGUAGE_TREE_H
 #define ORLI11_LANGUAGE_TREE_H
 
@@ -20,7 +20,7 @@
 
 #include "orli11.h"
 
-// A node's kind is the token or character that it grew from.
+// A node's kind is the token or character that it was built from.
 enum NodeKind : int32_t {
   NODE_NUMBER = 0,  // a NumberValue
   NODE_MOD = 37,    // operators: left and right operand, detail: date unit
@@ -47,15 +47,15 @@ constexpr int16_t kNoType = -1;
 // Most arguments of a call or members of a set.
 constexpr uint32_t kMaxListed = 65535;
 
-// The fields belong to language/; everything else reads trees through the functions below.
+// The fields are private to language/; everything else reads trees through the functions below.
 struct [[gnu::packed, gnu::aligned(2)]] ExprNode {
   uint8_t code;  // of the kind
   uint8_t detail;
   int16_t dataType;
   uint16_t length;   // span in the text; of an operator that of the token scanned last
   int32_t offset;    // where the span begins
-  uint32_t parent;   // nodes from the parent to this one; 0 at the root
-  uint32_t content;  // bytes from this node to its text; without: nodes in the subtree
+  uint32_t parent;   // distance in nodes from the parent to this one; 0 at the root
+  uint32_t content;  // bytes from this node to its text; without text: nodes in the subtree
 };
 static_assert(sizeof(ExprNode) == 18);
 
@@ -111,17 +111,18 @@ const char *NodeText(const ExprNode *node);
 // The value of a NODE_NUMBER.
 NumberValue NodeNumber(const ExprNode *node);
 
-// What nodes with a name have before it, by the distance back from it; nothing is aligned.
+// What precedes the name of a node, by the offset back from the name; nothing is aligned.
 constexpr uint32_t kCallSizeAt = 4;  // calls and formulas: nodes in the subtree
 constexpr uint32_t kCloseOffsetAt = 8;
-constexpr uint32_t kBindingAt = 24;      // formulas: NodeBinding
-constexpr uint32_t kLeastNameBytes = 8;  // of an item, so that another name's address fits there
+constexpr uint32_t kBindingAt = 24;  // formulas: NodeBinding
+constexpr uint32_t kLeastNameBytes =
+    8;  // of an item, so that the address of another name fits there
 
 inline char *NodeContent(const ExprNode *node) {
   return const_cast<char *>(reinterpret_cast<const char *>(node)) + node->content;
 }
 
-// How many nodes a node and all below it are.
+// The number of nodes of a subtree.
 inline uint32_t SubtreeSize(const ExprNode *node) {
   if (node->code == CodeOfKind(NODE_CALL)) {
     uint32_t size = 0;
@@ -145,8 +146,8 @@ inline ExprNode *NodeParent(const ExprNode *node) {
   return node->parent == 0 ? nullptr : const_cast<ExprNode *>(node - node->parent);
 }
 
-// Operands, arguments or members, in written order: the first of them and the one after a child;
-// null when there is none. Their number, and the child at an index, cost a step for each child.
+// Operands, arguments or members, in source order: the first of them and the one after a child;
+// null when there is none. Their count, and the child at an index, take a step for each child.
 ExprNode *FirstChild(const ExprNode *node);
 ExprNode *NextSibling(const ExprNode *node);
 uint32_t ChildCount(const ExprNode *node);
@@ -156,13 +157,12 @@ inline bool IsFirstChild(const ExprNode *node) {
   return node->parent == 1;
 }
 
-// The next node of a walk that visits every node below `root` in written order, each before its
-// children; null at the end.
+// The next node of a preorder walk of the subtree of `root`; null at the end.
 inline ExprNode *ExprNodeNext(const ExprNode *root, const ExprNode *node) {
   return node + 1 == root + SubtreeSize(root) ? nullptr : const_cast<ExprNode *>(node + 1);
 }
 
-// What the name of a NODE_FORMULA meant when it was last looked up; good while the context's
+// What the name of a NODE_FORMULA resolved to at the last lookup; valid while the context's
 // generation is `at`.
 struct NodeBinding {
   void *row;
@@ -173,8 +173,8 @@ void Bind(ExprNode *node, const NodeBinding &binding);
 
 // ---- Changing and freeing ----
 
-// Gives a NODE_ITEM another name, which may need a block of its own. False when there is no memory,
-// with the old name as it was.
+// Renames a NODE_ITEM; the name may need a block of its own. False when out of memory, with the old
+// name unchanged.
 bool RenameNode(ExprNode *node, const char *name);
 
 // Frees the blocks of such names in a tree.

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Twice as many elements of a list that begins inside its owner. False when there is no memory.
+// Doubles a list whose first elements are inside its owner. False when out of memory.
 template <class T>
 bool Grow(T *&items, const T *first, uint32_t &capacity) {
   const uint64_t bytes = uint64_t{capacity} * 2 * sizeof(T);
@@ -48,7 +48,7 @@ uint32_t BytesBefore(int32_t kind) {
   return kind == NODE_FORMULA ? kBindingAt : kind == NODE_CALL ? kCloseOffsetAt : 0;
 }
 
-// Writes the text of a node and returns where it begins. Texts are written from the end towards the
+// Writes the text of a node and returns its start. Texts are written from the end towards the
 // nodes.
 char *PutText(const DraftNode &node, const char *text, char *end) {
   const std::string_view extract = TextOf(node, text);
@@ -65,9 +65,8 @@ uint32_t DistanceTo(const char *content, const ExprNode *node) {
   return static_cast<uint32_t>(content - reinterpret_cast<const char *>(node));
 }
 
-// Puts the nodes, which come children first, into the block, where they go parent first: the place
-// of a node is its index less that of the first node in its subtree, and one for each node above
-// it.
+// Copies the nodes from postorder into the block's preorder: the position of a node is its index
+// minus that of the first node in its subtree, plus one for each ancestor.
 void PutNodes(TreeBuilder &builder, const char *text, ExprNode *root, char *end) {
   DraftNode *drafts = builder.nodes;
   uint32_t above = builder.count - 1;  // the nearest node that the next one can be below

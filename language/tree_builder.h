@@ -1,8 +1,8 @@
 // Trees under construction.
 //
-// While a text is parsed its nodes stand one after another in the order in which they were built,
-// each after its children. Where they have texts they only know the places in the formula's text.
-// FinishTree makes the block of tree.h from them, with one allocation.
+// While a formula is parsed its nodes are stored in the order in which they were built, each after
+// its children. Names and literals are only positions in the formula's text. FinishTree makes the
+// block of tree.h from them, with one allocation.
 #ifndef ORLI11_LANGUAGE_TREE_BUILDER_H
 #define ORLI11_LANGUAGE_TREE_BUILDER_H
 
@@ -10,11 +10,11 @@
 
 #include "language/tree.h"
 
-// Nodes and arguments that need no memory beside the builder.
+// The number of nodes and arguments that the builder holds without further memory.
 constexpr uint32_t kFirstNodes = 512;
 constexpr uint32_t kFirstArguments = 64;
 
-// A node before it has its place in a tree.
+// A node that is not yet in a tree.
 struct DraftNode {
   uint16_t kind;
   int16_t dataType;
@@ -39,15 +39,15 @@ struct TreeBuilder {
   uint32_t firstArguments[kFirstArguments];
 };
 
-// Makes a builder ready for a tree, and frees what it holds.
+// Initialise a builder, and free what it holds.
 void BuilderBegin(TreeBuilder &builder);
 void BuilderEnd(TreeBuilder &builder);
 
-// A new node, the last of a subtree of `size` nodes, with zeros in its other fields; null when
-// there is no memory. The address holds until the next node is added.
+// A new node, the last of a subtree of `size` nodes, with zeros in its other fields; null when out
+// of memory. The address is valid until the next node is added.
 DraftNode *BuilderAdd(TreeBuilder &builder, int32_t kind, uint32_t size);
 
-// Takes a node that is built as an argument. False when there is no memory.
+// Adds a built node as an argument. False when out of memory.
 bool BuilderAddArgument(TreeBuilder &builder, uint32_t node);
 
 // Counts the bytes that the text of a node that HasText will need, once its kind and span are
@@ -68,7 +68,7 @@ struct FinishedTree {
 };
 
 // Makes the tree of all nodes, the last of which is the root. `text` is the formula's. The block is
-// null when there is no memory; otherwise the caller owns it.
+// null when out of memory; otherwise the caller owns it.
 FinishedTree FinishTree(TreeBuilder &builder, const char *text, uint32_t before, uint64_t after);
 
 // ---- Inline ----

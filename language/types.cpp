@@ -6,7 +6,7 @@
 
 namespace {
 
-// What decides whether an operator exists for a type of the left operand.
+// The condition under which an operator exists for a type of the left operand.
 enum class Rule : uint8_t {
   No,
   Yes,
@@ -106,7 +106,7 @@ bool TakesDateUnit(int32_t kind, int16_t leftType, int16_t rightType) {
          rightType == ORL_TYPE_NUMBER;
 }
 
-// What needs no look at the tables: one of the four operations on two numbers.
+// The fast path, without the tables: one of the four operations on two numbers.
 bool IsPlainArithmetic(const ParseState &state, int32_t kind, const DraftNode &left,
                        const DraftNode &right) {
   return left.dataType == ORL_TYPE_NUMBER && right.dataType == ORL_TYPE_NUMBER &&
@@ -140,13 +140,13 @@ const DraftNode &Listed(const ParseState &state, uint32_t index) {
   return state.builder.nodes[state.builder.arguments[index]];
 }
 
-// The parameter record and the type that an argument is held against.
+// The parameter record and the type that an argument is checked against.
 struct Expectation {
   int32_t row;
   uint16_t type;
 };
 
-// The record of a row. An argument that no record declares takes any type.
+// The record of a row. An argument without a record accepts any type.
 ParamRecord ParameterAt(const ExprItem *function, int32_t row) {
   return row < function->paramCount ? ItemParameters(function)[row]
                                     : ParamRecord{0, ORL_TYPE_ANY, 0};
@@ -370,7 +370,7 @@ void TypeCall(ParseState &state, DraftNode &node, const CallDraft &call) {
     node.dataType =
         function->dataType == ORL_TYPE_FOLLOWS ? ResultOfCall(state, call) : function->dataType;
     if (node.dataType == kNoType) {
-      SetError(state, ORL_ERR_NUMPARMSLO, 0, 0);  // the type cannot follow from no argument
+      SetError(state, ORL_ERR_NUMPARMSLO, 0, 0);  // without arguments the type cannot be derived
     }
   }
 }
@@ -411,7 +411,7 @@ int32_t TypeCountArgs(int32_t count, const ExprItem *function) {
 }
 
 bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function) {
-  // Of the arguments before it only the first of the repeating group and the one before that
+  // Of the preceding arguments only the first of the repeating group and the one before that
   // matter.
   const uint32_t first = function->firstOptional;
   const ExprNode *selector = first == 0 ? nullptr : ChildAt(call, first - 1);

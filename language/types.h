@@ -1,7 +1,8 @@
-// Type rules: which operator works on which types, and how arguments are held against parameters.
+// Type rules: which operators exist for which types, and how arguments are checked against
+// parameters.
 //
-// A rule that fails puts its message into state.error; a length of 0 there means that it does not
-// know the place, which the parser then fills in.
+// A rule that fails sets state.error; a length of 0 there means that the position is unknown, and
+// the parser fills it in.
 #ifndef ORLI11_LANGUAGE_TYPES_H
 #define ORLI11_LANGUAGE_TYPES_H
 
@@ -23,8 +24,8 @@ int16_t TypeOfItem(const ParseState &state);
 // The group of operator callbacks of an operator, or -1.
 int32_t OperatorGroupOf(int32_t kind);
 
-// What a call is made of, while its node is built. The arguments are those of the parse's builder
-// from `first` on.
+// The parts of a call while its node is built. The arguments are those of the parse's builder from
+// `first` on.
 struct CallDraft {
   std::string_view name;
   CallForm form;
@@ -32,8 +33,8 @@ struct CallDraft {
   uint32_t count;  // 0 without a list
 };
 
-// Give a new node its type (kNoType with the error set) and its detail. TypeCall turns a call of a
-// named formula into a NODE_FORMULA.
+// Set the type of a new node (kNoType with the error set) and its detail. TypeCall turns a call of
+// a named formula into a NODE_FORMULA.
 void TypeOperator(ParseState &state, DraftNode &node, const DraftNode &left,
                   const DraftNode &right);
 void TypeCall(ParseState &state, DraftNode &node, const CallDraft &call);
@@ -42,10 +43,11 @@ void TypeCall(ParseState &state, DraftNode &node, const CallDraft &call);
 // error set.
 int16_t TypeOfSet(ParseState &state, uint32_t first, uint32_t count);
 
-// How an argument count fits a function: 0 fits, below 0 too few, above 0 too many.
+// Compares an argument count with a function's parameters: 0 fits, negative too few, positive too
+// many.
 int32_t TypeCountArgs(int32_t count, const ExprItem *function);
 
-// True when the arguments of a call that its routine is given by value have the types that its row
+// True when the arguments that a call passes by value have the types that the function's row
 // declares.
 bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function);
 

@@ -38,10 +38,10 @@ struct FormulaLoad {
   int32_t current;           // the row that is being parsed
   int32_t deferred;          // rows that are deferred
   int64_t retried;           // bytes that were parsed again
-  int64_t steps;             // that searches for circles may still take
+  int64_t steps;             // that searches for cycles may still take
   bool passedOver;           // a row waits for another formula without having been parsed again
   bool reordered;            // a row was parsed out of stored order
-  bool circle;               // nothing is left but formulas that wait for each other
+  bool cycle;                // nothing is left but formulas that wait for each other
   bool ok;
 };
 
@@ -183,7 +183,7 @@ void FirstPass(FormulaLoad &load, BlockCursor &cursor, int32_t count) {
   }
 }
 
-// Ends when all is parsed, and when nothing more can be: formulas refer to each other in a circle.
+// Ends when all is parsed, and when nothing more can be: formulas refer to each other in a cycle.
 void RetryPasses(FormulaLoad &load) {
   while (load.ok && load.deferred != 0) {
     std::swap(load.thisPass, load.nextPass);
@@ -203,7 +203,7 @@ void RetryPasses(FormulaLoad &load) {
     if (tried == 0) {
       // A row that was passed over may have another fault between two calls.
       load.ok = load.passedOver;
-      load.circle = !load.passedOver;
+      load.cycle = !load.passedOver;
       load.passedOver = false;
       load.current = load.names.count;
       RescheduleAll(load);
@@ -286,5 +286,5 @@ LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, LoadOrder order,
   if (load.ok) {
     return LoadEnd::Complete;
   }
-  return load.circle ? LoadEnd::Circle : LoadEnd::Failed;
+  return load.cycle ? LoadEnd::Cycle : LoadEnd::Failed;
 }

@@ -6,13 +6,13 @@
 #include "persistence/block_cursor.h"
 #include "persistence/repair.h"
 
-enum class LoadEnd : uint8_t { Complete, Circle, Failed };
+enum class LoadEnd : uint8_t { Complete, Cycle, Failed };
 
 enum class LoadOrder : uint8_t { Stored, Parsed };
 
 // Read `count` rows of versions 2 and 3: a formula may refer to one stored after it, and one that
 // does not parse is handed to the user. At the end they stand in stored order, or as they were
-// parsed. Circle where formulas that refer to each other in a circle are what is left.
+// parsed. Cycle where formulas that refer to each other in a cycle are what is left.
 LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, LoadOrder order,
                      OrlErrorProc errorProc, const LoadDialogs &dialogs);
 

@@ -71,7 +71,7 @@ FormulaError ParseAll(EC ec, const OrlFormulaText *formulas, int32_t count, int3
   switch (LoadFormulas(ec, cursor, count, LoadOrder::Parsed, nullptr, dialogs)) {
     case LoadEnd::Complete:
       return {};
-    case LoadEnd::Circle:
+    case LoadEnd::Cycle:
       wrong = FirstMissing(ec, formulas, count);
       return {ORL_ERR_RECURSIVE, 0, 0};
     default:

@@ -1,7 +1,7 @@
 // Writes the tables of language/automaton.h for the rules of language/token_rules.h:
 //   automaton_generator FILE
 // The rules become one nondeterministic automaton; sets of its states become the states of the
-// deterministic one; states that no text tells apart are merged (Moore's partition refinement).
+// deterministic one; states that no input distinguishes are merged (Moore's partition refinement).
 
 #include <algorithm>
 #include <array>
@@ -67,7 +67,7 @@ void FindByteClasses(const Nfa &nfa, Dfa &dfa) {
   }
 }
 
-// What is reached from the states freely, in ascending order.
+// The epsilon closure of the states, in ascending order.
 Row Closure(const Nfa &nfa, Row states) {
   std::vector<bool> seen(nfa.states.size());
   Row result;

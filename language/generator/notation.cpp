@@ -3,8 +3,8 @@
 #include <cctype>
 #include <stdexcept>
 
-// Every part of a pattern becomes a fragment: states from `first` to `last`, nothing behind `last`
-// yet. Parts are joined by free edges (Thompson's construction).
+// Every part of a pattern becomes a fragment: states from `first` to `last`, with no edges out of
+// `last` yet. Parts are joined by epsilon transitions (Thompson's construction).
 
 namespace {
 
@@ -60,7 +60,7 @@ Fragment OneByte(Nfa &nfa, const ByteSet &bytes) {
 
 Fragment ReadChoice(PatternReader &reader);
 
-// A byte of a set, with its escapes.
+// A byte of a set, possibly escaped.
 unsigned ReadSetByte(PatternReader &reader) {
   const auto byte = static_cast<unsigned char>(Take(reader));
   if (byte != '\\') {

@@ -1,4 +1,4 @@
-// Patterns of the token rules to a nondeterministic automaton.
+// Translates the patterns of the token rules into a nondeterministic automaton.
 #ifndef ORLI11_LANGUAGE_MAKER_NOTATION_H
 #define ORLI11_LANGUAGE_MAKER_NOTATION_H
 
@@ -11,7 +11,7 @@
 
 using ByteSet = std::bitset<256>;
 
-// A state leads on by the bytes of a set, or freely.
+// A state has a transition on the bytes of a set, or epsilon transitions.
 struct NfaState {
   ByteSet bytes;
   int32_t byteTarget = -1;

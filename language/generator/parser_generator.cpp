@@ -1,7 +1,7 @@
 // Generates the parser's tables from the grammar: an LR(0) automaton whose conflicts between
 // operators the precedence table resolves, after D. E. Knuth, "On the translation of languages from
 // left to right" (1965). Where a state has two complete rules, each takes the tokens that can
-// follow it there. The build runs it with the file to write.
+// follow it there. The build runs it with the path of the file to write.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -16,14 +16,14 @@
 
 namespace {
 
-// The grammar's rules stand at their numbers; the start rule follows them.
+// The grammar's rules, by their numbers; the start rule follows them.
 struct Rule {
   std::string left;
   std::vector<std::string> right;
   bool passes;
 };
 
-// A rule with the dot before its symbol of that index.
+// A rule with the dot before the symbol at that index.
 using Item = std::pair<size_t, size_t>;
 using ItemSet = std::set<Item>;
 
@@ -47,7 +47,7 @@ std::vector<std::string> Words(const char *text) {
   return words;
 }
 
-// 0 for a symbol that is no operator.
+// 0 for a symbol that is not an operator.
 int LevelOf(const std::string &symbol) {
   int level = 0;
   for (const char *operators : kPrecedence) {
@@ -217,8 +217,8 @@ bool Decides(const State &state) {
   return !state.next.empty() || CompleteIn(state).size() != 1;
 }
 
-// Where a symbol leads from a state. A production that passes its one symbol on, in a state that
-// would reduce by it at once, is taken as done.
+// The successor of a state on a symbol. A production that only passes its one symbol on, in a state
+// that would reduce by it at once, is skipped.
 size_t GotoOf(size_t from, const std::string &symbol) {
   const auto next = states[from].next.find(symbol);
   if (next == states[from].next.end()) {
