@@ -299,7 +299,7 @@ class Context:
     def add_formulas(self, formulas: Mapping[str, str]) -> Dict[str, Expression]:
         """Stores formulas by their names; they may refer to each other in any order.
 
-        A name that is no plain name is stored in quotes, and no formula can call it. Raises
+        Each is stored after those that it refers to. A name that is no plain name is stored in quotes, and no formula can call it. Raises
         FormulaError for the first that is wrong, and stores none then.
         """
         with self._entered(change=True) as ec:

@@ -181,8 +181,8 @@ def test_names_use_and_text():
     with Context({"high": "number", "low": "number"}) as context:
         made = context.add_formulas({"felt": "mean() - 1", "mean": "(high + low) / 2"})
         felt, mean = made.values()
-        assert [each.name for each in context] == ["felt", "mean"]
-        assert context["felt"] is felt and context.users("high") == [felt, mean]
+        assert [each.name for each in context] == ["mean", "felt"], "each follows those that it calls"
+        assert context["felt"] is felt and context.users("high") == [mean, felt]
         assert felt.uses("mean", orli11.Kind.FORMULA) and not felt.uses("mean", orli11.Kind.INPUT)
         assert felt.extended_text() == "((high + low) / 2) - 1"
         context.rename("high", "top of day")
