@@ -56,7 +56,7 @@ void RunProgram(Evaluation &run, Program *program);
 
 // Computes the expression. Returns its value, which stays the run's, or null when there is none.
 inline const Value *EvaluationRun(Evaluation &run) {
-  const HEXP exp = run.expression;
+  HEXP exp = run.expression;
   Program *program = BoundProgram(run.ec, exp);
   if (program == nullptr || !ReserveValues(run, 0, program)) {
     run.texts.outOfMemory = true;

@@ -1,15 +1,12 @@
 // Functions on texts, in the buffer where their argument is. Texts of ASCII alone, which are the
 // same characters in every code page, are handled here; others by the routines for characters.
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
 #include "functions/inner_routines.h"
 #include "functions/number_text.h"
 
 namespace {
-
-constexpr uint64_t kBlanks = kOnes * ' ';
 
 // The bits of the first `count` bytes of a word.
 uint64_t FirstBytes(uint32_t count) {
