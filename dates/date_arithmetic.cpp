@@ -23,7 +23,7 @@ bool FitsInt32(int64_t value) {
   return value >= INT32_MIN && value <= INT32_MAX;
 }
 
-// Moves the date by days; the time of day stays.
+// Moves the date by days; the time of day is kept.
 bool MoveDays(DateTimeParts &parts, int64_t days) {
   const int64_t sum = DayNumberOf(parts) + days;
   if (!FitsInt32(sum)) {
@@ -36,8 +36,8 @@ bool MoveDays(DateTimeParts &parts, int64_t days) {
   return true;
 }
 
-// Moves the date by years. The day stays as it is: 29 February can reach the encoder in a common
-// year, and becomes the 28th there.
+// Moves the date by years. The day is not changed here: 29 February of a common year reaches the
+// encoder, which makes it the 28th.
 bool MoveYears(DateTimeParts &parts, int64_t years) {
   const int64_t sum = parts.year + years;
   if (!FitsInt32(sum)) {

@@ -1,4 +1,4 @@
-// Moving a date by units, and the days between two dates.
+// Date arithmetic: moving a date by units, and the days between two dates.
 #ifndef ORLI11_DATES_DATE_ARITHMETIC_H
 #define ORLI11_DATES_DATE_ARITHMETIC_H
 
@@ -7,7 +7,7 @@
 #include "closed/wren/gregorian.h"
 #include "wreni11.h"
 
-// Date units, as nodes store the unit words of the language; 0 acts as days.
+// Date units, as nodes store the unit words of the language; 0 means days.
 enum DateUnit : uint16_t {
   kUnitNone = 0,
   kUnitDay = 1,
@@ -23,8 +23,8 @@ enum DateUnit : uint16_t {
 void DateArithmetic(NumberValue *result, const NumberValue *date, const NumberValue *amount,
                     int32_t op, uint16_t unit);
 
-// Moves a date of the calendar by n units, back for a negative n. False for an unknown unit and for
-// a date beyond what 32 bits count.
+// Moves a date of the calendar by n units, backwards for a negative n. False for an unknown unit
+// and for a date beyond the range of 32-bit day numbers.
 bool MoveParts(DateTimeParts *parts, int64_t n, uint16_t unit);
 
 // result = calendar days from `right` to `left`, a Number; null when either is null.

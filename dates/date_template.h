@@ -7,7 +7,7 @@
 
 #include "dates/date_text.h"
 
-// The one of a context's three templates that is for a form of date text, or null.
+// The one of a context's three templates for a form of date text, or null.
 inline const char *TemplateOfForm(const char *const templates[3], int32_t form) {
   return form == kDateForm       ? templates[0]
          : form == kDateTimeForm ? templates[1]
@@ -15,8 +15,8 @@ inline const char *TemplateOfForm(const char *const templates[3], int32_t form) 
                                  : nullptr;
 }
 
-// Hands the parts of a template filled with a date to `put` (text, length), one after the other.
-// Only the first "%s" is filled; every other byte is copied.
+// Passes the parts of a template, filled with a date, to `put` (text, length) in order. Only the
+// first "%s" is filled; every other byte is copied.
 template <typename Put>
 void FillDateTemplate(const char *text, const char *date, Put put) {
   bool filled = false;

@@ -19,7 +19,8 @@ constexpr DateForm kForms[] = {
     {WREN_FMT_TIME, kTimeForm},          // pictures[2]
 };
 
-// The locale's part of the format record, loaded at its first use for the life of the process.
+// The locale's part of the format record, loaded at its first use and kept for the life of the
+// process.
 const LocaleBlock &LocaleOnce() {
   static const LocaleBlock block = [] {
     LocaleBlock loaded;
@@ -29,7 +30,7 @@ const LocaleBlock &LocaleOnce() {
   return block;
 }
 
-// Prepares the record to write by the picture instead of the country settings.
+// Prepares the record to format by the picture instead of the country settings.
 void UsePicture(FormatRecord &record, const char *picture) {
   const LocaleBlock &locale = LocaleOnce();
   record.picture = picture;

@@ -5,7 +5,7 @@
 #include "closed/pavn/stored_form.h"
 #include "wreni11.h"
 
-// Takes a date apart; false, with all parts zero, for null and for a value that is not a date.
+// Decodes a date; false, with all parts zero, for null and for a value that is not a date.
 inline bool DecodeDate(const NumberValue &date, DateTimeParts *parts) {
   if (date.length != kStoredLength) {
     *parts = {};
@@ -17,7 +17,7 @@ inline bool DecodeDate(const NumberValue &date, DateTimeParts *parts) {
   return DecodeStoredDate(stored, parts);
 }
 
-// Stores parts; null for those of no calendar.
+// Encodes parts; null when they are not a date of the calendar.
 inline void EncodeDate(NumberValue *result, const DateTimeParts &parts) {
   StoredDate stored = {};
   result->length = static_cast<uint8_t>(EncodeStoredDate(&stored, parts));

@@ -1,11 +1,11 @@
-// The four operations on unpacked numbers, as formulas have them.
+// The four arithmetic operations of formulas, on unpacked numbers.
 #ifndef ORLI11_EVALUATION_ARITHMETIC_H
 #define ORLI11_EVALUATION_ARITHMETIC_H
 
 #include "closed/wren/decimal.h"
 #include "evaluation/program.h"
 
-// The number in the words of an instruction.
+// The number stored in the words of an instruction.
 inline Decimal DecimalOfWords(const Word *code) {
   const Uint128 bits = static_cast<Uint128>(code[kNumberHigh].bits) << 64 | code[kNumberLow].bits;
   return {static_cast<Int128>(bits), static_cast<int32_t>(code[kNumberExponent].bits)};

@@ -1,4 +1,5 @@
-// Batches of one value, batches in another form, and the texts that a batch makes.
+// Batches of one value, conversions between the forms of a batch, and the strings that a batch
+// creates.
 #include "evaluation/batch.h"
 
 #include <algorithm>
@@ -152,7 +153,7 @@ Decimal LaneNumber(const Batch &batch, uint32_t row) {
   Decimal d = {batch.form == BatchForm::Narrow ? NarrowLanes(batch)[row] : WideLanes(batch)[row],
                batch.exponent};
   while (!DecimalFits(d.coefficient)) {
-    d.coefficient /= 10;  // a zero behind the digits
+    d.coefficient /= 10;  // a zero after the digits
     d.exponent++;
   }
   return d;
@@ -179,7 +180,7 @@ void MergeMissing(Batch *left, const Batch &right) {
   }
 }
 
-// From the last row to the first, since values are larger than the lanes in whose place they come.
+// From the last row to the first, since values are larger than the lanes that they replace.
 void MakeValues(const BatchRun &run, Batch *batch) {
   if (batch->form == BatchForm::Values) {
     return;

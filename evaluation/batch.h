@@ -1,10 +1,10 @@
-// A batch of rows: the values that a part of a formula has for some hundred rows at a time.
+// A batch of rows: the values of one part of a formula for several hundred rows at a time.
 //
 // Numbers of one scale are lanes: integers that share an exponent, of 64 bits or, where products or
-// long constants need it, of 128. A bound on the magnitudes of a batch tells before an operation
-// whether its results fit, so that the loop over the rows need not look. Everything else (numbers
-// of several scales, nulls, dates) is an array of the interpreter's values, and texts are slices of
-// columns, of literals and of an arena.
+// long constants need it, of 128. A bound on the magnitudes of a batch shows before an operation
+// whether its results fit, so that the loop over the rows needs no check. Everything else (numbers
+// of several scales, nulls, dates) is an array of the interpreter's values, and strings are slices
+// of columns, of literals and of an arena.
 #ifndef ORLI11_EVALUATION_BATCH_H
 #define ORLI11_EVALUATION_BATCH_H
 
@@ -14,13 +14,13 @@
 #include "evaluation/evaluation.h"
 #include "evaluation/rows.h"
 
-// Rows of a batch at most. Batches begin at multiples of 8.
+// The most rows of a batch. Batches begin at multiples of 8.
 constexpr uint32_t kBatchRows = 1024;
 constexpr uint32_t kLeastBatchRows = 8;
 
 enum class BatchForm : uint8_t {
   Narrow,  // int64_t lanes
-  Wide,    // Int128 lanes of at most 26 significant digits, with zeros behind them
+  Wide,    // Int128 lanes of at most 26 significant digits, with zeros after them
   Dates,   // int64_t, instants of the calendar; see batch_dates.h
   Values,  // Value: Narrow, Wide, Packed or None
   Texts    // TextSlice; null bytes where there is no value
@@ -39,16 +39,16 @@ struct Batch {
   BatchForm form;
   bool single;       // all rows have the value of the first
   bool someMissing;  // lanes, dates: `missing` holds, else every row has a value
-  bool ascii;        // texts: all are known to be of ASCII alone
+  bool ascii;        // texts: all are known to be ASCII
   int32_t exponent;  // lanes: of all rows, not above 0
   uint32_t bound;    // lanes: no magnitude is above 2^bound
   const void *data;  // in `own`, or of a column or another batch
-  void *own;         // room for a Value for each row
+  void *own;         // capacity for a Value per row
   Word *call;        // of a frame, which waits for its arguments
   RowBits missing;   // rows without a value
 };
 
-// The texts that a batch makes.
+// The strings that a batch creates.
 struct ArenaBlock {
   ArenaBlock *next;
   uint32_t used, size;
@@ -58,9 +58,9 @@ struct TextArena {
   uint64_t bytes;
 };
 
-// Room for a text; null when out of memory.
+// Space for a string; null when out of memory.
 char *ArenaText(TextArena &arena, uint32_t length);
-// Frees all texts. One block of usual size stays for the next batch.
+// Frees all strings. One block of the usual size is kept for the next batch.
 void ArenaReset(TextArena &arena);
 void ArenaFree(TextArena &arena);
 
@@ -79,13 +79,13 @@ struct BatchRun {
   BatchRun &operator=(const BatchRun &) = delete;
 };
 
-// Whether the batch has made so much text that fewer rows at a time are better. Steps may stop
-// then, since the batch begins anew.
+// Whether the batch has created so much text that it should have fewer rows. Steps may stop then,
+// since the batch starts over.
 inline bool ArenaIsFull(const BatchRun &run) {
   constexpr uint64_t kMostBytes = 4 * 1024 * 1024;
   return run.arena.bytes > kMostBytes && run.count > kLeastBatchRows;
 }
-// Room for the texts that a step makes for all rows; null where they make the arena full, and when
+// Space for the strings that a step creates for all rows; null when they fill the arena, and when
 // out of memory.
 char *ArenaTexts(BatchRun &run, uint64_t length);
 
@@ -110,7 +110,7 @@ inline bool IsLanes(const Batch &batch) {
   return batch.form == BatchForm::Narrow || batch.form == BatchForm::Wide;
 }
 
-// Makes the batch's own memory its elements and returns it.
+// Sets the batch's elements to its own memory and returns it.
 template <class T>
 T *OwnElements(Batch &batch, BatchForm form) {
   batch.form = form;
@@ -119,10 +119,10 @@ T *OwnElements(Batch &batch, BatchForm form) {
   return static_cast<T *>(batch.own);
 }
 
-// Whether bytes are of ASCII alone, which are the same characters in every code page.
+// Whether all bytes are ASCII, which is the same in every code page.
 bool IsAscii(const char *bytes, uint64_t length);
 
-// Copies texts that are mostly short; returns where the next one goes.
+// Copies strings that are mostly short; returns the position after the copy.
 inline char *AppendText(char *target, const TextSlice &text) {
   const uint32_t length = text.length;
   uint64_t first = 0;
@@ -147,7 +147,7 @@ inline char *AppendText(char *target, const TextSlice &text) {
   return target + length;
 }
 
-// ---- Making batches; `own` stays what it was ----
+// ---- Making batches; `own` is unchanged ----
 
 void SetSingleNumber(Batch *batch, const Decimal &number);
 void SetSingleValue(Batch *batch, const Value &value);
@@ -158,38 +158,38 @@ void SetNoValues(Batch *batch);
 // The elements of the batch's rows of a column, for an item of the type.
 void LoadColumn(const BatchRun &run, const OrlColumn &column, int32_t type, Batch *batch);
 
-// The smallest bound of some lanes.
+// The smallest bound that holds for some lanes.
 uint32_t BoundOf(const int64_t *lanes, uint32_t count);
 uint32_t BoundOf(const Int128 *lanes, uint32_t count);
 
-// Makes the batch's own memory its lanes, of which there are `count`.
+// Sets the batch's elements to `count` lanes in its own memory.
 void SetNarrowLanes(Batch *batch, uint32_t count, int32_t exponent);
 // The result of an operation has no value where the right operand has none either.
 void MergeMissing(Batch *left, const Batch &right);
 
-// Turns lanes and dates into values; a batch of values stays, one of texts has none.
+// Converts lanes and dates to values; a batch of values is unchanged, and a batch of strings loses
+// its values.
 void MakeValues(const BatchRun &run, Batch *batch);
 // One element for each row, where all rows shared one.
 void MakeRows(const BatchRun &run, Batch *batch);
-// The lane of a row as a number.
+// A row's lane as a number.
 Decimal LaneNumber(const Batch &batch, uint32_t row);
 
-// ---- Steps: the result takes the place of the left batch ----
+// ---- Steps: the result replaces the left batch ----
 
 void BatchArithmetic(BatchRun &run, Operation operation, Batch *left, Batch *right);
 void BatchMoveDate(const BatchRun &run, const Instruction &instruction, Batch *left, Batch *right);
 void BatchSubtractDates(BatchRun &run, Batch *left, Batch *right);
 void BatchConcatenate(BatchRun &run, Batch *left, Batch *right);
-// A call of a built-in function: the result takes the place of the frame, which the arguments
-// follow.
+// A call of a built-in function: the result replaces the frame, which the arguments follow.
 void BatchCall(BatchRun &run, Word *code, Batch *frame, uint32_t count);
 
 // ---- Results ----
 
 struct RowOutput;
 
-// Writes the batch where the rows' results go. False when out of memory, or with texts that are too
-// long together.
+// Writes the batch to the results of its rows. False when out of memory, or when the strings
+// together are too long.
 bool StoreBatch(const BatchRun &run, RowOutput &output, const Batch &batch);
 
 #endif

@@ -1,4 +1,4 @@
-// Calls of built-in functions: those with a form for batches, and the others row by row.
+// Calls of built-in functions: batched where the function has a batch form, row by row otherwise.
 #include <cstring>
 
 #include "evaluation/batch.h"
@@ -6,7 +6,7 @@
 
 namespace {
 
-// The value of a row of an argument that is not dates; texts become the last ones of the buffer.
+// A row's value of an argument other than dates; strings are appended to the buffer.
 void TakeArgument(BatchRun &run, const Batch &batch, uint32_t row, Value *value) {
   const uint32_t at = batch.single ? 0 : row;
   switch (batch.form) {
@@ -43,7 +43,7 @@ TextSlice KeepText(BatchRun &run, const Value &value) {
   return {text, value.text.length};
 }
 
-// As the interpreter calls it, with the arguments of one row on its stack.
+// Calls as the interpreter does, with the arguments of one row on its stack.
 void CallForRow(BatchRun &run, Word *code, const Batch *args, uint32_t count, uint32_t row,
                 Value *frame) {
   run.inner.texts.used = 0;
@@ -64,7 +64,8 @@ bool AllSingle(const Batch *args, uint32_t count) {
   return true;
 }
 
-// The result waits in the arguments' place, which each row reads before it is written.
+// The results are stored over the arguments; each row reads its arguments before its result is
+// written.
 void CallEachRow(BatchRun &run, Word *code, Batch *frame, uint32_t count) {
   Batch *args = frame + 1;
   const bool texts = code->instruction.type == ORL_TYPE_STRING;

@@ -1,4 +1,4 @@
-// The rows of a batch from columns: numbers as lanes where all of them share a scale.
+// Batches from columns: numbers become lanes when all of them share a scale.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -13,7 +13,7 @@ const T *ElementsOf(const BatchRun &run, const OrlColumn &column) {
   return static_cast<const T *>(column.values) + run.first;
 }
 
-// The rows of the batch without a value, from the bits of those that have one.
+// The rows of the batch without a value, from the validity bits.
 void LoadMissing(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   batch->someMissing = false;
   if (column.valid == nullptr) {
@@ -40,7 +40,7 @@ void LoadInt64(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   LoadMissing(run, column, batch);
 }
 
-// Each element by itself, as a host's routine would hand it out.
+// Each element by itself, as a host's routine would return it.
 void LoadEach(const BatchRun &run, const OrlColumn &column, Batch *batch, bool dates) {
   Value *values = OwnElements<Value>(*batch, BatchForm::Values);
   for (uint32_t row = 0; row < run.count; row++) {
@@ -86,9 +86,9 @@ bool LoadDecimal128(const BatchRun &run, const OrlColumn &column, Batch *batch) 
   return true;
 }
 
-// Sets lanes to the decimals with `scale` places that the doubles read back from; false where one
-// needs more places or digits. A decimal of up to 15 digits reads back as no other one's double, so
-// it is the shortest.
+// Sets lanes to the decimals with `scale` places that read back as the same doubles; false where
+// one needs more places or digits. No two decimals of up to 15 digits read back as the same double,
+// so it is the shortest.
 bool LoadDoubles(const double *elements, uint32_t count, int32_t scale, int64_t *lanes) {
   constexpr double kMost = 1e15;
   const auto power = static_cast<double>(kPowersOfTen64.of[scale]);
@@ -108,7 +108,7 @@ bool LoadDouble(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   const double *elements = ElementsOf<double>(run, column);
   auto *lanes = static_cast<int64_t *>(batch->own);
   for (int32_t scale : kScales) {
-    // A few rows tell most scales apart.
+    // A few rows rule out most scales.
     constexpr uint32_t kFew = 16;
     if (LoadDoubles(elements, std::min(run.count, kFew), scale, lanes) &&
         LoadDoubles(elements, run.count, scale, lanes)) {
@@ -123,8 +123,8 @@ bool LoadDouble(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   return false;
 }
 
-// Brings numbers of several exponents to the least one; false where a value is not a number of 64
-// bits then.
+// Brings numbers of several exponents to the least one; false where a value then does not fit 64
+// bits.
 bool LoadNumbers(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   const NumberValue *elements = ElementsOf<NumberValue>(run, column);
   auto *lanes = static_cast<int64_t *>(batch->own);
@@ -172,7 +172,7 @@ bool LoadNumbers(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   return true;
 }
 
-// False where a day is of no calendar year.
+// False where a day is outside the calendar.
 bool LoadDates(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   auto *instants = static_cast<int64_t *>(batch->own);
   bool inCalendar = true;

@@ -1,5 +1,5 @@
-// Dates of batches: moved and subtracted as instants, and as values where one is null or leaves the
-// calendar.
+// Dates of batches: moved and subtracted as instants, or as values where a date is null or leaves
+// the calendar.
 #include "evaluation/batch_dates.h"
 
 #include <algorithm>
@@ -67,7 +67,7 @@ bool MoveInstant(int64_t *result, int64_t instant, int64_t n, uint16_t unit) {
   return true;
 }
 
-// False, with the left batch as it was, where a row has no instant any more.
+// False, with the left batch unchanged, where the result of a row is not an instant.
 bool MoveInstants(const BatchRun &run, const Instruction &instruction, Batch *left, Batch *right) {
   const uint16_t unit = instruction.detail;
   const int64_t length = LengthOfUnit(unit);

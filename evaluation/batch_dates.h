@@ -20,7 +20,8 @@ inline int64_t DayOfInstant(int64_t instant) {
   return (instant - kFirstDay * kMicrosecondsOfDay) / kMicrosecondsOfDay + kFirstDay;
 }
 
-// Year, month and day. Counts from 1 March of year 0, so that the leap day is a year's last.
+// Year, month and day. Counts from 1 March of year 0, so that the leap day is the last day of a
+// year.
 inline DateTimeParts PartsOfDay(int64_t day) {
   constexpr int64_t kFirstOfMarch = -719468;
   const auto days = static_cast<uint32_t>(day - kFirstOfMarch);
@@ -37,10 +38,10 @@ inline DateTimeParts PartsOfDay(int64_t day) {
   return parts;
 }
 
-// The way back, for a day that exists.
+// The inverse, for a day that exists.
 inline int64_t DayOfParts(const DateTimeParts &parts) {
   constexpr int64_t kFirstOfMarch = -719468;
-  const bool early = parts.month <= 2;  // counts as a month of the year before
+  const bool early = parts.month <= 2;  // counts as a month of the previous year
   const auto year = static_cast<uint32_t>(parts.year - (early ? 1 : 0));
   const auto month = static_cast<uint32_t>(parts.month + (early ? 9 : -3));
   const uint32_t dayOfYear = (153 * month + 2) / 5 + static_cast<uint32_t>(parts.day) - 1;

@@ -1,4 +1,4 @@
-// The built-in functions with a form for batches, and those on dates.
+// The built-in functions with a batch form, and the batch forms of those on dates.
 #include "evaluation/batch_functions.h"
 
 #include "evaluation/batch_dates.h"
@@ -6,7 +6,7 @@
 
 namespace {
 
-// The part of a date without a value is null, which no lane can be.
+// A part of a missing date is null, which no lane can represent.
 template <class Number>
 bool EachDate(BatchRun &run, Batch *frame, uint32_t count, Number number) {
   const Batch &dates = frame[1];

@@ -1,17 +1,17 @@
-// The built-in functions that have a form for batches.
+// The built-in functions that have a batch form.
 #ifndef ORLI11_EVALUATION_BATCH_FUNCTIONS_H
 #define ORLI11_EVALUATION_BATCH_FUNCTIONS_H
 
 #include "evaluation/batch.h"
 
-// Computes what the function computes for each row: the result goes into the frame, which the
-// arguments follow. False, with nothing done, where it has to be called row by row.
+// Computes the function for each row: the result replaces the frame, which the arguments follow.
+// False, with nothing done, when it has to be called row by row.
 using BatchRoutine = bool (*)(BatchRun &run, Batch *frame, uint32_t count);
 
 // The batch form of a built-in function, or null.
 BatchRoutine BatchRoutineOf(const BuiltIn *builtIn);
 
-// Those on texts.
+// Those on strings.
 bool BatchStrLeft(BatchRun &run, Batch *frame, uint32_t count);
 bool BatchStrRight(BatchRun &run, Batch *frame, uint32_t count);
 bool BatchStrMid(BatchRun &run, Batch *frame, uint32_t count);

@@ -1,5 +1,5 @@
-// Arithmetic on batches: in lanes as long as the bounds of both operands tell that the results fit,
-// and on values, row by row, otherwise. Both give the same numbers, since each operation rounds its
+// Arithmetic on batches: in lanes while the bounds of both operands show that the results fit,
+// otherwise on values, row by row. Both compute the same numbers, since each operation rounds its
 // exact result once to 26 digits.
 #include <algorithm>
 #include <cstring>
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Lanes go no further than this: below it results may be too small for a number.
+// The smallest exponent of lanes: below it results may be too small for a number.
 constexpr int32_t kLeastExponent = -100;
 constexpr uint32_t kNarrowBound = 62;
 constexpr uint32_t kWideBound = 126;
@@ -27,8 +27,8 @@ T LoadLane(const void *lanes, uint32_t row) {
   return lane;
 }
 
-// Computes rows from the last to the first: a lane of the result may be wider than that of the left
-// operand in whose place it comes.
+// Computes rows from the last to the first: a lane of the result may be wider than the lane of the
+// left operand that it overwrites.
 template <class Result, class Left, class Right, class Compute>
 void EachWideRow(void *result, const Batch &left, const Batch &right, uint32_t count,
                  Compute compute) {
@@ -78,7 +78,7 @@ void EachNarrow(int64_t *result, const Batch &left, const Batch &right, uint32_t
   }
 }
 
-// Rounds lanes of more than 26 digits, which then end in zeros.
+// Rounds lanes of more than 26 digits; these then end in zeros.
 void RoundLanes(Int128 *lanes, uint32_t count) {
   for (uint32_t row = 0; row < count; row++) {
     if (!DecimalFits(lanes[row])) [[unlikely]] {
@@ -92,12 +92,12 @@ void RoundLanes(Int128 *lanes, uint32_t count) {
   }
 }
 
-// Rows of the result of an operation.
+// The number of rows of an operation's result.
 uint32_t ResultRows(const BatchRun &run, const Batch &left, const Batch &right) {
   return left.single && right.single ? 1 : run.count;
 }
 
-// Makes the result wide lanes, rounded, which may take them just above the bound.
+// Stores the result as wide lanes, rounded; rounding may take them just above the bound.
 void FinishWide(Batch *result, uint32_t bound, uint32_t count) {
   result->form = BatchForm::Wide;
   result->data = result->own;
@@ -196,7 +196,7 @@ bool DivideLanes(const BatchRun &run, Batch *left, const Batch &right) {
   if (!InverseOf(right, &inverse, &exponent)) {
     return false;
   }
-  // With the exponent of the result not above 0.
+  // Requires that the exponent of the result is not above 0.
   const int32_t above = std::max(left->exponent + exponent, 0);
   if (above >= kPowers64 ||
       __builtin_mul_overflow(inverse, static_cast<int64_t>(kPowersOfTen64.of[above]), &inverse)) {

@@ -1,4 +1,4 @@
-// From batches to the elements of results.
+// Conversion of batches to the elements of results.
 #include <bit>
 #include <cstring>
 
@@ -23,7 +23,7 @@ void MarkAll(const BatchRun &run, const Batch &batch, RowBits *stored) {
   }
 }
 
-// The rows without a value get zero bytes.
+// Rows without a value are filled with zero bytes.
 void ClearMissing(const BatchRun &run, uint32_t size, Target &target) {
   for (uint32_t row = 0; row < run.count; row++) {
     if (!HasBit(target.stored, row)) {
@@ -32,7 +32,7 @@ void ClearMissing(const BatchRun &run, uint32_t size, Target &target) {
   }
 }
 
-// Lanes whose bound tells that they fit, as integers of the scale; false where it does not.
+// Stores lanes as integers of the scale when their bound shows that they fit; false otherwise.
 bool StoreScaled(const BatchRun &run, const Batch &batch, Target &target) {
   constexpr uint32_t kSafe = 62;
   const int32_t shift = target.results->scale + batch.exponent;
@@ -52,7 +52,7 @@ bool StoreScaled(const BatchRun &run, const Batch &batch, Target &target) {
   return true;
 }
 
-// Wide lanes with more places than the scale, as most are after a division.
+// Wide lanes with more places than the scale, which are common after a division.
 bool StoreRounded(const BatchRun &run, const Batch &batch, Target &target) {
   const int32_t digits = -(target.results->scale + batch.exponent);
   if (digits <= 0 || digits >= kPowers) {
@@ -78,7 +78,7 @@ void StorePacked(const BatchRun &run, const Batch &batch, Target &target) {
   }
 }
 
-// Integers and powers of ten that a double holds exactly have the nearest double as quotient.
+// The quotient of an integer and a power of ten that doubles hold exactly is the nearest double.
 bool StoreQuotients(const BatchRun &run, const Batch &batch, Target &target) {
   constexpr uint32_t kExactBound = 53;
   constexpr int32_t kExactPower = 22;
@@ -94,7 +94,7 @@ bool StoreQuotients(const BatchRun &run, const Batch &batch, Target &target) {
   return true;
 }
 
-// Lanes that all have an element; false where that is not sure.
+// Stores lanes that all fit their elements; false where that is not certain.
 bool StoreLanes(const BatchRun &run, const Batch &batch, Target &target) {
   if (batch.form == BatchForm::Wide && target.results->form == ORL_COLUMN_INT64) {
     return StoreRounded(run, batch, target);
@@ -135,7 +135,7 @@ bool StoreLane(uint8_t *element, const Target &target, const Batch &batch, uint3
   if (form != ORL_COLUMN_INT64 && form != ORL_COLUMN_DECIMAL128) {
     return StoreNumber(element, form, scale, LaneNumber(batch, row));
   }
-  // Zeros behind the digits are no hindrance.
+  // Trailing zeros do not matter.
   const Int128 lane =
       batch.form == BatchForm::Narrow ? NarrowLanes(batch)[row] : WideLanes(batch)[row];
   return StoreInteger(element, form, scale, {lane, batch.exponent});

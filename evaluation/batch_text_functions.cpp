@@ -1,6 +1,6 @@
-// Functions on the texts of a batch, which are parts of them wherever that is enough. Texts of
-// ASCII alone are the same characters in every code page; a batch with another one is left to the
-// functions that know characters.
+// String functions on batches; results are slices of the arguments where possible. ASCII strings
+// are the same in every code page; a batch with any other string is left to the functions that
+// handle multi-byte characters.
 #include <algorithm>
 #include <cstring>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-// A text without a value counts as empty.
+// A missing string counts as empty.
 TextSlice TextAt(const Batch &batch, uint32_t row) {
   const TextSlice &text = SlicesOf(batch)[batch.single ? 0 : row];
   return text.bytes == nullptr ? TextSlice{"", 0} : text;
@@ -30,7 +30,7 @@ bool IsAsciiBatch(const BatchRun &run, const Batch &batch) {
   return true;
 }
 
-// The count that all rows have; false where rows differ or it is not a number.
+// The count that all rows share; false where rows differ or it is not a number.
 bool SingleCount(const Batch &batch, int64_t *count) {
   if (!batch.single || !IsLanes(batch) || batch.someMissing) {
     return false;
@@ -71,7 +71,7 @@ TextSlice WithoutTrailing(TextSlice text) {
   return text;
 }
 
-// Whether the call has these arguments, the first of which is of ASCII.
+// Whether the call has these arguments, the first of them ASCII.
 bool TakesTexts(const BatchRun &run, const Batch *frame, uint32_t count, uint32_t wanted) {
   return count == wanted && IsAsciiBatch(run, frame[1]);
 }

@@ -1,4 +1,4 @@
-// Texts of batches.
+// Strings of batches.
 #include <cstring>
 
 #include "evaluation/batch.h"
@@ -10,7 +10,7 @@ TextSlice SliceAt(const Batch &batch, uint32_t row) {
                                         : TextSlice{nullptr, 0};
 }
 
-// Whether two texts have one that joins them.
+// Whether two strings can be concatenated.
 bool CanJoin(const TextSlice &left, const TextSlice &right) {
   return left.bytes != nullptr && right.bytes != nullptr &&
          uint64_t{left.length} + right.length < INT32_MAX;

@@ -1,4 +1,4 @@
-// What the names of a program stand for.
+// Binds the names of a program to what they refer to.
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/items.h"
@@ -8,7 +8,8 @@
 
 namespace {
 
-// True when the evaluator may call the built-in function on values: the row declares it as it is.
+// True when the evaluator may call the built-in function on values: the row declares it with its
+// own types.
 bool TakesValues(const ExprItem *row, const BuiltIn *builtIn, int16_t type) {
   if (builtIn == nullptr || builtIn->dataType != type) {
     return false;
@@ -86,8 +87,8 @@ void BindFormula(EC ec, Word *code) {
   code[kFormulaExpression].expression = usable ? target : nullptr;
 }
 
-// The tree keeps the types that it was parsed with; the row may have come back with others, and its
-// routine would then take one kind of block for another.
+// The tree keeps the types that it was parsed with. A row that was removed and added again may have
+// others; its routine would then misinterpret its arguments.
 void BindCall(EC ec, Word *code) {
   const ExprNode *node = code[kCallNode].node;
   const int16_t type = NodeType(node);

@@ -1,4 +1,4 @@
-// Calls of functions: the host's and those that are built in.
+// Calls of functions, the host's and the built-in ones.
 #include <algorithm>
 #include <cstring>
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr uint32_t kFewArguments = 8;
 
-// What a routine receives: addresses of the values, none where there is none.
+// The arguments of a routine: addresses of the values, null for missing ones.
 struct Arguments {
   void **entries;  // one for each declared parameter; null when out of memory
   NumberValue *numbers;
@@ -34,7 +34,7 @@ struct Arguments {
   }
 };
 
-// Turns a text into a block: a host may do with it what it may do with any block.
+// Turns a string into a block, which a host may resize or replace like any other.
 void MakeTextBlock(const TextBuffer &texts, Value *value) {
   const TextSpan span = SpanOf(*value);
   void *block = WRENMemAlloc(span.length + 1);
@@ -66,8 +66,7 @@ void *EntryOf(const TextBuffer &texts, Value *value, NumberValue *number, bool b
   }
 }
 
-// Makes room for a terminator behind each text of the arguments, and sets it; false when out of
-// memory.
+// Terminates each string among the arguments, moving them to make space; false when out of memory.
 bool TerminateTexts(TextBuffer &texts, Value *args, uint32_t count) {
   const auto isText = [](const Value &value) { return value.form == ValueForm::Text; };
   const auto number = static_cast<uint32_t>(std::count_if(args, args + count, isText));
@@ -90,7 +89,7 @@ bool TerminateTexts(TextBuffer &texts, Value *args, uint32_t count) {
 struct RoutineCall {
   const Word *code;
   const ExprItem *row;
-  bool blocks;  // texts are given in blocks; to built-in routines where they are
+  bool blocks;  // strings are passed in blocks; to built-in routines in place
 };
 
 void CallRoutine(Evaluation &run, const RoutineCall &call, Value *args, uint32_t count,
@@ -111,8 +110,8 @@ void CallRoutine(Evaluation &run, const RoutineCall &call, Value *args, uint32_t
   }
 }
 
-// After a routine has changed the context: the call keeps its row, under whatever name, unless the
-// row was removed.
+// After a routine has changed the context: the call keeps its row, even renamed, unless the row was
+// removed.
 void CheckRow(Evaluation &run, Value *frame) {
   if (IsUnchanged(run, frame)) {
     return;
@@ -122,8 +121,8 @@ void CheckRow(Evaluation &run, Value *frame) {
   }
 }
 
-// Whether arguments are given by name exactly where the row wants names: a row that has come in the
-// place of another may want others.
+// Whether arguments are passed by name exactly where the row declares them so: a row that has
+// replaced another may differ.
 bool TakesNamesAlike(const ExprItem *row, const Value *args, uint32_t count) {
   for (uint32_t i = 0; i < count && static_cast<int32_t>(i) < row->paramCount; i++) {
     const bool byName = ItemParameters(row)[i].mode == 1;
@@ -134,7 +133,7 @@ bool TakesNamesAlike(const ExprItem *row, const Value *args, uint32_t count) {
   return true;
 }
 
-// An argument by name: a copy of the node's text. A node without text leaves the entry empty.
+// An argument by name: a copy of the node's text. For a node without text the entry stays empty.
 void PushName(const ExprNode *argument, Value *value) {
   char *copy = HasText(NodeKindOf(argument)) ? CopyText(NodeText(argument)).release() : nullptr;
   value->form = ValueForm::None;

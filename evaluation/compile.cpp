@@ -1,4 +1,4 @@
-// From a tree to a program, without recursion: down to each leaf and up through the parents.
+// Compiles a tree to a program, without recursion: down to each leaf and up through the parents.
 #include <cstring>
 
 #include "evaluation/arithmetic.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-// An argument that is being compiled: where the code of its call and its own begin.
+// An argument that is being compiled: the start of the call's code and of its own.
 struct OpenArgument {
   uint32_t call;
   uint32_t argument;
@@ -164,7 +164,7 @@ void EmitOperator(Compiler &compiler, const ExprNode *node) {
 
 // ---- Constant parts ----
 
-// Nodes of the largest part that is looked through, so that a long chain costs linear time.
+// The most nodes of a part that is examined, so that a long chain takes linear time.
 constexpr uint32_t kMaxConstantNodes = 15;
 
 bool IsConstantPart(ExprNode *part) {
@@ -264,7 +264,7 @@ ExprNode *EmitCall(Compiler &compiler, ExprNode *node) {
   return first;
 }
 
-// From an argument that is complete to the next one; null after the last.
+// Moves from a complete argument to the next one; null after the last.
 ExprNode *EmitNextArgument(Compiler &compiler, ExprNode *argument) {
   const OpenArgument done = compiler.open.items[--compiler.open.count];
   Word *begin = compiler.code.items + done.argument;
@@ -285,7 +285,8 @@ ExprNode *EmitNextArgument(Compiler &compiler, ExprNode *argument) {
 
 // ---- The walk ----
 
-// Compiles a node without operands; returns the operand or argument to go down to, or null.
+// Compiles a node without operands; for others returns the operand or argument to descend to, or
+// null.
 ExprNode *EmitNode(Compiler &compiler, ExprNode *node) {
   switch (NodeKindOf(node)) {
     case NODE_NUMBER:
@@ -320,7 +321,7 @@ ExprNode *EmitNode(Compiler &compiler, ExprNode *node) {
   return LeftOperand(node);
 }
 
-// From a complete node to the next one to go down to; null when the tree is complete.
+// Moves from a complete node to the next one to descend to; null when the tree is complete.
 ExprNode *GoUp(Compiler &compiler, ExprNode *node) {
   while (!compiler.outOfMemory) {
     if (node == compiler.constant) {

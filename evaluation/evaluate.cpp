@@ -1,4 +1,4 @@
-// The evaluation entries: values into the host's memory.
+// The evaluation entries: they copy values to the host's memory.
 #include <cstring>
 
 #include "engine/expressions.h"
@@ -11,7 +11,7 @@ bool IsEvaluable(EC ec, HEXP exp) {
   return ec != nullptr && exp != nullptr && exp->tree != nullptr;
 }
 
-// With size 0 the buffer receives the size that the text needs.
+// With size 0 the buffer receives the size that the string needs.
 int32_t DeliverText(Evaluation &run, const Value &value, int32_t size, void *buffer) {
   const uint32_t needed = value.text.length + 1;
   if (size == 0) {
@@ -35,7 +35,7 @@ int32_t Deliver(Evaluation &run, const Value &value, int32_t size, void *buffer)
   return value.form == ValueForm::Text ? DeliverText(run, value, size, buffer) : 0;
 }
 
-// The host's block with room for the text and one byte more, or null.
+// The host's block, resized for the string and one more byte, or null.
 void *RoomFor(void *block, uint32_t size) {
   if (block == nullptr) {
     return ORLMemAlloc(size);

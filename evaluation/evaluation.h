@@ -10,7 +10,8 @@
 #include "evaluation/program.h"
 #include "functions/value.h"
 
-// A formula that is being computed for another one, and where the program of that one goes on.
+// A formula that is being computed for another one, and the return address in the program of that
+// one.
 struct FormulaFrame {
   Expression *expression;
   const Evaluation *before;  // the evaluation that was inside the expression
@@ -44,17 +45,17 @@ inline Program *BoundProgram(EC ec, Expression *expression) {
   return program;
 }
 
-// Makes room for the values of a program on top of `values` others; false when out of memory.
+// Grows the stack for the values of a program on top of `values` others; false when out of memory.
 inline bool ReserveValues(Evaluation &run, uint32_t values, const Program *program) {
   const uint64_t wanted = uint64_t{values} + program->depth;
   run.values.count = values;
   return wanted <= run.values.room || StackGrow(run.values, wanted);
 }
 
-// Runs the program of the root; its value becomes the first one of the stack.
+// Runs the program of the root; its value becomes the first one on the stack.
 void RunProgram(Evaluation &run, Program *program);
 
-// Computes the expression. Returns its value, which stays the run's, or null when there is none.
+// Computes the expression. Returns its value, which the run owns, or null when there is none.
 inline const Value *EvaluationRun(Evaluation &run) {
   HEXP exp = run.expression;
   Program *program = BoundProgram(run.ec, exp);
@@ -72,7 +73,7 @@ inline const Value *EvaluationRun(Evaluation &run) {
 
 // ---- Calls ----
 
-// True while the context is as it was when the row of the frame was found.
+// True while the context has not changed since the row of the frame was found.
 inline bool IsUnchanged(const Evaluation &run, const Value *frame) {
   return frame->generation == static_cast<uint32_t>(run.ec->generation);
 }
@@ -84,7 +85,8 @@ inline void PushFrame(const Evaluation &run, Word *code, Value *frame) {
   frame->form = ValueForm::Frame;
 }
 
-// Moves the text of a result down to where the texts of the arguments began, which are gone.
+// Moves the string of a result down to where the strings of the arguments began, which are no
+// longer needed.
 inline void PlaceResult(TextBuffer &texts, Value *result, uint32_t textsUsed) {
   if (result->form != ValueForm::Text) {
     texts.used = textsUsed;
@@ -102,16 +104,16 @@ inline InnerRoutine InnerRoutineOf(const Evaluation &run, const Value *frame) {
   return IsUnchanged(run, frame) ? frame->frame.call[kCallInner].inner : nullptr;
 }
 
-// Begins a call: its frame takes the place of the value. False when there is no routine to call,
-// with None in that place.
+// Begins a call: its frame replaces the value. False when there is no routine to call; the value is
+// then None.
 bool BeginCall(Evaluation &run, Word *code, Value *frame);
 // True when the argument at a place is to be computed; otherwise its value is set: none for one
 // that the function does not declare, the name for one by name.
 bool WantsArgument(Evaluation &run, Value *frame, uint32_t place, const Word *code, Value *value);
-// Calls the function of a frame with the values that follow it; the result takes its place.
+// Calls the function of a frame with the values that follow it; the result replaces the frame.
 void InvokeCall(Evaluation &run, Value *frame, uint32_t count);
 
-// ---- Operators: the result takes the place of the left value ----
+// ---- Operators: the result replaces the left value ----
 
 // Arithmetic where an operand is not a number, the result is too large or there are callbacks.
 void ComputeSlowly(Evaluation &run, Operation operation, Value *left, Value *right);
@@ -120,10 +122,10 @@ void SubtractDates(TextBuffer &texts, Value *left, Value *right);
 void PushEscapedText(TextBuffer &texts, const char *text, Value *value);
 void PushDate(const char *text, Value *value);
 
-// Either value is none, or of a form that the operator has no rule for.
+// Either value is None, or of a form that the operator is not defined for.
 void GiveUp(TextBuffer &texts, Value *left, Value *right);
 
-// The right text stands right behind the left one.
+// The right string directly follows the left one.
 inline void Concatenate(TextBuffer &texts, Value *left, Value *right) {
   const uint64_t length = uint64_t{left->text.length} + right->text.length;
   if (left->form == ValueForm::Text && right->form == ValueForm::Text && length < INT32_MAX)

@@ -19,7 +19,7 @@ struct GrowingStack {
   GrowingStack() : items(first), count(0), room(N) {}
 };
 
-// Makes room for `wanted` elements in all; false when out of memory. The elements move.
+// Grows to at least `wanted` elements; false when out of memory. The elements may move.
 template <class T, uint32_t N>
 [[gnu::noinline]] bool StackGrow(GrowingStack<T, N> &stack, uint64_t wanted) {
   const uint64_t doubled = uint64_t{stack.room} * 2;
@@ -35,7 +35,7 @@ template <class T, uint32_t N>
   return true;
 }
 
-// Adds an element, which holds nothing yet; null when out of memory.
+// Adds an uninitialised element; null when out of memory.
 template <class T, uint32_t N>
 T *StackPush(GrowingStack<T, N> &stack) {
   if (stack.count == stack.room && !StackGrow(stack, uint64_t{stack.count} + 1)) {

@@ -1,8 +1,8 @@
 // The blocks that the host's routines write into, and the value routines of input items.
 //
-// A block of each size waits in the context for the next routine. It is taken while a routine runs,
-// so that an evaluation inside the routine gets another one, and is kept for the next as long as
-// the host hands the same one back.
+// The context keeps a block of each size for the next routine. It is taken while a routine runs, so
+// that an evaluation inside the routine uses another one, and is reused as long as the host returns
+// the same block.
 #ifndef ORLI11_EVALUATION_HOST_BLOCK_H
 #define ORLI11_EVALUATION_HOST_BLOCK_H
 
@@ -36,8 +36,8 @@ inline void ReleaseBlock(void *&waiting, void *block) {
   }
 }
 
-// Calls `routine` with a block of the size and hands the block that the routine leaves to `accept`.
-// The value is None, and `accept` is not called, when the routine fails or throws.
+// Calls `routine` with a block of the size and passes the block that the routine leaves to
+// `accept`. The value is None, and `accept` is not called, when the routine fails or throws.
 template <uint32_t size, class Routine, class Accept>
 inline void CallWithBlock(TextBuffer &texts, void *&waiting, Value *value, Routine routine,
                           Accept accept) {
@@ -55,8 +55,8 @@ inline void CallWithBlock(TextBuffer &texts, void *&waiting, Value *value, Routi
   ReleaseBlock<size>(waiting, filled);
 }
 
-// The routine may have put another block in the place of the one that it was given, of any size:
-// nothing beyond it is read.
+// The routine may have replaced the block by another one of any size: nothing beyond its end is
+// read.
 inline void AcceptNumber(const void *block, Value *value) {
   if (BlockSize(block) >= kNumberBlockSize) {
     SetNumberFrom(value, block);
@@ -106,7 +106,7 @@ inline void AcceptText(TextBuffer &texts, const void *block, Value *value) {
   }
 }
 
-// A block of a host's own type, which becomes the value's.
+// A block of a host's own type, which the value then owns.
 template <class Routine>
 void CallForBlock(Value *value, Routine routine) {
   value->form = ValueForm::None;
@@ -123,7 +123,7 @@ void CallForBlock(Value *value, Routine routine) {
   }
 }
 
-// Calls a routine that takes a size and a block, and takes over the value by its type.
+// Calls a routine that receives a size and a block, and stores the value by its type.
 template <class Routine>
 inline void CallForType(Evaluation &run, int32_t type, Value *value, Routine routine) {
   switch (type) {
@@ -145,7 +145,7 @@ inline void CallForType(Evaluation &run, int32_t type, Value *value, Routine rou
   }
 }
 
-// Sets the value of an input item, in a block of its kind; None where there is none.
+// Sets the value of an input item; None when it has none.
 template <int32_t type>
 inline void InputValue(Evaluation &run, const Word *code, Value *value) {
   const auto routine = reinterpret_cast<OrlValueProc>(code[kInputRoutine].routine);

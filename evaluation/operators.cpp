@@ -66,7 +66,7 @@ void ComputeSlowly(Evaluation &run, Operation operation, Value *left, Value *rig
   Decimal b;
   const bool haveA = OperandOf(*left, &a);
   const bool haveB = OperandOf(*right, &b);
-  // A quotient of zero is zero, whatever the other operand is.
+  // A quotient with a zero operand is zero, whatever the other one is.
   const bool zero = operation == Operation::Divide &&
                     ((haveA && a.coefficient == 0) || (haveB && b.coefficient == 0));
   if (zero) {

@@ -1,9 +1,9 @@
 // The compiled form of an expression: a flat program in postfix order.
 //
-// A program is one heap block. It is made from the tree when the expression is evaluated for the
-// first time, belongs to the expression and goes with its tree. Instructions are sequences of
-// words; the first tells the operation, and names are bound: the words behind it hold what the name
-// stands for as long as the context's generation is that of the program.
+// A program is one heap block. It is compiled from the tree when the expression is evaluated for
+// the first time, is owned by the expression and freed with its tree. Instructions are sequences of
+// words; the first holds the opcode, and names are bound: the words after it hold what the name
+// refers to, valid while the context's generation is that of the program.
 #ifndef ORLI11_EVALUATION_PROGRAM_H
 #define ORLI11_EVALUATION_PROGRAM_H
 
@@ -17,15 +17,15 @@ struct Expression;
 
 enum class Operation : uint8_t {
   End,           // the value on top of the stack is the program's
-  NoValue,       // push none: a node that there is no rule for
+  NoValue,       // push None: a node that has no value
   SmallNumber,   // push the 32-bit operand
   Number,        // push a number: coefficient (2 words), exponent
   PackedNumber,  // push 13 bytes (2 words)
-  Constant,      // a constant part: as Number, and go on `operand` words further; with operator
-                 // callbacks go on behind the words, where the part is computed
-  Text,          // push a text: address, length
-  EscapedText,   // push a text without its escapes: address
-  Date,          // push the date of a text: address
+  Constant,      // a constant part: as Number, then skip `operand` words; with operator callbacks
+                 // continue after the words, where the part is computed
+  Text,          // push a string: address, length
+  EscapedText,   // push a string without its escapes: address
+  Date,          // push the date of a literal: address
   NumberInput,   // push the value of an input item: node, routine, name
   DateInput,
   TextInput,
@@ -33,7 +33,7 @@ enum class Operation : uint8_t {
   Formula,  // push the value of a named formula: node, expression
   Call,     // resolve a function: node, row, built-in routine, its inner routine, arguments and
             // length; `detail`: 1 when every argument is wanted, by value
-  NextArgument,  // `detail`: its place. In both, `operand` is the way past the argument: node
+  NextArgument,  // `detail`: its place. In both, `operand` is the jump past the argument: node
   Invoke,        // call the function with the `operand` values on top of its frame
   Add,           // ORDER ARITHMETIC
   Subtract,
@@ -64,16 +64,16 @@ union Word {
   Expression *expression;
   struct {
     uint32_t arguments;  // values that are pushed for the call
-    uint32_t length;     // words from the Call to behind its Invoke
+    uint32_t length;     // words from the Call to after its Invoke
   } call;
 };
 static_assert(sizeof(Word) == 8);
 
-// Words behind the first one of an instruction.
+// Words after the first one of an instruction.
 enum InputWord { kInputNode = 1, kInputRoutine, kInputName, kInputEnd };
 enum FormulaWord { kFormulaNode = 1, kFormulaExpression, kFormulaEnd };
-// The inner routine is that of a built-in function which takes all the arguments as values, and
-// nothing that would have to be freed; null for any other.
+// The inner routine of a built-in function that takes all arguments as values and owns no memory;
+// null for all others.
 enum CallWord { kCallNode = 1, kCallRow, kCallBuiltIn, kCallInner, kCallShape, kCallEnd };
 enum ArgumentWord { kArgumentNode = 1, kArgumentEnd };
 enum NumberWord { kNumberLow = 1, kNumberHigh, kNumberExponent, kNumberEnd };
@@ -89,14 +89,14 @@ inline Word *ProgramCode(Program *program) {
   return reinterpret_cast<Word *>(program + 1);
 }
 
-// Compiles the tree of an expression unless that is done, and binds the names; null when out of
-// memory.
+// Compiles the tree of an expression unless that is done already, and binds the names; null when
+// out of memory.
 Program *BindProgram(EC ec, Expression *expression);
 
 // Compiles a tree; null when out of memory. The caller owns the block.
 Program *CompileTree(const ExprNode *tree);
 
-// Bind the name of one instruction to what it stands for now.
+// Bind the name of one instruction to what it refers to now.
 void BindInput(EC ec, Word *code);
 void BindFormula(EC ec, Word *code);
 void BindCall(EC ec, Word *code);
@@ -130,8 +130,8 @@ inline uint32_t InstructionLength(Operation operation) {
   }
 }
 
-// Copies a string literal without its escapes: a doubled quote and a quote behind a backslash
-// become one quote. `target` has room for the source. Returns the bytes written without the
+// Copies a string literal without its escapes: a doubled quote and a quote after a backslash become
+// one quote. `target` is at least as large as the source. Returns the bytes written without the
 // terminator.
 uint32_t UnescapeString(char *target, const char *source);
 

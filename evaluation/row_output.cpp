@@ -16,7 +16,7 @@ int64_t BytesOfBits(int64_t rows) {
   return (rows + 7) / 8;
 }
 
-// The last chunk ends with the rows.
+// The last chunk ends with the last row.
 uint8_t *NewChunk(const RowOutput &output, int64_t chunk) {
   const int64_t rows = RowsOfChunk(output, chunk);
   return static_cast<uint8_t *>(
@@ -38,7 +38,7 @@ void PublishChunk(const RowOutput &output, int64_t chunk) {
   }
 }
 
-// The block of the texts in its final size.
+// The block of the strings in its final size.
 char *FinishText(RowOutput &output) {
   if (output.text == nullptr) {
     return static_cast<char *>(WRENMemAlloc(1));

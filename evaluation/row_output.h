@@ -1,5 +1,5 @@
-// Where the results of rows go: into blocks of the engine first, since a failure must leave the
-// host's memory as it is; or straight to the host where nothing can fail any more.
+// The destination of the results of rows: blocks of the engine first, since a failure must leave
+// the host's memory unchanged; or the host's memory directly when nothing can fail any more.
 #ifndef ORLI11_EVALUATION_ROW_OUTPUT_H
 #define ORLI11_EVALUATION_ROW_OUTPUT_H
 
@@ -14,19 +14,20 @@ struct RowOutput {
   OrlRowResults *results;
   int64_t rows;
   int64_t rowsWithValue;
-  uint32_t elementSize;  // TEXT: of the offset behind a row's text
-  uint8_t **chunks;      // owned, elements and then bits; null when results go to the host directly
+  uint32_t elementSize;  // TEXT: of the end offset of a row's string
+  uint8_t **chunks;      // owned, elements and then bits; null for direct results
   uint32_t chunkCount;
   char *text;  // owned until it is published
   uint32_t textUsed;
 };
 
-// With `direct` the results go to the host as they are written. False when out of memory.
+// With `direct` the results are written to the host's memory at once. False when out of memory.
 // OutputEnd must follow in either case.
 bool OutputBegin(RowOutput &output, OrlRowResults *results, int64_t rows, bool direct);
 void OutputEnd(RowOutput &output);
 
-// Where the results of some rows go, from a row that is a multiple of 8 to the end of its chunk.
+// The destination of the results of some rows, from a row that is a multiple of 8 to the end of its
+// chunk.
 struct RowPlace {
   uint8_t *elements;
   uint8_t *valid;  // null when the host does not want it
@@ -34,11 +35,11 @@ struct RowPlace {
 // Null elements when out of memory.
 RowPlace OutputPlace(RowOutput &output, int64_t row);
 
-// TEXT: room for `length` bytes behind the texts before; null when out of memory and when the texts
-// together exceed 2^31 - 1 bytes. The bytes are added by raising textUsed.
+// TEXT: space for `length` bytes after the previous strings; null when out of memory and when the
+// strings together exceed 2^31 - 1 bytes. The bytes are added by raising textUsed.
 char *OutputText(RowOutput &output, uint64_t length);
 
-// Hands what was written to the host. False when out of memory, with nothing handed over.
+// Copies the results to the host. False when out of memory, with nothing copied.
 bool OutputPublish(RowOutput &output);
 
 #endif

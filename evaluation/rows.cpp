@@ -1,4 +1,4 @@
-// The entry of ORLEvaluateRows: its arguments, and which way the rows are computed.
+// The entry of ORLEvaluateRows: checks the arguments and chooses how the rows are computed.
 #include "evaluation/rows.h"
 
 #include <algorithm>
@@ -31,7 +31,7 @@ bool FitsType(int32_t form, int32_t scale, int32_t type) {
   }
 }
 
-// Whether the texts of a column follow one another.
+// Whether the offsets of a column's strings ascend.
 bool OffsetsAscend(const int32_t *offsets, int64_t rows) {
   int32_t descents = offsets[0] < 0 ? 1 : 0;
   for (int64_t row = 0; row < rows; row++) {
@@ -53,8 +53,8 @@ bool HasBuffers(const OrlRowResults &results, int64_t rows) {
                                          : results.values != nullptr || rows == 0;
 }
 
-// Finds the items of the columns; false when one has none, or one of another type, or a second
-// column.
+// Finds the items of the columns; false when a column has no item, an item of another type, or the
+// item of another column.
 bool BindColumns(EC ec, int64_t rows, const OrlColumn *columns, BoundColumn *bound,
                  uint32_t count) {
   for (uint32_t i = 0; i < count; i++) {

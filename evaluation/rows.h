@@ -1,4 +1,4 @@
-// Many rows at once: what the parts of ORLEvaluateRows share.
+// Evaluation over columns: declarations that the parts of ORLEvaluateRows share.
 #ifndef ORLI11_EVALUATION_ROWS_H
 #define ORLI11_EVALUATION_ROWS_H
 
@@ -7,18 +7,18 @@
 #include "functions/value.h"
 #include "orli11.h"
 
-// A column and the input item that it gives the values of.
+// A column and the input item whose values it holds.
 struct BoundColumn {
   ExprItem *item;
   const OrlColumn *column;
 };
 
-// One call of ORLEvaluateRows whose arguments are right.
+// One call of ORLEvaluateRows with valid arguments.
 struct RowsCall {
   EC ec;
   HEXP exp;
   int64_t rows;
-  BoundColumn *columns;  // in the order of the items' addresses, one for each item
+  BoundColumn *columns;  // sorted by the items' addresses, one for each item
   uint32_t columnCount;
   OrlRowResults *results;
 };
@@ -30,8 +30,8 @@ inline bool ColumnHasValue(const OrlColumn &column, int64_t row) {
   return column.valid == nullptr || (column.valid[row / 8] >> (row % 8) & 1) != 0;
 }
 
-// The element of a Number or Date column as a host would hand it out. What the value cannot be is
-// null: doubles that are not finite, days of no calendar year.
+// The element of a Number or Date column as a host would return it. What a value cannot represent
+// is null: doubles that are not finite, days outside the calendar.
 NumberValue ColumnNumber(const OrlColumn &column, int64_t row);
 
 // The element of a TEXT column, up to its first zero byte.
@@ -89,7 +89,7 @@ inline Uint128 QuotientOf(Uint128 dividend, uint64_t divisor) {
   if (estimate >= 0x1p50) {
     return dividend / divisor;
   }
-  // At most one off.
+  // The estimate is off by one at most.
   const auto near = static_cast<uint64_t>(estimate);
   const auto left = static_cast<Int128>(dividend - static_cast<Uint128>(near) * divisor);
   return near + (left >= static_cast<Int128>(divisor) ? 1 : 0) - (left < 0 ? 1 : 0);
@@ -113,21 +113,21 @@ inline Int128 RoundedQuotient(const PowerDivision &by, Int128 c) {
 // The double nearest to a number; false for exponents that it does not handle.
 bool NearestDouble(double *result, const Decimal &d);
 
-// ---- The ways to compute: each begins the output ----
+// ---- The ways to compute; each begins the output ----
 
 struct RowOutput;
 
 enum class RowsOutcome : uint8_t {
   Done,
-  Failed,      // out of memory, or the texts are too long
+  Failed,      // out of memory, or the strings are too long
   NotSuitable  // not a formula for this way; nothing was called or written
 };
 
 // A batch of rows at a time: for formulas that call nothing of the host.
 RowsOutcome EvaluateInBatches(const RowsCall &call, RowOutput &output);
 
-// Row by row, as ORLEvaluateExpression, with value routines that hand out what the columns hold.
-// Suits any formula.
+// Row by row, as ORLEvaluateExpression, with value routines that return the elements of the
+// columns. Works for any formula.
 RowsOutcome EvaluateRowByRow(const RowsCall &call, RowOutput &output);
 
 #endif

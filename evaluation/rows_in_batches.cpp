@@ -1,5 +1,5 @@
-// Rows in batches: programs that call nothing of the host run once for a batch of rows, on a stack
-// of batches. Each named formula is computed once for a batch.
+// Rows in batches: programs that call no host routine run once for a batch of rows, on a stack of
+// batches. Each named formula is computed once for a batch.
 #include <algorithm>
 #include <cstring>
 
@@ -23,7 +23,7 @@ struct PlannedFormula {
   Expression *expression;
   Program *program;
   uint32_t depth;  // batches that it pushes at most, those of formulas that it refers to included
-  bool open;       // its program is being looked through
+  bool open;       // its program is being examined
   bool computed;   // for this batch
   Batch result;
 };
@@ -200,7 +200,7 @@ void PushFormula(Runner &runner, const Expression *expression, Batch *top) {
   top->own = own;
 }
 
-// Runs a program; its value comes to the first place of the stack.
+// Runs a program; its value becomes the first one on the stack.
 void RunFormula(Runner &runner, const PlannedFormula &formula, Batch *stack) {
   BatchRun &run = runner.run;
   Word *code = ProgramCode(formula.program);
@@ -293,7 +293,7 @@ void RunFormula(Runner &runner, const PlannedFormula &formula, Batch *stack) {
   }
 }
 
-// Gives each batch its memory; false when out of memory.
+// Allocates the memory of each batch; false when out of memory.
 bool BeginRunner(Runner &runner, uint32_t rows) {
   BatchRun &run = runner.run;
   Plan &plan = runner.plan;
@@ -314,7 +314,7 @@ bool BeginRunner(Runner &runner, uint32_t rows) {
   return true;
 }
 
-// Computes a batch and stores its results; false when out of memory. Where the texts of the batch
+// Computes a batch and stores its results; false when out of memory. When the strings of the batch
 // are too large nothing is stored.
 bool RunBatch(Runner &runner, RowOutput &output) {
   BatchRun &run = runner.run;
@@ -331,7 +331,7 @@ bool RunBatch(Runner &runner, RowOutput &output) {
 }
 
 bool RunBatches(Runner &runner, RowOutput &output) {
-  constexpr uint32_t kFewerRows = 8;  // times fewer where texts are too large
+  constexpr uint32_t kFewerRows = 8;  // divisor of the rows when strings are too large
   BatchRun &run = runner.run;
   const int64_t rows = run.call->rows;
   uint32_t size = kBatchRows;

@@ -1,5 +1,5 @@
-// Rows one after the other, by the evaluation of single rows: while it lasts, the items of the
-// columns have a value routine that hands out what the columns hold.
+// Rows one by one, by the evaluation of single rows: meanwhile the items of the columns have a
+// value routine that returns the elements of the columns.
 #include <cstring>
 
 #include "engine/context.h"
@@ -15,7 +15,7 @@ struct RowSource {
   const RowsCall *call;
   int64_t row;
   RowSource *before;
-  bool outOfMemory;  // for a text of a column
+  bool outOfMemory;  // for a string of a column
 };
 
 namespace {
@@ -58,7 +58,7 @@ int32_t GiveElement(EC ec, HEXP /*exp*/, int32_t size, void **value, const char 
   return 1;
 }
 
-// Puts the column routine in the place of the items' own, which `routines` keeps.
+// Replaces the items' own routines, which `routines` keeps, by the column routine.
 void BeginSource(const RowsCall &call, RowSource &source, void **routines) {
   source = {&call, 0, call.ec->rowSource, false};
   for (uint32_t i = 0; i < call.columnCount; i++) {
@@ -81,7 +81,7 @@ void EndSource(const RowsCall &call, const RowSource &source, void *const *routi
   call.ec->generation++;
 }
 
-// Stores the value of a row; false when its text has no room.
+// Stores the value of a row; false when its string does not fit.
 bool StoreRow(RowOutput &output, const Evaluation &run, const Value &value, uint8_t *element,
               bool *stored) {
   const int32_t form = output.results->form;

@@ -1,4 +1,4 @@
-// Elements of columns as values, and values as elements.
+// Conversions between elements of columns and values.
 #include <bit>
 #include <cmath>
 #include <cstring>

@@ -1,5 +1,5 @@
 // The interpreter: programs and the programs of the formulas that they refer to, on stacks of its
-// own, so that neither the depth of a formula nor the length of a chain of formulas costs C stack.
+// own, so that neither the depth of a formula nor the length of a chain of formulas uses C stack.
 #include "evaluation/arithmetic.h"
 #include "evaluation/evaluation.h"
 #include "evaluation/host_block.h"
@@ -68,7 +68,7 @@ inline void Arithmetic(Evaluation &run, Value *left, Value *right) {
 
 }  // namespace
 
-// One more than `top` is the first free place of the value stack, throughout.
+// Throughout, `top` + 1 is the first free place of the value stack.
 void RunProgram(Evaluation &run, Program *program) {
   ExprContext *const ec = run.ec;
   Word *code = ProgramCode(program);

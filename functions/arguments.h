@@ -1,5 +1,5 @@
 // The arguments of a function routine. An argument without a value (a null entry, or no arguments
-// at all) counts as a null value or as the empty text.
+// at all) counts as a null value or as the empty string.
 #ifndef ORLI11_FUNCTIONS_ARGUMENTS_H
 #define ORLI11_FUNCTIONS_ARGUMENTS_H
 
@@ -9,7 +9,7 @@
 
 constexpr NumberValue kNullNumber = {};
 
-// The Number or Date at a place.
+// The Number or Date at an index.
 inline const NumberValue &NumberArgument(void *const *args, int32_t index) {
   const void *entry = args != nullptr ? args[index] : nullptr;
   return entry != nullptr ? *static_cast<const NumberValue *>(entry) : kNullNumber;
@@ -20,13 +20,13 @@ inline const char *TextArgument(void *const *args, int32_t index) {
   return entry != nullptr ? static_cast<const char *>(entry) : "";
 }
 
-// A count or position: a null Number is 0, a fraction is cut, what 32 bits cannot hold saturates.
+// A count or position: a null Number is 0, a fraction is truncated, values beyond 32 bits saturate.
 inline int32_t CountArgument(void *const *args, int32_t index) {
   const NumberValue &number = NumberArgument(args, index);
   return WRENNumIsNull(&number) != 0 ? 0 : WRENNumToInt(&number);
 }
 
-// The place of the argument that the sign of the selector at place 0 picks: 1 for a number below
+// The index of the argument selected by the sign of the selector at index 0: 1 for a number below
 // zero, 2 for zero and null, 3 for a number above zero.
 inline int32_t SelectedArgument(void *const *args) {
   constexpr int32_t kZeroCase = 2;

@@ -12,7 +12,7 @@ struct InnerCall {
 
   uint32_t Count() const { return frame->arguments; }
   const Value *Arguments() const { return frame + 1; }
-  // A text of it lies where the arguments' texts are.
+  // A string result is stored where the arguments' strings are.
   Value *Result() const { return frame; }
 };
 

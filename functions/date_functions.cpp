@@ -15,7 +15,7 @@ DateTimeParts PartsOf(const NumberValue &date) {
   return parts;
 }
 
-// The Number that `number` makes of the date's parts; null for a null date.
+// The Number that `number` computes from the date's parts; null for a null date.
 int32_t NumberOfDate(int32_t resultSize, void **result, void *const *args,
                      int32_t (*number)(const DateTimeParts &)) {
   NumberValue *target = NumberResult(result, resultSize);
@@ -122,7 +122,8 @@ int32_t FUNDateAddDay(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result
   return 1;
 }
 
-// The arguments are year, month, day, hour, minute, second; what no calendar has makes a null date.
+// The arguments are year, month, day, hour, minute, second; parts that are not in the calendar
+// yield a null date.
 int32_t FUNDateConstruct(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                          const char * /*name*/, void **args) {
   NumberValue *target = NumberResult(result, resultSize);
@@ -154,7 +155,7 @@ int32_t FUNDateIFF(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
   return 1;
 }
 
-// A date that has no text, as under a bad picture, yields the empty text.
+// A date that cannot be formatted, as under a bad picture, yields the empty string.
 int32_t FUNDateToStr(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
   char text[kDateTextSize];
@@ -169,7 +170,7 @@ int32_t FUNDateToStrPicture(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **
   return FUNStrVarResult(result, resultSize, text);
 }
 
-// Null for a text that is not a date.
+// Null for a string that is not a date.
 int32_t FUNStrToDate(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
   NumberValue *target = NumberResult(result, resultSize);

@@ -5,7 +5,7 @@
 #include "dates/stored_date.h"
 #include "functions/value.h"
 
-// Takes a date apart; false, with all parts zero, for every other value.
+// Decodes a date; false, with all parts zero, for every other value.
 inline bool DateOf(const Value &value, DateTimeParts *parts) {
   if (value.form != ValueForm::Packed || value.packed.length != kStoredLength) {
     *parts = {};
@@ -14,7 +14,7 @@ inline bool DateOf(const Value &value, DateTimeParts *parts) {
   return DecodeStoredDate({value.packed.head, value.packed.low}, parts);
 }
 
-// Null for parts of no calendar.
+// Null for parts that are not in the calendar.
 inline void SetDate(Value *value, const DateTimeParts &parts) {
   StoredDate stored = {};
   value->packed.length = static_cast<uint8_t>(EncodeStoredDate(&stored, parts));

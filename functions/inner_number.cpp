@@ -1,4 +1,4 @@
-// Functions on numbers and dates that are values already.
+// Functions on numbers and dates in unpacked values.
 #include "dates/date_arithmetic.h"
 #include "functions/date_value.h"
 #include "functions/inner_routines.h"
@@ -8,7 +8,7 @@ namespace {
 
 constexpr uint32_t kAllDigits = 300;
 
-// The argument as it is; null without one. Copied piece by piece, as it was stored.
+// A copy of the argument; null without one. Copied in the pieces in which it was stored.
 void PassOn(InnerCall call, uint32_t place) {
   const Value *value = place < call.Count() ? &call.Arguments()[place] : nullptr;
   if (value == nullptr || !IsNumberForm(value->form)) {
@@ -26,7 +26,7 @@ void PassOn(InnerCall call, uint32_t place) {
   }
 }
 
-// What a routine for rounding makes of the argument; a null one is passed on.
+// The argument rounded by `round`; a null one stays null.
 template <class Round>
 void RoundWith(InnerCall call, Round round) {
   Decimal d;
@@ -37,7 +37,7 @@ void RoundWith(InnerCall call, Round round) {
   }
 }
 
-// The number that `number` makes of the parts of a date; null for a null date.
+// The number that `number` computes from the parts of a date; null for a null date.
 template <class Number>
 void NumberOfDate(InnerCall call, Number number) {
   if (call.Count() == 0 || !IsNumberForm(call.Arguments()[0].form) ||
@@ -71,7 +71,7 @@ void InnerNumberAbsolute(InnerCall call) {
   if (NumberOf(call, 0, &d)) {
     SetNumber(call.Result(), {d.coefficient < 0 ? -d.coefficient : d.coefficient, d.exponent});
   } else {
-    // Bytes that are not a number count as below zero, and have no opposite.
+    // Bytes that are not a number count as below zero, and cannot be negated.
     SetNull(call.Result());
   }
 }

@@ -33,7 +33,7 @@ void InnerStrTrim(InnerCall call);
 void InnerStrUpper(InnerCall call);
 void InnerWeekDay(InnerCall call);
 
-// ---- Arguments: one without a value counts as null, or as the empty text ----
+// ---- Arguments: one without a value counts as null, or as the empty string ----
 
 inline const Value *ArgumentOf(InnerCall call, uint32_t place, ValueForm form) {
   return place < call.Count() && call.Arguments()[place].form == form ? &call.Arguments()[place]
@@ -52,12 +52,12 @@ inline bool NumberOf(InnerCall call, uint32_t place, Decimal *d) {
   return given;
 }
 
-// A count or position: null is 0, a fraction is cut, what 32 bits cannot hold saturates.
+// A count or position: null is 0, a fraction is truncated, values beyond 32 bits saturate.
 inline int32_t CountOf(InnerCall call, uint32_t place) {
   return place < call.Count() ? IntegerOf(call.Arguments()[place]) : 0;
 }
 
-// The place of the argument that the sign of the selector at place 0 picks.
+// The index of the argument selected by the sign of the selector at index 0.
 inline uint32_t SelectedPlace(InnerCall call) {
   Decimal d;
   const bool given = NumberOf(call, 0, &d);

@@ -1,5 +1,5 @@
-// Functions on texts, in the buffer where their argument is. Texts of ASCII alone, which are the
-// same characters in every code page, are handled here; others by the routines for characters.
+// String functions, in the buffer that holds their argument. ASCII strings, which are the same in
+// every code page, are handled here; others by the routines for multi-byte characters.
 #include <algorithm>
 #include <cstring>
 
@@ -34,7 +34,7 @@ uint32_t BytesOf(InnerCall call, const TextSpan &span, int32_t n) {
   return static_cast<uint32_t>(WRENStrAdvance(text, n) - text);
 }
 
-// A count or position, held between 0 and `most`.
+// A count or position, clamped to 0 and `most`.
 uint32_t CountWithin(InnerCall call, uint32_t place, uint32_t most) {
   return std::min(static_cast<uint32_t>(std::max(CountOf(call, place), 0)), most);
 }
@@ -65,8 +65,8 @@ uint32_t LengthWithoutBlanks(const char *text, uint32_t length) {
   return length;
 }
 
-// The result: the text from `from` on, after its leading blanks if that is not 0, without the
-// blanks at the end. A blank may be the second half of a character, so other texts than ASCII are
+// The result: the string from `from` on, after its leading blanks if that is not 0, without
+// trailing blanks. A blank may be the second half of a character, so strings other than ASCII are
 // walked from the start.
 void SetTrimmed(InnerCall call, const TextSpan &span, uint32_t from) {
   char *text = call.texts.bytes + span.offset;
@@ -90,7 +90,7 @@ uint64_t ChangedCase(uint64_t word, char first) {
   return word ^ letters >> 2;  // 'a' - 'A' is 0x20
 }
 
-// Changes the case of ASCII letters from `first` on; `change` handles other texts.
+// Changes the case of ASCII letters from `first` on; `change` handles other strings.
 void ChangeCase(InnerCall call, char first, void (*change)(char *)) {
   const TextSpan span = TextOf(call, 0);
   char *text = call.texts.bytes + span.offset;
@@ -166,13 +166,13 @@ void InnerStrToNumber(InnerCall call) {
   SetNumberFrom(call.Result(), &number);
 }
 
-// The result is put together behind the arguments.
+// The result is built after the arguments.
 void InnerStrReplace(InnerCall call) {
   const TextSpan text = TextOf(call, 0);
   const TextSpan replacement = TextOf(call, 3);
   const uint32_t position = CountWithin(call, 1, text.length);
   const uint32_t n = CountWithin(call, 2, replacement.length);
-  // Room for two terminated copies besides.
+  // Space for two more terminated copies.
   const uint64_t most = 2 * (uint64_t{text.length} + replacement.length + 2);
   if (!TextReserve(call.texts, call.texts.used, most)) {
     call.Result()->form = ValueForm::None;

@@ -22,7 +22,7 @@ int32_t FUNNumberAbsolute(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **re
   return 1;
 }
 
-// The remainder of the whole parts, with the sign of the dividend; null for a zero divisor.
+// The remainder of the integer parts, with the sign of the dividend; null for a zero divisor.
 int32_t FUNNumberMod(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
   NumberValue *target = NumberResult(result, resultSize);
@@ -40,7 +40,7 @@ int32_t FUNNumberMod(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
   if (right == 0) {
     WRENNumSetNull(target);
   } else {
-    // In 64 bits, where the least dividend over -1 has a quotient.
+    // In 64 bits, where dividing the least 32-bit number by -1 does not overflow.
     WRENNumFromInt(target, static_cast<int32_t>(int64_t{left} % right));
   }
   return 1;
@@ -87,7 +87,8 @@ int32_t FUNNumberIFF(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
   return 1;
 }
 
-// In double precision; without an exponent the base itself, null where no real number is the power.
+// In double precision; without an exponent the base itself, null where the power is not a real
+// number.
 int32_t FUNPower(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result, const char * /*name*/,
                  void **args) {
   NumberValue *target = NumberResult(result, resultSize);

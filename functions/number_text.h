@@ -15,7 +15,8 @@ int32_t NumberFromText(NumberValue *value, const char *text);
 // Write a Number into `buffer` of kNumberTextSize bytes; empty for a null Number. 1, or 0 with the
 // buffer empty when the picture is bad or the text too long.
 int32_t NumberFormatPicture(const NumberValue *value, const char *picture, char *buffer);
-// Independent of the country: a full stop, no grouping, `decimals` digits after the point.
+// Independent of the country: a full stop as the decimal point, no grouping, `decimals` digits
+// after the point.
 int32_t NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buffer);
 int32_t NumberFormatCountry(const NumberValue *value, char *buffer);
 int32_t NumberFormatCurrency(const NumberValue *value, char *buffer);

@@ -17,8 +17,8 @@ constexpr int16_t kMostParameters = 7;
 // Every full name begins with the same three letters, which the display name leaves out.
 constexpr size_t kPrefixLength = 3;
 
-// Raised by hosts that report when the settings of the system have changed, and kept for them.
-// Nothing reads it: the settings change by WRENSetCountry alone.
+// Set by hosts when the settings of the system have changed, and kept for compatibility. Nothing
+// reads it: only WRENSetCountry changes the settings.
 std::atomic<int32_t> systemSettingsChanged{1};
 
 using WorkingRow = ORL_EXPR_ITEM_WITH(kMostParameters);
@@ -28,7 +28,7 @@ struct WorkingTexts {
   char fullName[kRowTextSize];
 };
 
-// Cuts the next comma-separated field off `*at`; empty at the end.
+// Removes the next comma-separated field from `*at`; empty at the end.
 const char *NextField(char **at) {
   char *field = *at;
   char *comma = std::strchr(field, ',');

@@ -32,7 +32,7 @@ uint64_t ShortWord(const char *bytes, size_t length) {
 }
 
 // Copies 1 or more bytes, with zeros after them up to a whole word. The evaluator reads the block
-// at once and in words; if these were written in other pieces, it would have to wait for them.
+// right away and in words; words that were stored in other pieces would stall it.
 void CopyInWords(char *target, const char *source, size_t length) {
   size_t at = 0;
   for (; at + 8 <= length; at += 8) {
@@ -73,7 +73,7 @@ char *TextResult(void **result, int32_t resultSize, int64_t needed) {
   if (result == nullptr || needed > INT32_MAX) {
     return nullptr;
   }
-  needed = std::max<int64_t>(needed, 1);  // the terminator of an empty text
+  needed = std::max<int64_t>(needed, 1);  // the terminator of an empty string
   // A routine that resized the block before left `resultSize` as it was: a block never shrinks.
   if (*result == nullptr || (needed > resultSize && needed > WRENMemSize(*result))) {
     if (FUNResizeResult(result, static_cast<uint32_t>(needed)) == 0) {
@@ -92,12 +92,12 @@ int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text) {
     CopyInWords(static_cast<char *>(*result), source, needed);
     return 1;
   }
-  // A text that is longer than its block cannot lie in it, so the source outlives the resize.
+  // A string that is longer than the block cannot be in it, so the source outlives the resize.
   char *target =
       needed <= INT32_MAX ? TextResult(result, resultSize, static_cast<int64_t>(needed)) : nullptr;
   if (target == nullptr) {
     return 0;
   }
-  std::memmove(target, source, needed);  // the text may lie in the block
+  std::memmove(target, source, needed);  // the string may be in the block
   return 1;
 }

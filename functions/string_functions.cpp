@@ -1,5 +1,5 @@
-// The built-in functions that take texts apart, measure and compare them. Each is an
-// OrlFunctionProc. Counts and positions are in characters of the active code page.
+// The built-in string functions. Each is an OrlFunctionProc. Counts and positions are in characters
+// of the active code page.
 #include <algorithm>
 #include <cstring>
 
@@ -12,12 +12,12 @@
 
 namespace {
 
-// The bytes for n characters of the text, at most all of it.
+// The bytes of the first n characters of the string, at most all of it.
 int64_t RoomForChars(const char *text, int32_t n) {
   return int64_t{std::min(WRENStrLen(text), FUNCharBytes(n))} + 1;
 }
 
-// The bytes for a text of the same length.
+// The block size for a string of the same length.
 int64_t RoomForText(const char *text) {
   return int64_t{WRENStrLen(text)} + 1;
 }
@@ -25,7 +25,7 @@ int64_t RoomForText(const char *text) {
 using CutOperation = void (*)(char *target, const char *source, int32_t n);
 using CopyOperation = void (*)(char *target, const char *source);
 
-// The characters that `cut` takes from the text at place 0, as many as the count at place 1.
+// The characters that `cut` takes from the string at index 0, as many as the count at index 1.
 int32_t CutText(int32_t resultSize, void **result, void *const *args, CutOperation cut) {
   const char *text = TextArgument(args, 0);
   const int32_t n = CountArgument(args, 1);
@@ -37,7 +37,7 @@ int32_t CutText(int32_t resultSize, void **result, void *const *args, CutOperati
   return 1;
 }
 
-// What `copy` makes of the text at place 0; it is never longer.
+// What `copy` makes of the string at index 0; it is never longer.
 int32_t CopyText(int32_t resultSize, void **result, void *const *args, CopyOperation copy) {
   const char *text = TextArgument(args, 0);
   char *target = TextResult(result, resultSize, RoomForText(text));
@@ -57,7 +57,7 @@ int32_t NumberOfText(int32_t resultSize, void **result, int32_t number) {
   return 1;
 }
 
-// The field of the list with this index, or the empty text.
+// The field of the list with this index, or the empty string.
 int32_t CopyField(int32_t resultSize, void **result, const char *list, int64_t index) {
   const ListField field = ListFieldAt(list, index);
   char *target = TextResult(result, resultSize, field.bytes + 1);
@@ -147,7 +147,8 @@ int32_t FUNStrRepeat(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
   if (target == nullptr) {
     return 0;
   }
-  // Each text is appended to the last one; looking for the end of the result would cost a square.
+  // Each string is appended at the known end; searching for the end each time would take quadratic
+  // time.
   for (int64_t end = 0; end < bytes; end += length) {
     std::memcpy(target + end, text, static_cast<size_t>(length));
   }
@@ -164,7 +165,8 @@ int32_t FUNStrPad(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result, co
     return 0;
   }
   WRENStrCopyChars(target, TextArgument(args, 0), n);
-  // Twice at most: half a character at the end of the text makes one with the blank after it.
+  // At most twice the size: half a character at the end of the string forms one with the blank
+  // after it.
   for (int32_t missing = n - WRENStrChars(target); missing > 0;
        missing = n - WRENStrChars(target)) {
     char *end = target + WRENStrLen(target);
@@ -186,7 +188,7 @@ int32_t FUNStrSpaces(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
   return 1;
 }
 
-// By the order of the platform, in which case counts.
+// By the platform's collation, in which case matters.
 int32_t FUNStrCompare(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                       const char * /*name*/, void **args) {
   return NumberOfText(resultSize, result, lstrcmpA(TextArgument(args, 0), TextArgument(args, 1)));
@@ -198,7 +200,7 @@ int32_t FUNStrScan(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                       WRENStrScan(TextArgument(args, 0), TextArgument(args, 1)));
 }
 
-// The first, second or third text for a selector below, equal to or above zero.
+// The first, second or third string for a selector below, equal to or above zero.
 int32_t FUNStrIFF(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result, const char * /*name*/,
                   void **args) {
   return FUNStrVarResult(result, resultSize, TextArgument(args, SelectedArgument(args)));
@@ -210,7 +212,7 @@ int32_t FUNStrCase(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
   return CopyField(resultSize, result, index < 0 ? "" : TextArgument(args, 1), index);
 }
 
-// The value whose place in the list of values is that of the text in the list of keys.
+// The value whose index in the list of values is that of the string in the list of keys.
 int32_t FUNStrTranslate(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                         const char * /*name*/, void **args) {
   const int64_t index = ListIndexOf(TextArgument(args, 1), TextArgument(args, 0));
@@ -234,7 +236,7 @@ int32_t FUNStrReplace(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result
   return 1;
 }
 
-// Zero for a text that is not a number.
+// Zero for a string that is not a number.
 int32_t FUNStrToNumber(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                        const char * /*name*/, void **args) {
   NumberValue *target = NumberResult(result, resultSize);

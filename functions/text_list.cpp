@@ -31,7 +31,7 @@ int64_t ListIndexOf(const char *list, const char *text) {
   const char *start = list;
   for (int64_t index = 0;; index++) {
     const char *end = FieldEnd(start);
-    // Texts are equal when their bytes are, so the fields need not be cut out to be compared.
+    // Strings are equal when their bytes are, so the fields need not be copied to be compared.
     if (static_cast<size_t>(end - start) == length && std::memcmp(start, text, length) == 0) {
       return index;
     }

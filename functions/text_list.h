@@ -1,4 +1,4 @@
-// Texts as lists of fields between commas: no quoting, and blanks belong to the field.
+// Strings as comma-separated lists of fields: no quoting, and blanks belong to the field.
 #ifndef ORLI11_FUNCTIONS_TEXT_LIST_H
 #define ORLI11_FUNCTIONS_TEXT_LIST_H
 

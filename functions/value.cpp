@@ -2,7 +2,7 @@
 
 namespace {
 
-// A block for at least `wanted` bytes with everything that is used; null when out of memory.
+// A block of at least `wanted` bytes with the used bytes copied; null when out of memory.
 char *LargerBuffer(TextBuffer &texts, uint64_t wanted, uint64_t size) {
   if (size < wanted || size > UINT32_MAX) {
     return nullptr;
@@ -30,8 +30,8 @@ void SetWideFrom(Value *value, const void *number) {
 
 bool TextBufferGrow(TextBuffer &texts, uint64_t size) {
   const uint64_t wanted = size + kTextSlack;
-  // Geometric growth, so that a long chain costs linear time; when out of memory for that the
-  // least.
+  // Grows geometrically, so that a long chain takes linear time; when out of memory for that, to
+  // the least size.
   char *bytes = LargerBuffer(texts, wanted, wanted + wanted / 2);
   if (bytes == nullptr) {
     bytes = LargerBuffer(texts, wanted, wanted);

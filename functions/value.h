@@ -1,4 +1,4 @@
-// Values while a formula is computed, and the bytes of its texts.
+// The values of an evaluation, and the bytes of its strings.
 #ifndef ORLI11_FUNCTIONS_VALUE_H
 #define ORLI11_FUNCTIONS_VALUE_H
 
@@ -14,9 +14,9 @@ enum class ValueForm : uint8_t {
   None,    // the node cannot be computed; not the same as a null number
   Narrow,  // a number whose coefficient fits 64 bits
   Wide,    // a number whose coefficient does not
-  Packed,  // a NumberValue as it is: dates, nulls, and bytes that are not a number
-  Text,    // a text in the text buffer
-  Block,   // a heap block that the value owns and the engine only hands on
+  Packed,  // a NumberValue kept packed: dates, nulls, and bytes that are not a number
+  Text,    // a string in the text buffer
+  Block,   // a heap block that the value owns and the engine only passes on
   Name,    // the same, with the name of an argument by name
   Frame    // the call whose arguments follow on the stack
 };
@@ -54,12 +54,12 @@ struct Value {
     int32_t exponent;    // Narrow, Wide
     uint32_t arguments;  // Frame: values that follow, once they are all there
   };
-  uint32_t textsUsed;   // Frame: what the text buffer held before the arguments
+  uint32_t textsUsed;   // Frame: length of the text buffer before the arguments
   uint32_t generation;  // Frame: of the context when the row was found, its lower half
   ValueForm form;
 };
 
-// Piece by piece, as spans are stored.
+// In the pieces in which spans are stored.
 inline TextSpan SpanOf(const Value &value) {
   return {value.text.offset, value.text.length};
 }
@@ -106,7 +106,7 @@ inline void SetPacked(Value *value, const void *number) {
   std::memcpy(&value->packed.low, bytes + 5, sizeof value->packed.low);
   value->form = ValueForm::Packed;
 }
-// A number is kept unpacked, everything else as it is; in both forms the bytes can be restored.
+// A number is kept unpacked, everything else packed; the bytes can be restored from either form.
 void SetWideFrom(Value *value, const void *number);
 inline void SetNumberFrom(Value *value, const void *number) {
   const uint8_t *bytes = static_cast<const uint8_t *>(number);
@@ -144,8 +144,8 @@ inline bool IsNullNumber(const Value &value) {
   return value.form == ValueForm::Packed && value.packed.length == 0;
 }
 
-// The texts of the values on the stack, one directly after the other, without terminators: texts
-// that are concatenated are adjacent already. The bytes move when the buffer grows.
+// The strings of the values on the stack, one directly after the other, without terminators:
+// strings to be concatenated are adjacent already. The bytes move when the buffer grows.
 struct TextBuffer {
   char *bytes;
   uint32_t used;
@@ -157,28 +157,28 @@ struct TextBuffer {
   TextBuffer() : bytes(first), used(0), size(sizeof first), outOfMemory(false) {}
 };
 
-// Bytes after the last text, for a terminator and what short copies write and read too much.
+// Bytes after the last string, for a terminator and for copies that round up to words.
 constexpr uint32_t kTextSlack = 16;
 
 // Grows the buffer to `size` bytes and slack; false when out of memory, with the buffer unchanged.
 bool TextBufferGrow(TextBuffer &texts, uint64_t size);
 
-// Makes space for `bytes` bytes at an offset.
+// Ensures space for `bytes` bytes at an offset.
 inline bool TextReserve(TextBuffer &texts, uint32_t offset, uint64_t bytes) {
   const uint64_t wanted = offset + bytes;
   return wanted + kTextSlack <= texts.size || TextBufferGrow(texts, wanted);
 }
 
-// Makes the bytes at an offset, up to `length`, the value's text and the last one of the buffer.
+// Makes the bytes at an offset, up to `length`, the value's string and the last one in the buffer.
 inline void SetText(TextBuffer &texts, Value *value, uint32_t offset, uint32_t length) {
-  // In one piece: two are put together in a vector register, which takes longer.
+  // Stored in one piece: combining two in a vector register takes longer.
   const uint64_t span = uint64_t{length} << 32 | offset;
   texts.used = offset + length;
   std::memcpy(&value->text, &span, sizeof value->text);
   value->form = ValueForm::Text;
 }
 
-// Eight bytes of a text at once.
+// Eight bytes of a string at once.
 constexpr uint64_t kOnes = UINT64_C(0x0101010101010101);
 constexpr uint64_t kHighBits = kOnes << 7;
 
@@ -207,7 +207,7 @@ inline void CopyEnds(char *target, const char *source, uint32_t length) {
   std::memcpy(target + length - sizeof last, &last, sizeof last);
 }
 
-// memcpy for bytes that are few as a rule.
+// memcpy for copies that are usually short.
 inline void CopyBytes(char *target, const char *source, uint32_t length) {
   if (length > 16) {
     std::memcpy(target, source, length);
@@ -222,7 +222,7 @@ inline void CopyBytes(char *target, const char *source, uint32_t length) {
   }
 }
 
-// Makes a copy of `length` bytes the value's text, as the last one of the buffer. `source` is not
+// Makes a copy of `length` bytes the value's string, as the last one in the buffer. `source` is not
 // in the buffer. None when out of memory.
 inline void CopyTextInto(TextBuffer &texts, Value *value, const char *source, uint32_t length) {
   const uint32_t offset = texts.used;
@@ -234,15 +234,15 @@ inline void CopyTextInto(TextBuffer &texts, Value *value, const char *source, ui
   SetText(texts, value, offset, length);
 }
 
-// The last text of the buffer with a terminator.
+// The last string in the buffer, terminated.
 inline char *TerminatedText(TextBuffer &texts, const TextSpan &span) {
   char *text = texts.bytes + span.offset;
   text[span.length] = '\0';
   return text;
 }
 
-// Moves a text of the buffer down by `gap` bytes to `target`. Where the texts of arguments begin,
-// bytes were stored in words: a load across two of them would have to wait for both.
+// Moves a string in the buffer down by `gap` bytes to `target`. Where the strings of arguments
+// begin, bytes were stored in words: a load across two of them would stall on both stores.
 inline void MoveTextDown(char *target, uint32_t gap, uint32_t length) {
   constexpr uint32_t kFewBytes = 32;
   if (length > kFewBytes || gap >= 8) {
@@ -264,7 +264,7 @@ inline void FreeBlockOf(const Value &value) {
   }
 }
 
-// Releases what a value holds that is on top of the stack.
+// Frees what the value on top of the stack owns.
 inline void DropValue(TextBuffer &texts, Value *value) {
   if (value->form == ValueForm::Text) {
     texts.used = value->text.offset;

@@ -114,9 +114,8 @@ NumberValue NodeNumber(const ExprNode *node);
 // What precedes the name of a node, by the offset back from the name; nothing is aligned.
 constexpr uint32_t kCallSizeAt = 4;  // calls and formulas: nodes in the subtree
 constexpr uint32_t kCloseOffsetAt = 8;
-constexpr uint32_t kBindingAt = 24;  // formulas: NodeBinding
-constexpr uint32_t kLeastNameBytes =
-    8;  // of an item, so that the address of another name fits there
+constexpr uint32_t kBindingAt = 24;      // formulas: NodeBinding
+constexpr uint32_t kLeastNameBytes = 8;  // of an item: fits the address of another name
 
 inline char *NodeContent(const ExprNode *node) {
   return const_cast<char *>(reinterpret_cast<const char *>(node)) + node->content;

@@ -1,13 +1,14 @@
-// The guarded delete of an item: the host destroys what uses it, and of that first what nothing
-// refers to.
+// The guarded delete of an item: the host destroys the expressions that use it, starting with those
+// that nothing refers to.
 //
 // A first pass in table order asks the host to destroy the users that nothing refers to and defers
-// the others. Rounds over those, in table order, ask for what has become free meanwhile. An
-// expression becomes free when the last reference to its name is removed, so a round need not look
-// at all of them: two queues hold the places of the free ones, for this round and for the next.
+// the others. Rounds over the deferred ones, in table order, then ask for those that nothing refers
+// to any more. An expression becomes free when the last reference to its name is removed, so a
+// round need not visit all of them: two queues hold the positions of the free ones, for this round
+// and for the next.
 //
-// The host may destroy other expressions than it is asked to. Nothing is kept that this could make
-// dangle: places are numbers that are never used again, and are looked up when needed.
+// The host may destroy other expressions than it is asked to. So no pointers are kept that could
+// dangle: positions are numbers that are never reused, and are looked up when needed.
 #include <algorithm>
 #include <cassert>
 #include <cstddef>
@@ -22,7 +23,7 @@
 
 namespace {
 
-// Places of expressions, the lowest on top.
+// Positions of expressions, the lowest on top.
 struct PlaceQueue {
   uint64_t *places;
   uint32_t count;
@@ -57,16 +58,16 @@ struct DeleteRun {
   const char *name;
   OrlDeleteProc proc;
   uint64_t number;  // marks what this run has deferred
-  uint64_t place;   // of the expression that the host was asked for last
+  uint64_t place;   // of the expression that the host was last asked to destroy
   PlaceQueue thisRound;
   PlaceQueue nextRound;
   bool rounds;  // the first pass is over
-  bool lost;    // a place could not be noted: the next round asks all
+  bool lost;    // a position could not be queued: the next round visits all
   bool ok;
   ReferenceListener listener;
 };
 
-// The index of the first expression at or after a place. Tables are in the order of places.
+// The index of the first expression at or after a position. Tables are sorted by position.
 uint32_t IndexFrom(EC ec, uint64_t place) {
   uint32_t low = 0;
   uint32_t high = HandleArrayRows(ec->expressions);
@@ -94,8 +95,8 @@ bool IsFree(const DeleteRun &run, HEXP exp) {
   return IsDeferred(run, exp) && ReferenceCount(run.ec, exp->entry.name) == 0;
 }
 
-// Asks the host to destroy an expression. Without the row there is nothing to ask, and the
-// expression stays.
+// Asks the host to destroy an expression. When the item's row is gone the host is not asked, and
+// the expression is kept.
 void AskToDestroy(DeleteRun &run, HEXP exp) {
   ExprItem *row = ItemFind(run.table, run.name);
   run.place = exp->entry.order;
@@ -117,8 +118,8 @@ void FirstPass(DeleteRun &run, int32_t kind) {
         const uint64_t revision = run.ec->revision;
         const uint32_t rows = HandleArrayRows(run.ec->expressions);
         AskToDestroy(run, exp);
-        // Where just one expression was destroyed, which nothing referred to, what was found
-        // of the others still holds.
+        // When just one expression was destroyed, which nothing referred to, the results for the
+        // others are still valid.
         if (run.ec->revision == revision + 1 && HandleArrayRows(run.ec->expressions) + 1 == rows) {
           walk.revision = run.ec->revision;
         }
@@ -128,14 +129,15 @@ void FirstPass(DeleteRun &run, int32_t kind) {
   }
 }
 
-// Fills the queue of the next round by asking all, for the first round and when a place was lost.
+// Fills the queue of the next round by visiting all, for the first round and when a position was
+// lost.
 void AskAll(DeleteRun &run) {
   run.lost = false;
   run.nextRound.count = 0;
   for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
     if (IsFree(run, exp) && !QueuePush(run.nextRound, exp->entry.order)) {
-      run.lost = true;  // asks for what fits; for the rest in the next round
+      run.lost = true;  // asks for those that fit; for the rest in the next round
       return;
     }
   }
@@ -153,7 +155,7 @@ void Round(DeleteRun &run) {
   }
 }
 
-// Without memory for a single place the host is asked for the first free expression directly.
+// Without memory for a single position the host is asked for the first free expression directly.
 void AskForFirstFree(DeleteRun &run) {
   for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
@@ -186,12 +188,12 @@ void Rounds(DeleteRun &run) {
       AskAll(run);
     }
   }
-  // What is in use even now stays so: the host keeps what it was asked to destroy.
+  // Expressions that are still in use remain so: the host keeps what it was asked to destroy.
   run.ok = run.ok && !AnyDeferred(run);
 }
 
-// Queues the expressions of a name that nothing refers to any more. The run is notified
-// also while another run, which its host routine began, is active.
+// Queues the expressions of a name that nothing refers to any more. The run is also notified while
+// a nested run, begun by its host routine, is active.
 void QueueFreed(ReferenceListener *listener, const char *name) {
   char *start = reinterpret_cast<char *>(listener) - offsetof(DeleteRun, listener);
   DeleteRun &run = *reinterpret_cast<DeleteRun *>(start);

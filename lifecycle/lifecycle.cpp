@@ -1,4 +1,4 @@
-// What becomes of contexts and expressions: copy, clone and destroy.
+// The lifecycle of contexts and expressions: copy, clone and destroy.
 #include "engine/context.h"
 #include "engine/expression_order.h"
 #include "engine/expressions.h"
