@@ -1,4 +1,4 @@
-// Texts of controls in memory, and the row of an expression.
+// Copies of the texts of controls, and the row of an expression.
 #include "editor/editor.h"
 #include "editor/window_calls.h"
 

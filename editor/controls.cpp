@@ -4,7 +4,7 @@
 
 namespace {
 
-// Hands an event to the control itself.
+// Passes an event to the control's own procedure.
 intptr_t Own(const EditorState &editor, int32_t control, OrlWindow window, uint32_t message,
              uintptr_t wParam, intptr_t lParam) {
   return Windows()->CallWindowProc(editor.controlProcs[control], window, message, wParam, lParam);
@@ -62,7 +62,7 @@ intptr_t StatusSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_
     case ORL_WM_SETFOCUS: {
       OrlWindow dialog = editor->dialog;
       OrlWindow before = reinterpret_cast<OrlWindow>(wParam);
-      // A modeless dialog of the editor has it as its parent too, but is not a control of it.
+      // A modeless dialog also has the editor as its parent, but is not one of its controls.
       const bool isSibling =
           before != nullptr && ItemOf(dialog, Windows()->GetDlgCtrlID(before)) == before;
       Windows()->SetFocus(isSibling ? before : ItemOf(dialog, kEditText));
@@ -103,7 +103,8 @@ intptr_t LBFormsSubProc(void *window, uint32_t message, uintptr_t wParam, intptr
       OrlFollowRow(editor, editor.textViewWindow != nullptr);
       break;
     case ORL_WM_RBUTTONDBLCLK:
-      // The right button selects nothing by itself: the row under the mouse is clicked for it.
+      // The right button does not select a row by itself: a click on the row under the mouse is
+      // simulated.
       Own(editor, kListFormulas, window, ORL_WM_LBUTTONDOWN, wParam, lParam);
       Own(editor, kListFormulas, window, ORL_WM_LBUTTONUP, wParam, lParam);
       OrlFollowRow(editor, true);

@@ -1,4 +1,4 @@
-// What the editor shows beside its text: titles, captions, and what is enabled.
+// What the editor shows besides its text: titles, captions, and which controls are enabled.
 #include <initializer_list>
 
 #include "editor/editor.h"

@@ -1,7 +1,7 @@
 // The formula editor: its state, and the routines that its files call in each other.
 //
-// Each routine works on the dialog of the state that it is given. All run on the
-// thread of the dialog; there is one editor at a time.
+// Each routine works on the dialog of the state that it receives. All run on the dialog's thread; a
+// thread has one editor at a time.
 #ifndef ORLI11_EDITOR_EDITOR_H
 #define ORLI11_EDITOR_EDITOR_H
 
@@ -11,7 +11,7 @@
 #include "platform/owned.h"
 #include "platform/window_system.h"
 
-// What is written in the editor: the kind of a text, and the mode of the dialog.
+// What the user edits: the kind of a text, and the mode of the dialog.
 enum EditorMode : int32_t { kModeFormula, kModeRange, kModeSet, kModeCount };
 
 // Controls of the editor dialog.
@@ -66,7 +66,7 @@ enum EditorMessage : uint32_t {
 
 struct FormulaRepair;
 
-// What the entry points hand to the dialog, on their stack.
+// What the entry points pass to the dialog, on their stack.
 struct BuildRecord {
   EC ec;
   HEXP exp;
@@ -77,12 +77,12 @@ struct BuildRecord {
 // The timer that opens the error box in a recovery.
 constexpr uintptr_t kErrorTimer = 1;
 
-constexpr int32_t kLabelSize = 129;  // "Expression" and its kin, at most 128 characters
+constexpr int32_t kLabelSize = 129;  // "Expression" and similar words, at most 128 characters
 
 struct EditorState {
   BuildRecord *record;
   EC ec;
-  OrlWindow dialog;        // null until it is there
+  OrlWindow dialog;        // null until it exists
   HEXP currentExp;         // shown in the two edits; null for a new text
   uint64_t currentSerial;  // of that expression
   int32_t editorMode;      // EditorMode
@@ -101,11 +101,11 @@ struct EditorState {
   OrlWindowProc controlProcs[kEditStatus + 1];  // the controls' own procedures, by control id
 };
 
-// The state of the editor that runs on this thread, null when none does. A host may call the
-// procedures of its windows at any time: each looks it up once and passes it on.
+// The state of the editor that runs on this thread, or null. A host may call the procedures of its
+// windows at any time: each looks it up once and passes it on.
 EditorState *OpenEditor();
 
-// Whether an editor runs on this thread, and which one from now on.
+// Whether an editor runs on this thread, and the routine that sets it.
 bool EditorIsOpen();
 void SetOpenEditor(EditorState *editor);
 
@@ -114,12 +114,13 @@ void SetOpenEditor(EditorState *editor);
 HEXP OrlRunEditor(OrlWindow parent, BuildRecord record, EditorMode mode, const char *itemName,
                   FormulaRepair *repair);
 
-// True with a list values routine and outside recovery: modes, row bitmaps and values are there.
+// True with a list values routine and outside recovery: modes, row bitmaps and values are
+// available.
 bool EditorHasModes(const EditorState &editor);
 
-// Takes an expression, or null, for the one that is shown.
+// Makes an expression, or null, the one that is shown.
 void OrlSetCurrentExpression(EditorState &editor, HEXP exp);
-// `currentExp`, or null, also in the state, when the host has destroyed that expression meanwhile.
+// `currentExp`; it is set to null when the host has destroyed that expression.
 HEXP OrlCurrentExpression(EditorState &editor);
 
 // The kind of a stored expression, by its root.
@@ -131,7 +132,7 @@ bool OrlIsHiddenExpression(EC ec, HEXP exp);
 
 // Makes the row of exactly that text the current and the top row; false when there is none.
 bool OrlFindExact(OrlWindow list, const char *name, int32_t *row);
-// Readies the dialog for its run: state, controls, and what is there to see.
+// Initialises the dialog: state, controls, and what they show.
 void OrlOpenDialog(EditorState &editor);
 void OrlInitDialog(EditorState &editor);
 void OrlShowCurrent(EditorState &editor);
@@ -142,7 +143,7 @@ void OrlEnableEditButtons(const EditorState &editor);
 void OrlEnableDelete(const EditorState &editor);
 void OrlEnableShowText(const EditorState &editor);
 void OrlCaptionByRow(const EditorState &editor);
-// The user has gone to another row of the Formulas list: buttons, captions and text view follow.
+// The user has selected another row of the Formulas list: updates buttons, captions and text view.
 void OrlFollowRow(EditorState &editor, bool openTextView);
 void OrlCaptionValues(const EditorState &editor);
 void OrlEnableOk(const EditorState &editor);
@@ -156,10 +157,10 @@ void OrlLayoutFormulas(const EditorState &editor);
 // ---- Lists and insertion (insertion.cpp, placeholders.cpp, templates.cpp, rows.cpp) -------------
 
 void OrlInsertItem(EditorState &editor, OrlWindow list);
-// What the row of that name in the list with that id stands for.
+// What the row of that name in the list with that id represents.
 void OrlInsertName(EditorState &editor, int32_t list, const char *name);
 // Appends the parameter template of a function to the name in `buffer` of `size` bytes; false when
-// it has no room.
+// it does not fit.
 bool OrlBuildTemplate(char *buffer, int32_t size, const ExprItem *item);
 // The bytes of that template, and the placeholder of one parameter in it.
 int32_t OrlTemplateLength(const ExprItem *item);
@@ -170,8 +171,8 @@ const char *OrlTypeLabel(uint16_t dataType);
 // or -1 when out of memory, with the edit as it was.
 int32_t OrlInsertText(const EditorState &editor, const char *text, int32_t length);
 void OrlSelectPlaceholder(const EditorState &editor);
-// The first placeholder that begins at a byte of the text or after it, else the first of all.
-// False when there is none, or no memory.
+// The first placeholder that begins at a byte of the text or after it, else the first of all. False
+// when there is none, or when out of memory.
 bool OrlFindPlaceholder(const EditorState &editor, const char *text, int32_t from, int32_t *start,
                         int32_t *end);
 void OrlSeedText(const EditorState &editor);
@@ -182,29 +183,29 @@ void *OrlRowBitmap(const EditorState &editor, int32_t row, const char *text);
 // ---- Save and delete (save.cpp, select.cpp, follow.cpp) -----------------------------------------
 
 HEXP OrlSaveText(EditorState &editor);
-// In Set mode the tail in the place of further members is not part of the text.
+// In Set mode the placeholder for further members at the end is not part of the text.
 void OrlCutTail(const EditorState &editor, char *text);
-// Saves, and goes on with a new text. False when nothing was saved; then the text stays.
+// Saves, and starts a new text. False when nothing was saved; the text is then kept.
 bool OrlSaveAndGoOn(EditorState &editor);
 bool OrlAskSave(EditorState &editor);
 void OrlSelectFormula(EditorState &editor);
 void OrlDeleteSelected(EditorState &editor);
-// Brings the rows of the list of formulas, and what depends on them, in step with the context after
-// a routine of the host, which may have changed it. Calls no routine of the host's.
+// Updates the rows of the list of formulas, and what depends on them, after a host routine, which
+// may have changed the context. Calls no host routine.
 void OrlFollowContext(EditorState &editor);
 
-// ---- What the editor knows of its text (text_aid.cpp) -------------------------------------------
+// ---- Information about the text (text_aid.cpp) --------------------------------------------------
 
 void OrlOfferTextAid(const EditorState &editor);
 
-// ---- The host beside the editor (host.cpp) ------------------------------------------------------
+// ---- What the host adds to the editor (host.cpp) ------------------------------------------------
 
-// Whether the host takes what is about to be stored for the expression that is shown. True also for
-// what does not parse, which the save will report.
+// Whether the host accepts what is about to be stored for the expression that is shown. Also true
+// for a text that does not parse, which the save will report.
 bool OrlHostTakes(EditorState &editor, const char *text, const char *name);
-// Notifies it that an expression has been stored, renamed or deleted.
+// Notifies the host that an expression has been stored, renamed or deleted.
 void OrlTellHost(const EditorState &editor);
-// What it says of a function, cut to `size` bytes; false when it says nothing.
+// The host's description of a function, truncated to `size` bytes; false when it has none.
 bool OrlHostDescribes(const char *function, char *buffer, int32_t size);
 // Whether lists show a function.
 bool OrlHostShows(const char *function);
@@ -215,7 +216,7 @@ void OrlOpenTextView(EditorState &editor);
 void OrlOpenValues(EditorState &editor);
 void OrlFillValues(EditorState &editor, int32_t first);
 void OrlSyncValuesButton(EditorState &editor, int32_t first);
-// Writes a text as a String literal; `target` holds twice its length and 3 bytes.
+// Writes a string as a literal; `target` has capacity for twice its length and 3 bytes.
 void OrlQuoteString(char *target, const char *text);
 // Selects the faulty bytes of a text in an edit.
 void OrlSelectError(OrlWindow edit, const FormulaError &error);
@@ -223,12 +224,12 @@ intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaEr
 
 // ---- Texts of controls (control_text.cpp) -------------------------------------------------------
 
-// Copies; null when out of memory, and for a row that is not there.
+// Copies; null when out of memory, and for a row that does not exist.
 OwnedText TextOfWindow(OrlWindow window);
 OwnedText TextOfRow(OrlWindow list, int32_t row);
 
 // The expression whose name a row of list 114 shows; null for row 0, which shows none, and for a
-// name that is gone.
+// name that no longer exists.
 HEXP ExpressionOfRow(const EditorState &editor, OrlWindow list, int32_t row);
 
 // A row of list 114 whose data is this ordinal, or -1.

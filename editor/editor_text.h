@@ -1,4 +1,4 @@
-// Texts that dialogs put together.
+// Strings that dialogs compose.
 #ifndef ORLI11_EDITOR_EDITOR_TEXT_H
 #define ORLI11_EDITOR_EDITOR_TEXT_H
 
@@ -6,7 +6,7 @@
 
 #include "orli11/windows.h"
 
-// A string of the table, or several one after another, as far as they fit.
+// A string of the table, or several concatenated, as far as they fit.
 struct EditorText {
   char text[256];
 };
@@ -17,7 +17,7 @@ EditorText LoadText(uint32_t id);
 // Appends a string to the text.
 void AppendText(EditorText &text, uint32_t id);
 
-// Sets "left - right" as a window's title; false when out of memory to join them.
+// Sets "left - right" as a window's title; false when out of memory.
 bool SetJoinedTitle(OrlWindow window, const char *left, const char *right);
 
 #endif

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The value of DialogBoxParam: -1 also where there is nothing to make a dialog of.
+// The result of DialogBoxParam; -1 also when there is no window system.
 intptr_t RunDialog(OrlWindow parent, BuildRecord &record) {
   const OrlDialogTemplate *dialog = FindDialog(kDialogEditor);
   if (dialog == nullptr || WindowsForDialog() == nullptr) {
@@ -43,7 +43,7 @@ HEXP OrlRunEditor(OrlWindow parent, BuildRecord record, EditorMode mode, const c
     return nullptr;
   }
   if (ORLGetExpressionOrdinal(ec, record.exp) < 0) {
-    record.exp = nullptr;  // a handle that is dead, or of another context, may point anywhere
+    record.exp = nullptr;  // a handle that is destroyed, or of another context, may point anywhere
   }
   EditorState editor = {};
   SetOpenEditor(&editor);

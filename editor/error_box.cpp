@@ -1,4 +1,4 @@
-// The box that shows a text with its faulty place and the message.
+// The box that shows a text, its error span and the message.
 #include <algorithm>
 
 #include "editor/editor.h"
@@ -42,7 +42,7 @@ void Open(OrlWindow box) {
   displayed.ownEditProc = Windows()->SetWindowProc(ItemOf(box, kErrorText), ORLErrorEditProc);
 }
 
-// Selected once the box is open: before that the focus would take the whole text.
+// Selected once the box is open: before that the focus would select the whole text.
 void ShowPlace(OrlWindow box) {
   FocusItem(box, kErrorText);
   OrlSelectError(ItemOf(box, kErrorText), displayed.error);
@@ -57,8 +57,8 @@ void Help(OrlHelpProc callback) {
 }  // namespace
 
 void OrlSelectError(OrlWindow edit, const FormulaError &error) {
-  // A span may end after the text, where the edit cuts it; beyond what numbers hold it is cut
-  // here.
+  // A span may end after the text, where the edit clamps it; the sum is clamped here against
+  // overflow.
   const int64_t start = std::max(error.offset, 0);
   const int64_t end = std::min<int64_t>(start + std::max(error.length, 0), INT32_MAX);
   Select(edit, static_cast<int32_t>(start), static_cast<int32_t>(end));

@@ -1,4 +1,4 @@
-// The editor after a routine of the host, which may have changed the context.
+// Updates the editor after a host routine, which may have changed the context.
 #include <algorithm>
 #include <initializer_list>
 
@@ -16,15 +16,16 @@ bool RowShows(OrlWindow list, int32_t row, int32_t ordinal, const char *name) {
     return false;
   }
   const OwnedText text = TextOfRow(list, row);
-  return text == nullptr || SameText(text.get(), name);  // without memory it counts as unchanged
+  return text == nullptr ||
+         SameText(text.get(), name);  // when out of memory it counts as unchanged
 }
 
 bool IsHidden(EC ec, HEXP exp) {
   return (ec->flags & ORL_FLAG_LIST_ALL) == 0 && OrlIsHiddenExpression(ec, exp);
 }
 
-// True when the rows are in the order of the expressions, with their names and ordinals, and none
-// is missing that is to be listed.
+// True when the rows are in the order of the expressions, with their names and ordinals, and no
+// expression that should be listed is missing.
 bool RowsAgree(const EditorState &editor, OrlWindow list, int32_t rows) {
   EC ec = editor.ec;
   int32_t row = 1;
@@ -39,7 +40,7 @@ bool RowsAgree(const EditorState &editor, OrlWindow list, int32_t rows) {
   return row == rows;
 }
 
-// Lists the expressions again; those that had a row keep one, though a new list would hide them.
+// Lists the expressions again; those that had a row keep it, even if a new list would hide them.
 // False when out of memory.
 bool ListAnew(const EditorState &editor, OrlWindow list, int32_t rows) {
   EC ec = editor.ec;
@@ -63,8 +64,8 @@ bool ListAnew(const EditorState &editor, OrlWindow list, int32_t rows) {
   return true;
 }
 
-// Makes the row of an expression current again that the host may have taken away. The buttons that
-// act on a row go with it; where there was none, they stay as they were.
+// Makes the row of an expression current again, unless the host has removed the expression. Buttons
+// that act on a row are updated with it; without a former row they are unchanged.
 void RestoreRow(const EditorState &editor, OrlWindow list, int32_t row, HEXP exp) {
   if (row < 0) {
     return;
@@ -109,5 +110,5 @@ void OrlFollowContext(EditorState &editor) {
       current == nullptr || ORLIsNamedFormulaUsed(editor.ec, current->entry.name) == 0;
   EnableItem(editor.dialog, kEditName, free);
   EnableItem(editor.dialog, kLabelName, free);
-  OrlSetTitle(editor);  // what an expression held that is gone stays in the edits, as a new text
+  OrlSetTitle(editor);  // the text of a removed expression stays in the edits, as a new text
 }

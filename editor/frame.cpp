@@ -57,7 +57,7 @@ void ListCommand(const Command &command) {
   } else if (command.notification == ORL_LBN_SELCHANGE && command.id == kListItems) {
     OrlSyncValuesButton(command.editor, 1);
   } else if (command.notification == ORL_LBN_SELCHANGE && command.id == kListFormulas) {
-    // By a key that is none of the arrows, or by a screen reader.
+    // By a key other than the arrows, or by a screen reader.
     OrlFollowRow(command.editor, command.editor.textViewWindow != nullptr);
   }
 }

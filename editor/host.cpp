@@ -1,4 +1,4 @@
-// What a host adds to the editor, where the window system knows of one.
+// What a host adds to the editor, where the window system supports it.
 #include "editor/editor.h"
 #include "editor/window_calls.h"
 #include "engine/host_call.h"
@@ -11,7 +11,7 @@ const OrlEditorHost *Host() {
   return getHost == nullptr ? nullptr : getHost();
 }
 
-// What a host has compiled in of its record.
+// The size of the record as the host was compiled with it.
 template <class Routine>
 Routine Has(const OrlEditorHost *host, Routine OrlEditorHost::*routine) {
   const auto *entry = reinterpret_cast<const char *>(&(host->*routine));

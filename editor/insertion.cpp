@@ -14,16 +14,16 @@ namespace {
 
 constexpr int32_t kTailLimit = 40;  // a selection of that many bytes is not a tail
 
-// The selection of an edit as it fits the text that was taken from it.
+// The selection of an edit, clamped to the text that was read from it.
 Selection SelectionIn(OrlWindow edit, int32_t length) {
   const Selection selection = SelectionOf(edit);
   const int32_t start = std::clamp(selection.start, 0, length);
   return {start, std::clamp(selection.end, start, length)};
 }
 
-// What is added around an inserted text, by the tail that it replaces.
+// What is added around an inserted text, by the placeholder tail that it replaces.
 struct Surroundings {
-  const char *before;  // is put before the inserted text
+  const char *before;  // is inserted before the text
   const char *tail;    // is appended to the whole text after a blank
 };
 
@@ -79,8 +79,8 @@ void InsertFunction(const EditorState &editor, const char *name) {
   }
 }
 
-// A formula is written with parentheses. It cannot name itself, and no text can hold a range or a
-// set by its name.
+// A formula is written with parentheses. It cannot refer to itself, and no text can refer to a
+// range or a set by its name.
 void InsertFormula(EditorState &editor, const char *name) {
   HEXP exp = ORLHEXPFromName(editor.ec, name);
   if (exp == nullptr || exp == OrlCurrentExpression(editor) || NodeKindOf(exp->tree) == NODE_SET ||

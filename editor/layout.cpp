@@ -1,11 +1,11 @@
-// What moves in the editor when it opens.
+// Controls that are moved when the editor opens.
 #include "editor/editor.h"
 #include "editor/window_calls.h"
 #include "engine/context.h"
 
 namespace {
 
-// The place of a control in its dialog's client area.
+// The rectangle of a control in its dialog's client area.
 OrlRect PlaceOf(OrlWindow dialog, int32_t id) {
   OrlRect place = {0, 0, 0, 0};
   Windows()->GetWindowRect(ItemOf(dialog, id), &place);
@@ -21,7 +21,7 @@ void MoveTo(OrlWindow dialog, int32_t id, const OrlRect &place) {
 
 }  // namespace
 
-// The box of operators grows where there is a fifth one.
+// The box of operators is enlarged for a fifth one.
 void OrlLayoutOperators(const EditorState &editor) {
   EC ec = editor.ec;
   if (ec->concatAllowed == 0 && (ec->flags & ORL_FLAG_PERCENT) == 0) {

@@ -1,4 +1,4 @@
-// The texts of the three modes, and of the kinds of stored expressions: ids of strings.
+// String ids of the texts of the three modes, and of the kinds of stored expressions.
 #ifndef ORLI11_EDITOR_MODE_TEXTS_H
 #define ORLI11_EDITOR_MODE_TEXTS_H
 

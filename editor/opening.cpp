@@ -1,4 +1,4 @@
-// The opening of the editor: its state, its lists, and the text that it starts with.
+// Opening the editor: its state, its lists, and the initial text.
 #include <algorithm>
 #include <cstdio>
 #include <initializer_list>
@@ -60,7 +60,7 @@ void Intercept(EditorState &editor) {
   }
 }
 
-// Opens the values of the item that the host has named, once the editor is open.
+// Opens the values dialog for the item that the host has named, once the editor is open.
 void OpenValuesLater(const EditorState &editor) {
   const char *item = editor.valuesItem;
   int32_t row = -1;
@@ -159,7 +159,7 @@ bool OrlFindExact(OrlWindow list, const char *name, int32_t *row) {
     const auto found = static_cast<int32_t>(
         SendText(list, ORL_LB_FINDSTRING, static_cast<uintptr_t>(static_cast<intptr_t>(at)), name));
     if (found <= at) {
-      return false;  // none, or the search has come around
+      return false;  // none, or the search has wrapped around
     }
     at = found;
     const OwnedText text = TextOfRow(list, at);

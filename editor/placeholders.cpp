@@ -1,4 +1,4 @@
-// Placeholders: words in a text in the place of what the user has still to enter.
+// Placeholders: words in a text that the user still has to replace.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -24,8 +24,8 @@ bool IsPlaceholder(const EditorState &editor, const char *token) {
                      [token](const char *label) { return WRENStrEqualNoCase(token, label) != 0; });
 }
 
-// The first token from a byte on that is a placeholder; quoted text is one token. `token` has room
-// for the text.
+// The first token from a byte on that is a placeholder; quoted text is one token. `token` has
+// capacity for the text.
 Span FindWord(const EditorState &editor, const char *text, char *token, int32_t from = 0) {
   int32_t used = 0;
   while (text[used] != '\0') {
@@ -39,7 +39,8 @@ Span FindWord(const EditorState &editor, const char *text, char *token, int32_t 
   return {-1, 0};
 }
 
-// The first place of exactly these bytes, from one on, that is not in the middle of a character.
+// The first occurrence of exactly these bytes, from an offset on, that is not in the middle of a
+// character.
 Span FindBytes(const char *text, const char *pattern, int32_t from = 0) {
   const int32_t length = WRENStrLen(pattern);
   for (const char *at = text; *at != '\0'; at = CharNextA(at)) {
@@ -58,7 +59,7 @@ Span FindPlaceholder(const EditorState &editor, const char *text, char *token) {
   return found.start < 0 ? FindBytes(text, editor.anyTail) : found;
 }
 
-// By their places, words and tails alike.
+// In order of position, words and tails alike.
 Span FindFrom(const EditorState &editor, const char *text, char *token, int32_t from) {
   Span first = {-1, 0};
   for (const Span found :

@@ -1,11 +1,11 @@
-// Edits that a user can look at and scroll and not change.
+// Edits that a user can read and scroll but not change.
 #ifndef ORLI11_EDITOR_READ_ONLY_H
 #define ORLI11_EDITOR_READ_ONLY_H
 
 #include "orli11/windows.h"
 
-// True for an event that such an edit does not see: typing, and what would move the selection. The
-// Return key passes, for the default button.
+// True for an event that such an edit must not receive: typing, and what would move the selection.
+// The Return key is passed on, for the default button.
 inline bool IsKeptFromReadOnly(uint32_t message, uintptr_t wParam) {
   switch (message) {
     case ORL_WM_CHAR:

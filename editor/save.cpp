@@ -22,7 +22,7 @@ struct SaveTexts {
   OwnedText name;
 };
 
-// Questions when a text is of another kind than the mode: [mode][kind].
+// Questions to ask when a text is of another kind than the mode: [mode][kind].
 constexpr uint32_t kKindQuestions[kModeCount][kModeCount] = {
     {0, kStringRangeInFormulaMode, kStringSetInFormulaMode},
     {kStringFormulaInRangeMode, 0, kStringSetInRangeMode},
@@ -41,8 +41,8 @@ bool TakeTexts(const EditorState &editor, SaveTexts &texts) {
   return texts.text != nullptr && texts.name != nullptr;
 }
 
-// Keeps the text and its name for the reader of a block when the word at which the parse failed is
-// the name of a formula that is still to come.
+// Keeps the text and its name for the reader of a block when the word at which the parse failed
+// names a formula that has not been read yet.
 bool DeferText(const EditorState &editor, const SaveTexts &texts, const FormulaError &error) {
   FormulaRepair *repair = editor.repair;
   if (repair == nullptr || error.id != ORL_ERR_FUNC ||
@@ -61,7 +61,7 @@ bool DeferText(const EditorState &editor, const SaveTexts &texts, const FormulaE
   return true;
 }
 
-// Says what is wrong with the text or its name, and shows the place in the text.
+// Shows the error in the text or its name, and selects its span.
 void ReportFailure(const EditorState &editor, const SaveTexts &texts, FormulaError error) {
   if (error.id == ORL_ERR_NAME || error.id == ORL_ERR_DUPNAME) {
     error.offset = 0;
@@ -74,9 +74,9 @@ void ReportFailure(const EditorState &editor, const SaveTexts &texts, FormulaErr
   FocusItem(editor.dialog, kEditText);
 }
 
-// True when the text is of the kind of the mode, when the user takes it all the same, and when it
-// does not parse at all, which the save will report. Asked before anything is stored, so that a No
-// leaves everything as it is.
+// True when the text is of the mode's kind, when the user accepts it anyway, and when it does not
+// parse at all, which the save will report. Asked before anything is stored, so that a No changes
+// nothing.
 bool KindIsWanted(const EditorState &editor, const SaveTexts &texts) {
   if (!EditorHasModes(editor)) {
     return true;
@@ -98,8 +98,8 @@ bool RowIs(OrlWindow list, int32_t row, const char *name) {
   return text != nullptr && SameText(text.get(), name);
 }
 
-// Brings the list of formulas in step with a saved expression; `oldName` is null for a new one.
-// What a routine of the host has changed at the same time is left to OrlFollowContext.
+// Updates the list of formulas for a saved expression; `oldName` is null for a new one. Changes
+// that a host routine has made at the same time are left to OrlFollowContext.
 void ShowSaved(const EditorState &editor, HEXP saved, const char *oldName) {
   const int32_t ordinal = ORLGetExpressionOrdinal(editor.ec, saved);
   OrlWindow list = ItemOf(editor.dialog, kListFormulas);
@@ -123,7 +123,7 @@ HEXP ParseAndShow(EditorState &editor, const SaveTexts &texts) {
   if (!KindIsWanted(editor, texts)) {
     return nullptr;
   }
-  OrlCurrentExpression(editor);  // the question may have let the host change the context
+  OrlCurrentExpression(editor);  // the host may have changed the context during the question
   if (!OrlHostTakes(editor, texts.text.get(), texts.name.get())) {
     return nullptr;
   }

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Asks host and user whether the expression may go. Both may take their time, and the host may
+// Asks host and user whether the expression may be deleted. Both may take long, and the host may
 // change the context.
 bool DeletionIsWanted(EditorState &editor, HEXP exp) {
   const ExpressionRef asked = RefTo(exp);
@@ -26,7 +26,7 @@ bool DeletionIsWanted(EditorState &editor, HEXP exp) {
     return false;
   }
   if (!IsStored(editor.ec, asked)) {
-    return false;  // the host has done it itself
+    return false;  // the host has deleted it itself
   }
   EditorText question = LoadText(kStringDeleteQuestion);
   AppendText(question, kModeTexts[kind].word);
@@ -36,7 +36,7 @@ bool DeletionIsWanted(EditorState &editor, HEXP exp) {
   return answer == ORL_IDYES && IsStored(editor.ec, asked);
 }
 
-// Takes the row of a deleted expression out of the list; those after it keep their ordinals.
+// Removes the row of a deleted expression from the list; those after it keep their ordinals.
 void RemoveRow(OrlWindow list, int32_t ordinal) {
   const int32_t row = RowOfOrdinal(list, ordinal);
   if (row >= 0) {
@@ -53,7 +53,7 @@ void RemoveRow(OrlWindow list, int32_t ordinal) {
   SetCurrentRow(list, -1);
 }
 
-// The editor after a deletion.
+// Updates the editor after a deletion.
 void ShowDeleted(EditorState &editor, bool wasCurrent) {
   for (const int32_t button : {kButtonDelete, kButtonSelect, kButtonShowText}) {
     EnableItem(editor.dialog, button, false);
@@ -74,7 +74,7 @@ void OrlSelectFormula(EditorState &editor) {
   if (CurrentRow(list) < 0 || (OrlIsModified(editor) && !OrlAskSave(editor))) {
     return;
   }
-  const int32_t chosen = CurrentRow(list);  // a save may have moved it, or the host taken it away
+  const int32_t chosen = CurrentRow(list);  // a save may have moved it, or the host deleted it
   OrlSetCurrentExpression(editor, ExpressionOfRow(editor, list, chosen));
   const bool isNew = editor.currentExp == nullptr;
   if (!isNew) {

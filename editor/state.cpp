@@ -1,4 +1,4 @@
-// The state of the editor: which one is open, what it shows, and what is so of an expression.
+// The state of the editor: which one is open, what it shows, and properties of expressions.
 #include "editor/editor.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
@@ -7,8 +7,7 @@
 namespace {
 
 // The state of the editor that this thread has open, on the stack of its entry; null without one.
-// Thread-local data hold no more than this, as there is little space for them in a library that is
-// loaded late.
+// No more is thread-local, as a library that is loaded late has little space for thread-local data.
 thread_local EditorState *openEditor;
 
 }  // namespace

@@ -17,7 +17,7 @@
 
 namespace {
 
-// A text that is written into a buffer of `size` bytes as far as it fits, and counted whole.
+// Output to a buffer of `size` bytes: written as far as it fits, counted in full.
 struct BoundedText {
   char *buffer;
   int32_t size;

@@ -1,5 +1,5 @@
-// What the editor tells a window system about the text that is being written. Texts that come from
-// there are those of the edit, and lists are named by their ids.
+// What a window system can query about the text that is being written. It passes the text of the
+// edit, and lists by their ids.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -23,7 +23,7 @@ int32_t FindPlaceholder(const char *text, int32_t from, int32_t *start, int32_t 
   return editor != nullptr && OrlFindPlaceholder(*editor, text, from, start, end) ? 1 : 0;
 }
 
-// As in "Number", or "Set: String" for what is no formula.
+// As in "Number", or "Set: String" for a set or range.
 void TellType(int32_t kind, uint16_t dataType, OrlTextState *state) {
   const char *type = OrlTypeLabel(dataType);
   if (kind == kModeFormula) {

@@ -37,7 +37,7 @@ void CloseView(EditorState &editor, OrlWindow view) {
   OrlEnableShowText(editor);
 }
 
-// The view is destroyed without having been closed: with the editor, or by a routine of the host.
+// The view is destroyed without having been closed: with the editor, or by a host routine.
 void ForgetView(EditorState &editor, OrlWindow view) {
   if (editor.textViewWindow == view) {
     editor.textViewWindow = nullptr;

@@ -1,5 +1,5 @@
-// The values dialog: values of the selected data item, listed by the host, which go into the text
-// as literals.
+// The values dialog: values of the selected data item, listed by the host, which are inserted into
+// the text as literals.
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -47,8 +47,8 @@ OwnedText DateLiteral(const EditorState &editor, const char *text) {
   return literal;
 }
 
-// What the formula language wants for a listed value, in a block of its own; null when the value
-// is inserted as it is listed.
+// The literal for a listed value, in a block of its own; null when the value is inserted as it is
+// listed.
 OwnedText LiteralOf(const EditorState &editor, const char *text) {
   if (editor.itemValueType == ORL_TYPE_DATE) {
     return DateLiteral(editor, text);
@@ -76,7 +76,7 @@ void InsertValue(const EditorState &editor, OrlWindow window) {
 
 // ---- The window ---------------------------------------------------------------------------------
 
-// Beside the list of functions, and moved back where that would leave the screen.
+// Placed beside the list of functions, and moved back where that would be off the screen.
 void PlaceWindow(const EditorState &editor, OrlWindow window) {
   const OrlWindowSystem &windows = *Windows();
   OrlRect own = {};
@@ -110,7 +110,7 @@ void Close(EditorState &editor, OrlWindow window) {
   Windows()->DestroyWindow(window);
 }
 
-// The dialog is destroyed without having been closed: with the editor, or by a routine of the host.
+// The dialog is destroyed without having been closed: with the editor, or by a host routine.
 void Forget(EditorState &editor, OrlWindow window) {
   if (editor.valuesWindow == window) {
     editor.valuesWindow = nullptr;

@@ -1,5 +1,5 @@
-// Short forms of the window system's operations, for the code of dialogs. A window system must be
-// in force.
+// Short forms of the window system's operations, for the code of dialogs. Requires a current window
+// system.
 #ifndef ORLI11_EDITOR_WINDOW_CALLS_H
 #define ORLI11_EDITOR_WINDOW_CALLS_H
 
@@ -50,7 +50,8 @@ inline void SetCurrentRow(OrlWindow list, int32_t row) {
   Send(list, ORL_LB_SETCURSEL, static_cast<uintptr_t>(static_cast<intptr_t>(row)));
 }
 
-// Inserts a row with its data, -1 for the end. The row's index, or negative when out of memory.
+// Inserts a row with its data, -1 for the end. Returns the row's index, or a negative value when
+// out of memory.
 inline int32_t InsertRow(OrlWindow list, int32_t row, const char *text, int32_t data) {
   const auto place = static_cast<uintptr_t>(static_cast<intptr_t>(row));
   const auto inserted = static_cast<int32_t>(SendText(list, ORL_LB_INSERTSTRING, place, text));

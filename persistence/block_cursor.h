@@ -11,24 +11,24 @@ struct BlockCursor {
   bool ok;           // cleared for good when the block is too short
 };
 
-// Whether the block may end after what is taken.
+// Whether the block may end after the bytes that are read.
 enum class BlockEnd : uint8_t { Refused, Allowed };
 
-// Takes that many bytes; null, with ok cleared, when the block is too short.
+// Reads that many bytes; null, with ok cleared, when the block is too short.
 const char *TakeBytes(BlockCursor &cursor, int64_t count, BlockEnd end);
 
-// Takes a text with its zero byte; the text stays in the block. Null, with ok cleared, when it does
-// not end in the block.
+// Reads a terminated string, in place. Null, with ok cleared, when it does not end inside the
+// block.
 const char *TakeText(BlockCursor &cursor, BlockEnd end);
 
-// Takes a formula row: its text, then its name. False, with ok cleared, when it does not end
-// in the block.
+// Reads a formula row: its text, then its name. False, with ok cleared, when it does not end inside
+// the block.
 bool TakeFormulaRow(BlockCursor &cursor, const char **text, const char **name);
 
-// The 16 bits at the cursor, which stays; -1 when fewer are left.
+// The 16 bits at the cursor, which is not moved; -1 when fewer are left.
 int32_t PeekTag(const BlockCursor &cursor);
 
-// Takes tag and count of a section. A count below 1 means no rows.
+// Reads tag and count of a section. A count below 1 means no rows.
 int32_t TakeSectionHeader(BlockCursor &cursor);
 
 #endif

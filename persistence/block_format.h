@@ -1,4 +1,4 @@
-// The stored form of a context: what the reader knows beyond the public layout of version 3.
+// The stored form of a context: what the reader needs besides the public layout of version 3.
 #ifndef ORLI11_PERSISTENCE_BLOCK_FORMAT_H
 #define ORLI11_PERSISTENCE_BLOCK_FORMAT_H
 

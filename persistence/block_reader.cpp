@@ -16,8 +16,8 @@ namespace {
 struct VersionRules {
   int32_t start;       // offset of the operator area
   int32_t inputSize;   // fixed bytes of an input row
-  bool functions;      // has a section of functions, which is stepped over
-  bool reportAverage;  // the inputs take the subclass that ReportAverage asks for
+  bool functions;      // has a section of functions, which is skipped
+  bool reportAverage;  // inputs get the subclass that ReportAverage requires
   bool loadsInOrder;   // no reference to a later formula, no repair
 };
 
@@ -33,7 +33,7 @@ struct BlockLoad {
   int32_t version;
   const VersionRules *rules;
   BlockCursor cursor;
-  bool renaming;  // version 0: a name was a date unit, and the formulas have to follow
+  bool renaming;  // version 0: a name was a date unit, so the formulas must be updated
   OrlErrorProc errorProc;
   const LoadDialogs &dialogs;
 };
@@ -42,7 +42,7 @@ void *LookUp(EC ec, const char *routineName) {
   return CallHost([=] { return ec->lookupProc(routineName); });
 }
 
-// Takes over an operator name; false when out of memory or the host does not know it.
+// Stores an operator name; false when out of memory or when the host rejects it.
 bool SetOperator(EC ec, OperatorGroup group, int32_t type, const char *name) {
   OwnedText copy = CopyText(name);
   if (copy == nullptr) {
@@ -137,7 +137,7 @@ bool ReadInput(BlockLoad &load) {
   return routine != nullptr;
 }
 
-// In blocks of before ReportAverage knew its items' subclass, all items have that one.
+// In blocks written before ReportAverage used the subclass of items, all items have that one.
 void TakeReportAverageClass(EC ec) {
   const ExprItem *function = ItemFind(&ec->functions, "ReportAverage");
   if (function == nullptr || function->paramCount == 0) {
@@ -196,8 +196,7 @@ bool ReadFormulas(BlockLoad &load) {
                             load.dialogs) == LoadEnd::Complete;
 }
 
-// The sections after the operator area, where there are any. What follows the last known one is not
-// read.
+// The sections after the operator area, if any. What follows the last known one is not read.
 bool ReadSections(BlockLoad &load, bool loadFormulas) {
   if (PeekTag(load.cursor) == ORL_BLOCK_TAG_INPUTS && !ReadInputs(load)) {
     return false;

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The host's buffer as far as it is filled. What does not fit is left out and sets the mark.
+// The filled part of the host's buffer. What does not fit is omitted and sets `overflow`.
 struct BlockTarget {
   uint8_t *buffer;
   int64_t capacity;
@@ -36,7 +36,7 @@ void PutText(BlockTarget &target, const char *text) {
   PutBytes(target, text == nullptr ? "" : text, TextSize(text));
 }
 
-// The elements of a table that hold a row; a load that failed may have left an empty one.
+// The number of elements that hold a row; a failed load may have left an empty one.
 template <typename Row, typename Visit>
 void ForEachRow(HandleArray table, Visit visit) {
   for (uint32_t i = 0; i < HandleArrayRows(table); i++) {
@@ -103,7 +103,7 @@ void PutInputs(BlockTarget &target, HandleArray inputs) {
   });
 }
 
-// The first row that does not fit is the last.
+// Writing ends at the first row that does not fit.
 void PutFormulas(BlockTarget &target, HandleArray expressions) {
   const uint16_t count = CountRows<Expression>(expressions);
   if (count == 0 || target.overflow || !PutHeader(target, ORL_BLOCK_TAG_FORMULAS, count)) {

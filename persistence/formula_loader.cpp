@@ -1,12 +1,12 @@
-// The formulas of a block may be stored in any order. Those that refer to one that is not parsed
-// yet are deferred and tried again, pass after pass in stored order, until all are parsed.
+// The formulas of a block may be stored in any order. Formulas that refer to one that is not parsed
+// yet are deferred and parsed again, pass after pass in stored order, until all are parsed.
 //
-// A deferred formula waits for the row whose name it calls, and is scheduled for a pass only once
-// there is a formula of that name: before, it would fail as it did. So the passes do what they
-// would do if each tried every formula. Formulas that call very many others which come up one by
-// one would still be parsed again for each. When so many bytes have been parsed again, texts are
-// only scanned, from the call just resolved on, and a formula is scheduled when every formula that
-// it calls is there, or when nothing else is left to try.
+// A deferred formula waits for the row whose name it calls, and is scheduled for a pass only once a
+// formula of that name exists: before, it would fail again. So the result is the same as if each
+// pass tried every formula. A formula that calls very many others would still be parsed again for
+// each of them. So after kMostRetriedBytes bytes have been parsed again, texts are only scanned,
+// from the call just resolved on, and a formula is scheduled when every formula that it calls
+// exists, or when nothing else is left to try.
 #include "persistence/formula_loader.h"
 
 #include <algorithm>
@@ -23,7 +23,7 @@ namespace {
 
 constexpr int32_t kRowsPerWord = 64;
 
-// How many bytes are parsed again in a load before texts are only scanned.
+// The bytes that a load parses again before texts are only scanned.
 constexpr int64_t kMostRetriedBytes = int64_t{1} << 20;
 
 struct FormulaLoad {
@@ -31,14 +31,14 @@ struct FormulaLoad {
   OrlErrorProc errorProc;
   const LoadDialogs *dialogs;
   PendingNames names;
-  Owned<uint64_t> thisPass;  // a bit for each row that the running pass still tries
+  Owned<uint64_t> thisPass;  // a bit for each row that the current pass still tries
   Owned<uint64_t> nextPass;  // the same for the next pass
   int32_t words;             // of each
   Owned<HEXP> sorted;        // capacity for all rows' expressions
   int32_t current;           // the row that is being parsed
   int32_t deferred;          // rows that are deferred
   int64_t retried;           // bytes that were parsed again
-  int64_t steps;             // that searches for cycles may still take
+  int64_t steps;             // left to searches for cycles
   bool passedOver;           // a row waits for another formula without having been parsed again
   bool reordered;            // a row was parsed out of stored order
   bool cycle;                // nothing is left but formulas that wait for each other
@@ -55,8 +55,8 @@ void WaitFor(PendingRow &awaited, PendingRow &row) {
   awaited.waiting = &row;
 }
 
-// The row that a row whose call was resolved waits for next without being tried, or null when it is
-// to be tried.
+// For a row whose call was resolved: the row that it waits for next, or null when it should be
+// parsed.
 PendingRow *NextAwaited(FormulaLoad &load, PendingRow &row) {
   if (load.retried < kMostRetriedBytes) {
     return nullptr;
@@ -66,8 +66,8 @@ PendingRow *NextAwaited(FormulaLoad &load, PendingRow &row) {
   return another;
 }
 
-// Schedules the rows that wait for this one: for this pass where it still reaches them. `all`
-// schedules each, also those that are known to call a formula that is not there.
+// Schedules the rows that wait for this one, for the current pass where it still reaches them.
+// `all` also schedules those that are known to call a formula that does not exist yet.
 void Reschedule(FormulaLoad &load, PendingRow &awaited, bool all) {
   PendingRow *row = awaited.waiting;
   awaited.waiting = nullptr;
@@ -112,7 +112,7 @@ void Defer(FormulaLoad &load, PendingRow &row, const char *text) {
   row.text = text;
 }
 
-// The same for a text of the editor's, in a block of its own.
+// The same for a text from the editor, in a block of its own.
 void DeferOwned(FormulaLoad &load, PendingRow &row, OwnedText text) {
   Defer(load, row, text.get());
   ReplaceBlock(row.owned, std::move(text));
@@ -129,7 +129,8 @@ void Settle(FormulaLoad &load, PendingRow &row, HEXP exp) {
   RescheduleWaitingFor(load, exp->entry.name);
 }
 
-// Lets the user repair a formula. Whatever was done meanwhile, every formula may parse now.
+// Lets the user repair a formula. Since the user may have changed anything, every formula may parse
+// afterwards.
 void Repair(FormulaLoad &load, PendingRow &row, const char *text, const FormulaError &error) {
   FormulaRepair repair = {text, text + std::strlen(text) + 1, error, &load.names, nullptr};
   HEXP repaired = load.dialogs->repair(load.ec, repair, load.dialogs->data);
@@ -183,7 +184,7 @@ void FirstPass(FormulaLoad &load, BlockCursor &cursor, int32_t count) {
   }
 }
 
-// Ends when all is parsed, and when nothing more can be: formulas refer to each other in a cycle.
+// Ends when all rows are parsed, or when none can be: formulas refer to each other in a cycle.
 void RetryPasses(FormulaLoad &load) {
   while (load.ok && load.deferred != 0) {
     std::swap(load.thisPass, load.nextPass);
@@ -201,7 +202,7 @@ void RetryPasses(FormulaLoad &load) {
       tried++;
     }
     if (tried == 0) {
-      // A row that was passed over may have another fault between two calls.
+      // A row that was skipped may have another error between two calls.
       load.ok = load.passedOver;
       load.cycle = !load.passedOver;
       load.passedOver = false;
@@ -232,7 +233,7 @@ bool RowsAreTheTable(const FormulaLoad &load) {
   return same;
 }
 
-// Puts the expressions into stored order.
+// Sorts the expressions into stored order.
 void RestoreOrder(FormulaLoad &load) {
   EC ec = load.ec;
   for (int32_t i = 0; i < load.names.count; i++) {
@@ -246,9 +247,9 @@ void RestoreOrder(FormulaLoad &load) {
   ContextChanged(ec);
 }
 
-// Allocates the rows, the bits of two passes, and what is needed to put the rows into order.
+// Allocates the rows, the bits of two passes, and what is needed to sort the rows.
 bool PrepareRows(FormulaLoad &load, int32_t count, const BlockCursor &cursor) {
-  // A row has two bytes at least, so a count beyond the block costs nothing.
+  // A row has at least two bytes, so a count beyond the block allocates nothing.
   const int64_t left = cursor.size - cursor.position;
   const auto rows = static_cast<uint32_t>(std::min<int64_t>(count, left / 2 + 1));
   const uint32_t words = rows / kRowsPerWord + 1;

@@ -11,13 +11,13 @@ enum class LoadEnd : uint8_t { Complete, Cycle, Failed };
 enum class LoadOrder : uint8_t { Stored, Parsed };
 
 // Read `count` rows of versions 2 and 3: a formula may refer to one stored after it, and one that
-// does not parse is handed to the user. At the end they stand in stored order, or as they were
-// parsed. Cycle where formulas that refer to each other in a cycle are what is left.
+// does not parse is passed to the user. Afterwards the expressions are in stored order, or in the
+// order of parsing. Returns Cycle when only formulas that refer to each other in a cycle are left.
 LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, LoadOrder order,
                      OrlErrorProc errorProc, const LoadDialogs &dialogs);
 
 // Read `count` rows of versions 0 and 1, in order. In version 0 names that are date units, and with
-// `renaming` the words of all texts, get a "_" in front.
+// `renaming` such words in all texts, get the prefix "_".
 bool LoadOldFormulas(EC ec, BlockCursor &cursor, int32_t count, bool version0, bool renaming,
                      OrlErrorProc errorProc);
 

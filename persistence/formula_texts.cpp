@@ -1,5 +1,5 @@
-// Formulas that a host hands over as texts, in any order: read as a block of formulas alone,
-// without a user who repairs them.
+// Formulas that a host passes as texts, in any order: read like a block of formulas alone, without
+// repair by a user.
 #include <algorithm>
 #include <cstring>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-// What has ended the load.
+// The reason why the load ended.
 struct Refusal {
   const char *rows;  // the formulas of the block
   int32_t wrong;     // one of them, or -1
@@ -33,7 +33,7 @@ void RefuseRest(EC /*ec*/, const char *text, const FormulaError &error, void *da
   Refuse(*static_cast<Refusal *>(data), text, error);
 }
 
-// The rows of a block; null when there is no memory. `size` receives their bytes.
+// The rows of a block; null when out of memory. `size` receives their bytes.
 OwnedText FormulaRows(const OrlFormulaText *formulas, int32_t count, int64_t &size) {
   size = 0;
   for (int32_t i = 0; i < count; i++) {
@@ -49,7 +49,7 @@ OwnedText FormulaRows(const OrlFormulaText *formulas, int32_t count, int64_t &si
   return rows;
 }
 
-// The first formula of which the context has none by its name.
+// The first formula whose name the context does not have.
 int32_t FirstMissing(EC ec, const OrlFormulaText *formulas, int32_t count) {
   int32_t missing = 0;
   while (missing < count && (TextOrEmpty(formulas[missing].name)[0] == '\0' ||

@@ -12,7 +12,7 @@ namespace {
 // Longer tokens are not unit words.
 constexpr int32_t kLongestWord = 15;
 
-// A changed word has three letters at least and a delimiter before it, or begins the text.
+// A changed word has at least three letters and follows a delimiter or begins the text.
 uint32_t RoomForRenamed(size_t length) {
   return static_cast<uint32_t>(length + length / 3 + 2);
 }

@@ -1,4 +1,4 @@
-// The formulas of versions 0 and 1: one after the other, and the first that fails ends the load.
+// The formulas of versions 0 and 1: parsed in order, and the first that fails ends the load.
 #include <cstring>
 
 #include "engine/host_call.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-// What a row is parsed as: the stored texts, or changed copies.
+// What is parsed for a row: the stored texts, or changed copies.
 struct OldFormula {
   const char *text;
   const char *name;

@@ -13,7 +13,7 @@ void ListNames(PendingNames &names) {
     const char *text = nullptr;
     const char *name = nullptr;
     if (!TakeFormulaRow(cursor, &text, &name)) {
-      return;  // the rows from here on will not be read either
+      return;  // rows from here on will not be read either
     }
     PendingRow &row = names.rows.get()[i];
     NameIndexAppend(names.index, row.entry, name);

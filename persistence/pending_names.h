@@ -1,4 +1,4 @@
-// The names of the formulas in a block, to be asked while their formulas are still being parsed.
+// The names of the formulas in a block, for lookups while the formulas are still being parsed.
 #ifndef ORLI11_PERSISTENCE_PENDING_NAMES_H
 #define ORLI11_PERSISTENCE_PENDING_NAMES_H
 
@@ -11,8 +11,8 @@
 
 // One formula row of the block, by its number.
 struct PendingRow {
-  NameEntry entry;      // its name, once the names are listed
-  HEXP parsed;          // what became of it
+  NameEntry entry;      // its name, once the names are indexed
+  HEXP parsed;          // the resulting expression
   const char *text;     // while it is deferred: its text, which the name follows
   char *owned;          // the same text when it is a block of the row's own
   PendingRow *waiting;  // rows that wait for this row's name, first of them
@@ -34,11 +34,11 @@ struct PendingNames {
   PendingNames &operator=(const PendingNames &) = delete;
 };
 
-// The first row of that name, or null. Lists the names when it is first asked.
+// The first row of that name, or null. The first lookup indexes the names.
 PendingRow *PendingRowOf(PendingNames &names, std::string_view name);
 
-// The row that is named by the next call in a text from `offset` on, of those that name nothing in
-// the context yet; `offset` is moved after that call. Null when there is no such call.
+// The row that the next call in a text, from `offset` on, refers to, where the context does not
+// have that name yet; `offset` is moved after that call. Null when there is no such call.
 PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t &offset);
 
 #endif

@@ -17,11 +17,11 @@ struct FormulaRepair {
   OwnedText deferred;
 };
 
-// What a load needs a user for. Both routines receive `data`.
+// The steps of a load that need a user. Both routines receive `data`.
 struct LoadDialogs {
   // Returns the expression that was stored instead, or null; then `deferred` may be set.
   HEXP (*repair)(EC ec, FormulaRepair &repair, void *data);
-  // Shows what ended the load, where the host has no routine for it.
+  // Shows why the load ended, when the host has no routine for it.
   void (*showError)(EC ec, const char *text, const FormulaError &error, void *data);
   void *data;
 };

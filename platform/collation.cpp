@@ -86,7 +86,7 @@ constexpr ByteLetter kLetters1252[] = {
     {0x83, 0x0192}, {0x8A, 0x0160}, {0x8C, 0x0152}, {0x8E, 0x017D}, {0x9F, 0x0178},
 };
 
-// Characters that are signs, by code point; in 932 the first row of the double-byte characters.
+// Characters that sort as signs, by code point; in 932 the first row of the double-byte characters.
 struct CodeRange {
   uint32_t first, last;
 };
@@ -119,7 +119,7 @@ struct CollationUnit {
 struct CollationWalk {
   const char *text;
   int32_t page;
-  CollationUnit second;  // of a ligature, to come next; key 0 when there is none
+  CollationUnit second;  // of a ligature, returned next; key 0 when there is none
 };
 
 template <size_t Count>
@@ -146,7 +146,7 @@ CollationUnit AsciiUnit(uint8_t byte) {
 }
 
 // The number of the character in `bytes`: the code point in UTF-8, the byte or both bytes of a pair
-// elsewhere. Bytes that are not a character keep their own number.
+// elsewhere. A byte that is not a character has its own value.
 uint32_t CharCode(const char *bytes, size_t count, int32_t page) {
   const auto first = static_cast<uint8_t>(bytes[0]);
   if (count == 1) {
@@ -185,7 +185,7 @@ bool IsSign(uint32_t code, size_t count, int32_t page) {
 
 // The unit of a character from 128 up, and the second one of a ligature.
 CollationUnit LongUnit(const char *text, size_t count, int32_t page, CollationUnit *second) {
-  // The character alone, as the case operations work on texts.
+  // The character as a string, for the case operations.
   char bytes[kLongestChar + 1] = {};
   char small[kLongestChar + 1] = {};
   std::copy_n(text, count, bytes);

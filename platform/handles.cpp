@@ -4,8 +4,8 @@
 
 #include "platform/owned.h"
 
-// What a handle points to. Its bytes are in a block of their own that may move; what that block has
-// beyond `size` is for growth.
+// What a handle points to. Its bytes are in a separate block that may move; the capacity beyond
+// `size` is for growth.
 struct MovableBlock {
   char *bytes;
   uint64_t size;
@@ -16,8 +16,8 @@ namespace {
 
 constexpr uint64_t kLargestBlock = UINT32_MAX;
 
-// Reserves `size` bytes: half as much again as there was, so that growing step by step moves each
-// byte a bounded number of times; `size` alone when memory is short for more.
+// Reserves `size` bytes: grows by half, so that growing step by step moves each byte a bounded
+// number of times; `size` alone when there is not enough memory for more.
 bool Reserve(MovableBlock *block, uint64_t size) {
   const uint64_t capacity = WRENMemSize(block->bytes);
   if (size <= capacity) {
@@ -60,7 +60,7 @@ GlobalHandle GlobalReAlloc(GlobalHandle handle, uint64_t size, uint32_t /*flags*
     return nullptr;
   }
   if (size > handle->size) {
-    // What was there before the block was made smaller may be there still.
+    // The bytes may still hold what was there before the block was shrunk.
     std::memset(handle->bytes + handle->size, 0, size - handle->size);
   }
   handle->size = size;

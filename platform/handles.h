@@ -7,28 +7,27 @@
 struct MovableBlock;
 using GlobalHandle = MovableBlock *;
 
-// Movable, with bytes that come new zeroed; the only way in which blocks are asked for here.
+// The flags of a movable block whose new bytes are zero; no others are used here.
 constexpr uint32_t kMovableZeroed = 66;
 
 // A block of `size` zeroed bytes without a lock, or null when out of memory.
 GlobalHandle GlobalAlloc(uint32_t flags, uint64_t size);
 
-// Resizes a block; bytes that come new are zero. The handle stays the same. Null when there is no
-// memory, with the block as it was. A shrink always succeeds. Growth one step at a time costs
-// amortised constant time.
+// Resizes a block; new bytes are zero. The handle stays the same. Null when out of memory, with the
+// block unchanged. Shrinking always succeeds. Growing step by step takes amortised constant time.
 GlobalHandle GlobalReAlloc(GlobalHandle handle, uint64_t size, uint32_t flags);
 
 void GlobalFree(GlobalHandle handle);
 
-// Locks nest; the address is valid until the last lock is undone.
+// Locks nest; the address is valid until the last lock is released.
 void *GlobalLock(GlobalHandle handle);
-// Undoes one lock; without a lock it has no effect.
+// Releases one lock; without a lock it has no effect.
 void GlobalUnlock(GlobalHandle handle);
 
-// The size that the block was last given, in bytes.
+// The block's size in bytes, as last requested.
 uint64_t GlobalSize(GlobalHandle handle);
 
-// Locks held, for the tests.
+// Number of locks held, for tests.
 int32_t TEST_GlobalLockCount(GlobalHandle handle);
 
 #endif

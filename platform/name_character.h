@@ -1,4 +1,4 @@
-// Which characters of Unicode names are made of.
+// The Unicode characters that names consist of.
 #ifndef ORLI11_PLATFORM_NAME_CHARACTER_H
 #define ORLI11_PLATFORM_NAME_CHARACTER_H
 

@@ -1,5 +1,6 @@
-// Owners of blocks of WRENMemAlloc. A routine that gets a block keeps it in an owner until a record
-// or the caller takes it over; records are plain and hold addresses, which their own deleters free.
+// Owners of blocks of WRENMemAlloc. A routine that allocates a block keeps it in an owner until a
+// record or the caller takes ownership; records are plain and hold addresses, which their own
+// deleters free.
 #ifndef ORLI11_PLATFORM_OWNED_H
 #define ORLI11_PLATFORM_OWNED_H
 
@@ -23,14 +24,14 @@ struct FreeBlock {
 template <class T>
 using Owned = std::unique_ptr<T, FreeBlock>;
 
-// A terminated text in a block.
+// A terminated string in a block.
 using OwnedText = Owned<char>;
 
-// A block of a host's own content.
+// A block with content defined by the host.
 using OwnedBlock = Owned<void>;
 
-// A zeroed block for `count` of T and `extra` bytes after them; null when out of memory, and
-// for more than a block can hold.
+// A zeroed block for `count` of T and `extra` bytes after them; null when out of memory, and for
+// more than the largest block.
 template <class T>
 Owned<T> Allocate(uint64_t count = 1, uint64_t extra = 0) {
   constexpr uint64_t kSize = sizeof(T);  // NOLINT(bugprone-sizeof-expression): T may be a pointer
@@ -40,10 +41,10 @@ Owned<T> Allocate(uint64_t count = 1, uint64_t extra = 0) {
   return Owned<T>(static_cast<T *>(WRENMemAlloc(static_cast<uint32_t>(count * kSize + extra))));
 }
 
-// A copy of a text; null when out of memory.
+// A copy of a string; null when out of memory.
 OwnedText CopyText(const char *text);
 
-// Gives a field that owns its block another one; what it held is freed.
+// Replaces the block that a field owns; the former one is freed.
 template <class T>
 void ReplaceBlock(T *&field, Owned<T> block = nullptr) {
   const Owned<T> old(std::exchange(field, block.release()));

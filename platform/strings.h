@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-// Copies row `id` into `buffer` of `size` bytes, cut to fit and terminated. Returns the bytes
+// Copies row `id` into `buffer` of `size` bytes, truncated to fit and terminated. Returns the bytes
 // copied without the terminator; 0, with the buffer untouched, when there is no such row.
 int32_t LoadStringA(const void *module, uint32_t id, char *buffer, int32_t size);
 

@@ -40,7 +40,7 @@ int32_t lstrcmpiA(const char *left, const char *right) {
   if (WRENStrEqualNoCase(left, right) != 0) {
     return 0;
   }
-  // Case decides between equal letters alone, and those were found equal above.
+  // Case matters only between equal letters, and those were found equal above.
   return CollateTexts(left, right, ActiveCodePage());
 }
 
@@ -73,8 +73,8 @@ uint32_t CharUpperBuffA(char *text, uint32_t length) {
   }
   uint32_t at = 0;
   while (at < length) {
-    // One character at a time, on its own: nothing ends the buffer but its length. A character that
-    // the end cuts through is a byte without case.
+    // One character at a time: the buffer has no terminator, only a length. A character that the
+    // end cuts through is treated as bytes without case.
     char character[kLongestChar + 1] = {};
     std::copy_n(text + at, std::min<size_t>(kLongestChar, length - at), character);
     const auto bytes = std::max<std::ptrdiff_t>(1, CharNextA(character) - character);

@@ -1,11 +1,11 @@
-// Text comparison, case and characters as the platform gives them, in the active code page.
+// The platform's string comparison, case and characters, in the active code page.
 #ifndef ORLI11_PLATFORM_TEXT_H
 #define ORLI11_PLATFORM_TEXT_H
 
 #include <cstdint>
 
-// The order of two texts as people of the locale read lists: letters by alphabet, small before
-// capital among equals. 0 for equal bytes only. Null is the empty text and below everything else.
+// The collation order of two strings: letters by alphabet, small before capital among equals. 0 for
+// equal bytes only. Null is the empty string and below everything else.
 int32_t lstrcmpA(const char *left, const char *right);
 // The same without regard to case.
 int32_t lstrcmpiA(const char *left, const char *right);
@@ -14,7 +14,7 @@ char *lstrcpyA(char *target, const char *source);
 char *lstrcatA(char *target, const char *source);
 int32_t lstrlenA(const char *text);
 
-// The next character; the terminator stays where it is.
+// The next character; does not move past the terminator.
 char *CharNextA(const char *text);
 
 // Upper-cases the first `length` bytes in place.
@@ -28,10 +28,10 @@ constexpr int32_t kCodePage932 = 932;
 constexpr int32_t kCodePageUtf8 = 65001;
 int32_t ActiveCodePage();
 
-// The bytes of the character that begins with this one: 1 where it begins no other.
+// The bytes of the character that begins with this byte: 1 where it is not a lead byte.
 int32_t CharacterBytes(uint8_t lead);
 
-// True when both texts hold the same bytes; lstrcmpA(left, right) == 0 at less cost.
+// True when both strings have the same bytes; as lstrcmpA(left, right) == 0, but faster.
 bool SameText(const char *left, const char *right);
 
 #endif

@@ -1,4 +1,4 @@
-// Operations of OrlWindowSystem that do the same in every window system of this project.
+// Operations of OrlWindowSystem that are the same in every window system of this project.
 #ifndef ORLI11_PLATFORM_WINDOW_OPERATIONS_H
 #define ORLI11_PLATFORM_WINDOW_OPERATIONS_H
 
@@ -8,11 +8,10 @@
 
 // `System` has the window system's type Hold, which keeps a dialog's record while a procedure runs,
 // and its routines:
-//   kFind(window)             the dialog of a window, null for an unknown one, and the control,
-//   null
-//                             for a dialog
+//   kFind(window)             the dialog of a window, null for an unknown one, and the
+//                             control, null for a dialog
 //   kControlById(dialog, id)  the control, or null, also for a null dialog
-//   kOwnProc                  the procedure of every control that has no other
+//   kOwnProc                  the default procedure of controls
 //   kSetTimer(dialog, id, milliseconds), kKillTimer(dialog, id)
 template <class System>
 struct WindowOperations {

@@ -1,5 +1,4 @@
-// The window system that is shipped with the library, a plugin of its own: loaded when it is
-// needed.
+// The window system that is shipped with the library, a plugin: loaded when it is needed.
 #include <dlfcn.h>
 #include <sys/auxv.h>
 
@@ -27,7 +26,7 @@ struct Plugin {
 std::mutex loading;
 Plugin plugin;
 
-// The plugin's table, once it has given it.
+// The plugin's table, once it is loaded.
 std::atomic<const OrlWindowSystem *> pluginSystem{nullptr};
 
 struct Problem {
@@ -44,7 +43,7 @@ bool IsSet(const char *variable) {
   return value != nullptr && *value != 0;
 }
 
-// Beside this library first, then where libraries are looked for.
+// Next to this library first, then on the library search path.
 void *OpenPlugin() {
   Dl_info self = {};
   if (dladdr(reinterpret_cast<const void *>(&ORLSetWindowSystem), &self) != 0) {
@@ -60,7 +59,7 @@ void *OpenPlugin() {
   return dlopen(kPlugin, RTLD_NOW | RTLD_LOCAL);
 }
 
-// It stays loaded: what it is made of cannot be taken out of a process again.
+// It is never unloaded: the libraries that it uses cannot be unloaded safely.
 bool LoadPlugin() {
   const std::lock_guard<std::mutex> lock(loading);
   if (plugin.system != nullptr) {
@@ -81,13 +80,14 @@ bool LoadPlugin() {
   return true;
 }
 
-// The table of the plugin, which is not changed once it is loaded; null with `problem` said.
+// The table of the plugin, which is not changed once it is loaded; null with the reason in
+// `problem`.
 const OrlWindowSystem *PluginSystem() {
   if (!IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
     Say("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set", "");
     return nullptr;
   }
-  // Where to load it from would be for whoever starts the program to say.
+  // Otherwise whoever starts the program could choose what is loaded.
   if (getauxval(AT_SECURE) != 0) {
     Say("a program with rights that its user does not have shows no dialogs", "");
     return nullptr;
@@ -108,13 +108,13 @@ const OrlWindowSystem *PluginSystem() {
 
 const OrlWindowSystem *WindowsForDialog() {
   const OrlWindowSystem *inForce = Windows();
-  // What the host has handed in is taken as it is; the plugin is asked whether it still can.
+  // A host's own table is used as it is; the plugin is asked whether it can still open windows.
   if (inForce != nullptr && inForce != pluginSystem) {
     return inForce;
   }
   const OrlWindowSystem *system = PluginSystem();
   const bool isNew = system != nullptr && inForce == nullptr;
-  // Another thread may have set it meanwhile, and have a dialog open.
+  // Another thread may have set it in the meantime, and have a dialog open.
   if (isNew && ORLSetWindowSystem(system) == 0 && Windows() != system) {
     Say(kPlugin, " is not of this library's version");
     return nullptr;

@@ -1,4 +1,4 @@
-// The window system in force.
+// The current window system.
 #include "platform/window_system.h"
 
 #include <atomic>
@@ -10,10 +10,10 @@ namespace {
 std::atomic<const OrlWindowSystem *> windowSystem{nullptr};
 std::atomic<int32_t> openDialogs{0};
 
-// The entries that every table has end before this one.
+// The required entries end before this one.
 constexpr size_t kRequired = offsetof(OrlWindowSystem, SetEditorHost);
 
-// True when every required entry of the table leads somewhere. All entries are routines.
+// True when no required entry of the table is null. All entries are routines.
 bool IsWhole(const OrlWindowSystem &table) {
   using Entry = void (*)();
   constexpr size_t kFirst = offsetof(OrlWindowSystem, DialogBoxParam);

@@ -1,13 +1,13 @@
-// The window system in force.
+// The current window system.
 #ifndef ORLI11_PLATFORM_WINDOW_SYSTEM_H
 #define ORLI11_PLATFORM_WINDOW_SYSTEM_H
 
 #include "orli11/windows.h"
 
-// What ORLSetWindowSystem was given last, or null.
+// The table last passed to ORLSetWindowSystem, or null.
 const OrlWindowSystem *Windows();
 
-// An optional operation of that system, or null. There must be one in force.
+// An optional operation of that system, or null. Requires a current window system.
 template <class Entry>
 Entry Optional(Entry OrlWindowSystem::*operation) {
   const OrlWindowSystem *system = Windows();
@@ -17,13 +17,13 @@ Entry Optional(Entry OrlWindowSystem::*operation) {
   return isThere ? system->*operation : nullptr;
 }
 
-// The same for a routine that opens a modal dialog: where the host has handed in none, the
-// library's own is loaded and is in force from then on. Null when there is none to be had. Asked
-// before DialogInUse.
+// The same for a routine that opens a modal dialog: when the host has set none, the library's own
+// is loaded and becomes the current one. Null when none is available. Call it before constructing
+// DialogInUse.
 const OrlWindowSystem *WindowsForDialog();
 
-// As long as one of these lives, the window system in force stays: whoever runs a modal dialog
-// keeps one meanwhile.
+// While one of these exists, the current window system cannot be replaced: whoever runs a modal
+// dialog holds one.
 class DialogInUse {
  public:
   DialogInUse();

@@ -44,7 +44,7 @@ void PAVNNumberToDate(const uint8_t *bytes, int32_t length, DateTimeParts *parts
   DecodeStoredDate(stored, parts);
 }
 
-// Months and days out of range carry over, so that any fields have a number; 64 bits hold every
+// Months and days out of range carry over, so that any fields have a day number; 64 bits hold every
 // intermediate value of 32-bit fields.
 int32_t PAVNDateToDays(const DateTimeParts *parts) {
   if (parts == nullptr) {

@@ -14,15 +14,15 @@
 
 constexpr int32_t kStoredLength = 10;
 
-// The bytes in the two pieces in which the payload of a value is loaded; the second has two zero
-// bytes more.
+// The bytes in the two pieces in which the payload of a value is loaded; the second is padded with
+// two zero bytes.
 struct StoredDate {
   uint32_t date;
   uint64_t time;
 };
 
-// Makes the stored form. Returns the length, or 0 with nothing made for fields that no calendar
-// has; a day that the month does not have becomes the month's last day.
+// Encodes the stored form. Returns the length, or 0 with nothing written for fields that are not in
+// the calendar; a day past the end of the month becomes the month's last day.
 inline int32_t EncodeStoredDate(StoredDate *stored, const DateTimeParts &parts) {
   if (!IsIn(parts.year, kFirstYear, kLastYear) || !IsIn(parts.month, 1, 12) ||
       !IsIn(parts.day, 1, 31) || !IsTimeReal(parts)) {
@@ -40,8 +40,8 @@ inline int32_t EncodeStoredDate(StoredDate *stored, const DateTimeParts &parts) 
   return kStoredLength;
 }
 
-// Reads the stored form; false, with all parts zero, for bytes that are not a date. Bytes after
-// the stored ones count for nothing.
+// Decodes the stored form; false, with all parts zero, for bytes that are not a date. Bytes after
+// the stored form are ignored.
 [[gnu::always_inline]] inline bool DecodeStoredDate(const StoredDate &stored,
                                                     DateTimeParts *parts) {
   const auto date = [&](int32_t place) {

@@ -1,4 +1,4 @@
-// The header of a heap block, for code that asks for the size of one block after the other.
+// The header of a heap block, for code that reads the sizes of many blocks.
 #ifndef ORLI11_CLOSED_WREN_BLOCK_H
 #define ORLI11_CLOSED_WREN_BLOCK_H
 
@@ -6,7 +6,7 @@
 #include <cstdint>
 
 struct Block {
-  uint32_t size;      // what the caller asked for; in a pool the length of its list
+  uint32_t size;      // the requested size; in a pool the length of its list
   uint32_t capacity;  // of the bytes after the header
   Block *next;        // in a list of the pool
 };

@@ -29,23 +29,23 @@ TextChar CharAt(const char *text, CodePage page);
 
 uint32_t UpperCode(uint32_t code, CodePage page);
 uint32_t LowerCode(uint32_t code, CodePage page);
-// What a word in small letters begins with: the capital, but of a letter for two sounds (dž) only
-// the first part is one, and scripts that have capitals for whole words only stay as they are.
+// Title case, for the first letter of a word in lower case: the capital, but of a digraph (dž) only
+// the first part is capital, and scripts that use capitals for whole words only are unchanged.
 uint32_t TitleCode(uint32_t code, CodePage page);
 
-// What two characters have in common that are equal but for case. (Capital of the small letter:
-// some letters have two small forms, some two capital ones.)
+// Case folding: characters that differ only in case fold to the same code. (Upper case of the lower
+// case: some letters have two small forms, some two capital ones.)
 uint32_t CaselessCode(uint32_t code, CodePage page);
 
-// Writes the bytes of a character; as many as its TextChar says.
+// Writes the bytes of a character, as many as its TextChar says.
 void WriteChar(char *target, uint32_t code, CodePage page);
 
 // True for the characters that words consist of: letters, digits and what belongs to them. False
 // for blanks, punctuation, symbols and stray bytes.
 bool IsWordCode(uint32_t code, CodePage page);
 
-// True for what does not end a word between two of its characters: the apostrophes, straight and
-// curled, and the middle dot of Catalan.
+// True for characters that do not end a word when they are inside it: the apostrophes, straight and
+// curly, and the middle dot of Catalan.
 bool JoinsLetters(uint32_t code, CodePage page);
 
 #endif

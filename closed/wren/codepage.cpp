@@ -45,7 +45,7 @@ uint8_t ByteAt(const char *text, size_t index) {
   return static_cast<uint8_t>(text[index]);
 }
 
-// A byte as a caller has it, from 0 to 255 or as a signed char; -1 for any other number.
+// A byte as a caller passes it, from 0 to 255 or as a signed char; -1 for any other number.
 int32_t ByteValue(int32_t byte) {
   if (byte < -128 || byte > 255) {
     return -1;

@@ -5,8 +5,8 @@
 //           is one of its own
 //   65001   UTF-8: a valid sequence is one character; a byte that starts none is one of its own
 //
-// A lead byte in front of the terminator is a character of one byte, so no walk by characters ever
-// steps over the terminator.
+// A lead byte before the terminator is a character of one byte, so no walk by characters steps over
+// the terminator.
 #ifndef ORLI11_CLOSED_WREN_CODEPAGE_H
 #define ORLI11_CLOSED_WREN_CODEPAGE_H
 

@@ -2,8 +2,8 @@
 //
 // A locale's settings are read once, when the locale is chosen, into a CountrySet: the settings in
 // the three code pages. A set is complete before it is published and never changes again, so
-// readers need no lock. Old sets stay, since readers may hold a record of theirs; choosing the same
-// settings again takes the old set.
+// readers need no lock. Old sets are kept, since readers may hold pointers into them; choosing the
+// same settings again reuses the old set.
 #include "closed/wren/country.h"
 
 #include <iconv.h>
@@ -58,7 +58,7 @@ constexpr Country kUnitedStates = {
 constexpr const char *kBlanks = " \t";
 
 struct Converter {
-  bool same;  // bytes stay as they are
+  bool same;  // bytes are copied unchanged
   iconv_t handle;
   bool works;
 
@@ -83,7 +83,7 @@ bool IsAscii(const char *text) {
 }
 
 // Converts `text`, without blanks at its ends, into the `size` bytes at `target` and fills the rest
-// with zeros. False, with an empty target, when the text does not fit or has no form there.
+// with zeros. False, with an empty target, when the text does not fit or cannot be converted.
 bool ConvertText(const Converter &converter, char *target, size_t size, const char *text) {
   memset(target, 0, size);
   text += strspn(text, kBlanks);
@@ -113,8 +113,8 @@ bool ConvertText(const Converter &converter, char *target, size_t size, const ch
   return done;
 }
 
-// Converts a group of names all or none, so that no two languages mix; the target keeps what it had
-// when a name has no form there. A ";" would part a name in the LocaleBlock.
+// Converts a group of names, all or none, so that languages are not mixed; the target is unchanged
+// when a name cannot be converted. A ";" would split a name in the LocaleBlock.
 template <size_t Count, size_t Size>
 void ConvertNames(const Converter &converter, char (&target)[Count][Size],
                   const char *const (&texts)[Count]) {
@@ -147,8 +147,8 @@ void SetSeparator(char (&target)[Size], char mark) {
 }
 
 // A thousands separator that the code page does not have becomes a blank, as nearly all of these
-// are kinds of thin blanks. A decimal separator becomes a full stop, since digits that a blank
-// parts are two numbers to a reader; thousands parted by a full stop then get a comma.
+// are kinds of thin blanks. A decimal separator becomes a full stop, since digits separated by a
+// blank read as two numbers; a thousands separator that is a full stop then becomes a comma.
 template <size_t Size>
 void ConvertSeparators(const Converter &converter, char (&decimal)[Size], char (&thousands)[Size],
                        const char *decimalText, const char *thousandsText) {
@@ -186,7 +186,7 @@ bool IsBuiltInName(const char *name) {
   return strcmp(name, "C") == 0 || strcmp(name, "POSIX") == 0 || strncmp(name, "C.", 2) == 0;
 }
 
-// What the letters of a locale's date or time format mean, in the order of their appearance.
+// The meanings of the letters of a locale's date or time format, in order of appearance.
 struct FormatLetters {
   char letters[32];
   char separator;  // the first of `separators` after the first letter; 0: none
@@ -281,7 +281,7 @@ void ReadGrouping(const char *sizes, uint8_t (&grouping)[4], char (&separator)[8
   bool more = true;
   for (uint8_t &target : grouping) {
     if (more && *sizes != 0) {
-      // The largest and the negative number both say that no group follows.
+      // The largest and the negative number both mean that no group follows.
       more = *sizes > 0 && *sizes < CHAR_MAX;
       size = more ? static_cast<uint8_t>(*sizes++) : 0;
     }
@@ -337,8 +337,8 @@ constexpr Category kCategories[] = {
     {LC_MONETARY_MASK, _NL_LOCALE_NAME(LC_MONETARY), ReadMoney},
 };
 
-// Reads the settings of a locale, in UTF-8. A category that is the C locale's keeps the built-in
-// settings, and so does one whose locale is not installed when the environment chose it ("").
+// Reads the settings of a locale, in UTF-8. A category set to the C locale keeps the built-in
+// settings, and so does one whose locale the environment chose ("") but is not installed.
 bool ReadLocale(const char *name, Country &country) {
   country = kUnitedStates;
   for (const Category &category : kCategories) {
@@ -399,12 +399,12 @@ void FillSet(CountrySet &set, const Country &source) {
   ConvertCountry(source, "UTF-8", set.inCodePage[2]);
 }
 
-std::mutex changing;                         // guards the making of sets
-std::atomic<CountrySet *> newest = nullptr;  // all sets made so far
-CountrySet firstSet;  // needs no memory, so the first choice cannot fail for lack of it
+std::mutex changing;                         // guards the creation of sets
+std::atomic<CountrySet *> newest = nullptr;  // all sets created so far
+CountrySet firstSet;                         // needs no allocation, so the first choice cannot fail
 std::atomic<CountrySet *> current = nullptr;
 
-// The set of these settings, made when there is none yet; null when out of memory. The caller
+// The set of these settings, created when there is none yet; null when out of memory. The caller
 // holds `changing`.
 CountrySet *SetOf(const Country &source) {
   for (CountrySet *set = newest.load(std::memory_order_relaxed); set != nullptr; set = set->older) {
@@ -426,7 +426,8 @@ CountrySet *SetOf(const Country &source) {
   return set;
 }
 
-// Publishes the set of a locale. False, with nothing changed, when there is none or no memory.
+// Publishes the set of a locale. False, with nothing changed, when there is no such locale or when
+// out of memory.
 bool Choose(const char *localeName) {
   Country country;
   if (!ReadLocale(localeName, country)) {
@@ -440,7 +441,7 @@ bool Choose(const char *localeName) {
   return true;
 }
 
-// Chooses the environment's settings unless a choice has been made meanwhile.
+// Chooses the environment's settings unless settings have been chosen in the meantime.
 const CountrySet &FirstChoice() {
   const std::lock_guard<std::mutex> lock(changing);
   if (current.load(std::memory_order_acquire) == nullptr) {

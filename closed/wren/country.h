@@ -6,8 +6,7 @@
 
 enum class DateOrder : int32_t { MonthDayYear = 0, DayMonthYear = 1, YearMonthDay = 2 };
 
-// One country's settings. After their terminators texts are zero bytes, so equal settings are equal
-// records.
+// One country's settings. Strings are padded with zero bytes, so equal settings are equal records.
 struct Country {
   DateOrder dateOrder;
   char dateSeparator[8];  // one of - . /
@@ -22,7 +21,7 @@ struct Country {
   uint8_t grouping[4];         // digits of the groups from the point outward; the last one repeats,
                                // and a 0 ends the grouping
   char currencySign[24];
-  char currencyCode[8];  // the three letters of the currency, for where the sign has no form
+  char currencyCode[8];  // the currency's three letters, for code pages without its sign
   char currencyDecimalSeparator[8];
   char currencyThousandsSeparator[8];
   uint8_t currencyGrouping[4];
@@ -35,7 +34,7 @@ struct Country {
   bool operator==(const Country &) const = default;
 };
 
-// The conventions of the United States, in ASCII: the names that are always understood.
+// The conventions of the United States, in ASCII; these names are always accepted.
 const Country &CountryBuiltIn();
 
 // The settings in force, in the active code page. The record is never changed or freed.

@@ -1,5 +1,5 @@
-// Dates to text. A picture is read element by element, by the rows of kLetters, and each element
-// writes its field; the country settings write by a picture that is put together from them.
+// Formats dates. A picture is read element by element, by the rows of kLetters, and each element
+// writes its field; for the country settings a picture is built from them.
 #include "closed/wren/date_format.h"
 
 #include <cstring>
@@ -18,7 +18,7 @@ enum class Field : uint8_t {
   Literal,        // `text` unchanged
   Year,           // 2 or 4 digits
   Month,          // 1, 2: number; 3, 4: name
-  MonthOrMinute,  // only until NextElement has looked around
+  MonthOrMinute,  // only until NextElement has seen its neighbours
   Day,            // 1, 2: number; 3, 4: name of the weekday
   Hour24,
   Hour,  // to 12 when the picture has a marker, else to 24
@@ -55,8 +55,8 @@ bool IsLetter(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-// A literal in quotes at `at`. Of two quotes inside, which mean one, the first ends this
-// literal and belongs to it, and the second opens the next.
+// A quoted literal at `at`. A doubled quote, which means one, is read as the end of this literal,
+// which includes it, and the start of the next.
 Element ReadQuoted(const char *&at, CodePage page) {
   const char quote = *at;
   const char *first = ++at;
@@ -119,7 +119,7 @@ Element ReadElement(const char *&at, CodePage page) {
 struct PictureWalk {
   const char *at;
   CodePage page;
-  Field previous;  // the last field that was no marker
+  Field previous;  // the last field that was not a marker
 };
 
 bool IsBetweenFields(Field field) {
@@ -153,7 +153,7 @@ struct PictureFacts {
   bool hasMarker;
 };
 
-// Good is a picture without a bad element and with at least one field.
+// A picture is good when it has no bad element and at least one field.
 PictureFacts ReadPicture(const char *picture) {
   PictureFacts facts = {false, false};
   PictureWalk walk = {picture, CodePageNow(), Field::End};
@@ -228,7 +228,7 @@ void AppendHour(DateWriter &writer, int32_t count, bool clock12) {
 }
 
 // The marker of the half of the day: "AM/PM" as the country has it, "am/pm" in small letters, and
-// with one letter its first character, or A and P where these are the same.
+// for a one-letter marker its first character, or A and P where these are the same.
 void AppendMarker(DateWriter &writer, std::string_view form) {
   const bool small = form[0] == 'a';
   std::string_view names[2] = {NameOfList(writer.markers, 0), NameOfList(writer.markers, 1)};
@@ -306,7 +306,7 @@ void AppendElement(DateWriter &writer, const Element &element) {
 constexpr size_t kCountryPictureSize = 40;
 
 void AppendText(char *picture, const char *text) {
-  // The pictures put together here are far shorter than that.
+  // The pictures built here are far shorter than that.
   strncat(picture, text, kCountryPictureSize - strlen(picture) - 1);
 }
 

@@ -1,4 +1,4 @@
-// Date text by a picture or by the country settings.
+// Formats dates by a picture or by the country settings.
 #ifndef ORLI11_CLOSED_WREN_DATE_FORMAT_H
 #define ORLI11_CLOSED_WREN_DATE_FORMAT_H
 

@@ -1,4 +1,4 @@
-// Text to dates and times.
+// Parses dates and times.
 //
 //   date    N s N s N           12/31/1999, 31.12.1999, 1999-12-31; s is one of - . / : and
 //                               backslash, twice the same
@@ -13,8 +13,8 @@
 // These forms are strict because the scanner offers every run of numbers, points and signs as a
 // date: «2-1.5», «1.5-0.5» and «12/31/1999-1» are arithmetic.
 //
-// Each routine reads its part at the cursor, moves past it and returns 1; on 0 the whole reading
-// has failed. Every reading scans the text once, and there is a fixed number of readings.
+// Each routine reads its part at the cursor, moves past it and returns 1; on 0 the whole attempt
+// has failed. Each attempt scans the text once, and the number of attempts is fixed.
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -47,7 +47,7 @@ struct Number {
   int32_t digits;
 };
 
-constexpr int32_t kMostDigits = 9;  // of a number in a date; more would be beyond every year
+constexpr int32_t kMostDigits = 9;  // of a number in a date; more would exceed every year
 constexpr size_t kWordSize = 48;
 
 bool IsBlank(char c) {
@@ -62,7 +62,7 @@ bool IsSeparator(char c) {
 bool IsTimeSeparator(char c) {
   return c == '.' || c == ':';
 }
-// Letters beyond ASCII are left to the comparison with the names.
+// Letters outside ASCII are handled by the comparison with the names.
 bool IsWordByte(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c < 0;
 }
@@ -80,7 +80,7 @@ bool SkipBlanks(Cursor &cursor) {
   return cursor.at > start;
 }
 
-// A run of more digits than any part of a date has is given up at once, zeros or not.
+// A run of more digits than any part of a date has fails at once, even if they are zeros.
 bool ReadNumber(Cursor &cursor, Number &number) {
   number = {0, 0};
   while (IsDigit(Peek(cursor))) {
@@ -93,7 +93,7 @@ bool ReadNumber(Cursor &cursor, Number &number) {
   return number.digits > 0;
 }
 
-// The digits after a decimal point as microseconds; what is finer is cut.
+// The digits after a decimal point as microseconds; further digits are dropped.
 bool ReadFraction(Cursor &cursor, int32_t &microseconds) {
   microseconds = 0;
   const char *start = cursor.at;
@@ -150,8 +150,8 @@ int32_t MonthOfBeginning(const char *list, const char *word) {
   return found;
 }
 
-// Reads a month's name: the country's or the English one, whole or its first three or more letters.
-// A whole name or usual abbreviation takes precedence over a beginning.
+// Reads a month's name: the country's or the English one, whole or a prefix of at least three
+// letters. A whole name or usual abbreviation takes precedence over a prefix.
 bool ReadMonth(Cursor &cursor, const Conventions &conventions, Number &month) {
   const char *start = cursor.at;
   while (IsWordByte(Peek(cursor))) {
@@ -253,8 +253,8 @@ bool MakeDate(const Number &year, const Number &month, const Number &day,
   return IsDateReal(parts);
 }
 
-// Three numbers are in the country's order, but a number of three or more digits in front or at
-// the end can only be the year.
+// Three numbers are in the country's order, but a first or last number of three or more digits can
+// only be the year.
 bool MakeNumericDate(const Number (&n)[3], const Conventions &conventions, DateTimeParts &parts) {
   if (n[0].digits > 2) {
     return MakeDate(n[0], n[1], n[2], conventions, parts);
@@ -268,14 +268,15 @@ bool MakeNumericDate(const Number (&n)[3], const Conventions &conventions, DateT
   return MakeDate(n[2], n[0], n[1], conventions, parts);
 }
 
-// A date with the month's name has the day first, unless the first number can only be the year.
+// In a date with the month's name the day comes first, unless the first number can only be the
+// year.
 bool MakeNamedDate(const Number &first, const Number &month, const Number &last,
                    const Conventions &conventions, DateTimeParts &parts) {
   return first.digits > 2 ? MakeDate(first, month, last, conventions, parts)
                           : MakeDate(last, month, first, conventions, parts);
 }
 
-// What parts the last number of a date with the month's name: a comma, blanks, or both.
+// The separator before the last number of a date with the month's name: a comma, blanks, or both.
 bool SkipTail(Cursor &cursor) {
   const bool comma = Peek(cursor) == ',';
   cursor.at += comma ? 1 : 0;
@@ -288,7 +289,7 @@ bool SkipByte(Cursor &cursor, char byte) {
   return found;
 }
 
-// Reads a month's name that may be abbreviated by a point, as in "Jan. 12, 1999".
+// Reads a month's name, possibly abbreviated with a point, as in "Jan. 12, 1999".
 bool ReadWrittenMonth(Cursor &cursor, const Conventions &conventions, Number &month) {
   if (!ReadMonth(cursor, conventions, month)) {
     return false;
@@ -307,8 +308,8 @@ bool ReadMonthFirst(Cursor &cursor, const Conventions &conventions, DateTimePart
          MakeDate(year, month, day, conventions, parts);
 }
 
-// N s N s N, from the second number on. With a ":" it is a time and no date when the whole text can
-// be one.
+// N s N s N, from the second number on. With a ":" it is a time and not a date when the whole text
+// can be a time.
 bool ReadNumericDate(Cursor &cursor, const Cursor &start, char separator, Number (&numbers)[3],
                      const Conventions &conventions, DateTimeParts &parts) {
   return ReadNumber(cursor, numbers[1]) && SkipByte(cursor, separator) &&

@@ -9,12 +9,12 @@
 
 namespace {
 
-// Intermediate results that 128 bits do not hold: 192 bits, the lowest limb first.
+// Intermediate results that exceed 128 bits: 192 bits, the lowest limb first.
 struct Wide {
   uint64_t limb[3];
 };
 
-// Adds value * 2^(64 * place); the sum fits.
+// Adds value * 2^(64 * place); the sum must fit.
 void WideAdd(Wide *w, Uint128 value, int32_t place) {
   for (; place < 3 && value != 0; ++place) {
     value += w->limb[place];
@@ -53,8 +53,8 @@ struct QuotientRest {
 };
 
 // (high * 2^64 + low) / divisor for a divisor above `high`, so that the quotient fits. The
-// processor divides 128 bits by 64 in one instruction; the language has no expression for it, and
-// its general division is several times slower.
+// processor divides 128 bits by 64 in one instruction; C++ has no expression for it, and the
+// general division is several times slower.
 inline QuotientRest DivideNarrow(uint64_t high, uint64_t low, uint64_t divisor) {
 #if defined(__x86_64__)
   uint64_t quotient = 0;
@@ -98,8 +98,8 @@ void WideDivide(Wide *w, uint64_t divisor) {
 
 // +-w * 10^exponent, rounded.
 bool WideRounded(Decimal *result, Wide w, int32_t exponent, bool negative) {
-  // Above 128 bits there are 39 digits or more. Twelve of them may be cut: 27 stay, one more than
-  // is kept, and that one decides the rounding.
+  // Above 128 bits there are 39 digits or more. Twelve of them may be dropped: 27 remain, one more
+  // than is kept, and that one decides the rounding.
   constexpr int32_t kCut = 12;
   for (; w.limb[2] != 0; exponent += kCut) {
     WideDivide(&w, kPowersOfTen64.of[kCut]);
@@ -108,10 +108,10 @@ bool WideRounded(Decimal *result, Wide w, int32_t exponent, bool negative) {
   return DecimalRounded(result, c, exponent, negative);
 }
 
-// One way to take zeros off the end of a coefficient. A number is divisible by 5^n exactly when its
-// product with the inverse of 5^n modulo 2^128 is at most (2^128 - 1) / 5^n, and that product is
-// then the quotient (Granlund and Montgomery, "Division by Invariant Integers using
-// Multiplication", section 9).
+// Removes trailing zeros from a coefficient. A number is divisible by 5^n exactly when its product
+// with the inverse of 5^n modulo 2^128 is at most (2^128 - 1) / 5^n, and that product is then the
+// quotient (Granlund and Montgomery, "Division by Invariant Integers using Multiplication", section
+// 9).
 struct ZeroStep {
   int32_t zeros;
   Uint128 inverse;
@@ -123,7 +123,7 @@ constexpr ZeroStep MakeZeroStep(int32_t zeros) {
   for (int32_t i = 0; i < zeros; ++i) {
     divisor *= 5;
   }
-  Uint128 inverse = divisor;  // right in the last three bits; each step doubles them
+  Uint128 inverse = divisor;  // correct in the last three bits; each step doubles them
   for (int32_t bits = 3; bits < 128; bits *= 2) {
     inverse *= 2 - divisor * inverse;
   }
@@ -134,7 +134,7 @@ constexpr ZeroStep MakeZeroStep(int32_t zeros) {
 constexpr ZeroStep kZeroSteps[] = {MakeZeroStep(16), MakeZeroStep(8), MakeZeroStep(4),
                                    MakeZeroStep(2), MakeZeroStep(1)};
 
-// One zero after the other: results of 64 bits end in few.
+// One zero at a time: 64-bit results end in few.
 void StripNarrow(uint64_t *c, int32_t *exponent) {
   while (*exponent < 0) {
     const uint64_t quotient = std::rotr(*c * UINT64_C(0xCCCCCCCCCCCCCCCD), 1);
@@ -181,7 +181,7 @@ bool AddFarApart(Decimal *result, const Decimal &a, const Decimal &b) {
   return WideRounded(result, w, b.exponent, a.coefficient < 0);
 }
 
-// -1, 0 or 1 for the magnitudes of two numbers that are not zero.
+// Compares the magnitudes of two nonzero numbers: -1, 0 or 1.
 int32_t CompareMagnitude(const Decimal &a, const Decimal &b) {
   Uint128 ca = DecimalMagnitude(a);
   Uint128 cb = DecimalMagnitude(b);
@@ -201,8 +201,8 @@ int32_t CompareMagnitude(const Decimal &a, const Decimal &b) {
   return ca < cb ? -1 : (ca > cb ? 1 : 0);
 }
 
-// Long division with 18 or 12 digits a step, until there is no remainder or a digit more than
-// is kept. Digits that are cut after it cannot change the rounding.
+// Long division with 18 or 12 digits a step, until there is no remainder or a digit more than is
+// kept. Digits that are dropped after it cannot change the rounding.
 bool DivideWide(Decimal *result, const Decimal &a, const Decimal &b) {
   constexpr Uint128 kShort = kPowersOfTen.of[20];
   const Uint128 divisor = DecimalMagnitude(b);
@@ -258,9 +258,9 @@ bool DivideNarrowNumbers(Decimal *result, const Decimal &a, const Decimal &b) {
   return true;
 }
 
-// A divisor whose quotients end: dividing is multiplying by `factor` and moving the point.
+// A divisor whose quotients terminate: dividing is multiplying by `factor` and moving the point.
 struct EvenDivisor {
-  uint64_t factor;  // 10^places / divisor; 0 for a divisor whose quotients may have no end
+  uint64_t factor;  // 10^places / divisor; 0 for a divisor whose quotients may not terminate
   int32_t places;
 };
 
@@ -277,7 +277,7 @@ EvenDivisor EvenDivisorOf(uint64_t divisor) {
   return {0, 0};
 }
 
-// Cuts the digits below 10^place; false when there are none.
+// Drops the digits below 10^place; false when there are none.
 bool CutBelow(Decimal *d, int64_t place) {
   const int64_t drop = place - d->exponent;
   if (drop <= 0) {
@@ -306,7 +306,7 @@ Uint128 DecimalDropDigits(Uint128 c, int64_t drop) {
   if (drop >= kPowers) {
     return 0;  // 2^128 is less than half of 10^39
   }
-  // All but one of the digits are cut, not rounded: that changes nothing of which half it is.
+  // All but one of the digits are truncated, not rounded: that does not change the later rounding.
   return DivideByNarrow(DivideByPower(c, drop - 1) + 5, 10);
 }
 
@@ -490,7 +490,7 @@ int32_t DecimalCompare(const Decimal &a, const Decimal &b) {
 int32_t DecimalToInt(const Decimal &d) {
   Decimal whole = d;
   CutBelow(&whole, 0);
-  // Above exponent 0 all 26 digits are there, far beyond 32 bits.
+  // Above exponent 0 all 26 digits are used, far beyond 32 bits.
   if (whole.coefficient < INT32_MIN) {
     return INT32_MIN;
   }

@@ -13,10 +13,10 @@
 //   4..11   the lower 64 bits of |c|
 //
 // Arithmetic works on the unpacked form, whose coefficient may end in zeros: only DecimalStore
-// makes the canonical one. Sums and products of the usual operands (64-bit coefficients) and
+// produces the canonical one. Sums and products of the usual operands (64-bit coefficients) and
 // quotients by the usual divisors (products of 2 and 5, and 64-bit divisors) are computed inline or
-// with 128/64-bit divisions; everything else takes the general routines in decimal.cpp. The two
-// paths give the same values, since each operation rounds its exact result once.
+// with 128/64-bit divisions; everything else takes the general routines in decimal.cpp. Both paths
+// compute the same values, since each operation rounds its exact result once.
 #ifndef ORLI11_CLOSED_WREN_DECIMAL_H
 #define ORLI11_CLOSED_WREN_DECIMAL_H
 
@@ -36,8 +36,8 @@ struct Decimal {
 };
 
 // A number whose coefficient fits 64 bits with its sign, as most do; its exponent is 0 or below.
-// The inline operations keep to it, in registers: 128 bits that were written in halves stall the
-// processor when they are copied as a whole.
+// The inline operations use it, in registers: copying 128 bits as a whole right after writing them
+// in halves stalls the processor.
 struct NarrowDecimal {
   int64_t coefficient;
   int32_t exponent;
@@ -87,7 +87,7 @@ bool DecimalAddAny(Decimal *result, const Decimal &a, const Decimal &b);
 bool DecimalMultiplyAny(Decimal *result, const Decimal &a, const Decimal &b);
 bool DecimalDivide(Decimal *result, const Decimal &a, const Decimal &b);
 
-// Takes zeros off the end of the coefficient until none is left or the exponent is 0.
+// Removes trailing zeros from the coefficient until none is left or the exponent is 0.
 void DecimalStripZeros(Decimal *d);
 // DecimalStore, for numbers that are not narrow or end in several zeros.
 void DecimalStoreAny(NumberValue *result, const Decimal &d);
@@ -127,12 +127,13 @@ inline NarrowDecimal DecimalNarrow(const Decimal &d) {
 // bound.
 constexpr uint64_t kTenthBound = UINT64_MAX / 10;
 inline uint64_t DecimalTenth(uint64_t c) {
-  // The product with the inverse of 5 is the quotient where 5 divides; the odd ones rotate up.
+  // The product with the inverse of 5 is the quotient where 5 divides; odd products rotate to large
+  // values.
   return std::rotr(c * UINT64_C(0xCCCCCCCCCCCCCCCD), 1);
 }
 
-// Whether c, below 2^87, ends in the digit 0. c is even, and divisible by 5: as 2^64 leaves 1 when
-// divided by 5, the two halves may be added for the remainder, and a carry counts 1.
+// Whether c, below 2^87, ends in the digit 0. c must be even and divisible by 5: as 2^64 mod 5 is
+// 1, the remainder is that of the sum of the two halves, where a carry counts 1.
 inline bool DecimalEndsInZero(Uint128 c) {
   const uint64_t low = static_cast<uint64_t>(c);
   const uint64_t high = static_cast<uint64_t>(c >> 64);
@@ -163,7 +164,7 @@ inline void DecimalPack(NumberValue *result, int32_t exponent, bool negative, Ui
 }
 
 inline void DecimalStoreNarrow(NumberValue *result, NarrowDecimal d) {
-  // How the digits of results end cannot be predicted, so one zero is taken off without a branch.
+  // The trailing digits of results cannot be predicted, so one zero is removed without a branch.
   const bool negative = d.coefficient < 0;
   const uint64_t bits = static_cast<uint64_t>(d.coefficient);
   const uint64_t c = negative ? 0 - bits : bits;
@@ -189,7 +190,7 @@ inline void DecimalStore(NumberValue *result, const Decimal &d) {
 
 // Unpacks the payload of a narrow number; false for all other bytes.
 inline bool DecimalUnpackNarrow(uint32_t head, uint64_t low, NarrowDecimal *d) {
-  // Without branches: how the digits of a host's values end cannot be predicted.
+  // Without branches: the trailing digits of a host's values cannot be predicted.
   const int32_t exponent = static_cast<int32_t>(head << 24) >> 24;
   const bool negative = head >> 31 != 0;
   const uint64_t mask = static_cast<uint64_t>(0) - static_cast<uint64_t>(negative);

@@ -4,14 +4,14 @@
 
 #include "closed/wren/decimal.h"
 
-// Significant digits as they come: the first 38 count, and the places of all of them. What
-// follows cannot change how they are rounded to 26.
+// Collects significant digits: the first 38 are kept, and the places of all are counted. Later
+// digits cannot change how these are rounded to 26.
 struct DigitRun {
   Uint128 coefficient;
-  int64_t exponent;  // the value so far is coefficient * 10^exponent, without the digits left out
+  int64_t exponent;  // the value so far is coefficient * 10^exponent, without the dropped digits
 };
 
-// Takes the next digit, '0' to '9'; `fraction` is true for one after the point.
+// Adds the next digit, '0' to '9'; `fraction` is true for one after the point.
 inline void DigitRunAdd(DigitRun *run, char digit, bool fraction) {
   if (run->coefficient < kPowersOfTen.of[kPowers - 2]) {
     run->coefficient = run->coefficient * 10 + static_cast<Uint128>(digit - '0');
@@ -23,10 +23,10 @@ inline void DigitRunAdd(DigitRun *run, char digit, bool fraction) {
   }
 }
 
-// Stores +-the digits * 10^exponent, rounded; null when that is too large.
+// Stores the digits with their sign * 10^exponent, rounded; null when that is too large.
 inline void DigitRunFinish(NumberValue *result, const DigitRun &run, int64_t exponent,
                            bool negative) {
-  constexpr int64_t kBeyond = 1000;  // far outside of the form in either direction
+  constexpr int64_t kBeyond = 1000;  // far out of range in either direction
   int64_t place = run.exponent + exponent;
   if (place > kBeyond) {
     place = kBeyond;

@@ -25,9 +25,9 @@ void WRENFmtLoadLocale(LocaleBlock *block) {
             .markers = country.nameTexts[2]};
 }
 
-// A date text depends on the month, the weekday and the half of the day in the width of its names
-// only, and every number is at its widest from the tenth day and hour on. So it is enough to write
-// the dates that combine all of these with wide numbers.
+// The width of a date text depends on the month, the weekday and the half of the day only through
+// the width of their names, and numbers are widest from the tenth day and hour on. So it is enough
+// to format the dates that combine all of these with wide numbers.
 int32_t WRENFmtWidth(FormatRecord *record, int32_t width) {
   if (record == nullptr) {
     return width;

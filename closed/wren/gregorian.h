@@ -12,7 +12,7 @@ constexpr int64_t kDaysOf400Years = 146097;
 // The Julian day number of 1 January of year 0.
 constexpr int64_t kDayNumberOfYear0 = 1721060;
 
-// The day that a time without a date is given, since only days have a stored form.
+// The day of a time without a date, since only dates have a stored form.
 constexpr DateTimeParts kDayOfTimes = {
     .month = 1, .day = 1, .year = 1900, .hour = 0, .minute = 0, .second = 0, .fraction = 0};
 
@@ -20,7 +20,7 @@ constexpr bool IsLeapYear(int64_t year) {
   return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
 }
 
-// By month 1 to 12 of a common year. Inside the functions they would be copied at every call.
+// By month 1 to 12 of a common year. Local tables would be copied at every call.
 inline constexpr int32_t kDaysOfMonth[13] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 inline constexpr int64_t kDaysBefore[13] = {0,   0,   31,  59,  90,  120, 151,
                                             181, 212, 243, 273, 304, 334};

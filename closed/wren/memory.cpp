@@ -3,13 +3,13 @@
 //   block     | size (4) | capacity (4) | next (8) | bytes, aligned to 16 ...
 //                                                  ^ what the caller holds
 //
-// Every block comes from the C heap by itself, so the pool is only a cache: a block of up
-// to kPooledSize bytes that is freed is added to the list of its capacity in the pool of the
-// freeing thread, and the next request for that capacity on this thread takes it from there. A
-// value of 13 bytes so costs a few nanoseconds instead of a call of the heap. The lists are short,
-// and they go back to the heap when the thread ends: the pool opens when the C library has taken a
-// note of that, which may need memory; until then blocks go to the heap at once. Sanitizers see
-// every block, without a pool.
+// Every block is allocated from the C heap, so the pool is only a cache: a freed block of up to
+// kPooledSize bytes is added to the list of its capacity in the pool of the freeing thread, and the
+// next request for that capacity on this thread reuses it. So a value of 13 bytes costs a few
+// nanoseconds instead of a call of the heap. The lists are short, and they are returned to the heap
+// when the thread ends: the pool opens when its release is registered with the C library, which may
+// need memory; until then blocks are freed directly. In sanitizer builds there is no pool, so that
+// sanitizers see every block.
 #include "closed/wren/memory.h"
 
 #include <pthread.h>
@@ -43,15 +43,15 @@ constexpr uint32_t kPooledBlocks = 64;  // blocks in one list; 256 * 64 * 17 / 2
 
 struct Pool {
   Block *lists[kClasses];
-  uint32_t longest;  // blocks that a list may hold: none before the pool opens and at thread end
+  uint32_t longest;  // blocks that a list may hold: 0 before the pool opens and at thread end
   bool closed;       // the thread is ending
-  int64_t given;     // blocks that the thread was given
+  int64_t given;     // blocks that the thread has allocated
   int64_t freed;     // blocks that it has freed
   int64_t allowed;   // allocations that may still succeed; negative: all
 };
 
-// Plain data without a constructor, at a fixed offset from the thread's base: no guard and no call
-// stands between a routine and its pool.
+// Plain data without a constructor, at a fixed offset from the thread's base: access needs no guard
+// and no call.
 constinit thread_local Pool pool = {{}, 0, false, 0, 0, -1};
 
 void *BytesOf(Block *block) {
@@ -62,7 +62,7 @@ Block *BlockOf(void *bytes) {
   return static_cast<Block *>(bytes) - 1;
 }
 
-// The list of blocks for `size` bytes; size 0 shares the first one.
+// The list of blocks for `size` bytes; size 0 uses the first one.
 uint32_t ClassOf(uint32_t size) {
   return size == 0 ? 0 : (size - 1) / kUnitBytes;
 }
@@ -84,7 +84,7 @@ bool MayAllocate() {
 }
 
 // Empties the pool when the thread ends. Blocks that are freed later, by other destructors of the
-// thread, find it closed and go to the heap at once.
+// thread, find it closed and are freed directly.
 void ReleasePool(void * /*pool*/) {
   pool.closed = true;
   pool.longest = 0;
@@ -97,9 +97,9 @@ void ReleasePool(void * /*pool*/) {
   }
 }
 
-// A key has ReleasePool called at the end of each thread that stores something under it. Unlike the
-// destructor of a thread_local object, which ends the process when out of memory to register
-// it, storing says when it fails.
+// With the key, ReleasePool is called at the end of each thread that stores a value under it.
+// Storing reports failure, whereas registering the destructor of a thread_local object ends the
+// process when out of memory.
 pthread_key_t releaseKey;
 bool hasReleaseKey;
 
@@ -107,8 +107,8 @@ __attribute__((constructor(101))) void CreateReleaseKey() {
   hasReleaseKey = pthread_key_create(&releaseKey, &ReleasePool) == 0;
 }
 
-// The end of a block that does not fit into its list. The first block of a thread that comes here
-// opens the pool for those after it and arranges for its release.
+// Frees a block that does not fit into its list. The first block of a thread that gets here opens
+// the pool for later ones and registers its release.
 [[gnu::cold, gnu::noinline]] void FreeUnpooled(Block *block) {
   if (WREN_POOL != 0 && pool.longest == 0 && !pool.closed && hasReleaseKey &&
       pthread_setspecific(releaseKey, &pool) == 0) {
@@ -130,7 +130,7 @@ void ClearUnits(void *bytes, uint32_t capacity) {
   }
 }
 
-// Puts a block into the list of its capacity, or back to the heap.
+// Adds a block to the list of its capacity, or frees it.
 void ReleaseBlock(Block *block) {
   if (!IsPooled(block->capacity)) {
     std::free(block);
@@ -150,7 +150,7 @@ void ReleaseBlock(Block *block) {
 // A zeroed block of `capacity` bytes from the heap, or null.
 [[gnu::noinline]] Block *ObtainFromHeap(uint32_t size, uint32_t capacity) {
   const size_t bytes = sizeof(Block) + size_t{capacity};
-  // The heap's own cache of small blocks serves malloc alone.
+  // The heap's own cache of small blocks serves only malloc.
   const bool isSmall = bytes <= kSmallBytes;
   auto *block = static_cast<Block *>(isSmall ? std::malloc(bytes) : std::calloc(1, bytes));
   if (block == nullptr) {
@@ -201,8 +201,8 @@ Block *EnlargeBlock(Block *old, uint32_t size) {
   return block;
 }
 
-// Gives memory of a large block back when less than half of it is still wanted. A heap that cannot
-// do so leaves the block as it is.
+// Shrinks a large block when less than half of it is still used. A heap that cannot do so leaves
+// the block unchanged.
 Block *ShrinkBlock(Block *block, uint32_t size) {
   block->size = size;
   if (IsPooled(block->capacity) || size >= block->capacity / 2) {

@@ -1,4 +1,4 @@
-// What the tests ask of the memory routines.
+// Test hooks of the memory routines.
 #ifndef ORLI11_CLOSED_WREN_MEMORY_H
 #define ORLI11_CLOSED_WREN_MEMORY_H
 
@@ -8,7 +8,7 @@
 // again; a negative count lets all succeed. An enlargement counts as an allocation.
 void TEST_FailAllocationsAfter(int64_t count);
 
-// Blocks of WRENMemAlloc that the calling thread has been given less those it has freed.
+// Blocks that the calling thread has allocated minus those it has freed.
 int64_t TEST_LiveBlocks();
 
 #endif

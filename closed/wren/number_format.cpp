@@ -11,7 +11,7 @@ namespace {
 // How one number is written.
 struct NumberStyle {
   NumberMarks marks;
-  bool fixed;  // `decimals` holds; else as many digits as the number has
+  bool fixed;  // use `decimals`; else as many digits as the number has
   int32_t decimals;
   const Country *money;  // has the currency sign and the place of the minus sign; null: no money
 };
@@ -19,7 +19,7 @@ struct NumberStyle {
 NumberStyle StyleOf(const FormatRecord &record, const Country &country) {
   NumberStyle style = {NumberMarksOf(record, country), record.fixedDecimals != 0, record.decimals,
                        nullptr};
-  // The fields of the record name no currency, so without the country an amount is a plain number.
+  // The record has no currency field, so without the country an amount is a plain number.
   if (record.mode == WREN_FMT_CURRENCY && record.useCountry != 0) {
     style.money = &country;
     style.marks = NumberMarksOfMoney(country);
@@ -88,7 +88,7 @@ int32_t FormatNumberBy(FormatRecord *record, const Country &country) {
 
   NumberDigits digits = {};
   if (!NumberDigitsOf(&record->number, &digits)) {
-    return 1;  // null is the empty text
+    return 1;  // null is the empty string
   }
   const NumberStyle style = StyleOf(*record, country);
   if (style.fixed) {

@@ -1,4 +1,4 @@
-// Writing and reading numbers by given country settings.
+// Formatting and parsing numbers by given country settings.
 #ifndef ORLI11_CLOSED_WREN_NUMBER_FORMAT_H
 #define ORLI11_CLOSED_WREN_NUMBER_FORMAT_H
 
@@ -7,8 +7,8 @@
 #include "closed/wren/country.h"
 #include "wreni11.h"
 
-// As WRENFmtNumber and WRENFmtParseNumber, by the settings of `country` where the record asks for
-// the country's. The record is not null.
+// As WRENFmtNumber and WRENFmtParseNumber, using `country` where the record refers to the country
+// settings. The record is not null.
 int32_t FormatNumberBy(FormatRecord *record, const Country &country);
 int32_t ParseNumberBy(FormatRecord *record, const Country &country);
 

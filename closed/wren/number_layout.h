@@ -1,5 +1,5 @@
-// What the ways to write and to read a number share: its digits by place, the separators, and the
-// bounded text.
+// Shared by the routines that format and parse numbers: digits by place, separators, and bounded
+// output.
 #ifndef ORLI11_CLOSED_WREN_NUMBER_LAYOUT_H
 #define ORLI11_CLOSED_WREN_NUMBER_LAYOUT_H
 
@@ -27,18 +27,18 @@ struct NumberMarks {
   uint8_t grouping[4];
 };
 
-// A text that grows up to the capacity of `output`.
+// A string that grows up to the capacity of `output`.
 struct NumberText {
   char *text;
   int32_t length;
-  bool tooLong;  // something was left out
+  bool tooLong;  // something was truncated
 };
 
-// The digits of a number; false for null and for what is not a number.
+// The digits of a number; false for null and for bytes that are not a number.
 bool NumberDigitsOf(const NumberValue *value, NumberDigits *digits);
 // The digit at a place, '0' beyond both ends.
 char NumberDigitAt(const NumberDigits &digits, int32_t place);
-// How many digits are before the point and after it.
+// The number of digits before and after the point.
 int32_t NumberIntegerPlaces(const NumberDigits &digits);
 int32_t NumberFractionPlaces(const NumberDigits &digits);
 
@@ -46,7 +46,8 @@ NumberMarks NumberMarksOfCountry(const Country &country);
 NumberMarks NumberMarksOfMoney(const Country &country);
 // The separators of a record: its own, or those of `country` with `useCountry`.
 NumberMarks NumberMarksOf(const FormatRecord &record, const Country &country);
-// The settings for a record: those in force, or the built-in ones when it does not ask for any.
+// The settings for a record: the current ones, or the built-in ones when it does not use the
+// country's.
 const Country &NumberCountryFor(const FormatRecord &record);
 
 // Whether a separator is to the left of the last `digits` integer digits.
@@ -57,7 +58,7 @@ void NumberPutText(NumberText *target, const char *text);
 // Writes the integer digit of a place, with the separator after it where a group ends.
 void NumberPutInteger(NumberText *target, const NumberDigits &digits, int32_t place,
                       const NumberMarks &marks);
-// Ends the text: 1, or 0 with the empty text when it is too long.
+// Terminates the output: 1, or 0 with the empty string when it is too long.
 int32_t NumberTextEnd(NumberText *target);
 
 #endif

@@ -1,4 +1,4 @@
-// Numbers and amounts of money from text: what the formats write, and what people write like it.
+// Parses numbers and amounts of money: the output of the formats, and what people write like it.
 #include <cstring>
 
 #include "closed/wren/codepage.h"
@@ -25,8 +25,8 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// Bytes of the blank at the address, 0 when there is none. The no-break blanks are what some
-// countries write between groups, and what other programs put in front of a currency sign.
+// Bytes of the blank at the address, 0 when there is none. Some countries write no-break blanks
+// between groups, and some programs write them before a currency sign.
 size_t BlankBytes(const char *text) {
   if (*text == ' ') {
     return 1;
@@ -61,7 +61,7 @@ size_t SeparatorBytes(const NumberReader &reader, const char *text) {
   return length != 0 && IsDigit(text[length]) ? length : 0;
 }
 
-// Takes signs, parentheses, the currency sign and blanks around the digits, each at most once.
+// Reads signs, parentheses, the currency sign and blanks around the digits, each at most once.
 void ReadAround(NumberReader *reader, char parenthesis) {
   for (;;) {
     const char *at = reader->at;
@@ -90,8 +90,8 @@ void ReadAround(NumberReader *reader, char parenthesis) {
   }
 }
 
-// Reads integer digits, without separators or with all of them in their places; -1 for a misplaced
-// one, else the count of digits.
+// Reads integer digits, without separators or with all separators in place; -1 for a misplaced one,
+// else the count of digits.
 int64_t ReadInteger(NumberReader *reader, DigitRun *run) {
   int64_t total = 0;
   bool grouped = false;
@@ -134,8 +134,8 @@ bool ReadDigits(NumberReader *reader, DigitRun *run) {
   return count > 0;
 }
 
-// Reads the whole text; false, with `result` as it was, when it is not a number or too large. With
-// `moneyOnly` a currency sign must be there.
+// Reads the whole text; false, with `result` unchanged, when it is not a number or too large. With
+// `moneyOnly` it must have a currency sign.
 bool ReadNumber(NumberValue *result, const char *text, const NumberMarks &marks,
                 const char *currencySign, bool moneyOnly) {
   NumberReader reader = {};
@@ -177,8 +177,8 @@ int32_t ParseNumberBy(FormatRecord *record, const Country &country) {
   if (record->useCountry == 0) {
     return ReadNumber(number, text, NumberMarksOf(*record, country), "", false) ? 1 : 0;
   }
-  // Amounts may have separators of their own. Both ways are tried, the one that the mode names
-  // first; a plain number takes those of amounts only with a currency sign.
+  // Amounts may have separators of their own. Both kinds are tried, the mode's own first; a plain
+  // number accepts those of amounts only with a currency sign.
   const NumberMarks plain = NumberMarksOfCountry(country);
   const NumberMarks money = NumberMarksOfMoney(country);
   const bool amount = record->mode == WREN_FMT_CURRENCY;

@@ -1,7 +1,7 @@
-// Number pictures, which docs/pictures.md explains.
+// Number pictures, see docs/pictures.md.
 //
 // A picture is read twice, item by item: once to check it and to count the places of each section,
-// and then to write the section that the number takes.
+// and then to write the section for the number.
 #include "closed/wren/number_picture.h"
 
 #include <cstddef>
@@ -48,8 +48,8 @@ struct Picture {
   int32_t count;
 };
 
-// Reads a quoted literal from its first quote on; Bad without the closing one. No byte of a double
-// character is taken for a quote.
+// Reads a quoted literal from its first quote on; Bad without the closing one. No byte of a
+// double-byte character is taken for a quote.
 PictureItem ReadQuoted(const char **cursor, CodePage page) {
   const char quote = **cursor;
   const char *start = ++*cursor;
@@ -62,8 +62,8 @@ PictureItem ReadQuoted(const char **cursor, CodePage page) {
   return {Item::Literal, start, static_cast<size_t>((*cursor)++ - start)};
 }
 
-// Characters that may be written without quotes: no letters, which are kept for later
-// uses and mostly come from a date picture, no digits and no control bytes.
+// Characters that may be written without quotes: no letters, which are reserved and are mostly from
+// a date picture, no digits and no control bytes.
 bool StandsForItself(char byte) {
   const bool letter = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
   const bool digit = byte >= '1' && byte <= '9';
@@ -122,7 +122,7 @@ void CountPlace(PictureSection *section, bool zero) {
 // Reads one section and returns what ended it: End, NextSection or Bad.
 Item ReadSection(const char **cursor, CodePage page, PictureSection *section) {
   section->start = *cursor;
-  bool groupOpen = false;  // a comma waits for its place on the right
+  bool groupOpen = false;  // a comma is pending until the next place
   for (;;) {
     const Item kind = ReadItem(cursor, page).kind;
     switch (kind) {
@@ -130,7 +130,7 @@ Item ReadSection(const char **cursor, CodePage page, PictureSection *section) {
       case Item::Optional:
         CountPlace(section, kind == Item::Zero);
         groupOpen = false;
-        // More places than a text has characters have no use, and counts stay small.
+        // More places than the output has characters are useless, and counts stay small.
         if (section->integerPlaces + section->fractionPlaces >= kNumberTextCapacity) {
           return Item::Bad;
         }
@@ -181,9 +181,9 @@ bool ReadPicture(const char *text, CodePage page, Picture *picture) {
   return ending == Item::End && HasPlaces(picture->section[0]);
 }
 
-// The integer digits that belong to a place of the picture. Places count from the point, 0 being
-// the ones; `shown` digits fill them, leading zeros included. A place beyond these has no digit,
-// and the picture's leftmost place has all digits from `first` down to its own.
+// The integer digits for a place of the picture. Places count from the point, 0 being the ones;
+// `shown` digits fill them, leading zeros included. A place beyond these has no digit, and the
+// picture's leftmost place has all digits from `first` down to its own.
 void PutIntegerPlace(NumberText *target, const PictureSection &section, const NumberDigits &digits,
                      const NumberMarks &marks, int32_t place) {
   const int32_t present = NumberIntegerPlaces(digits);
@@ -262,7 +262,7 @@ void PutSection(NumberText *target, const PictureSection &section, const NumberD
   }
 }
 
-// The digits that a section shows of a number: hundredfold for a percentage, and rounded.
+// The digits of a number that a section shows: multiplied by 100 for a percentage, and rounded.
 bool DigitsFor(const PictureSection &section, const NumberValue &number, NumberDigits *digits) {
   const int32_t scale = section.percent ? 2 : 0;
   NumberValue rounded = number;
@@ -300,7 +300,7 @@ int32_t WriteByNumberPicture(const FormatRecord &record, const Country &country)
   if (!DigitsFor(*section, record.number, &digits)) {
     return 0;
   }
-  if (digits.count == 0) {  // zero, perhaps by rounding
+  if (digits.count == 0) {  // zero, possibly after rounding
     section = &picture.section[picture.count == kSections ? 2 : 0];
   }
   NumberText text = {record.output, 0, false};

@@ -16,8 +16,8 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// Reads "E", an optional sign and digits; false when a digit is missing. What lies beyond any
-// number stays beyond.
+// Reads "E", an optional sign and digits; false when a digit is missing. Exponents beyond any
+// number saturate.
 bool ReadExponent(const char **cursor, int64_t *exponent) {
   constexpr int64_t kEnough = INT64_C(1) << 40;  // more than any text has digits
   const char *c = *cursor + 1;

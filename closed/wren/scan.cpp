@@ -1,4 +1,4 @@
-// The search for a pattern in a text, at linear cost.
+// Substring search in linear time.
 #include <cstring>
 #include <memory>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-// A walk by characters that only moves forward and knows how many it has passed.
+// A forward walk by characters that counts those it has passed.
 struct CharWalk {
   const char *text;
   size_t offset;
@@ -59,7 +59,7 @@ int32_t ScanChars(const char *text, const char *pattern, size_t length, const ui
   return -1;
 }
 
-// The same without memory for the table: every character of the text is tried.
+// The same when out of memory for the table: tries every character of the text.
 int32_t ScanCharsSlowly(const char *text, const char *pattern, size_t length, CodePage page) {
   for (size_t position = 0; *text != 0; ++position) {
     CharWalk end = {text, 0, 0};

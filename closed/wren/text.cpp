@@ -1,4 +1,4 @@
-// Texts that are looked at, and texts that change in place.
+// Routines that examine strings, and routines that change them in place.
 #include <cstring>
 
 #include "closed/wren/casemap.h"

@@ -1,5 +1,5 @@
-// Texts that are made from other texts. No routine writes more than the source's bytes and the
-// terminator, WRENStrReplace not more than both texts' bytes and the terminator.
+// Routines that copy strings. None writes more than the source's bytes and the terminator;
+// WRENStrReplace not more than both strings' bytes and the terminator.
 #include <cstring>
 
 #include "closed/wren/casemap.h"
@@ -15,7 +15,7 @@ void CopyBytes(char *target, const char *source, size_t bytes) {
   target[bytes] = 0;
 }
 
-// Bytes of the text without the blanks at its end. Walks from the start, because a blank may be the
+// Bytes of the string without trailing blanks. Walks from the start, because a blank may be the
 // second half of a character.
 size_t BytesWithoutTail(const char *text, CodePage page) {
   size_t end = 0;

@@ -8,12 +8,12 @@
 
 #include "closed/wren/codepage.h"
 
-// A null text counts as the empty one.
+// A null string counts as the empty one.
 inline const char *TextOrEmpty(const char *text) {
   return text == nullptr ? "" : text;
 }
 
-// A count as the interface gives it; texts above 2 GB count as the largest number.
+// A length as the interface returns it; it saturates for strings above 2 GB.
 inline int32_t CountResult(size_t count) {
   return count > INT32_MAX ? INT32_MAX : static_cast<int32_t>(count);
 }

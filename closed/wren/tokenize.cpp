@@ -1,4 +1,4 @@
-// Texts taken apart: tokens between delimiters.
+// Splits strings into tokens between delimiters.
 #include <cstring>
 
 #include "closed/wren/codepage.h"
@@ -78,7 +78,7 @@ extern "C" int32_t WRENStrTokenize(char *token, const char *text, const char *le
     token[end - start] = 0;
   }
   if (end == text && *end != 0) {
-    ++end;  // a byte that ends tokens but may not lead one: the walk still advances
+    ++end;  // a byte that ends tokens but may not start one: the walk still advances
   }
   return CountResult(static_cast<size_t>(end - text));
 }

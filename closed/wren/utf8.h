@@ -10,8 +10,8 @@
 // surrogates and numbers above 10FFFF are not valid.
 //
 // The valid sequences are those of the Unicode standard's table of UTF-8 byte sequences: the first
-// byte determines the length, and the bounds of the second one shut out what is overlong, a
-// surrogate or too large.
+// byte determines the length, and the bounds of the second one exclude overlong forms, surrogates
+// and numbers that are too large.
 inline size_t DecodeUtf8(const char *text, uint32_t *codePoint) {
   const auto byteAt = [text](size_t index) { return static_cast<uint8_t>(text[index]); };
   const uint8_t first = byteAt(0);
