@@ -6,6 +6,9 @@
 #include "host/column_names.h"
 #include "host/display.h"
 #include "host/field.h"
+#include "host/formulas.h"
+#include "host/nearest.h"
+#include "host/tokens.h"
 #include "host/values.h"
 
 namespace {
@@ -287,10 +290,16 @@ bool Demand(ScanState &state, std::string &error) {
   for (const auto &[name, type] : state.options->types) {
     const size_t index = FindByName(state.table->columns, name);
     if (index == state.table->columns.size()) {
-      error = state.csv->Path() + ": --type: there is no column " + DisplayName(name);
+      error = state.csv->Path() + ": --type: there is no column " + DisplayName(name) +
+              ColumnHint(state.table->columns, name);
       return false;
     }
-    state.table->columns[index].type = type;
+    Column &column = state.table->columns[index];
+    if (state.findings[index].demanded && column.type != type) {
+      error = "--type: column " + DisplayName(name) + " is given two types";
+      return false;
+    }
+    column.type = type;
     state.findings[index].demanded = true;
   }
   return true;
@@ -349,6 +358,15 @@ size_t FindByName(const std::vector<Column> &columns, const std::string &name) {
     }
   }
   return columns.size();
+}
+
+std::string ColumnHint(const std::vector<Column> &columns, const std::string &name) {
+  std::vector<std::string> names;
+  names.reserve(columns.size());
+  for (const Column &column : columns) {
+    names.push_back(FormulaOf(column.name, "").title);
+  }
+  return NearestHint(Trimmed(name), names);
 }
 
 const char *TypeName(int32_t type) {

@@ -47,6 +47,9 @@ bool ColumnsFit(const CsvFile &csv, const Table &table, const CsvRow &row, std::
  * number. */
 size_t FindByName(const std::vector<Column> &columns, const std::string &name);
 
+/* The hint about a name that no column has; empty when none is near. */
+std::string ColumnHint(const std::vector<Column> &columns, const std::string &name);
+
 /* The word for a data type, as in "Number". */
 const char *TypeName(int32_t type);
 

@@ -57,7 +57,7 @@ constexpr std::array<TypeWord, 3> kTypes = {
 bool TypeOf(const std::string &text, std::pair<std::string, int16_t> &result) {
   const size_t equals = text.rfind('=');
   for (const TypeWord &entry : kTypes) {
-    if (equals != std::string::npos && text.substr(equals + 1) == entry.word) {
+    if (equals != std::string::npos && equals != 0 && text.substr(equals + 1) == entry.word) {
       result = {text.substr(0, equals), entry.type};
       return true;
     }
@@ -82,11 +82,11 @@ void AddReading(CLI::App *command, CommandLine &line) {
   constexpr char kGroup[] = "Reading";
   command
       ->add_option("--delimiter", line.delimiter,
-                   "What stands between fields: one byte, or tab;\nfound in the header if not told")
+                   "What separates fields: one byte, or tab;\nby default found in the header")
       ->type_name("C")
       ->check(CheckDelimiter)
       ->group(kGroup);
-  command->add_option("--type", line.types, "The type of a column; as often as wanted")
+  command->add_option("--type", line.types, "The type of a column; may be repeated")
       ->type_name("NAME=text|number|date")
       ->check(CheckType)
       ->allow_extra_args(false)
@@ -97,11 +97,11 @@ void AddReading(CLI::App *command, CommandLine &line) {
       ->group(kGroup);
   command
       ->add_option("--decimal", line.decimal,
-                   "How it writes decimals; the other sign, or a\nblank, then groups digits")
+                   "The decimal sign of the file; the other one, or a\nblank, then groups digits")
       ->type_name(",|.")
       ->check(Silent(CLI::IsMember({",", "."})))
       ->group(kGroup);
-  command->add_option("--null", line.nulls, "Fields that count as empty, as NA,NULL,-")
+  command->add_option("--null", line.nulls, "Fields that count as empty, such as NA,NULL,-")
       ->type_name("WORD,...")
       ->allow_extra_args(false)
       ->group(kGroup);
@@ -124,10 +124,12 @@ void AddStoreOption(CLI::App *command, CommandLine &line, const char *help) {
 /* What eval and report share. */
 void AddRowOptions(CLI::App *command, CommandLine &line, const char *limit, const char *sort) {
   command
-      ->add_option("--where", line.conditions,
-                   "Only rows in which the formula TEXT lies in a range,\nis of a set or equals a "
-                   "value; all of these must hold")
+      ->add_option(
+          "--where", line.conditions,
+          "Only rows in which the formula TEXT lies in a range,\nis a member of a set or equals "
+          "a value; may be repeated")
       ->type_name("TEXT=BOUNDS")
+      ->check(NotEmpty)
       ->allow_extra_args(false);
   command->add_option("--sort", line.sort, sort)
       ->type_name("NAME[:desc]")
@@ -139,7 +141,7 @@ void AddRowOptions(CLI::App *command, CommandLine &line, const char *limit, cons
   command->add_option("--decimals", line.decimals, "Write computed numbers with N decimals")
       ->type_name("N")
       ->check([](const std::string &text) { return CheckWhole(text, kMostDecimals); });
-  command->add_option("--jobs", line.jobs, "Compute on N processors; without it on all there are")
+  command->add_option("--jobs", line.jobs, "Compute on N processors; by default on all")
       ->type_name("N")
       ->check([](const std::string &text) { return CheckWhole(text, kMostJobs); });
 }
@@ -168,19 +170,18 @@ void AddItems(CLI::App &app, CommandLine &line, int &status) {
 }
 
 void AddFunctions(CLI::App &app, CommandLine &line, int &status) {
-  CLI::App *functions =
-      app.add_subcommand("functions", "List functions: arguments, result, description");
-  functions->add_option("NAME", line.name, "Tell all about this one")->type_name("");
+  CLI::App *functions = app.add_subcommand("functions", "List functions, or describe one");
+  functions->add_option("NAME", line.name, "Describe this one, with examples")->type_name("");
   functions->final_callback([&line, &status] { status = RunFunctions(line.name); });
 }
 
 void AddCheck(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *check =
-      app.add_subcommand("check", "Tell a formula's type, or what is wrong and where");
+      app.add_subcommand("check", "Show the type of a formula, or what is wrong and where");
   AddData(check, line, kDataOne);
   AddArgument(check, "TEXT", line.text, "The formula");
   AddStoreOption(check, line, "Formulas that it may call");
-  AddFormulaFiles(check, line, "More of them, a line NAME=TEXT each");
+  AddFormulaFiles(check, line, "More of them, one NAME=TEXT to a line");
   check->final_callback([&line, &status] {
     status = RunCheck({DataOf(line), line.store, line.text, line.formulaFiles});
   });
@@ -191,12 +192,12 @@ void AddEval(CLI::App &app, CommandLine &line, int &status) {
   AddData(eval, line, kDataSeveral);
   eval->add_option(
           "-f,--formula", line.eval.formulas,
-          "A formula; as often as wanted. Formulas may\ncall each other, in any order: NAME()")
+          "A formula; may be repeated. Formulas may\ncall each other, in any order: NAME()")
       ->type_name("NAME=TEXT")
       ->allow_extra_args(false);
-  AddFormulaFiles(eval, line, "Formulas of a file, a line NAME=TEXT each");
-  AddStoreOption(eval, line, "Stored formulas, to be computed ahead of the others");
-  eval->add_option("--keep", line.keep, "Write these columns too, or all, ahead of formulas")
+  AddFormulaFiles(eval, line, "A file of formulas, one NAME=TEXT to a line");
+  AddStoreOption(eval, line, "Stored formulas, computed before the others");
+  eval->add_option("--keep", line.keep, "Write these columns too, or all, before the formulas")
       ->type_name("all|NAME,...")
       ->check(NotEmpty)
       ->allow_extra_args(false);
@@ -224,12 +225,13 @@ struct ReportOption {
 };
 
 constexpr std::array<ReportOption, 8> kReportOptions = {{
-    {kReportBy, "--by", "NAME=TEXT", "Rows of the same value of a formula are one group"},
-    {kReportCount, "--count", "NAME", "The rows of each group"},
-    {kReportDistinct, "--count-distinct", "NAME=TEXT", "The different values of a formula"},
+    {kReportBy, "--by", "NAME=TEXT", "Rows with the same value of a formula are one group"},
+    {kReportCount, "--count", "NAME", "The number of rows of each group"},
+    {kReportDistinct, "--count-distinct", "NAME=TEXT",
+     "The number of distinct values of a formula"},
     {kReportSum, "--sum", "NAME=TEXT", "The sum of a formula's values in each group"},
-    {kReportMean, "--mean", "NAME=TEXT", "Their mean"},
-    {kReportMedian, "--median", "NAME=TEXT", "The value in their middle"},
+    {kReportMean, "--mean", "NAME=TEXT", "The mean of a formula's values"},
+    {kReportMedian, "--median", "NAME=TEXT", "The median of a formula's values"},
     {kReportLeast, "--least", "NAME=TEXT", "The least number or earliest date"},
     {kReportGreatest, "--greatest", "NAME=TEXT", "The greatest number or latest date"},
 }};
@@ -264,7 +266,7 @@ void AddReport(CLI::App &app, CommandLine &line, int &status) {
   AddStoreOption(report, line, "Stored formulas that the figures may call");
   AddRowOptions(report, line, "Write the first N groups only", "Order the groups by a column");
   AddFormat(report, line);
-  report->footer("Columns stand in the order of their options, each as often as wanted.");
+  report->footer("Columns are written in the order of their options, which may be repeated.");
   report->final_callback([report, &line, &status] {
     line.report.rows = RowsOf(line);
     line.report.columns = ReportColumns(*report);
@@ -277,7 +279,7 @@ void AddReport(CLI::App &app, CommandLine &line, int &status) {
 }  // namespace
 
 int ComplainOfUsage(const std::string &message) {
-  return Complain(DisplayName(message) + "; orli --help tells more", kExitUsage);
+  return Complain(DisplayName(message) + "; see orli --help", kExitUsage);
 }
 
 void AddArgument(CLI::App *command, const char *name, std::string &value, const char *help) {
@@ -285,16 +287,18 @@ void AddArgument(CLI::App *command, const char *name, std::string &value, const 
 }
 
 void AddFormat(CLI::App *command, CommandLine &line) {
-  command->add_option("--format", line.format, "How the rows are written; a table if not told")
+  command->add_option("--format", line.format, "The form of the output; by default a table")
       ->type_name("table|csv|tsv|json|jsonl")
       ->check(Silent(CLI::IsMember({"table", "csv", "tsv", "json", "jsonl"})));
 }
 
 void AddData(CLI::App *command, CommandLine &line, DataFiles files) {
   const bool several = files == kDataSeveral;
-  const char *help = several ? "Files of one header, one after the other;\n- is standard input"
-                     : files == kDataOptional ? "The file whose columns it is for from now on"
-                                              : "The file, or - for standard input";
+  const char *help =
+      several ? "Files with the same header, read one after the\nother; - is standard input"
+      : files == kDataNamed    ? "The file with the columns"
+      : files == kDataOptional ? "The file that it is to be used with from now on"
+                               : "The file, or - for standard input";
   CLI::Option *data = several ? command->add_option("DATA.csv", line.data.paths, help)
                               : command->add_option("DATA.csv", line.file, help);
   data->type_name("")->required(files != kDataOptional);

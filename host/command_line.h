@@ -30,8 +30,8 @@ int ComplainOfUsage(const std::string &message);
 /* Parts of commands. */
 void AddArgument(CLI::App *command, const char *name, std::string &value, const char *help);
 void AddFormat(CLI::App *command, CommandLine &line);
-/* DATA.csv, one file or several. */
-enum DataFiles { kDataOne, kDataSeveral, kDataOptional };
+/* DATA.csv: one file, one that is not standard input, several, or none. */
+enum DataFiles { kDataOne, kDataNamed, kDataSeveral, kDataOptional };
 void AddData(CLI::App *command, CommandLine &line, DataFiles files);
 /* A check that says nothing about itself in the help. */
 CLI::Validator Silent(CLI::Validator validator);

@@ -7,14 +7,14 @@
 namespace {
 
 void AddDefine(CLI::App &app, CommandLine &line, int &status) {
-  CLI::App *define = app.add_subcommand("define", "Keep formulas in a store, a file of formulas");
-  AddArgument(define, "STORE", line.store, "The file of formulas; made when it is not there");
+  CLI::App *define = app.add_subcommand("define", "Add formulas to a store, a file of formulas");
+  AddArgument(define, "STORE", line.store, "The file of formulas; created if missing");
   AddData(define, line, kDataOne);
   define
       ->add_option("FORMULA", line.formulas,
                    "Formulas to add or to change: NAME=TEXT.\nThey may call each other: NAME()")
       ->type_name("");
-  define->add_option("--formulas", line.formulaFiles, "Formulas of a file, a line NAME=TEXT each")
+  define->add_option("--formulas", line.formulaFiles, "A file of formulas, one NAME=TEXT to a line")
       ->type_name("FILE")
       ->check(NotEmpty)
       ->allow_extra_args(false);
@@ -39,8 +39,8 @@ struct NameCommand {
 };
 
 constexpr std::array<NameCommand, 3> kNameCommands = {{
-    {"show", "Write the text of a stored formula", "The formula", RunShow},
-    {"delete", "Delete a stored formula that no other uses", "The formula", RunDelete},
+    {"show", "Show the text of a stored formula", "The formula", RunShow},
+    {"delete", "Delete a stored formula that no other one uses", "The formula", RunDelete},
     {"uses", "List stored formulas that use something", "A column, function or formula", RunUses},
 }};
 
@@ -55,25 +55,25 @@ void AddNameCommands(CLI::App &app, CommandLine &line, int &status) {
 }
 
 void AddRename(CLI::App &app, CommandLine &line, int &status) {
-  CLI::App *rename = app.add_subcommand("rename", "Let stored formulas follow a column's new name");
+  CLI::App *rename = app.add_subcommand("rename", "Change the name of a column in stored formulas");
   AddArgument(rename, "STORE", line.store, "The file of formulas");
   AddArgument(rename, "OLD", line.name, "The name of the column in the store");
-  AddArgument(rename, "NEW", line.newName, "Its name from now on");
+  AddArgument(rename, "NEW", line.newName, "Its new name");
   rename->final_callback(
       [&line, &status] { status = RunRename(line.store, line.name, line.newName); });
 }
 
 void AddEdit(CLI::App &app, CommandLine &line, int &status) {
   CLI::App *edit = app.add_subcommand("edit", "Open the formula editor on a store");
-  AddArgument(edit, "STORE", line.store, "The file of formulas; made when it is not there");
-  AddData(edit, line, kDataOne);
-  edit->add_option("NAME", line.edit.name, "The formula to edit; a new one if not told")
+  AddArgument(edit, "STORE", line.store, "The file of formulas; created if missing");
+  AddData(edit, line, kDataNamed);
+  edit->add_option("NAME", line.edit.name, "The formula to edit; by default a new one")
       ->type_name("");
   edit->add_option("--mode", line.edit.mode,
-                   "What to write; if not told, what NAME is, or a\nformula")
+                   "What to write; by default what NAME is, or a\nformula")
       ->type_name("formula|range|set")
       ->check(Silent(CLI::IsMember({"formula", "range", "set"})));
-  edit->add_option("--values", line.edit.values, "The column whose values to list at once")
+  edit->add_option("--values", line.edit.values, "The column whose values are listed at the start")
       ->type_name("COLUMN")
       ->check(NotEmpty);
   edit->add_flag("--sql", line.edit.sql, "List the functions for databases too");
@@ -93,15 +93,16 @@ void AddLoad(CLI::App &app, CommandLine &line, int &status) {
 }
 
 void AddSql(CLI::App &app, CommandLine &line, int &status) {
-  CLI::App *sql = app.add_subcommand("sql", "Let a database compute stored formulas");
+  CLI::App *sql = app.add_subcommand("sql", "Write SQL that computes stored formulas, or run it");
   AddArgument(sql, "STORE", line.store, "The file of formulas");
   AddData(sql, line, kDataOne);
   sql->add_option("NAME", line.sql.names, "The formulas")->required()->type_name("");
   sql->add_option("--where", line.sql.conditions,
-                  "Rows only whose formula TEXT lies in the\nstored range or set NAME; all of them")
+                  "Only rows in which the formula TEXT lies in the\nstored range or set NAME; may "
+                  "be repeated")
       ->type_name("TEXT=NAME")
       ->allow_extra_args(false);
-  sql->add_option("--table", line.sql.table, "The table; named like the file if not told")
+  sql->add_option("--table", line.sql.table, "The table; by default the name of the file")
       ->type_name("TABLE")
       ->check(NotEmpty);
   CLI::Option *source =

@@ -69,7 +69,9 @@ bool Keep(Computation &computation, const std::vector<Formula> &all, size_t own,
   }
   const bool none = computation.formulas.empty() && !computation.mayBeEmpty;
   if (none) {
-    error = DisplayName(computation.options->store) + ": holds no formula that has a value";
+    const RowOptions &options = *computation.options;
+    const std::string &source = options.store.empty() ? options.formulaFiles[0] : options.store;
+    error = DisplayName(source) + ": holds no formula that has a value";
   }
   return !none;
 }

@@ -12,26 +12,38 @@ namespace {
 /* The signs of a condition outside of strings and quoted names. */
 struct Signs {
   size_t equals = std::string::npos; /* the last "=" */
-  bool compares = false;             /* there is another sign of a comparison */
+  const char *hint = "";             /* about what other languages write */
 };
 
-Signs FindSigns(const std::string &argument) {
-  Signs signs;
-  for (const Token &token : Tokens(argument)) {
-    if (token.kind == kTokenOther && token.text == "=") {
-      signs.equals = token.offset;
-    }
-    signs.compares =
-        signs.compares || (token.kind == kTokenOther &&
-                           std::string_view("<>!").find(token.text) != std::string_view::npos);
-  }
-  return signs;
-}
-
+constexpr char kFormsHint[] =
+    "\nhint: write 'a=5' for a value, 'a=1 AND 5' for a range, and \"b='x', 'y'\" for a set";
 constexpr char kCompareHint[] =
     "\nhint: there are no comparisons: 'a=1 AND 5' takes a from 1 to 5, and "
     "'NumberIFF(a - 5, 0, 0, 1)=1' what is greater than 5";
-constexpr char kDateHint[] = "\nhint: a date stands without quotes: 2024-01-31";
+constexpr char kEqualsHint[] = "\nhint: write one equal sign";
+constexpr char kDateHint[] = "\nhint: a date has no quotes: 2024-01-31";
+
+Signs FindSigns(const std::string &argument) {
+  Signs signs;
+  const Token *before = nullptr;
+  const std::vector<Token> tokens = Tokens(argument);
+  for (const Token &token : tokens) {
+    const bool sign = token.kind == kTokenOther;
+    if (sign && std::string_view("<>!").find(token.text) != std::string_view::npos) {
+      signs.hint = kCompareHint;
+    } else if (sign && token.text == "=") {
+      signs.equals = token.offset;
+      if (before != nullptr && before->text == "=" && before->offset + 1 == token.offset) {
+        signs.hint = kEqualsHint;
+      }
+    }
+    before = &token;
+  }
+  if (signs.equals == std::string::npos && *signs.hint == '\0') {
+    signs.hint = kFormsHint;
+  }
+  return signs;
+}
 
 /* Adds a formula under a name that no other has. */
 size_t Add(std::vector<Formula> &formulas, const std::string &text) {
@@ -74,9 +86,9 @@ bool ConditionTake(const std::string &argument, std::vector<Formula> &formulas,
                    Condition &condition, std::string &error) {
   const Signs signs = FindSigns(argument);
   const size_t equals = signs.equals;
-  if (equals == std::string::npos || signs.compares) {
+  if (*signs.hint != '\0') {
     error = "a condition is given as TEXT=RANGE, TEXT=SET or TEXT=VALUE, not as " +
-            DisplayName(argument) + (signs.compares ? kCompareHint : "");
+            DisplayName(argument) + signs.hint;
     return false;
   }
   std::string bounds = Trimmed(argument.substr(equals + 1));
@@ -107,7 +119,11 @@ bool ConditionFinish(EC ec, const std::vector<Formula> &formulas, Condition &con
   } else if (tested.type != bounds.type) {
     error = "--where: " + DisplayName(tested.text) + " is a " + TypeName(tested.type) + ", but " +
             DisplayName(bounds.text) + " a " + TypeName(bounds.type);
-    error += tested.type == ORL_TYPE_DATE && bounds.type == ORL_TYPE_STRING ? kDateHint : "";
+    if (tested.type == ORL_TYPE_DATE && bounds.type == ORL_TYPE_STRING) {
+      error += kDateHint;
+    } else if (ORLIsExpressionSimpleInput(ec, tested.exp) != 0 && tested.type == ORL_TYPE_STRING) {
+      error += "\nhint: `orli items` shows why " + DisplayName(tested.text) + " is a String";
+    }
   } else if ((kind == "formula") != (condition.count == 1)) {
     error = "--where: not a range, set or value: " + DisplayName(bounds.text);
   }

@@ -15,7 +15,24 @@ constexpr size_t kChunk = 1 << 16;
 /* A field larger than this is a closing quote that is missing. */
 constexpr size_t kLongestField = size_t{16} << 20;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kUtf16Marks[] = {"\xFF\xFE", "\xFE\xFF"};
+constexpr std::string_view kSeparator = "sep="; /* before a delimiter, on a line of its own */
+
+/* What begins in these ways is no text that can be read. */
+struct ForeignStart {
+  std::string_view bytes;
+  const char *problem;
+};
+constexpr ForeignStart kForeignStarts[] = {
+    {"\xFF\xFE", "is text in UTF-16; iconv -f UTF-16 -t UTF-8 converts it"},
+    {"\xFE\xFF", "is text in UTF-16; iconv -f UTF-16 -t UTF-8 converts it"},
+    {"PK\x03\x04", "is a spreadsheet or a zip archive; save the table in it as CSV"},
+    {"\xD0\xCF\x11\xE0", "is a spreadsheet; save it as CSV"},
+    {"(\xB5/\xFD", "is compressed with zstd; zstd -dc decompresses it"},
+    {"\xFD\x37zXZ", "is compressed with xz; xz -dc decompresses it"},
+    {"BZh91AY&SY", "is compressed with bzip2; bzip2 -dc decompresses it"},
+    {"PAR1\x15", "is a Parquet file; convert it to CSV"},
+    {"SQLite format 3", "is a database of SQLite; orli sql --dsn computes there"},
+};
 
 /* Takes rows off one input; what the two callbacks of the CSV parser work on. */
 struct InputState {
@@ -122,14 +139,33 @@ void OnRowEnd(int end, void *user) {
 std::string ParserProblem(const InputState &state, csv_parser &parser) {
   const int64_t line = state.row.starts.empty() ? state.line : state.row.line;
   if (csv_error(&parser) == CSV_EPARSE) {
-    return At(state, line, "a double quote where none may stand, or one that is never closed");
+    return At(state, line, "a double quote in the wrong place, or one that is never closed");
   }
   return At(state, line, csv_strerror(csv_error(&parser)));
 }
 
-/* What is skipped at the start of a file. */
-size_t MarkLength(std::string_view start) {
-  return start.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+/* What is skipped at the start of a file, and what it says. */
+struct Preamble {
+  size_t length = 0;     /* of the byte-order mark and the line "sep=;" */
+  int64_t lines = 0;     /* in it */
+  char delimiter = '\0'; /* that the line names */
+};
+
+Preamble PreambleOf(std::string_view start) {
+  Preamble preamble;
+  if (start.starts_with(kByteOrderMark)) {
+    preamble.length = kByteOrderMark.size();
+    start.remove_prefix(preamble.length);
+  }
+  constexpr size_t kPlace = kSeparator.size();
+  if (start.starts_with(kSeparator) && start.size() > kPlace + 1) {
+    const std::string_view rest = start.substr(kPlace + 1);
+    const size_t end = rest.starts_with("\r\n") ? 2 : rest.starts_with('\n') ? 1 : 0;
+    if (end != 0) {
+      preamble = {preamble.length + kPlace + 1 + end, 1, start[kPlace]};
+    }
+  }
+  return preamble;
 }
 
 ParserOwner NewParser(char delimiter) {
@@ -154,8 +190,10 @@ bool ReadChunk(ByteSource &source, csv_parser &parser, InputState &state) {
   if (got == 0) {
     return false;
   }
-  const size_t mark = state.begun ? 0 : MarkLength({chunk.data(), got});
+  const Preamble skipped = state.begun ? Preamble() : PreambleOf({chunk.data(), got});
+  const size_t mark = skipped.length;
   const size_t size = got - mark;
+  state.line += skipped.lines;
   state.begun = true;
   /* What makes no difference is looked for once in a chunk. A quoted field is told of at the byte
    * behind its last quote, which may be the first one of the next chunk. */
@@ -179,7 +217,12 @@ void FindDelimiter(std::string_view start, CsvInput &input) {
   size_t tabs = 0;
   bool quoted = false;
   bool empty = true;
-  for (const char byte : start.substr(MarkLength(start))) {
+  const Preamble preamble = PreambleOf(start);
+  if (preamble.delimiter != '\0') {
+    input.delimiter = preamble.delimiter;
+    return;
+  }
+  for (const char byte : start.substr(preamble.length)) {
     const bool lineEnd = byte == '\n' || byte == '\r';
     if (!quoted && lineEnd && !empty) {
       break;
@@ -211,9 +254,9 @@ bool LookAtStart(CsvInput &input, char delimiter, std::string &error) {
     return false;
   }
   const std::string_view start(chunk.data(), got);
-  for (const std::string_view mark : kUtf16Marks) {
-    if (start.starts_with(mark)) {
-      error = input.source.path + ": is text in UTF-16; iconv -f UTF-16 -t UTF-8 converts it";
+  for (const ForeignStart &foreign : kForeignStarts) {
+    if (start.starts_with(foreign.bytes)) {
+      error = input.source.path + ": " + foreign.problem;
       return false;
     }
   }

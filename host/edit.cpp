@@ -195,7 +195,8 @@ int Edit(const EditOptions &options, Session &session, const Store &old, const S
   }
   const Column *column = options.values.empty() ? nullptr : StoreColumn(edited, options.values);
   if (column == nullptr && !options.values.empty()) {
-    return Complain(session.csv.Path() + ": has no column " + DisplayName(options.values),
+    return Complain(session.csv.Path() + ": has no column " + DisplayName(options.values) +
+                        ColumnHint(edited.columns, options.values),
                     kExitWrong);
   }
   EditedStore store = {options.store, edited.ec.get(), file.bytes, FormulasOf(edited.ec.get()), {}};
@@ -219,7 +220,8 @@ int RunEdit(const EditOptions &options) {
     return Complain(error, kExitWrong);
   }
   if (!options.name.empty() && StoreFormula(old, options.name) == nullptr) {
-    return Refuse(file, "has no formula " + DisplayName(options.name));
+    return Refuse(file, "has no formula " + DisplayName(options.name) +
+                            FormulaHint(old.formulas, options.name));
   }
   const char *problem = ORLWindowSystemProblem();
   if (problem != nullptr) {

@@ -41,7 +41,7 @@ bool TakeKept(Evaluation &evaluation, std::string &error) {
     }
     const size_t index = FindByName(table.columns, name);
     if (index == table.columns.size()) {
-      error = "--keep: there is no column " + DisplayName(name);
+      error = "--keep: there is no column " + DisplayName(name) + ColumnHint(table.columns, name);
       return false;
     }
     evaluation.kept.push_back(index);
@@ -50,15 +50,22 @@ bool TakeKept(Evaluation &evaluation, std::string &error) {
 }
 
 /* The keys that --sort names: a formula of the run, a column, or a text of its own. */
-void TakeKeys(Evaluation &evaluation) {
+bool TakeKeys(Evaluation &evaluation, std::string &error) {
   Computation &computation = evaluation.computation;
   for (const std::string &argument : evaluation.options->rows.sort) {
     const SortArgument key = SortArgumentOf(argument);
     const std::vector<Column> &columns = computation.session.table.columns;
     const size_t column = FindByName(columns, key.name);
-    std::string text = column != columns.size() ? columns[column].name : key.name;
+    bool known = column != columns.size();
+    std::string text = known ? columns[column].name : key.name;
     for (const Formula &formula : computation.formulas) {
-      text = formula.title == key.name || formula.name == key.name ? formula.text : text;
+      const bool named = formula.title == key.name || formula.name == key.name;
+      text = named ? formula.text : text;
+      known = known || named;
+    }
+    error = known ? "" : SortProblem(key.name);
+    if (!error.empty()) {
+      return false;
     }
     const std::string number = std::to_string(evaluation.sorter.keys.size() + 1);
     computation.formulas.push_back(FormulaOf("\"--sort " + number + "\"", text));
@@ -66,6 +73,7 @@ void TakeKeys(Evaluation &evaluation) {
     computation.formulas.back().shown = false;
     evaluation.sorter.keys.push_back({ORL_TYPE_NUMBER, key.descending});
   }
+  return true;
 }
 
 /* Names the columns of the output. A formula takes the place of a kept column of its name. */
@@ -186,8 +194,7 @@ int RunEval(const EvalOptions &options) {
   }
   RowConsumer consumer;
   consumer.open = [&evaluation](std::string &error) {
-    TakeKeys(evaluation);
-    return TakeKept(evaluation, error);
+    return TakeKeys(evaluation, error) && TakeKept(evaluation, error);
   };
   consumer.begin = [&evaluation](std::string & /*error*/) {
     Begin(evaluation);

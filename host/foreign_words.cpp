@@ -9,10 +9,10 @@ namespace {
 constexpr std::string_view kJoin = "texts are joined by ||";
 constexpr std::string_view kPower = "write Power(a, b) for a to the power of b";
 constexpr std::string_view kQuoted =
-    "names that are not plain stand in double quotes: \"wind speed\"";
-constexpr std::string_view kPlainQuotes = "texts stand in plain quotes, ', and names in \"";
+    "names that are not plain are written in double quotes: \"wind speed\"";
+constexpr std::string_view kPlainQuotes = "texts are written in plain quotes, ', and names in \"";
 constexpr std::string_view kPlainMinus = "write the plain minus sign, -";
-constexpr std::string_view kPlainBlank = "a blank that is no plain one stands there";
+constexpr std::string_view kPlainBlank = "a special blank is there; write a plain one";
 constexpr std::string_view kNumberText =
     "NumberToStr(n, 2) makes a text of a number, DateToStrPicture(d, 'd.M.yyyy') of a date";
 constexpr std::string_view kEmpty =
@@ -32,7 +32,8 @@ constexpr Foreign kSigns[] = {
     {"]", kQuoted},
     {";", "arguments are separated by commas"},
     {"?", "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by the sign of a number"},
-    {"{", "dates are written plain: 2024-01-31"},
+    {"{", "there are no braces: a date is written 2024-01-31, a name \"wind speed\""},
+    {"&&", "there is no AND of conditions: those of NumberIFF, as 1 and 0, are multiplied"},
 };
 
 constexpr Foreign kCharacters[] = {
@@ -69,7 +70,7 @@ struct ForeignWords {
 };
 
 constexpr ForeignWords kWords[] = {
-    {kWordAlone, "now today @now curdate sysdate getdate",
+    {kWordAlone, "now today @now curdate sysdate getdate current_date current_timestamp",
      "formulas have no clock: write the date, as in 2024-01-31"},
     {kWordAlone, "null none nil na",
      "there is no word for an empty value: StrToDate('') is an empty Date, NumberMod(0, 0) an "
@@ -79,6 +80,7 @@ constexpr ForeignWords kWords[] = {
      "the larger of two is NumberIFF(a - b, b, a, a), the smaller NumberIFF(a - b, a, a, b)"},
     {kWordAlone, "sum avg count mean median",
      "a formula sees one row; `orli report` computes figures of many"},
+    {kWordAlone, "pi", "write the number: 3.14159265358979"},
     {kWordCalled, "len strlen", "StrLength(s) is the length of a text"},
     {kWordCalled, "lower tolower", "StrLower(s) makes small letters"},
     {kWordCalled, "upper toupper", "StrUpper(s) makes capitals"},
@@ -101,13 +103,16 @@ constexpr ForeignWords kWords[] = {
     {kWordCalled, "day", "DateDay(d) is the day of a date"},
     {kWordCalled, "text format str tostring to_char", kNumberText},
     {kWordCalled, "value val tonumber to_number", "StrToNumber(s) makes a number of a text"},
-    {kWordCalled, "todate to_date datevalue",
+    {kWordCalled, "todate to_date datevalue date",
      "StrToDate(s) makes a date of a text, DateConstruct(year, month, day, 0, 0, 0) of numbers"},
     {kWordCalled, "isnull ifnull nvl coalesce isblank isempty", kEmpty},
     {kWordCalled, "switch decode lookup vlookup",
      "StrTranslate(s, 'a,b', 'x,y') looks a text up in a list, StrCase(n, 'x,y') a number"},
     {kWordBetween, "is", kEmpty},
-    {kWordBetween, "like", "StrScan(s, part) finds a part of a text, and is -1 without one"},
+    {kWordBetween, "as",
+     "a value is converted by a function: NumberToStr, DateToStr, StrToNumber, StrToDate"},
+    {kWordBetween, "like contains",
+     "StrScan(s, part) finds a part of a text, and is -1 without one"},
     {kWordBetween, "div", "write / for a quotient"},
     {kWordBetween, "mod", "write NumberMod(a, b) for the remainder of a division"},
     {kWordBetween, "week weeks quarter quarters",
@@ -129,8 +134,10 @@ constexpr Conversion kConversions[] = {
     {ORL_ERR_OPERATORDATE,
      "a Date takes + and - alone: date + 7 DAYS, or date - date for the days between two"},
     {ORL_ERR_TYPENUM,
-     "what follows a number is a number too: StrToNumber(s) makes one of a text; a date to be "
-     "moved comes first, date + 7 DAYS"},
+     "a Number is needed here: StrToNumber(s) makes one of a text; a Date is moved by a Number, "
+     "date + 7 DAYS"},
+    {ORL_ERR_TYPENUMDATE,
+     "a date is written without quotes, 2024-01-31; StrToDate(s) makes one of a text"},
     {ORL_ERR_PARMNUM, "StrToNumber(s) makes a number of a text"},
     {ORL_ERR_PARMSTR, "NumberToStr(n, 2) and DateToStr(d) make texts of numbers and dates"},
     {ORL_ERR_PARMDATE, "StrToDate(s) makes a date of a text"},
@@ -138,7 +145,8 @@ constexpr Conversion kConversions[] = {
     {ORL_ERR_INVALIDDATE, "a date is written 2024-01-31, with a time 2024-01-31 21:30:15"},
     {ORL_ERR_BETWEEN, "both ends of a range have one type"},
     {ORL_ERR_RANGETYPE, "all members of a set have one type"},
-    {ORL_ERR_IMBEDDEDRANGE, "a range or set stands alone; --where takes it: --where 'column=name'"},
+    {ORL_ERR_IMBEDDEDRANGE,
+     "a range or set is written alone; --where takes it: --where 'column=name'"},
 };
 
 bool HasWord(std::string_view words, std::string_view wanted) {

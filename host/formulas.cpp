@@ -12,6 +12,7 @@
 #include "host/display.h"
 #include "host/hints.h"
 #include "host/messages.h"
+#include "host/nearest.h"
 #include "host/tokens.h"
 #include "host/underline.h"
 
@@ -167,13 +168,24 @@ bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error, s
     error = CircleMessage(ec, formulas, places, failed);
   } else {
     formulas[failed].problem = problem;
+    std::vector<Formula> others = formulas; /* it cannot call itself */
+    others.erase(others.begin() + place);
     error = "formula " + DisplayName(formulas[failed].title) + ": " +
-            ErrorWithPlace(ec, formulas[failed].text, problem, formulas);
+            ErrorWithPlace(ec, formulas[failed].text, problem, others);
   }
   if (wrong != nullptr) {
     *wrong = failed;
   }
   return false;
+}
+
+std::string FormulaHint(const std::vector<Formula> &formulas, const std::string &name) {
+  std::vector<std::string> titles;
+  titles.reserve(formulas.size());
+  for (const Formula &formula : formulas) {
+    titles.push_back(formula.title);
+  }
+  return NearestHint(name, titles);
 }
 
 const char *FormulaKind(EC ec, HEXP exp) {

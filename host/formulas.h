@@ -33,6 +33,9 @@ std::string_view UnknownCall(const Formula &formula);
 bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error,
                     size_t *wrong = nullptr);
 
+/* The hint about a name that no formula has; empty when none is near. */
+std::string FormulaHint(const std::vector<Formula> &formulas, const std::string &name);
+
 /* "formula", "range" or "set"; only the first has values. */
 const char *FormulaKind(EC ec, HEXP exp);
 

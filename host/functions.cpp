@@ -35,7 +35,7 @@ int List() {
   }
   std::printf(
       "\nFunctions marked %s are computed by databases too: see orli sql.\n"
-      "orli functions NAME tells all about one, with examples.\n",
+      "orli functions NAME describes one, with examples.\n",
       kForDatabases);
   return kExitGood;
 }

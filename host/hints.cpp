@@ -168,21 +168,24 @@ std::string In(const Case &wrong) {
 }
 
 std::string ForeignSign(const Case &wrong) {
-  for (const Token &token : wrong.tokens) {
-    const bool sign = token.kind == kTokenOther || token.text == "%";
-    const std::string_view hint = sign ? HintForSign(token.text) : std::string_view();
-    if (!hint.empty()) {
-      return std::string(hint);
-    }
-  }
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
     const std::string pair =
         std::string(wrong.tokens[i].text) + std::string(wrong.tokens[i + 1].text);
+    if (pair == "&&") {
+      return std::string(HintForSign(pair));
+    }
     if (pair == "**") {
       return std::string(HintForSign("^"));
     }
     if (pair == "/*" || pair == "//") {
       return std::string(kNoComments);
+    }
+  }
+  for (const Token &token : wrong.tokens) {
+    const bool sign = token.kind == kTokenOther || token.text == "%";
+    const std::string_view hint = sign ? HintForSign(token.text) : std::string_view();
+    if (!hint.empty()) {
+      return std::string(hint);
     }
   }
   const bool amount = wrong.word.size() > 1 && wrong.word[0] == '$' &&
@@ -278,7 +281,7 @@ std::string StringInNameQuotes(const Case &wrong) {
   const std::string_view inside = token.text.substr(1, token.text.size() - 2);
   std::string column = ColumnOfHeader(wrong, inside);
   column = column.empty() ? Nearest(token.text, wrong.names.columns) : column;
-  return column.empty() ? "a text stands in single quotes: '" + DisplayName(inside) + "'"
+  return column.empty() ? "a text is written in single quotes: '" + DisplayName(inside) + "'"
                         : DidYouMean(column);
 }
 
@@ -334,7 +337,7 @@ std::string NearName(const Case &wrong) {
       near += near.empty() ? "" : "()";
     }
     return near.empty() && Near(wrong, 0).kind == kTokenName
-               ? "no column has this name; a text stands in single quotes: '" +
+               ? "no column has this name; a text is written in single quotes: '" +
                      std::string(wrong.word) + "'"
                : DidYouMean(near);
   }
@@ -346,27 +349,29 @@ std::string NearName(const Case &wrong) {
   return DidYouMean(Nearest(wrong.word, called));
 }
 
-/* Tells of a String column where another type is wanted, since it may only have become one by a
- * few odd fields. */
-std::string TextColumn(const Case &wrong) {
-  const bool behind = wrong.error.id == ORL_ERR_OPERATORSTR;
-  const bool isText = behind || wrong.error.id == ORL_ERR_TYPENUM ||
-                      wrong.error.id == ORL_ERR_PARMNUM || wrong.error.id == ORL_ERR_PARMDATE;
-  const std::string name(Near(wrong, behind ? -1 : 0).text);
-  return isText && Contains(wrong.names.texts, name)
-             ? "`" + DisplayName(name) + "` is a String, and `orli items` tells why; "
-             : std::string();
-}
-
+/* What to write for the value of a wrong type: a column without its quotes, or a conversion. A
+ * String column may only have become one by a few odd fields. */
 std::string Converted(const Case &wrong) {
-  const std::string_view hint = HintForError(wrong.error.id);
-  return hint.empty() ? std::string() : TextColumn(wrong) + std::string(hint);
+  const std::string hint(HintForError(wrong.error.id));
+  const bool atOperator = wrong.error.id == ORL_ERR_OPERATORSTR;
+  const bool isText = atOperator || wrong.error.id == ORL_ERR_TYPENUM ||
+                      wrong.error.id == ORL_ERR_TYPENUMDATE || wrong.error.id == ORL_ERR_PARMNUM ||
+                      wrong.error.id == ORL_ERR_PARMDATE;
+  const Token token = Near(wrong, atOperator ? -1 : 0);
+  if (isText && token.kind == kTokenString) {
+    const std::string column = ColumnOfHeader(wrong, Unquoted(token.text));
+    return column.empty() ? hint
+                          : "a column has no single quotes: write `" + DisplayName(column) + "`";
+  }
+  return isText && Contains(wrong.names.texts, std::string(token.text))
+             ? "`" + DisplayName(token.text) + "` is a String, and `orli items` shows why; " + hint
+             : hint;
 }
 
 /* What the arguments of a call are. */
 std::string Arguments(const Case &wrong) {
   const bool count = wrong.error.id == ORL_ERR_NUMPARMSHI || wrong.error.id == ORL_ERR_NUMPARMSLO;
-  return count ? "`orli functions " + std::string(wrong.word) + "` tells the arguments"
+  return count ? "`orli functions " + std::string(wrong.word) + "` shows the arguments"
                : std::string();
 }
 
@@ -389,6 +394,16 @@ std::string NoUnit(const Case &wrong) {
     }
   }
   return {};
+}
+
+/* 2 MONTHS 3 DAYS, which the scanner takes for a date. */
+std::string SeveralUnits(const Case &wrong) {
+  const auto units = std::count_if(
+      wrong.tokens.begin(), wrong.tokens.end(),
+      [](const Token &token) { return token.kind == kTokenName && IsUnitWord(token.text); });
+  return wrong.error.id == ORL_ERR_INVALIDDATE && units > 0
+             ? "each unit has a sign of its own: date + 2 MONTHS + 3 DAYS"
+             : "";
 }
 
 /* What a text lacks: a parenthesis, an operator between two values, a value at its end. */
@@ -429,9 +444,9 @@ std::string Missing(const Case &wrong) {
 
 /* The first rule that has something to say gives the hint. */
 constexpr std::string (*kRules[])(const Case &wrong) = {
-    Unclosed, ForeignCharacter, UnitWord,           NeedsQuotes, Comparison, Logic,  In,
-    Exponent, ForeignSign,      StringInNameQuotes, Sign,        NeedsCall,  NoCall, ForeignWord,
-    NearName, Arguments,        Converted,          NoUnit,      Missing,
+    Unclosed, ForeignCharacter, UnitWord,           NeedsQuotes, Comparison, Logic,   In,
+    Exponent, ForeignSign,      StringInNameQuotes, Sign,        NeedsCall,  NoCall,  ForeignWord,
+    NearName, Arguments,        SeveralUnits,       Converted,   NoUnit,     Missing,
 };
 
 }  // namespace

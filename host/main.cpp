@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <memory>
 
 #include "host/command_line.h"
 #include "host/display.h"
@@ -35,11 +36,25 @@ constexpr const char *kFooter =
     "  orli eval data/weather.csv --store weather.store --formula warm='mean() - 10'\n"
     "  orli edit weather.store data/weather.csv mean\n"
     "\n"
-    "A text that begins with a minus stands after --, as in: orli check DATA.csv -- '-.5 + wind'\n"
+    "A text that begins with a minus goes after --, as in: orli check DATA.csv -- '-.5 + wind'\n"
     "Exit status: 0 done, 1 the data or a formula is wrong, 2 the command line is wrong.";
+
+/* The help with one empty line before each group of options, not two. */
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_help(const CLI::App *app, std::string name,
+                        CLI::AppFormatMode mode) const override {
+    std::string help = CLI::Formatter::make_help(app, std::move(name), mode);
+    for (size_t at = 0; (at = help.find("\n\n\n", at)) != std::string::npos;) {
+      help.erase(at, 1);
+    }
+    return help;
+  }
+};
 
 void StyleHelp(CLI::App &app) {
   constexpr size_t kColumn = 44;
+  app.formatter(std::make_shared<HelpFormatter>());
   app.get_formatter()->column_width(kColumn);
   app.get_formatter()->label("REQUIRED", "(required)");
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
@@ -68,7 +83,7 @@ std::string UsageMessage(const CLI::App &app, const CLI::ParseError &error) {
     if (argument.size() > 1 && argument.front() == '-' && argument != "--") {
       const std::string near = DidYouMean(argument, OptionNames(app));
       return "unknown option: " + argument +
-             (near.empty() ? " (a name or text that begins with a minus stands after --)" : near);
+             (near.empty() ? " (a name or text that begins with a minus goes after --)" : near);
     }
   }
   if (app.get_subcommands().empty()) {

@@ -4,6 +4,8 @@
 #include <cctype>
 #include <numeric>
 
+#include "host/display.h"
+
 namespace {
 
 /* How many letters must change to make one word of the other; two that are swapped count as one. */
@@ -49,4 +51,9 @@ std::string Nearest(std::string_view word, const std::vector<std::string> &names
     }
   }
   return nearest;
+}
+
+std::string NearestHint(std::string_view word, const std::vector<std::string> &names) {
+  const std::string near = Nearest(word, names);
+  return near.empty() ? near : "\nhint: did you mean `" + DisplayName(near) + "`?";
 }

@@ -207,7 +207,10 @@ bool TakeKeys(Report &report, std::string &error) {
       ++column;
     }
     if (column == formulas.size()) {
-      error = "--sort: the report has no column " + DisplayName(key.name);
+      const std::string problem = SortProblem(key.name);
+      error = problem.empty() ? "--sort: the report has no column " + DisplayName(key.name) +
+                                    FormulaHint(formulas, key.name)
+                              : problem;
       return false;
     }
     report.sortedBy.emplace_back(column, key.descending);

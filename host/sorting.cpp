@@ -1,9 +1,11 @@
 #include "host/sorting.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <string_view>
 
+#include "host/tokens.h"
 #include "host/values.h"
 
 SortArgument SortArgumentOf(const std::string &argument) {
@@ -12,6 +14,17 @@ SortArgument SortArgumentOf(const std::string &argument) {
       colon == std::string::npos ? std::string_view() : std::string_view(argument).substr(colon);
   const bool known = order == ":asc" || order == ":desc";
   return {known ? argument.substr(0, colon) : argument, order == ":desc"};
+}
+
+std::string SortProblem(const std::string &name) {
+  if (MembersOf(name).size() > 1) {
+    return "--sort takes one name; give it once for each: --sort a --sort b:desc";
+  }
+  const size_t colon = name.rfind(':');
+  const bool word = colon != std::string::npos && colon + 1 < name.size() &&
+                    std::all_of(name.begin() + static_cast<std::ptrdiff_t>(colon) + 1, name.end(),
+                                [](unsigned char byte) { return std::isalpha(byte) != 0; });
+  return word ? "--sort: the order is asc or desc, not " + name.substr(colon + 1) : "";
 }
 
 SortValue SortValueOf(int32_t type, const void *block) {

@@ -16,6 +16,9 @@ struct SortArgument {
   bool descending = false;
 };
 SortArgument SortArgumentOf(const std::string &argument);
+/* What is wrong with a key whose name nothing has: an unknown order, or several names. Empty when
+ * neither is the case. */
+std::string SortProblem(const std::string &name);
 
 struct SortKey {
   int32_t type = ORL_TYPE_NUMBER;

@@ -52,7 +52,7 @@ bool FindFormula(const Plan &plan, const std::string &name, size_t &place, std::
       [&name](const Formula &formula) { return formula.name == name || formula.title == name; });
   place = static_cast<size_t>(found - plan.formulas.begin());
   if (found == plan.formulas.end()) {
-    error = "the store has no formula " + DisplayName(name);
+    error = "the store has no formula " + DisplayName(name) + FormulaHint(plan.formulas, name);
   }
   return error.empty();
 }
@@ -71,6 +71,7 @@ bool TakeCondition(Plan &plan, const std::string &argument, std::string &error) 
   plan.conditions.push_back({plan.formulas.size(), bounds});
   const std::string name = "\"--where " + std::to_string(plan.conditions.size()) + "\"";
   plan.formulas.push_back(FormulaOf(name, argument.substr(0, equals)));
+  plan.formulas.back().title = "of --where";
   return true;
 }
 
@@ -80,8 +81,8 @@ bool CheckKinds(EC ec, const Plan &plan, std::string &error) {
     const Formula &formula = plan.formulas[place];
     const std::string kind = FormulaKind(ec, formula.exp);
     if ((kind == "formula") != value) {
-      error = DisplayName(formula.title) + " is a " + kind +
-              (value ? " and has no value; it can stand in a --where"
+      error = (value ? "formula " : "") + DisplayName(formula.title) + " is a " + kind +
+              (value ? " and has no value; --where takes it"
                      : "; --where takes TEXT=NAME with the name of a range or set");
     }
   };
@@ -247,7 +248,7 @@ bool SqlBuild(const SqlOptions &options, const Session &session, SqlQuery &query
 
 int RunSql(const SqlOptions &options) {
   if (options.table.empty() && options.data.paths[0] == "-") {
-    return Complain("a file without a name needs --table; orli --help tells more", kExitUsage);
+    return Complain("a file without a name needs --table; see orli --help", kExitUsage);
   }
   return WithSession(options.data, [&options](const Session &session) {
     SqlQuery query;

@@ -7,8 +7,8 @@
 
 namespace {
 
-int NoFormula(const StoreFile &file, const std::string &name) {
-  return Refuse(file, "has no formula " + DisplayName(name));
+int NoFormula(const Store &store, const StoreFile &file, const std::string &name) {
+  return Refuse(file, "has no formula " + DisplayName(name) + FormulaHint(store.formulas, name));
 }
 
 int Save(const StoreFile &file, const std::string &bytes) {
@@ -76,7 +76,7 @@ int RunShow(const std::string &store, const std::string &name) {
   return WithStore(store, kStoreRead, [&name](const Store &opened, const StoreFile &file) {
     const Formula *formula = StoreFormula(opened, name);
     if (formula == nullptr) {
-      return NoFormula(file, name);
+      return NoFormula(opened, file, name);
     }
     std::puts(formula->text.c_str());
     return static_cast<int>(kExitGood);
@@ -87,7 +87,7 @@ int RunDelete(const std::string &store, const std::string &name) {
   return WithStore(store, kStoreChange, [&name](const Store &opened, const StoreFile &file) {
     const Formula *formula = StoreFormula(opened, name);
     if (formula == nullptr) {
-      return NoFormula(file, name);
+      return NoFormula(opened, file, name);
     }
     const std::vector<std::string> users = StoreUsers(opened, ORL_FORMULA, formula->name);
     if (ORLDestroyEXP(opened.ec.get(), formula->exp) == 0) {
@@ -104,7 +104,9 @@ int RunUses(const std::string &store, const std::string &name) {
     const Formula *formula = StoreFormula(opened, name);
     const bool isFunction = ORLIsExpNameUnique(opened.ec.get(), nullptr, name.c_str()) == 0;
     if (column == nullptr && formula == nullptr && !isFunction) {
-      return Refuse(file, "there is no column, function or formula " + DisplayName(name));
+      const std::string hint = ColumnHint(opened.columns, name);
+      return Refuse(file, "there is no column, function or formula " + DisplayName(name) +
+                              (hint.empty() ? FormulaHint(opened.formulas, name) : hint));
     }
     const std::string wanted[] = {name, column != nullptr ? column->name : "",
                                   formula != nullptr ? formula->name : ""};

@@ -147,7 +147,7 @@ int RunRename(const std::string &store, const std::string &from, const std::stri
   return WithStore(store, kStoreChange, [&](const Store &opened, const StoreFile &file) {
     const Column *column = StoreColumn(opened, from);
     if (column == nullptr) {
-      return Refuse(file, "has no column " + DisplayName(from));
+      return Refuse(file, "has no column " + DisplayName(from) + ColumnHint(opened.columns, from));
     }
     const std::string header = FormulaOf(to, "").title;
     const std::string renamed = WrittenName(opened.ec.get(), header);

@@ -269,7 +269,7 @@ class Databases(support.FolderCase):
         self.assertEqual((status, output.decode().partition(" FROM ")[2]),
                          (0, '"odd" AS t WHERE (t."a" * 2) BETWEEN 0 AND 9'
                           " AND (t.\"-- e\") BETWEEN 0 AND 9 AND (t.\"s\") IN ('x', ('x''' ||  {fn UCASE('y') } ))\n"))
-        for name in (b"empty", b"--where 2"):
+        for name in (b"empty", b"of --where"):
             self.assertIn(b'orli: formula %s computes with the empty fields of "-- e"' % name, errors)
 
     def test_refusals(self):
@@ -280,12 +280,12 @@ class Databases(support.FolderCase):
             (["mean", "user"], "formula padded uses StrPad"), (["next"], "not for a database: formula next: ERR_OPERATORDATE"),
             (["noon"], "formula noon has a time without a day"), (["quote"], "formula quote has a text with a backslash"),
             (["end"], "formula end has a text with a backslash"),
-            (["mild"], "mild is a range and has no value"), (["nope"], "the store has no formula nope"),
+            (["mild"], "formula mild is a range and has no value"), (["nope"], "the store has no formula nope"),
             (["d19"], "formula d19 is too long"), (["mean", "--where", "mean()"], "a condition is given as TEXT=NAME"),
             (["mean", "--where", "wind=mean"], "mean is a formula;"),
             (["mean", "--where", "weather=mild"], "mild has type Number and cannot bound a String"),
-            (["mean", "--where", "2 AND 3=mild"], "--where 1 is a range"),
-            (["mean", "--where", "rain=mild"], "formula --where 1: ERR_VAR"),
+            (["mean", "--where", "2 AND 3=mild"], "formula of --where is a range"),
+            (["mean", "--where", "rain=mild"], "formula of --where: ERR_VAR"),
             (["mean", "--dsn", "Driver=NoSuchDriver"], "SQLSTATE "),
         )
         for arguments, expected in rows:
