@@ -1,7 +1,7 @@
-/* orli11_block.h - the layout of a stored context, for hosts that look into blocks by themselves.
+/* orli11_block.h - the layout of a stored context, for hosts that read blocks themselves.
  *
  *   block    version:u8 operators:text[20] inputs? formulas?          little-endian, without gaps
- *   section  tag:u16 count:u16 rows                                   left out where it has no rows
+ *   section  tag:u16 count:u16 rows                                   omitted when it has no rows
  *   inputs   tag 250, each row an OrlStoredInput and the routine's name:text
  *   formulas tag 252, each row text:text name:text
  *   text     its bytes and one zero byte
@@ -22,8 +22,8 @@ enum {
 };
 
 #pragma pack(push, 1)
-/* The fixed part of an input row. Its fields are those of ExprItem; where that has addresses, here
- * are zeros. */
+/* The fixed part of an input row. Its fields are those of ExprItem, with zeros in place of
+ * addresses. */
 typedef struct {
   int16_t kind;
   int16_t dataType;

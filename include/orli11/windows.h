@@ -1,12 +1,12 @@
-/* windows.h - what the formula editor needs of a window system, as one table of operations.
+/* windows.h - the operations of a window system that the formula editor needs, as one table.
  *
- * The engine draws nothing and waits for nothing by itself: a window system makes dialogs from the
- * engine's templates, keeps the state of their controls and sends each event to the procedure of
- * the window that it is for. Without one no dialog can be created.
+ * The engine draws nothing and has no event loop: a window system creates dialogs from the engine's
+ * templates, keeps the state of their controls and sends each event to the procedure of its window.
+ * Without one no dialog can be created.
  *
  * Messages, notifications and their parameters are those of the Win32 interface, with its numbers,
  * in the subset below. Texts are zero-terminated bytes in the active code page; positions and
- * lengths in texts are bytes. All calls and events come on the thread that runs the dialog.
+ * lengths in texts are bytes. All calls and events are on the thread that runs the dialog.
  */
 #ifndef ORLI11_WINDOWS_H
 #define ORLI11_WINDOWS_H
@@ -39,19 +39,19 @@ typedef enum {
 /* Styles of controls. */
 enum {
   ORL_STYLE_CENTERED = 1,    /* label: the text is centred */
-  ORL_STYLE_LINES = 2,       /* edit of lines, ended by \n; without it one that scrolls sideways */
+  ORL_STYLE_LINES = 2,       /* edit of several lines, separated by \n; otherwise of one line */
   ORL_STYLE_SORTED = 4,      /* list: LB_ADDSTRING keeps the rows in the order of lstrcmpiA */
   ORL_STYLE_NOTIFY = 8,      /* list: notifies the dialog of selections and double clicks */
   ORL_STYLE_OWNER_DRAW = 16, /* list: rows are drawn by the dialog, all of one height */
   ORL_STYLE_GROUP = 32,      /* starts a group */
-  ORL_STYLE_NO_TAB = 64,     /* the tab key passes it by */
+  ORL_STYLE_NO_TAB = 64,     /* the tab key skips it */
   ORL_STYLE_DEFAULT = 128,   /* button: pressed by the Return key */
-  ORL_STYLE_KEEP_SELECTION = 256, /* edit: shows its selection without the focus too */
+  ORL_STYLE_KEEP_SELECTION = 256, /* edit: shows its selection also without the focus */
   ORL_STYLE_SCROLL_BAR = 512,     /* edit of several lines: with a vertical scroll bar */
-  ORL_STYLE_READ_ONLY = 1024      /* edit: its dialog keeps the user from changing the text */
+  ORL_STYLE_READ_ONLY = 1024      /* edit: its dialog prevents changes by the user */
 };
 
-/* A control; its place in dialog units. An id of -1 is addressed by nothing. */
+/* A control; its rectangle in dialog units. A control with id -1 cannot be addressed. */
 typedef struct {
   int32_t id;
   OrlControlKind kind;
@@ -83,8 +83,8 @@ typedef struct {
 /* ---- Events ---------------------------------------------------------------------------------- */
 
 enum {
-  ORL_WM_DESTROY = 2,  /* the window is going; its children are still there */
-  ORL_WM_SETFOCUS = 7, /* control: it gets the focus; wParam: the window that had it or null */
+  ORL_WM_DESTROY = 2,  /* the window is being destroyed; its children still exist */
+  ORL_WM_SETFOCUS = 7, /* control: it receives the focus; wParam: the window that had it or null */
   ORL_WM_PAINT = 15,   /* dialog: it is shown or redrawn */
   ORL_WM_CLOSE = 16,   /* dialog: the user closes it by its frame */
   ORL_WM_SETCURSOR = 32,
@@ -108,7 +108,7 @@ enum {
 /* Notifications of controls in WM_COMMAND. */
 enum {
   ORL_BN_CLICKED = 0,
-  ORL_LBN_SELCHANGE = 1, /* the user has made another row current */
+  ORL_LBN_SELCHANGE = 1, /* the user has selected another row */
   ORL_LBN_DBLCLK = 2,
   /* The text has changed: by the user, by the clipboard messages; an edit of one line reports it
    * also when the program sets its text, one of several lines does not. */
@@ -131,14 +131,14 @@ enum {
   ORL_VK_BACK = 8
 };
 
-/* Commands that have no control: the Return key without a default button, Escape and the frame's
- * close box of a modal dialog. */
+/* Commands without a control: the Return key when there is no default button, Escape and the close
+ * button of a modal dialog. */
 enum { ORL_ID_OK = 1, ORL_ID_CANCEL = 2 };
 
 /* Messages to an edit. */
 enum {
   ORL_EM_GETSEL = 176,    /* wParam, lParam: int32_t * for start and end, or null */
-  ORL_EM_SETSEL = 177,    /* start, end: beyond the text is its end; 0, -1 is everything */
+  ORL_EM_SETSEL = 177,    /* start, end: clamped to the text; 0, -1 is everything */
   ORL_EM_GETMODIFY = 184, /* 1 when the user has changed the text since the program set it */
   ORL_EM_SETMODIFY = 185,
   ORL_EM_LIMITTEXT = 197, /* bytes that the user can enter; 0: no limit */
@@ -180,7 +180,7 @@ typedef struct {
   int32_t height; /* set by the dialog */
 } OrlMeasureItem;
 
-/* What a row's drawing is asked for, and its state. */
+/* The action for drawing a row, and the row's state. */
 enum {
   ORL_DRAW_ENTIRE = 1,
   ORL_DRAW_SELECT = 2,
@@ -193,7 +193,7 @@ typedef struct {
   int32_t control, row; /* row -1: an empty list */
   uint32_t action, state;
   OrlWindow list;
-  void *surface; /* to be given to the drawing operations */
+  void *surface; /* to be passed to the drawing operations */
   OrlRect rect;
   intptr_t data;
 } OrlDrawItem;
@@ -213,103 +213,107 @@ enum {
 /* Metrics of the screen. */
 enum { ORL_SM_CXFULLSCREEN = 16, ORL_SM_CYFULLSCREEN = 17 };
 
-/* ---- A host beside the editor ---------------------------------------------------------------- */
+/* ---- The host of an editor ------------------------------------------------------------------- */
 
 /* `flags` of OrlEditorHost. */
 enum {
-  ORL_HOST_DISCARDS = 1, /* what the user has changed is discarded without a question */
-  ORL_HOST_UNAIDED = 2   /* nothing is offered or said while the user types */
+  ORL_HOST_DISCARDS = 1, /* changes of the user are discarded without a question */
+  ORL_HOST_UNAIDED = 2   /* no completion or checks while the user types */
 };
 
-/* What the user wants help with. The texts last for the call. */
+/* What the user requests help with. The strings are valid during the call. */
 typedef struct {
   uint32_t size;
-  OrlWindow dialog;    /* whose user asks */
+  OrlWindow dialog;    /* of the user */
   int32_t control;     /* the id of the control that has the focus, or 0 */
   int32_t number;      /* of the page, or 0 with a key */
-  const char *key;     /* the function that is chosen, "Error messages", or null */
-  const char *message; /* of a box its text, else empty */
-  const char *path;    /* as ORLSetHelpPath has it */
+  const char *key;     /* the selected function, "Error messages", or null */
+  const char *message; /* of a message box: its text, else empty */
+  const char *path;    /* as set by ORLSetHelpPath */
   int32_t context;
 } OrlHelp;
 
 /* What a host adds to the formula editor, for window systems with SetEditorHost. Each routine may
- * be null and gets `user`; it runs on the thread of the dialog, and may show boxes over it. */
+ * be null and receives `user`; it runs on the thread of the dialog, and may show message boxes over
+ * it. */
 typedef struct {
   uint32_t size; /* of the record that the host was compiled with; later ones grow at the end */
   uint32_t flags;
   void *user;
-  /* The text is good and is to be stored: as a new expression where `exp` is null, else in place of
-   * that one. `name` is empty where one will be generated. 0: it is not, and stays in the editor.
+  /* A valid text is about to be stored: as a new expression where `exp` is null, else in place of
+   * that one. `name` is empty where one will be generated. 0 prevents that; the text then stays in
+   * the editor.
    */
   int32_t (*MaySave)(void *user, OrlWindow dialog, HEXP exp, const char *text, const char *name);
-  /* The user has stored, renamed or deleted an expression, and does not see it yet. */
+  /* The user has stored, renamed or deleted an expression; called before the dialog shows it. */
   void (*Changed)(void *user, OrlWindow dialog);
-  /* The user asks for help, at a control or with a row of functions chosen. */
+  /* The user requests help, for a control or a selected function. */
   void (*Help)(void *user, const OrlHelp *help);
-  /* Writes what is known of a function, cut to `size` bytes with its terminator: a line with its
-   * name and arguments, as in "StrLeft(text: String, count: Number): String", and one about what it
-   * does. 0 when nothing is known. */
+  /* Writes the description of a function, truncated to `size` bytes with its terminator: a line
+   * with its name and arguments, as in "StrLeft(text: String, count: Number): String", and one
+   * about what it does. 0 when there is none. */
   int32_t (*DescribeFunction)(void *user, const char *name, char *buffer, int32_t size);
-  /* 0 for a function that lists do not show. It can be called all the same. */
+  /* 0 for a function that lists do not show. Formulas can call it anyway. */
   int32_t (*ShowsFunction)(void *user, const char *name);
-  /* Adds rows to the empty list of a window beside the editor: the values that the text has for the
-   * first rows of data. Asked when the text has changed and is good. With it the window is there.
+  /* Adds rows to the empty list of a preview window: the values of the text for the first rows of
+   * data. Called when the text has changed and is valid. The window exists only with this routine.
    */
   void (*Preview)(void *user, const char *text, OrlWindow list);
 } OrlEditorHost;
 
-/* ---- What an editor knows of its text -------------------------------------------------------- */
+/* ---- Information about the text of an editor ------------------------------------------------- */
 
 typedef struct {
-  int32_t error;      /* the message id of what is wrong; 0: nothing */
-  int32_t start, end; /* the bytes that are at fault */
-  char message[256];  /* what is wrong, else the type of the value */
+  int32_t error;      /* the message id of the error; 0: none */
+  int32_t start, end; /* the span of the error */
+  char message[256];  /* the error message, else the type of the value */
 } OrlTextState;
 
-/* Of a text that is being written, for window systems with SetTextAid. Texts and places are those
- * of the edit, in bytes. `list` is the id of a list whose rows are names that the text can hold. No
- * routine but Insert and Next stores or changes anything. Each may be null. */
+/* Queries about a text that is being edited, for window systems with SetTextAid. Texts and
+ * positions are those of the edit, in bytes. `list` is the id of a list whose rows are names that
+ * the text can contain. Only Insert and Next store or change anything. Each may be null. */
 typedef struct {
   uint32_t size; /* of the record that the editor was compiled with; later ones grow at the end */
   /* The first placeholder that begins at a byte of the text or after it, else the first of all. 1,
    * or 0 when there is none. */
   int32_t (*FindPlaceholder)(const char *text, int32_t from, int32_t *start, int32_t *end);
-  /* What a save would say of the text, whatever its name. Calls no routine of the host's. 1, or 0
+  /* The error that saving the text would report, whatever its name. Calls no host routine. 1, or 0
    * for an empty text. */
   int32_t (*Check)(const char *text, OrlTextState *state);
   const int32_t *lists; /* their ids; 0 ends them */
-  /* Puts a row in place of the selection, as a double click on it does. */
+  /* Replaces the selection by a row, as a double click on the row does. */
   void (*Insert)(int32_t list, const char *row);
-  /* Writes what there is to say of a row, cut to `size` bytes with its terminator: of a function a
-   * line with its arguments and maybe another. 0 when there is nothing. */
+  /* Writes the description of a row, truncated to `size` bytes with its terminator: for a function
+   * a line with its arguments and possibly another. 0 when there is none. */
   int32_t (*Describe)(int32_t list, const char *row, char *buffer, int32_t size);
-  /* 0 for a row that the host does not want to be seen. */
+  /* 0 for a row that the host hides. */
   int32_t (*IsShown)(int32_t list, const char *row);
-  /* Stores the text as the default button does, and goes on with a new one. 1, or 0 when the text
-   * stays as it is. */
+  /* Stores the text as the default button does, and starts a new one. 1, or 0 when the text was not
+   * stored. */
   int32_t (*Next)(void);
-  /* What ORLSetHelpPath was given. */
+  /* The values set by ORLSetHelpPath. */
   const char *(*HelpPath)(int32_t *context);
 } OrlTextAid;
 
 /* ---- The operations -------------------------------------------------------------------------- */
 
-/* The table that a window system hands in. `size` is that of the table it was compiled with; later
- * tables only grow at the end. No entry may be null but the optional ones after `DrawFocusRect`,
- * before which a table may also end. Operations on a null window, on one that has gone or on one
- * that the system does not know do nothing and give 0, null or the empty text. */
+/* The table of a window system. `size` is that of the table it was compiled with; later tables only
+ * grow at the end. No entry may be null except the optional ones after `DrawFocusRect`; a table may
+ * also end there. Operations on a null, destroyed or unknown window do nothing and return 0, null
+ * or the empty string. */
 typedef struct {
   uint32_t size;
 
-  /* Makes a dialog, sends it WM_SETFONT, WM_MEASUREITEM for each owner-drawn list and WM_INITDIALOG
-   * with `parameter`, and runs it until EndDialog. The value given there, or -1 when the dialog
-   * could not be created. `parent` may be a window of the host's that the system does not know. */
+  /* Creates a dialog, sends it WM_SETFONT, WM_MEASUREITEM for each owner-drawn list and
+   * WM_INITDIALOG with `parameter`, and runs it until EndDialog. Returns the value passed to
+   * EndDialog, or -1 when the dialog could not be created. `parent` may be a window of the host
+   * that the system does not know. */
   intptr_t (*DialogBoxParam)(const OrlDialogTemplate *dialog, OrlWindow parent, OrlWindowProc proc,
                              intptr_t parameter);
   /* Ends the modal dialog with a value; it is destroyed when the current event has been handled. */
   void (*EndDialog)(OrlWindow dialog, intptr_t result);
-  /* Makes a dialog beside its parent, which is served by the same loop and destroyed with it. */
+  /* Creates a modeless dialog, which is served by its parent's loop and destroyed with the
+   * parent. */
   OrlWindow (*CreateDialogParam)(const OrlDialogTemplate *dialog, OrlWindow parent,
                                  OrlWindowProc proc, intptr_t parameter);
   void (*DestroyWindow)(OrlWindow window);
@@ -319,7 +323,7 @@ typedef struct {
   OrlWindow (*GetParent)(OrlWindow window); /* of a control its dialog, of a dialog its parent */
 
   void (*SetWindowText)(OrlWindow window, const char *text);
-  /* Up to size - 1 bytes of the text and a terminator; the bytes copied. */
+  /* Copies up to size - 1 bytes of the text and a terminator; returns the bytes copied. */
   int32_t (*GetWindowText)(OrlWindow window, char *buffer, int32_t size);
   int32_t (*GetWindowTextLength)(OrlWindow window);
 
@@ -337,27 +341,27 @@ typedef struct {
   int32_t (*GetSystemMetrics)(int32_t index);
   void (*GetTextMetrics)(OrlWindow dialog, OrlTextMetrics *metrics); /* of the dialog's font */
 
-  /* Puts a procedure before a control's own, which is returned, to be called by CallWindowProc
-   * for the events that are to reach the control. */
+  /* Replaces a control's procedure and returns the former one, to be called by CallWindowProc for
+   * events that should reach the control. */
   OrlWindowProc (*SetWindowProc)(OrlWindow control, OrlWindowProc proc);
   intptr_t (*CallWindowProc)(OrlWindowProc proc, OrlWindow window, uint32_t message,
                              uintptr_t wParam, intptr_t lParam);
 
-  /* Hands a message to a window's procedure (of a control: the one that SetWindowProc has put
-   * before it), at once or after the current event. */
+  /* Sends a message to a window's procedure (for a control: the one set by SetWindowProc),
+   * immediately or after the current event. */
   intptr_t (*SendMessage)(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
   void (*PostMessage)(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
   void (*SetTimer)(OrlWindow dialog, uintptr_t timer, uint32_t milliseconds);
   void (*KillTimer)(OrlWindow dialog, uintptr_t timer);
 
-  /* Marks `id` of the option buttons first to last, and no other. */
+  /* Checks `id` of the option buttons first to last, and unchecks the others. */
   void (*CheckRadioButton)(OrlWindow dialog, int32_t first, int32_t last, int32_t id);
   /* A question box: 1 OK, 2 Cancel, ORL_IDYES or ORL_IDNO. */
   int32_t (*MessageBox)(OrlWindow parent, const char *text, const char *caption, uint32_t type);
   void (*MessageBeep)(uint32_t type);
   int32_t (*IsClipboardTextAvailable)(void);
 
-  void *(*LoadBitmap)(const OrlBitmap *bitmap); /* null when it cannot be had */
+  void *(*LoadBitmap)(const OrlBitmap *bitmap); /* null when it cannot be loaded */
   void (*DeleteBitmap)(void *bitmap);
   void (*DrawBitmap)(void *surface, void *bitmap, int32_t x, int32_t y);
   /* One line, centred vertically in the rectangle. */
@@ -367,29 +371,29 @@ typedef struct {
 
   /* ---- Optional operations ---- */
 
-  /* Takes what a host adds to the editors that open from now on; null for nothing. The record is
-   * kept, not copied. The one before, or null. */
+  /* Sets what a host adds to editors that open from now on; null for nothing. The record is
+   * referenced, not copied. Returns the previous one, or null. */
   const OrlEditorHost *(*SetEditorHost)(const OrlEditorHost *host);
   const OrlEditorHost *(*GetEditorHost)(void);
-  /* Hands in what is known of the text of an edit, which helps while it is written, and makes it
-   * the one control of its dialog that the others work for. The record is kept, not copied. */
+  /* Sets the text aid of an edit, for help while text is entered, and makes it the main control of
+   * its dialog. The record is referenced, not copied. */
   void (*SetTextAid)(OrlWindow edit, const OrlTextAid *aid);
-  /* Shows a page of help beside a dialog, in Markdown; the page before is gone then. */
+  /* Shows a page of help in Markdown beside a dialog, replacing the previous page. */
   void (*ShowPage)(OrlWindow dialog, const char *title, const char *page);
 } OrlWindowSystem;
 
-/* Hands a window system to the process; null takes it away. The table is kept, not copied. 1, or 0
- * for a table that is too small or has a null entry, and while a dialog is open. */
+/* Sets the window system of the process; null removes it. The table is referenced, not copied. 1,
+ * or 0 for a table that is too small or has a null entry, and while a dialog is open. */
 ORL_API int32_t ORLSetWindowSystem(const OrlWindowSystem *system);
 
-/* The window system in force, or null: for callbacks, which send to the windows that they are
- * given. */
+/* The current window system, or null: for callbacks that send messages to the windows that they
+ * receive. */
 ORL_API const OrlWindowSystem *ORLGetWindowSystem(void);
 
-/* Null when a dialog can be opened, else what is missing, in words (ASCII), valid until the
- * thread's next call. Where the host has handed in nothing, the library's own window system on Qt
- * widgets (libORLI11-qt.so, beside this library) is loaded here and by the first dialog, provided
- * that DISPLAY, WAYLAND_DISPLAY or QT_QPA_PLATFORM names a display. */
+/* Null when a dialog can be opened, else the reason as text (ASCII), valid until the thread's next
+ * call. When the host has set no window system, the library's own one on Qt widgets
+ * (libORLI11-qt.so, next to this library) is loaded here and by the first dialog, provided that
+ * DISPLAY, WAYLAND_DISPLAY or QT_QPA_PLATFORM names a display. */
 ORL_API const char *ORLWindowSystemProblem(void);
 
 #ifdef __cplusplus

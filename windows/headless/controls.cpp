@@ -1,4 +1,4 @@
-// Controls: their own procedure, buttons, and the keys that a dialog takes for itself.
+// Controls: their own procedure, buttons, and the keys that a dialog handles itself.
 #include "windows/headless/state.h"
 
 namespace headless {
@@ -117,7 +117,7 @@ void MoveByTab(Dialog *dialog, bool back) {
 
 void PressNeighbour(Control *option, bool back) {
   const Dialog *dialog = option->dialog;
-  // The group: the options around this one, up to where another begins.
+  // The group: the options around this one, up to the start of another group.
   Control *first = option;
   while (first > dialog->controls && (first->style & ORL_STYLE_GROUP) == 0 &&
          first[-1].kind == ORL_CONTROL_OPTION) {

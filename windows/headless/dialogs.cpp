@@ -1,4 +1,4 @@
-// Dialogs: made from templates, with the focus, gone again.
+// Dialogs: created from templates, focus, destruction.
 #include "windows/headless/state.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace {
 constexpr int32_t kBoxWidth = 300;
 constexpr int32_t kBoxHeight = 120;
 
-// The number of dialogs that a dialog opens when it is cancelled has an end.
+// The limit of the dialogs that one may open when it is cancelled.
 constexpr int32_t kMostModals = 100;
 
 // Dialog units in pixels: a quarter of the average width, an eighth of the height, rounded.

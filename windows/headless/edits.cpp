@@ -1,6 +1,6 @@
-// Edits: text in bytes, which the user changes by whole characters.
+// Edits: text in bytes, changed by the user in whole characters.
 //
-// A byte is as wide as the font's average character; lines are as long as they are written.
+// A byte is as wide as the font's average character; lines are not wrapped.
 #include "windows/headless/state.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ bool HasLines(const Control *edit) {
   return (edit->style & ORL_STYLE_LINES) != 0;
 }
 
-// The bytes of the character at the address: none at the end, two for a line break.
+// The bytes of the character at the address: 0 at the end, two for a line break.
 int32_t CharacterSize(const char *text) {
   if (text[0] == '\r' && text[1] == '\n') {
     return 2;
@@ -25,7 +25,7 @@ int32_t CharacterSize(const char *text) {
   return static_cast<int32_t>(WRENStrAdvance(text, 1) - text);
 }
 
-// The first beginning of a character (or the end) at `position` or after it.
+// The first start of a character (or the end) at `position` or after it.
 int32_t CharacterFrom(const Text &text, int32_t position) {
   const int32_t begin = CharacterAt(text, position);
   return begin == position ? position : begin + CharacterSize(Bytes(text) + begin);
@@ -63,7 +63,7 @@ int32_t LineStart(const Control *edit, int32_t position) {
   return HasLines(edit) ? position : 0;
 }
 
-// Where the text of the line ends, before its break.
+// The end of the line's text, before its break.
 int32_t LineEnd(const Control *edit, int32_t position) {
   if (!HasLines(edit)) {
     return edit->text.length;
@@ -107,9 +107,9 @@ int32_t ByteAtPoint(const Control *edit, intptr_t point) {
                 edit->edit.leftColumn + x / kFont.averageWidth);
 }
 
-// ---- What the user changes ----
+// ---- Changes by the user ----
 
-// What of the text the selection takes; characters that it cuts go whole.
+// The selected text, extended to whole characters.
 struct Span {
   int32_t from, to;
 };
@@ -120,8 +120,8 @@ Span Selected(const Control *edit) {
   return {from, empty ? from : CharacterFrom(edit->text, SelectionEnd(state))};
 }
 
-// Puts text in place of the selection. Text beyond the limit is left out, all of it or by
-// characters; when nothing is left of it, the selection stays.
+// Replaces the selection. Text beyond the limit is dropped, as a whole or by characters; when
+// nothing of it is left, the selection is kept.
 void Replace(Control *edit, const char *bytes, int32_t count, bool allOrNothing) {
   Edit &state = edit->edit;
   const auto [from, to] = Selected(edit);
@@ -145,7 +145,7 @@ void Replace(Control *edit, const char *bytes, int32_t count, bool allOrNothing)
   Notify(edit, ORL_EN_CHANGE);
 }
 
-// The selection, or without one what lies between.
+// The selection, or without one the text between.
 void Erase(Control *edit, int32_t from, int32_t to) {
   if (edit->edit.anchor == edit->edit.caret) {
     Select(edit, from, to);
@@ -153,7 +153,7 @@ void Erase(Control *edit, int32_t from, int32_t to) {
   Replace(edit, "", 0, false);
 }
 
-// False when nothing is on the clipboard afterwards of what is selected.
+// False when the selected text could not be put on the clipboard.
 bool Copy(const Control *edit) {
   const auto [from, to] = Selected(edit);
   Text copy = {};
@@ -195,7 +195,7 @@ void Type(Control *edit, uint8_t byte) {
   const bool goesOn =
       state.typedCount == 0 || ActiveCodePage() != kCodePageUtf8 || (byte >= 0x80 && byte < 0xC0);
   if (!goesOn) {
-    state.typedCount = 0;  // the rest of that character never came
+    state.typedCount = 0;  // the rest of that character never arrived
   }
   state.typed[state.typedCount++] = static_cast<char>(byte);
   if (state.typedCount >= CharacterBytes(static_cast<uint8_t>(state.typed[0]))) {
@@ -243,7 +243,7 @@ void TakeCharacter(Control *edit, uintptr_t code) {
   }
 }
 
-// Where a key moves the caret, from its place.
+// The position to which a key moves the caret.
 int32_t MovedCaret(const Control *edit, uintptr_t key, bool far) {
   const Text &text = edit->text;
   const int32_t caret = edit->edit.caret;

@@ -1,7 +1,7 @@
-/* headless.h - a window system without a screen, and the user in front of it.
+/* headless.h - a window system without a screen, and a simulated user.
  *
- * It keeps the whole state of dialogs and controls and obeys the contract of orli11/windows.h,
- * but shows nothing: a script, a routine of the host's, plays the user and reads everything back.
+ * It keeps the whole state of dialogs and controls and follows the contract of orli11/windows.h,
+ * but shows nothing: a script, a host routine, acts as the user and reads everything back.
  *
  *   static int32_t Script(void *user, OrlWindow window) {
  *     ORLHeadlessType(window, 100, "1 + 1");

@@ -14,7 +14,7 @@ int32_t RowsInView(const Control *list) {
   return std::max(1, Height(list->rect) / list->list.rowHeight);
 }
 
-// Where a text belongs in a sorted list, after its equals.
+// The position of a text in a sorted list, after equal ones.
 int32_t SortedPlace(const List &list, const char *text) {
   int32_t low = 0;
   int32_t high = list.count;
@@ -90,7 +90,7 @@ int32_t FindRow(const List &list, intptr_t after, const char *prefix) {
   return ORL_LB_ERR;
 }
 
-// Every change of the current row, by whomever.
+// Every change of the current row, by the user or the program.
 void MakeCurrent(Control *control, int32_t row) {
   List &list = control->list;
   const int32_t before = list.current;
@@ -150,7 +150,7 @@ int32_t RowAtPoint(const Control *control, intptr_t point) {
   return y >= 0 && HasRow(control, row) ? row : -1;
 }
 
-// The messages about one row, which is there.
+// The messages about one row, which exists.
 intptr_t RowProc(Control *control, uint32_t message, int32_t row, intptr_t lParam) {
   Row &entry = control->list.rows[row];
   switch (message) {

@@ -1,4 +1,4 @@
-// What a script can see.
+// Queries for scripts.
 #include <algorithm>
 #include <cstring>
 

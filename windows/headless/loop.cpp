@@ -9,7 +9,7 @@ namespace headless {
 
 namespace {
 
-// A dialog that posts itself events for ever does not keep the loop from its user.
+// A dialog that posts itself events forever must not keep the loop from its user.
 constexpr uint64_t kMostEventsAtOnce = 100000;
 
 bool IsLoopOver() {
@@ -76,7 +76,7 @@ bool PaintNext() {
   return true;
 }
 
-// What happens to a dialog or box when the script has nothing more to say.
+// What happens to a dialog or box when the script has ended.
 void GiveUp(Dialog *dialog) {
   if (dialog->box) {
     EndModal(dialog, CancelOfBox(dialog->boxType));

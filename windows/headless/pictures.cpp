@@ -1,4 +1,4 @@
-// What is drawn in the rows of owner-drawn lists, and bitmaps.
+// Drawing of the rows of owner-drawn lists, and bitmaps.
 #include "windows/headless/state.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ bool IsOwnerDrawn(const Control *list) {
   return (list->style & ORL_STYLE_OWNER_DRAW) != 0;
 }
 
-// The picture of a surface that a dialog was given, while it is being drawn.
+// The drawing for a surface that a dialog received, while it is being drawn.
 RowPicture *OpenPicture(const void *surface) {
   return surface != nullptr && surface == session.surface ? session.surface : nullptr;
 }
@@ -29,7 +29,7 @@ uint32_t Little(const uint8_t *bytes) {
   return bytes[0] | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24;
 }
 
-// The file begins as a BMP file of that size does.
+// True when the file begins like a BMP file of that size.
 bool IsBitmapFile(const OrlBitmap &bitmap) {
   constexpr uint32_t kHeader = 26;
   const uint8_t *file = bitmap.file;

@@ -1,4 +1,4 @@
-// Blocks, texts, and windows by their handles.
+// Blocks, strings, and the lookup of windows by handle.
 #include "windows/headless/state.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
-// The state of the window system without a screen, and what its files call in each other.
+// The state of the window system without a screen, and the routines that its files share.
 //
-// A window is a handle: the serial number of its dialog and the place of the control in it, never
-// an address. A dialog that has gone is found by no handle; its record stays as long as one of its
-// procedures is still running (Hold), so that whoever has found a window may use it until the end
-// of what it does, whatever the procedures do meanwhile. Rows may go at every event.
+// A window is a handle: the serial number of its dialog and the index of the control in it, never
+// an address. Handles of a destroyed dialog find nothing; its record is kept as long as one of its
+// procedures is still running (Hold), so that a caller that has found a window may use it until it
+// returns, whatever the procedures do meanwhile. Rows may be removed at every event.
 #ifndef ORLI11_WINDOWS_HEADLESS_STATE_H
 #define ORLI11_WINDOWS_HEADLESS_STATE_H
 
@@ -14,13 +14,13 @@
 
 namespace headless {
 
-// Text in a block of its own; no block is the empty text.
+// A string in a block of its own; without a block it is empty.
 struct Text {
   char *bytes;
   int32_t length, capacity;
 };
 
-// What has been drawn in a row.
+// The drawing of a row.
 struct RowPicture {
   char bitmap[64];
   int32_t bitmapX, bitmapY;
@@ -48,7 +48,7 @@ struct Edit {
   int32_t limit;
   int32_t topLine, leftColumn;  // what is scrolled out of view
   int32_t typedCount;
-  char typed[4];  // a character whose last byte has not come yet
+  char typed[4];  // a character whose last byte has not arrived yet
   bool modified, dragging;
 };
 
@@ -153,15 +153,15 @@ constexpr int32_t kScreenHeight = 749;
 // ---- Blocks and texts (state.cpp)
 
 const char *Bytes(const Text &text);
-// False, with the text as it was, without memory. A null text is the empty one.
+// False, with the text unchanged, when out of memory. A null text is the empty one.
 bool SetText(Text *text, const char *bytes);
-// Puts `count` bytes in place of those from `from` to `to`.
+// Replaces the bytes from `from` to `to` by `count` bytes.
 bool ReplaceBytes(Text *text, int32_t from, int32_t to, const char *bytes, int32_t count);
 void FreeText(Text *text);
 OwnedText CopyOfText(const char *text);
 // Makes space for `needed` entries of an array; false when out of memory.
 bool Reserve(void **entries, int32_t *capacity, int32_t needed, uint32_t entrySize);
-// Copies what fits; the length of the whole text.
+// Copies what fits; returns the length of the whole text.
 int32_t CopyOut(const char *text, char *buffer, int32_t size);
 
 // ---- Windows (state.cpp)
@@ -175,13 +175,13 @@ OrlWindow HandleOf(uint64_t serial, uint64_t control);
 constexpr int32_t kMostControls = 4095;
 Place Find(OrlWindow window);
 Control *FindControl(OrlWindow window);
-// A dialog, no control of it.
+// A dialog, not one of its controls.
 Dialog *FindDialog(OrlWindow window);
 Control *ControlById(Dialog *dialog, int32_t id);
-// The modal dialog or box on top, or null; how many there are.
+// The modal dialog or box on top, or null; their number.
 Dialog *TopModal();
 int32_t ModalCount();
-// True when the user's or the program's focus can go there: it belongs to the modal one on top.
+// True when the user or the program can set the focus there: it belongs to the modal one on top.
 bool IsInFront(const Dialog *dialog);
 bool IsUsable(const Dialog *dialog);
 bool IsUsable(const Control *control);
@@ -192,16 +192,16 @@ int32_t Height(const OrlRect &rect);
 
 Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc, bool modal);
 Dialog *NewBox(OrlWindow parent, const char *caption, uint32_t type);
-// Sends what a new dialog is sent.
+// Sends the messages for a new dialog.
 void OpenDialog(Dialog *dialog, intptr_t parameter);
-// Notifies it and removes it with all that belongs to it.
+// Notifies it and removes it with everything that belongs to it.
 void Destroy(Dialog *dialog);
 void SetFocusTo(Dialog *dialog, Control *control);
 // To the control that had it last.
 void FocusDialog(Dialog *dialog);
 // Hidden, it returns the focus.
 void LeaveDialog(Dialog *dialog);
-// Nothing in the dialog has the focus any more when the control had it.
+// Removes the focus from the control if it has it.
 void LoseFocus(Control *control);
 bool HasFocus(const Control *control);
 OrlRect ScreenRect(const Place &place);
@@ -218,7 +218,7 @@ intptr_t RunModal(Dialog *dialog);
 void EndModal(Dialog *dialog, intptr_t result);
 // Handles posted events until none is left, or the modal loop is to end.
 void RunPosted();
-// The same, and draws what is new.
+// The same, and draws what has changed.
 void Settle();
 bool SendNextTimer(uint64_t until);
 void SetTimerOf(Dialog *dialog, uintptr_t id, uint32_t period);
@@ -230,7 +230,7 @@ int32_t CancelOfBox(uint32_t type);
 // ---- Controls (controls.cpp, edits.cpp, lists.cpp, pictures.cpp)
 
 intptr_t OwnProc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
-// True when the focus may go there, or the tab key stops there.
+// True when the focus may be set there, or the tab key stops there.
 bool TakesFocus(const Control &control);
 bool IsTabStop(const Control &control);
 void PressButton(Control *button);
@@ -243,9 +243,9 @@ void PressNeighbour(Control *option, bool back);
 intptr_t EditProc(Control *edit, uint32_t message, uintptr_t wParam, intptr_t lParam);
 void SetEditText(Control *edit, const char *text);
 void SelectAll(Control *edit);
-// The beginning of the character at `position`; a line break is one.
+// The start of the character at `position`; a line break is one.
 int32_t CharacterAt(const Text &text, int32_t position);
-// Scrolls so that the byte is in view; the mouse's place there, as in lParam.
+// Scrolls so that the byte is in view; returns the mouse position there, as in lParam.
 intptr_t PointOfByte(Control *edit, int32_t position);
 
 intptr_t ListProc(Control *list, uint32_t message, uintptr_t wParam, intptr_t lParam);

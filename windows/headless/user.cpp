@@ -1,5 +1,5 @@
-// What a script can do: the user's keys, mouse and patience, as events through the procedures of
-// the windows.
+// Actions for scripts: the user's keys, mouse and waiting, as events through the procedures of the
+// windows.
 #include <algorithm>
 #include <cstring>
 
@@ -18,7 +18,7 @@ constexpr uint32_t kKeyWithoutNumber = 231;
 class Action {
  public:
   explicit Action(Dialog *dialog) : hold_(dialog) { session.eventsAtOnce = 0; }
-  // It is over when all that it led to is.
+  // It ends when everything that it caused has ended.
   int32_t End(bool done) {
     session.keysHeld = 0;
     headless::Settle();
@@ -44,8 +44,8 @@ Control *UsableKind(OrlWindow window, int32_t id, OrlControlKind kind) {
   return control != nullptr && control->kind == kind ? control : nullptr;
 }
 
-// An event of the user's for a control, followed by what was posted because of it. False when the
-// control cannot be reached any more.
+// A user event for a control, followed by the messages posted because of it. False when the control
+// can no longer be reached.
 bool Input(const Control *control, uint32_t message, uintptr_t wParam, intptr_t lParam) {
   if (!IsUsable(control)) {
     return false;
@@ -103,7 +103,7 @@ Control *ReachRow(OrlWindow dialog, int32_t list, int32_t row) {
   return control;
 }
 
-// The control of the dialog that takes keys, or null.
+// The control of the dialog that receives keys, or null.
 Control *KeyTarget(const Dialog *dialog) {
   Control *control = headless::FindControl(session.focus);
   return control != nullptr && control->dialog == dialog && IsUsable(control) ? control : nullptr;
@@ -113,7 +113,7 @@ bool IsArrow(uint32_t key) {
   return key >= ORL_VK_LEFT && key <= ORL_VK_DOWN;
 }
 
-// A key with the bytes of the character that it types, if any. False when nothing takes it.
+// A key with the bytes of the character that it types, if any. False when no control receives it.
 bool PressKey(Dialog *dialog, uint32_t key, uint32_t held, const char *bytes, int32_t count) {
   if (!IsUsable(dialog)) {
     return false;
@@ -178,7 +178,7 @@ bool TypeCharacter(Dialog *dialog, const char *text, int32_t size) {
   return PressKey(dialog, key, 0, text, size);
 }
 
-// Brings the focus to a control of the dialog unless it is there; null when no user could.
+// Moves the focus to a control of the dialog unless it has it; null when no user could.
 Dialog *GoTo(OrlWindow window, int32_t id) {
   if (id == ORL_HEADLESS_SELF) {
     Dialog *dialog = UsableDialog(window);

@@ -1,7 +1,7 @@
-// The application that widgets need: the host's, or one of our own as long as dialogs are open.
+// The QApplication that widgets need: the host's, or one of our own while dialogs are open.
 //
-// An application whose platform cannot be started ends its process. So what it will need is looked
-// at first: the platform's plugin, and whether its display answers.
+// A QApplication whose platform cannot be started ends its process. So its requirements are checked
+// first: the platform's plugin, and whether its display responds.
 #include <dlfcn.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -24,16 +24,17 @@ namespace qt_windows {
 
 namespace {
 
-// The application of our own, with the arguments that it keeps.
+// Our own application, with the arguments that it refers to.
 struct OwnApplication {
   std::string name, platform;
   char *arguments[4] = {};
   int count = 3;
   std::unique_ptr<QApplication> application;
 };
-// Not deleted where the process ends inside of a dialog: Qt may be gone by then.
+// Not deleted when the process ends inside a dialog: Qt may be unloaded by then.
 OwnApplication *own = nullptr;
-// Held while the application of our own comes or goes, and by those who ask whether one could.
+// Guards the creation and deletion of our own application, and the check whether one can be
+// created.
 std::recursive_mutex changing;
 
 thread_local QByteArray problem;
@@ -43,8 +44,8 @@ bool Say(const QString &what) {
   return false;
 }
 
-// A connection to the X server, kept until the application has its own: some servers begin anew
-// when their last client leaves, and let nobody in meanwhile.
+// A connection to the X server, kept until the application has its own: some servers reset when
+// their last client disconnects, and refuse connections meanwhile.
 struct XConnection {
   using Disconnect = void (*)(void *);
   void *connection = nullptr;
@@ -59,7 +60,8 @@ struct XConnection {
   XConnection &operator=(const XConnection &) = delete;
 };
 
-// The X server that DISPLAY names answers; asked through the library that Qt's plugin uses.
+// True when the X server that DISPLAY names responds; checked with the library that Qt's plugin
+// uses.
 bool AnswersX(XConnection *kept) {
   constexpr int kTries = 5;
   constexpr unsigned long kPause = 20;  // milliseconds
@@ -89,7 +91,7 @@ bool AnswersX(XConnection *kept) {
   return false;
 }
 
-// The socket of the compositor that WAYLAND_DISPLAY names takes a connection.
+// True when the socket of the compositor that WAYLAND_DISPLAY names accepts a connection.
 bool AnswersWayland() {
   QByteArray path = qgetenv("WAYLAND_DISPLAY");
   if (!path.startsWith('/')) {
@@ -111,7 +113,7 @@ bool AnswersWayland() {
   return good;
 }
 
-// The plugin of a platform is there and finds what it needs.
+// True when the plugin of a platform is installed and its libraries load.
 bool HasPlugin(const QString &platform) {
   const QString plugin = platform == QLatin1String("wayland") ? platform + "-generic" : platform;
   for (const QString &folder : QCoreApplication::libraryPaths()) {
@@ -123,7 +125,7 @@ bool HasPlugin(const QString &platform) {
   return false;
 }
 
-// The platforms to try: what QT_QPA_PLATFORM names, else what the session is.
+// The platforms to try: those that QT_QPA_PLATFORM names, else by the type of the session.
 QStringList Candidates() {
   const QString asked = QString::fromLocal8Bit(qgetenv("QT_QPA_PLATFORM"));
   if (!asked.isEmpty()) {
@@ -141,13 +143,13 @@ QStringList Candidates() {
   return found;
 }
 
-// Platforms that start wherever their plugin is. Others take over a whole screen or card, and end
-// the process where they find none.
+// Platforms that start whenever their plugin is installed. Others take over a whole screen or card,
+// and end the process when there is none.
 bool StartsAnywhere(const QString &platform) {
   return QStringList{"offscreen", "minimal", "vnc"}.contains(platform);
 }
 
-// The first platform that can be started, with its parameters; empty with `problem` said.
+// The first platform that can be started, with its parameters; empty with the reason in `problem`.
 QString ChoosePlatform(XConnection *kept) {
   Say("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set");
   for (const QString &candidate : Candidates()) {
@@ -169,8 +171,8 @@ QString ChoosePlatform(XConnection *kept) {
   return {};
 }
 
-// Qt tells the user's terminal of locales that are not in UTF-8 and the like; only what ends the
-// process is worth a word.
+// Qt writes warnings to the terminal, as for locales that are not UTF-8; only fatal messages are
+// passed on.
 void KeepQuiet(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message) {
   if (type == QtFatalMsg || type == QtCriticalMsg) {
     std::fprintf(stderr, "%s\n", qPrintable(message));
@@ -184,7 +186,7 @@ std::string ProgramName() {
   return name.isEmpty() ? "orli" : name.toStdString();
 }
 
-// The host's locale stays as it is: an application sets that of the environment.
+// Restores the host's locale: a QApplication sets that of the environment.
 void Start(const QString &platform) {
   own = new OwnApplication;
   own->name = ProgramName();

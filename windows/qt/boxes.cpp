@@ -22,7 +22,7 @@ constexpr BoxButton kCancel = {ORL_ID_CANCEL, QMessageBox::Cancel};
 constexpr BoxButton kYes = {ORL_IDYES, QMessageBox::Yes};
 constexpr BoxButton kNo = {ORL_IDNO, QMessageBox::No};
 
-// The buttons of a type in their order; the last one is what Escape answers.
+// The buttons of a type in their order; the last one is the answer for Escape.
 std::vector<BoxButton> ButtonsOf(uint32_t type) {
   switch (type & 15) {
     case ORL_MB_YESNO:

@@ -1,4 +1,4 @@
-// Colours that go with the palette in force, light or dark.
+// Colours that match the current palette, light or dark.
 #ifndef ORLI11_WINDOWS_QT_COLORS_H
 #define ORLI11_WINDOWS_QT_COLORS_H
 
@@ -7,7 +7,7 @@
 
 namespace qt_windows {
 
-// `percent` of a colour on a ground.
+// A colour blended with `percent` onto a background.
 inline QColor Mixed(const QColor &ground, const QColor &color, int percent) {
   const auto mix = [percent](int from, int to) { return from + (to - from) * percent / 100; };
   return {mix(ground.red(), color.red()), mix(ground.green(), color.green()),
@@ -18,8 +18,8 @@ inline bool IsDark(const QPalette &palette) {
   return palette.color(QPalette::Base).lightness() < 128;
 }
 
-// Of what is at fault, and of texts in quotes. Both are told from the ground by those who do not
-// see colours.
+// For errors, and for text in quotes. Both contrast with the background also for colour-blind
+// users.
 inline QColor FaultColor(const QPalette &palette) {
   return IsDark(palette) ? QColor(0xFF, 0x8A, 0x80) : QColor(0xB0, 0x00, 0x20);
 }

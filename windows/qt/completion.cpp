@@ -75,7 +75,7 @@ void Completion::Offer() {
   const bool wanted = anchor == caret && word_.end == caret && word.size() >= kFewestLetters &&
                       !word[0].isDigit() && aid_->Insert != nullptr;
   const std::vector<Name> names = wanted ? NamesFor(word) : std::vector<Name>();
-  // A name that is there as a whole needs no help.
+  // A complete name needs no completion.
   if (names.empty() || (names.size() == 1 && names[0].shown == word)) {
     Hide();
   } else {
@@ -138,7 +138,7 @@ bool Completion::TakeKey(const QKeyEvent &event) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
       if (row < 0) {
-        Hide();  // nothing was chosen: the key is for the dialog
+        Hide();  // nothing was selected: the key is for the dialog
         return false;
       }
       Take(row);

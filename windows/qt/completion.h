@@ -1,5 +1,5 @@
-// Names that a text can hold, offered while one is typed: from two letters on, in a list below the
-// caret that leaves the keys to the text.
+// Completion of names while the user types: from two letters on, in a list below the caret that
+// does not take the keyboard focus.
 #ifndef ORLI11_WINDOWS_QT_COMPLETION_H
 #define ORLI11_WINDOWS_QT_COMPLETION_H
 
@@ -13,17 +13,17 @@
 
 namespace qt_windows {
 
-// Belongs to the widget of its edit.
+// Owned by the widget of its edit.
 class Completion : public QObject {
  public:
   Completion(Edit *edit, QPlainTextEdit *lines, const OrlTextAid *aid);
 
-  // Offers the names for the word that the caret stands behind, or takes the offer away.
+  // Shows the names for the word before the caret, or hides the list.
   void Offer();
   void Hide();
-  // Takes a key that goes through the offer; false for one that it leaves alone.
+  // Handles a key that moves in the list; false for other keys.
   bool TakeKey(const QKeyEvent &event);
-  // The tab key, which puts in the chosen name or the first.
+  // The tab key, which inserts the selected name or the first.
   bool TakeTab();
 
  protected:

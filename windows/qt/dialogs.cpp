@@ -1,4 +1,4 @@
-// Dialogs: made from templates, shown, run, gone again.
+// Dialogs: created from templates, shown, run, destroyed.
 #include <QApplication>
 #include <QClipboard>
 #include <QCloseEvent>
@@ -18,14 +18,14 @@ namespace qt_windows {
 
 namespace {
 
-// A dialog that opens another whenever it is cancelled comes to an end.
+// The limit for a dialog that opens another whenever it is cancelled.
 constexpr int kMostModals = 100;
 
 constexpr int32_t kMostControls = 4095;
 
 constexpr int kGapBeside = 8;
 
-// What the controls stand in.
+// The parent widget of the controls.
 class ClientWidget : public QWidget {
  public:
   ClientWidget(Dialog *dialog, std::function<void()> painted)
@@ -53,10 +53,10 @@ class DialogWidget : public QDialog {
     dialog_->area = area;
     dialog_->client = new ClientWidget(dialog_.get(), [this] { Painted(); });
     area->setWidget(dialog_->client);
-    // The window is the ground of all.
+    // The window's background is shown everywhere.
     area->viewport()->setAutoFillBackground(false);
     dialog_->client->setAutoFillBackground(false);
-    // What pastes it is told, once the change is over.
+    // Programs that paste are notified once the change is over.
     const auto tell = [this] {
       if (dialog_->writing != nullptr) {
         TellSelection(dialog_->writing);
@@ -66,7 +66,7 @@ class DialogWidget : public QDialog {
             Qt::QueuedConnection);
   }
 
-  // The widgets of the controls know the records: they go first.
+  // The widgets of the controls refer to the records: they are deleted first.
   ~DialogWidget() override {
     dialog_->going = true;
     ForgetHandles(dialog_.get());
@@ -77,10 +77,10 @@ class DialogWidget : public QDialog {
   DialogWidget(const DialogWidget &) = delete;
   DialogWidget &operator=(const DialogWidget &) = delete;
 
-  // By number of the program's, and back.
+  // From the program's ids to Qt's, and back.
   std::unordered_map<uintptr_t, int> timers;
 
-  // Qt closes dialogs by itself nowhere: the procedure decides.
+  // Qt never closes a dialog by itself: the procedure decides.
   void done(int /*result*/) override {}
 
  protected:
@@ -98,7 +98,7 @@ class DialogWidget : public QDialog {
     }
   }
 
-  // An application that wants to quit closes its windows and waits for those that refuse.
+  // An application that quits closes its windows, and a window may refuse.
   void closeEvent(QCloseEvent *event) override {
     const Hold hold(dialog_.get());
     if (dialog_->modal) {
@@ -128,7 +128,7 @@ class DialogWidget : public QDialog {
   }
 
  private:
-  // Told afterwards: what a procedure does must not happen while Qt draws.
+  // Sent later: procedures must not run while Qt draws.
   void Painted() {
     if (!dialog_->paintPosted) {
       dialog_->paintPosted = true;
@@ -184,7 +184,7 @@ void MakeControls(Dialog *dialog) {
     control->window = NewHandle(dialog, control);
     control->widget->show();  // with the dialog
   }
-  // A frame lies behind what stands in it.
+  // A frame is drawn behind the controls inside it.
   for (const auto &control : dialog->controls) {
     if (control->kind == ORL_CONTROL_GROUP) {
       control->widget->lower();
@@ -192,8 +192,8 @@ void MakeControls(Dialog *dialog) {
   }
 }
 
-// Where the template says, in the parent's client area; without a parent that is known it is for
-// the screen to say.
+// At the template's position in the parent's client area; without a known parent the window manager
+// chooses.
 void PutIntoPlace(Dialog *dialog) {
   const Dialog *parent = Find(dialog->parent).dialog;
   if (parent != nullptr) {
@@ -359,7 +359,7 @@ void OpenDialog(Dialog *dialog, intptr_t parameter) {
 
 void ShowDialog(Dialog *dialog, bool shown) {
   dialog->shown = shown;
-  // A window beside a text that is being written leaves the keys there.
+  // A window beside a text that is being edited does not take the focus.
   const Dialog *parent = dialog->modal ? nullptr : Find(dialog->parent).dialog;
   dialog->widget->setAttribute(Qt::WA_ShowWithoutActivating,
                                parent != nullptr && parent->writing != nullptr);
@@ -408,7 +408,7 @@ intptr_t RunModal(Dialog *dialog) {
   if (!dialog->ended) {
     loop.exec(QEventLoop::DialogExec);
   }
-  // Where the application itself ends, the dialog is as good as cancelled.
+  // When the application itself ends, the dialog counts as cancelled.
   dialog->loop = nullptr;
   return dialog->result;
 }

@@ -14,17 +14,17 @@ namespace qt_windows {
 
 namespace {
 
-constexpr uint32_t kKeyProcess = 229;  // an input method has taken the key
+constexpr uint32_t kKeyProcess = 229;  // an input method has handled the key
 
-// Characters that WM_CHAR brings for a command.
+// Control characters of WM_CHAR that are commands.
 constexpr uint8_t kCharCopy = 3, kCharPaste = 22, kCharCut = 24, kCharDelete = 127;
 
-// The bytes themselves, beside the plain text; those of another code page are none of ours.
+// The bytes themselves, in addition to the plain text; those of another code page are ignored.
 QString BytesFormat() {
   return QStringLiteral("application/x-orli11-text-%1").arg(ActiveCodePage());
 }
 
-// What has room of a text whose bytes are kept.
+// The part of a text, kept as bytes, that fits.
 QString Kept(const QByteArray &bytes, TextKind kind, int32_t room, bool *whole) {
   QByteArray taken = bytes.left(static_cast<qsizetype>(std::strlen(bytes.constData())));
   if (kind == TextKind::OneLine) {
@@ -44,7 +44,7 @@ QString SelectedText(const Edit &edit) {
   return edit.Shown().mid(std::min(anchor, caret), std::abs(caret - anchor));
 }
 
-// Bytes that may still be entered, what is selected being replaced; -1 for any number.
+// The bytes that may still be entered when the selection is replaced; -1 for any number.
 int32_t Room(const Edit &edit) {
   if (edit.limit <= 0) {
     return -1;
@@ -88,7 +88,7 @@ void SetSelection(Edit *edit, uintptr_t wParam, intptr_t lParam) {
   edit->Select({PositionOfByte(shown, start, edit->textKind), caret});
 }
 
-// ---- Events that a program has made up ----
+// ---- Events sent by the program ----
 
 void PressKey(Edit *edit, int key) {
   const OneChange change(edit);
@@ -120,7 +120,7 @@ void PressKeyOfProgram(Edit *edit, uintptr_t key) {
 void TypeByte(Edit *edit, uint8_t byte) {
   const bool continues = byte >= 0x80 && byte < 0xC0;
   if (ActiveCodePage() == kCodePageUtf8 && !continues) {
-    edit->typed.clear();  // the rest of that character never came
+    edit->typed.clear();  // the rest of that character never arrived
   }
   edit->typed.append(static_cast<char>(byte));
   if (edit->typed.size() < CharacterBytes(static_cast<uint8_t>(edit->typed[0]))) {
@@ -341,7 +341,7 @@ bool Types(const QKeyEvent &event) {
   const QString text = event.text();
   const Qt::KeyboardModifiers held =
       event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
-  // Control with Alt is how some keyboards make characters.
+  // Some keyboards produce characters with Control and Alt.
   const bool command = held != Qt::NoModifier && held != (Qt::ControlModifier | Qt::AltModifier);
   return !command && !text.isEmpty() && text[0] >= u' ' && text[0] != QChar(kCharDelete);
 }
@@ -370,7 +370,7 @@ void ShowMenu(Edit *edit, QMenu *menu, const QPoint &place) {
       menu->removeAction(action);
     }
   }
-  // The dialog's procedure learns of it as of a key, when it is done.
+  // The dialog's procedure is notified as of a key, once it is done.
   QObject::connect(
       menu, &QMenu::triggered, edit->widget, [edit] { TellSelection(edit); }, Qt::QueuedConnection);
   menu->setAttribute(Qt::WA_DeleteOnClose);

@@ -1,8 +1,8 @@
-// What edits of one line and of several have in common: the messages, the limit, what the user may
-// enter, and telling the dialog of changes. Their widgets differ, and stand behind the virtual
-// routines.
+// The common part of edits of one line and of several: the messages, the limit, what the user may
+// enter, and the notification of changes. Their widgets differ and are accessed by virtual
+// functions.
 //
-// Whatever changes the text by the user's hand ends in Settle, which tells the dialog once.
+// Every change of the text by the user ends in Settle, which notifies the dialog once.
 #ifndef ORLI11_WINDOWS_QT_EDIT_H
 #define ORLI11_WINDOWS_QT_EDIT_H
 
@@ -29,21 +29,21 @@ struct Edit : Control {
   TextKind textKind = TextKind::OneLine;
   int32_t limit = 0;  // in bytes; 0: none
   bool modified = false;
-  QString known;     // what the dialog has been told of, or has put there
-  QString saved;     // what it held when it was last taken for saved
-  int32_t busy = 0;  // inside of changes that are told as one
-  QByteArray typed;  // the beginning of a character that WM_CHAR has brought
+  QString known;     // the text last reported to the dialog, or set by it
+  QString saved;     // the text when it was last marked as saved
+  int32_t busy = 0;  // inside changes that are reported as one
+  QByteArray typed;  // the first bytes of a character, received by WM_CHAR
 
-  // Of the widget's text as it stands there.
+  // Of the text in the widget.
   virtual QString Shown() const = 0;
   virtual Stretch Selected() const = 0;
-  // Within the text; brings the caret into view.
+  // Clamped to the text; brings the caret into view.
   virtual void Select(Stretch stretch) = 0;
-  // By the program, with the caret at the beginning afterwards.
+  // By the program; the caret is then at the start.
   virtual void PutShown(const QString &shown) = 0;
-  // In place of the selection, as the user does.
+  // Replaces the selection, as the user does.
   virtual void Insert(const QString &shown) = 0;
-  // What the widget's class does with the press of a key or an event of the mouse.
+  // The widget's own handling of a key press or mouse event.
   virtual void OwnEvent(QEvent *event) = 0;
   virtual void ForgetUndo() {}
 
@@ -52,12 +52,12 @@ struct Edit : Control {
   void Cut();
   void Clear();
   void Paste(const QMimeData *data);
-  // What a key types, or an input method, or another program hands over: as much as may be entered
-  // of it, or nothing unless it is all.
+  // Text from a key, an input method or another program: enters as much as is allowed, or nothing
+  // unless all of it is.
   void Enter(const QString &entered, bool allOrNothing);
-  // The part of a text that the limit and the code page let in; beeps when it is not the whole.
+  // The part of a text that the limit and the code page allow; beeps when it is not all of it.
   QString Allowed(const QString &entered, bool *whole) const;
-  // Tells the dialog when the text is not the one it knows.
+  // Notifies the dialog when the text differs from the last reported one.
   void Settle();
 
   QByteArray Text() const override { return BytesOfText(Shown(), textKind); }
@@ -67,7 +67,7 @@ struct Edit : Control {
   intptr_t OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam) override;
 };
 
-// What is done while it lives is told as one change, at its end.
+// Changes during its lifetime are reported as one change, at its end.
 struct OneChange {
   Edit *edit;
   explicit OneChange(Edit *changed) : edit(changed) { ++edit->busy; }
@@ -80,13 +80,13 @@ struct OneChange {
 QMimeData *CopyOf(QStringView shown, TextKind kind);
 bool HoldsText(const QMimeData *data);
 
-// True for a key whose text an edit enters.
+// True for a key that enters text.
 bool Types(const QKeyEvent &event);
-// Runs an input method's event, having let the limit and the code page have their say.
+// Runs an input method's event after applying the limit and the code page.
 void TakeInputMethod(Edit *edit, QInputMethodEvent *event,
                      const std::function<void(QInputMethodEvent *)> &own);
-// Shows the widget's standard menu with what is of use here: without inserting of control
-// characters, and for an edit that only shows its text Copy alone. Takes the menu.
+// Shows the widget's standard menu reduced to what applies here: without inserting control
+// characters, and for a read-only edit only Copy. Takes ownership of the menu.
 void ShowMenu(Edit *edit, QMenu *menu, const QPoint &place);
 
 }  // namespace qt_windows

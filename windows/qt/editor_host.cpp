@@ -1,4 +1,4 @@
-// What the host adds to the editor, and the question ahead of what would discard the user's text.
+// What the host adds to the editor, and the question before the user's text is discarded.
 #include <algorithm>
 
 #include "windows/qt/state.h"

@@ -1,4 +1,4 @@
-// Events: what widgets tell becomes messages, and what reaches a control's own procedure goes back
+// Events: widget events become messages, and those that reach a control's own procedure are passed
 // to its widget.
 #include <QAbstractButton>
 #include <QAbstractScrollArea>
@@ -18,7 +18,7 @@ namespace qt_windows {
 
 namespace {
 
-// An event of the user's on its way through the procedures; the innermost one.
+// The user event that is passing through the procedures; the innermost one.
 struct Pending {
   Control *control;
   uint32_t message;
@@ -27,7 +27,7 @@ struct Pending {
 };
 Pending *pending = nullptr;
 
-// Messages that wait for the end of the present event.
+// Messages posted until the end of the present event.
 class PostedEvent : public QEvent {
  public:
   static constexpr Type kType = static_cast<Type>(QEvent::User + 1);
@@ -92,7 +92,7 @@ bool HasLines(const Control *control) {
 }
 
 // What a key types: a character, Backspace, or Control and Return for a line break. Keys that are
-// held with Control or Alt are commands, unless they are how the keyboard makes a character.
+// pressed with Control or Alt are commands, unless the keyboard produces a character with them.
 QString TypedBy(const QKeyEvent &event, uint32_t key) {
   const Qt::KeyboardModifiers held =
       event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
@@ -107,7 +107,7 @@ QString TypedBy(const QKeyEvent &event, uint32_t key) {
   return text == QLatin1String("\b") || text.at(0) >= QLatin1Char(' ') ? text : QString();
 }
 
-// Alt and a letter that is nobody's mnemonic: widgets would type the letter.
+// Alt and a letter that is not a mnemonic: widgets would type the letter.
 bool IsLostMnemonic(const QKeyEvent &event, const QString &typed) {
   return typed.isEmpty() && (event.modifiers() & Qt::AltModifier) != 0 && !event.text().isEmpty() &&
          event.text().at(0) > QLatin1Char(' ');
@@ -117,7 +117,7 @@ bool TakesCharacters(const Control *control) {
   return control->kind == ORL_CONTROL_EDIT || control->kind == ORL_CONTROL_LIST;
 }
 
-// A text that is kept from the user is still to be read by keys: they move its scroll bar.
+// A read-only text can still be scrolled by keys.
 void ScrollByKey(const Control &control, int key) {
   constexpr std::pair<int, QAbstractSlider::SliderAction> kActions[] = {
       {Qt::Key_Up, QAbstractSlider::SliderSingleStepSub},
@@ -138,7 +138,7 @@ void ScrollByKey(const Control &control, int key) {
   }
 }
 
-// The bytes of what was typed, one after the other; the last one types it.
+// The bytes of the typed character, one at a time; the last one enters it.
 void DeliverCharacters(Control *control, const QString &typed, const std::function<void()> &own) {
   const QByteArray bytes = TypedBytes(typed);
   if (bytes.isEmpty()) {
@@ -158,7 +158,7 @@ intptr_t PointOf(const QMouseEvent &event) {
                                                          << 16;
 }
 
-OrlWindow focused = nullptr;  // the control that had the focus last, wherever
+OrlWindow focused = nullptr;  // the control that last had the focus, in any dialog
 
 Control *FocusedControl(const Dialog *dialog) {
   Control *control = FindControl(dialog->focus);
@@ -176,7 +176,7 @@ intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lPa
   OrlWindowProc proc = place.control == nullptr         ? place.dialog->proc
                        : place.control->proc == nullptr ? OwnProc
                                                         : place.control->proc;
-  // What a host's procedure throws must not run through the frames of Qt.
+  // Exceptions of a host's procedure must not pass through Qt's frames.
   try {
     return proc(window, message, wParam, lParam);
   } catch (...) {
@@ -185,7 +185,7 @@ intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lPa
 }
 
 void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  static thread_local PostOffice office;  // each thread has dialogs of its own
+  static thread_local PostOffice office;  // each thread has its own dialogs
   if (Find(window).dialog != nullptr) {
     QCoreApplication::postEvent(&office, new PostedEvent(window, message, wParam, lParam));
   }
@@ -199,7 +199,7 @@ bool HasEnded(const Dialog *dialog) {
 }
 
 void Notify(const Control *control, uint32_t notification) {
-  // Changes of texts may be the program's doing.
+  // Text changes may come from the program.
   if (notification != ORL_EN_CHANGE && HasEnded(control->dialog)) {
     return;
   }
@@ -323,7 +323,7 @@ void MouseDoubleClicked(Control *control, QMouseEvent *event, const std::functio
 }
 
 void FocusCame(Control *control, const std::function<void()> &own) {
-  // Qt plays focus events to the button that is to look like the default one.
+  // Qt sends artificial focus events to the button that should look like the default one.
   if (!control->widget->hasFocus() || FindControl(control->window) != control) {
     own();
     return;
@@ -356,7 +356,7 @@ void PressReturn(Dialog *dialog) {
     PressButton(button);
     return;
   }
-  // Nothing to press and nobody who wants it: in a list the key takes the row.
+  // No button to press and no handler: in a list the key picks the row.
   const Hold hold(dialog);
   const bool takes =
       focus != nullptr && focus->kind == ORL_CONTROL_LIST && (focus->style & ORL_STYLE_NOTIFY) != 0;
@@ -402,7 +402,7 @@ void PressNeighbour(Control *option, bool back) {
   const auto isOther = [](const auto &control) { return control->kind != ORL_CONTROL_OPTION; };
   const auto self = std::find_if(controls.begin(), controls.end(),
                                  [option](const auto &each) { return each.get() == option; });
-  // The group: the options around this one, up to where another begins.
+  // The group: the options around this one, up to the start of another group.
   auto first = self;
   while (first != controls.begin() && ((*first)->style & ORL_STYLE_GROUP) == 0 &&
          !isOther(*(first - 1))) {

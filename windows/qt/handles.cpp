@@ -1,4 +1,4 @@
-// Windows by their handles.
+// Lookup of windows by handle.
 #include <algorithm>
 #include <unordered_map>
 
@@ -8,7 +8,7 @@ namespace qt_windows {
 
 namespace {
 
-// Numbers that look like no address and never come twice.
+// Numbers that are not plausible addresses and are never reused.
 struct Handles {
   std::unordered_map<uintptr_t, Place> places;
   uintptr_t last = 0;

@@ -1,4 +1,4 @@
-// The F1 key: the dialog's logic says what help is asked for, and the host shows it.
+// The F1 key: the dialog's logic determines the help topic, and the host shows it.
 #include <cstddef>
 #include <cstring>
 
@@ -10,7 +10,7 @@ namespace {
 
 constexpr int32_t kHelpByKey = 257;
 
-// What the user stands at while a dialog is asked; the innermost one.
+// The control for which help was requested while the dialog handles the request; the innermost one.
 struct Asked {
   Dialog *dialog;
   const Control *control;
@@ -18,14 +18,14 @@ struct Asked {
 };
 Asked *asked = nullptr;
 
-// The host's routine, where it was compiled with one.
+// The host's routine, if the host was compiled with one.
 const OrlEditorHost *HostWithHelp() {
   const OrlEditorHost *host = GetEditorHost();
   const bool has = host != nullptr && host->size > offsetof(OrlEditorHost, Help);
   return has && host->Help != nullptr ? host : nullptr;
 }
 
-// The edit that is being written, of the dialog or of the one that it belongs to.
+// The edit with the text aid, of the dialog or of the one that it belongs to.
 const Control *WritingFor(const Dialog *dialog) {
   while (dialog != nullptr && dialog->writing == nullptr) {
     dialog = Find(dialog->parent).dialog;
@@ -33,8 +33,7 @@ const Control *WritingFor(const Dialog *dialog) {
   return dialog == nullptr ? nullptr : dialog->writing;
 }
 
-// OrlHelpProc. The dialog's own answer, but where the caret is in the name or the call of a
-// function.
+// OrlHelpProc. The dialog's own topic, unless the caret is in the name or the call of a function.
 int32_t Answer(int32_t command, intptr_t data) {
   const OrlEditorHost *host = HostWithHelp();
   if (asked == nullptr || host == nullptr) {
@@ -78,7 +77,7 @@ void AskForHelp(Dialog *dialog, const Control *control) {
   Send(dialog->window, ORL_WM_HELP_REQUEST,
        reinterpret_cast<uintptr_t>(control == nullptr ? nullptr : control->window),
        reinterpret_cast<intptr_t>(&Answer));
-  // A window beside another whose logic knows of no help.
+  // A side window without help of its own.
   Dialog *parent = Find(dialog->parent).dialog;
   if (!now.isAnswered && parent != nullptr && !dialog->going) {
     Send(parent->window, ORL_WM_HELP_REQUEST, 0, reinterpret_cast<intptr_t>(&Answer));

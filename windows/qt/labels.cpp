@@ -29,8 +29,8 @@ struct Captioned : Control {
 
 // ---- Buttons
 
-// A mnemonic presses at once: Qt would show the press for a while first, and what is typed behind
-// it would come before it.
+// A mnemonic presses at once: Qt would animate the press first, and keys typed after it would be
+// handled before it.
 class ButtonWidget : public Messenger<QPushButton> {
  public:
   using Messenger::Messenger;
@@ -52,7 +52,7 @@ struct Button : Captioned {
   }
 
  private:
-  // Signs are no names to those who hear them; empty for words, which are.
+  // Spoken names of signs, for screen readers; empty for words.
   static QString NameOfSign(const QString &caption) {
     constexpr std::pair<const char *, const char *> kSigns[] = {
         {"+", "plus"},         {"-", "minus"},  {"*", "times"},           {"/", "divided by"},
@@ -72,7 +72,8 @@ class LabelWidget : public QLabel {
  public:
   using QLabel::QLabel;
 
-  // A mark is one where the label stands for another control, which is known before it is shown.
+  // A mnemonic is shown when the label belongs to another control, which is known before it is
+  // shown.
   void ShowCaption(const QString &caption) {
     caption_ = caption;
     setText(buddy() == nullptr ? WithoutMarks(caption) : caption);
@@ -83,7 +84,7 @@ class LabelWidget : public QLabel {
     if (event->type() == QEvent::Show) {
       ShowCaption(caption_);
     }
-    // The mnemonic leads to its control and presses nothing.
+    // The mnemonic moves the focus to its control and presses nothing.
     if (event->type() == QEvent::Shortcut && buddy() != nullptr) {
       window()->setAttribute(Qt::WA_KeyboardFocusChange);
       TabStop(buddy())->setFocus(Qt::ShortcutFocusReason);
@@ -93,7 +94,7 @@ class LabelWidget : public QLabel {
   }
 
  private:
-  // Of a row of buttons of which one is reached by the tab key that one.
+  // In a group of buttons, the one that the tab key reaches.
   static QWidget *TabStop(QWidget *first) {
     QWidget *each = first;
     while (each->focusPolicy() == Qt::ClickFocus && each->nextInFocusChain() != first) {
@@ -108,7 +109,7 @@ class LabelWidget : public QLabel {
 struct Label : Captioned {
   void Show(const QString &text) override { static_cast<LabelWidget *>(widget)->ShowCaption(text); }
 
-  // What is higher than a line has several.
+  // A label higher than one line wraps.
   void Place(const QRect &rect) override {
     auto *label = static_cast<LabelWidget *>(widget);
     const bool lines = rect.height() >= 2 * label->fontMetrics().height();
@@ -122,8 +123,8 @@ struct Label : Captioned {
 
 // ---- Frames
 
-// The caption stands in the line of the frame, as dialogs are drawn for it: styles that put it
-// above would let the line run through what stands at the top.
+// The caption is drawn on the frame's line, as the templates expect: styles that put it above would
+// draw the line through the topmost controls.
 class GroupWidget : public QGroupBox {
  public:
   using QGroupBox::QGroupBox;
@@ -136,7 +137,7 @@ class GroupWidget : public QGroupBox {
     const int height = fontMetrics().height();
     QColor line = palette().color(QPalette::WindowText);
     line.setAlphaF(0.3F);
-    // Four stretches, for a line would lose sides where a pixel is no whole number of the screen's.
+    // Drawn as four filled rectangles: a line would lose sides at fractional scale factors.
     const QRect frame = rect().adjusted(0, height / 2, 0, 0);
     const QRect inner = frame.adjusted(1, 1, -1, -1);
     for (const QRect &side : QRegion(frame).subtracted(inner)) {
@@ -191,7 +192,7 @@ Control *NewLabel(const OrlControl &row, Dialog *dialog) {
   return label.release();
 }
 
-// What the frame surrounds stands beside it, not in it, and is reached through it.
+// The controls inside the frame are its siblings, and are reached through it.
 Control *NewGroup(const OrlControl &row, Dialog *dialog) {
   auto group = std::make_unique<Group>();
   auto *widget = new GroupWidget(dialog->client);

@@ -1,9 +1,9 @@
-// Where controls stand: in dialog units of the actual font, and in windows that were enlarged.
+// Layout of controls: in dialog units of the actual font, and in enlarged windows.
 //
-// A window that is larger than its template gives the room to the controls that can use it. On each
-// axis some stretches of the template grow: those that lists share and, from top to bottom, edits
-// that scroll. What stands beyond such a stretch moves with its end; lists, edits and centred
-// labels that reach across it grow with it. Frames and rows of option buttons move as one.
+// A window that is larger than its template gives the extra space to controls that can use it. On
+// each axis some intervals of the template grow: those that lists share and, vertically, edits that
+// scroll. Controls beyond such an interval move with its end; lists, edits and centred labels that
+// span it grow with it. Frames and rows of option buttons move as one.
 #include <QFontMetricsF>
 #include <QScreen>
 #include <QStyle>
@@ -18,7 +18,7 @@ namespace qt_windows {
 
 namespace {
 
-// From `from` to `to`, without `to`.
+// From `from` to `to`, exclusive.
 struct Stretch {
   int from, to;
 };
@@ -40,7 +40,7 @@ bool Scrolls(const Control &control) {
   return control.kind == ORL_CONTROL_EDIT && (control.style & ORL_STYLE_SCROLL_BAR) != 0;
 }
 
-// What those that overlap have in common.
+// The intersection of overlapping ones.
 Stretches Shared(Stretches stretches) {
   std::sort(stretches.begin(), stretches.end(),
             [](const Stretch &left, const Stretch &right) { return left.from < right.from; });
@@ -61,7 +61,7 @@ struct Axis {
   int total;  // of what grows
   int extra;  // pixels that the window has more than its template
 
-  // Where a place of the template has come to.
+  // The position to which a position of the template has moved.
   int Moved(int place) const {
     int ahead = 0;
     for (const Stretch &each : growing) {
@@ -106,7 +106,7 @@ Axis AxisDown(const Dialog &dialog, int extra) {
   return NewAxis(Shared(stretches), extra);
 }
 
-// Both, in the window as it is now.
+// Both axes of the window at its present size.
 struct Axes {
   Axis across, down;
 };
@@ -161,7 +161,8 @@ QRect PlaceOf(const Control &control, const Axis &across, const Axis &down) {
 
 // ---- The template in pixels
 
-// The pixels of width that a caption needs on its control; 0 for one that may be cut or wrapped.
+// The pixels of width that a caption needs on its control; 0 for one that may be truncated or
+// wrapped.
 double NeededWidth(const Control &control, const OrlControl &row, const QFontMetricsF &font) {
   constexpr double kButtonMargins = 14;
   const bool oneLine = row.height <= 10;
@@ -175,7 +176,7 @@ double NeededWidth(const Control &control, const OrlControl &row, const QFontMet
 }
 
 // A quarter of the average width, an eighth of the height of the font. Captions that are wider in
-// this font than in the one that the template was drawn for make all units wider, up to half again.
+// this font than in the template's own make all units wider, by up to half.
 void ChooseUnits(Dialog *dialog) {
   constexpr double kWidest = 1.5;
   const QFont font = dialog->widget->font();
@@ -195,7 +196,7 @@ void ChooseUnits(Dialog *dialog) {
   }
 }
 
-// For the inside of a window: beside it stand a frame and a title.
+// For the client area of a window, without frame and title.
 QSize RoomOnScreen(const Dialog &dialog) {
   const QScreen *screen = dialog.widget->screen();
   const QSize frame(10, 2 * dialog.metrics.height);
@@ -203,7 +204,7 @@ QSize RoomOnScreen(const Dialog &dialog) {
                            : screen->availableGeometry().size() - frame;
 }
 
-// A window that is larger than the screen gets a smaller font, as far as that can be read.
+// A window that is larger than the screen gets a smaller font, down to a readable size.
 void ChooseFont(Dialog *dialog) {
   constexpr double kSmallest = 6;
   constexpr double kStep = 0.5;
@@ -216,7 +217,7 @@ void ChooseFont(Dialog *dialog) {
   QFont font = dialog->widget->font();
   const QScreen *screen = dialog->widget->screen();
   const auto isTooLarge = [dialog, &model, screen] {
-    // Frame and caption, and a hint that takes a line more.
+    // Frame and caption, and a hint that needs one more line.
     const int margin = 3 * dialog->metrics.height;
     const QSize room = screen->availableGeometry().size() - QSize(10, margin);
     return model.width * dialog->unitX > room.width() ||
@@ -229,7 +230,7 @@ void ChooseFont(Dialog *dialog) {
   }
 }
 
-// A list that the template lets run under a frame ends above it, and those beside it with it.
+// A list that overlaps a frame in the template ends above it, and so do those beside it.
 void TrimLists(Dialog *dialog) {
   constexpr int kGap = 6;
   for (const auto &list : dialog->controls) {
@@ -249,7 +250,7 @@ void TrimLists(Dialog *dialog) {
   }
 }
 
-// A text that can neither be changed nor scrolled.
+// A text that can be neither changed nor scrolled.
 bool IsHint(const Control &control) {
   return control.kind == ORL_CONTROL_EDIT && (control.style & ORL_STYLE_READ_ONLY) != 0 &&
          (control.style & ORL_STYLE_LINES) != 0 && !Scrolls(control);
@@ -279,14 +280,14 @@ void FitHints(Dialog *dialog) {
 }
 
 void FitTitle(Dialog *dialog) {
-  constexpr int kFrame = 120;  // what frames put beside a title
+  constexpr int kFrame = 120;  // what the frame adds to a title
   const int text = dialog->widget->fontMetrics().horizontalAdvance(dialog->widget->windowTitle());
   const int needed = std::min(text + kFrame, 2 * dialog->baseSize.width());
   if (needed <= dialog->widget->width()) {
     return;
   }
   ResizeClient(dialog, {needed, dialog->client->height()});
-  // What stood on the screen stays there.
+  // What was on the screen stays there.
   const QRect screen = dialog->widget->screen()->availableGeometry();
   const int beyond = dialog->widget->frameGeometry().right() - screen.right();
   if (beyond > 0) {
@@ -316,7 +317,7 @@ void ResizeClient(Dialog *dialog, const QSize &size) {
   const QSize room = RoomOnScreen(*dialog);
   const int bar = dialog->widget->style()->pixelMetric(QStyle::PM_ScrollBarExtent);
   const auto fitted = [&](QSize wanted) {
-    // A bar on one side takes room on the other.
+    // A scroll bar on one axis takes space on the other.
     if (wanted.height() > room.height()) {
       wanted.rwidth() += bar;
     }
@@ -342,8 +343,8 @@ void LayOut(Dialog *dialog) {
 }
 
 void MoveControl(Control *control, const QRect &rect) {
-  // In a window that has been enlarged the place in the template moves as far as the control does,
-  // from where it was to stand: a list may have cut itself to whole rows there.
+  // In an enlarged window the template position moves by the control's distance from its intended
+  // place: a list may have reduced itself to whole rows.
   const Axes axes = AxesOf(*control->dialog);
   const QRect before = PlaceOf(*control, axes.across, axes.down);
   const QRect moved(control->base.topLeft() + rect.topLeft() - before.topLeft(),

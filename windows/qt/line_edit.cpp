@@ -1,4 +1,4 @@
-// Edits of one line. What it enters and copies by itself goes by the common way instead.
+// Edits of one line. The widget's own input and copying are replaced by the common routines.
 #include <QAction>
 #include <QClipboard>
 #include <QDropEvent>
@@ -64,9 +64,9 @@ class LineWidget : public Messenger<QLineEdit> {
   }
 
  private:
-  // What the standard menu does with the clipboard goes the common way.
+  // The standard menu's clipboard commands use the common routines.
   void Redirect(QAction *action) {
-    const QString caption = action->text().section(u'\t', 0, 0);  // ahead of the shortcut
+    const QString caption = action->text().section(u'\t', 0, 0);  // before the shortcut
     for (const ClipboardRow &row : kClipboardRows) {
       if (caption == QLineEdit::tr(row.caption)) {
         action->setObjectName(QLatin1String(row.name));

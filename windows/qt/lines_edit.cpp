@@ -1,7 +1,7 @@
 // Edits of several lines.
 //
-// What the program puts in is a change that the user can undo, as picking from the lists sets the
-// whole text each time: only what differs is replaced, in one step.
+// Text set by the program can be undone by the user, as picking from the lists sets the whole text
+// each time: only the difference is replaced, in one step.
 #include <QDropEvent>
 #include <QPalette>
 #include <QPlainTextEdit>
@@ -42,7 +42,7 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
     }
   }
 
-  // Room for what is told of the text, below it.
+  // Space below the text for information about it.
   void MakeRoom() {
     setViewportMargins(0, 0, 0, help->Check()->Strip()->sizeHint().height());
     PlaceStrip();
@@ -90,7 +90,7 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
     }
   }
 
-  // The clipboard's, and those of what is dragged.
+  // For the clipboard, and for dragging.
   QMimeData *createMimeDataFromSelection() const override {
     const QTextCursor cursor = textCursor();
     const qsizetype start = cursor.selectionStart();
@@ -128,8 +128,8 @@ class LinesWidget : public Messenger<QPlainTextEdit> {
   Edit *edit_;
 };
 
-// Words that are longer are broken anywhere from the start: for each of its lines Qt would look for
-// the end of the word. A blank that does not break is a part of one.
+// Longer words are broken anywhere from the start: Qt would search for the end of the word for each
+// of its lines. A no-break blank is part of a word.
 constexpr qsizetype kLongWord = 500;
 
 bool HasLongWord(QStringView shown) {
@@ -163,14 +163,14 @@ struct LinesEdit : Edit {
     lines->ensureCursorVisible();
   }
 
-  // Ahead of a change that may be large.
+  // Before a change that may be large.
   void WrapAheadOf(QStringView shown) const {
     if (HasLongWord(shown)) {
       WrapFor(shown);
     }
   }
 
-  // Behind a change.
+  // After a change.
   void WrapFor(QStringView shown) const {
     lines->setWordWrapMode(HasLongWord(shown) ? QTextOption::WrapAnywhere
                                               : QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -182,7 +182,7 @@ struct LinesEdit : Edit {
     const auto [prefix, suffix] = Compare(before, shown);
     QTextCursor cursor(lines->document());
     if (prefix + suffix < std::max(before.size(), shown.size())) {
-      // Undoing it puts the caret where the block begins.
+      // Undo moves the caret to the start of the edit block.
       cursor.setPosition(static_cast<int>(before.size() - suffix));
       cursor.beginEditBlock();
       cursor.setPosition(static_cast<int>(prefix));
@@ -247,7 +247,7 @@ Control *NewLines(const OrlControl &row, Dialog *dialog) {
   lines->setReadOnly(edit->IsReadOnly());
   lines->setUndoRedoEnabled(!edit->IsReadOnly());
   lines->KeepSelection();
-  // What can neither be changed nor scrolled is a part of the window.
+  // A text that can be neither changed nor scrolled looks like a part of the window.
   if (edit->IsReadOnly() && (row.style & ORL_STYLE_SCROLL_BAR) == 0) {
     lines->viewport()->setBackgroundRole(QPalette::Window);
   }

@@ -14,7 +14,7 @@ namespace qt_windows {
 
 namespace {
 
-// Where a text belongs in a sorted list, behind its equals.
+// The position of a text in a sorted list, after equal ones.
 int32_t SortedPlace(ListModel *model, const char *text) {
   int32_t low = 0;
   int32_t high = model->Count();
@@ -70,9 +70,9 @@ int32_t InsertRow(ListBox *list, int32_t row, const char *text) {
 int32_t DeleteRow(ListBox *list, int32_t row) {
   const QScopedValueRollback<bool> guard(list->changesItself, true);
   QItemSelectionModel *selection = list->view->selectionModel();
-  // The view, which is laid out anew anyhow, would do so for each new place of the focus.
+  // The view is laid out again anyway, and would do so for each change of the focus.
   const QSignalBlocker quiet(selection);
-  // The view would select a neighbour of a row that goes with the focus on it.
+  // The view would select a neighbour of a removed row that had the focus.
   if (selection->currentIndex().row() == row) {
     selection->setCurrentIndex({}, QItemSelectionModel::NoUpdate);
   }
@@ -83,7 +83,7 @@ int32_t DeleteRow(ListBox *list, int32_t row) {
   return list->model->Count();
 }
 
-// The messages about one row, which is there.
+// The messages about one row, which exists.
 intptr_t TakeRowMessage(ListBox *list, uint32_t message, int32_t row, intptr_t lParam) {
   ListRow &entry = list->model->At(row);
   switch (message) {
@@ -110,7 +110,7 @@ intptr_t TakeRowMessage(ListBox *list, uint32_t message, int32_t row, intptr_t l
       entry.data = lParam;
       return 1;
     default:
-      return 0;  // none of ours
+      return 0;  // not one of ours
   }
 }
 
@@ -185,11 +185,11 @@ intptr_t ListBox::OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam
   return 0;
 }
 
-// As high as whole rows are, one at least.
+// The height of whole rows, at least one.
 void ListBox::Place(const QRect &rect) {
   const int rowHeightNow = HeightOfRow(this);
   const int frame = 2 * view->frameWidth();
-  // The line of the frame may hang over: a program that counts on whole rows knows of none.
+  // The frame's line may overlap: programs compute whole rows without a frame.
   const int rows = std::max(1, rect.height() / rowHeightNow);
   const QModelIndex current = model->index(CurrentRow(this), 0);
   const bool isShown = view->viewport()->rect().intersects(view->visualRect(current));

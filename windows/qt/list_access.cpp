@@ -13,12 +13,12 @@ class ListAccess;
 
 constexpr char kList[] = "list";
 
-// The record of the list that a view shows, or null. A view goes before its record.
+// The record of the list that a view shows, or null. A view is deleted before its record.
 ListBox *ListOfView(const QObject *view) {
   return static_cast<ListBox *>(view->property(kList).value<void *>());
 }
 
-// A row. It tells of what stands at its place now.
+// A row. It reports what is at its index at the moment.
 class RowAccess : public QAccessibleInterface, public QAccessibleActionInterface {
  public:
   RowAccess(QListView *view, int row) : view_(view), row_(row) {}
@@ -85,7 +85,7 @@ class RowAccess : public QAccessibleInterface, public QAccessibleActionInterface
   QStringList keyBindingsForAction(const QString &name) const override {
     return name == Insert() ? QStringList(QStringLiteral("Space")) : QStringList();
   }
-  // Later: what it leads to may wait for its user, and the reader must not.
+  // Posted: it may open a dialog, and the screen reader must not wait for that.
   void doAction(const QString &name) override {
     if (!isValid()) {
       return;
@@ -137,7 +137,7 @@ class ListAccess : public QAccessibleWidget {
     return view_->model() == nullptr ? 0 : view_->model()->rowCount();
   }
 
-  // Rows are asked for by number; each tells of its place as long as the list lives.
+  // Rows are requested by number; each reports its index as long as the list exists.
   QAccessibleInterface *child(int index) const override {
     if (index < 0 || index >= childCount()) {
       return nullptr;

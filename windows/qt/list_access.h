@@ -1,4 +1,4 @@
-// What screen readers are told of lists: a list with its rows, which can be put in.
+// Accessibility of lists for screen readers: a list with its rows, which can be inserted.
 #ifndef ORLI11_WINDOWS_QT_LIST_ACCESS_H
 #define ORLI11_WINDOWS_QT_LIST_ACCESS_H
 
@@ -6,10 +6,10 @@
 
 namespace qt_windows {
 
-// From now on the view tells of its list.
+// From now on the view reports its list.
 void TellOfList(ListBox *list, QListView *view);
 
-// What the program tells of a row, in a few lines; empty for nothing (list_view.cpp).
+// The program's description of a row, in a few lines; may be empty (list_view.cpp).
 QString DescriptionOf(const ListBox *list, int32_t row);
 
 }  // namespace qt_windows

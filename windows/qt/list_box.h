@@ -1,7 +1,8 @@
-// Lists: their record, what the rows (list.cpp) and the view (list_view.cpp) call in each other.
+// Lists: their record, and the routines that the rows (list.cpp) and the view (list_view.cpp)
+// share.
 //
-// The current row is the selected one. The view's own current index is no more than where the focus
-// stands: the view moves it by itself.
+// The current row is the selected one. The view's own current index is only the position of the
+// focus, which the view moves by itself.
 #ifndef ORLI11_WINDOWS_QT_LIST_BOX_H
 #define ORLI11_WINDOWS_QT_LIST_BOX_H
 
@@ -16,11 +17,11 @@ struct ListBox : Control {
   QListView *view = nullptr;
   ListModel *model = nullptr;
   QByteArray caption;
-  int32_t rowHeight = 0;            // that the dialog asks for; 0: that of the font
+  int32_t rowHeight = 0;            // requested by the dialog; 0: that of the font
   bool dragging = false;            // the user has pressed a row
   bool changesItself = false;       // the selection is being changed by the routines of the list
   const OrlTextAid *aid = nullptr;  // of its rows, or null
-  QString part;                     // that rows must hold to be shown
+  QString part;                     // that rows must contain to be shown
 
   QByteArray Text() const override { return caption; }
   void SetText(const char *text) override { caption = text; }
@@ -34,22 +35,23 @@ bool IsOwnerDrawn(const ListBox *list);
 int32_t HeightOfRow(const ListBox *list);
 // -1 for none.
 int32_t CurrentRow(const ListBox *list);
-// Tells nobody. Without a current row, -1, the focus stands on the first.
+// Without notification. Without a current row, -1, the focus is on the first.
 void MakeCurrent(ListBox *list, int32_t row);
 
-// Shows the rows that the host and the user want to see, and hides the others.
+// Shows the rows that neither the host nor the user's filter hides.
 void ShowRows(ListBox *list);
 bool IsRowShown(const ListBox *list, int32_t row);
-// When the current row is hidden, makes the first that is shown the current one, as the user does.
+// When the current row is hidden, makes the first visible one current, as the user does.
 void StandOnShownRow(ListBox *list);
 
 // Keys that have no name in orli11/windows.h.
 constexpr uint32_t kKeyPageUp = 33;
 constexpr uint32_t kKeyPageDown = 34;
 
-// The view of a list whose record is filled in but for it and the model. It belongs to the parent.
+// Creates the view of a list; its record is complete except for the view and the model. Owned by
+// the parent.
 QListView *NewListView(ListBox *list, QWidget *parent);
-// An event that a procedure has made up does what the user's would.
+// Handles an event sent by a procedure like one of the user.
 void TakeEvent(ListBox *list, uint32_t message, uintptr_t wParam, intptr_t lParam);
 
 }  // namespace qt_windows

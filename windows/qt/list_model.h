@@ -1,4 +1,4 @@
-// The rows of a list, as its view reads them.
+// The rows of a list, as a model for its view.
 #ifndef ORLI11_WINDOWS_QT_LIST_MODEL_H
 #define ORLI11_WINDOWS_QT_LIST_MODEL_H
 
@@ -17,7 +17,7 @@ struct ListRow {
   bool hidden = false;  // from the user
 };
 
-// The rows stand behind pointers: a row that comes into a long list moves all that follow.
+// Pointers to rows: inserting into a long list moves everything that follows.
 class ListModel : public QAbstractListModel {
  public:
   using QAbstractListModel::QAbstractListModel;
@@ -33,7 +33,7 @@ class ListModel : public QAbstractListModel {
     return tells && Has(index.row()) ? rows_[static_cast<size_t>(index.row())]->shown : QVariant();
   }
 
-  // What is hidden is not found by the keys of the user either.
+  // Hidden rows are not found by the user's keys either.
   Qt::ItemFlags flags(const QModelIndex &index) const override {
     const bool hidden = Has(index.row()) && rows_[static_cast<size_t>(index.row())]->hidden;
     return hidden ? Qt::NoItemFlags : QAbstractListModel::flags(index);
@@ -41,7 +41,7 @@ class ListModel : public QAbstractListModel {
 
   int32_t Count() const { return static_cast<int32_t>(rows_.size()); }
   bool Has(int64_t row) const { return row >= 0 && row < Count(); }
-  // A row that is there.
+  // Requires that the row exists.
   ListRow &At(int32_t row) { return *rows_[static_cast<size_t>(row)]; }
 
   void Insert(int32_t row, ListRow entry) {

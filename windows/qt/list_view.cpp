@@ -1,4 +1,4 @@
-// The view of a list: what the user does in it, and how it shows its rows.
+// The view of a list: input of the user, and drawing of the rows.
 #include <QHelpEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
@@ -20,7 +20,7 @@ namespace {
 
 constexpr qsizetype kMostTipLines = 10;
 
-// ---- What the user does
+// ---- User input
 
 void Tell(const ListBox *list, uint32_t notification) {
   if ((list->style & ORL_STYLE_NOTIFY) != 0) {
@@ -60,7 +60,7 @@ constexpr MoveRow kMoves[] = {
 };
 // clang-format on
 
-// The nearest row that is shown at `row`, or on from there in a direction; else back.
+// The visible row at `row`, or the next one in a direction; else in the other direction.
 int32_t ShownRow(const ListBox *list, int32_t row, int32_t step) {
   const int32_t count = list->model->Count();
   for (const int32_t direction : {step, -step}) {
@@ -81,7 +81,7 @@ void Move(ListBox *list, const MoveRow &move) {
   MakeCurrentByUser(list, ShownRow(list, place, move.rows + move.pages < 0 ? -1 : 1));
 }
 
-// To the next row that begins with what is typed. The blank is left to the dialog.
+// Moves to the next row that begins with the typed text. The blank is left to the dialog.
 void TypeAhead(ListBox *list, const QString &typed) {
   if (typed.isEmpty() || !typed.at(0).isPrint() || typed.at(0).isSpace()) {
     return;
@@ -124,7 +124,7 @@ void Press(ListBox *list, int y) {
   MakeCurrentByUser(list, row);
 }
 
-// The row follows the pressed button, beyond the edges by one at a time.
+// The current row follows the pressed mouse; beyond the edges it moves one row at a time.
 void Drag(ListBox *list, int y) {
   if (!list->dragging) {
     return;
@@ -189,7 +189,7 @@ class RowDelegate : public QStyledItemDelegate {
     }
   }
 
-  // What is known of a row, else the whole text of one that shows a part of it.
+  // The description of a row, else the whole text of a row that is truncated.
   bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
                  const QModelIndex &index) override {
     const QString known = DescriptionOf(list_, index.row());
@@ -282,7 +282,7 @@ class ListView : public Messenger<QListView> {
                        [this, event] { DoubleClick(list_, qRound(event->position().y()), true); });
   }
 
-  // By no routine of this file: a screen reader's doing, which is told when it is over.
+  // Not from this file: a change by a screen reader, reported afterwards.
   void selectionChanged(const QItemSelection &now, const QItemSelection &before) override {
     QListView::selectionChanged(now, before);
     const bool told = (list_->style & ORL_STYLE_NOTIFY) != 0;
@@ -293,7 +293,7 @@ class ListView : public Messenger<QListView> {
     }
   }
 
-  // The frame's own line takes part.
+  // The frame's line is included.
   bool event(QEvent *event) override {
     const bool taken = Messenger::event(event);
     if (event->type() == QEvent::Paint && hasFocus()) {
@@ -314,8 +314,8 @@ class ListView : public Messenger<QListView> {
     }
   }
 
-  // The list with the focus is seen at a glance: its row has the full colour, and a frame is around
-  // it.
+  // The list with the focus stands out: its current row has the full colour, and a frame is drawn
+  // around it.
   void initViewItemOption(QStyleOptionViewItem *option) const override {
     QListView::initViewItemOption(option);
     constexpr int kPale = 30;  // percent
@@ -354,7 +354,7 @@ class ListView : public Messenger<QListView> {
     painter.drawRect(viewport()->rect().adjusted(0, 0, -1, -1));
   }
 
-  // The focus has no row to stand on.
+  // There is no row for the focus.
   void PaintEmpty() {
     QPainter painter(viewport());
     QStyleOptionViewItem option;

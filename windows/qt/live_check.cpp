@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kDelay = 400;  // milliseconds after the last key
 
-// Where the arguments of a signature stand: between its first bracket and the commas behind it.
+// The positions of the arguments in a signature: between its first bracket and the commas after it.
 Piece ArgumentOf(QStringView signature, int argument) {
   qsizetype start = signature.indexOf(u'(') + 1;
   if (start == 0) {
@@ -46,7 +46,7 @@ QTextEdit::ExtraSelection Selection(const QPlainTextEdit *lines, Piece place) {
 
 }  // namespace
 
-// A line of its own at the lower end of the text.
+// A separate line at the bottom of the text.
 class LiveCheck::StripWidget : public QWidget {
  public:
   explicit StripWidget(QPlainTextEdit *lines) : QWidget(lines) { setCursor(Qt::ArrowCursor); }
@@ -75,7 +75,7 @@ class LiveCheck::StripWidget : public QWidget {
   }
 
  private:
-  // The argument that is being written in bold, and in view.
+  // Shows the current argument in bold, and scrolls it into view.
   void PaintSignature(QPainter *painter, QRect place) const {
     QFont bold = font();
     bold.setBold(true);
@@ -147,7 +147,7 @@ void LiveCheck::Check() {
   const bool isOpen = isThere && state.error != 0 && IsPlaceholder(text, state);
   fault_ = QTextCursor();
   if (isThere && state.error != 0 && !isOpen) {
-    // What is missing at a place has no bytes: the one ahead of it is marked.
+    // An error at a position has no bytes: the character before it is marked.
     Piece fault = {PositionOfByte(shown, state.start, edit_->textKind),
                    PositionOfByte(shown, state.end, edit_->textKind)};
     fault.start -= fault.IsEmpty() && fault.start > 0 ? 1 : 0;
@@ -194,7 +194,7 @@ void LiveCheck::Mark() {
   const QString shown = edit_->Shown();
   const QPalette palette = lines_->palette();
   const QRect view = lines_->viewport()->rect();
-  // No more than what is seen: marks cost time wherever they are.
+  // Only what is visible: marks take time wherever they are.
   const Piece part = {lines_->cursorForPosition(view.topLeft()).position(),
                       lines_->cursorForPosition(view.bottomRight()).position() + 1};
   QList<QTextEdit::ExtraSelection> marks;

@@ -1,7 +1,6 @@
-// Says what a save would say of a text while it is written: a while after the last key its faulty
-// bytes are underlined, and a strip below it tells the message or the type of the value, and the
-// arguments of the call that the caret is in. Brackets that belong together are marked, texts in
-// quotes coloured.
+// Live check of a text while the user types: shortly after the last key the error span is
+// underlined, and a strip below shows the message or the type of the value, and the arguments of
+// the call that the caret is in. Matching brackets are marked, quoted text is coloured.
 #ifndef ORLI11_WINDOWS_QT_LIVE_CHECK_H
 #define ORLI11_WINDOWS_QT_LIVE_CHECK_H
 
@@ -15,16 +14,16 @@
 
 namespace qt_windows {
 
-// Belongs to the widget of its edit.
+// Owned by the widget of its edit.
 class LiveCheck : public QObject {
  public:
   LiveCheck(Edit *edit, QPlainTextEdit *lines, const OrlTextAid *aid);
 
-  // What is told; it stands at the lower end of the edit.
+  // The strip at the bottom of the edit.
   QWidget *Strip() const;
-  // Called with each text that has been checked, and whether it is good.
+  // Called with each checked text, and whether it is valid.
   std::function<void(const QByteArray &text, const OrlTextState &state)> checked;
-  // The functions' list, whose rows tell of arguments.
+  // The list of functions, whose rows describe the arguments.
   QString SignatureOf(QStringView function) const;
 
  protected:

@@ -1,4 +1,4 @@
-// Widgets whose events go through the procedure of their control first.
+// Widgets whose events are passed to the procedure of their control first.
 #ifndef ORLI11_WINDOWS_QT_MESSENGER_H
 #define ORLI11_WINDOWS_QT_MESSENGER_H
 
@@ -15,7 +15,7 @@ class Messenger : public Widget {
  public:
   Messenger(Control *control, QWidget *parent) : Widget(parent), control_(control) {}
 
-  // What the widget's class does with the press of a key or an event of the mouse.
+  // The widget's own handling of a key press or mouse event.
   void OwnEvent(QEvent *event) {
     switch (event->type()) {
       case QEvent::KeyPress:

@@ -1,4 +1,4 @@
-// What labels do for other controls: mnemonics, and names for those who cannot see them.
+// Labels of other controls: mnemonics, and names for screen readers.
 #include <QLabel>
 
 #include "windows/qt/state.h"
@@ -8,7 +8,7 @@ namespace qt_windows {
 
 namespace {
 
-// A caption without its mark for the mnemonic; names in capitals and underscores as people write.
+// A caption without its mnemonic mark; names in capitals with underscores in normal spelling.
 QString SpokenName(const QByteArray &caption) {
   QString name = WithoutMarks(CaptionText(caption.constData()));
   if (name.contains('_')) {
@@ -23,7 +23,7 @@ bool IsNamedByLabel(const Control &control) {
          control.kind == ORL_CONTROL_OPTION;
 }
 
-// The control that a label stands for: the next one, when that is of a kind that needs it.
+// The control that a label belongs to: the next one, when its kind needs a label.
 Control *LabelledBy(const Dialog *dialog, size_t label) {
   const size_t next = label + 1;
   Control *control = next < dialog->controls.size() ? dialog->controls[next].get() : nullptr;
@@ -52,10 +52,10 @@ void NameControls(Dialog *dialog) {
       Control *named = LabelledBy(dialog, i);
       if (named != nullptr) {
         static_cast<QLabel *>(control->widget)->setBuddy(named->widget);
-        control->SetText(control->Text().constData());  // whose mark is a mnemonic from now on
+        control->SetText(control->Text().constData());  // whose mark becomes a mnemonic
       }
       if (control->base.isEmpty()) {
-        control->widget->hide();  // it is there for the name alone
+        control->widget->hide();  // it only provides the name
       }
       if (named != nullptr && named->kind != ORL_CONTROL_OPTION) {
         named->widget->setAccessibleName(SpokenName(control->Text()));

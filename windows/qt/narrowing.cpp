@@ -42,7 +42,7 @@ void Narrowing::Lay() {
   setGeometry(inner.x(), inner.y() - height, inner.width(), height);
 }
 
-// Up and down move in the list, Return takes the row as a double click does.
+// Up and down move in the list, Return picks the row as a double click does.
 void Narrowing::keyPressEvent(QKeyEvent *event) {
   const Hold hold(list_->dialog);
   switch (event->key()) {

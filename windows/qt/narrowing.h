@@ -1,5 +1,5 @@
-// A line above the rows of a list that narrows its view: only rows that hold what is typed are
-// shown. The program sees all rows.
+// A filter line above the rows of a list: only rows that contain the typed text are shown. The
+// program still sees all rows.
 #ifndef ORLI11_WINDOWS_QT_NARROWING_H
 #define ORLI11_WINDOWS_QT_NARROWING_H
 
@@ -9,7 +9,7 @@
 
 namespace qt_windows {
 
-// Belongs to the view of its list.
+// Owned by the view of its list.
 class Narrowing : public QLineEdit {
  public:
   Narrowing(ListBox *list, QWidget *view, std::function<void(int)> makeRoom);

@@ -1,4 +1,5 @@
-// Option buttons: a picture above a text, painted as a button that stays down when it is marked.
+// Option buttons: a picture above a caption, painted as a button that stays down when it is
+// checked.
 #include <QPainter>
 #include <QRadioButton>
 #include <QStyleOption>
@@ -23,19 +24,19 @@ QFont Bold(QFont font) {
 class OptionWidget : public Messenger<QRadioButton> {
  public:
   OptionWidget(Control *control, QWidget *parent) : Messenger(control, parent) {
-    // A screen reader may mark a button without pressing it: that presses it.
+    // A screen reader may check a button without pressing it: that counts as a press.
     connect(this, &QRadioButton::toggled, this, [this](bool checked) {
       if (checked != marked_) {
         Mark(marked_);
-        // Later: what the press leads to may wait for its user, and the reader must not.
+        // Posted: the press may open a dialog, and the screen reader must not wait for that.
         QMetaObject::invokeMethod(
             this, [this] { click(); }, Qt::QueuedConnection);
       }
     });
   }
 
-  // The dialog takes the mark from the others; that they exclude each other is for screen readers,
-  // to whom it makes a radio button.
+  // The dialog unchecks the others; they are exclusive only for screen readers, which then report
+  // radio buttons.
   void Mark(bool marked) {
     marked_ = marked;
     setAutoExclusive(false);
@@ -58,7 +59,7 @@ class OptionWidget : public Messenger<QRadioButton> {
   QSize minimumSizeHint() const override { return sizeHint(); }
 
  protected:
-  // The dialog marks it, not the press.
+  // The dialog checks it, not the press.
   void nextCheckState() override {}
   bool hitButton(const QPoint &point) const override { return rect().contains(point); }
 
@@ -88,7 +89,7 @@ class OptionWidget : public Messenger<QRadioButton> {
   }
 
  private:
-  // A thick frame that can be told from a thin one without its colour.
+  // A thick frame, distinguishable from a thin one without its colour.
   void PaintMark(QPainter *painter) const {
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
@@ -100,7 +101,7 @@ class OptionWidget : public Messenger<QRadioButton> {
   void PaintCaption(QPainter *painter, const QStyleOptionButton &button, const QRect &place) const {
     const bool underlined = style()->styleHint(QStyle::SH_UnderlineShortcut, &button, this) != 0;
     const int mnemonic = underlined ? Qt::TextShowMnemonic : Qt::TextHideMnemonic;
-    // A little may hang over into the margin before it is cut.
+    // A caption may extend slightly into the margin before it is truncated.
     const QRect wide = place.adjusted(1 - kMargin, 0, kMargin - 1, 0);
     const QString shown = painter->fontMetrics().elidedText(text(), Qt::ElideRight, wide.width(),
                                                             Qt::TextShowMnemonic);
@@ -167,7 +168,7 @@ void Option::SetText(const char *text) {
 void MarkOption(Control *option, bool marked) {
   if (option != nullptr && option->kind == ORL_CONTROL_OPTION) {
     static_cast<OptionWidget *>(option->widget)->Mark(marked);
-    // The tab key stops once in a row of them; arrows go on.
+    // The tab key stops once in a group; arrow keys move inside it.
     option->widget->setFocusPolicy(marked ? Qt::StrongFocus : Qt::ClickFocus);
   }
 }

@@ -16,7 +16,7 @@ namespace qt_windows {
 
 namespace {
 
-// The ground of the bitmaps that rows show.
+// The background of the bitmaps in rows.
 constexpr QRgb kRowGround = 0xFFC0C0C0;
 // No row shows more of its text, however long it is.
 constexpr qsizetype kMostShown = 1000;
@@ -32,8 +32,8 @@ auto FindLoaded(const void *bitmap) {
                       [bitmap](const auto &each) { return each.get() == bitmap; });
 }
 
-// The drawings that are going on, the innermost first: what a dialog does while it draws a row can
-// have others drawn.
+// The drawings in progress, the innermost first: a dialog that draws a row may cause others to be
+// drawn.
 struct Surface {
   DrawnRow *drawn;
   Surface *outer;
@@ -49,13 +49,13 @@ DrawnRow *OpenSurface(const void *surface) {
 }
 
 QRect RectOf(const OrlRect &rect) {
-  // Further out nothing is seen, and sums do not overflow.
+  // Beyond this nothing is visible, and sums do not overflow.
   const auto near = [](int32_t value) { return std::clamp(value, -1'000'000, 1'000'000); };
   return {QPoint(near(rect.left), near(rect.top)),
           QPoint(near(rect.right) - 1, near(rect.bottom) - 1)};
 }
 
-// The same colours, dark ones light and the other way round.
+// The same colours with lightness inverted.
 QImage WithLightTurned(QImage image) {
   for (int y = 0; y < image.height(); ++y) {
     auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
@@ -160,8 +160,8 @@ void DrawItem(const Control &list, OrlDrawItem *item, DrawnRow *drawn) {
   innermost = surface.outer;
 }
 
-// As large as the row has room for in front of the text, with a font that is much larger than the
-// picture was drawn for.
+// With a font much larger than the picture was drawn for, as large as the space before the text
+// allows.
 QRect PlaceOfPicture(const DrawnRow &drawn, const QSize &size) {
   constexpr double kWorthwhile = 1.4;
   const QRect own(drawn.pictureAt, size);
@@ -177,7 +177,7 @@ QRect PlaceOfPicture(const DrawnRow &drawn, const QSize &size) {
 }
 
 QRect RoomOfText(const DrawnRow &drawn, const QStyleOptionViewItem &option) {
-  // As far from the edges as the texts of rows that the style draws.
+  // The same margin as for rows whose text is drawn by the style.
   const QWidget *view = option.widget;
   const int margin = view->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, view) + 1;
   return drawn.textRect.intersected(drawn.row).adjusted(margin, 0, -margin, 0);
@@ -196,7 +196,7 @@ void PaintDrawnRow(QPainter *painter, const QStyleOptionViewItem &option, const 
     painter->fillRect(drawn.invertedRect, palette.color(group, QPalette::Highlight));
   }
   if (!drawn.picture.onLight.isNull()) {
-    // Pixels stay square where each becomes a whole number of the screen's.
+    // Pixels stay square when scaled by a whole number.
     const qreal ratio = painter->device()->devicePixelRatioF();
     painter->setRenderHint(QPainter::SmoothPixmapTransform, ratio != std::floor(ratio));
     painter->setOpacity(enabled ? 1 : 0.5);

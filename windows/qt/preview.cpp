@@ -19,7 +19,7 @@ constexpr OrlControl kControls[] = {
 };
 constexpr OrlDialogTemplate kPreview = {"", "Preview", "", 8, 0, 0, 120, 144, 0, 3, kControls};
 
-// The preview whose window is told of something.
+// The preview whose window receives a message.
 Preview *PreviewOf(OrlWindow window) {
   const Dialog *dialog = FindDialog(window);
   const Dialog *parent = dialog == nullptr ? nullptr : Find(dialog->parent).dialog;
@@ -49,7 +49,7 @@ Preview::Preview(Control *edit, const OrlTextAid *aid)
     : QObject(edit->widget), edit_(edit), aid_(aid) {
   auto *next = new QShortcut(QKeySequence(Qt::ALT | Qt::Key_N), edit->dialog->widget);
   connect(next, &QShortcut::activated, this, [this] { Next(); });
-  // Once the dialog stands, and only where it hides nothing.
+  // Once the dialog is shown, and only where it hides nothing.
   QTimer::singleShot(0, this, [this] {
     const Dialog *dialog = edit_->dialog;
     if (dialog->widget->isVisible() && HasRoomBeside(dialog, kPreview)) {

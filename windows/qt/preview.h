@@ -1,4 +1,4 @@
-// The window beside an editor that shows what the text gives for the first rows of data.
+// The window beside an editor that shows the values of the text for the first rows of data.
 #ifndef ORLI11_WINDOWS_QT_PREVIEW_H
 #define ORLI11_WINDOWS_QT_PREVIEW_H
 
@@ -8,19 +8,19 @@
 
 namespace qt_windows {
 
-// Whether the host offers values, so that the window is there.
+// Whether the host provides values, so that the window exists.
 bool HasPreview();
 
-// Belongs to the widget of the edit that it follows.
+// Owned by the widget of its edit.
 class Preview : public QObject {
  public:
   Preview(Control *edit, const OrlTextAid *aid);
 
-  // Shows the window, or takes it away.
+  // Shows or hides the window.
   void Toggle();
-  // The values of a text that has been checked; empty for none.
+  // Shows the values of a checked text; empty for none.
   void Follow(const QByteArray &text, const OrlTextState &state);
-  // Stores the text and goes on with another.
+  // Stores the text and starts a new one.
   void Next();
 
  private:

@@ -19,7 +19,7 @@ intptr_t PageProc(OrlWindow window, uint32_t message, uintptr_t /*wParam*/, intp
   return 0;
 }
 
-// The page that a dialog has beside it, or null.
+// The help page beside a dialog, or null.
 Dialog *PageOf(const Dialog *owner) {
   for (Dialog *dialog : Dialogs()) {
     if (dialog->model == &kPage && !dialog->going && dialog->parent == owner->window) {

@@ -1,4 +1,4 @@
-// What stands in rows and columns stands evenly, and sizes that users have chosen come back.
+// Even spacing of controls in rows and columns, and window sizes that users have chosen.
 #include <QGuiApplication>
 #include <QSettings>
 #include <algorithm>
@@ -11,14 +11,14 @@ namespace qt_windows {
 
 namespace {
 
-// Buttons of one kind and size in one frame, of which several stand in a row or column.
+// Buttons of one kind and size in one frame, several of which form a row or column.
 struct Member {
   const OrlControl *row;
   Control *control;
 };
 using Members = std::vector<Member>;
 
-// What hangs over its lower edge is in it too.
+// Controls that extend beyond its lower edge are in it too.
 const Control *FrameAround(const Dialog &dialog, const Control &self) {
   for (const auto &control : dialog.controls) {
     if (control->kind == ORL_CONTROL_GROUP && control->base.contains(self.base.topLeft())) {
@@ -28,7 +28,7 @@ const Control *FrameAround(const Dialog &dialog, const Control &self) {
   return nullptr;
 }
 
-// The members of the group that a control begins; empty when it stands in one that another begins.
+// The members of the group that a control begins; empty when it is in one that another begins.
 Members GroupOf(const Dialog &dialog, size_t first) {
   const OrlControl &model = dialog.model->controls[first];
   const Control *frame = FrameAround(dialog, *dialog.controls[first]);
@@ -46,7 +46,7 @@ Members GroupOf(const Dialog &dialog, size_t first) {
   return members;
 }
 
-// One axis of a group: where its members stand in the template, and how pixels are counted there.
+// One axis of a group: the positions of its members in the template, and the conversion to pixels.
 struct Axis {
   int16_t OrlControl::*place;
   int16_t OrlControl::*extent;
@@ -54,7 +54,7 @@ struct Axis {
   void (QRect::*move)(int);
 };
 
-// Places whose steps differ by a unit at most get equal ones.
+// Positions whose steps differ by at most one unit get equal steps.
 void SpaceAlong(const Members &members, const Axis &axis) {
   std::vector<int32_t> places;
   for (const Member &member : members) {
@@ -91,7 +91,7 @@ QString KeyOf(const Dialog &dialog) {
   return QStringLiteral("sizes/") + QString::fromLatin1(dialog.model->name);
 }
 
-// A user sits in front of it, and would know the dialog again.
+// Only with a user, who would recognise the dialog.
 bool IsRemembered(const Dialog &dialog) {
   return *dialog.model->name != 0 && QGuiApplication::platformName() != QLatin1String("offscreen");
 }

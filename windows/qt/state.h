@@ -1,12 +1,11 @@
-// The state of the window system on Qt widgets, and what its files call in each other.
+// The state of the window system on Qt widgets, and the routines that its files share.
 //
-// A window is a handle, a number that never comes twice; FindDialog and FindControl tell what
-// stands behind it, null when it has gone. A dialog that has gone is found by no handle; its record
-// and its widgets stay as long as one of its procedures is still running (Hold). Rows may go at
-// every event.
+// A window is a handle, a number that is never reused; FindDialog and FindControl look it up, and
+// return null when it is destroyed. The record and the widgets of a destroyed dialog are kept as
+// long as one of its procedures is still running (Hold). Rows may be removed at every event.
 //
 // Texts are bytes in the active code page at the interface and QStrings in widgets; text_map.h
-// tells how one becomes the other and back.
+// converts between the two.
 #ifndef ORLI11_WINDOWS_QT_STATE_H
 #define ORLI11_WINDOWS_QT_STATE_H
 
@@ -31,17 +30,17 @@ namespace qt_windows {
 struct Dialog;
 class Preview;
 
-// A control. Each kind derives a record of its own, which knows its widget; the widget belongs to
-// the dialog's widget.
+// A control. Each kind derives a record of its own, which refers to its widget; the widget is owned
+// by the dialog's widget.
 struct Control {
   Dialog *dialog = nullptr;
   OrlWindow window = nullptr;
-  OrlWindowProc proc = nullptr;  // put ahead, or null
+  OrlWindowProc proc = nullptr;  // called first, or null
   int32_t id = 0;
   OrlControlKind kind = ORL_CONTROL_LABEL;
   uint32_t style = 0;
   QWidget *widget = nullptr;
-  QRect base;  // its place in the client area as large as the template says
+  QRect base;  // its rectangle in a client area of the template's size
 
   Control() = default;
   Control(const Control &) = delete;
@@ -49,31 +48,31 @@ struct Control {
   virtual ~Control() = default;
 
   virtual QByteArray Text() const = 0;
-  // By the program. A null text is the empty one.
+  // Set by the program. A null text is the empty one.
   virtual void SetText(const char *text) = 0;
-  // What the control's own procedure does with a message that comes from the program, or with an
-  // event that a procedure has made up. Events of the user's come by Deliver.
+  // Handles a message from the program, or an event sent by a procedure, as the control's own
+  // procedure. User events arrive through Deliver.
   virtual intptr_t OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam) = 0;
-  // Puts the widget there. A list cuts itself to whole rows.
+  // Moves the widget. A list reduces itself to whole rows.
   virtual void Place(const QRect &rect) { widget->setGeometry(rect); }
-  // The height of a row; for the dialog's answer to WM_MEASUREITEM.
+  // The height of a row, as the dialog returned it for WM_MEASUREITEM.
   virtual void SetRowHeight(int32_t /*pixels*/) {}
-  // Takes what it shows for what is saved, from which nothing is undone.
+  // Marks the text as saved; undo does not go beyond it.
   virtual void TakeAsSaved() {}
   // Whether the user has changed it since.
   virtual bool IsUnsaved() const { return false; }
-  // Helps its user to write from now on; false where nothing can be written.
+  // Starts to help the user with the text; false for a control without editable text.
   virtual bool TakeTextAid(const OrlTextAid * /*aid*/) { return false; }
-  // The user has come back to it to write on: the next placeholder is selected unless something is.
+  // The user returns to it: the next placeholder is selected unless something is selected.
   virtual void GoOn() {}
-  // Of an edit with a text aid: the function at its caret, what it gives beside it, and help.
+  // Of an edit with a text aid: the function at its caret, its preview, and help.
   virtual QByteArray FunctionAtCaret() const { return {}; }
   virtual Preview *PreviewHere() const { return nullptr; }
   virtual const char *HelpPath(int32_t *context) const {
     *context = 0;
     return "";
   }
-  // Of a list whose rows a text aid knows.
+  // Of a list whose rows a text aid describes.
   virtual void TakeRowAid(const OrlTextAid * /*aid*/) {}
 };
 
@@ -82,19 +81,19 @@ struct Dialog {
   OrlWindow window = nullptr, parent = nullptr;
   OrlWindowProc proc = nullptr;
   QWidget *widget = nullptr;    // owns this record
-  QScrollArea *area = nullptr;  // fills it, and scrolls where the screen is too small
-  QWidget *client = nullptr;    // in the area; the controls stand in it
+  QScrollArea *area = nullptr;  // fills it, and scrolls if the screen is too small
+  QWidget *client = nullptr;    // in the area; parent of the controls
   QByteArray title;
   int32_t holds = 0;
   bool modal = false;
-  bool ended = false;  // its loop is to end
+  bool ended = false;  // its loop should end
   bool going = false, gone = false;
-  bool shown = false;  // or to be shown as soon as it has been told of its making
+  bool shown = false;  // or will be shown once it has been notified of its creation
   bool paintPosted = false;
   QEventLoop *loop = nullptr;  // while it runs
   intptr_t result = 0;
   OrlWindow focus = nullptr;   // the control that had the focus last
-  Control *writing = nullptr;  // the edit with a text aid, which the others work for
+  Control *writing = nullptr;  // the edit with a text aid, the main control
   OrlTextMetrics metrics = {};
   QSize given;                                     // of the window, by the program
   QSize baseSize;                                  // of the client area, as the template says
@@ -102,8 +101,8 @@ struct Dialog {
   std::vector<std::unique_ptr<Control>> controls;  // in tab order
 };
 
-// Keeps a dialog's record and widgets while its procedures run. What has gone meanwhile is deleted
-// when the last hold ends, by the next round of the event loop.
+// Keeps a dialog's record and widgets while its procedures run. What was destroyed meanwhile is
+// deleted after the last hold ends, by the event loop.
 struct Hold {
   Dialog *dialog;
   explicit Hold(Dialog *held) : dialog(held) { ++dialog->holds; }
@@ -131,27 +130,27 @@ Dialog *TopModal();
 
 // ---- Events (events.cpp)
 
-// Through the procedure of a window; 0 for one that has gone.
+// Sends to the procedure of a window; 0 for one that is destroyed.
 intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
-// True when the dialog has ended or the modal one that it stands beside: what still waits of its
-// user, the clock and the post does not reach it.
+// True when the dialog, or the modal one that it belongs to, has ended: pending user events, timers
+// and posted messages do not reach it.
 bool HasEnded(const Dialog *dialog);
 // After the present event, in order.
 void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
-// WM_COMMAND of a control, or by the user of an id that may have none; the procedure's result.
+// WM_COMMAND of a control, or of an id without a control; returns the procedure's result.
 void Notify(const Control *control, uint32_t notification);
 intptr_t SendCommand(Dialog *dialog, int32_t id);
 // The controls' own procedure, for all kinds.
 intptr_t OwnProc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
 
-// Hands an event of the user's to the procedure of a control. When it gets through to the control's
-// own procedure, `own` does what the widget does by itself; otherwise the widget does not see it.
-// The control may have gone afterwards: false then.
+// Passes a user event to the procedure of a control. When it reaches the control's own procedure,
+// `own` runs the widget's own handling; otherwise the widget does not receive it. False when the
+// control was destroyed meanwhile.
 bool Deliver(Control *control, uint32_t message, uintptr_t wParam, intptr_t lParam,
              const std::function<void()> &own);
 
-// The events of widgets (messenger.h): what of them becomes messages. `own` is the widget's own
-// handler of the event.
+// The events of widgets (messenger.h): converted to messages. `own` is the widget's own handler of
+// the event.
 void KeyPressed(Control *control, QKeyEvent *event, const std::function<void()> &own);
 void KeyReleased(Control *control, QKeyEvent *event, const std::function<void()> &own);
 void MousePressed(Control *control, QMouseEvent *event, const std::function<void()> &own);
@@ -160,25 +159,25 @@ void MouseReleased(Control *control, QMouseEvent *event, const std::function<voi
 void MouseDoubleClicked(Control *control, QMouseEvent *event, const std::function<void()> &own);
 void FocusCame(Control *control, const std::function<void()> &own);
 
-// The Return key: the focused button, else the default button, else command 1, else it takes the
-// row of a list as a double click does. Escape: command 2, and a side window that does not want it
-// is asked to close. F6: the next window of those that stand together.
+// The Return key: the focused button, else the default button, else command 1, else it picks the
+// row of a list as a double click does. Escape: command 2, and a side window that does not handle
+// it is closed. F6: the next window of a dialog and its side windows.
 void PressReturn(Dialog *dialog);
 void PressEscape(Dialog *dialog);
 void GoToNextWindow(const Dialog *dialog);
-// Presses a button as the user does; nothing when it is disabled.
+// Presses a button as the user does; no effect when it is disabled.
 void PressButton(Control *button);
 // An arrow key in a group of option buttons: the neighbour gets the focus and is pressed.
 void PressNeighbour(Control *option, bool back);
 
 // ---- Dialogs (dialogs.cpp, layout.cpp)
 
-// Whether one more modal dialog or box may open: not inside of too many others, and not while a row
-// is drawn, as Qt could not go on with its painting afterwards. On the thread of the application.
+// Whether one more modal dialog or box may open: not inside too many others, and not while a row is
+// drawn, as Qt could not continue painting afterwards. Call it on the application's thread.
 bool CanNest();
-// Null when it cannot be made.
+// Null when it cannot be created.
 Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc, bool modal);
-// Sends what a new dialog is sent, and shows it when it is to be shown by itself.
+// Sends the messages for a new dialog, and shows it if its template says so.
 void OpenDialog(Dialog *dialog, intptr_t parameter);
 void Destroy(Dialog *dialog);
 intptr_t RunModal(Dialog *dialog);
@@ -187,53 +186,53 @@ void ShowDialog(Dialog *dialog, bool shown);
 // To a control, or with null to the one of the dialog that had it last.
 void FocusIn(Dialog *dialog, Control *control);
 
-// Puts a dialog beside the one that it belongs to: at its right, else at its left, else where the
-// screen has room. Whether a new one would stand there without hiding anything.
+// Places a dialog beside the one that it belongs to: to its right, else to its left, else where the
+// screen has space. Whether a new one would fit there without hiding anything.
 void StandBeside(Dialog *dialog);
 bool HasRoomBeside(const Dialog *dialog, const OrlDialogTemplate &other);
 
-// A widget of the host's, or null: a handle that is none is never followed.
+// A widget of the host, or null: a handle that is not a widget is never dereferenced.
 QWidget *HostWidget(OrlWindow window);
-// Keeps a window above its parent, which does not own it: the parent may go first.
+// Keeps a window above its parent, which does not own it: the parent may be deleted first.
 void StandAbove(QWidget *widget, OrlWindow parent);
 void SetTimerOf(Dialog *dialog, uintptr_t timer, uint32_t milliseconds);
 void KillTimerOf(Dialog *dialog, uintptr_t timer);
 
-// A caption as it reads where '&' marks no mnemonic; "&&" is one.
+// A caption without mnemonic marks; "&&" is one "&".
 QString WithoutMarks(const QString &caption);
-// Names of controls for those who cannot see them, mnemonics and the order of the tab key
-// (names.cpp).
+// Names of controls for screen readers, mnemonics and the tab order (names.cpp).
 void NameControls(Dialog *dialog);
-// The labels that name no control tell what the dialog is about.
+// Labels that name no control are the dialog's description.
 void DescribeDialog(Dialog *dialog);
-// True when the user's focus can go there.
+// True when the user can move the focus there.
 bool TakesFocus(const Control &control);
 
-// No window is larger: each of its pixels takes memory.
+// The largest size of a window: each pixel takes memory.
 constexpr int kLargestWindow = 10000;
 
-// Measures the font and puts the controls where the template says, larger where a caption asks for
-// it; lays them out anew in a client area of another size.
+// Measures the font and places the controls by the template, enlarged where a caption needs it;
+// lays them out again in a client area of another size.
 void MeasureDialog(Dialog *dialog);
 void LayOut(Dialog *dialog);
-// Makes the window higher where a text that cannot be scrolled has more lines than it has room for.
+// Makes the window higher when a text that cannot be scrolled has more lines than fit.
 void FitHints(Dialog *dialog);
-// Makes the window wider where its title needs it, up to twice its width.
+// Makes the window wider when its title needs it, up to twice its width.
 void FitTitle(Dialog *dialog);
-// Gives the client area a size, the window as much of it as the screen has room for.
+// Sets the size of the client area; the window shows as much of it as fits the screen.
 void ResizeClient(Dialog *dialog, const QSize &size);
-// Buttons that stand in a row or column get equal steps; lists that end beside each other end
-// together (spacing.cpp).
+// Buttons in a row or column get equal steps; lists that end close to each other are aligned
+// (spacing.cpp).
 void SpaceEvenly(Dialog *dialog);
 void AlignLists(Dialog *dialog);
-// Gives a dialog the size that its user has chosen in an earlier run; keeps the present one for the
-// next run when the user has chosen it.
+// Restores the size that the user has chosen for a dialog in an earlier run; saves the present one
+// if the user has changed it.
 void RestoreSize(Dialog *dialog);
 void KeepSize(Dialog *dialog);
 // The program has moved a control.
 void MoveControl(Control *control, const QRect &rect);
 
-// ---- Controls: made as a child of the dialog's widget, record filled in but for `base`
+// ---- Controls: created as a child of the dialog's widget, with a complete record except for
+// `base`
 
 Control *NewLines(const OrlControl &row, Dialog *dialog);   // lines_edit.cpp
 Control *NewLine(const OrlControl &row, Dialog *dialog);    // line_edit.cpp
@@ -243,7 +242,7 @@ Control *NewButton(const OrlControl &row, Dialog *dialog);  // labels.cpp
 Control *NewLabel(const OrlControl &row, Dialog *dialog);
 Control *NewGroup(const OrlControl &row, Dialog *dialog);
 
-// Marks an option button, or takes its mark away.
+// Checks or unchecks an option button.
 void MarkOption(Control *option, bool marked);
 
 // ---- Drawing (pictures.cpp)
@@ -259,40 +258,40 @@ void DrawFocusIn(void *surface, const OrlRect *rect);
 
 // ---- Boxes (boxes.cpp)
 
-// Those that wait for their user.
+// The number of open boxes.
 int32_t OpenBoxes();
 int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_t type);
 
-// ---- The host beside the editor (editor_host.cpp)
+// ---- What the host adds to the editor (editor_host.cpp)
 
 const OrlEditorHost *SetEditorHost(const OrlEditorHost *host);
 const OrlEditorHost *GetEditorHost();
 // Asks the user of a modal dialog whether changed texts may be discarded, unless there are none or
-// the host wants no question. The dialog may have gone afterwards: false then.
+// the host has disabled the question. False also when the dialog was destroyed meanwhile.
 bool MayDiscard(Dialog *dialog);
 
 // ---- Help while a text is written (text_help.cpp)
 
 void SetTextAid(OrlWindow edit, const OrlTextAid *aid);
-// Has the procedures of an edit look at its selection and the clipboard, as behind a key.
+// Lets the procedures of an edit check its selection and the clipboard, as after a key.
 void TellSelection(Control *edit);
-// Brings the user back to the text that the dialog is for, when it has one and they are not there.
+// Moves the focus back to the main control of the dialog, if there is one.
 void GoToText(Dialog *dialog);
 
 // ---- Help (help.cpp, side_page.cpp)
 
-// The user of a dialog wants help, at a control or, with null, at none.
+// The user of a dialog requests help, for a control or, with null, for none.
 void AskForHelp(Dialog *dialog, const Control *control);
 void ShowPage(OrlWindow dialog, const char *title, const char *page);
 
 // ---- The application (application.cpp)
 
-// True when there is an application to show dialogs with on this thread: the host's, or one of our
-// own, made now where a screen can be reached.
+// True when there is an application for dialogs on this thread: the host's, or our own, created now
+// if a display is available.
 bool BeginApplication();
-// Ends it when it is our own and no dialog is open any more.
+// Deletes it when it is our own and no dialog is open any more.
 void EndApplication();
-// Whether there is one or could be; why not.
+// Whether there is one or could be; the reason if not.
 bool CanShow();
 const char *CannotShow();
 

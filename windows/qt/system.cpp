@@ -56,7 +56,7 @@ void EndDialog(OrlWindow window, intptr_t result) {
 
 OrlWindow CreateDialogParam(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc,
                             intptr_t parameter) {
-  // Somebody must serve it: the loop of a modal dialog, or that of the host's application.
+  // It needs an event loop: that of a modal dialog, or of the host's application.
   Dialog *dialog = HasApplication() ? NewDialog(model, parent, proc, false) : nullptr;
   if (dialog == nullptr) {
     return nullptr;
@@ -227,7 +227,7 @@ void MoveWindow(OrlWindow window, int32_t x, int32_t y, int32_t width, int32_t h
     return;
   }
   const Hold hold(place.dialog);
-  // Further out there is nothing, and sums do not overflow.
+  // Beyond this there is nothing, and sums do not overflow.
   const QSize size(std::clamp(width, 0, QWIDGETSIZE_MAX), std::clamp(height, 0, QWIDGETSIZE_MAX));
   const QPoint corner(std::clamp(x, -QWIDGETSIZE_MAX, QWIDGETSIZE_MAX),
                       std::clamp(y, -QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
@@ -262,7 +262,7 @@ void GetTextMetrics(OrlWindow window, OrlTextMetrics *metrics) {
   }
 }
 
-// Also to a combo box of the host's, for the one message that it knows.
+// Also to a combo box of the host, for the one message that it supports.
 intptr_t SendMessage(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
   if (message == ORL_CB_ADDSTRING && HasApplication() && Find(window).dialog == nullptr) {
     auto *combo = qobject_cast<QComboBox *>(HostWidget(window));
@@ -297,7 +297,7 @@ int32_t IsClipboardTextAvailable() {
   return data != nullptr && data->hasText() ? 1 : 0;
 }
 
-// The same operation, which lets no exception out.
+// The same operation as noexcept.
 template <auto Routine>
 struct Safe;
 template <class Result, class... Arguments, Result (*Routine)(Arguments...)>

@@ -1,4 +1,4 @@
-// Where two texts differ.
+// The difference of two texts.
 #ifndef ORLI11_WINDOWS_QT_TEXT_DIFFERENCE_H
 #define ORLI11_WINDOWS_QT_TEXT_DIFFERENCE_H
 
@@ -7,8 +7,8 @@
 
 namespace qt_windows {
 
-// The first `prefix` and the last `suffix` units are the same. That may cut a pair, which documents
-// do not mind: it is whole again when a change is over.
+// The first `prefix` and the last `suffix` units are the same. That may split a surrogate pair,
+// which documents allow: it is whole again after the change.
 struct Difference {
   qsizetype prefix = 0, suffix = 0;
 };

@@ -97,7 +97,7 @@ void TextHelp::SelectRestored(const QString &before) {
   const QString now = edit_->Shown();
   const Difference same = Compare(before, now);
   const qsizetype end = now.size() - same.suffix;
-  // What came back may begin inside of the word, as the word in its place began alike.
+  // The restored text may begin inside the word, as its replacement had the same first letters.
   const qsizetype line = now.lastIndexOf(u' ', std::max<qsizetype>(0, same.prefix - 1));
   const Stretch found = PlaceholderFrom(now, std::max<qsizetype>(0, line));
   if (same.prefix < end && found.anchor < end && found.caret > same.prefix) {
@@ -124,7 +124,7 @@ void TellSelection(Control *edit) {
 
 void GoToText(Dialog *dialog) {
   Control *text = dialog->writing;
-  // What has brought the caret there itself has also said what is selected.
+  // Code that moves the caret itself has also set the selection.
   if (text == nullptr || dialog->going || HasEnded(dialog) || text->widget->hasFocus()) {
     return;
   }

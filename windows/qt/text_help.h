@@ -1,4 +1,4 @@
-// Help while a text is written, for an edit whose program has handed in a text aid.
+// Help while the user types, for an edit with a text aid.
 #ifndef ORLI11_WINDOWS_QT_TEXT_HELP_H
 #define ORLI11_WINDOWS_QT_TEXT_HELP_H
 
@@ -12,30 +12,30 @@
 
 namespace qt_windows {
 
-// Belongs to the widget of its edit.
+// Owned by the widget of its edit.
 class TextHelp : public QObject {
  public:
   TextHelp(Edit *edit, QPlainTextEdit *lines, const OrlTextAid *aid);
 
-  // Takes a key ahead of everybody else; false for one that it leaves alone.
+  // Handles a key before all others; false for keys that it ignores.
   bool TakeKey(const QKeyEvent &event);
   bool TakeTab();
-  // The key has been handled.
+  // Called when the key has been handled.
   void KeyTaken(const QKeyEvent &event);
-  // Selects the first placeholder behind the selection, else the first of all.
+  // Selects the first placeholder after the selection, else the first of all.
   void SelectNextPlaceholder();
-  // Selects the placeholder that undoing has brought back, when there is one.
+  // Selects the placeholder that undo has restored, if any.
   void SelectRestored(const QString &before);
 
   LiveCheck *Check() const { return check_; }
-  // Null where the host offers no values.
+  // Null when the host provides no values.
   Preview *PreviewHere() const { return preview_; }
   const char *HelpPath(int32_t *context) const;
-  // The function that the caret stands in or is inside the call of; empty for none.
+  // The function whose name or call the caret is in; empty for none.
   QByteArray FunctionAtCaret() const;
 
  private:
-  // The first placeholder from a place on, or an empty stretch.
+  // The first placeholder from a position on, or an empty span.
   Stretch PlaceholderFrom(const QString &shown, qsizetype from) const;
 
   Edit *edit_;

@@ -20,7 +20,7 @@ constexpr char16_t kReplacement = 0xFFFD;
 constexpr char16_t kEscape = 0xDC00;  // of byte 0
 constexpr int32_t kLongest = 4;       // bytes of a character
 
-// What the text widgets take for breaks, the borders of a frame or a picture.
+// Characters that the text widgets treat as breaks, frame borders or pictures.
 constexpr char16_t kTakenForElse[] = {kLineBreak, kParagraphBreak, 0xFDD0, 0xFDD1, 0xFFFC};
 
 bool IsTakenForElse(char32_t code) {
@@ -39,15 +39,15 @@ bool IsBreak(QChar unit) {
 // ---- Code pages 1252 and 932 ----
 
 // Characters of a code page by their bytes, a single one or lead << 8 | trail, and back; 0 for
-// none. Several characters may have the same bytes, but `characters` has only those that go both
-// ways: of characters that the code page has twice the one that is written.
+// none. Several characters may have the same bytes, but `characters` has only those that convert
+// both ways: for duplicates in the code page the one that is written.
 struct CodeTable {
   std::vector<char16_t> characters = std::vector<char16_t>(0x10000);
   std::vector<uint16_t> codes = std::vector<uint16_t>(0x10000);
 };
 
-// One character from one encoding to another, as one number; 0 when it cannot be. `lowFirst` is the
-// order of the bytes that come out.
+// Converts one character between encodings, as one number; 0 when it cannot be converted.
+// `lowFirst` is the byte order of the output.
 uint32_t Converted(iconv_t conversion, const char *bytes, size_t count, bool lowFirst) {
   char *from = const_cast<char *>(bytes);
   std::array<uint8_t, 8> target = {};
@@ -79,7 +79,7 @@ CodeTable MakeTable(const char *codePage) {
     const char bytes[] = {static_cast<char>(code >> 8), static_cast<char>(code)};
     const bool single = code < 0x100;
     const uint32_t character = Converted(decoder, single ? bytes + 1 : bytes, single ? 1 : 2, true);
-    // Two characters of one byte each make two units, which are none here.
+    // Two characters of one byte each yield two units, which are not one character.
     if (character != 0 && table.codes[character] == code) {
       table.characters[code] = static_cast<char16_t>(character);
     }
@@ -103,8 +103,8 @@ const CodeTable &TableOf(int32_t page) {
 
 // ---- Characters ----
 
-// The character that the bytes are; 0 when they are none. In UTF-8 more than one byte are a valid
-// sequence, as its length was told by WRENStrAdvance.
+// The character of the bytes; 0 when they are not one. In UTF-8 more than one byte is a valid
+// sequence, as WRENStrAdvance determined its length.
 char32_t CharacterOf(const char *bytes, int32_t count, int32_t page) {
   const auto first = static_cast<uint8_t>(bytes[0]);
   if (page != kCodePageUtf8) {
@@ -125,8 +125,7 @@ struct Coded {
   std::array<char, kLongest + 1> bytes = {};
 };
 
-// The character at a place of a text that is no breaks' nor an escape's. Lone surrogates have no
-// bytes.
+// The character at a position that is neither a break nor an escape. Lone surrogates have no bytes.
 Coded CharacterAt(QStringView text, qsizetype at, int32_t page) {
   Coded coded;
   char32_t code = text[at].unicode();
@@ -152,7 +151,7 @@ Coded CharacterAt(QStringView text, qsizetype at, int32_t page) {
   return coded;
 }
 
-// The same for all that a widget may hold.
+// The same for everything that a widget may hold.
 Coded ShownAt(QStringView shown, qsizetype at, TextKind kind, int32_t page) {
   const char16_t unit = shown[at].unicode();
   if (unit == kParagraphBreak || unit == kLineBreak) {
@@ -167,7 +166,7 @@ Coded ShownAt(QStringView shown, qsizetype at, TextKind kind, int32_t page) {
   return CharacterAt(shown, at, page);
 }
 
-// Appends what shows the character or break at an address; returns the bytes that it has there.
+// Appends the display form of the character or break at an address; returns its bytes.
 int32_t Show(const char *at, TextKind kind, int32_t page, QString *shown) {
   if (kind == TextKind::Lines && at[0] == '\r' && at[1] == '\n') {
     shown->append(QChar(kLineBreak));

@@ -17,8 +17,8 @@ qsizetype StartOfWord(QStringView text, qsizetype end) {
   return end;
 }
 
-// The end of what begins with a quote: behind the next one that no backslash precedes, or the
-// text's end. Two quotes in a row are read as two pieces that touch.
+// The end of quoted text: after the next quote without a backslash before it, or the end of the
+// text. Two quotes in a row are read as two adjacent pieces.
 qsizetype EndOfQuoted(QStringView text, qsizetype start) {
   const QChar quote = text[start];
   qsizetype at = start + 1;
@@ -85,7 +85,7 @@ BracketPair BracketsAt(QStringView text, qsizetype caret) {
       }
       open.pop_back();
     }
-    // One behind the caret, on which the user looks, comes after those inside of it.
+    // One after the caret, which the user looks at, comes after those inside it.
     return found.open < 0 || start <= caret;
   });
   return found;
