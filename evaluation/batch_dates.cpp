@@ -44,27 +44,26 @@ int64_t LengthOfUnit(uint16_t unit) {
   }
 }
 
-// Moves by months or years; false where the date leaves the calendar.
-bool MoveInstant(int64_t *result, int64_t instant, int64_t n, uint16_t unit) {
-  constexpr int32_t kInEveryMonth = 28;
-  const int64_t day = DayOfInstant(instant);
-  DateTimeParts parts = PartsOfDay(day);
-  if (parts.day <= kInEveryMonth) [[likely]] {
-    const int64_t months =
-        int64_t{parts.year} * 12 + parts.month - 1 + (unit == kUnitYear ? n * 12 : n);
-    if (months < kFirstYear * 12 || months >= (kLastYear + 1) * 12) {
-      return false;
-    }
-    parts.year = static_cast<int32_t>(months / 12);
-    parts.month = static_cast<int32_t>(months % 12) + 1;
-  } else {
-    if (!MoveParts(&parts, n, unit) || !IsIn(parts.year, kFirstYear, kLastYear)) {
-      return false;
-    }
-    parts.day = std::min(parts.day, DaysOfMonth(parts.month, parts.year));
+// Moves all by months; false where a date leaves the calendar. A day that a month lacks becomes its
+// last one: first that of the old month in the new year, then that of the new month.
+bool MoveMonths(int64_t *moved, const int64_t *instants, uint32_t rows, int64_t n) {
+  constexpr int64_t kFirstMonth = kFirstYear * 12;
+  constexpr int64_t kMonths = (kLastYear + 1) * 12 - kFirstMonth;
+  bool inCalendar = true;
+  for (uint32_t row = 0; row < rows; row++) {
+    const int64_t day = DayOfInstant(instants[row]);
+    CalendarDay date = CalendarDayOf(day);
+    const int64_t months = int64_t{date.year} * 12 + date.month - 1 + n - kFirstMonth;
+    inCalendar = inCalendar && static_cast<uint64_t>(months) < kMonths;
+    const auto month = static_cast<uint32_t>(months + kFirstMonth);
+    date.year = month / 12;
+    const bool leap = IsLeap(date.year);
+    date.day = std::min(date.day, LastDayOf(date.month, leap));
+    date.month = month % 12 + 1;
+    date.day = std::min(date.day, LastDayOf(date.month, leap));
+    moved[row] = instants[row] + (EpochDayOf(date) - day) * kMicrosecondsOfDay;
   }
-  *result = instant + (DayOfParts(parts) - day) * kMicrosecondsOfDay;
-  return true;
+  return inCalendar;
 }
 
 // False, with the left batch unchanged, where the result of a row is not an instant.
@@ -81,13 +80,13 @@ bool MoveInstants(const BatchRun &run, const Instruction &instruction, Batch *le
   auto *moved = static_cast<int64_t *>(right->own);
   int64_t distance = 0;
   bool inCalendar = !__builtin_mul_overflow(n, length, &distance);
-  for (uint32_t row = 0; inCalendar && row < RowsOf(run, *left); row++) {
-    if (length == 0) {
-      inCalendar = MoveInstant(&moved[row], instants[row], n, unit);
-    } else {
-      inCalendar = !__builtin_add_overflow(instants[row], distance, &moved[row]) &&
-                   IsCalendarInstant(moved[row]);
-    }
+  const uint32_t rows = RowsOf(run, *left);
+  if (length == 0) {
+    inCalendar = MoveMonths(moved, instants, rows, unit == kUnitYear ? n * 12 : n);
+  }
+  for (uint32_t row = 0; length != 0 && inCalendar && row < rows; row++) {
+    inCalendar = !__builtin_add_overflow(instants[row], distance, &moved[row]) &&
+                 IsCalendarInstant(moved[row]);
   }
   if (!inCalendar) {
     SetSingleNumber(right, {amount, 0});

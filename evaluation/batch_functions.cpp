@@ -25,15 +25,15 @@ bool EachDate(BatchRun &run, Batch *frame, uint32_t count, Number number) {
   return true;
 }
 
-template <int32_t DateTimeParts::*part>
+template <uint32_t CalendarDay::*part>
 bool EachDay(BatchRun &run, Batch *frame, uint32_t count) {
   return EachDate(run, frame, count,
-                  [](int64_t instant) { return PartsOfDay(DayOfInstant(instant)).*part; });
+                  [](int64_t instant) { return CalendarDayOf(DayOfInstant(instant)).*part; });
 }
 
 bool EachQuarter(BatchRun &run, Batch *frame, uint32_t count) {
   return EachDate(run, frame, count, [](int64_t instant) {
-    return (PartsOfDay(DayOfInstant(instant)).month + 2) / 3;
+    return (CalendarDayOf(DayOfInstant(instant)).month + 2) / 3;
   });
 }
 
@@ -50,9 +50,9 @@ struct FunctionRow {
 };
 
 constexpr FunctionRow kFunctions[] = {
-    {InnerDateYear, EachDay<&DateTimeParts::year>},
-    {InnerDateMonth, EachDay<&DateTimeParts::month>},
-    {InnerDateDay, EachDay<&DateTimeParts::day>},
+    {InnerDateYear, EachDay<&CalendarDay::year>},
+    {InnerDateMonth, EachDay<&CalendarDay::month>},
+    {InnerDateDay, EachDay<&CalendarDay::day>},
     {InnerDateQuarter, EachQuarter},
     {InnerDateHour, EachTime<INT64_C(3600000000), 24>},
     {InnerDateMinute, EachTime<60000000, 60>},
