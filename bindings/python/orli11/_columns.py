@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import datetime
-from typing import Any, Callable, List, NamedTuple, Optional, Sequence, Tuple
+from typing import Any, Callable, NamedTuple, Optional, Tuple
 
 import numpy
 
@@ -150,14 +150,14 @@ def _texts(values: Any) -> _Converted:
     raw = encode(joined)
     if len(raw) > MOST_TEXT:
         raise ValueError(f"{len(raw)} bytes of strings; a call takes at most {MOST_TEXT}")
-    lengths = map(len, strings if joined.isascii() else _encoded(strings))
+    if joined.isascii():
+        lengths = numpy.fromiter(map(len, strings), "int64", len(strings))
+    else:
+        ends = numpy.frombuffer("\0".join(strings).encode() + b"\0", "uint8") == 0  # no string has a zero
+        lengths = numpy.diff(numpy.flatnonzero(ends), prepend=-1) - 1
     offsets = numpy.zeros(len(strings) + 1, "int32")
-    numpy.cumsum(numpy.fromiter(lengths, "int64", len(strings)), out=offsets[1:])
+    numpy.cumsum(lengths, out=offsets[1:])
     return TEXT, numpy.frombuffer(raw, "uint8"), offsets, present
-
-
-def _encoded(strings: Sequence[str]) -> List[bytes]:
-    return [each.encode() for each in strings]
 
 
 _CONVERSIONS = {NUMBER: _numbers, DATE: _dates, STRING: _texts}

@@ -147,12 +147,15 @@ class _Texts(_Result):
 
     @staticmethod
     def _strings(record, rows: int) -> List[str]:
-        offsets = ffi.unpack(record.offsets, rows + 1)
-        raw = ffi.buffer(record.values, offsets[rows])[:] if offsets[rows] else b""
-        if raw.isascii():
-            text = raw.decode()
-            return [text[begin:end] for begin, end in zip(offsets, offsets[1:])]
-        return [raw[begin:end].decode(errors="replace") for begin, end in zip(offsets, offsets[1:])]
+        """The strings, split at zero bytes that are put between them: no string has one."""
+        offsets = numpy.frombuffer(ffi.buffer(record.offsets, (rows + 1) * 4), "int32")
+        size = int(offsets[rows])
+        joined = numpy.zeros(size + max(rows - 1, 0), "uint8")
+        if size:
+            is_text = numpy.ones(len(joined), bool)
+            is_text[offsets[1:-1].astype("int64") + numpy.arange(rows - 1)] = False
+            joined[is_text] = numpy.frombuffer(ffi.buffer(record.values, size), "uint8")
+        return str(joined.data, "utf-8", "replace").split("\0") if rows else []
 
     def array(self) -> numpy.ndarray:
         missing = self.missing()
