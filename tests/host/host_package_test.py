@@ -38,6 +38,8 @@ class Libraries(support.FolderCase):
                 names = [line.split()[-1] for line in output.splitlines() if " A " not in line]
                 exported = {name.split("@")[0] for name in names}
                 self.assertEqual(exported, listed_names(library))
+                version = library.upper().replace("-", "_") + "_1"
+                self.assertEqual({name.partition("@@")[2] for name in names}, {version})
 
     def test_need_nothing_but_each_other_and_the_language(self):
         system = {"libstdc++.so.6", "libm.so.6", "libgcc_s.so.1", "libc.so.6",

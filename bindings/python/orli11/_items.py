@@ -102,9 +102,16 @@ def _pairs(items: Any) -> Iterator[Tuple[str, Optional[Type]]]:
     elif isinstance(items, Mapping):
         for key, given in items.items():
             named = isinstance(given, (str, type, Type))
+            if not named and not hasattr(given, "__len__"):
+                raise TypeError(f"{key!r}: {given!r} is neither a type nor a column")
             yield key, type_of(given) if named else _column_type(given)
     else:
-        for key, given in items:
+        try:
+            pairs = [(key, given) for key, given in items]
+        except (TypeError, ValueError):
+            raise TypeError("items is a mapping, pairs of names and types, or a pandas.DataFrame, "
+                            f"not {items!r}") from None
+        for key, given in pairs:
             yield key, type_of(given)
 
 

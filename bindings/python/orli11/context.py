@@ -18,7 +18,8 @@ from .types import STRING, Flag, Kind, Type, TypeLike
 _NULL, _CELL = ffi.NULL, ffi.typeof("NumberValue *")
 _KINDS = ("formula", "set", "range")
 _VERSIONS_WITH_ORDER = (0, 1)  # of blocks whose load opens no editor
-_NAME_TAKEN = 126  # the message
+# Messages about the name of a formula.
+_WRONG_NAME, _NAME_TAKEN = 108, 126
 
 # Callables by their own names, or by names given here; functions of another context too.
 Functions = Union[Iterable[Union[Callable[..., Any], Function]], Mapping[str, Callable[..., Any]]]
@@ -279,6 +280,8 @@ class Context:
         with self._entered(change=True) as ec:
             handle = engine.ORLParseFormula(ec, _NULL if old is None else old._live(), encode(text),
                                             _NULL if name is None else encode(name), error, type)
+            if handle == _NULL and name is not None and error.id in (_WRONG_NAME, _NAME_TAKEN):
+                raise FormulaError(name, error.id, 0, len(encode(name)))
             if handle == _NULL:
                 raise FormulaError(text, error.id, error.offset, error.length)
             return old or self._expression(handle, name is None)
@@ -304,9 +307,9 @@ class Context:
         """
         with self._entered(change=True) as ec:
             rows = [(self._items.name_of(name), text) for name, text in formulas.items()]
-            for name, text in rows:
+            for name, _ in rows:
                 if engine.ORLIsExpNameUnique(ec, _NULL, encode(name)) == 0:
-                    raise FormulaError(text, _NAME_TAKEN, 0, len(encode(text)))
+                    raise FormulaError(name, _NAME_TAKEN, 0, len(encode(name)))
             before = engine.ORLGetExpressionCount(ec)
             wrong = self._parse_all(rows)
             if wrong is not None:

@@ -16,12 +16,12 @@ class ClosedError(Error):
 
 
 class FormulaError(Error, ValueError):
-    """A formula text is wrong.
+    """A formula text, or the name for a formula, is wrong.
 
-    `id` is the number of the message and `message` its text. `offset` and `length` are the bytes at
-    fault, in UTF-8; `start` and `end` the same place as indexes into the string `text`, so that
-    `text[start:end]` is what is wrong; where something is missing at the end of the text, it is empty
-    and `length` 1. All four are 0 where no place is known.
+    `text` is that text or name, `id` the number of the message and `message` its text. `offset` and
+    `length` are the bytes at fault, in UTF-8; `start` and `end` the same place as indexes into the
+    string `text`, so that `text[start:end]` is what is wrong; where something is missing at the end of
+    the text, it is empty and `length` 1. All four are 0 where no place is known.
     """
 
     def __init__(self, text: str, id: int, offset: int, length: int):

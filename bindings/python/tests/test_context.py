@@ -44,6 +44,12 @@ def test_items_that_cannot_be_leave_the_context_as_it_was(name):
     assert list(context.items) == ["Amount"]
 
 
+@pytest.mark.parametrize("items, told", [({"a": 3}, "'a': 3"), ("abc", "not 'abc'"), (5, "not 5")])
+def test_items_of_no_form_are_named(items, told):
+    with pytest.raises(TypeError, match=told):
+        Context(items)
+
+
 @pytest.mark.parametrize("type, given, expected", [
     (NUMBER, 7, D(7)), (NUMBER, 2**70, D(2**70)), (NUMBER, -2.5, D("-2.5")), (NUMBER, 0.1, D("0.1")),
     (NUMBER, D("12345678901234567890.123456"), D("12345678901234567890.123456")),
@@ -197,8 +203,11 @@ def test_names_use_and_text():
         assert repr(felt) == "<Expression, removed>" and [each.text for each in context] == ["low"]
         with pytest.raises(KeyError):
             context["felt"]
+        with pytest.raises(FormulaError) as caught:
+            context.parse("low", "a b")
+        assert str(caught.value).splitlines()[1:] == ["  a b", "  ^^^"]
         for formulas, wrong, id in (({"a": "b()", "b": "low", "d": "lwo", "e": "d()"}, "lwo", 102),
-                                    ({"a": "b()", "b": "a()"}, "b()", 125), ({"mean": "1"}, "1", 126)):
+                                    ({"a": "b()", "b": "a()"}, "b()", 125), ({"mean": "1"}, "mean", 126)):
             with pytest.raises(FormulaError) as caught:
                 context.add_formulas(formulas)
             assert (caught.value.text, caught.value.id) == (wrong, id), formulas
