@@ -33,7 +33,8 @@ std::unique_ptr<Session> CopySession(const Session &session, std::vector<Formula
   return copy;
 }
 
-/* Gives the worker the formulas and conditions of its own context; false when the copy lacks one.
+/* Sets the worker's formulas and conditions to those of its own context; false when the copy lacks
+ * one.
  */
 bool FindExpressions(Worker &worker, EC ec) {
   EC copy = worker.session->ec.get();
@@ -156,7 +157,7 @@ void TakeColumn(const Session &session, const RowBatch &batch, BatchColumn &colu
 
 /* ---- The values of formulas ---- */
 
-/* All rows of a batch at once; false when that is too much at a time. */
+/* All rows of a batch at once; false when the batch is too large. */
 bool ComputeFormulas(Worker &worker, const RowBatch &batch) {
   std::vector<OrlColumn> columns;
   for (BatchColumn &column : worker.columns) {
@@ -182,7 +183,7 @@ bool ComputeFormulas(Worker &worker, const RowBatch &batch) {
   return true;
 }
 
-/* Makes the values of a row those of WorkerValue. */
+/* Sets the values of WorkerValue to those of a row. */
 void TakeRow(Worker &worker, size_t row) {
   for (FormulaValues &result : worker.results) {
     result.good = (result.valid[row / 8] >> (row % 8) & 1) != 0;
@@ -224,7 +225,7 @@ bool WorkerBegin(Worker &worker, Session &session, const RunFormulas &formulas, 
   for (FormulaValues &result : worker.results) {
     result.block = NewBlock(kFirstBlock);
   }
-  /* Conditions look at one row at a time, and zeros are counted where they are asked for. */
+  /* Conditions are checked one row at a time, and zeros are counted when requested. */
   worker.batches = worker.conditions.empty() && worker.session->zeroUses.empty();
   const std::vector<Column> &columns = worker.session->table.columns;
   for (size_t i = 0; worker.batches && i < columns.size(); ++i) {

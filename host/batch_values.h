@@ -28,13 +28,13 @@ struct BatchColumn {
   std::vector<uint8_t> valid;
 };
 
-/* What a formula gave. */
+/* The values of a formula. */
 struct FormulaValues {
   Block block;                      /* in one row */
   bool good = false;                /* there is one */
   int64_t missing = 0;              /* rows so far without one */
   std::vector<NumberValue> numbers; /* in the rows of a batch */
-  std::string text;                 /* of the present row of the batch, terminated */
+  std::string text;                 /* of the current row of the batch, terminated */
   Block bytes;
   std::vector<int32_t> offsets;
   std::vector<uint8_t> valid;
@@ -50,7 +50,7 @@ struct Worker {
   bool batches = false;               /* formulas are computed for a batch at once */
 };
 
-/* The formulas of a run: `defined` are all that the context has, `computed` those with values. */
+/* The formulas of a run: `defined` are all in the context, `computed` those with values. */
 struct RunFormulas {
   std::vector<Formula> defined, computed;
   std::vector<Condition> conditions;
@@ -59,16 +59,16 @@ struct RunFormulas {
 /* The first worker of a run works in its session, others in a copy. False when out of memory. */
 bool WorkerBegin(Worker &worker, Session &session, const RunFormulas &formulas, bool copy);
 
-/* What is made of each row that meets the conditions: `worker` has the row in its session, and its
+/* Called for each row that meets the conditions: `worker` has the row in its session, and its
  * values in WorkerValue. */
 using RowMaker = std::function<void(Worker &worker, const CsvRow &row, RowBatch &batch)>;
 
-/* Computes the formulas for the rows of a batch, at most for `most` of those that meet the
+/* Computes the formulas for the rows of a batch, for at most `most` of those that meet the
  * conditions; -1: for all. */
 void WorkerCompute(Worker &worker, RowBatch &batch, int64_t most, const RowMaker &make);
 
-/* The value of a formula in the present row: a NumberValue or a terminated text; null when there is
- * none. It holds until the next row. */
+/* The value of a formula in the current row: a NumberValue or a terminated string; null when there
+ * is none. It is valid until the next row. */
 const void *WorkerValue(const Worker &worker, size_t formula);
 
 #endif

@@ -8,14 +8,14 @@
 #include <vector>
 
 /* The header as formulas write it: plain, or in quotes; `ec` knows which names need them. Empty
- * when no formula can write it. */
+ * when formulas cannot write it. */
 std::string WrittenName(EC ec, const std::string &header);
 
-/* Why no formula can write a header, as the end of a sentence about a column. */
+/* The reason why formulas cannot write a header, as the end of a sentence about a column. */
 std::string NameProblem(const std::string &header);
 
-/* A name for each header, all different: one that no formula can write, that is too long, empty or
- * taken by a column before it is replaced. A line about each replacement goes to `notes`. */
+/* A unique name for each header: one that formulas cannot write, that is too long, empty or used by
+ * an earlier column is replaced. Adds a line about each replacement to `notes`. */
 std::vector<std::string> NamesOfHeaders(EC ec, const std::vector<std::string> &headers,
                                         std::vector<std::string> &notes);
 

@@ -15,19 +15,19 @@ namespace {
 
 constexpr size_t kLongestField = 40; /* of those that a reason shows */
 
-/* A field that decides on a type, and where it is. */
+/* A field that determines a type, and its position. */
 struct Witness {
   size_t input = 0;
   int64_t line = 0; /* 0: there is none */
   std::string text;
 };
 
-/* What the fields of a column look like so far, beside the Column itself. */
+/* What is known of the fields of a column so far, besides the Column itself. */
 struct Finding {
   Witness number, date, other; /* the first of each kind */
   Witness code, exponent;      /* the first number of the shape of a code */
-  Witness ordered;             /* the date that has left the fewest `orders` */
-  Witness refused;             /* with a demanded type: what is not of it */
+  Witness ordered;             /* the date that left the fewest `orders` possible */
+  Witness refused;             /* with a required type: a field that is not of it */
   CodeShape shape = kCodeNone; /* of `code` */
   unsigned orders = kOrderAny; /* those that all numeric dates so far can be read in */
   bool point = false;          /* a number has a decimal point */
@@ -85,9 +85,8 @@ void TakeDate(Finding &finding, const CsvRow &row, const char *text) {
   finding.offset = finding.offset || HasOffset(text);
 }
 
-/* Whether a field changes nothing of what is known: most are written like those before them. Where
- * values are wanted, or decimals are written in another way, nothing is known before a field is
- * read. */
+/* Whether a field adds nothing to what is known: most are written like those before them. When
+ * values are needed, or decimals are written in another way, every field has to be read. */
 bool IsLikeOthers(const ScanState &state, Finding &finding, const char *text) {
   int64_t number = 0;
   uint8_t decimals = 0;
@@ -126,7 +125,7 @@ void FindType(const ScanState &state, Column &column, Finding &finding, const Cs
   }
 }
 
-/* A field of a column whose type is demanded. */
+/* A field of a column whose type is required. */
 void CheckType(const ScanState &state, Column &column, Finding &finding, const CsvRow &row,
                const char *text) {
   const FieldRules &rules = state.options->rules;
@@ -196,7 +195,7 @@ std::string Told(const ScanState &state, const Witness &witness) {
          Grouped(witness.line) + ": " + Shown(witness.text);
 }
 
-/* The order in which a field of three numbers is a date; null when there is none. */
+/* The order in which three numbers are a date; null when there is none. */
 const char *OrderOf(const FieldRules &rules, const std::string &text) {
   constexpr std::array<const char *, 3> kOrders = {"mdy", "dmy", "ymd"};
   FieldRules other = rules;
@@ -211,7 +210,7 @@ const char *OrderOf(const FieldRules &rules, const std::string &text) {
   return nullptr;
 }
 
-/* What would make a number or date of the field that made the column a String. */
+/* How the field that made the column a String could become a number or date. */
 std::string OtherReason(const ScanState &state, Column &column, const Finding &finding) {
   const FieldRules &rules = state.options->rules;
   const std::string &text = finding.other.text;
@@ -235,7 +234,7 @@ std::string OtherReason(const ScanState &state, Column &column, const Finding &f
   if (order == nullptr) {
     return reason;
   }
-  /* Nobody writes the month first with points. */
+  /* The month is never first in dates with points. */
   const bool either =
       (orders & kOrderDmy) != 0 && (orders & kOrderMdy) != 0 && text.find('.') == std::string::npos;
   return reason + " is a date with --date-order " + (either ? "dmy or mdy" : order);
@@ -256,7 +255,7 @@ std::string DateNote(const ScanState &state, const Finding &finding) {
                                   : "month, day, year; --date-order dmy has the day first");
 }
 
-/* Fixes the type of a column when all its fields were seen, and says why it is a String. */
+/* Determines the type of a column after all its fields, and explains why it is a String. */
 void Decide(const ScanState &state, Column &column, const Finding &finding) {
   constexpr const char *kShapes[] = {"", " has leading zeros", " has a plus sign", ""};
   if (finding.demanded) {
@@ -285,7 +284,7 @@ void Decide(const ScanState &state, Column &column, const Finding &finding) {
   }
 }
 
-/* Takes the types that the options name. */
+/* Applies the types of the options. */
 bool Demand(ScanState &state, std::string &error) {
   for (const auto &[name, type] : state.options->types) {
     const size_t index = FindByName(state.table->columns, name);

@@ -17,8 +17,8 @@ struct Column {
   int16_t type = ORL_TYPE_STRING;
   int64_t filled = 0;                /* rows with a field that is not empty */
   std::string example;               /* the first of these */
-  NumberValue least = {}, most = {}; /* of a Number or Date; null when they were not wanted */
-  std::string why;                   /* why it is a String, and what is odd about its fields */
+  NumberValue least = {}, most = {}; /* of a Number or Date; null when not requested */
+  std::string why;                   /* why it is a String, and what is unusual about its fields */
   bool twoWays = false;              /* its fields are written in two ways */
 };
 
@@ -28,29 +28,28 @@ struct Table {
   std::string notUtf8; /* the place of the first row that is not text in UTF-8; empty when none */
 };
 
-/* Names the columns by the headers of the files; `ec` says which names need quotes. Lines about
- * names that had to be changed go to `notes`. */
+/* Names the columns by the headers of the files; `ec` determines which names need quotes. Adds
+ * lines about names that had to be changed to `notes`. */
 void ColumnsName(const CsvFile &csv, EC ec, Table &table, std::vector<std::string> &notes);
 
-/* Reads the files once: all rows together tell the types. A column is Number or Date when each of
- * its fields that is not empty is one, else String; so is one of numbers that look like codes. A
- * type that the options name is demanded of each field instead. `bounds`: find the least and
- * greatest values too. `most`: look at so many rows only; -1: at all. False with a message in
- * `error`. */
+/* Reads the files once: the types follow from all rows. A column is Number or Date when each of its
+ * fields that is not empty is one, else String; so is one of numbers that look like codes. With a
+ * type in the options every field must be of that type instead. `bounds`: also find the least and
+ * greatest values. `most`: the most rows to read; -1: all. False with a message in `error`. */
 bool ColumnsScan(CsvFile &csv, const DataOptions &options, bool bounds, int64_t most, Table &table,
                  Progress &progress, std::string &error);
 
 /* False with a message for a row that has more or fewer fields than the header. */
 bool ColumnsFit(const CsvFile &csv, const Table &table, const CsvRow &row, std::string &error);
 
-/* The index of a column by its header or by its name in formulas; that of no column is their
- * number. */
+/* The index of a column by its header or by its name in formulas; the number of columns when there
+ * is none. */
 size_t FindByName(const std::vector<Column> &columns, const std::string &name);
 
 /* The hint about a name that no column has; empty when none is near. */
 std::string ColumnHint(const std::vector<Column> &columns, const std::string &name);
 
-/* The word for a data type, as in "Number". */
+/* The name of a data type, such as "Number". */
 const char *TypeName(int32_t type);
 
 #endif

@@ -53,7 +53,7 @@ struct TypeWord {
 constexpr std::array<TypeWord, 3> kTypes = {
     {{"text", ORL_TYPE_STRING}, {"number", ORL_TYPE_NUMBER}, {"date", ORL_TYPE_DATE}}};
 
-/* Takes NAME=TYPE apart; false when it is not of that form. */
+/* Splits NAME=TYPE; false when it is not of that form. */
 bool TypeOf(const std::string &text, std::pair<std::string, int16_t> &result) {
   const size_t equals = text.rfind('=');
   for (const TypeWord &entry : kTypes) {
@@ -77,7 +77,7 @@ constexpr std::array<std::pair<const char *, OutputFormat>, 5> kFormats = {
      {"json", kOutputJson},
      {"jsonl", kOutputJsonl}}};
 
-/* The options that say how files of data are to be read. */
+/* The options for reading data files. */
 void AddReading(CLI::App *command, CommandLine &line) {
   constexpr char kGroup[] = "Reading";
   command
@@ -121,7 +121,7 @@ void AddStoreOption(CLI::App *command, CommandLine &line, const char *help) {
   command->add_option("--store", line.store, help)->type_name("STORE")->check(isName);
 }
 
-/* What eval and report share. */
+/* The options that eval and report share. */
 void AddRowOptions(CLI::App *command, CommandLine &line, const char *limit, const char *sort) {
   command
       ->add_option(
@@ -218,7 +218,7 @@ void AddEval(CLI::App &app, CommandLine &line, int &status) {
   });
 }
 
-/* The options of a report that make a column each. */
+/* The options of a report that each add a column. */
 struct ReportOption {
   ReportFigure figure;
   const char *name, *type, *help;
@@ -255,7 +255,7 @@ void AddReport(CLI::App &app, CommandLine &line, int &status) {
       app.add_subcommand("report", "Group the rows and compute figures of each group");
   AddData(report, line, kDataSeveral);
   for (const ReportOption &option : kReportOptions) {
-    /* The values are taken from the options themselves, for the sake of their order. */
+    /* The values are read from the options themselves, to keep their order. */
     report
         ->add_option_function<std::vector<std::string>>(
             option.name, [](const std::vector<std::string> & /*values*/) {}, option.help)

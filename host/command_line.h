@@ -10,10 +10,10 @@
 
 #include "host/commands.h"
 
-/* What the arguments of any command are put into. */
+/* The parsed arguments of any command. */
 struct CommandLine {
   DataOptions data;
-  std::string file; /* of commands that take one alone */
+  std::string file; /* of commands with a single one */
   std::string text, format, limit, decimals, jobs, store, name, newName;
   std::string delimiter, dateOrder, decimal;
   std::vector<std::string> nulls;
@@ -24,7 +24,7 @@ struct CommandLine {
   SqlOptions sql;
 };
 
-/* An error in the command line that the parser cannot know of. Returns kExitUsage. */
+/* Reports an error in the command line that the parser cannot detect. Returns kExitUsage. */
 int ComplainOfUsage(const std::string &message);
 
 /* Parts of commands. */
@@ -33,13 +33,13 @@ void AddFormat(CLI::App *command, CommandLine &line);
 /* DATA.csv: one file, one that is not standard input, several, or none. */
 enum DataFiles { kDataOne, kDataNamed, kDataSeveral, kDataOptional };
 void AddData(CLI::App *command, CommandLine &line, DataFiles files);
-/* A check that says nothing about itself in the help. */
+/* A check without a text in the help. */
 CLI::Validator Silent(CLI::Validator validator);
-/* What is wrong with an empty value, for the parser. */
+/* The error for an empty value, for the parser. */
 std::string NotEmpty(const std::string &value);
 
 OutputFormat FormatOf(const CommandLine &line);
-/* The files of data and how they are to be read. */
+/* The data files and how they are read. */
 DataOptions DataOf(const CommandLine &line);
 
 /* Adds the commands. Each runs when its command line has been parsed, and sets `status`. */

@@ -1,4 +1,4 @@
-/* commands.h - what orli can do. Each command writes its answer to standard output, each error as
+/* commands.h - what orli can do. Each command writes its output to standard output, each error as
  * one line that begins with "orli:" to standard error, and returns the exit status. */
 #ifndef ORLI11_HOST_COMMANDS_H
 #define ORLI11_HOST_COMMANDS_H
@@ -16,7 +16,7 @@ enum ExitStatus {
   kExitUsage = 2  /* the command line is wrong */
 };
 
-/* Which rows a command takes, which formulas it knows, and how it writes what it computes. */
+/* The rows that a command selects, the formulas that it knows, and the format of its output. */
 struct RowOptions {
   DataOptions data;
   std::string store;                     /* a file of formulas; empty: none */
@@ -24,7 +24,7 @@ struct RowOptions {
   std::vector<std::string> conditions;   /* TEXT=BOUNDS; all of them must be met */
   std::vector<std::string> sort;         /* NAME, NAME:asc or NAME:desc */
   int64_t limit = -1;                    /* rows to write; -1: all */
-  int decimals = -1;                     /* of the numbers; -1: those that they have */
+  int decimals = -1;                     /* of the numbers; -1: as many as they have */
   int64_t jobs = 0;                      /* threads that compute; 0: one for each processor */
   OutputFormat format = kOutputTable;
 };
@@ -41,7 +41,7 @@ struct EvalOptions {
   std::vector<std::string> keep;     /* "all" or names of columns */
 };
 
-/* What a column of a report holds: the groups' own values or a figure of their rows. */
+/* The content of a report's column: the groups' own values or an aggregate of their rows. */
 enum ReportFigure {
   kReportBy,
   kReportCount,
@@ -66,14 +66,14 @@ struct ReportOptions {
 /* The columns of files: name, type, filled and empty rows, least and greatest value, example, and
  * why a column is a String. */
 int RunItems(const DataOptions &data, OutputFormat format);
-/* The functions: signature and description; or all about the one of that name. */
+/* The functions: signature and description; or everything about the one of that name. */
 int RunFunctions(const std::string &name);
 /* The type of a formula, or its error with the place underlined. */
 int RunCheck(const CheckOptions &options);
 /* Formulas computed for each row, those of the store first. */
 int RunEval(const EvalOptions &options);
 /* Rows grouped by the values of formulas, a row for each group in the order of these values. Null
- * values do not count in a figure; one without values is an empty cell. */
+ * values do not count in an aggregate; one without values is an empty cell. */
 int RunReport(const ReportOptions &options);
 
 /* Adds formulas to a store, or changes them, for the columns of a file. */
@@ -84,9 +84,9 @@ int RunDefine(const std::string &store, const DataOptions &data,
 int RunList(const std::string &store, OutputFormat format);
 /* The text of a formula. */
 int RunShow(const std::string &store, const std::string &name);
-/* Takes a formula out of a store, unless others use it. */
+/* Removes a formula from a store, unless others use it. */
 int RunDelete(const std::string &store, const std::string &name);
-/* Gives a column another name; writes the formulas whose texts have followed. */
+/* Renames a column; writes the formulas whose texts have changed. */
 int RunRename(const std::string &store, const std::string &from, const std::string &to);
 /* The names of the formulas that use a column, function or formula. */
 int RunUses(const std::string &store, const std::string &name);
@@ -96,7 +96,7 @@ struct EditOptions {
   DataOptions data;
   std::string name;   /* of the formula to be edited; empty: a new one */
   std::string mode;   /* "formula", "range" or "set"; empty: as the formula is */
-  std::string values; /* the column whose values are listed at once; empty: none */
+  std::string values; /* the column whose values are listed at the start; empty: none */
   bool sql = false;   /* list the functions for databases too */
 };
 
@@ -116,7 +116,7 @@ struct SqlOptions {
   OutputFormat format = kOutputTable;
 };
 
-/* The statement by which a database computes formulas of a store, or what it computes. */
+/* The statement that computes formulas of a store in a database, or its result. */
 int RunSql(const SqlOptions &options);
 
 /* Writes an error and returns `status`. */

@@ -48,7 +48,7 @@ bool TakeConditions(Computation &computation, std::vector<Formula> &all, std::st
   return true;
 }
 
-/* Keeps what is to be computed of all formulas, of which those from `own` on are the command's. */
+/* Selects the formulas to be computed; those from `own` on are the command's. */
 bool Keep(Computation &computation, const std::vector<Formula> &all, size_t own, size_t conditions,
           std::string &error) {
   EC ec = computation.session.ec.get();
@@ -110,7 +110,7 @@ bool Define(Computation &computation, std::string &error) {
   return true;
 }
 
-/* Whether an error of a formula is one whatever the types of columns are. */
+/* Whether an error in a formula is one for any types of columns. */
 bool IsOfAnyType(int32_t id) {
   constexpr int32_t kErrors[] = {ORL_ERR_VAR,         ORL_ERR_FUNC,       ORL_ERR_SYNTAX,
                                  ORL_ERR_UNKNOWNCHAR, ORL_ERR_NUMPARMSHI, ORL_ERR_NUMPARMSLO,
@@ -154,7 +154,7 @@ void ReportMissing(const Computation &computation) {
   }
 }
 
-/* Tells how many empty fields counted as zero: "2 empty values counted as zero: 2 of amount". */
+/* Reports how many empty fields counted as zero: "2 empty values counted as zero: 2 of amount". */
 void ReportZeros(const Computation &computation) {
   int64_t all = 0;
   std::string columns;
@@ -176,8 +176,8 @@ void ReportZeros(const Computation &computation) {
   }
 }
 
-/* As many as there are jobs. With a limit and conditions the rows to compute are known only one
- * after the other. */
+/* As many as there are jobs. With a limit and conditions the rows to compute are known only one by
+ * one. */
 bool BeginWorkers(Computation &computation) {
   const bool inOrder = computation.limit >= 0 && !computation.conditions.empty();
   const int64_t jobs = computation.options->jobs;
@@ -223,7 +223,7 @@ int ComputeRows(Computation &computation, const RowConsumer &consumer) {
   }
   const bool good = ReadAll(computation, consumer, error);
   consumer.end(good);
-  /* The rows before the summary that tells about them, also when both go to one place. */
+  /* Writes the rows before their summary, also when both are written to one place. */
   static_cast<void>(std::fflush(stdout));
   ProgressEnd(computation.progress);
   if (!good) {

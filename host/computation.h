@@ -1,4 +1,4 @@
-/* computation.h - named formulas computed row by row over files; what eval and report share. */
+/* computation.h - named formulas computed row by row over files; shared by eval and report. */
 #ifndef ORLI11_HOST_COMPUTATION_H
 #define ORLI11_HOST_COMPUTATION_H
 
@@ -30,27 +30,28 @@ struct Computation {
   Progress progress;
 };
 
-/* What a command does with the rows. False ends the run, with a message in `error` as a failure. */
+/* How a command processes the rows. False ends the run; with a message in `error` it is a
+ * failure. */
 struct RowConsumer {
   std::function<bool(std::string &error)> open;  /* the columns are known; formulas may be added */
   std::function<bool(std::string &error)> begin; /* the formulas are defined, no row is read */
-  RowMaker make;   /* the values of a row are there; on any thread, for the batch alone */
-  BatchTaker take; /* what was made of a batch, in the order of the rows; on one thread */
-  std::function<void(bool good)> end; /* no more rows; not good after a failure */
+  RowMaker make;   /* the values of a row are computed; on any thread, may change only the batch */
+  BatchTaker take; /* the results of a batch, in the order of the rows; on one thread */
+  std::function<void(bool good)> end; /* no more rows; not called after a failure */
 };
 
-/* A value that a worker's formula gave could not be written: counts like one that is missing. */
+/* A value of a worker's formula could not be written: counts as missing. */
 inline void CountMissing(Worker &worker, size_t formula) {
   ++worker.results[formula].missing;
 }
 
-/* Takes one more formula, NAME=TEXT. False with a message. */
+/* Adds a formula, NAME=TEXT. False with a message. */
 bool ComputationTake(Computation &computation, const std::string &argument, std::string &error);
 
 /* Opens the files, defines the formulas, which may call each other, and computes them for each row
- * that meets the conditions. A formula that can have no value is refused. Tells failures, rows
+ * that meets the conditions. A formula that cannot have a value is rejected. Reports failures, rows
  * without values, empty fields that counted as zero and the time on standard error, and returns the
- * exit status. The computation is used up. */
+ * exit status. The computation cannot be reused. */
 int ComputationRun(Computation &computation, const RowConsumer &consumer);
 
 #endif

@@ -9,7 +9,7 @@
 
 namespace {
 
-/* The signs of a condition outside of strings and quoted names. */
+/* The operators of a condition outside strings and quoted names. */
 struct Signs {
   size_t equals = std::string::npos; /* the last "=" */
   const char *hint = "";             /* about what other languages write */
@@ -45,7 +45,7 @@ Signs FindSigns(const std::string &argument) {
   return signs;
 }
 
-/* Adds a formula under a name that no other has. */
+/* Adds a formula under a unique name. */
 size_t Add(std::vector<Formula> &formulas, const std::string &text) {
   formulas.push_back(FormulaOf("\"--where " + std::to_string(formulas.size()) + "\"", text));
   formulas.back().title = "of --where";
@@ -56,7 +56,7 @@ size_t Add(std::vector<Formula> &formulas, const std::string &text) {
 struct Value {
   NumberValue number = {};
   std::string text;
-  bool good = false; /* there is one, and it is not null */
+  bool good = false; /* it exists and is not null */
 };
 
 Value ValueOf(EC ec, int32_t type, HEXP exp) {

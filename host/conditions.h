@@ -1,4 +1,4 @@
-/* conditions.h - which rows a command takes: values of formulas in ranges and sets. */
+/* conditions.h - the rows that a command selects: values of formulas in ranges and sets. */
 #ifndef ORLI11_HOST_CONDITIONS_H
 #define ORLI11_HOST_CONDITIONS_H
 
@@ -10,7 +10,7 @@
 
 /* TEXT=BOUNDS: a formula whose value must lie in a range, be a member of a set or equal a value. */
 struct Condition {
-  size_t tested = 0, bounds = 0; /* formulas by their places among those to be defined */
+  size_t tested = 0, bounds = 0; /* formulas by their index among those to be defined */
   size_t first = 0, count = 0;   /* the members of the bounds */
   bool range = false;
   int32_t type = ORL_TYPE_NUMBER;
@@ -18,18 +18,18 @@ struct Condition {
   std::vector<HEXP> members;
 };
 
-/* Takes a condition apart and adds its formulas to those that are to be defined. BOUNDS is the name
- * of one of these that is a range or set, or a text of its own. False with a message. */
+/* Parses a condition and adds its formulas to those that will be defined. BOUNDS is the name of a
+ * range or set among these, or a text of its own. False with a message. */
 bool ConditionTake(const std::string &argument, std::vector<Formula> &formulas,
                    Condition &condition, std::string &error);
 
-/* Completes a condition when its formulas are defined. False with a message for types that do not
- * fit together. */
+/* Completes a condition when its formulas are defined. False with a message for incompatible
+ * types. */
 bool ConditionFinish(EC ec, const std::vector<Formula> &formulas, Condition &condition,
                      std::string &error);
 
-/* Whether the condition is met, by the present values of the input items. Null numbers and dates,
- * and what has no value, lie in no range and are members of no set. */
+/* Whether the present values of the input items meet the condition. Null numbers and dates, and
+ * missing values, are in no range and no set. */
 bool ConditionMet(EC ec, const Condition &condition);
 
 #endif

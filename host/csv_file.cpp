@@ -12,7 +12,7 @@
 namespace {
 
 constexpr size_t kChunk = 1 << 16;
-/* A field larger than this is a closing quote that is missing. */
+/* A field larger than this means a missing closing quote. */
 constexpr size_t kLongestField = size_t{16} << 20;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kSeparator = "sep="; /* before a delimiter, on a line of its own */
@@ -34,7 +34,7 @@ constexpr ForeignStart kForeignStarts[] = {
     {"SQLite format 3", "is a database of SQLite; orli sql --dsn computes there"},
 };
 
-/* Takes rows off one input; what the two callbacks of the CSV parser work on. */
+/* Reads rows from one input; the state of the two callbacks of the CSV parser. */
 struct InputState {
   const CsvFile *csv = nullptr;
   CsvRow row;
@@ -42,7 +42,7 @@ struct InputState {
   bool begun = false;    /* a chunk has been read */
   bool inHeader = true;  /* the first row is yet to come */
   int lastEnd = 0;       /* byte that ended the row before */
-  bool afterEnd = false; /* nothing has come since then */
+  bool afterEnd = false; /* nothing has been read since then */
   bool quotes = false;   /* a field that ends now may have quotes around it */
   bool quoted = false;   /* the chunk has a quote */
   bool zeros = false;    /* a zero byte was read */
@@ -135,7 +135,7 @@ void OnRowEnd(int end, void *user) {
   ++state.line;
 }
 
-/* The line that the unfinished row or field begins on, and why it is wrong. */
+/* The line on which the unfinished row or field begins, and the error. */
 std::string ParserProblem(const InputState &state, csv_parser &parser) {
   const int64_t line = state.row.starts.empty() ? state.line : state.row.line;
   if (csv_error(&parser) == CSV_EPARSE) {
@@ -195,8 +195,8 @@ bool ReadChunk(ByteSource &source, csv_parser &parser, InputState &state) {
   const size_t size = got - mark;
   state.line += skipped.lines;
   state.begun = true;
-  /* What makes no difference is looked for once in a chunk. A quoted field is told of at the byte
-   * behind its last quote, which may be the first one of the next chunk. */
+  /* Checks once per chunk what can be ignored in it. A quoted field is reported at the byte after
+   * its last quote, which may be the first one of the next chunk. */
   const bool quoted = std::memchr(chunk.data(), '"', got) != nullptr;
   state.quotes = quoted || state.quoted;
   state.quoted = quoted;
@@ -210,7 +210,7 @@ bool ReadChunk(ByteSource &source, csv_parser &parser, InputState &state) {
   return true;
 }
 
-/* Finds the delimiter in the header: a comma unless it has none but semicolons or tabs. */
+/* Finds the delimiter in the header: a comma unless it has no comma but semicolons or tabs. */
 void FindDelimiter(std::string_view start, CsvInput &input) {
   size_t commas = 0;
   size_t semicolons = 0;
@@ -245,7 +245,7 @@ void FindDelimiter(std::string_view start, CsvInput &input) {
   }
 }
 
-/* Looks at the start of the input: its delimiter, unless told; refuses other encodings. */
+/* Checks the start of the input: finds its delimiter, unless given; rejects other encodings. */
 bool LookAtStart(CsvInput &input, char delimiter, std::string &error) {
   std::array<char, kChunk> chunk;
   size_t got = 0;
@@ -277,7 +277,7 @@ struct CsvReading {
 
 namespace {
 
-/* Begins to read an input. False with a message. */
+/* Starts reading an input. False with a message. */
 bool BeginInput(CsvReading &reading, size_t index) {
   InputState &state = reading.state;
   state.row.input = index;
@@ -339,7 +339,7 @@ bool ReadHeader(CsvFile &csv, size_t input, std::vector<std::string> &names, std
   return error.empty();
 }
 
-/* Whether a file has the columns of the first one. */
+/* Whether a file has the same columns as the first one. */
 bool CheckHeader(const CsvFile &csv, size_t input, const std::vector<std::string> &names,
                  std::string &error) {
   const auto [one, other] =

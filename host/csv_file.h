@@ -14,10 +14,10 @@
 struct CsvInput {
   ByteSource source;
   char delimiter = ',';
-  char other = '\0'; /* what else could be the delimiter by the header, when none was told */
+  char other = '\0'; /* another possible delimiter in the header, when none was given */
 };
 
-/* Files that are open for reading, one after the other, from the start as often as wanted. */
+/* Files that are open for reading, in order, from the start as often as needed. */
 struct CsvFile {
   std::vector<CsvInput> inputs;
   std::vector<std::string> header; /* the names in the first row, which all files share */
@@ -34,28 +34,28 @@ struct CsvRow {
   int64_t line = 0; /* on which the row begins, from 1 */
 };
 
-/* Called for each row after the header, in order; false stops the reading. A failure leaves a
- * message in `error`. */
+/* Called for each row after the header, in order; false stops reading. A failure leaves a message
+ * in `error`. */
 using CsvRowProc = bool (*)(const CsvRow &row, void *user, std::string &error);
 
 /* Opens the files and reads their headers, which must be the same. A byte-order mark at the start
  * of a file is skipped. False with a message in `error`. */
 bool CsvOpen(const DataOptions &options, CsvFile &csv, std::string &error);
 
-/* Reads the rows from the start. Lines without a field count as lines but make no row. False with a
- * message in `error`, place included, when a file cannot be read, is not CSV or the row routine
+/* Reads the rows from the start. Lines without a field count as lines but are not rows. False with
+ * a message in `error`, place included, when a file cannot be read, is not CSV or the row routine
  * failed. */
 bool CsvRead(CsvFile &csv, CsvRowProc proc, void *user, std::string &error);
 
-/* A reading in steps: each call of CsvReadOn passes on the rows of the next 64 KiB. False when it
- * was the last, also by a failure, which `error` of CsvBegin then holds. */
+/* Reading in steps: each call of CsvReadOn passes on the rows of the next 64 KiB. False after the
+ * last step, or after a failure, with a message in `error` of CsvBegin. */
 struct CsvReading;
 struct CsvReadingEnd {
   void operator()(CsvReading *reading) const;
 };
 using CsvReadingOwner = std::unique_ptr<CsvReading, CsvReadingEnd>;
-/* Null with a message when it cannot begin. File, `user` and `error` must outlive the reading, and
- * the file has no other reading meanwhile. */
+/* Null with a message when it cannot begin. File, `user` and `error` must outlive the reader, and
+ * the file must have no other reader meanwhile. */
 CsvReadingOwner CsvBegin(CsvFile &csv, CsvRowProc proc, void *user, std::string &error);
 bool CsvReadOn(CsvReading &reading);
 

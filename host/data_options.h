@@ -1,4 +1,4 @@
-/* data_options.h - how the command line says that files of data are to be read. */
+/* data_options.h - options of the command line for reading data files. */
 #ifndef ORLI11_HOST_DATA_OPTIONS_H
 #define ORLI11_HOST_DATA_OPTIONS_H
 
@@ -19,7 +19,7 @@ struct DataOptions {
   std::vector<std::string> paths; /* files in the order of their rows; "-" is standard input */
   char delimiter = '\0';          /* between fields; 0: found in the header */
   FieldRules rules;
-  std::vector<std::pair<std::string, int16_t>> types; /* of columns that do not find their own */
+  std::vector<std::pair<std::string, int16_t>> types; /* of columns whose type is not inferred */
 };
 
 #endif

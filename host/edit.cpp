@@ -14,12 +14,12 @@
 
 namespace {
 
-/* ---- Beside the editor ---- */
+/* ---- What the host adds to the editor ---- */
 
 constexpr char kSaveCaption[] = "Formula Save";
 constexpr size_t kShownText = 300; /* bytes of a formula's text in a question */
 
-/* The beginning of a text, ended where a character of it ends. */
+/* The start of a text, truncated after a whole character. */
 std::string Beginning(const std::string &text) {
   size_t end = std::min(text.size(), kShownText);
   while (end > 0 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
@@ -28,7 +28,7 @@ std::string Beginning(const std::string &text) {
   return end == text.size() ? text : text.substr(0, end) + " ...";
 }
 
-/* Asks whether what another program has stored is to be replaced. */
+/* Asks whether to replace what another program has stored. */
 bool AskForeign(EditedStore &store, OrlWindow dialog, const Foreign &foreign) {
   const std::string question = "Another program has stored " + DisplayName(foreign.name) +
                                " meanwhile:\n\n" + Beginning(foreign.text) + "\n\nReplace it?";
@@ -46,7 +46,7 @@ void TellBox(OrlWindow dialog, const std::string &message) {
                                    ORL_MB_OK | ORL_MB_ICONSTOP);
 }
 
-/* What the routines of the host work on. */
+/* The state of the host routines. */
 struct Beside {
   EditedStore *store;
   RowPreview preview;
@@ -121,7 +121,7 @@ OrlEditorHost HostOf(Beside &beside) {
   return host;
 }
 
-/* As long as it lives the editor's user has these routines beside the editor. */
+/* Sets these routines for editors during its lifetime. */
 class HostInUse {
  public:
   explicit HostInUse(const OrlEditorHost *host) { Set(host); }
@@ -167,8 +167,8 @@ void RunEditor(const EditOptions &options, Session &session, const Store &store,
   ORLBuildExpressionOfType(nullptr, ec, exp, 0, EditorType(kind), valuesItem);
 }
 
-/* Tells what has come of a session that began with the formulas `first`. What could not be written
- * until now is tried once more. */
+/* Reports the result of a session that began with the formulas `first`. Tries once more to write
+ * what could not be written. */
 int Finish(EditedStore &store, const StoreFile &file, const std::vector<Formula> &first) {
   std::string error;
   Foreign foreign;
@@ -184,7 +184,7 @@ int Finish(EditedStore &store, const StoreFile &file, const std::vector<Formula>
   return Complain(file.path + ": " + (summary.empty() ? "nothing changed" : summary), kExitGood);
 }
 
-/* Edits the formulas over the columns of the file, for which they must be right. */
+/* Edits the formulas over the columns of the file, for which they must be valid. */
 int Edit(const EditOptions &options, Session &session, const Store &old, const StoreFile &file) {
   std::vector<Formula> before = FormulasMerged(old.formulas, {});
   std::string error;

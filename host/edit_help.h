@@ -1,5 +1,5 @@
-/* edit_help.h - what orli tells its users beside the editor: the pages of functions, messages and
- * controls, for OrlEditorHost. */
+/* edit_help.h - help for users of the editor: the pages of functions, messages and controls, for
+ * OrlEditorHost. */
 #ifndef ORLI11_HOST_EDIT_HELP_H
 #define ORLI11_HOST_EDIT_HELP_H
 
@@ -11,7 +11,7 @@
 struct HelpPage {
   std::string title, text;
 };
-/* What a user asks for: the function, the message, else what the control does. */
+/* The page for a request: the function, the message, else the control. */
 HelpPage HelpPageFor(const OrlHelp &help);
 
 /* Signature and description, as DescribeFunction of OrlEditorHost has them. */

@@ -37,7 +37,8 @@ std::string ValueOf(EC ec, HEXP exp, int32_t type, Block &block) {
 }
 
 void Forget(EC ec) {
-  /* Users stand behind what they use, but for those that were changed: several rounds. */
+  /* Formulas are stored after those that they use, except for changed ones: several rounds are
+   * needed. */
   for (int32_t before = -1; ORLGetExpressionCount(ec) != before;) {
     before = ORLGetExpressionCount(ec);
     for (int32_t i = before - 1; i >= 0; --i) {

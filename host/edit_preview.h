@@ -1,4 +1,4 @@
-/* edit_preview.h - the values of the first rows for a text that is still being written. */
+/* edit_preview.h - the values of the first rows for a text that is still being edited. */
 #ifndef ORLI11_HOST_EDIT_PREVIEW_H
 #define ORLI11_HOST_EDIT_PREVIEW_H
 
@@ -8,17 +8,17 @@
 #include "host/formulas.h"
 #include "host/session.h"
 
-/* Works on the context of a session of its own use; the one that is edited is not touched. */
+/* Works on the context of a separate session; the one that is edited is not changed. */
 struct RowPreview {
   Session *session = nullptr;
   std::vector<CsvRow> rows; /* the first of the file */
 };
 
-/* Reads the first rows. Those that cannot be read are missing. */
+/* Reads the first rows, except for those that cannot be read. */
 void PreviewOpen(RowPreview &preview, Session &session);
-/* The formulas that a text can call from now on. */
+/* Sets the formulas that a text can call. */
 void PreviewFormulas(RowPreview &preview, std::vector<Formula> formulas);
-/* What a text gives, a line for each row; nothing for one that has no values. */
+/* The values of a text, a line for each row; empty for a text without values. */
 std::vector<std::string> PreviewOf(RowPreview &preview, const char *text);
 
 #endif

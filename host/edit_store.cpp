@@ -40,7 +40,7 @@ bool IsForeign(const EditedStore &store, const std::vector<Formula> &present,
   return !isSeen;
 }
 
-/* The same changes to formulas that somebody else has changed meanwhile. */
+/* Applies the changes to formulas that another program has changed meanwhile. */
 std::vector<Formula> Changed(const std::vector<Formula> &formulas, const Changes &changes) {
   std::vector<Formula> kept;
   for (const Formula &formula : formulas) {
@@ -68,7 +68,7 @@ bool AnyForeign(const EditedStore &store, const std::vector<Formula> &present,
   return false;
 }
 
-/* Into the file, which is open and read. */
+/* Writes to the file, which is open and read. */
 bool WriteInto(EditedStore &store, const StoreFile &file, const Store &present,
                const Changes &changes, std::string &error, Foreign &foreign) {
   const bool isMine = file.bytes == store.bytes;

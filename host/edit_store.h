@@ -1,5 +1,5 @@
-/* edit_store.h - the store behind an open editor: what its user saves, renames or deletes is
- * written at once. */
+/* edit_store.h - the store of an open editor: what its user saves, renames or deletes is written at
+ * once. */
 #ifndef ORLI11_HOST_EDIT_STORE_H
 #define ORLI11_HOST_EDIT_STORE_H
 
@@ -12,7 +12,7 @@
 
 #include "host/formulas.h"
 
-/* What has changed between two states of formulas. */
+/* The changes between two states of formulas. */
 struct Changes {
   std::vector<Formula> stored; /* added, or with another text */
   std::set<std::string> deleted;
@@ -26,10 +26,10 @@ struct EditedStore {
   EC ec = nullptr;                             /* that the editor works on */
   std::string bytes;                           /* of the file, as last read or written */
   std::vector<Formula> known;                  /* what the editor's user has seen stored */
-  std::map<std::string, std::string> replaced; /* texts of others that the user wants replaced */
+  std::map<std::string, std::string> replaced; /* texts of others that the user agreed to replace */
 };
 
-/* A formula of the store that another program has stored or changed since. */
+/* A formula of the store that another program has stored or changed in the meantime. */
 struct Foreign {
   std::string name, text;
 };
@@ -39,8 +39,8 @@ struct Foreign {
  * either a message or the foreign formula. */
 bool EditedStoreMayTake(const EditedStore &store, HEXP exp, const std::string &text,
                         const std::string &name, std::string &error, Foreign &foreign);
-/* Writes what has changed in the editor since the last time, and tells the formulas on standard
- * output. What other programs have written meanwhile stays. False as above; then the next call
+/* Writes what has changed in the editor since the last time, and lists the formulas on standard
+ * output. What other programs have written meanwhile is kept. False as above; then the next call
  * tries again. */
 bool EditedStoreWrite(EditedStore &store, std::string &error, Foreign &foreign);
 

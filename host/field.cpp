@@ -36,7 +36,7 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
-/* The text with the blanks that some countries group digits by as plain ones. */
+/* The text with the special blanks that some countries use for grouping replaced by plain ones. */
 std::string WithPlainBlanks(std::string_view text) {
   std::string plain(Trimmed(text));
   for (const std::string_view blank : {"\xC2\xA0", "\xE2\x80\xAF"}) {
@@ -47,7 +47,7 @@ std::string WithPlainBlanks(std::string_view text) {
   return plain;
 }
 
-/* A number whose decimal separator was named, as plain text: the other separator, or blanks, group
+/* A number with the given decimal separator, as plain text: the other separator, or blanks, group
  * digits by three. Empty when it is not of that form. */
 std::string WithoutGroups(std::string_view field, char decimal) {
   const std::string text = WithPlainBlanks(field);
@@ -82,14 +82,14 @@ std::string WithoutGroups(std::string_view field, char decimal) {
   return plain;
 }
 
-/* Whether nothing of a number is lost: no digit beyond the last, nothing too small to be held. */
+/* Whether a number is exact: no excess digits, not too small. */
 bool IsExact(const NumberValue &value, std::string_view text) {
   const int digits = CountDigits(text);
   return WRENNumIsNull(&value) == 0 && digits <= kMostDigits &&
          (digits == 0 || WRENNumIsZero(&value) == 0);
 }
 
-/* The digits at the start of the text, which are removed from it. */
+/* The digits at the start of the text; removes them. */
 std::string_view TakeDigits(std::string_view &text) {
   size_t count = 0;
   while (count < text.size() && IsDigit(text[count])) {
@@ -103,7 +103,7 @@ std::string_view TakeDigits(std::string_view &text) {
 /* Three numbers of one separator at the start of a text. */
 struct ThreeNumbers {
   std::string_view first, second, third;
-  char separator = '\0'; /* 0: the text begins otherwise */
+  char separator = '\0'; /* 0: the text does not begin with them */
   bool equal = true;     /* both separators are the same */
   std::string_view rest;
 };
@@ -146,10 +146,10 @@ CountryDates FindCountryDates() {
   return {place == std::string_view::npos ? '/' : shown[place], locale.dateOrder == 2};
 }
 
-/* Whether three numbers at the start are written as a date and not as a version or an address: as
- * ISO has it, or with the country's separator, or with any of a date when the order was named; a
- * year of two or four digits; a blank or a T before the time. Other beginnings are the library's
- * decision. */
+/* Whether three numbers at the start are written as a date and not as a version or an address: in
+ * ISO form, or with the country's separator, or with any date separator when the order was given; a
+ * year of two or four digits; a blank or a T before the time. Other texts are left to the library.
+ */
 bool LooksLikeDate(const FieldRules &rules, std::string_view text) {
   static const CountryDates country = FindCountryDates();
   const ThreeNumbers numbers = TakeThree(Trimmed(text));
@@ -171,7 +171,7 @@ bool LooksLikeDate(const FieldRules &rules, std::string_view text) {
          (rest.empty() || rest[0] == 'T' || kBlanks.find(rest[0]) != std::string_view::npos);
 }
 
-/* Where the "Z" or offset of an ISO date and time begins; npos when there is none. */
+/* The position of the "Z" or offset of an ISO date and time; npos when there is none. */
 size_t FindOffset(std::string_view text) {
   constexpr size_t kTime = 11; /* of 2024-01-31T10:30 */
   const ThreeNumbers numbers = TakeThree(text);
@@ -188,7 +188,7 @@ size_t FindOffset(std::string_view text) {
   return sign;
 }
 
-/* The minutes of "Z", "+02", "-0530" or "+05:30"; false for anything else. */
+/* The offset in minutes of "Z", "+02", "-0530" or "+05:30"; false for anything else. */
 bool OffsetMinutes(std::string_view offset, int32_t &minutes) {
   if (offset == "Z" || offset == "z") {
     minutes = 0;

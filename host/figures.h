@@ -1,4 +1,4 @@
-/* figures.h - what the rows of a group come to: counts, sums, means and the like. */
+/* figures.h - aggregates of the rows of a group: counts, sums, means and the like. */
 #ifndef ORLI11_HOST_FIGURES_H
 #define ORLI11_HOST_FIGURES_H
 
@@ -13,7 +13,7 @@
 
 #include "host/commands.h"
 
-/* What the rows of a group came to so far in one figure. */
+/* The state of one aggregate of a group. */
 struct Entry {
   NumberValue number = {};                                   /* null before the first value */
   int64_t values = 0;                                        /* those that were not null */
@@ -21,25 +21,25 @@ struct Entry {
   std::unique_ptr<std::unordered_set<std::string>> distinct; /* of a count of these, as bytes */
 };
 
-/* The name of a figure on the command line, without "--". */
+/* The name of an aggregate on the command line, without "--". */
 const char *FigureName(ReportFigure figure);
 
-/* False with a message for a formula of a type that the figure cannot have. */
+/* False with a message for a formula of a type that the aggregate does not accept. */
 bool FigureTakes(ReportFigure figure, int32_t type, const std::string &title, std::string &error);
 
-/* The type of a figure over values of that type. */
+/* The result type of an aggregate over values of that type. */
 int32_t FigureType(ReportFigure figure, int32_t type);
 
 /* Adds the value of a row, `block`, which is null when there is none. */
 void FigureAdd(ReportFigure figure, int32_t type, const void *block, Entry &entry);
 
-/* What a figure came to: null without values, or beyond what a number holds. */
+/* The result of an aggregate: null without values, or when it is too large for a number. */
 NumberValue FigureValue(ReportFigure figure, Entry &entry);
 
-/* Bytes that are equal for equal values of a type, and for no others. */
+/* Bytes that are equal exactly for equal values of a type. */
 void AppendKey(int32_t type, const void *block, std::string &key);
-/* The value whose bytes a key begins with: a number or date, or a terminated text. They are taken
- * off the key. */
+/* The value at the start of a key: a number or date, or a terminated string. Removes its bytes from
+ * the key. */
 const char *TakeKey(int32_t type, std::string_view &key, NumberValue &number);
 
 #endif

@@ -121,7 +121,7 @@ constexpr ForeignWords kWords[] = {
     {kWordBetween, "#", kNoComments},
 };
 
-/* How a value of one type becomes one of another. */
+/* How to convert a value of one type to another. */
 struct Conversion {
   int32_t id;
   std::string_view hint;

@@ -24,7 +24,7 @@ bool IsQuote(char byte) {
   return byte == '"' || byte == '`';
 }
 
-/* The "=" behind the name, looked for behind the name's quotes. */
+/* The "=" after the name, searched after the name's quotes. */
 size_t FindEquals(const std::string &argument) {
   const size_t first = argument.find_first_not_of(" \t");
   size_t from = 0;
@@ -35,10 +35,10 @@ size_t FindEquals(const std::string &argument) {
   return argument.find('=', from);
 }
 
-/* Where each name stands among the formulas. */
+/* The index of each name among the formulas. */
 using Places = std::map<std::string_view, size_t>;
 
-/* Why a name is none that a formula can have. */
+/* The reason why a name is not valid for a formula. */
 std::string NameProblem(EC ec, const std::string &name) {
   if (name.empty()) {
     return "a formula has no name";
@@ -75,7 +75,7 @@ bool CheckNames(EC ec, const std::vector<Formula> &formulas, Places &places, std
   return true;
 }
 
-/* Takes over what the context has of the formulas. */
+/* Stores what the context has of the formulas. */
 void TakeDefined(EC ec, std::vector<Formula> &formulas) {
   for (Formula &formula : formulas) {
     formula.exp = ORLHEXPFromName(ec, formula.name.c_str());
@@ -83,15 +83,15 @@ void TakeDefined(EC ec, std::vector<Formula> &formulas) {
   }
 }
 
-/* The formula whose call is why this one is not defined. */
+/* The formula whose call prevents this one from being defined. */
 size_t Awaited(EC ec, Formula &formula, const Places &places) {
   uint16_t type = 0;
   ORLParseFormula(ec, nullptr, formula.text.c_str(), formula.name.c_str(), &formula.problem, &type);
   return places.at(UnknownCall(formula));
 }
 
-/* The words for formulas that call each other in a circle, or one that calls itself. Who waits for
- * whom leads from `start` into the circle, and `start` is moved there. */
+/* The message for formulas that call each other in a cycle, or one that calls itself. The chain of
+ * waiting formulas leads from `start` into the cycle, and `start` is moved there. */
 std::string CircleMessage(EC ec, std::vector<Formula> &formulas, const Places &places,
                           size_t &start) {
   std::map<size_t, size_t> awaited; /* by who waits */

@@ -1,4 +1,4 @@
-/* formulas.h - the named formulas that a user gives, defined in an order that works. */
+/* formulas.h - named formulas from the user, defined in a suitable order. */
 #ifndef ORLI11_HOST_FORMULAS_H
 #define ORLI11_HOST_FORMULAS_H
 
@@ -13,23 +13,22 @@ struct Formula {
   std::string title; /* the name without quotes around it, as the output shows it */
   HEXP exp = nullptr;
   int32_t type = -1;
-  bool shown = true;         /* its values belong to the output */
+  bool shown = true;         /* its values are part of the output */
   FormulaError problem = {}; /* why it is not defined */
 };
 
-/* A formula that is still to be defined. */
+/* A formula that is not defined yet. */
 Formula FormulaOf(const std::string &name, const std::string &text);
 
-/* Takes NAME=TEXT apart. The name may be in quotes, where a "=" of its own may stand. False with a
- * message. */
+/* Splits NAME=TEXT. The name may be in quotes and then contain a "=". False with a message. */
 bool FormulaFromArgument(const std::string &argument, Formula &formula, std::string &error);
 
-/* The name in a formula's text whose call is why it is not defined; empty for other problems. */
+/* The name whose call prevents a formula from being defined; empty for other problems. */
 std::string_view UnknownCall(const Formula &formula);
 
 /* Defines all formulas in the context: each may call the others, whatever their order. False with a
- * message of one or more lines that tells the first formula that is wrong and the place in it;
- * `wrong`, when given, receives its index unless it is a name that is wrong. */
+ * message of one or more lines about the first invalid formula and the position in it; `wrong`,
+ * when given, receives its index unless its name is invalid. */
 bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error,
                     size_t *wrong = nullptr);
 
@@ -39,14 +38,14 @@ std::string FormulaHint(const std::vector<Formula> &formulas, const std::string 
 /* "formula", "range" or "set"; only the first has values. */
 const char *FormulaKind(EC ec, HEXP exp);
 
-/* The message for an error in a text, below it the text with the place underlined, and a hint on a
- * line of its own where one is known. `formulas` are those that the context does not have yet. */
+/* The message for an error in a text, below it the text with the error underlined, and a hint on a
+ * line of its own if there is one. `formulas` are those that the context does not have yet. */
 std::string ErrorWithPlace(EC ec, const std::string &text, const FormulaError &error,
                            const std::vector<Formula> &formulas = {});
 
-/* Reads formulas from a file: a line NAME=TEXT each, which goes on in lines that begin with a
- * blank; empty lines and those that begin with # do not count. False with a message, place
- * included. */
+/* Reads formulas from a file: a line NAME=TEXT each, continued by lines that begin with a blank;
+ * empty lines and those that begin with # are ignored. False with a message, including the
+ * position. */
 bool FormulasRead(const std::string &path, std::vector<Formula> &formulas, std::string &error);
 
 #endif

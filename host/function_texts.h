@@ -1,4 +1,4 @@
-/* function_texts.h - what the pages of the functions say of each. */
+/* function_texts.h - the documentation of each function, from its page. */
 #ifndef ORLI11_HOST_FUNCTION_TEXTS_H
 #define ORLI11_HOST_FUNCTION_TEXTS_H
 

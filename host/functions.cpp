@@ -1,4 +1,4 @@
-/* The command functions: the functions that formulas can call, as their pages have them. */
+/* The command functions: the functions that formulas can call, from their pages. */
 #include <orli11.h>
 
 #include <cstdio>

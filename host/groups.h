@@ -1,4 +1,4 @@
-/* groups.h - the groups of a report, each found by the bytes of its key, held in little memory. */
+/* groups.h - the groups of a report, found by the bytes of their keys, stored compactly. */
 #ifndef ORLI11_HOST_GROUPS_H
 #define ORLI11_HOST_GROUPS_H
 
@@ -15,7 +15,7 @@ class Groups {
   /* `figures`: entries of each group. */
   explicit Groups(size_t figures = 0) : figures_(figures) {}
 
-  /* The number of the group of a key, which is made when there is none; the first one has 0. */
+  /* The number of a key's group, which is created when there is none; the first one has 0. */
   size_t Find(std::string_view key);
   size_t Count() const { return keys_.size(); }
   std::string_view Key(size_t group) const { return keys_[group]; }

@@ -11,13 +11,13 @@
 
 namespace {
 
-/* A wrong formula as the rules see it. */
+/* An invalid formula as the rules see it. */
 struct Case {
   const std::string &text;
   const FormulaError &error;
   const KnownNames &names;
   std::vector<Token> tokens;
-  size_t at = 0;         /* the token at the error, or their number when it is behind the last */
+  size_t at = 0;         /* the token at the error, or their number when it is after the last */
   std::string_view word; /* its text, as written */
 };
 
@@ -31,7 +31,8 @@ Token Near(const Case &wrong, int step) {
   return place < wrong.tokens.size() ? wrong.tokens[place] : Token{kTokenOther, 0, {}};
 }
 
-/* The first token of that kind and text, or null. Text in any case; empty: any text. */
+/* The first token of that kind and text, or null. The text is compared in any case; empty: any
+ * text. */
 const Token *Find(const Case &wrong, TokenKind kind, std::string_view text = {}) {
   for (const Token &token : wrong.tokens) {
     if (token.kind == kind && (text.empty() || EqualNoCase(token.text, text))) {
@@ -45,7 +46,7 @@ bool Contains(const std::vector<std::string> &names, std::string_view name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-/* A column whose header the word is, in whatever case, as formulas write it; empty when none. */
+/* The column whose header is the word, in any case, as formulas write it; empty when none. */
 std::string ColumnOfHeader(const Case &wrong, std::string_view header) {
   for (const std::string &name : wrong.names.columns) {
     const bool quoted = name.size() > 2 && (name.front() == '"' || name.front() == '`');
@@ -56,7 +57,7 @@ std::string ColumnOfHeader(const Case &wrong, std::string_view header) {
   return {};
 }
 
-/* Whether a byte of the text belongs to a text or name in quotes. */
+/* Whether a byte of the text is inside a quoted string or name. */
 bool InQuotes(const Case &wrong, size_t at) {
   return std::any_of(wrong.tokens.begin(), wrong.tokens.end(), [at](const Token &token) {
     return (token.kind == kTokenString || token.kind == kTokenQuoted) && at >= token.offset &&
@@ -64,7 +65,7 @@ bool InQuotes(const Case &wrong, size_t at) {
   });
 }
 
-/* A letter, digit or quote beside a name makes it part of another one. */
+/* A letter, digit or quote next to a name makes it part of another one. */
 bool IsWordByte(char byte) {
   return std::isalnum(static_cast<unsigned char>(byte)) != 0 || byte == '_' || byte == '"' ||
          byte == '`' || byte == '\'' || (byte & 0x80) != 0;
@@ -80,13 +81,13 @@ bool IsUnitWord(std::string_view word) {
          ORLInputNameIsKeyword(unused.data(), std::string(word).c_str()) == 1;
 }
 
-/* Whether a value is wanted where the token stands. */
+/* Whether a value is expected at the token. */
 bool StartsOperand(const Case &wrong, size_t place) {
   const TokenKind before = place == 0 ? kTokenOpen : wrong.tokens[place - 1].kind;
   return before == kTokenOpen || before == kTokenComma || before == kTokenOperator;
 }
 
-/* ---- The rules, each a sentence or nothing --------------------------------------------------- */
+/* ---- The rules, each returns a sentence or nothing ------------------------------------------- */
 
 std::string Unclosed(const Case &wrong) {
   const Token *open = Find(wrong, kTokenUnclosed);
@@ -101,8 +102,8 @@ std::string Unclosed(const Case &wrong) {
          "'it''s'";
 }
 
-/* A character that looks like one of the language, or stands for one elsewhere. Those that a column
- * has in its name are good. */
+/* A character that looks like one of the language, or means one elsewhere. Characters in the name
+ * of a column are fine. */
 std::string ForeignCharacter(const Case &wrong) {
   const size_t end = static_cast<size_t>(std::max(wrong.error.offset, 0)) + wrong.word.size();
   size_t length = 1;
@@ -193,7 +194,7 @@ std::string ForeignSign(const Case &wrong) {
   return amount ? "amounts are written without a currency sign" : "";
 }
 
-/* 1e3, which reads as the number 1 and the name e3. */
+/* 1e3, which is read as the number 1 and the name e3. */
 std::string Exponent(const Case &wrong) {
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
     const Token &number = wrong.tokens[i];
@@ -368,7 +369,7 @@ std::string Converted(const Case &wrong) {
              : hint;
 }
 
-/* What the arguments of a call are. */
+/* The arguments of a call. */
 std::string Arguments(const Case &wrong) {
   const bool count = wrong.error.id == ORL_ERR_NUMPARMSHI || wrong.error.id == ORL_ERR_NUMPARMSLO;
   return count ? "`orli functions " + std::string(wrong.word) + "` shows the arguments"
@@ -379,7 +380,7 @@ bool IsOperand(const Token &token) {
   return IsNameToken(token) || token.kind == kTokenNumber || token.kind == kTokenString;
 }
 
-/* A word behind a number that moves a date, where a unit stands. */
+/* A word after a number that moves a date, in the place of a unit. */
 std::string NoUnit(const Case &wrong) {
   for (size_t i = 2; i < wrong.tokens.size() && wrong.error.id == ORL_ERR_SYNTAX; ++i) {
     const Token &number = wrong.tokens[i - 1];
@@ -406,7 +407,7 @@ std::string SeveralUnits(const Case &wrong) {
              : "";
 }
 
-/* What a text lacks: a parenthesis, an operator between two values, a value at its end. */
+/* What is missing in a text: a parenthesis, an operator between two values, a value at its end. */
 std::string Missing(const Case &wrong) {
   if (wrong.error.id != ORL_ERR_SYNTAX) {
     return {};
@@ -442,7 +443,7 @@ std::string Missing(const Case &wrong) {
   return last == kTokenOperator || last == kTokenComma ? "a value is missing at the end" : "";
 }
 
-/* The first rule that has something to say gives the hint. */
+/* The first rule that applies provides the hint. */
 constexpr std::string (*kRules[])(const Case &wrong) = {
     Unclosed, ForeignCharacter, UnitWord,           NeedsQuotes, Comparison, Logic,   In,
     Exponent, ForeignSign,      StringInNameQuotes, Sign,        NeedsCall,  NoCall,  ForeignWord,

@@ -1,4 +1,4 @@
-/* hints.h - what to write instead of a formula that is wrong. */
+/* hints.h - what to write instead of an invalid formula. */
 #ifndef ORLI11_HOST_HINTS_H
 #define ORLI11_HOST_HINTS_H
 
@@ -13,11 +13,11 @@ struct KnownNames {
   std::vector<std::string> texts; /* the columns of type String */
 };
 
-/* The columns and functions of a context and its formulas, with the names of others that are not
- * yet defined in it. */
+/* The columns, functions and formulas of a context, and the names of others that are not yet
+ * defined in it. */
 KnownNames NamesOf(EC ec, const std::vector<std::string> &formulas);
 
-/* A sentence about what is wrong with a text, without a line end; empty when nothing is known. */
+/* A sentence about the error in a text, without a line end; empty when there is no hint. */
 std::string HintFor(const std::string &text, const FormulaError &error, const KnownNames &names);
 
 #endif

@@ -1,4 +1,4 @@
-/* The command that reads a store and lets the user repair what no longer parses. */
+/* The command that reads a store and lets the user repair formulas that no longer parse. */
 #include <cstdio>
 
 #include "host/commands.h"
@@ -10,21 +10,21 @@ namespace {
 
 constexpr size_t kNobody = static_cast<size_t>(-1);
 
-/* What a load works on. */
+/* The state of a load. */
 struct Loading {
   StoreFile file;    /* as it was found */
-  std::string bytes; /* its contents for the columns that are wanted */
+  std::string bytes; /* its contents for the requested columns */
   Store before;      /* the columns and formulas in them */
 };
 
-/* Formulas that call each other in a circle have no faulty text to be mended. */
+/* Formulas that call each other in a cycle have no invalid text to repair. */
 bool IsCircle(const Store &store, size_t wrong) {
   const std::string called(UnknownCall(store.formulas[wrong]));
   return StoreFormula(store, called) != nullptr;
 }
 
-/* Opens the editor for each formula that does not parse; the bytes of what came of it. False when
- * the user has cancelled it. */
+/* Opens the editor for each formula that does not parse; returns the new bytes. False when the user
+ * has cancelled it. */
 bool Repair(const std::string &bytes, std::string &repaired) {
   const Context ec = NewContext();
   const bool good =
@@ -33,7 +33,7 @@ bool Repair(const std::string &bytes, std::string &repaired) {
   return good;
 }
 
-/* Puts the bytes in the place of the store unless it has become another one meanwhile. */
+/* Replaces the store by the bytes unless it has changed in the meantime. */
 int Replace(const std::string &path, const Loading &loading, const std::string &bytes) {
   StoreFile file;
   std::string error;
@@ -58,7 +58,7 @@ std::vector<Formula> Repaired(const Loading &loading, const Store &after) {
   return repaired;
 }
 
-/* Tells formulas that parse as before but have another type, since nobody has looked at them. */
+/* Lists formulas that still parse but have another type, since the user has not seen them. */
 void TellTypes(const Loading &loading, const Store &after) {
   Store old;
   std::string unused;

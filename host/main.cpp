@@ -60,7 +60,7 @@ void StyleHelp(CLI::App &app) {
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
 }
 
-/* "; did you mean --limit?", when a name is near. */
+/* "; did you mean --limit?", when there is a similar name. */
 std::string DidYouMean(const std::string &word, const std::vector<std::string> &names) {
   const std::string near = Nearest(word, names);
   return near.empty() ? near : "; did you mean " + near + "?";
@@ -76,8 +76,8 @@ std::vector<std::string> OptionNames(const CLI::App &app) {
   return names;
 }
 
-/* What is wrong with the command line, in words that name the argument. An option that nobody knows
- * goes first: the parser takes it away and then misses what it may have stood for. */
+/* The error in the command line, in words that name the argument. Unknown options are reported
+ * first: the parser removes them and then reports what they may have been meant for as missing. */
 std::string UsageMessage(const CLI::App &app, const CLI::ParseError &error) {
   for (const std::string &argument : app.remaining(true)) {
     if (argument.size() > 1 && argument.front() == '-' && argument != "--") {
@@ -134,7 +134,7 @@ int Run(int argc, char **argv) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  /* A reader that goes away, as head does, ends the run without a word. */
+  /* A reader that closes the pipe, as head does, ends the run silently. */
   static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
   DisplayStart();
   WRENSetCodePage(kUtf8);

@@ -1,5 +1,5 @@
-/* The commands man and completion: the same commands and options that the help has, for man and
- * for the shells. */
+/* The commands man and completion: the commands and options of the help, for man and for the
+ * shells. */
 #include <cstdio>
 
 #include "host/command_line.h"
@@ -14,7 +14,7 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-/* Text for roff: no line may begin with a point or a quote, and some signs have other meanings. */
+/* Text for roff: no line may begin with a point or a quote, and some characters are special. */
 std::string Roff(const std::string &text) {
   std::string roff;
   bool lineStart = true;
@@ -93,7 +93,7 @@ std::string ManPage(CLI::App &app) {
   return page + ".SH EXAMPLES AND STATUS\n.nf\n" + Roff(footer) + "\n.fi\n";
 }
 
-/* The words that an option takes, when it takes one of a few: "table csv". */
+/* The values of an option that accepts one of a few: "table csv". */
 std::string ChoicesOf(const CLI::Option &option) {
   std::string choices = option.get_type_name();
   if (choices.find('|') == std::string::npos ||
@@ -148,7 +148,7 @@ std::string BashCompletion(CLI::App &app) {
          "complete -o default -F _orli orli\n";
 }
 
-/* Text inside the quotes and brackets of an option of zsh's _arguments. */
+/* Text inside the quotes and brackets of an option for zsh's _arguments. */
 std::string Zsh(const std::string &text) {
   std::string quoted;
   for (const char byte : OneLine(text)) {

@@ -1,4 +1,4 @@
-/* messages.h - the words for the message ids of the engine. */
+/* messages.h - texts for the message ids of the engine. */
 #ifndef ORLI11_HOST_MESSAGES_H
 #define ORLI11_HOST_MESSAGES_H
 

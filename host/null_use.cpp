@@ -13,7 +13,7 @@ namespace {
 struct NullKeeper {
   std::string_view name;
   unsigned arguments; /* a bit for each of these, the first one lowest */
-  bool toText;        /* the result is a text, in which nothing is zero */
+  bool toText;        /* the result is a string, in which nothing counts as zero */
 };
 
 constexpr NullKeeper kNullKeepers[] = {
@@ -36,7 +36,7 @@ constexpr NullKeeper kNullKeepers[] = {
     {"TRUNCATE", 1, false},
 };
 
-/* A formula, in a place where null counts as zero or in one where it does not. */
+/* A formula, used where null counts as zero or where it does not. */
 using Visit = std::pair<size_t, bool>;
 
 struct Search {
@@ -65,7 +65,7 @@ size_t AfterClosing(const std::vector<Token> &tokens, size_t open, size_t end) {
   return end;
 }
 
-/* The parts between the commas outside of parentheses. */
+/* The parts between the commas outside parentheses. */
 std::vector<Part> Arguments(const Part &part) {
   std::vector<Part> arguments;
   size_t begin = part.begin;
@@ -93,13 +93,13 @@ bool HasOperator(const Part &part) {
   return false;
 }
 
-/* A part of a formula that is still to be looked through. */
+/* A part of a formula that is still to be examined. */
 struct Task {
   Part part;
   bool zero; /* null counts as zero here */
 };
 
-/* The arguments of a call, each with what null counts as there. */
+/* The arguments of a call, each with the meaning of null there. */
 void AddArguments(std::string_view name, const Part &inside, bool zero, std::vector<Task> &tasks) {
   const auto keeper = std::find_if(std::begin(kNullKeepers), std::end(kNullKeepers),
                                    [name](const NullKeeper &entry) { return entry.name == name; });
@@ -111,7 +111,7 @@ void AddArguments(std::string_view name, const Part &inside, bool zero, std::vec
   }
 }
 
-/* Looks through one formula. */
+/* Examines one formula. */
 void Look(Search &search, const Visit &visit) {
   const std::vector<Token> tokens = Tokens(search.formulas[visit.first].text);
   std::vector<Task> tasks;

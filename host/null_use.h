@@ -1,4 +1,4 @@
-/* null_use.h - which columns formulas compute with, so that an empty field counts as zero. */
+/* null_use.h - the columns in which formulas count an empty field as zero. */
 #ifndef ORLI11_HOST_NULL_USE_H
 #define ORLI11_HOST_NULL_USE_H
 
@@ -7,8 +7,8 @@
 
 #include "host/formulas.h"
 
-/* The names, as formulas write them, that a formula has where null counts as zero: as operands, in
- * conditions and counts, not where null stays null or becomes the empty text. */
+/* The names, as formulas write them, that a formula uses where null counts as zero: as operands, in
+ * conditions and counts, not where null stays null or becomes the empty string. */
 struct ZeroUses {
   HEXP exp = nullptr;
   std::vector<std::string> names;

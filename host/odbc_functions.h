@@ -4,8 +4,8 @@
 
 #include <orli11.h>
 
-/* Declares the functions in a context; false without memory. Extended text marks their calls as
- * scalar functions of ODBC; computed here they give what most databases give. */
+/* Declares the functions in a context; false when out of memory. Extended text marks their calls as
+ * scalar functions of ODBC; computed here they return what most databases return. */
 bool OdbcFunctionsDeclare(EC ec);
 
 #endif

@@ -16,9 +16,9 @@ struct OutputColumn {
   size_t width = 0;               /* of a table; found by the writer */
 };
 
-/* Rows are written as they come. A table finds the widths of its columns in the first kTableRows
- * rows and holds no more than these; a longer cell that comes later moves the rest of its own line
- * to the right. */
+/* Rows are written as they arrive. A table takes the widths of its columns from the first
+ * kTableRows rows and buffers no more than these; a longer cell in a later row moves the rest of
+ * its line to the right. */
 struct Output {
   OutputFormat format = kOutputTable;
   std::vector<OutputColumn> columns;
@@ -29,19 +29,19 @@ struct Output {
 
 constexpr size_t kTableRows = 1000;
 
-/* Whether the format has types of its own, so that numbers must be plain. */
+/* Whether the format has its own types, so that numbers must be plain. */
 bool IsJson(OutputFormat format);
 
-/* One row with a cell for each column. A table shows line breaks and the like by pictures of one
+/* One row with a cell for each column. A table shows line breaks and the like by symbols of one
  * column; CSV writes every byte as it is (RFC 4180, lines end with CR LF); TSV is the same with
  * tabs and LF; in JSON cells of type Number are written as they are, and bytes that are not UTF-8
- * by the replacement character. */
+ * as the replacement character. */
 void OutputRow(Output &output, const std::vector<std::string> &cells);
 /* The same in two steps, for all formats but tables: a row is added to a text, of any number of
  * rows and on any thread, and the text is written. */
 void OutputAppend(const Output &output, const std::vector<std::string> &cells, std::string &text);
 void OutputText(Output &output, std::string_view text);
-/* Writes what is still held. */
+/* Writes what is still buffered. */
 void OutputEnd(Output &output);
 /* Closes standard output; false when something could not be written. */
 bool OutputFinish();

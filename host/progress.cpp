@@ -7,7 +7,7 @@
 
 namespace {
 
-/* The clock is looked at once in so many rows, the line written at most five times a second. */
+/* The clock is read once in so many rows; the line is written at most five times a second. */
 constexpr int64_t kRowsBetween = 1024;
 constexpr std::chrono::milliseconds kTimeBetween(200);
 

@@ -1,4 +1,4 @@
-/* progress.h - a line on the terminal that tells how far a long run is. */
+/* progress.h - a line on the terminal with the progress of a long run. */
 #ifndef ORLI11_HOST_PROGRESS_H
 #define ORLI11_HOST_PROGRESS_H
 
@@ -6,17 +6,17 @@
 #include <cstdint>
 
 struct Progress {
-  bool on = false;    /* standard error is a terminal, and the output goes elsewhere */
-  bool shown = false; /* a line stands there now */
+  bool on = false;    /* standard error is a terminal, and the output is not */
+  bool shown = false; /* a line is shown */
   std::chrono::steady_clock::time_point start, last;
 };
 
 void ProgressStart(Progress &progress);
-/* After each row; `total` is 0 where it is not known. */
+/* Call after each row; `total` is 0 when it is not known. */
 void ProgressStep(Progress &progress, const char *what, int64_t rows, int64_t total);
-/* Takes the line away. */
+/* Removes the line. */
 void ProgressEnd(Progress &progress);
-/* Tells on standard error the rows computed, the seconds since the start and the rows per second.
+/* Reports on standard error the rows computed, the seconds since the start and the rows per second.
  */
 void ProgressReport(const Progress &progress, int64_t rows);
 

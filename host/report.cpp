@@ -1,4 +1,4 @@
-/* The command report: rows grouped by the values of formulas, with figures of each group. */
+/* The command report: rows grouped by the values of formulas, with aggregates of each group. */
 #include <algorithm>
 #include <cstdio>
 #include <limits>
@@ -12,7 +12,7 @@
 
 namespace {
 
-/* A column of the report: a part of the key or a figure, by its place among these. */
+/* A column of the report: a part of the key or an aggregate, by its index among these. */
 struct Place {
   bool key = false;
   size_t index = 0;
@@ -36,7 +36,7 @@ int32_t TypeOf(const Report &report, size_t column) {
   return report.computation.formulas[column].type;
 }
 
-/* Takes the key and the values of a row into its batch. */
+/* Adds the key and the values of a row to its batch. */
 void MakeRow(const Report &report, Worker &worker, RowBatch &batch) {
   const size_t row = batch.ends.size();
   if (batch.values.size() < (row + 1) * report.figures) {
@@ -78,7 +78,7 @@ bool TakeBatch(Report &report, RowBatch &batch) {
   return true;
 }
 
-/* Gives each figure its value. `missing` counts those that no number can hold. */
+/* Computes the value of each aggregate. `missing` counts those that are too large for a number. */
 void FinishFigures(Report &report, std::vector<int64_t> &missing) {
   for (size_t group = 0; group < report.groups.Count(); ++group) {
     for (size_t i = 0; i < report.places.size(); ++i) {
@@ -127,8 +127,8 @@ bool IsBefore(const Report &report, size_t left, size_t right) {
   return false;
 }
 
-/* A group with the double nearest to the number that it is sorted by first: unless two are equal
- * they tell the order of the groups. */
+/* A group with the double nearest to its first sort key: unless two are equal they determine the
+ * order of the groups. */
 struct OrderedGroup {
   double first = 0;
   uint32_t group = 0;
@@ -196,7 +196,7 @@ void WriteGroups(Report &report) {
   }
 }
 
-/* The keys of --sort, then the values of the groups, so that the order is always one. */
+/* The keys of --sort, then the values of the groups, so that the order is total. */
 bool TakeKeys(Report &report, std::string &error) {
   const std::vector<Formula> &formulas = report.computation.formulas;
   for (const std::string &argument : report.options->rows.sort) {
@@ -236,7 +236,7 @@ bool Begin(Report &report, std::string &error) {
   }
   report.groups = Groups(report.figures);
   if (report.keys == 0) {
-    /* All rows are one group, which is there also when they are none. */
+    /* All rows are one group, which exists even without rows. */
     report.groups.Find({});
   }
   return TakeKeys(report, error);
@@ -250,7 +250,7 @@ int RunReport(const ReportOptions &options) {
   report.output.format = options.rows.format;
   report.computation.options = &options.rows;
   for (const ReportColumn &column : options.columns) {
-    /* A count has a formula too, so that all names are checked alike. */
+    /* A count also has a formula, so that all names are checked in the same way. */
     const bool counts = column.figure == kReportCount;
     std::string error;
     if (!ComputationTake(report.computation, column.argument + (counts ? "=1" : ""), error)) {
@@ -268,7 +268,7 @@ int RunReport(const ReportOptions &options) {
   };
   consumer.take = [&report](RowBatch &batch) { return TakeBatch(report, batch); };
   consumer.end = [&report](bool good) {
-    /* Figures of some of the rows would look like those of all. */
+    /* Aggregates of some of the rows would look like those of all. */
     if (good) {
       WriteGroups(report);
     }

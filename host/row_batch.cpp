@@ -27,12 +27,12 @@ struct BatchRing::State {
   BatchComputer compute;
   BatchTaker take;
   std::vector<Place> places;
-  size_t filling = 0;   /* the place of the batch that is being filled */
-  size_t oldest = 0;    /* the place of the one that is taken next */
+  size_t filling = 0;   /* index of the batch that is being filled */
+  size_t oldest = 0;    /* index of the one that is consumed next */
   size_t submitted = 0; /* batches between the two */
-  size_t next = 0;      /* the place that a thread looks at next */
+  size_t next = 0;      /* index that a thread checks next */
   bool ended = false;
-  bool stopped = false; /* the taker wants no more */
+  bool stopped = false; /* the consumer has stopped */
 
   bool Take(RowBatch &batch);
   std::exception_ptr failure;
@@ -43,14 +43,14 @@ struct BatchRing::State {
   void Work(size_t worker);
 };
 
-/* Takes a batch and makes it empty. */
+/* Consumes a batch and clears it. */
 bool BatchRing::State::Take(RowBatch &batch) {
   stopped = !take(batch);
   batch.count = batch.bytes = 0;
   return !stopped;
 }
 
-/* Computes batches until the ring ends. */
+/* Computes batches until the ring is closed. */
 void BatchRing::State::Work(size_t worker) {
   std::unique_lock<std::mutex> lock(mutex);
   for (;;) {
@@ -84,7 +84,7 @@ BatchRing::BatchRing(size_t jobs, BatchComputer compute, BatchTaker take) : stat
       state_->threads.emplace_back(&State::Work, state_.get(), i);
     }
   } catch (const std::system_error & /*noThread*/) {
-    /* Those that there are do it, or the reading thread. */
+    /* The existing threads do the work, or the reading thread. */
   }
 }
 
@@ -109,7 +109,7 @@ bool BatchRing::Add(const CsvRow &row) {
   return (batch.count < kBatchRows && batch.bytes < kBatchBytes) || Submit();
 }
 
-/* Hands the batch over and makes the next place free. */
+/* Publishes the batch and frees the next slot. */
 bool BatchRing::Submit() {
   State &state = *state_;
   if (state.threads.empty()) {

@@ -89,7 +89,7 @@ void CheckLocale() {
   }
 }
 
-/* Tells of columns that are Strings because their fields are written in two ways. */
+/* Reports columns that are Strings because their fields are written in two ways. */
 void TellTwoWays(const Session &session) {
   for (const Column &column : session.table.columns) {
     if (column.twoWays) {
@@ -100,8 +100,8 @@ void TellTwoWays(const Session &session) {
   }
 }
 
-/* Asks `check` where there are more rows than a few; what is wrong with these is told by whoever
- * reads them all. */
+/* Calls `check` when there are more than a few rows; errors in the rows are reported when all are
+ * read. */
 bool CheckAhead(Session &session, Progress &progress, const SessionCheck &check,
                 std::string &error) {
   constexpr int64_t kFewRows = 1000;

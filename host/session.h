@@ -16,10 +16,10 @@
 #include "host/null_use.h"
 #include "host/progress.h"
 
-/* The value of one column in the present row, converted when the first formula asks for it. */
+/* The value of one column in the current row, converted when the first formula needs it. */
 struct ColumnValue {
   bool known = false, good = false;
-  bool zero = false; /* empty in the present row, and a formula computes with it as zero */
+  bool zero = false; /* empty in the current row, and a formula counts it as zero */
   int64_t zeros = 0; /* rows so far in which it was so */
   NumberValue number = {};
 };
@@ -29,50 +29,50 @@ struct ContextEnd {
 };
 using Context = std::unique_ptr<ExprContext, ContextEnd>;
 
-/* What the value routine works on; the context's user value points to it. */
+/* The state of the value routine; the context's user value points to it. */
 struct Session {
   Context ec;
   DataOptions options;
   CsvFile csv;
   Table table;
-  std::vector<size_t> byName;                 /* column indices in the order of their names */
-  std::vector<ColumnValue> values;            /* one for each column */
-  std::set<std::pair<HEXP, size_t>> zeroUses; /* columns that formulas compute with as zero when
-                                                 they are empty, by index */
-  const CsvRow *row = nullptr;                /* the row being computed */
+  std::vector<size_t> byName;      /* column indices sorted by name */
+  std::vector<ColumnValue> values; /* one for each column */
+  std::set<std::pair<HEXP, size_t>>
+      zeroUses; /* columns that formulas count as zero when they are empty, by index */
+  const CsvRow *row = nullptr; /* the row being computed */
 };
 
-/* Looks at formulas over columns whose types are those of the first rows; false with a message for
- * a formula that no types make right. */
+/* Checks formulas over columns whose types are those of the first rows; false with a message for a
+ * formula that is invalid with any types. */
 using SessionCheck = std::function<bool(const Session &trial, std::string &error)>;
 
-/* Opens files, finds their columns and declares them in a new context. Tells on standard error what
- * had to be changed or looks wrong. `bounds`: as in ColumnsScan. False with a message in `error`.
- * The session must not move while it is open. Where files are long, `check` is asked before they
+/* Opens files, finds their columns and declares them in a new context. Reports on standard error
+ * what had to be changed or looks wrong. `bounds`: as in ColumnsScan. False with a message in
+ * `error`. The session must not move while it is open. For long files `check` is called before they
  * are read to their end. */
 bool SessionOpen(const DataOptions &options, Session &session, Progress &progress,
                  std::string &error, bool bounds = false, const SessionCheck &check = nullptr);
-/* Declares the columns of the session's table in its context, whose routines work on the session.
- * False with a message. */
+/* Declares the columns of the session's table in its context, whose routines use the session. False
+ * with a message. */
 bool SessionDeclare(Session &session, std::string &error);
 /* Runs a command over the session of a file and returns the exit status. */
 int WithSession(const DataOptions &options, const std::function<int(Session &session)> &command,
                 bool bounds = false);
-/* A column by the name that formulas write, or null. */
+/* A column by its name in formulas, or null. */
 const Column *SessionColumn(const Session &session, const std::string &name);
-/* Makes a row the present one. It must exist until the formulas are computed. */
+/* Sets the current row. It must exist until the formulas are computed. */
 void SessionSetRow(Session &session, const CsvRow &row);
 
-/* Watches for empty numbers that formulas compute with as zero. */
+/* Counts empty numbers that formulas count as zero from now on. */
 void SessionWatchZeros(Session &session, const std::vector<ZeroUses> &uses);
-/* Counts those of the present row, each column once. */
+/* Counts those of the current row, each column once. */
 void SessionCountZeros(Session &session);
 
-/* The number or date of a column in the present row, null when it is empty. False when the field
+/* The number or date of a column in the current row, null when it is empty. False when the field
  * cannot be converted. */
 bool SessionValue(Session &session, size_t column, NumberValue &value);
 
-/* The name of the routine that gives the values of columns, which contexts know. */
+/* The name of the value routine of columns, by which contexts find it. */
 constexpr char kColumnRoutine[] = "orli column";
 
 /* A context with the host's settings, the built-in functions and those of ODBC. Throws

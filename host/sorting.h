@@ -1,4 +1,4 @@
-/* sorting.h - rows of an output, put in an order before they are written. */
+/* sorting.h - sorting rows of the output before they are written. */
 #ifndef ORLI11_HOST_SORTING_H
 #define ORLI11_HOST_SORTING_H
 
@@ -10,7 +10,7 @@
 
 #include "host/output.h"
 
-/* What the command line says of a key: NAME, NAME:asc or NAME:desc. */
+/* A key on the command line: NAME, NAME:asc or NAME:desc. */
 struct SortArgument {
   std::string name;
   bool descending = false;
@@ -25,7 +25,7 @@ struct SortKey {
   bool descending = false;
 };
 
-/* The value of a row by one key: a text for strings, else a number or date. */
+/* The value of a row for one key: a string, number or date. */
 struct SortValue {
   NumberValue number = {};
   std::string text;
@@ -33,7 +33,7 @@ struct SortValue {
 /* `block` is the value of an expression of that type, or null when it has none. */
 SortValue SortValueOf(int32_t type, const void *block);
 
-/* The rows, all held in memory until they are written. */
+/* The rows, all kept in memory until they are written. */
 struct Sorter {
   struct Row {
     std::vector<std::string> cells;
@@ -44,7 +44,7 @@ struct Sorter {
   std::vector<Row> rows;
 };
 
-/* Writes the rows in the order of the first key, then of the next; equal ones as they came. */
+/* Writes the rows in the order of the first key, then of the next; equal ones keep their order. */
 void SorterEnd(Sorter &sorter, Output &output);
 
 #endif

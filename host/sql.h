@@ -15,12 +15,12 @@ struct SqlQuery {
 };
 
 /* The statement for the columns of the session's file. False with a message for formulas that a
- * database would not compute, or would compute to something else. */
+ * database cannot compute, or would compute differently. */
 bool SqlBuild(const SqlOptions &options, const Session &session, SqlQuery &query,
               std::string &error);
 
-/* Lets a database compute the statement and writes its rows as those of formulas are written.
- * `source` is a data source of ODBC or a connection string. False with a message. */
+/* Executes the statement on a database and writes its rows in the format of formulas. `source` is a
+ * data source of ODBC or a connection string. False with a message. */
 bool OdbcRun(const std::string &source, const SqlQuery &query, OutputFormat format,
              std::string &error);
 

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kUnknownVersions = 16; /* first bytes below this are versions, others foreign files */
 
-/* A walk through the bytes of a store. What is taken behind their end is empty. */
+/* A cursor over the bytes of a store. Reads past the end return nothing. */
 struct Walk {
   std::string_view bytes;
   size_t position = 0;
@@ -31,7 +31,7 @@ std::string_view Take(Walk &walk, size_t count) {
   return taken;
 }
 
-/* A text, and steps over the zero byte behind it. */
+/* Reads a string and its zero byte. */
 std::string TakeText(Walk &walk) {
   const size_t end = walk.bytes.find('\0', walk.position);
   walk.cut = walk.cut || end == std::string_view::npos;
@@ -40,7 +40,7 @@ std::string TakeText(Walk &walk) {
   return std::string(text);
 }
 
-/* A record of the stored form; zeros where the bytes have ended. */
+/* Reads a record of the stored form; zeros past the end. */
 template <class Record>
 Record TakeRecord(Walk &walk) {
   Record record = {};
@@ -51,7 +51,7 @@ Record TakeRecord(Walk &walk) {
   return record;
 }
 
-/* The rows of the section of that tag when it is the next one. */
+/* The rows of the section with that tag if it is the next one. */
 int TakeHeader(Walk &walk, uint16_t tag) {
   Walk ahead = walk;
   if (TakeRecord<uint16_t>(ahead) != tag) {
@@ -69,7 +69,7 @@ std::string Damaged(const Walk &walk) {
   return "is damaged or cut short at byte " + std::to_string(walk.position);
 }
 
-/* What is wrong with the start of the bytes; nothing when so many columns follow. */
+/* The error in the start of the bytes; nothing when that many columns follow. */
 std::string TakeStart(Walk &walk, int &columns) {
   const std::string_view first = Take(walk, 1);
   const int version = first.empty() ? -1 : static_cast<unsigned char>(first.front());
@@ -126,7 +126,7 @@ std::string TakeApart(const std::string &bytes, Store &store) {
   return good ? std::string() : Damaged(walk);
 }
 
-/* What a copying routine of the engine gives, with room for its terminator. */
+/* The result of a copying routine of the engine, with space for its terminator. */
 std::string Copy(EC ec, HEXP exp, int32_t length, decltype(ORLGetExpressionText) routine) {
   std::string copy(static_cast<size_t>(length) + 1, '\0');
   copy.resize(static_cast<size_t>(routine(ec, exp, length + 1, copy.data())));
@@ -140,7 +140,8 @@ bool Load(const std::string &bytes, int32_t formulas, Store &store) {
                           formulas, nullptr) == 1;
 }
 
-/* Gives these formulas texts that use nothing, so that others use nothing through them. */
+/* Replaces the texts of these formulas by ones that use nothing, so that others use nothing through
+ * them. */
 void Forget(const Store &store, const std::set<std::string> &names) {
   constexpr std::array<const char *, 3> kTextOfType = {"0", "StrToDate('')", "''"};
   for (const Formula &formula : store.formulas) {
@@ -179,7 +180,7 @@ bool StoreRead(const std::string &bytes, Store &store, std::string &problem, siz
     store.formulas = tried;
     return false;
   }
-  /* What is not as orli writes it would be lost when the store is next written. */
+  /* Anything that orli does not write would be lost when the store is next written. */
   good = good && Load(bytes, 1, store) && StoredForm(store.ec.get(), true) == bytes;
   if (!good) {
     problem = "is damaged";
@@ -266,7 +267,7 @@ void StoreTell(const std::vector<Formula> &formulas, int status) {
       Complain("not stored: " + line, status);
     }
   }
-  /* Ahead of what follows on standard error, also when both go to one place. */
+  /* Written before what follows on standard error, also when both are one file. */
   static_cast<void>(std::fflush(stdout));
 }
 
@@ -341,7 +342,7 @@ std::vector<Formula> FormulasMerged(const std::vector<Formula> &formulas,
 bool StoreDefine(const Store &store, const StoreFile &file, const std::set<std::string> &renewed,
                  const Session &session, std::vector<Formula> &formulas, std::string &error) {
   const bool defined = FormulasDefine(session.ec.get(), formulas, error);
-  /* A column that is missing is told rather than the error that this makes. */
+  /* A missing column is reported rather than the error that it causes. */
   const std::string misfits = StoreMisfits(store, file, session, renewed, !defined);
   if (!misfits.empty()) {
     error = misfits;

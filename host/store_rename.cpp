@@ -1,8 +1,8 @@
-/* The command rename: the formulas of a store follow a column that has another name.
+/* The command rename: renames a column in the formulas of a store.
  *
- * The engine changes words, whatever they mean. So the column first gets a name that nothing else
- * has: where that takes the place of anything but the column, the formula no longer parses or no
- * longer computes the same. Only then it gets the new name. */
+ * The engine replaces words, whatever they mean. So the column is first given a unique name: where
+ * that replaces anything but the column, the formula no longer parses or no longer computes the
+ * same. Only then is it given the new name. */
 #include <algorithm>
 #include <cstdio>
 #include <set>
@@ -17,7 +17,7 @@
 
 namespace {
 
-/* What holds a word together. */
+/* The characters of a word. */
 constexpr char kNameQuote = '"';
 constexpr char kTextQuote = '\'';
 
@@ -26,16 +26,16 @@ struct Renaming {
   std::string before, after;
 };
 
-/* What a rename comes to. */
+/* The result of a rename. */
 struct Outcome {
   std::string bytes; /* the store's new ones */
   Store store;       /* as they read */
   std::string problem;
-  size_t wrong = static_cast<size_t>(-1); /* the formula that cannot follow, if it is one */
+  size_t wrong = static_cast<size_t>(-1); /* the formula that cannot be changed, if any */
 };
 
 /* True when a word of the text would change that cannot be the column: another column whose name
- * differs in case alone, or one behind a text's opening quote which the new name may close. */
+ * differs only in case, or one after an opening quote that the new name might close. */
 bool ChangesOthers(const std::string &text, const Renaming &names,
                    const std::set<std::string> &columns) {
   const bool closes = names.after.find(kTextQuote) != std::string::npos;
@@ -54,7 +54,7 @@ bool ChangesOthers(const std::string &text, const Renaming &names,
   return false;
 }
 
-/* A name that no word of the store is, and no part of a number or date. */
+/* A name that is not a word of the store, nor part of a number or date. */
 std::string UnusedName(const std::string &bytes) {
   std::set<std::string> used;
   for (size_t at = bytes.find('_'); at != std::string::npos; at = bytes.find('_', at + 1)) {
@@ -76,8 +76,8 @@ std::vector<bool> UsersOf(const Store &store, const std::string &column) {
   return users;
 }
 
-/* Renames in the store's context and reads what it gives; false when a formula does not parse, or
- * has another type or no longer uses the column as before. */
+/* Renames in the store's context and reads the result; false when a formula does not parse, has
+ * another type or no longer uses the column as before. */
 bool Follow(const Store &store, const Renaming &names, Outcome &outcome) {
   EC ec = store.ec.get();
   const std::vector<bool> before = UsersOf(store, names.before);

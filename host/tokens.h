@@ -1,4 +1,4 @@
-/* tokens.h - the words of a formula's text, for what the host says about formulas. */
+/* tokens.h - the tokens of a formula's text, for the host's messages about formulas. */
 #ifndef ORLI11_HOST_TOKENS_H
 #define ORLI11_HOST_TOKENS_H
 
@@ -15,7 +15,7 @@ enum TokenKind {
   kTokenOpen,
   kTokenClose,
   kTokenComma,
-  kTokenUnclosed, /* a quote that nothing closes, and the rest of the text */
+  kTokenUnclosed, /* an unclosed quote, and the rest of the text */
   kTokenOther     /* a byte that has no meaning in formulas */
 };
 
@@ -25,19 +25,19 @@ struct Token {
   std::string_view text; /* a part of it */
 };
 
-/* The tokens of the text, blanks left out. They refer to it. */
+/* The tokens of the text without blanks. They point into the text. */
 std::vector<Token> Tokens(std::string_view text);
 
 /* The members of a range ("a AND b") or set ("a, b"), or the whole text when it is neither. */
 std::vector<std::string> MembersOf(std::string_view text);
 
-/* Whether two words are equal in whatever case, for ASCII. */
+/* Whether two words are equal ignoring ASCII case. */
 bool EqualNoCase(std::string_view left, std::string_view right);
 
-/* What a string literal with its quotes means. */
+/* The value of a string literal with its quotes. */
 std::string Unquoted(std::string_view literal);
 
-/* A part of a text without the blanks at both ends. */
+/* A text without leading and trailing blanks. */
 std::string Trimmed(std::string_view text);
 
 #endif

@@ -36,7 +36,7 @@ Span SpanIn(std::string_view text, int32_t offset, int32_t length) {
 void AddMarks(LinePair &line, size_t width, bool marked) {
   line.marked = line.marked || marked;
   if (width == 0 && marked && !line.marks.empty()) {
-    line.marks.back() = '^'; /* an accent stands over the character before it */
+    line.marks.back() = '^'; /* an accent combines with the character before it */
     return;
   }
   line.marks.append(width == 0 && marked ? 1 : width, marked ? '^' : ' ');

@@ -13,7 +13,7 @@ constexpr int64_t kPageRows = 1000000;
 constexpr size_t kLongestValue = 1000;
 
 /* The value as a formula writes it; empty for one that is not listed. Numbers and dates are written
- * as results are: a file may have them in ways that formulas do not know, such as 2e3. */
+ * like results: a file may have forms that formulas do not accept, such as 2e3. */
 std::string ListedValue(const FieldRules &rules, int16_t type, const char *field) {
   std::string text = FieldIsEmpty(rules, field) ? "" : field;
   if (text.empty() || type == ORL_TYPE_STRING) {
@@ -49,7 +49,7 @@ void ClearList(const OrlWindowSystem &windows, OrlWindow list) {
   }
 }
 
-/* The list sorts its texts, which is right for dates too; numbers are put where they belong. */
+/* The list sorts by text, which is right also for dates; numbers are inserted by value. */
 void AddToList(const OrlWindowSystem &windows, OrlWindow list, bool isNumber,
                const std::string &value, std::vector<NumberValue> &shown) {
   const auto text = reinterpret_cast<intptr_t>(value.c_str());
@@ -87,7 +87,7 @@ void ListingBegin(ValueListing &listing, const std::string &name) {
 
 std::vector<std::string> ListingPage(ValueListing &listing, size_t most, bool &more) {
   const int64_t lastRow = listing.rows + kPageRows;
-  /* One value beyond the page tells that there is another page. */
+  /* One value beyond the page shows that there is another page. */
   while (listing.reading != nullptr && listing.waiting.size() <= most && listing.rows < lastRow) {
     if (!CsvReadOn(*listing.reading)) {
       listing.reading.reset();
@@ -110,7 +110,7 @@ void ListValues(EC ec, const char *name, void *list, int32_t first, int32_t *mor
     ListingBegin(listing, name);
   }
   bool isMore = false;
-  // The editor asks once for more, so that all must come then.
+  // The editor requests more only once, so all the rest must be added then.
   const size_t most = first != 0 ? kFirstValues : kMostValues;
   for (const std::string &value : ListingPage(listing, most, isMore)) {
     AddToList(windows, list, columns[listing.column].type == ORL_TYPE_NUMBER, value, listing.shown);

@@ -1,7 +1,7 @@
 // Generates the list that `orli functions` prints from the pages of the functions: heading, first
 // line and the rest of each. Run by the build with the file to write, the page of the built-in
-// functions and that of those for databases; a page that is not of the form ends the build with the
-// line that is at fault.
+// functions and that of those for databases; a page that is not of this form ends the build with
+// the offending line.
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -16,7 +16,7 @@ namespace {
 
 const std::string kMark = "### ";
 
-// What stays within 80 columns behind the indent of the program's output.
+// The width that fits 80 columns after the indent of the program's output.
 constexpr size_t kMostColumns = 76;
 
 [[noreturn]] void GiveUp(const char *file, size_t line, const char *message) {
@@ -36,7 +36,7 @@ std::vector<std::string> LinesOf(const char *file) {
   return lines;
 }
 
-// Takes a text off the front of the rest.
+// Removes a text from the start of the rest.
 bool Take(std::string_view &rest, std::string_view text) {
   const bool there = rest.starts_with(text);
   rest.remove_prefix(there ? text.size() : 0);
@@ -47,7 +47,7 @@ bool IsNameByte(char byte) {
   return std::isalnum(static_cast<unsigned char>(byte)) != 0 || byte == '_';
 }
 
-// Takes a word off whose first letter is one of these.
+// Removes a word whose first letter is one of these.
 bool TakeWord(std::string_view &rest, char first, char last) {
   const bool good = !rest.empty() && rest.front() >= first && rest.front() <= last;
   while (!rest.empty() && IsNameByte(rest.front())) {
@@ -69,7 +69,7 @@ bool IsSignature(std::string_view rest) {
   return good && Take(rest, "): ") && TakeType(rest) && rest.empty();
 }
 
-// What is wrong with a line that stands where a description should, or null.
+// The error of a line in the place of a description, or null.
 const char *FaultOf(const std::string &description) {
   if (description.empty() || description.front() == '#' || description.front() == '|') {
     return "a heading of a function needs a blank line and a line of description behind it";
@@ -78,7 +78,7 @@ const char *FaultOf(const std::string &description) {
     return "the description of a function is one line that ends with a full stop";
   }
   for (const char byte : description) {
-    // A byte is a column then.
+    // Then each byte is one column.
     if (byte < ' ' || byte > '~') {
       return "the description of a function is plain ASCII";
     }
@@ -101,7 +101,7 @@ std::string Quoted(const std::string &text) {
   return quoted + "\"";
 }
 
-// A line without the marks of the page: [text](place) is text, `code` is code, \| is |.
+// A line without Markdown: [text](place) is text, `code` is code, \| is |.
 std::string Plain(std::string_view line) {
   std::string plain;
   for (size_t i = 0; i < line.size(); i++) {
@@ -135,7 +135,7 @@ bool IsExample(const std::string &line, Example &example) {
   return true;
 }
 
-// What follows the description of a function, up to the next heading.
+// The text after the description of a function, up to the next heading.
 std::string RestOf(const std::vector<std::string> &lines, size_t first) {
   std::string rest;
   std::vector<Example> examples;
