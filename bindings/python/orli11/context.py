@@ -19,7 +19,7 @@ _NULL, _CELL = ffi.NULL, ffi.typeof("NumberValue *")
 _KINDS = ("formula", "set", "range")
 _VERSIONS_WITH_ORDER = (0, 1)  # of blocks whose load opens no editor
 # Messages about the name of a formula.
-_WRONG_NAME, _NAME_TAKEN = 108, 126
+_WRONG_NAME, _NAME_TAKEN = 107, 126
 
 # Callables by their own names, or by names given here; functions of another context too.
 Functions = Union[Iterable[Union[Callable[..., Any], Function]], Mapping[str, Callable[..., Any]]]
