@@ -1,5 +1,5 @@
-/* Blocks of up to a megabyte that are made to be slow to load, as a host may be handed them by
- * others. Loading one, or refusing it, is to take less than a second. */
+/* Blocks of up to a megabyte that are designed to be slow to load, as a host may receive them from
+ * untrusted sources. Loading or rejecting one must take less than a second. */
 #include <benchmark/benchmark.h>
 #include <orli11.h>
 
@@ -54,7 +54,7 @@ void AddCalled(Block &block, int count) {
   block.Add("U", calls);
 }
 
-/* A long formula, and second rows of names that are called: each could close a circle. */
+/* A long formula, and second rows of names that are called: each could close a cycle. */
 Block SecondRows() {
   Block block;
   block.Add("C", Sum(180000));
@@ -111,7 +111,7 @@ Block Chain(StoredOrder order) {
   return block;
 }
 
-/* One long formula that calls others, which come up one by one in the passes of the load. */
+/* One long formula that calls others, which are resolved one by one in the passes of the load. */
 Block LongCaller() {
   constexpr int kCalls = 16;
   Block block;

@@ -6,18 +6,18 @@
 
 #include <string>
 
-/* How many rows a context has of each kind. The input items are Item0, Item1 and so on, all Numbers
- * of value 12.5; the functions F0, F1 ... give back their one Number; the formulas Sum0, Sum1 ...
- * add two items. */
+/* The number of rows of each kind in a context. The input items are Item0, Item1 and so on, all
+ * Numbers of value 12.5; the functions F0, F1 ... return their one Number; the formulas Sum0, Sum1
+ * ... add two items. */
 struct ContextSize {
   int items, functions, formulas;
 };
 
-/* A new context of that size, beside which it has the built-in functions and the Number items
- * Amount (12.5) and Tax (0.07). Ends the program with a message when that fails. */
+/* A new context of that size, with the built-in functions and the Number items Amount (12.5) and
+ * Tax (0.07) in addition. Ends the program with a message on failure. */
 EC MakeContext(const ContextSize &size);
 
-/* Parses a formula that has to be right. */
+/* Parses a formula that must be valid. */
 HEXP MustParse(EC ec, const std::string &text, const char *name);
 
 /* The value routines of Amount and Tax. */

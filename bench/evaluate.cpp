@@ -1,4 +1,4 @@
-/* Evaluation beside what it cannot go below, and over the rows of data/weather.csv. */
+/* Evaluation compared with its lower bound, and over the rows of data/weather.csv. */
 #include <benchmark/benchmark.h>
 #include <pavni11.h>
 

@@ -1,5 +1,5 @@
-/* Formulas with functions, each beside the same work in plain C++ on ready values; and functions
- * whose cost must grow with their texts and no faster. */
+/* Formulas with functions, each compared with the same work in plain C++ on ready values; and
+ * functions whose cost must be linear in the length of their strings. */
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -100,7 +100,7 @@ BENCHMARK(FunctionLimit)->DenseRange(0, std::size(kRows) - 1);
 
 /* ---- By length ------------------------------------------------------------------------------- */
 
-/* Searches and lists that match almost everywhere, which is where slow ways show. */
+/* Searches and lists that match almost everywhere, the worst case for naive algorithms. */
 constexpr const char *kLongRows[] = {
     "StrScan(Long, StrRight(Long, NumberRound(StrLength(Long) / 2, 0)) || 'b')",
     "StrTranslate('b', StrRepeat('february,', NumberRound(StrLength(Long) / 9, 0)), 'x')",

@@ -1,4 +1,4 @@
-/* Parsing by the length of the text. Each parse gives an existing formula its text anew. */
+/* Parsing by the length of the text. Each parse replaces the text of an existing formula. */
 #include <benchmark/benchmark.h>
 
 #include "bench/contexts.h"

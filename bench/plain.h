@@ -73,14 +73,14 @@ inline Plain PlainAdd(Plain a, Plain b) {
   const Plain y = Unpack(b);
   Pack(result, {x.coefficient * static_cast<int64_t>(y.coefficient), x.scale + y.scale});
 }
-/* To 22 places more than the operands have; the rest is cut. */
+/* To 22 places more than the operands have; the rest is truncated. */
 [[gnu::noinline]] inline void Divide(Packed *result, const Packed &a, const Packed &b) {
   const Plain x = Unpack(a);
   const Plain y = Unpack(b);
   Pack(result,
        {x.coefficient * PowerOfTen(11) * PowerOfTen(11) / y.coefficient, x.scale + 22 - y.scale});
 }
-/* Rounded half away from zero, or cut, to a number of places. */
+/* Rounded half away from zero, or truncated, to a number of places. */
 inline void RoundOrCut(Packed *result, const Packed &a, const Packed &places, bool cut) {
   const Plain x = Unpack(a);
   const auto kept = static_cast<int32_t>(Unpack(places).coefficient);

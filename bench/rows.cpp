@@ -1,5 +1,5 @@
 /* Formulas over columns: ORLEvaluateRows, ORLEvaluateExpression row by row over the same arrays,
- * and the same work in plain C++, which none of them can go below. */
+ * and the same work in plain C++, the lower bound. */
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -210,7 +210,7 @@ void B4(benchmark::State &state) {
 }
 BENCHMARK(B4)->Name("B4/date32");
 
-/* ---- Row by row, the values ready in the form that a routine hands out ------------------------
+/* ---- Row by row, the values ready in the form that a routine returns --------------------------
  */
 
 template <std::vector<NumberValue> Table::*column>

@@ -57,7 +57,7 @@ void ScaleParse(benchmark::State &state, Kind kind) {
   ORLDestroyEC(scale.ec);
 }
 
-/* A new formula and its end, as a host does for a text that it only checks. */
+/* Creates and destroys a formula, as a host does for a text that it only checks. */
 void ScaleParseDestroy(benchmark::State &state, Kind kind) {
   const Scale scale = MakeScale(kind, state.range(0));
   FormulaError error;
@@ -86,7 +86,7 @@ void ScaleEvaluate(benchmark::State &state, Kind kind) {
   ORLDestroyEC(scale.ec);
 }
 
-/* The lookup alone, through the routine that does little else. */
+/* The lookup alone, through a routine that does little else. */
 void ScaleLookup(benchmark::State &state, Kind kind) {
   const Scale scale = MakeScale(kind, state.range(0));
   HEXP exp = kind == kItems ? MustParse(scale.ec, scale.last, "Measured") : nullptr;
@@ -125,7 +125,7 @@ EC MakeChain(int count) {
   return ec;
 }
 
-/* A formula in the middle of a chain gets another text, which calls another one below it. */
+/* A formula in the middle of a chain is given another text, which calls another one below it. */
 void ScaleReplaceInChain(benchmark::State &state) {
   const auto count = static_cast<int>(state.range(0));
   EC ec = MakeChain(count);
@@ -146,7 +146,7 @@ void ScaleReplaceInChain(benchmark::State &state) {
   ORLDestroyEC(ec);
 }
 
-/* Whether each formula of a chain uses an item, asked as hosts ask: the time of one. */
+/* Whether each formula of a chain uses an item, queried as hosts do: the time of one. */
 void ScaleUsedInChain(benchmark::State &state) {
   EC ec = MakeChain(static_cast<int>(state.range(0)));
   int32_t row = 0;

@@ -1,5 +1,5 @@
-/* Formulas of many shapes, each beside the same work in plain C++: values that differ from row to
- * row come from a routine, and every node is a call of its own. */
+/* Formulas of many shapes, each compared with the same work in plain C++: values that differ from
+ * row to row come from a routine, and every node is a call of its own. */
 #include <benchmark/benchmark.h>
 #include <pavni11.h>
 
@@ -137,7 +137,7 @@ struct Answer {
   Text text;
 };
 
-/* Behind pointers, as the host's routines are. */
+/* Called through pointers, as the host's routines are. */
 template <size_t index>
 void ReadNumber(Packed *value) {
   *value = rows[rowNow].plainNumbers[index];
@@ -168,7 +168,7 @@ Text City() {
   return TextOf(&Row::city);
 }
 
-/* A tree in the making. */
+/* A tree under construction. */
 struct Tree {
   const PlainNode *root;
 };
@@ -267,7 +267,7 @@ year_month_day DateOf(int32_t day) {
 int32_t DayOf(const year_month_day &date) {
   return static_cast<int32_t>(sys_days{date}.time_since_epoch().count());
 }
-/* A date is stored by its parts, so a move by days counts them from there and back. */
+/* A date is stored by its parts, so a move by days converts to a day number and back. */
 [[gnu::noinline]] year_month_day Moved(const year_month_day &date, int32_t by) {
   return sys_days{date} + days{by};
 }
@@ -361,7 +361,7 @@ bool SameAnswer(const Shape &shape, const NumberValue &number, const char *text,
   return std::fabs(value - expected) <= 1e-12 * (std::fabs(expected) + 1);
 }
 
-/* Computes all rows once, by both; false when an answer differs. */
+/* Computes all rows once, by both; false when a result differs. */
 bool AllSame(EC ec, HEXP exp, const Shape &shape) {
   for (rowNow = 0; rowNow < kRowCount; ++rowNow) {
     NumberValue number = {};

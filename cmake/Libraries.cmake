@@ -1,4 +1,4 @@
-# What every target of the project is compiled with, and how its libraries are made.
+# The compile options of every target of the project, and how its libraries are built.
 
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_C_VISIBILITY_PRESET hidden)
@@ -22,8 +22,8 @@ function(orli_compile)
   endforeach()
 endfunction()
 
-# orli_precompile(TARGET header...): headers that most sources of the target include. A cache of
-# compilations does better without.
+# orli_precompile(TARGET header...): headers that most sources of the target include. A compiler
+# cache works better without.
 function(orli_precompile name)
   if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     target_precompile_headers(${name} PRIVATE ${ARGN})
@@ -38,12 +38,12 @@ endfunction()
 
 # orli_objects(NAME SOURCE...): the object files of one folder.
 #
-# A thread's own data are at a fixed offset from its base. The other model makes them at the first
-# use on a thread when the library was loaded late, and ends the process where that has no memory.
-# The room for them is small: the libraries keep a few hundred bytes there.
+# A thread's own data are at a fixed offset from its base. The other model allocates them at the
+# first use on a thread when the library was loaded late, and ends the process when out of memory.
+# The space for them is small: the libraries use a few hundred bytes of it.
 #
-# An exported routine that another one of the same file calls is that one, and may be inlined: a
-# program cannot put its own in the place. Names that are not exported are hidden in any case.
+# Calls of an exported routine in the same file are not interposable and may be inlined: a program
+# cannot replace it. Names that are not exported are hidden in any case.
 function(orli_objects name)
   add_library(${name} OBJECT ${ARGN})
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
@@ -54,7 +54,7 @@ function(orli_objects name)
   orli_compile(${name})
 endfunction()
 
-# The version script is made from the list of names, which is their one home.
+# The version script is generated from the list of names, the only copy of it.
 function(orli_version_script name)
   set(list_file ${PROJECT_SOURCE_DIR}/cmake/exports/${name}.txt)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list_file})
@@ -65,7 +65,7 @@ function(orli_version_script name)
   string(TOUPPER ${node} node)
   file(CONFIGURE OUTPUT ${script} CONTENT "@node@ {\n  global:\n    @globals@;\n  local:\n    *;\n};\n" @ONLY)
   target_link_options(${name} PRIVATE -Wl,--version-script=${script} -Wl,-z,now -Wl,-z,relro)
-  # What threads have registered for their end, and hosts for their callbacks, must not go away.
+  # The library must not be unloaded: threads have registered destructors, and hosts callbacks.
   target_link_options(${name} PRIVATE -Wl,-z,nodelete)
   if(NOT ORLI_SANITIZE)
     target_link_options(${name} PRIVATE -Wl,--no-undefined)

@@ -1,5 +1,5 @@
-# What an installed copy needs beyond its files: the ways in which CMake and pkg-config find it
-# wherever its folder is put, and Debian packages.
+# What an installed copy needs besides its files: packages for CMake and pkg-config that work
+# wherever its folder is moved, and Debian packages.
 include(CMakePackageConfigHelpers)
 
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ORLI11)
@@ -12,7 +12,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/ORLI11ConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/ORLI11Config.cmake ${PROJECT_BINARY_DIR}/ORLI11ConfigVersion.cmake
   DESTINATION ${config_dir} COMPONENT development)
 
-# The pkg-config file finds the folder by its own place, unless a folder is given as a whole path.
+# The pkg-config file finds the folder relative to itself, unless an absolute path is given.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 set(ORLI_PC_PREFIX ${CMAKE_INSTALL_PREFIX})
 if(NOT IS_ABSOLUTE ${package_dir})
@@ -26,7 +26,7 @@ foreach(dir LIBDIR INCLUDEDIR)
     set(ORLI_PC_${dir} "\${prefix}/${CMAKE_INSTALL_${dir}}")
   endif()
 endforeach()
-# Static libraries bring along what they are written in.
+# Static libraries need the C++ runtime.
 set(runtime "-lstdc++ -lm")
 set(ORLI_PC_LIBS "")
 set(ORLI_PC_LIBS_PRIVATE ${runtime})

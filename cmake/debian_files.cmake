@@ -1,4 +1,4 @@
-# Changes files as Debian wants them before they go into packages.
+# Changes files as Debian requires before they are packaged.
 file(GLOB_RECURSE files ${CPACK_TEMPORARY_DIRECTORY}/*)
 foreach(file IN LISTS files)
   if(file MATCHES "/man/man[0-9]/")

@@ -1,6 +1,5 @@
-/* The routine of every name that a stored block may hold: whatever it is called as, it takes
- * nothing and gives the value that is there. In C, where a routine without a prototype is what it
- * looks like. */
+/* The routine of every name that a stored block may hold: whatever its type, it uses no arguments
+ * and returns the value that is there. In C, for a routine without a prototype. */
 #include <stdint.h>
 
 int32_t AnyRoutine(void);

@@ -1,4 +1,5 @@
-// Loads blocks of any bytes. What a load takes must come back from a block that is written of it.
+// Loads blocks of any bytes. A context that was loaded must be the same after it is written and
+// read again.
 #include <cstdlib>
 #include <cstring>
 

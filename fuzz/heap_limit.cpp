@@ -1,5 +1,5 @@
-// The heap of the fuzz targets has no block above a mebibyte: a formula may ask for gigabytes, and
-// what then happens without memory is worth seeing, while filling them only costs time.
+// The heap of the fuzz targets has no block above a mebibyte: a formula may request gigabytes;
+// running out of memory is worth testing, while filling them only takes time.
 #include <cstddef>
 
 namespace {
@@ -7,7 +7,7 @@ constexpr size_t kLargestBlock = 1 << 20;
 }
 
 extern "C" {
-// The linker leads all calls of calloc and realloc here, and __real_ to the heap's own.
+// The linker redirects all calls of calloc and realloc here, and __real_ to the heap's own.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *block, size_t size);

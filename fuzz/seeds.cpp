@@ -1,6 +1,6 @@
-// fuzz_seeds FOLDER PAGE FORMULAS - writes what the fuzz targets start from: blocks of random
-// contexts in all versions, the formulas of the page of functions and of a file with one in each
-// line, and the words of the language.
+// fuzz_seeds FOLDER PAGE FORMULAS - writes the seeds of the fuzz targets: blocks of random contexts
+// in all versions, the formulas of the page of functions and of a file with one in each line, and
+// the words of the language.
 #include <cstdio>
 #include <cstring>
 #include <filesystem>

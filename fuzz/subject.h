@@ -1,5 +1,5 @@
-// What the fuzz targets work on: contexts with items of every kind and type, and the first bytes of
-// an input, which choose how it is used.
+// Contexts for the fuzz targets, with items of every kind and type, and the first bytes of an
+// input, which select how it is used.
 #ifndef ORLI11_FUZZ_SUBJECT_H
 #define ORLI11_FUZZ_SUBJECT_H
 
@@ -24,7 +24,7 @@ struct Settings {
 };
 
 enum BlockSetting : uint8_t {
-  kVersionMask = 3,   // the version that the block is made,
+  kVersionMask = 3,   // the version that the block is given,
   kPatchVersion = 4,  // when it is
   kLookup = 8,        // the context can look names up
   kReport = 16,
@@ -35,8 +35,8 @@ enum BlockSetting : uint8_t {
 // Sets the code page of the process.
 Settings TakeSettings(const uint8_t *data);
 
-// Lets as many allocations succeed as the settings say, most often all, until it is called again
-// with `limited` false.
+// Lets only the allocations of the settings succeed, most often all, until it is called again with
+// `limited` false.
 void LimitHeap(const Settings &settings, bool limited);
 
 // All functions of the library, functions that take arguments by name or of any type, and keywords.
@@ -44,10 +44,10 @@ Subject FunctionSubject(uint16_t flags, bool lookup);
 // With that, input items of all types: with a value, with null and without one.
 Subject ItemSubject(uint16_t flags);
 
-// Ends the process, for the fuzzer to note, when `holds` is false.
+// Ends the process, as a finding of the fuzzer, when `holds` is false.
 void Require(bool holds, const char *what);
 
-// Asks for the value of each expression by both entries.
+// Evaluates each expression by both entries.
 void EvaluateAll(EC ec);
 
 std::string WriteBlock(EC ec);

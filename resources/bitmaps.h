@@ -9,7 +9,8 @@ constexpr char kBitmapFormulaRow[] = "formulal";
 constexpr char kBitmapRangeRow[] = "rangel";
 constexpr char kBitmapSetRow[] = "setl";
 
-// The bitmap of this name in any case, null when there is none. It lives as long as the module.
+// The bitmap of this name in any case, null when there is none. Valid as long as the module is
+// loaded.
 const OrlBitmap *FindBitmap(const char *name);
 
 #endif

@@ -28,7 +28,7 @@ constexpr uint32_t kDefault = ORL_STYLE_DEFAULT;
 
 // clang-format off
 constexpr OrlControl kEditorControls[] = {
-    {-1,  kLabel,  0, "FORMULA_TEXT", 0, 0, 0, 0},  // names the edit to those who cannot see it
+    {-1,  kLabel,  0, "FORMULA_TEXT", 0, 0, 0, 0},  // the edit's name for screen readers
     {100, kEdit,   kScrolls | kKeepsSelection, "", -1, -1, 301, 45},
 
     {138, kLabel,  kCentered, "Editor &Mode", 126, 46, 51, 8},
@@ -36,7 +36,7 @@ constexpr OrlControl kEditorControls[] = {
     {135, kOption, 0,      "Range|range|0x00c0c0c0",     136, 57, 31, 24},
     {136, kOption, 0,      "Set|set|0x00c0c0c0",         167, 57, 31, 24},
 
-    // The label and the list of the formulas give way to the mode buttons when these are shown.
+    // The label and the list of the formulas are moved when the mode buttons are shown.
     {-1,  kLabel,  kCentered, "Data &Items", 26, 46, 51, 8},
     {106, kList,   kSorted,   "",             9, 57, 81, 85},
     {137, kLabel,  kCentered, "Form&ulas",  126, 46, 51, 8},

@@ -1,4 +1,4 @@
-// The templates of the dialogs: every control with its id, caption and place.
+// The templates of the dialogs: every control with its id, caption and rectangle.
 #ifndef ORLI11_RESOURCES_DIALOGS_H
 #define ORLI11_RESOURCES_DIALOGS_H
 
@@ -10,7 +10,7 @@ constexpr char kDialogValues[] = "LISTVALUES";
 constexpr char kDialogError[] = "DLGERROR";
 constexpr char kDialogLoadError[] = "DLGFERROR";
 
-// The template of this name, null when there is none. It lives as long as the module.
+// The template of this name, null when there is none. Valid as long as the module is loaded.
 const OrlDialogTemplate *FindDialog(const char *name);
 
 #endif

@@ -1,4 +1,4 @@
-// The ids of the texts in the string table. Messages of the language have those of orli11.h.
+// The ids of the rows in the string table. Messages of the language have those of orli11.h.
 #ifndef ORLI11_RESOURCES_STRING_IDS_H
 #define ORLI11_RESOURCES_STRING_IDS_H
 

@@ -1,4 +1,4 @@
-// The string table: every text of the module that people read, and the rows of the function table.
+// The string table: every text of the module for users, and the rows of the function table.
 #ifndef ORLI11_RESOURCES_STRING_TABLE_H
 #define ORLI11_RESOURCES_STRING_TABLE_H
 

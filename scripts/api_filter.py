@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """api_filter.py HEADER: prints a public header with its comments as Doxygen reads them.
 
-The headers keep to plain comments. A comment in front of declarations describes all of them up to
+The headers use plain comments. A comment in front of declarations describes all of them up to
 the next blank line or comment, one behind code describes that code and the members below it that
 have none. One that a blank line follows belongs to the whole header, and one with dashes is a
 title.

@@ -5,13 +5,13 @@ cd "$(dirname "$0")/.." || exit 1
 program=$(realpath "$1")
 # Texts as they come, the same on every machine.
 export LC_ALL=C
-# What the demo keeps goes into a folder of its own, where the data stands too.
+# The demo's files are written to a temporary folder, where the data is too.
 folder=$(mktemp -d)
 trap 'rm -r "$folder"' EXIT
 ln -s "$PWD/data" "$folder/data"
 cd "$folder" || exit 1
 
-# A word as a person would write it: NAME='TEXT', in double quotes where it holds single ones.
+# A word as users write it: NAME='TEXT', in double quotes if it contains single ones.
 quoted() {
   local name="" text=$1
   if [[ $1 =~ ^([a-z_]+=)(.*)$ ]]; then
@@ -40,7 +40,7 @@ run() {
   echo
 }
 
-# A line of the shell, shown as it stands.
+# A line of the shell, shown unchanged.
 run_line() {
   orli() { "$program" "$@"; }
   printf '$ %s\n' "$1"

@@ -1,7 +1,7 @@
 #!/bin/bash
-# fuzz.sh [SECONDS] - builds the fuzz targets and runs each for that time, 60 s by default. What they
-# find of new ways through the code stays in build/fuzz/corpus for the next run. Fails on a finding
-# and says where it is.
+# fuzz.sh [SECONDS] - builds the fuzz targets and runs each for that time, 60 s by default. Inputs
+# with new coverage are kept in build/fuzz/corpus for the next run. Fails on a finding and says
+# where it is.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}

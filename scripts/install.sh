@@ -1,11 +1,11 @@
 #!/bin/bash
-# install.sh GROUP... - installs the Debian packages of the groups that are not there yet.
+# install.sh GROUP... - installs the Debian packages of the groups that are not installed yet.
 #   build      what the libraries and the host program are built with
 #   tests      what the tests and the benchmarks are built with, and packages of the libraries
 #   screen     what the formula editor is built with, and a screen with a user for its tests
 #   pictures   a small window manager, for the pictures of the editor
 #   databases  two databases with their ODBC drivers, which tests compare formulas with
-#   others     programs that bench/files.py measures orli beside; DuckDB comes by npm
+#   others     programs that bench/files.py compares orli with; DuckDB is installed by npm
 #   python     what the Python package needs, and its tests, tables and clusters
 #   reference  what the reference of the public headers is made with
 #   check      what .ci/run needs beyond that

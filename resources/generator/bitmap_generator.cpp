@@ -1,5 +1,5 @@
-// Makes BMP files from pictures that are drawn with letters, and a table of them in C++. Run by the
-// build with the file to write and the pictures. A picture is a text file:
+// Generates BMP files from pictures that are drawn with letters, and a table of them in C++. Run by
+// the build with the file to write and the pictures. A picture is a text file:
 //
 //   ; comment
 //   NAME WIDTH HEIGHT
@@ -44,7 +44,7 @@ struct Source {
   std::exit(1);
 }
 
-// The next line that is no comment; false at the end of the file.
+// The next line that is not a comment; false at the end of the file.
 bool NextLine(Source &source) {
   do {
     source.number++;
@@ -140,7 +140,7 @@ std::vector<uint8_t> BmpFile(const Picture &picture) {
   Put(file, 3780, 4);  // pixels in a metre, across and down: 96 in an inch
   Put(file, 3780, 4);
   Put(file, colors, 4);
-  Put(file, 0, 4);  // all colours matter
+  Put(file, 0, 4);  // all colours are important
   for (const uint32_t color : picture.colors) {
     Put(file, color, 4);
   }

@@ -1,5 +1,5 @@
-// Extended text: tables of cases, and random formulas that call each other beside a model that
-// expands the words of their texts. What was expanded without marks also computes the same.
+// Extended text: tables of cases, and random formulas that call each other, compared with a model
+// that expands the words of their texts. Text expanded without marks must also compute the same.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -15,8 +15,7 @@
 
 namespace {
 
-// What a buffer of `size` bytes holds afterwards, and the result after it; exactly that many bytes
-// are there to be written to.
+// The content of a buffer of exactly `size` bytes after the call, and the result.
 std::string Filled(EC ec, HEXP exp, int32_t size, int32_t marks) {
   const std::unique_ptr<char[]> buffer(new char[static_cast<size_t>(size)]);
   std::memset(buffer.get(), '#', static_cast<size_t>(size));
@@ -88,7 +87,7 @@ TEST(ExtendedText, FollowsTheTables) {
   EXPECT_EQ(Extended(ec, user, 1), "(A*3)+ {fn F(1) } ");
   ORLDelExpItemNoCheck(ec, ORL_FUNCTION, "F");
   EXPECT_EQ(Extended(ec, user, 1), "(A*3)+F(1)");
-  // A rename that leaves texts without a parse: what is still at its place is expanded.
+  // A rename after which texts do not parse: names that are still at their positions are expanded.
   const std::pair<const char *, const char *> names[] = {
       {"B",
        " {fn F(B+2) } - {fn F(2) } +( {fn F(B) } +DayOf({d '2012-01-31'}))"
@@ -104,7 +103,7 @@ TEST(ExtendedText, FollowsTheTables) {
     ORLRenameExpressionItem(renamed, ORL_INPUT, "A", name);
     EXPECT_EQ(Extended(renamed, exp, 1), expected);
   }
-  // A template without text writes nothing in the place of a date, so the date stays.
+  // A template without text would replace a date by nothing, so the date is kept.
   const ExtendedContext empty;
   Apply(empty, kPictures);
   ORLSetDateConvert(empty, "", "", "", 2);
@@ -134,7 +133,7 @@ TEST(ExtendedText, TooLongOrWithoutEnd) {
   EXPECT_EQ(Filled(ec, Make(ec, "Long()"), 70000, 0), "(" + sum + ")|65534");
   EXPECT_EQ(Filled(ec, Make(ec, " Long()"), 70000, 0), "|0");
   EXPECT_EQ(Filled(ec, Make(ec, sum + "+1+1"), 70000, 1), sum + "+1+1|65536");
-  // A circle, through two formulas of one name of which the first goes.
+  // A cycle, through two formulas of one name of which the first is deleted.
   HEXP first = Make(ec, "1", "X"), y = Make(ec, "2", "Y"), second = Make(ec, "Y()+F(A)", "X");
   Store(ec, y, "X()*2", "Y"), Store(ec, first, "1", "Other");
   for (HEXP exp : {y, second, Make(ec, "3+X()")}) EXPECT_EQ(Filled(ec, exp, 100, 1), "|0");
@@ -173,7 +172,7 @@ std::string Model(const Texts &formulas, const std::string &text, bool marks) {
   return result;
 }
 
-// A Number of up to three levels; it may call the formulas that are there.
+// A Number of up to three levels; it may call the existing formulas.
 std::string RandomText(std::mt19937 &random, const Texts &formulas, int depth) {
   // clang-format off
   static const char *const leaves[] = {"A", "N", "\"N\"", "N.N", "3", "DayOf(2012-1-31)", "Len('N() F(1)')"};

@@ -1,4 +1,4 @@
-// The recursion check against a model, whatever order formulas come, change and go in.
+// The recursion check against a model, with formulas added, changed and deleted in any order.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,7 +28,7 @@ struct Content {
   }
 };
 
-// A context and what it must hold: the rows of its table in order.
+// A context and its expected content: the rows of its table in order.
 struct World {
   OwnedContext context;
   std::vector<Row> rows;
@@ -55,7 +55,7 @@ struct World {
     return false;
   }
 
-  // The message with which the content is refused as `exp`, or 0.
+  // The message with which the content is rejected as `exp`, or 0.
   int32_t Refusal(const Content &content, HEXP exp, bool unique) const {
     std::vector<const Row *> seen;
     if (LeadsTo(content.name, content.calls, seen)) return ORL_ERR_RECURSIVE;
@@ -69,7 +69,7 @@ struct World {
     return std::find_if(rows.begin(), rows.end(), [&](const Row &row) { return row.exp == exp; });
   }
 
-  // A name, now and then a free one, and up to three calls of formulas that are there.
+  // A name, sometimes a free one, and up to three calls of existing formulas.
   Content RandomContent() {
     Content content = {"N" + std::to_string(random() % 14), {}};
     for (auto left = random() % 4; left > 0 && !rows.empty(); --left) {

@@ -59,7 +59,7 @@ std::string Model(const std::string &text, const std::string &before, const std:
 
 // ---- What must hold after a rename ----
 
-// The nodes of a tree in written order; items of one name may be shown under another.
+// The nodes of a tree in preorder; items of one name may be shown under another.
 std::string Nodes(const ExprNode *tree, const std::string &before = "", const char *after = "") {
   std::string all;
   for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
@@ -85,7 +85,7 @@ std::string Uses(EC ec, HEXP exp) {
 struct Renaming {
   std::string text;
   const char *before, *after;
-  std::string textAfter;  // "": as the model says
+  std::string textAfter;  // "": as the model predicts
   int32_t kind;
 };
 
@@ -211,9 +211,9 @@ TEST(Rename, ChangesNothing) {
   EXPECT_EQ(ORLRenameExpressionItem(nullptr, ORL_INPUT, "Amount", "Total"), 0);
 }
 
-// Where the new text would be no formula that could be stored, the tree keeps its shape: Name takes
-// the name of a Number, and formulas keep the type that their users were parsed with; the item Rate
-// takes the name of the formula that uses it, and that does not refer to itself.
+// Where the new text would not be a formula that can be stored, the tree keeps its shape: Name
+// takes the name of a Number, and formulas keep the type that their users were parsed with; the
+// item Rate takes the name of the formula that uses it, and that does not refer to itself.
 TEST(Rename, NoTreeThatCouldNotBeStored) {
   RenameContext ec;
   HEXP used = Make(ec, "Name", "Used"), unused = Make(ec, "Name", "Unused");
@@ -254,7 +254,7 @@ int32_t RenamesItems(EC ec, HEXP, int32_t, void **result, const char *, void **)
   return WRENNumFromInt(static_cast<NumberValue *>(*result), 1), 1;
 }
 
-// What the evaluation holds stays; with the next rename the trees catch up.
+// The trees that the evaluation uses are kept; the next rename updates them.
 TEST(Rename, WhileAFormulaIsComputed) {
   RenameContext ec;
   ec.host.values["Total"] = "50";

@@ -28,7 +28,7 @@ year_month_day InMonth(year_month_day date) {
 }
 
 // The moment moved by the standard library's calendar; kEnd for one beyond ours. A move into
-// another year comes to the same month there before it comes to another month.
+// another year first keeps the month and then changes it.
 sys_seconds Moved(sys_seconds moment, int64_t amount, uint16_t unit) {
   const year_month_day date{floor<days>(moment)};
   if (unit == kUnitMonth || unit == kUnitYear) {
@@ -66,7 +66,7 @@ TEST(DateArithmetic, AgreesWithTheStandardCalendar) {
     const int32_t amount = amounts[std::min(i % 100, 2)] >> (i % 100 < 2 ? 0 : random() % 31);
     const bool add = random() % 2 == 0;
     std::string expected = Text(Moved(start, add ? int64_t{amount} : -int64_t{amount}, unit));
-    const char *fraction = i % 2 == 0 ? ".000005" : "";  // stays as it is
+    const char *fraction = i % 2 == 0 ? ".000005" : "";  // unchanged
     ASSERT_EQ(Move(Stored(Text(start) + fraction), Number(amount), add ? '+' : '-', unit),
               expected == "null" ? expected : expected + fraction)
         << Text(start) << (add ? " + " : " - ") << amount << " unit " << unit;

@@ -27,9 +27,9 @@ namespace {
 
 bool haveLocales = false;
 
-// Makes a locale of each name, but for the categories that take long to make and are not looked at.
-// "points" is Pashto, whose separators are in no code page but UTF-8, with a full stop between the
-// thousands of plain numbers.
+// Creates a locale of each name, without the categories that take long to create and are not
+// tested. "points" is Pashto, whose separators are in no code page but UTF-8, with a full stop
+// between the thousands of plain numbers.
 constexpr const char *kMakeLocales = R"( || exit 1
 for name in de_DE ja_JP fr_FR fi_FI en_GB pt_PT hi_IN points; do
   for c in IDENTIFICATION CTYPE COLLATE TIME NUMERIC MONETARY MESSAGES PAPER NAME ADDRESS TELEPHONE \
@@ -98,7 +98,7 @@ TEST(Country, BuiltInConventions) {
   }
 }
 
-// Names come in the active code page; a language that does not fit into it gives way to English.
+// Names are in the active code page; a language that does not fit into it is replaced by English.
 TEST_F(CountryOfLocale, SettingsAndNames) {
   for (const Case &row : CasesOf("dates/date_cases.txt", "countries")) {
     SCOPED_TRACE(row.where);

@@ -12,7 +12,7 @@
 
 namespace {
 
-// A text of 49 characters fits into the block, one of 50 enlarges it, and without memory the
+// A text of 49 characters fits into the block, one of 50 enlarges it, and when out of memory the
 // routine fails and leaves the block valid.
 TEST(ResultBlock, GrowsWithTheText) {
   for (const size_t length : {size_t{49}, size_t{50}, size_t{99}}) {

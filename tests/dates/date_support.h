@@ -1,4 +1,4 @@
-// What the tests of dates share.
+// Shared by the tests of dates.
 #ifndef ORLI11_TESTS_DATES_DATE_SUPPORT_H
 #define ORLI11_TESTS_DATES_DATE_SUPPORT_H
 
@@ -8,7 +8,7 @@
 
 #include "pavni11.h"
 
-// The C locale's conventions and code page 1252, again at the end of the scope.
+// The C locale's conventions and code page 1252, restored at the end of the scope.
 struct PlainSettings {
   PlainSettings();
   ~PlainSettings();
@@ -33,12 +33,12 @@ constexpr std::chrono::sys_seconds kEnd = std::chrono::sys_days{std::chrono::yea
 std::chrono::sys_seconds RandomMoment(std::mt19937_64 &random);
 DateTimeParts Parts(std::chrono::sys_seconds moment);
 
-// A record that goes by the names of the locale in the order given, or by the country settings.
+// A record that uses the names of the locale in the given order, or the country settings.
 constexpr int32_t kOrderOfCountry = -1;
 FormatRecord Record(int32_t mode, int32_t order = kOrderOfCountry);
-// What the text reads as in a mode: Iso() of the parts, "no" when it is refused.
+// The result of parsing the text in a mode: Iso() of the parts, "no" when it is rejected.
 std::string Read(int32_t mode, const std::string &text, int32_t order = kOrderOfCountry);
-// The text of a date by the record; "no" when it is refused, with what the output is then.
+// The text of a date by the record; "no" and the output when it is rejected.
 std::string Write(FormatRecord record, const DateTimeParts &parts);
 
 #endif

@@ -51,7 +51,7 @@ int32_t NumberOf(const std::string &digits) {
   return digits.size() > 8 ? 99999999 : std::stoi("0" + digits);
 }
 
-// The month of a word or a number; 0 for a word that is none.
+// The month of a word or a number; 0 for any other word.
 int32_t MonthOf(const Piece &piece) {
   for (int32_t i = 0; i < 12; i++) {
     const std::string &word = piece.text;
@@ -96,7 +96,8 @@ bool IsTime(Pieces pieces, DateTimeParts &p) {
   return p.hour < 24 && p.minute < 60 && p.second < 60;
 }
 
-// The forms of dates: equal separators, or blanks, where points end a day or an abbreviated month.
+// The forms of dates: equal separators, or blanks, where a point may end a day or an abbreviated
+// month.
 std::set<std::string> DateForms() {
   std::set<std::string> forms;
   for (const char separator : {'-', '.', '/', ':', '\\'}) {
@@ -189,7 +190,7 @@ TEST(ParseDate, AgreesWithTheModel) {
   EXPECT_GT(taken, 5000);
 }
 
-// What the forms mean in plain words, for both the reading and its model, and long texts.
+// The meaning of the forms, for both the parser and its model, and long texts.
 TEST(ParseDate, Forms) {
   const PlainSettings settings;
   const std::string blanks(3000000, ' ');

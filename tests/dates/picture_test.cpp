@@ -122,8 +122,8 @@ TEST(DateText, AsTheCountryWritesIt) {
   EXPECT_EQ(Write(both, Parts(2012, 1, 2, 12, 0, 0, 250000)), "01/02/2012 12:00:00.25 PM");
 }
 
-// What is written reads back as the same moment, by pictures in the three orders and as the country
-// writes it.
+// Formatted dates read back as the same moment, by pictures in the three orders and as the country
+// writes them.
 TEST(DateText, ReadsBack) {
   const PlainSettings settings;
   const std::pair<const char *, int32_t> rows[] = {{"M/d/yyyy h:mm:ss.ffffff AM/PM", 0},

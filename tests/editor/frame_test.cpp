@@ -1,4 +1,4 @@
-// The frame of the editor: what it opens with, its commands, modes and captions.
+// The frame of the editor: its initial state, commands, modes and captions.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -148,7 +148,7 @@ TEST(EditorFrame, ListsItemsKeywordsAndFunctions) {
   });
 }
 
-// The row height is that of the font; the label and the list give way to the buttons.
+// The row height is that of the font; the label and the list make space for the buttons.
 OrlWindowSystem changed;
 int32_t leading;
 
@@ -163,8 +163,8 @@ TEST(EditorFrame, LaysOutTheColumnOfFormulas) {
     bool values;
     int32_t labelTop, listTop;
   };
-  // A row is 13 pixels high and some more; the label stood at 75, the list from 93 to 231, and
-  // the buttons end at 132.
+  // A row is 13 pixels high and some more; the label was at 75, the list from 93 to 231, and the
+  // buttons end at 132.
   for (const LayoutRow &row : {LayoutRow{0, true, 135, 153},
                                {2, true, 138, 156},
                                {66, true, 213, 231},
@@ -264,7 +264,7 @@ TEST(EditorFrame, LimitsWhatIsTypedAndScrollsToTheExpression) {
   });
 }
 
-// The host takes expressions away while the editor shows them; a second editor is refused.
+// The host deletes expressions while the editor shows them; a second editor is refused.
 TEST(EditorFrame, GoesOnWithoutExpressionsThatAreGone) {
   const std::string text = "{}Price() + 1";
   const std::vector<std::pair<std::string, std::string>> rows = {
@@ -300,7 +300,7 @@ TEST(EditorFrame, ReadsNoHandleThatIsNotInTheContext) {
   munmap(unreadable, 4096);
 }
 
-// Memory ends at every place of a session in turn; nothing that was stored changes by it.
+// Memory runs out at each allocation of a session in turn; nothing stored is changed by it.
 TEST(EditorFrame, SurvivesTheEndOfMemory) {
   const HostedContext ec = Formulas(true);
   const std::string before = Snapshot(ec);

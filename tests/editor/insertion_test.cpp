@@ -1,4 +1,4 @@
-// What picks, buttons and keys put into the text, where the selection goes, and what rows show.
+// Text inserted by picks, buttons and keys, the selection afterwards, and the drawing of rows.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -96,7 +96,7 @@ struct PageRow {
   std::string before, selected, after;
 };
 
-// Places are bytes, and nothing begins inside a character.
+// Positions are in bytes, and no match begins inside a character.
 void CheckPage(const PageRow &row) {
   ASSERT_EQ(WRENSetCodePage(row.page), 1);
   const std::string name = row.before + row.after;

@@ -1,5 +1,5 @@
-// In which order a load tries its formulas, as far as a user sees it: the editor opens for each
-// that is wrong when it is that one's turn.
+// The order in which a load parses formulas, as a user sees it: the editor opens for each invalid
+// one when it is parsed.
 #include <gtest/gtest.h>
 
 #include "editor/session.h"
@@ -38,7 +38,7 @@ TEST(LoadOrder, OpensTheEditorAtTheTurnOfEachFormula) {
     int32_t result;
     std::string opened, stored;  // names in order
   } rows[] = {
-      // What is wrong between two calls is reported once the first is there, not when both are.
+      // An error between two calls is reported once the first formula exists, not when both do.
       {{"A=B() + Nope + C()", "B=2", "C=A()"},
        "select 100 0 -1; type 100 7; click 1",
        1,
@@ -50,7 +50,7 @@ TEST(LoadOrder, OpensTheEditorAtTheTurnOfEachFormula) {
        1,
        "A ",
        "A B C "},
-      // Nor is it lost where very many calls come up one by one.
+      // Nor is it lost when very many calls are resolved one by one.
       {many, "select 100 0 -1; type 100 7; click 1", 1, "L ", ""},
   };
   for (const auto &row : rows) {

@@ -24,7 +24,7 @@ struct Session {
   int32_t left;      // actions
   bool unlisted;     // the editor has opened with an expression without a row
   bool hostRuns;     // it is in one of its own calls
-  std::string done;  // for the reader of a failure
+  std::string done;  // for failure messages
 } session;
 
 int32_t Below(int32_t count) {
@@ -36,7 +36,7 @@ std::string Name() { return (Below(2) == 0 ? "N" : "F") + std::to_string(Below(3
 
 // ---- The host
 
-// Now and then it deletes, renames, replaces or adds an expression.
+// Sometimes it deletes, renames, replaces or adds an expression.
 void Meddle() {
   EC ec = session.ec;
   if (session.hostRuns || Below(3) != 0) return;
@@ -117,7 +117,7 @@ void CheckEditor(OrlWindow d) {
 
 // ---- The user
 
-// One action; whether it can be done is the editor's business.
+// One action; the editor decides whether it is possible.
 void ActAtRandom(OrlWindow d) {
   static const std::vector<int32_t> edits = {100, 101}, lists = {106, 107, 114, 114, 114},
                                     keys = {9, 32, 13, 38, 40, 37, 39, 46, 8};

@@ -14,8 +14,8 @@ namespace {
 
 using Answers = std::vector<int32_t>;
 
-// What the host does when it is asked for leave to delete, when it is notified of a new name, and
-// when it is to list values.
+// What the host does when it is asked for permission to delete, notified of a new name, or asked to
+// list values.
 int32_t (*asked)(EC, HEXP);
 void (*renamed)(EC), (*listed)(EC);
 std::string heard;
@@ -58,7 +58,7 @@ struct Context : HostedContext {
     before = Stored(*this);
   }
   std::vector<std::string> before;
-  // "-Name=Text +Name=Text " for what is there no more, and what is new.
+  // "-Name=Text +Name=Text " for what was removed, and what is new.
   std::string Changes() const {
     const std::vector<std::string> now = Stored(*this);
     std::string changes;
@@ -105,7 +105,7 @@ std::string Short() {
   return all;
 }
 
-// "text|name|title after the dash|rows without the first", "" when the dialog has gone. The data
+// "text|name|title after the dash|rows without the first", "" when the dialog is closed. The data
 // of a row has to be the ordinal of its expression.
 std::string State(OrlWindow d, EC ec) {
   if (Look(d).reachable == 0) return "";
@@ -201,12 +201,12 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
       {[](EC, HEXP) { return 0; }, nullptr, nullptr, "delete Total ",
        {"", 0, "row 114 Total; click 116", {}, "Formula Delete|Delete Permission Denied.",
         "{}|Formula1|[ New Formula ]| Price *Total Span Some", ""}},
-      // It comes into use after all: it stays, and Delete is no longer offered.
+      // It comes into use: it is kept, and Delete is disabled.
       {[](EC ec, HEXP) { return Make(ec, "Total()", "User") != nullptr ? 1 : 0; }, nullptr, nullptr,
        "delete Total ",
        {"", 0, "row 114 Total; click 116; no click 116", {kYes}, "del Formula",
         "{}|Formula1|[ New Formula ]| Price *Total Span Some User", "+User=Total() "}},
-      // It is destroyed already while the host is asked, or another one before it.
+      // It is destroyed while the host is asked, or another one before it.
       {[](EC ec, HEXP exp) { return ORLDestroyEXP(ec, exp); }, nullptr, nullptr, "delete Total ",
        {"Total", 0, "click 116; no click 116; no click 117; no click 118", {}, "",
         "{}Price() + 1|Total|[ New Formula ]| Price Span Some", total}},
@@ -224,10 +224,11 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
       {nullptr, gone, nullptr, "rename Some sSome ",
        {"Some", 1, "type 101 s; row 114 Span; click 117", {kYes}, "ask",
         "{}1 AND 2|Span|Span| Price *Span sSome", total + "-Some=1, 2 +sSome=1, 2 "}},
-      // The one that is shown goes while values are listed.
+      // The shown one is destroyed while values are listed.
       {nullptr, nullptr, gone, "", {"Total", 0, "row 106 Tax; click 133; no click 118", {}, "",
        "{}Price() + 1|Total|[ New Formula ]| Price Span Some", total}},
-      // It goes while a box is open: whether to save, also by a No or a Cancel, or what is wrong.
+      // It is destroyed while a box is open: the question whether to save, also with No or Cancel,
+      // or an error box.
       {nullptr, nullptr, nullptr, "",
        {"", 0, "type 100 1; row 114 Total; click 135; no click 117", kStay, "ask",
         "1{}|Formula1|[ New Formula ]| Price Span Some", total}, taken},
@@ -237,7 +238,7 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
       {nullptr, nullptr, nullptr, "",
        {"", 0, "row 114 Total; type 100 (; click 1; no click 117", {}, "!SYNTAX|({}",
         "({}|Formula1|[ New Formula ]| Price Span Some", total}, taken},
-      // One that had no row gets one, and the buttons stay as they were.
+      // One that had no row gets one, and the buttons are unchanged.
       {nullptr, nullptr, nullptr, "",
        {"Formula1", 0, "type 100 Tax +; click 135; click 117; focus 100", {kYes}, "ask",
         "{Expression} AND Expression|Range1|[ New Range ]| Price Total Span Some Formula1",
@@ -255,7 +256,7 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
 // clang-format on
 
 OrlWindowSystem changed;
-// A box can only be opened with memory: it says that there was none before.
+// A box can only be opened with memory: it reports that there was none before.
 intptr_t WithMemory(const OrlDialogTemplate *dialog, OrlWindow parent, OrlWindowProc proc,
                     intptr_t parameter) {
   TEST_FailAllocationsAfter(-1);
@@ -293,14 +294,13 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
   }
 }
 
-// A host that destroys an expression and makes another at once may give it the address of the
-// first.
+// A host that destroys an expression and creates another at once may get the same address.
 TEST(EditorSave, TakesNoExpressionForAnother) {
   const Context ec;
   Make(ec, "Amount", "Old");
   asked = [](EC context, HEXP exp) {
     ORLDestroyEXP(context, exp);
-    Make(context, "Amount", "New");  // at the same address, but for builds with sanitizers
+    Make(context, "Amount", "New");  // at the same address, except in builds with sanitizers
     return 1;
   };
   Edit(ec, {}, [](OrlWindow d) { Act(d, "row 114 Old; click 116"); }, {ORL_IDYES});
@@ -348,13 +348,14 @@ TEST(EditorRecovery, RepairsABlockWhileItLoads) {
     std::string said, stored;  // with the values
   } rows[] = {
       {{{"A", a}, {"B", b}, {"D", d}}, 1, "", good},
-      // A text that waits for nothing in the block is wrong here too; one for itself for ever.
+      // A text that waits for nothing in the block is also an error; one that waits for itself
+      // never resolves.
       {{{"A", a}, {"B", b}, {"D", all + "E1; click 1; " + d}}, 1, "!VAR|{E1}", good},
       {{{"A", a}, {"B", b}, {"D", all + "D(); click 1"}},
        0,
        "",
        "B=1 + 1 2, C=2 2, E=C() + 1 3, A=E() * 2 6, F=A() 6, "},
-      // Giving up ends the load.
+      // Cancelling ends the load.
       {{{"A", a}, {"B", b}, {"D", "click 2"}}, 0, "", "B=1 + 1 2, C=2 2, "},
       {{{"A", a}, {"B", "close"}}, 0, "", ""},
   };

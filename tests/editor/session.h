@@ -1,4 +1,4 @@
-// Sessions at the editor: open, act, look, through the window system without a screen.
+// Sessions of the editor: open, act, inspect, through the window system without a screen.
 //
 //   const HEXP made = Edit(ec, {}, [](OrlWindow d) {
 //     Act(d, "double 106 Amount; click 108; type 100 5; click 1");
@@ -23,10 +23,10 @@ struct Opening {
   uint16_t limit = 0;
 };
 
-// Runs an action with a user in front of it. For each editor that opens, `steps` are played once it
-// is open; where it is still open then it is cancelled. Question boxes are answered by `answers` in
-// turn, and by Cancel after the last; error boxes are read and closed. What boxes and error boxes
-// have said is in Messages().
+// Runs an action with a simulated user. For each editor that opens, `steps` are run once it is
+// open; if it is still open then, it is cancelled. Question boxes are answered by `answers` in
+// turn, and by Cancel after the last; error boxes are read and closed. The messages of boxes and
+// error boxes are in Messages().
 void WithUser(const Steps &steps, const std::vector<int32_t> &answers,
               const std::function<void()> &action);
 
@@ -37,18 +37,18 @@ void AtBoxes(const std::function<void()> &host);
 HEXP Edit(EC ec, const Opening &opening, const Steps &steps,
           const std::vector<int32_t> &answers = {});
 
-// What was said in the last run, in order: "caption|text" of a question box, "!message|text" of an
+// The messages of the last run, in order: "caption|text" of a question box, "!message|text" of an
 // error box, its text with the selection marked as by Marked.
 const std::vector<std::string> &Messages();
 std::string AllMessages();  // the same in one text, joined by " / "
 
-// Does what a user does, one thing after the other, and expects that each can be done, or cannot
-// where it begins with "no ". Rows are named by their text.
+// Performs user actions in order, and expects that each is possible, or impossible if it begins
+// with "no ". Rows are named by their text.
 //   click ID | double LIST ROW | right LIST ROW | row LIST ROW | type ID TEXT | key ID NUMBER
 //   select ID FROM TO | wait MILLISECONDS | focus ID | close
 void Act(OrlWindow dialog, const std::string &acts);
 
-// The state of a control, the dialog itself without an id; all zero when it is not there.
+// The state of a control, or of the dialog without an id; all zero when it does not exist.
 OrlHeadlessState Look(OrlWindow dialog, int32_t id = ORL_HEADLESS_SELF);
 // The text of a control, the title of a dialog.
 std::string Text(OrlWindow dialog, int32_t id = ORL_HEADLESS_SELF);

@@ -1,4 +1,4 @@
-// The windows beside the editor, the values that go into the text, and the error boxes.
+// The windows beside the editor, the values inserted into the text, and the error boxes.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -15,7 +15,7 @@ std::vector<Case> Cases(const char *section) {
 }
 
 std::vector<std::string> values;  // what the host lists
-std::vector<int32_t> mores;       // what it says in turn; nothing after the last
+std::vector<int32_t> mores;       // the values of *more in turn; 0 after the last
 std::string calls;
 
 void ListValues(EC, const char *name, void *list, int32_t first, int32_t *more) {
@@ -46,8 +46,8 @@ struct Context : HostedContext {
   }
 };
 
-// Plays acts for the editor, the window of a name beside it (after the first bar), and the editor
-// again. The window, or null.
+// Runs actions in the editor, in the named window beside it (after the first bar), and in the
+// editor again. Returns the window, or null.
 OrlWindow Play(OrlWindow d, const std::string &acts, const char *name) {
   const size_t first = acts.find('|'), last = acts.rfind('|');
   Act(d, acts.substr(0, first));
@@ -192,9 +192,9 @@ TEST(ErrorBox, ShowsTheFaultAndNothingElseCan) {
 }
 // clang-format on
 
-// A host may call the procedures of windows that are not there.
-// A host may destroy a window beside the editor, also from within its own routine; it can be opened
-// again, and the host is never asked for values without a list.
+// A host may call the procedures of windows that do not exist. A host may destroy a window beside
+// the editor, also from within its own routine; it can be opened again, and the host is never asked
+// for values without a list.
 TEST(SideWindows, CanBeDestroyedByTheHost) {
   const Context ec;
   static int32_t destroying = 0;

@@ -1,5 +1,5 @@
-// Every allocation of every operation fails once: the result is the promised one, the context is as
-// it was, and nothing leaks.
+// Every allocation of every operation fails once: the result is the documented one, the context is
+// unchanged, and nothing leaks.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -40,8 +40,8 @@ OwnedContext Prepared(HostData *host) {
 enum class State { Same, MayDiffer, Dead };
 const auto kNothingFirst = [](EC) {};
 
-// Runs the operation with the n-th allocation failing, for each n, until it returns true. What is
-// in `first` is done before, with memory.
+// Runs the operation with the n-th allocation failing, for each n, until it returns true. `first`
+// runs before, with memory.
 void Sweep(const char *what, State afterFailure, const std::function<bool(EC)> &operation,
            const std::function<void(EC)> &first = kNothingFirst) {
   for (int64_t n = 0; n < 5000; ++n) {
@@ -62,10 +62,10 @@ void Sweep(const char *what, State afterFailure, const std::function<bool(EC)> &
         context.release();  // NOLINT(bugprone-unused-return-value): the failure has destroyed it
       } else if (!done && afterFailure != State::MayDiffer) {
         EXPECT_EQ(Snapshot(ec), state);
-        // A table may have grown before it is needed, but no block may be lost in numbers.
+        // A table may have grown early, but the number of blocks must be the same.
         EXPECT_LE(TEST_LiveBlocks(), blocks + 2);
       }
-      // It goes on working.
+      // It still works.
       if (context != nullptr) {
         EXPECT_EQ(Evaluate(ec, Make(ec, "Amount + Two()")), "17");
       }
@@ -76,8 +76,8 @@ void Sweep(const char *what, State afterFailure, const std::function<bool(EC)> &
   FAIL() << what << " never succeeds";
 }
 
-// Every kind of token and node, and texts with a fault of their own: the answer is the usual one or
-// no memory. After a sign, where only a number can follow, one without memory is a syntax error.
+// Every kind of token and node, and texts with errors: the result is the usual one or out of
+// memory. After a sign, where only a number can follow, out of memory is a syntax error.
 TEST(AllocationFailure, Parse) {
   for (const char *text : {"1",
                            "-1 + 2 * Amount",
@@ -131,7 +131,7 @@ TEST(AllocationFailure, Evaluate) {
   }
 }
 
-// The row counts even when its routine's name could not be kept; it takes until that is.
+// The row is added even when its routine's name could not be copied; repeated until it is.
 bool AddRow(EC ec) {
   ExprItem item = {};
   item.kind = ORL_KEYWORD;
@@ -149,7 +149,7 @@ bool DeleteRow(EC ec) {
          ORLHEXPFromName(ec, "Spared") == nullptr;
 }
 
-// Rows and expressions may be missing in a copy; what is there is whole.
+// Rows and expressions may be missing in a copy; what it has is complete.
 bool Copy(EC ec) {
   const OwnedContext copy(ORLCopyEC(ec));
   if (copy == nullptr) return false;
@@ -197,7 +197,7 @@ TEST(AllocationFailure, EverythingElse) {
         [](EC ec) { return ORLSetOperatorCallback(ec, 0, 0, "routine") == 1; });
 }
 
-// A renamed row is renamed whatever happens; each formula has followed or is as it was.
+// The row is renamed in any case; each formula is updated or unchanged.
 TEST(AllocationFailure, Rename) {
   const auto rename = [](EC ec) {
     ORLRenameExpressionItem(ec, ORL_INPUT, "Spare", "Another");

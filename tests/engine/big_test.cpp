@@ -1,5 +1,5 @@
-// Sizes that would break what recurses or searches: everything here must end in seconds, on a stack
-// of half a MiB.
+// Sizes that would break recursive or quadratic code: everything here must end in seconds, on a
+// stack of half a MiB.
 #include <gtest/gtest.h>
 #include <pthread.h>
 

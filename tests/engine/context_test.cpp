@@ -65,14 +65,14 @@ TEST(Context, Settings) {
   EXPECT_EQ(inner->pictures[1], nullptr);
   EXPECT_EQ(inner->pictureWidth, 10);
   ORLSetDateConvert(ec, "{d '%s'}", nullptr, "{t '%s'}", 2);
-  EXPECT_EQ(inner->pictureWidth, 10);  // templates count with the next picture
+  EXPECT_EQ(inner->pictureWidth, 10);  // templates are measured with the next picture
   ORLSetDateConvert(ec, nullptr, "{ts '%s'}", nullptr, 2);
   EXPECT_STREQ(inner->dateConvert[0], "{d '%s'}");
   EXPECT_STREQ(inner->dateConvert[1], "{ts '%s'}");
   EXPECT_EQ(inner->dateConvertFlags, 2);
   EXPECT_EQ(ORLSetDatePicture(ec, nullptr, "MM", nullptr), 1);
   EXPECT_EQ(inner->pictures[0], nullptr);
-  const OwnedContext copy(ORLCopyEC(ec));  // without the first picture it takes none over
+  const OwnedContext copy(ORLCopyEC(ec));  // without the first picture none are copied
   EXPECT_EQ(copy->pictures[1], nullptr);
 }
 
@@ -103,7 +103,8 @@ TEST(Context, DeleteAllItems) {
   EXPECT_EQ(ORLDeleteAllECVars(ec), 1);
 }
 
-// A copy has the items, the settings and what parses again; not callbacks, help path or counters.
+// A copy has the items, the settings and the expressions that parse again; not callbacks, help path
+// or counters.
 TEST(Context, CopyTakesOverItemsSettingsAndTexts) {
   HostedContext ec(ORL_FLAG_RANGES, [](const char *) { return Address(&HostValue); });
   ec.host.values = {{"Amount", "5"}};

@@ -1,5 +1,5 @@
-// The guarded delete of an item against a plain model of it: a list of what is put off, and rounds
-// over that list.
+// The guarded delete of an item against a plain model of it: a list of deferred expressions, and
+// rounds over that list.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,8 +18,8 @@ struct Formula {
   std::vector<std::string> calls;
 };
 
-// What the host does when it is asked for the n-th time: destroy, refuse, pretend, or destroy one
-// more expression as well.
+// What the host does at the n-th call: destroy, refuse, pretend, or also destroy another
+// expression.
 enum class Answer : int { Destroy, Refuse, Pretend, DestroyMore };
 
 struct Model {
@@ -96,7 +96,7 @@ struct Model {
   }
 };
 
-// The host's side of the same answers.
+// The host's implementation of these.
 struct Host {
   std::vector<Answer> answers;
   std::string asked;
@@ -186,7 +186,7 @@ TEST(DeleteItem, AsksInTheOrderOfTheModel) {
   }
 }
 
-// Without memory for its queues the delete asks for the same, if in other rounds.
+// Without memory for its queues the delete asks for the same expressions, possibly in other rounds.
 TEST(DeleteItem, NeedsNoMemory) {
   std::mt19937 random(11);
   for (int round = 0; round < 300; round++) {
@@ -214,7 +214,7 @@ TEST(DeleteItem, WithoutTheRowThereIsNothingToAsk) {
   ORLDestroyEC(ec);
 }
 
-// Thirty thousand formulas, each calling the one before, go one by one from the end.
+// Thirty thousand formulas, each calling the previous one, are deleted one by one from the end.
 TEST(DeleteItem, BelowALongChain) {
   std::vector<Formula> formulas = {{"a0", true, {}}};
   for (int i = 1; i < 30000; i++) {

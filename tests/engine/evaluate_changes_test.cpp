@@ -1,5 +1,5 @@
-// Evaluation when the host surprises: blocks that were replaced, and names that mean something else
-// than they did when the formula was parsed.
+// Evaluation with unexpected hosts: replaced blocks, and names that resolve differently than when
+// the formula was parsed.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -17,7 +17,7 @@ namespace {
 
 struct Behaviour {
   const char *what;
-  int32_t size;  // of the block that takes the place of the given one; 0: null, -1: none
+  int32_t size;  // size of the block that replaces the given one; 0: null, -1: none
   bool filled;   // with 'x' up to the last byte
   int32_t result;
   std::string number, text;  // the value, or "any"
@@ -67,7 +67,7 @@ TEST(EvaluateChanges, BlocksThatRoutinesLeaveBehind) {
     // clang-format off
     const std::pair<const char *, std::string> formulas[] = {
         {"N", row.number}, {"FN()", row.number}, {"S || '!'", row.text}, {"FS() || '!'", row.text},
-        // Used on, whatever it holds, a date must not lead outside its block.
+        // Whatever it holds, a date must not be read outside its block.
         {"D + N MONTHS", "any"}, {"FD() - D", "any"}, {"Day(D)", "any"},
     };
     // clang-format on
@@ -82,7 +82,7 @@ TEST(EvaluateChanges, BlocksThatRoutinesLeaveBehind) {
 
 // ---- Names ----
 
-// How many of its first three arguments are there.
+// The number of its first three arguments that are present.
 int32_t Present(EC, HEXP, int32_t, void **result, const char *, void **args) {
   int32_t there = 0;
   for (int i = 0; i < 3; ++i) there += args != nullptr && args[i] != nullptr;
@@ -168,7 +168,7 @@ TEST(EvaluateChanges, NamesThatMeanSomethingElseGiveNoValue) {
   }
 }
 
-// Duplicate names can make circles: every routine ends.
+// Duplicate names can form cycles: every routine must end.
 TEST(EvaluateChanges, Circles) {
   const HostedContext ec;
   HEXP first = Make(ec, "1", "A");
@@ -190,7 +190,7 @@ TEST(EvaluateChanges, Circles) {
   EXPECT_EQ(ORLIsItemUsedInComplex(ec, "Tax"), 0);
   EXPECT_EQ(ORLDestroyEXP(ec, b), 0);
   EXPECT_EQ(ORLDestroyEXP(ec, user), 1);
-  // A new formula may refer to the circle, and one that would join it is refused.
+  // A new formula may refer to the cycle, and one that would join it is rejected.
   EXPECT_EQ(Outcome(Parse(ec, "A()", "Beside")), "type 0");
   EXPECT_EQ(Outcome(Store(ec, b, "A() + 1", "B")), "125@0+2");
   const OwnedContext copy(ORLCopyEC(ec));

@@ -1,6 +1,6 @@
-// Random formulas, computed by the engine in one piece and operation by operation through the
-// exported routines, which take packed values and blocks: both give the same bytes. Routines of the
-// host that change the context and the operators in the middle of an evaluation are among them.
+// Random formulas, computed by the engine as a whole and operation by operation through the
+// exported routines, which use packed values and blocks: both must produce the same bytes. Some
+// host routines change the context and the operators during an evaluation.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -77,7 +77,7 @@ void *LookUp(const char *name) {
   return std::strcmp(name, "TakeLess") == 0 ? Address(&TakeLess) : nullptr;
 }
 
-// Routines that give back their argument when they have changed what names mean, or how '+' works.
+// Routines that change what names refer to, or the routine of '+', and return their argument.
 int32_t Rename(EC ec, HEXP, int32_t, void **result, const char *, void **args) {
   if (ec != nullptr) {
     AddInput(ec, "other", 0, 0, nullptr);
@@ -94,7 +94,7 @@ int32_t SetPlus(EC ec, HEXP, int32_t, void **result, const char *name, void **ar
   return 1;
 }
 
-// A new named formula, or one of those that there are.
+// A new named formula, or an existing one.
 Sample Generator::Formula(int depth) {
   constexpr size_t kMostFormulas = 200;
   if (formulas.size() == kMostFormulas || (!formulas.empty() && Below(2) == 0)) {

@@ -1,4 +1,4 @@
-// Evaluation: values of every kind of node, host routines, and what the two entries deliver.
+// Evaluation: values of every kind of node, host routines, and the results of the two entries.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -27,7 +27,7 @@ int32_t Twice(EC, HEXP, int32_t, void **result, const char *, void **args) {
   return WRENNumAdd(static_cast<NumberValue *>(*result), value, value), 1;
 }
 
-// Notes which of its three arguments are there and gives 7.
+// Records which of its three arguments are present and returns 7.
 int32_t Record(EC, HEXP, int32_t, void **result, const char *, void **args) {
   listGiven = args != nullptr;
   given.clear();
@@ -138,8 +138,8 @@ TEST(Evaluate, PlainArithmeticIsNoDate) {
   EXPECT_LT(dates, 20000 / 10) << "texts that may hold a date";
 }
 
-// Both operands and all arguments are computed even when one has no value; not so what
-// follows the declared parameters, and what is passed by name.
+// Both operands and all arguments are computed even when one has no value; but not arguments beyond
+// the declared parameters, nor those passed by name.
 TEST(Evaluate, OrderAndHandlesOfHostCalls) {
   EvaluationContext ec;
   HEXP inner = Make(ec, "Amount + Tax", "Inner");
@@ -199,7 +199,7 @@ TEST(Evaluate, IntoABuffer) {
   EXPECT_EQ(ORLEvaluateExpression(ec, nullptr, 13, nullptr), 0);
 }
 
-// A block grows when it must, else it stays, also when there is no value.
+// A block grows when necessary, else it is kept, also when there is no value.
 TEST(Evaluate, IntoABlock) {
   EvaluationContext ec;
   struct Row {

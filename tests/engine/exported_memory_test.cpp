@@ -1,6 +1,6 @@
-// The libraries as a host has them that loads them late: each exported routine is the first that a
-// new thread calls, and each allocation below it fails once, whoever makes it. The process goes on,
-// and the result is the usual one or the promised failure.
+// The libraries in a host that loads them late: each exported routine is the first that a new
+// thread calls, and each allocation in it fails once, whoever makes it. The process continues, and
+// the result is the usual one or the documented failure.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -88,7 +88,7 @@ const std::vector<std::string> &Names() {
   return names;
 }
 
-// Which of them some call has asked for.
+// The routines that some call has covered.
 bool *Called() {
   static bool *const called = SharedWithChildren<bool>(Names().size());
   return called;
@@ -96,11 +96,11 @@ bool *Called() {
 
 void *Symbol(const std::string &name);
 
-// The routine of the loaded library, not the one that this program holds itself.
+// The routine of the loaded library, not the one linked into this program.
 #define LOADED(name) reinterpret_cast<decltype(&::name)>(SymbolAt(#name))
 
 void *SymbolAt(const char *name) {
-  const int64_t limit = std::exchange(allowed, -1);  // looking it up is no part of the call
+  const int64_t limit = std::exchange(allowed, -1);  // the lookup is not part of the call
   void *symbol = Symbol(name);
   allowed = limit;
   return symbol;
@@ -125,7 +125,7 @@ int32_t GiveFive(EC, HEXP, int32_t, void **value, const char *) {
   return 1;
 }
 
-// What the calls work on: prepared before any of them, with memory.
+// The data of the calls: prepared before any of them, with memory.
 struct Prepared {
   EC ec;
   HEXP one, two;
@@ -440,7 +440,7 @@ int64_t CallFunction(const FunctionRow &row, OrlFunctionProc routine) {
   return routine(at.ec, at.two, size, &at.value, row.name.c_str(), arguments);
 }
 
-// A message of the editor's windows, of which none is open.
+// A message to the editor's windows, none of which is open.
 int64_t CallWindowProcedure(const std::string &name) {
   for (const uint32_t message : {ORL_WM_INITDIALOG, ORL_WM_COMMAND, ORL_WM_DESTROY}) {
     reinterpret_cast<decltype(&OrlDlgProc)>(SymbolAt(name.c_str()))(nullptr, message, 0, 0);
@@ -467,8 +467,8 @@ struct Outcome {
   bool refused;
 };
 
-// One call on a new thread of a new process, with the n-th allocation failing. What the process
-// came to: empty for a result, and what ended it otherwise.
+// One call on a new thread of a new process, with the n-th allocation failing. Returns how the
+// process ended: empty for a result, otherwise the reason.
 std::string CallInProcess(const Routine &call, int64_t n, Outcome *outcome) {
   static auto *const shared = SharedWithChildren<Outcome>(1);
   const bool failedBefore = testing::Test::HasFailure();

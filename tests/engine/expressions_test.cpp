@@ -27,7 +27,7 @@ TEST(Expressions, CopiedTextsAreCutAndTerminated) {
   }
 }
 
-// A free number is searched from the counter on, which stays at the last number found.
+// A free number is searched from the counter on, which then is the last number found.
 TEST(Expressions, GeneratedNames) {
   const HostedContext ec(kRanges);
   AddFunction(ec, {"Formula2", 0, {}, 0, 0, 0, nullptr});
@@ -175,7 +175,7 @@ TEST(Expressions, StoringChecks) {
     EXPECT_EQ(NameOf(ec, stored.exp), given);
     EXPECT_EQ(ORLHEXPFromName(ec, given.c_str()), stored.exp);
     EXPECT_EQ(ORLGetExpressionDataType(ec, stored.exp), stored.type);
-    // F can go as soon as no text refers to it.
+    // F can be destroyed as soon as no text refers to it.
     const int32_t free = Snapshot(ec).find("F()") == std::string::npos ? 1 : 0;
     HEXP f = ORLHEXPFromName(ec, "F");
     EXPECT_TRUE(f == nullptr || ORLDestroyEXP(ec, f) == free);

@@ -53,7 +53,7 @@ TEST(HandleArray, LocksNestAndRefusalsLeaveNone) {
 TEST(HandleArray, NoRowBeyondTheLimitOrWithoutMemory) {
   HandleArray array = HandleArrayCreate(4, 1);
   At(array, 0) = 5;
-  // Growth may keep space in reserve, so append until memory is asked for.
+  // Growth may reserve space, so append until memory is allocated.
   TEST_FailAllocationsAfter(0);
   EXPECT_EQ(HandleArrayCreate(4, 1), nullptr);
   uint32_t rows = 1;
@@ -80,7 +80,7 @@ TEST(HandleArray, AgainstVector) {
       ASSERT_EQ(At(array, size), 0u) << "new element at step " << step;
       model.push_back(static_cast<uint32_t>(random()));
       At(array, size) = model.back();
-    } else if (size != 0) {  // an index that is not there takes the last
+    } else if (size != 0) {  // an index outside the table removes the last
       const size_t index = random() % (size + 4) - 2;
       ASSERT_EQ(HandleArrayRemove(array, static_cast<int32_t>(index)), array);
       model.erase(model.begin() + static_cast<int32_t>(std::min(index, size - 1)));

@@ -1,4 +1,4 @@
-// Items: adding, lookups, enumeration, deletion with and without a look at their use.
+// Items: adding, lookups, enumeration, deletion with and without a check of their use.
 #include "engine/items.h"
 
 #include <gtest/gtest.h>
@@ -65,7 +65,7 @@ TEST(Items, RecordsAreCopied) {
     EXPECT_EQ(+copy.parameters[1].dataType, parameters > 1 ? 1 : 0) << parameters;
     EXPECT_EQ(+copy.parameters[2].mode, 0) << parameters;
   }
-  row.item.paramCount = -1;  // written without parentheses, and taken with them too
+  row.item.paramCount = -1;  // written without parentheses, and accepted with them too
   row.item.name[1] = '\0';
   EXPECT_EQ(ORLAddExpressionItem(ec, &row.item), 1);
   EXPECT_EQ(Outcome(Parse(ec, "n()")), "type 0");
@@ -92,7 +92,7 @@ TEST(Items, KeywordsByName) {
   }
 }
 
-// Tables keep the order of adding through deletions, and a name means the first row that has it.
+// Tables keep insertion order through deletions, and a name means the first row that has it.
 TEST(Items, OrderAmongMany) {
   const OwnedContext context = Empty();
   EC ec = context.get();

@@ -1,4 +1,4 @@
-// The built-in functions as a context knows them, and the routines for result blocks.
+// The built-in functions of a context, and the routines for result blocks.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -11,8 +11,8 @@
 namespace {
 
 // Each row's parameters have types of their own: a call with one argument of each type parses with
-// the row's type, and one argument more does not. Each has its routine, so that the host is asked
-// for none.
+// the row's type, and one argument more does not. Each has its routine, so that the host's lookup
+// is never called.
 TEST(Registry, Rows) {
   static std::string asked;
   const OwnedContext context(ORLCreateEC(
@@ -54,7 +54,7 @@ TEST(Registry, Rows) {
   void *const weekDay = ItemFind(ItemTableOf(ec, ORL_FUNCTION), "WeekDay")->routine;
   EXPECT_EQ(weekDay, Address(&FUNWeekDay));
   EXPECT_EQ(Evaluate(ec, Make(ec, "DateYear(2012-01-31)")), "2012");
-  EXPECT_EQ(FUNDefineFunctions(ec), 1);  // twice is no fault
+  EXPECT_EQ(FUNDefineFunctions(ec), 1);  // adding twice is not an error
   EXPECT_EQ(ItemNames(ec, ORL_FUNCTION).size(), 92u);
 }
 

@@ -1,5 +1,6 @@
-// Random formulas over random columns: ORLEvaluateRows gives what ORLEvaluateExpression gives row
-// by row, with value routines that hand out what the columns stand for by the exported routines.
+// Random formulas over random columns: ORLEvaluateRows computes the same as ORLEvaluateExpression
+// row by row, with value routines that convert the elements of the columns by the exported
+// routines.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -20,7 +21,7 @@ __extension__ typedef __int128 Wide;
 
 constexpr int64_t kDay = INT64_C(86400000000);
 
-// The values of one input item: as a column, and what each stands for.
+// The values of one input item: as a column, and as values.
 struct Item {
   std::string name;
   int32_t form = 0, scale = 0;
@@ -105,7 +106,7 @@ struct World {
   std::mt19937_64 random;
   size_t rows = 0;
   std::deque<Item> items;
-  size_t current = 0;  // whose values ItemValue hands out
+  size_t current = 0;  // whose values ItemValue returns
 
   explicit World(uint64_t seed) : random(seed) {}
   size_t Below(size_t end) { return random() % end; }
@@ -351,7 +352,7 @@ std::string World::Text(int depth) {
   }
 }
 
-// ---- Both roads ----
+// ---- Both ways ----
 
 // The element that a value has in a form; false where the form cannot hold it.
 bool Element(const NumberValue &value, int32_t form, int32_t scale, std::string *element) {
@@ -395,7 +396,7 @@ size_t SizeOf(int32_t form) {
   return sizes[form];
 }
 
-// The elements one after the other, row by row; an empty one where a row has no value.
+// The elements row by row; an empty one where a row has no value.
 std::vector<std::string> RowByRow(EC ec, HEXP exp, int32_t form, int32_t scale,
                                   std::vector<bool> *valid) {
   std::vector<std::string> elements;
@@ -469,7 +470,7 @@ OwnedContext Context(World &filled) {
   return context;
 }
 
-// What rounds cost is mostly the row by row road; there are more than 300,000 rows in all.
+// The cost of a round is mostly the evaluation row by row; there are more than 300,000 rows in all.
 TEST(RowsRandom, AgreeWithRowByRow) {
   static const int32_t numberForms[] = {ORL_COLUMN_NUMBER,     ORL_COLUMN_NUMBER,
                                         ORL_COLUMN_INT64,      ORL_COLUMN_INT64,

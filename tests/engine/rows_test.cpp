@@ -1,5 +1,5 @@
-// ORLEvaluateRows: columns and results of each form, rows without a value, what is refused, the
-// host's routines among the rows, and memory that ends.
+// ORLEvaluateRows: columns and results of each form, rows without a value, rejected arguments, host
+// routines during the rows, and out of memory.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -190,7 +190,7 @@ TEST(Rows, RefusedArgumentsWriteNothing) {
   EXPECT_TRUE(results.Untouched());
 }
 
-// A text result of no rows, and of rows that are all empty, is a block all the same.
+// A text result of no rows, and of rows that are all empty, is still a block.
 TEST(Rows, EmptyTexts) {
   HostedContext ec;
   HEXP exp = Make(ec, "Name || ''");
@@ -207,7 +207,7 @@ TEST(Rows, EmptyTexts) {
   }
 }
 
-// Texts that make a batch begin anew, with fewer rows each time.
+// Strings that make a batch start over, with fewer rows each time.
 TEST(Rows, LongTextsTakeFewerRowsAtATime) {
   constexpr int32_t kRows = 1100;
   constexpr int32_t kLength = 20000;
@@ -250,12 +250,13 @@ int32_t AskedFunction(EC, HEXP, int32_t, void **value, const char *name, void **
   return 1;
 }
 
-// What the item means for other evaluations while the row is computed.
+// The value of the item in other evaluations while the row is computed.
 int32_t InnerAmount(EC ec, HEXP, int32_t, void **value, const char *, void **) {
   return ORLEvaluateExpression(ec, ORLHEXPFromName(ec, "Inner"), sizeof(NumberValue), *value);
 }
 
-// The second column-less item is asked behind the first in each row; what fails is one row's.
+// The second item without a column is called after the first in each row; a failure affects one
+// row.
 TEST(Rows, HostRoutinesAreCalledInTheOrderOfRows) {
   HostedContext ec;
   FUNDefineFunctions(ec);
@@ -280,14 +281,14 @@ TEST(Rows, HostRoutinesAreCalledInTheOrderOfRows) {
     EXPECT_EQ(calls, row.calls) << row.formula;
     EXPECT_EQ(rows, row.rows) << row.formula;
   }
-  // The items are as they were.
+  // The items are unchanged.
   ec.host.values["Amount"] = "5";
   EXPECT_EQ(Evaluate(ec, Make(ec, "Amount")), "5");
 }
 
 // ---- Memory ----
 
-// With every allocation failing once the answer is -1 with nothing written, or the whole one.
+// With every allocation failing once the result is -1 with nothing written, or the complete one.
 TEST(Rows, MemoryThatEnds) {
   const std::string longText(2000, 'm');
   const int32_t offsets[] = {0, 3, 1500, 2000};

@@ -51,7 +51,7 @@ TEST(Usage, Rows) {
       EXPECT_EQ(ORLIsItemAggregate(ec, kind, name), kind == 0 && *name == 'G') << kind << name;
     }
   }
-  // What is gone counts as a dead end.
+  // A formula that no longer exists is a dead end.
   EXPECT_EQ(ORLIsAggregateUsed(ec, through), 1);
   ORLDelExpItemNoCheck(ec, ORL_FUNCTION, "G");
   EXPECT_EQ(ORLIsAggregateUsed(ec, through), 0);

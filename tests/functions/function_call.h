@@ -18,7 +18,7 @@ struct FunctionRow {
 const std::vector<FunctionRow> &FunctionRows();
 const FunctionRow &FunctionRowOf(const std::string &name);
 
-// A copy on the heap that ends where its last byte does, so that a sanitizer sees a byte too much.
+// A copy on the heap of exactly the right size, so that a sanitizer detects access past the end.
 std::unique_ptr<char[]> ExactCopy(const std::string &bytes);
 
 // The bytes of a value in the notation of Call().

@@ -1,4 +1,4 @@
-"""Prints calls of the built-in functions with what Python makes of them, tab separated:
+"""Prints calls of the built-in functions with the results of Python, tab separated:
 
     <code page> <function> <argument>... <result>
 

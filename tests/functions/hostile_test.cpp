@@ -1,4 +1,4 @@
-// The built-in functions under calls that no formula makes, and at the edges of what they take.
+// The built-in functions under calls that no formula makes, and at the limits of their arguments.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -128,8 +128,8 @@ void ExpectSize(const HostileCall &call, const std::string &result) {
       << given << " bytes, not " << promised;
 }
 
-// A text ends within its block, and valid texts make a valid text: no character was split. True
-// when that was put to the test.
+// A string ends within its block, and valid arguments yield a valid string: no character was split.
+// True when that was checked.
 bool CheckText(const HostileCall &call) {
   const void *end = memchr(call.block, 0, WRENMemSize(call.block));
   EXPECT_TRUE(call.withResult && end != nullptr);
@@ -146,7 +146,7 @@ bool CheckText(const HostileCall &call) {
   return valid && !result.empty();
 }
 
-// A value is null, a number or a date in its one form, or an argument that was chosen.
+// A value is null, a number or a date in canonical form, or a selected argument.
 void CheckValue(const HostileCall &call) {
   const NumberValue value = ValueOf(call.block);
   const NumberValue zero = Number(0);

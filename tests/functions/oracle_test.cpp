@@ -1,4 +1,5 @@
-// Every built-in function against what function_oracle.py computes with Python's own means.
+// Every built-in function against the results of function_oracle.py, computed independently in
+// Python.
 #include <gtest/gtest.h>
 
 #include <map>

@@ -1,5 +1,5 @@
-// The page of the functions: it has the functions of the engine, and what it says they give they
-// give. The tables in the page of the pictures are computed as well.
+// The page of the functions: it has the functions of the engine, and its examples have the
+// documented results. The tables in the page of the pictures are computed as well.
 #include <gtest/gtest.h>
 
 #include <fstream>

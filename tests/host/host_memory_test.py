@@ -17,7 +17,7 @@ REPORT = ("report", "--by", "y=DateYear(sold)", "--by", "s=StrLeft(name, 1)", "-
 
 class Memory(support.FolderCase):
     def run_limited(self, path, command, *options, **more):
-        """The status of a run that may take LIMIT bytes of memory, and how many lines it wrote."""
+        """The status of a run that may use LIMIT bytes of memory, and how many lines it wrote."""
         limit = lambda: resource.setrlimit(resource.RLIMIT_DATA, (LIMIT, LIMIT))
         with open(self.folder / "output", "wb") as output:
             result = subprocess.run([support.ORLI, command, path, *options], stdout=output, check=False,
@@ -35,7 +35,7 @@ class Memory(support.FolderCase):
         # From a pipe, which cannot be read twice.
         with subprocess.Popen(["cat", path], stdout=subprocess.PIPE) as cat:
             self.assertEqual(self.run_limited("-", *EVAL, stdin=cat.stdout), (0, ROWS + 1))
-        # The limit is felt: a group for each row is too much.
+        # The limit takes effect: a group for each row is too much.
         self.assertEqual(self.run_limited(path, "report", "--by", "i=id"), (1, 0))
 
 

@@ -1,4 +1,4 @@
-"""What others build against: exported names, headers, the README's host."""
+"""What other projects build against: exported names, headers, the README's host."""
 
 import os
 import re
@@ -8,7 +8,7 @@ import support
 
 LIBRARIES = ("ORLI11", "WRENI11", "PAVNI11")
 HEADLESS = "ORLI11-headless"
-# Built where Qt is there.
+# Built where Qt is installed.
 WINDOW_SYSTEM = "ORLI11-qt"
 HAS_WINDOWS = (support.BUILD / f"lib/lib{WINDOW_SYSTEM}.so").exists()
 # The installed ones, that of the window system for tests, and the places where hosts had them once.

@@ -57,7 +57,8 @@ class Program(support.FolderCase):
             self.assertEqual((process.wait(), errors), (-signal.SIGPIPE, b""))
 
     def test_long_files_are_not_read_for_wrong_formulas(self):
-        """What is wrong behind the first rows is not reached; what types alone make wrong is told by them."""
+        """Errors after the first rows are not reached; errors that depend on types are reported by
+        the first rows."""
         path = self.file("a,b\n" + "1,2\n" * 2000 + "1,2,3\n")
         for formula, told in (("a + nope", b"ERR_VAR"), ("a +", b"ERR_SYNTAX"), ("Nope(a)", b"ERR_FUNC"),
                               ("a || b", b"3 fields"), ("a", b"3 fields")):

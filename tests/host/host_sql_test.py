@@ -80,8 +80,9 @@ class Sqlite:
 
 
 class PostgreSQL:
-    """A server of its own, in a folder of its own, by a user without rights: it refuses root. It ends
-    with the test, however that ends: a cleanup stops it, or the exit, or the system as its parent dies."""
+    """A private server in a temporary folder, run by an unprivileged user: it refuses root. It ends
+    with the test, however that ends: stopped by a cleanup, at exit, or by the system when its
+    parent dies."""
     name = "PostgreSQL"
     server = None
 
@@ -126,7 +127,7 @@ class PostgreSQL:
             raise RuntimeError(f"{name} fails: " + (self.folder / "log").read_text(errors="replace"))
 
     def wait(self):
-        """Until the server takes connections."""
+        """Waits until the server accepts connections."""
         end = time.monotonic() + 60
         while self.start("pg_isready", "-q", "-h", self.folder, "-d", "postgres").wait() != 0:
             if self.server.poll() is not None or time.monotonic() > end:

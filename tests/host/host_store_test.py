@@ -63,7 +63,7 @@ class Session(StoreCase):
         self.assertEqual(self.store.read_bytes(), block(formulas=(
             ("net", "gross() - tax"), ("gross", "amount * 2"), ("late", "sold AND sold + 7 DAYS"),
             ("few", "tax, 1"))))
-        # A changed formula keeps its place, also where two change places in calling each other.
+        # A changed formula keeps its position, even when two swap which one calls the other.
         self.define("gross=net() * 2", "net=amount", '"a=b"=\'ä\'')
         formulas = (("net", "amount"), ("gross", "net() * 2"), ("late", "sold AND sold + 7 DAYS"),
                     ("few", "tax, 1"), ('"a=b"', "'ä'"))
@@ -195,7 +195,8 @@ class Files(StoreCase):
         (self.folder / "inner").mkdir()
         link.symlink_to("inner/next")
         (self.folder / "inner/next").symlink_to("../sales.store")
-        self.good("define", link, self.data, "a=amount")  # links may lead to what is not there yet
+        # Links may refer to files that do not exist yet.
+        self.good("define", link, self.data, "a=amount")
         for mode in (0o600, 0o664, 0o640):
             self.store.chmod(mode)
             self.good("define", link, self.data, "a=amount")

@@ -1,4 +1,4 @@
-/* The texts that orli makes itself: underlined places, words for message ids. */
+/* Texts that orli produces itself: underlined spans, messages for ids. */
 #include <gtest/gtest.h>
 #include <orli11.h>
 

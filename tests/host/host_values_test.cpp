@@ -125,7 +125,7 @@ TEST(HostValues, TheWindowGoesOnAndBeginsAnew) {
     EXPECT_EQ(RowList(list, 100), "");
     Act(d, "row 106 s");
     EXPECT_EQ(Rows(list, 100).size(), 200U);
-    // A file that has changed under the editor ends each listing with a line about it.
+    // A file that has changed while the editor is open ends each listing with a line about it.
     file.Write("s,t\na,\nb\n");
     Act(d, "row 106 t; row 106 s");
     EXPECT_EQ(RowList(list, 100), "a");

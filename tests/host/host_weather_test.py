@@ -37,7 +37,7 @@ def add_months(day, count):
     return first.replace(day=min(day.day, month_end(first).day))
 
 
-# Name, formula, and what Python makes of a row: a Decimal, a date or a text.
+# Name, formula, and the value in Python for a row: a Decimal, a date or a string.
 FORMULAS = (
     ("sum", "temp_max + temp_min - wind * precipitation",
      lambda row: HIGH(row) + LOW(row) - WIND(row) * PRECIPITATION(row)),
@@ -88,7 +88,7 @@ def rounded(value, unit):
 
 
 def figures_of_month(rows):
-    """What the report computes of the rows of one month, and what it then shows of that."""
+    """The report's results for the rows of one month, and their output."""
     rain, count = sum(map(PRECIPITATION, rows)) / 4, len(rows)
     dry = decimal.Decimal(sum(PRECIPITATION(row) == 0 for row in rows)) / count
     mean = sum((HIGH(row) + LOW(row)) / 2 for row in rows) / count

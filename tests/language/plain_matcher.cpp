@@ -39,7 +39,7 @@ size_t First(Places places) {
 struct Matcher {
   std::string bytes;  // the text and its one blank
   int32_t codePage;
-  Places wanted = 0;  // a reading asked for the byte here
+  Places wanted = 0;  // a reading requested the byte here
   std::array<Places, kRules> ends{};
   std::array<size_t, 64> cut{};  // of a date's match by its end: the last mark, or 0
 
@@ -166,14 +166,14 @@ std::string Capitals(std::string text) {
   return text;
 }
 
-// What is done with a match: a token code, 0 to skip the match, or kRefuse.
+// The result for a match: a token code, 0 to skip the match, or kRefuse.
 enum { kGood = -1, kRefuse = -2 };
 
 struct Run {
   const ScanInput &input;
   Matcher matcher;
   ScanResult result;
-  ScannedToken token;  // carries what a token leaves untouched
+  ScannedToken token;  // keeps what a token leaves unchanged
   size_t at;
   std::string text;  // of the match
 

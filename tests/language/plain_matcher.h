@@ -1,5 +1,6 @@
-// A second scanner, slow and plain: each token rule tried by itself on the text, by walking all its
-// readings at once. It shares nothing with the automaton, the notation of the rules or the actions.
+// A second scanner, slow and simple: each token rule is tried on the text by itself, following all
+// its readings in parallel. It shares nothing with the automaton, the notation of the rules or the
+// actions.
 #ifndef ORLI11_TESTS_LANGUAGE_PLAIN_MATCHER_H
 #define ORLI11_TESTS_LANGUAGE_PLAIN_MATCHER_H
 

@@ -1,4 +1,4 @@
-// The scanner: what each kind of text reads as and its limits, and the comparison with the plain
+// The scanner: the tokens of each kind of text and its limits, and the comparison with the plain
 // matcher on random texts.
 
 #include "language/scanner.h"
@@ -70,7 +70,7 @@ OwnedContext ScanContext() {
   return context;
 }
 
-// Scans the text, and once more after its end, which must say the same.
+// Scans the text, and once more after its end, which must return the same.
 ScanResult ScanWhole(EC ec, const ScanInput &input) {
   EXPECT_EQ(WRENSetCodePage(input.codePage), 1);
   ParseState state;
@@ -130,8 +130,8 @@ TEST(Scanner, EndsTheTextWhereAMatchFillsTheBuffer) {
   const std::string word(2046, 'w'), name = ":" + word;
   const std::pair<std::string, std::string> rows[] = {
       {word, "IDENT@0+2046" + name},                        // space for the last blank
-      {word + "w", " error 112@2049+1"},                    // the last blank could go on
-      {word + "w)", "IDENT@0+2047" + name + "w )@2047+1"},  // full, and no way on
+      {word + "w", " error 112@2049+1"},                    // the last blank could continue
+      {word + "w)", "IDENT@0+2047" + name + "w )@2047+1"},  // full, and nothing can continue
       {"1+" + word + word, "NUMBER@0+1 +@1+1 error 112@2050+2"},
       {"ab   " + word + word, "IDENT@0+2:ab error 112@2051+4"},
       {"'" + word.substr(1) + "'", "STRING@0+2047" + name.substr(0, 2046)},
@@ -154,7 +154,7 @@ const char *const kPieces[] = {
     "'a'", "\\'", "'\\'", "\"", "\"a b\"", "`", "`x`", "?", "\x7F", "\x01", "\x80", "\x81",
     "\x81\\", "\x81'", "\x81|", "\x83\x80", "\x9F", "\xA0", "\xB1", "\xDF", "\xC3\x80", "\xC3\xA9",
     "\xE3\x81\x82", "\xE2\x82\xAC", "\xC2\xA0", "\xE2\x80\x93", "\xE2\x80\x99", "\xEF\xBB\xBF", "\xE9", "\xE9|", "\xE9`", "\xFC\xFC", "\xFD", "\xFF"};
-// Alphabets of single bytes, each for the close quarters of some rules.
+// Alphabets of single bytes, each for rules that are close to each other.
 const std::string_view kAlphabets[] = {
     "11  .:/-,abJm+(\t", "1 abc, .:/-", "'''\\\\a\x81\x83 |", "aB1..\"\"``\xE9\x81\x9F||( @",
     "AaNnDd (.1\"",      "1.5eE+-. "};

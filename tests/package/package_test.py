@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Projects of others that take the engine by each road: CMake package, pkg-config, subdirectory,
+"""Projects that use the engine in each supported way: CMake package, pkg-config, subdirectory,
 FetchContent, static libraries, Debian packages. Ends with status 77 when all is well but a tool is
-not there."""
+missing."""
 
 import os
 import pathlib
@@ -31,7 +31,7 @@ SKIPPED = 77
 
 
 def run(*command, **variables):
-    """What a command prints; a failure tells what it complained of."""
+    """The output of a command; a failure shows its error output."""
     result = subprocess.run(command, text=True, capture_output=True, check=False,
                             env=dict(ENVIRONMENT, **variables))
     if result.returncode != 0:
@@ -54,7 +54,7 @@ class RoadCase(unittest.TestCase):
 
 
 class Installed(RoadCase):
-    """A copy of the release, installed where nothing expects it."""
+    """A copy of the release, installed in an unusual place."""
 
     @classmethod
     def setUpClass(cls):
@@ -64,7 +64,7 @@ class Installed(RoadCase):
         cls.prefix = pathlib.Path(folder.name) / "opt/orli"
 
     def test_cmake_package(self):
-        run("cmake", "-G", "Ninja", "-S", CONSUMER, "-B", self.folder, "-DROAD=find",
+        run("cmake", "-G", "Ninja", "-S", CONSUMER, "-B", self.folder, "-DWAY=find",
             f"-DCMAKE_PREFIX_PATH={self.prefix}", f"-DCMAKE_C_COMPILER={CC}",
             f"-DCMAKE_CXX_COMPILER={CXX}", f"-DCMAKE_C_FLAGS={' '.join(STRICT['c'])}",
             f"-DCMAKE_CXX_FLAGS={' '.join(STRICT['c++'])}")
@@ -112,7 +112,7 @@ class FromSource(RoadCase):
             *settings)
 
     def test_subdirectory_with_static_libraries(self):
-        self.configure("-DROAD=subdirectory", "-DBUILD_SHARED_LIBS=OFF", "-DORLI_INSTALL=ON")
+        self.configure("-DWAY=subdirectory", "-DBUILD_SHARED_LIBS=OFF", "-DORLI_INSTALL=ON")
         run("cmake", "--build", self.folder)
         self.check(self.folder)
         self.assertNotIn("libORLI11", run("ldd", self.folder / "c_host"))
@@ -132,7 +132,7 @@ class FromSource(RoadCase):
         self.check(hosts)
 
     def test_fetch_content(self):
-        self.configure("-DROAD=fetch")
+        self.configure("-DWAY=fetch")
         # The smallest of its libraries: how the others are built is the same.
         run("cmake", "--build", self.folder, "--target", "calendar")
         self.assertEqual(run(self.folder / "calendar"), PRINTED["calendar"])

@@ -1,5 +1,5 @@
-// Random contexts in blocks of every version, made and read by a writer and a reader of their own;
-// and blocks that are cut short or damaged.
+// Random contexts in blocks of every version, made and read by an independent writer and reader;
+// and blocks that are truncated or damaged.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -71,8 +71,8 @@ TEST(BlockRandom, OtherToolsReadAndWriteTheSame) {
   std::remove(path.c_str());
 }
 
-// What holds for any bytes: an answer, no leak, and what was read can be copied, computed, written
-// and read again.
+// Holds for any bytes: a result, no leak, and what was read can be copied, computed, written and
+// read again.
 void TakeAnyBlock(const std::string &block) {
   SCOPED_TRACE("block " + Hex(block));
   const int64_t before = TEST_LiveBlocks();
@@ -113,8 +113,7 @@ TEST(BlockRandom, EveryPrefixOfABlock) {
   }
 }
 
-// One piece of damage: bytes changed, put in, taken out, copied from another block; tags and
-// counts.
+// One kind of damage: bytes changed, inserted, removed, copied from another block; tags and counts.
 void Damage(std::string &block, const std::string &other, std::mt19937 &random) {
   const auto below = [&random](size_t end) { return random() % end; };
   const size_t at = below(block.size()), from = below(other.size()), pick = below(20);

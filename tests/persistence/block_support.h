@@ -15,7 +15,7 @@
 // error.
 inline std::string hostLog;
 
-// Gives the value by which block_format.py computes. A leading "_" was added by the load.
+// Returns the value that block_format.py uses. A leading "_" was added by the load.
 inline int32_t NameValue(EC, HEXP, int32_t size, void **value, const char *name) {
   const std::string bytes = name + (*name == '_' ? 1 : 0);
   const auto add = [](int sum, char byte) { return sum + static_cast<uint8_t>(byte); };
@@ -74,8 +74,8 @@ inline std::string BlockOf(EC ec) {
   return block.substr(0, static_cast<size_t>(size));
 }
 
-// All that is stored of a context, in a line: "op3=Name", "Name(kind,type,...)=RoutineName" with
-// "!" after it where the routine is missing, "-" for an empty element, "Name:=Text".
+// Everything that is stored of a context, in a line: "op3=Name", "Name(kind,type,...)=RoutineName"
+// with "!" after it where the routine is missing, "-" for an empty element, "Name:=Text".
 inline std::string StateOf(EC ec) {
   std::string state;
   for (int32_t i = 0; i < kGroupCount * kOperatorTypes; i++) {

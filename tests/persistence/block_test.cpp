@@ -1,5 +1,5 @@
 // The stored form of a context as its host sees it: what is written into how many bytes, and what a
-// block of any version, whole or faulty, leaves in the context that reads it.
+// block of any version, valid or not, leaves in the context that reads it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -407,7 +407,7 @@ TEST(BlockReader, LongChains) {
   }
 }
 
-// A routine of the host may take away the rows that have been read.
+// A host routine may delete the rows that have been read.
 TEST(BlockReader, LookupThatDeletesRows) {
   static EC loading = nullptr;
   const OwnedContext written(ORLCreateEC(nullptr, nullptr, nullptr, 0));
@@ -428,7 +428,7 @@ TEST(BlockReader, LookupThatDeletesRows) {
 }
 
 // A chain whose end half the rows call, all under one name that is called itself: each could close
-// a circle.
+// a cycle.
 TEST(BlockReader, ManyRowsOfOneName) {
   constexpr int kCount = 32767;
   Texts rows = {"F0=1", "Z=D()"};

@@ -1,4 +1,4 @@
-// A small dialog that notes its events, and a user who works at it.
+// A small dialog that records its events, and a user of it.
 #ifndef ORLI11_TESTS_PLATFORM_HEADLESS_DIALOG_H
 #define ORLI11_TESTS_PLATFORM_HEADLESS_DIALOG_H
 

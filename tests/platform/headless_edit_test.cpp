@@ -18,8 +18,9 @@ std::string Joined(const Characters &characters, size_t count = SIZE_MAX) {
                          std::string());
 }
 
-// Where the contract leaves it open, edits on widgets go the way of their toolkit: places are those
-// of whole characters, a change that leaves the text as it was is none, and keys are the toolkit's.
+// Where the contract leaves it open, edits on widgets behave like their toolkit: positions are
+// those of whole characters, a change that leaves the text unchanged is not reported, and keys are
+// the toolkit's.
 #ifdef ORLI_ON_WIDGETS
 constexpr bool kOnWidgets = true;
 #else

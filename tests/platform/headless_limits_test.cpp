@@ -1,4 +1,4 @@
-// The window system without a screen where things end: loops, windows, memory; and its measures.
+// Limits of the window system without a screen: loops, windows, memory; and its metrics.
 #include <gtest/gtest.h>
 
 #include <algorithm>

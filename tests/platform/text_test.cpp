@@ -1,4 +1,4 @@
-// The order of texts, case and characters as the platform gives them.
+// The platform's collation, case and characters.
 #include "platform/text.h"
 
 #include <gtest/gtest.h>

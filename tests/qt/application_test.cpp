@@ -19,7 +19,7 @@ const OrlDialogTemplate kDialog = {"D", "Dialog", "", 8, 0, 0, 50, 24, 0, 1, kCo
 const OrlWindowSystem *sys = nullptr;
 OrlWindow opened = nullptr;
 
-// Closes itself as soon as it is there.
+// Closes itself as soon as it is open.
 intptr_t Proc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
   if (message == ORL_WM_INITDIALOG) {
     opened = window;
@@ -96,8 +96,7 @@ TEST(QtApplicationDeathTest, LetsTheHostExitInsideOfADialog) {
               testing::ExitedWithCode(7), "");
 }
 
-// What a user does to the host while a dialog is open: it asks the dialog, and may end all the
-// same.
+// A user quits the host while a dialog is open: the dialog is asked, and the host may end anyway.
 TEST(QtApplication, EndsWithItsDialogs) {
   for (const bool refuses : {false, true}) {
     QApplication host(argumentCount, arguments);

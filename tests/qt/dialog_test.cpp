@@ -1,4 +1,4 @@
-// Dialogs as people see them: places and sizes, names, mnemonics, boxes, timers.
+// Dialogs on the screen: positions and sizes, names, mnemonics, boxes, timers.
 #include <gtest/gtest.h>
 
 #include <QtTest/qtestkeyboard.h>
@@ -28,7 +28,7 @@ using qt_windows::Control;
 using qt_windows::Dialog;
 
 const OrlWindowSystem *sys = nullptr;
-std::function<void(OrlWindow)> act;                   // once the dialog stands
+std::function<void(OrlWindow)> act;                   // once the dialog is shown
 std::function<intptr_t(uint32_t, uintptr_t)> answer;  // to what the dialog is told
 
 intptr_t Proc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t /*lParam*/) {
@@ -95,7 +95,7 @@ TEST(QtDialog, ControlsHaveRoomAndKeepApart) {
   }
 }
 
-// In each font: what stands in a row or column has equal steps, and lists end together.
+// In each font: controls in a row or column have equal steps, and lists are aligned.
 TEST(QtDialog, ControlsStandEvenly) {
   for (const int points : {7, 9, 10, 11, 13}) {
     int count = 1;
@@ -151,7 +151,7 @@ TEST(QtDialog, EnlargedGivesTheRoomToTextAndLists) {
     EXPECT_GT(grown(100).height(), 50);
     EXPECT_GT(grown(107).height(), 50);
     for (const int32_t id : {1, 103, 120, 134}) EXPECT_EQ(QSize(0, 0), grown(id)) << id;
-    // What stands together stays together.
+    // Adjacent controls stay adjacent.
     const auto apart = [&](int32_t left, int32_t right) {
       return PlaceOf(window, right).topLeft() - PlaceOf(window, left).topLeft() -
              (before[right].topLeft() - before[left].topLeft());
@@ -160,7 +160,7 @@ TEST(QtDialog, EnlargedGivesTheRoomToTextAndLists) {
     EXPECT_EQ(QPoint(0, 0), apart(120, 129));
     dialog->widget->resize(dialog->baseSize);
     for (const int32_t id : ids) EXPECT_EQ(before[id], PlaceOf(window, id)) << id;
-    // A control that the program moves to where it stands stays there, however often.
+    // A control that the program moves to its own position stays there, however often.
     for (const int32_t id : ids) {
       const QRect place = PlaceOf(window, id);
       for (int i = 0; i < 3; ++i) {
@@ -322,7 +322,7 @@ TEST(QtDialog, TimersAndPostedMessagesCome) {
             Told(told.begin(), told.begin() + 4));
 }
 
-// The user, the clock and the post are late: EndDialog has been called.
+// User events, timers and posted messages come too late: EndDialog has been called.
 TEST(QtDialog, AnEndedDialogHearsNothingMore) {
   int32_t told = 0;
   bool ended = false;

@@ -363,7 +363,7 @@ TEST_F(QtList, RowsShowWhatTheDialogDraws) {
   EXPECT_FALSE(DrawRowOf(list, 1000, ORL_DRAW_ENTIRE, 0, &drawn));
   EXPECT_FALSE(DrawRowOf(list, -1, ORL_DRAW_FOCUS, 0, &drawn)) << "not empty";
 
-  // A drawing is no place to wait for the user.
+  // No dialog may open during a drawing.
   intptr_t answers = 0;
   draw = [&](const OrlDrawItem &) {
     answers += table->MessageBox(dialog, "text", "caption", ORL_MB_OK);

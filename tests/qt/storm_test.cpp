@@ -87,7 +87,7 @@ void SendOne(QWidget *target) {
   }
 }
 
-// Ends what is open, from the front.
+// Closes what is open, from the front.
 void GiveUp() {
   if (QApplication::activePopupWidget() != nullptr) {
     QApplication::activePopupWidget()->close();
@@ -101,7 +101,7 @@ void GiveUp() {
 // Each event is followed by the next from the loop that runs then, however deep.
 void Go() {
   if (qt_windows::TopModal() == nullptr) return;
-  // Now and then the text is left alone until it has been checked.
+  // Sometimes waits until the text has been checked.
   const bool rests = Below(1500) == 0;
   QTimer::singleShot(rests ? 450 : 0, QCoreApplication::instance(), Go);
   QWidget *target = Target();

@@ -1,4 +1,4 @@
-// What helps while a text is written: marks, messages, names, placeholders, and help itself.
+// Help while the user types: marks, messages, names, placeholders, and help pages.
 #include <gtest/gtest.h>
 
 #include <QtTest/qtestkeyboard.h>
@@ -81,7 +81,7 @@ constexpr OrlDialogTemplate kTemplate = {"AID", "Aid", "", 8, 0, 0, 200, 130, 1,
 const OrlWindowSystem *sys;
 std::vector<std::string> told;  // commands, insertions, help
 
-// An edit whose texts are good but for the word "bad".
+// An edit whose texts are valid except for the word "bad".
 int32_t Check(const char *text, OrlTextState *state) {
   const char *bad = std::strstr(text, "bad");
   *state = {};
@@ -187,7 +187,7 @@ TEST_F(QtTextHelp, MarksTheTextAndSaysWhatItIs) {
     EXPECT_EQ(Texts{"'text'"}, Marked([](const QTextCharFormat &format) {
                 return format.foreground().color() == quoted;
               }));
-    // The colours differ from the ground by more than half of the light.
+    // The colours differ from the background by more than half of the lightness.
     for (const QColor &color : {quoted, qt_windows::FaultColor(palette)}) {
       EXPECT_GT(std::abs(color.lightness() - palette.color(QPalette::Base).lightness()), 90)
           << dark;
@@ -245,7 +245,7 @@ TEST_F(QtTextHelp, OffersNames) {
   }
 }
 
-// The view of a list is narrowed; whoever asks the list by messages sees all rows.
+// The view of a list is filtered; messages to the list see all rows.
 TEST_F(QtTextHelp, ListsAreNarrowed) {
   auto *list =
       static_cast<qt_windows::ListBox *>(qt_windows::FindControl(sys->GetDlgItem(dialog, kNames)));

@@ -1,4 +1,4 @@
-// Texts of the interface in widgets: every byte string comes back, and places are the same.
+// Texts of the interface in widgets: every byte string is preserved, and positions match.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -25,7 +25,7 @@ std::string BytesOf(uint32_t code) {
   return code > 0xFF ? std::string(bytes, 2) : std::string(bytes + 1, 1);
 }
 
-// What texts are made of that are apt to be taken for something else, in UTF-8 and by single bytes.
+// Parts of texts that are easily misinterpreted, in UTF-8 and as single bytes.
 std::string HostileText(std::mt19937 &random, int32_t page) {
   static const Chars pieces = {
       "\r\n", "\n",   "\r",   "\xE2\x80\xA8", "\xE2\x80\xA9", "\xEF\xB7\x90",
@@ -116,7 +116,7 @@ TEST(QtTextMap, PlacesAreThoseOfTheCharacters) {
   }
 }
 
-// The characters of a code page as another implementation tells them, by their bytes.
+// The characters of a code page by another implementation, by their bytes.
 std::map<std::string, char16_t> KnownCharacters(int32_t page) {
   const std::string script = "codec = 'cp" + std::to_string(page) + R"('
 for c in range(1, 65536):

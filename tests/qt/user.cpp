@@ -1,5 +1,5 @@
-// What a script can do to dialogs on Qt widgets: the events of a keyboard and a mouse, as they come
-// from the platform's window, so that Qt itself finds the widget that they reach.
+// Actions of a script on dialogs on Qt widgets: keyboard and mouse events as from the platform's
+// window, so that Qt itself finds the widget that receives them.
 #include "tests/qt/user.h"
 
 #include <QAbstractEventDispatcher>
@@ -47,7 +47,7 @@ constexpr auto kIdle = static_cast<QEvent::Type>(QEvent::User + 1000);
 class Watcher : public QObject {
  public:
   uint64_t events = 0;
-  int idleLevel = 0;  // of the loop that waits, while it is being told
+  int idleLevel = 0;  // of the loop that waits, during the call
 
  protected:
   bool eventFilter(QObject * /*to*/, QEvent * /*event*/) override {
@@ -64,7 +64,7 @@ void MakeApplication() {
   static char *arguments[] = {name, nullptr};
   if (watcher != nullptr) return;
   qputenv("QT_NO_GLIB", "1");  // whose loop tells that it waits when it does not
-  // Both stay until the process ends: Qt is gone before they would go by themselves.
+  // Both are kept until the process ends: Qt is unloaded before their destructors would run.
   static auto *application = new QApplication(count, arguments);
   watcher = new Watcher;
   application->installEventFilter(watcher);
@@ -137,7 +137,7 @@ constexpr int kApart = 2000;  // no double click
 constexpr int kTogether = 10;
 Qt::MouseButtons held = Qt::NoButton;
 
-// A place on a control that stays where it is when the control goes.
+// A position on a control that remains valid when the control is destroyed.
 struct Spot {
   QPointer<QWidget> window;
   QPoint point;  // in the window
@@ -181,7 +181,7 @@ void PressAt(const Spot &spot, bool twice, Qt::MouseButton button = Qt::LeftButt
   }
 }
 
-// The user sees the control at that place and nothing that lies above it.
+// The control is visible at that position and not covered.
 bool IsSeen(const Control &control, const Spot &spot) {
   const QWidget *there = spot.window->childAt(spot.point);
   return there == control.widget || control.widget->isAncestorOf(there);
@@ -346,7 +346,7 @@ int32_t PressOn(OrlWindow dialog, int32_t id, bool twice) {
 int32_t ORLHeadlessStart(OrlHeadlessScript script, void *user) {
   MakeApplication();
   if (ORLSetWindowSystem(ORLHeadlessSystem()) == 0) return 0;
-  // No more is asked than on the system without a screen.
+  // As on the system without a screen.
   static OrlEditorHost host = {};
   host.size = sizeof(host);
   host.flags = ORL_HOST_DISCARDS | ORL_HOST_UNAIDED;
@@ -410,7 +410,7 @@ int32_t ORLHeadlessSelect(OrlWindow dialog, int32_t id, int32_t from, int32_t to
   if (!IsSeen(*edit, start)) return 0;
   OrlHeadlessState state = {};
   ORLHeadlessLook(dialog, id, &state);
-  // Whoever presses on a selection drags it: it is taken away by a click first.
+  // Pressing on a selection drags it: a click removes it first.
   if (state.selectionStart != state.selectionEnd) {
     PressAt(start, false);
     Settle();

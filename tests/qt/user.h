@@ -1,6 +1,6 @@
-// The user in front of the window system on Qt widgets: the routines of
-// windows/headless/headless.h once more, done by the events that a keyboard and a mouse send to
-// the windows of Qt's offscreen platform. What user.cpp (acting) and user_look.cpp (looking) share.
+// The simulated user of the window system on Qt widgets: implements the routines of
+// windows/headless/headless.h by keyboard and mouse events to the windows of Qt's offscreen
+// platform. Shared by user.cpp (actions) and user_look.cpp (queries).
 //
 // Where it differs from the system without a screen: pixels are those of the font, beeps
 // count where a dialog asks for them, and what the editor's tests do not use is left out.
@@ -29,7 +29,7 @@ struct Box {
   QPointer<QMessageBox> widget;  // known once it waits for its user
 };
 
-// By a clock that goes on in ORLHeadlessWait alone.
+// By a clock that advances only in ORLHeadlessWait.
 struct Timer {
   OrlWindow dialog = nullptr;
   uintptr_t id = 0;
@@ -59,7 +59,7 @@ struct Window {
 };
 Window FindWindow(OrlWindow window, int32_t id = ORL_HEADLESS_SELF);
 OrlWindow HandleOf(const Box &box);
-// The modal dialog or box that waits for its user.
+// The modal dialog or box that waits for the user.
 Window TopWindow();
 // Whether the user can reach it: seen, enabled and not behind a modal window.
 bool IsUsable(const Window &window);
@@ -68,10 +68,10 @@ bool HasFocus(const Window &window);
 // The view of a list, null for another control.
 QListView *ViewOf(qt_windows::Control *list);
 
-// The table under test, and one that notes some calls before it calls on (user_table.cpp).
+// The table under test, and one that records some calls and forwards them (user_table.cpp).
 const OrlWindowSystem *NotingTable();
 const OrlWindowSystem &RealTable();
-// The timer that is due first, null when none is until then; has it come once at the real table.
+// The timer that is due first, null when none is due; fires it once in the real table.
 Timer *NextTimer(uint64_t until);
 void FireTimer(Timer *timer);
 

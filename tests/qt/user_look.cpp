@@ -1,4 +1,4 @@
-// What a script can see of dialogs on Qt widgets.
+// Queries of a script about dialogs on Qt widgets.
 #include <QAbstractButton>
 #include <QApplication>
 #include <QWindow>
@@ -39,7 +39,7 @@ OrlRect RectOf(const QRect &rect) {
   return {rect.left(), rect.top(), rect.right() + 1, rect.bottom() + 1};
 }
 
-// A message as the control itself takes it, past a procedure that stands ahead.
+// Sends a message to the control itself, past a procedure set before it.
 template <typename Parameter>
 int32_t Ask(Control *control, uint32_t message, uintptr_t wParam, Parameter lParam) {
   return static_cast<int32_t>(control->OwnMessage(message, wParam, intptr_t(lParam)));

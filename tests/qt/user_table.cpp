@@ -1,4 +1,4 @@
-// The table under test behind one that notes what a script wants to know.
+// The table under test, wrapped by one that records what a script needs to know.
 #include <QCoreApplication>
 #include <QThread>
 #include <algorithm>

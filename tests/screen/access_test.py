@@ -1,4 +1,4 @@
-"""What screen readers are told of the editor and can do there: by AT-SPI, on a bus of its own."""
+"""What screen readers see of the editor and can do there: by AT-SPI, on a private bus."""
 
 import os
 import shutil
@@ -36,7 +36,7 @@ class Reader:
 
 
 def until(find):
-    """What `find` gives as soon as it gives something; objects may go while they are looked at."""
+    """The result of `find` as soon as there is one; objects may disappear meanwhile."""
     end = time.monotonic() + screen.PATIENCE
     while time.monotonic() < end:
         try:
@@ -50,7 +50,7 @@ def until(find):
 
 
 def parts(of):
-    """All that is below an object."""
+    """All descendants of an object."""
     of.clear_cache()
     for index in range(of.childCount):
         child = of.getChildAtIndex(index)

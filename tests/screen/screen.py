@@ -1,4 +1,4 @@
-"""A screen of its own (Xvfb) with the keyboard and mouse of a user (xdotool) in front of it."""
+"""A private screen (Xvfb) with the keyboard and mouse of a user (xdotool)."""
 
 import os
 import pathlib
@@ -32,7 +32,7 @@ PLACES = {  # id: x, y, width, height
 
 
 def missing():
-    """What is not installed of what a screen needs, in words; empty when all is there."""
+    """The missing programs that a screen needs, as text; empty when all are installed."""
     lacking = [tool for tool in ("Xvfb", "xdotool") if shutil.which(tool) is None]
     lacking += [] if (BUILD / "bin/grab").exists() else ["the window system on Qt widgets"]
     return ", ".join(lacking)

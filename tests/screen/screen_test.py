@@ -46,13 +46,13 @@ class EditorCase(unittest.TestCase):
             self.screen.click_control(self.editor, control)
 
     def finish(self):
-        """What the program has said, once it has ended well."""
+        """The output of the program, once it has ended successfully."""
         output, errors = self.program.communicate(timeout=PATIENCE)
         self.assertEqual(self.program.returncode, 0, errors)
         return output.decode()
 
     def fail_to_finish(self):
-        """What the program has complained of, once it has ended."""
+        """The error output of the program, once it has ended."""
         _, errors = self.program.communicate(timeout=PATIENCE)
         self.assertEqual(self.program.returncode, 1, errors)
         return errors.decode()
@@ -181,7 +181,7 @@ class KeyboardTest(EditorCase):
 
 
 class SmallScreenTest(EditorCase):
-    """A screen that has no room for the editor, which scrolls to where the keys are."""
+    """A screen that is too small for the editor, which scrolls to the focus."""
     scale, size = "2", (800, 600)
     test_keys_alone_do_all = KeyboardTest.test_keys_alone_do_all
     test_mode_buttons_are_one_tab_stop = KeyboardTest.test_mode_buttons_are_one_tab_stop
@@ -210,10 +210,10 @@ class SizeTest(EditorCase):
 
 
 class AidTest(EditorCase):
-    """What helps while people write."""
+    """Help while the user types."""
 
     def faulty(self):
-        """Pixels of the text in the colour of what is at fault."""
+        """Pixels of the text in the colour of errors."""
         x, y, width, height = self.screen.place(self.editor)
         rows = self.screen.pixels(x, y, width, height // 6)
         return sum(r > 150 and g < 110 and b < 120 for row in rows for r, g, b in row)
@@ -403,7 +403,7 @@ class StoreTest(EditorCase):
 class LoadTest(EditorCase):
     def load_broken(self):
         self.orli("define", self.store, self.data, "half=amount / 2")
-        # As a hand that does not know better would leave it: the same length, no such name.
+        # Damaged by hand: the same length, but no such name.
         broken = self.store.read_bytes().replace(b"amount / 2\0", b"amout1 / 2\0")
         self.store.write_bytes(broken)
         self.open("load", self.store)

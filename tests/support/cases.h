@@ -16,7 +16,7 @@
 
 struct Case {
   std::vector<std::string> cells;
-  std::string where;  // "tests/folder/file.txt:12: the line", for whoever reads a failure
+  std::string where;  // "tests/folder/file.txt:12: the line", for failure messages
 
   const std::string &operator[](size_t cell) const;  // empty where there is none
   int32_t Int(size_t cell) const;                    // 0 where there is none

@@ -1,4 +1,4 @@
-// What the engine's tests share: a small host with its data, contexts, and readable outcomes.
+// Shared by the engine's tests: a small host with its data, contexts, and readable outcomes.
 #ifndef ORLI11_TESTS_SUPPORT_CONTEXT_H
 #define ORLI11_TESTS_SUPPORT_CONTEXT_H
 
@@ -80,7 +80,7 @@ std::string TextOf(EC ec, HEXP exp);
 // The names of the items of a kind in order.
 std::vector<std::string> ItemNames(EC ec, int32_t kind);
 
-// Everything of a context that a host can see: items, and expressions with name, type and text.
+// Everything that a host can see of a context: items, and expressions with name, type and text.
 std::string Snapshot(EC ec);
 
 #endif

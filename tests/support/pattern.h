@@ -1,4 +1,4 @@
-// Patterns of POSIX, which cost the compiler less than those of the C++ library.
+// POSIX regular expressions, which compile faster than those of the C++ library.
 #ifndef ORLI11_TESTS_SUPPORT_PATTERN_H
 #define ORLI11_TESTS_SUPPORT_PATTERN_H
 
@@ -19,7 +19,7 @@ class Pattern {
   Pattern(const Pattern &) = delete;
   Pattern &operator=(const Pattern &) = delete;
 
-  // The longest match at the leftmost place, then what its groups have matched; empty without one.
+  // The leftmost longest match, then its groups; empty without one.
   std::vector<std::string_view> Find(const std::string &text) const {
     std::vector<regmatch_t> places(compiled_.re_nsub + 1);
     std::vector<std::string_view> parts;

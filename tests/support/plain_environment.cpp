@@ -1,5 +1,5 @@
-// Puts a test program into the same environment on every machine, whatever the settings of its
-// user's language and desktop: before all other constructors, as libraries read it early.
+// Gives a test program the same environment on every machine, whatever the settings of its user's
+// language and desktop: before all other constructors, as libraries read it early.
 #include <cstdlib>
 #include <cstring>
 #include <string>

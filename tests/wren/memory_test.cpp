@@ -1,4 +1,4 @@
-// Heap blocks: what they hold, what failure leaves, and what threads do with them.
+// Heap blocks: contents, failures, and use by threads.
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -79,8 +79,7 @@ TEST(MemoryTest, AFailureLeavesTheBlockAsItWas) {
   EXPECT_EQ(before, TEST_LiveBlocks());
 }
 
-// Blocks pass from thread to thread; whoever has them last frees them. A thread that ends leaves
-// nothing of its pool behind.
+// Blocks pass from thread to thread; the last one frees them. A thread that ends frees its pool.
 TEST(MemoryTest, BlocksOutliveTheirThreadAndPoolsDoNot) {
   mallopt(M_ARENA_MAX, 1);  // so that one count covers all threads
   const auto run = [](int threads) {

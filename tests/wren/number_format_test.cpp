@@ -23,7 +23,7 @@ NumberValue Number(const char *text) {
   return value;
 }
 
-// Countries whose ways differ from the built-in one; their locales need not be installed.
+// Countries whose conventions differ from the built-in one; their locales need not be installed.
 Country With(const char *decimal, const char *moneyDecimal, const char *thousands,
              const char *grouping, const char *sign, bool signFirst, bool space, bool parentheses) {
   Country country = CountryBuiltIn();
@@ -61,7 +61,8 @@ std::vector<Case> Cases(const char *section) {
   return CasesOf("wren/number_cases.txt", section);
 }
 
-// What a record gives by a country; "failed" when the result is 0. Checks the bounds of the output.
+// The output of a record for a country; "failed" when the result is 0. Checks the bounds of the
+// output.
 std::string Formatted(FormatRecord record, const Country &country) {
   std::string output(kOutputSize + 16, '!');
   record.output = output.data();
@@ -173,7 +174,7 @@ TEST(NumberFormat, Parse) {
                "0.33333333333333333333333333");
 }
 
-// What the picture gives; the check of the picture and the format must agree.
+// The output of the picture; the check of the picture and the format must agree.
 std::string UnderPicture(const std::string &picture, const char *number,
                          const Country &country = kBuiltIn) {
   FormatRecord record = Record(WREN_FMT_PICTURE, number, picture.c_str());
@@ -218,7 +219,7 @@ TEST(NumberFormat, ParsesAnyBlankBetweenGroupsInUtf8) {
 }
 
 // Pictures and texts made of the characters that mean something, in all code pages: nothing is
-// written beyond the output, and what is checked as good is written or too long.
+// written beyond the output, and a picture that is valid is written or too long.
 TEST(NumberFormat, RandomPicturesAndTexts) {
   static const char kBytes[] = "0##0,,..;%\"'\\-() $5E\xE9\x83\xE2\x80\xAF\xA0";
   std::mt19937_64 random(11);

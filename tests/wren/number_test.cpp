@@ -42,7 +42,7 @@ std::string Bytes(const NumberValue &value) {
   return bytes == std::string(26, '0') ? "null" : value.length == 12 ? bytes.substr(2) : bytes;
 }
 
-// What the library makes of a case of the oracle.
+// The library's result for a case of the oracle.
 std::string Computed(const std::string &name, const std::string &left, const std::string &right) {
   const NumberValue a = Number(left);
   const NumberValue b = Number(right);
@@ -202,8 +202,8 @@ TEST(Number, SmallRoutines) {
   EXPECT_EQ("null", Bytes(value));
 }
 
-// Thirteen bytes of any content are a number in its one form or count as null, and every result is
-// in its form again. Bytes near to numbers are the interesting ones.
+// Thirteen bytes of any content are a number in canonical form or count as null, and every result
+// is in canonical form. Bytes that are close to numbers are the interesting ones.
 TEST(Number, RandomBytesNeverPassAsNumbers) {
   std::mt19937_64 random(7);
   const NumberValue zero = Number("0");

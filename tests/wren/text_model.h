@@ -12,7 +12,7 @@ using Chars = std::vector<std::string>;
 
 constexpr int32_t kCodePages[] = {1252, 932, 65001};
 
-// Makes a code page the active one for a block of a test; the default one is restored after it.
+// Sets the active code page for a scope of a test; restores the default afterwards.
 struct CodePageScope {
   explicit CodePageScope(int32_t page);
   ~CodePageScope();
@@ -26,8 +26,8 @@ Chars SplitChars(const std::string &text, int32_t page);
 std::string JoinChars(const Chars &chars, int64_t first, int64_t count);
 std::string Utf8Of(uint32_t codePoint);
 
-// Text of up to `most` pieces that are apt to break a walk: characters of every length, bytes that
-// are no character, blanks, quotes, delimiters.
+// Text of up to `most` pieces that are likely to break a walk: characters of every length, bytes
+// that are not characters, blanks, quotes, delimiters.
 std::string RandomText(std::mt19937 &random, int32_t page, size_t most);
 
 // A heap block of exactly `bytes` bytes, filled with 7E, so that a sanitizer sees a byte too much.
@@ -36,7 +36,7 @@ std::unique_ptr<char[]> ExactBuffer(size_t bytes);
 // The bytes in a form that a failure can be read in.
 std::string Shown(const std::string &text);
 
-// The lines that a command prints; it is a failure when the command fails.
+// The lines that a command prints; fails the test when the command fails.
 std::vector<std::string> LinesOf(const std::string &command);
 
 #endif

@@ -11,7 +11,7 @@
 
 namespace {
 
-// What a routine of the form (target, source, ...) writes into a target of `size` bytes.
+// The output of a routine of the form (target, source, ...) in a target of `size` bytes.
 template <typename Routine, typename... Numbers>
 std::string Written(size_t size, Routine routine, const std::string &source, Numbers... numbers) {
   const auto target = ExactBuffer(size);
@@ -149,8 +149,8 @@ TEST(TextTest, ProperCapitalizesWords) {
   }
 }
 
-// Equal bytes at every second place, none of them at the start of a character: a search that began
-// anew at each would take hours.
+// Equal bytes at every second place, none of them at the start of a character: a search that
+// started over at each would take hours.
 TEST(TextTest, ScanIsLinearAndNeedsNoMemory) {
   const CodePageScope scope(932);
   std::string text;

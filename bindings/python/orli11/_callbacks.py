@@ -1,8 +1,8 @@
 """The C routines through which the engine asks Python for values.
 
 There is one routine of each kind for the whole process, created once and never freed. It finds the
-context by its address. An exception is kept in the context, and raised when the call of the engine
-that led here has returned; until then the routines return no value.
+context by its address. An exception is kept in the context, and raised when the engine's call has
+returned; until then the routines return no value.
 """
 
 from __future__ import annotations

@@ -26,7 +26,7 @@ class ItemName(str):
 
 @dataclasses.dataclass(frozen=True)
 class Parameter:
-    annotation: Any  # the class that the function wants, or a Type
+    annotation: Any  # the class that the function expects, or a Type
     type: Optional[Type]  # None: by name
     default: Any = _NONE
 

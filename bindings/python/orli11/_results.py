@@ -18,7 +18,7 @@ _FIRST, _LAST = -(2**63 // 1000), (2**63 - 1) // 1000
 
 
 class _Result:
-    """Room for the values of `rows` rows; the parts of it are filled one by one."""
+    """Buffers for the values of `rows` rows; the parts are filled one by one."""
 
     form: int
     dtype: Any
@@ -36,7 +36,7 @@ class _Result:
         record.valid = ffi.cast("uint8_t *", pointer(self.valid, part.start // 8))
 
     def take(self, record, part: range, found: int) -> None:
-        """Takes what the engine wrote for a part."""
+        """Stores what the engine wrote for a part."""
         self.found += found
 
     def release(self, record) -> None:
@@ -165,7 +165,7 @@ class _Texts(_Result):
 
 
 def of_type(type: Type, rows: int, numbers: type, scale: int) -> _Result:
-    """Room for results of a formula of that type."""
+    """Buffers for results of a formula of that type."""
     if type == STRING:
         return _Texts(rows)
     if type != NUMBER:

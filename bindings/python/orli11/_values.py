@@ -101,7 +101,7 @@ def store(type: Type, value: Any, size: int, result) -> bool:
 
 
 def number_buffer():
-    """Room for the text of a number, which many calls of `number_from` may share."""
+    """A buffer for the text of a number, which many calls of `number_from` may share."""
     return ffi.new("char[]", _TEXT_BYTES)
 
 

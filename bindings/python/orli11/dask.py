@@ -1,6 +1,6 @@
 """Formulas over the partitions of a Dask DataFrame.
 
-What travels to the workers is the stored form of a context, and the functions written in Python
+The workers receive the stored form of a context, and the functions written in Python
 where there are some. Each thread of a worker loads it once and computes partition by partition.
 """
 

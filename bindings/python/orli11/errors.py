@@ -1,4 +1,4 @@
-"""What the package raises beside Python's own exceptions."""
+"""The exceptions of the package."""
 
 from __future__ import annotations
 
