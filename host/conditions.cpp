@@ -119,11 +119,9 @@ bool ConditionFinish(EC ec, const std::vector<Formula> &formulas, Condition &con
   } else if (tested.type != bounds.type) {
     error = "--where: " + DisplayName(tested.text) + " is a " + TypeName(tested.type) + ", but " +
             DisplayName(bounds.text) + " a " + TypeName(bounds.type);
-    if (tested.type == ORL_TYPE_DATE && bounds.type == ORL_TYPE_STRING) {
-      error += kDateHint;
-    } else if (ORLIsExpressionSimpleInput(ec, tested.exp) != 0 && tested.type == ORL_TYPE_STRING) {
-      error += "\nhint: `orli items` shows why " + DisplayName(tested.text) + " is a String";
-    }
+    error += tested.type == ORL_TYPE_DATE && bounds.type == ORL_TYPE_STRING
+                 ? kDateHint
+                 : TextColumnHint(ec, tested);
   } else if ((kind == "formula") != (condition.count == 1)) {
     error = "--where: not a range, set or value: " + DisplayName(bounds.text);
   }

@@ -188,6 +188,13 @@ std::string FormulaHint(const std::vector<Formula> &formulas, const std::string 
   return NearestHint(name, titles);
 }
 
+std::string TextColumnHint(EC ec, const Formula &formula) {
+  const bool column =
+      formula.type == ORL_TYPE_STRING && ORLIsExpressionSimpleInput(ec, formula.exp) != 0;
+  return column ? "\nhint: `orli items` shows why " + DisplayName(formula.text) + " is a String"
+                : std::string();
+}
+
 const char *FormulaKind(EC ec, HEXP exp) {
   if (ORLIsExpRange(ec, exp, 1) == 1) {
     return "set";

@@ -35,6 +35,9 @@ bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error,
 /* The hint about a name that no formula has; empty when none is near. */
 std::string FormulaHint(const std::vector<Formula> &formulas, const std::string &name);
 
+/* The hint about a formula that should not be a String: where it is a column; empty otherwise. */
+std::string TextColumnHint(EC ec, const Formula &formula);
+
 /* "formula", "range" or "set"; only the first has values. */
 const char *FormulaKind(EC ec, HEXP exp);
 

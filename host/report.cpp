@@ -229,6 +229,7 @@ bool Begin(Report &report, std::string &error) {
     const ReportFigure figure = FigureOf(report, i);
     const bool key = figure == kReportBy;
     if (!FigureTakes(figure, formula.type, formula.title, error)) {
+      error += TextColumnHint(report.computation.session.ec.get(), formula);
       return false;
     }
     report.output.columns.push_back({formula.title, FigureType(figure, formula.type)});
