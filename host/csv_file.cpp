@@ -161,7 +161,8 @@ Preamble PreambleOf(std::string_view start) {
   if (start.starts_with(kSeparator) && start.size() > kPlace + 1) {
     const std::string_view rest = start.substr(kPlace + 1);
     const size_t end = rest.starts_with("\r\n") ? 2 : rest.starts_with('\n') ? 1 : 0;
-    if (end != 0) {
+    const bool separates = std::string_view("\"\r\n").find(start[kPlace]) == std::string::npos;
+    if (end != 0 && separates) {
       preamble = {preamble.length + kPlace + 1 + end, 1, start[kPlace]};
     }
   }
