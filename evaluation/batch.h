@@ -82,7 +82,7 @@ struct BatchRun {
 // Whether the batch has created so much text that it should have fewer rows. Steps may stop then,
 // since the batch starts over.
 inline bool ArenaIsFull(const BatchRun &run) {
-  constexpr uint64_t kMostBytes = 4 * 1024 * 1024;
+  constexpr uint64_t kMostBytes = UINT64_C(4) << 20;
   return run.arena.bytes > kMostBytes && run.count > kLeastBatchRows;
 }
 // Space for the strings that a step creates for all rows; null when they fill the arena, and when

@@ -217,7 +217,7 @@ TEST(Rows, LongTextsTakeFewerRowsAtATime) {
   for (int32_t row = 0; row < kRows; ++row) {
     const std::string text = std::to_string(row) + std::string(row % 9 == 0 ? kLength : 0, 'x');
     bytes += text;
-    wanted += text + "-" + text;
+    wanted.append(text).append("-").append(text);
     offsets.push_back(static_cast<int32_t>(bytes.size()));
   }
   HostedContext ec;
