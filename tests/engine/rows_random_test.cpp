@@ -122,7 +122,7 @@ struct World {
   void FillText(Item &item);
   NumberValue AnyNumber();
   std::string Number(int depth), Date(int depth), Text(int depth), Count();
-  std::string Items(char kind);
+  std::string Items(char kind), Filled(const char *pattern, int depth);
 };
 
 World *world = nullptr;
@@ -269,6 +269,23 @@ std::string World::Items(char kind) {
   return kind + std::to_string(Below(kind == 'n' ? 6 : 3));
 }
 
+// A formula made of a pattern: {N}, {D} and {T} become a Number, a Date and a text, {C} a count.
+std::string World::Filled(const char *pattern, int depth) {
+  std::string formula;
+  for (const char *at = pattern; *at != '\0'; ++at) {
+    if (*at != '{') {
+      formula += *at;
+      continue;
+    }
+    formula += at[1] == 'N'   ? Number(depth)
+               : at[1] == 'D' ? Date(depth)
+               : at[1] == 'T' ? Text(depth)
+                              : Count();
+    at += 2;
+  }
+  return formula;
+}
+
 std::string World::Count() {
   static const char *const counts[] = {"0", "1", "2", "3.7", "0 - 1", "20", "100", "n0", "n5"};
   return Any(counts);
@@ -280,76 +297,81 @@ std::string World::Number(int depth) {
                                          "32",   "100000000000",
                                          "7",    "17.777777777777777777777778",
                                          "0.04", "99999999999999999999999999"};
-  static const char *const dateParts[] = {"DateYear",   "DateMonth",  "DateDay", "DateHour",
-                                          "DateMinute", "DateSecond", "WeekDay", "DateQuarter"};
+  static const char *const calls[] = {"NumberRound({N}, {C})",
+                                      "NumberTruncate({N}, {C})",
+                                      "NumberAbsolute({N})",
+                                      "NumberMod({N}, {N})",
+                                      "NumberIFF({N}, {N}, {N}, {N})",
+                                      "StrLength({T})",
+                                      "StrCompare({T}, {T})",
+                                      "StrScan({T}, {T})",
+                                      "StrToNumber({T})",
+                                      "Power({N}, {C})",
+                                      "({D} - {D})",
+                                      "(routineless + {N})",
+                                      "DateYear({D})",
+                                      "DateMonth({D})",
+                                      "DateDay({D})",
+                                      "DateHour({D})",
+                                      "DateMinute({D})",
+                                      "DateSecond({D})",
+                                      "WeekDay({D})",
+                                      "DateQuarter({D})"};
+  static const char *const operations[] = {"({N} + {N})", "({N} - {N})", "({N} * {N})",
+                                           "({N} / {N})"};
   if (depth == 0) return OneIn(4) ? Any(literals) : OneIn(12) ? "nf()" : Items('n');
-  const auto number = [&] { return Number(depth - 1); };
-  switch (Below(16)) {
-    case 0:
-      return "NumberRound(" + number() + ", " + Count() + ")";
-    case 1:
-      return "NumberTruncate(" + number() + ", " + Count() + ")";
-    case 2:
-      return "NumberAbsolute(" + number() + ")";
-    case 3:
-      return "NumberMod(" + number() + ", " + number() + ")";
-    case 4:
-      return "NumberIFF(" + number() + ", " + number() + ", " + number() + ", " + number() + ")";
-    case 5:
-      return "StrLength(" + Text(depth - 1) + ")";
-    case 6:
-      return "StrCompare(" + Text(depth - 1) + ", " + Text(depth - 1) + ")";
-    case 7:
-      return "(" + Date(depth - 1) + " - " + Date(depth - 1) + ")";
-    case 8:
-      return std::string(Any(dateParts)) + "(" + Date(depth - 1) + ")";
-    case 9:
-      return "StrToNumber(" + Text(depth - 1) + ")";
-    default: {
-      const std::string left = number();
-      return "(" + left + " " + "++-**/"[Below(6)] + " " + number() + ")";
-    }
-  }
+  return Filled(OneIn(3) ? Any(operations) : Any(calls), depth - 1);
 }
 
 std::string World::Date(int depth) {
+  static const char *const calls[] = {
+      "DateIFF({N}, {D}, {D}, {D})",
+      "DateMonthBegin({D})",
+      "DateMonthEnd({D})",
+      "DateAddDay({D}, {N})",
+      "StrToDate({T})",
+      "StrToDate(DateToStr({D}))",
+      "({D} + {N})",
+      "({D} - {N} MONTHS)",
+      "({D} + {N} MONTHS)",
+      "({D} + {N} YEARS)",
+      "({D} - {N} HOURS)",
+      "({D} + {N} MINUTES)",
+      "({D} - {N} SECONDS)",
+      "({D} - {N} YEARS)",
+      "({D} + {C} DAYS)",
+      "({D} - {C} MONTHS)",
+      "({D} + {C} SECONDS)",
+      "DateConstruct(1900 + NumberMod({N}, 300), {C}, 1 + NumberMod({N}, 31), {C}, 59, 60)"};
   if (depth == 0) return OneIn(10) ? "2012-02-29 10:30:00" : OneIn(10) ? "df()" : Items('d');
-  static const char *const units[] = {"", " MONTHS", " YEARS", " HOURS", " MINUTES", " SECONDS"};
-  switch (Below(6)) {
-    case 0:
-      return "DateIFF(" + Number(depth - 1) + ", " + Date(depth - 1) + ", " + Date(depth - 1) +
-             ", " + Date(depth - 1) + ")";
-    case 1:
-      return "DateMonthEnd(" + Date(depth - 1) + ")";
-    default: {
-      const std::string date = Date(depth - 1);
-      return "(" + date + " " + "+-"[Below(2)] + " " + Number(depth - 1) + Any(units) + ")";
-    }
-  }
+  return Filled(Any(calls), depth - 1);
 }
 
 std::string World::Text(int depth) {
+  static const char *const calls[] = {"StrUpper({T})",
+                                      "StrLower({T})",
+                                      "StrTrim({T})",
+                                      "StrLTrim({T})",
+                                      "StrRTrim({T})",
+                                      "StrProper({T})",
+                                      "StrLeft({T}, {C})",
+                                      "StrRight({T}, {C})",
+                                      "StrMid({T}, {C}, {C})",
+                                      "StrReplace({T}, {C}, {C}, {T})",
+                                      "StrIFF({N}, {T}, {T}, {T})",
+                                      "StrPad({T}, NumberMod({N}, 40))",
+                                      "StrRepeat({T}, NumberMod({N}, 5))",
+                                      "StrSpaces(NumberMod({N}, 40))",
+                                      "StrCase({C}, {T})",
+                                      "StrTranslate({T}, {T}, {T})",
+                                      "NumberToStr({N}, {C})",
+                                      "NumberToStrPicture({N}, '#,##0.00')",
+                                      "NumberToCurrency({N})",
+                                      "NumberCountryFmt({N})",
+                                      "DateToStr({D})",
+                                      "DateToStrPicture({D}, 'yyyy-mm-dd')"};
   if (depth == 0) return OneIn(6) ? "'it''s'" : OneIn(10) ? "tf()" : Items('t');
-  static const char *const whole[] = {"StrUpper", "StrLower", "StrTrim",
-                                      "StrLTrim", "StrRTrim", "StrProper"};
-  const auto text = [&] { return Text(depth - 1); };
-  switch (Below(9)) {
-    case 0:
-    case 1:
-      return std::string(Any(whole)) + "(" + text() + ")";
-    case 2:
-      return "StrLeft(" + text() + ", " + Count() + ")";
-    case 3:
-      return "StrRight(" + text() + ", " + Count() + ")";
-    case 4:
-      return "StrMid(" + text() + ", " + Count() + ", " + Count() + ")";
-    case 5:
-      return "StrIFF(" + Number(depth - 1) + ", " + text() + ", " + text() + ", " + text() + ")";
-    case 6:
-      return "NumberToStr(" + Number(depth - 1) + ", " + Count() + ")";
-    default:
-      return "(" + text() + " || " + text() + ")";
-  }
+  return Filled(OneIn(3) ? "({T} || {T})" : Any(calls), depth - 1);
 }
 
 // ---- Both ways ----
@@ -464,6 +486,7 @@ OwnedContext Context(World &filled) {
                               : 2,
              0, Address(&ItemValue));
   }
+  AddInput(context.get(), "routineless", 0, 0, nullptr);
   Make(context.get(), "n0 * n1 + 2", "nf");
   Make(context.get(), "d0 + n1 MONTHS", "df");
   Make(context.get(), "StrTrim(t0) || '-'", "tf");
