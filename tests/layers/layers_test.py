@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Holds docs/architecture.md against the sources: which folder includes and calls which."""
+"""Compares docs/architecture.md with the sources: which folder includes and calls which."""
 
 import os
 import pathlib
@@ -13,8 +13,8 @@ PAGE = (ROOT / "docs/architecture.md").read_text()
 PUBLIC = {path.name for path in (ROOT / "include/orli11").iterdir()}
 
 
-def rooms():
-    """The rooms from the lowest up, each with the rooms that it may know."""
+def layers():
+    """The layers from the lowest up, each with the layers that it may use."""
     known = {}
     for name, knows in re.findall(r"^\| `([a-z/]+)/` \|.*\|([^|]*)\|$", PAGE, re.MULTILINE):
         below = re.search(r"everything from `([a-z/]+)/` down", knows)
@@ -24,17 +24,17 @@ def rooms():
     return known
 
 
-ROOMS = rooms()
+LAYERS = layers()
 
 
-def room_of(path):
-    """The room that a path from the root is in, or None."""
-    return next((room for room in ROOMS if path.startswith(room + "/")), None)
+def layer_of(path):
+    """The layer that a path from the root is in, or None."""
+    return next((layer for layer in LAYERS if path.startswith(layer + "/")), None)
 
 
 def sources():
-    for room in list(ROOMS) + ["host"]:
-        for path in sorted((ROOT / room).rglob("*")):
+    for layer in list(LAYERS) + ["host"]:
+        for path in sorted((ROOT / layer).rglob("*")):
             if path.suffix in (".cpp", ".h"):
                 yield path.relative_to(ROOT).as_posix()
 
@@ -50,54 +50,54 @@ def includes(path):
 
 
 def symbols(option):
-    """(room, object file, name) of the symbols that `nm` prints with that option."""
-    for room in ROOMS:
-        folder = BUILD / room / "CMakeFiles"
+    """(layer, object file, name) of the symbols that `nm` prints with that option."""
+    for layer in LAYERS:
+        folder = BUILD / layer / "CMakeFiles"
         objects = [path for path in folder.rglob("*.o")
-                   if (ROOT / room / path.name.removesuffix(".o")).exists()]
+                   if (ROOT / layer / path.name.removesuffix(".o")).exists()]
         if objects:
             listing = subprocess.run(["nm", "-A", "-P", "-g", option, *objects], check=True,
                                      capture_output=True, text=True).stdout
             for line in listing.splitlines():
                 path, name = line.split(": ", 1)
-                yield room, f"{room}/{pathlib.PurePath(path).stem}", name.split()[0]
+                yield layer, f"{layer}/{pathlib.PurePath(path).stem}", name.split()[0]
 
 
-class RoomsTest(unittest.TestCase):
+class LayersTest(unittest.TestCase):
     maxDiff = None
 
-    def test_picture_has_the_rooms_of_the_table(self):
+    def test_picture_has_the_layers_of_the_table(self):
         picture = PAGE.split("```")[1]
-        drawn = [name for name in re.findall(r"([a-z]+(?:/[a-z]+)*)/", picture) if name in ROOMS]
+        drawn = [name for name in re.findall(r"([a-z]+(?:/[a-z]+)*)/", picture) if name in LAYERS]
         windows = {"windows/headless", "windows/qt"}  # side by side
         self.assertEqual([name for name in reversed(drawn) if name not in windows],
-                         [name for name in ROOMS if name not in windows])
-        self.assertEqual(set(drawn), set(ROOMS))
+                         [name for name in LAYERS if name not in windows])
+        self.assertEqual(set(drawn), set(LAYERS))
 
-    def test_no_room_knows_a_higher_one(self):
-        order = list(ROOMS)
-        up = [(room, known) for room in order for known in ROOMS[room]
-              if order.index(known) >= order.index(room)]
+    def test_no_layer_uses_a_higher_one(self):
+        order = list(LAYERS)
+        up = [(layer, known) for layer in order for known in LAYERS[layer]
+              if order.index(known) >= order.index(layer)]
         self.assertEqual(up, [])
 
-    def test_every_folder_with_sources_is_a_room(self):
+    def test_every_folder_with_sources_is_a_layer(self):
         others = {"bench", "bindings", "build", "fuzz", "host", "include", "tests"}
         folders = {path.parent.relative_to(ROOT).as_posix() for path in ROOT.glob("*/**/*.cpp")}
         unknown = {folder for folder in folders
-                   if folder.split("/")[0] not in others and room_of(folder + "/") is None}
+                   if folder.split("/")[0] not in others and layer_of(folder + "/") is None}
         self.assertEqual(unknown, set())
 
-    def test_includes_stay_in_what_a_room_knows(self):
+    def test_includes_stay_in_what_a_layer_uses(self):
         wrong = []
         for path in sources():
-            room = room_of(path)
+            layer = layer_of(path)
             for included in includes(path):
-                target = room_of(included)
-                if target != room and target not in ROOMS.get(room, set()):
+                target = layer_of(included)
+                if target != layer and target not in LAYERS.get(layer, set()):
                     wrong.append(f"{path} includes {included}")
         self.assertEqual(wrong, [])
 
-    def check_no_circle(self, files, verb, targets_of):
+    def check_no_cycle(self, files, verb, targets_of):
         done, open_files = set(), []
 
         def visit(path):
@@ -113,26 +113,26 @@ class RoomsTest(unittest.TestCase):
         for path in files:
             visit(path)
 
-    def test_includes_form_no_circle(self):
-        self.check_no_circle(sources(), "includes", includes)
+    def test_includes_form_no_cycle(self):
+        self.check_no_cycle(sources(), "includes", includes)
 
-    def test_calls_form_no_circle(self):
+    def test_calls_form_no_cycle(self):
         homes = {name: path for _, path, name in symbols("--defined-only")}
         calls = {path: set() for path in homes.values()}
         for _, path, name in symbols("--undefined-only"):
             # Events go both ways between the files of a window system.
             if name in homes and homes[name] != path and not path.startswith("windows/"):
                 calls.setdefault(path, set()).add(homes[name])
-        self.check_no_circle(sorted(calls), "calls", lambda path: sorted(calls[path]))
+        self.check_no_cycle(sorted(calls), "calls", lambda path: sorted(calls[path]))
 
     def test_calls_run_down(self):
-        order = list(ROOMS)
-        homes = {name: (room, path) for room, path, name in symbols("--defined-only")}
+        order = list(LAYERS)
+        homes = {name: (layer, path) for layer, path, name in symbols("--defined-only")}
         self.assertGreater(len(homes), 300)
         up = []
-        for room, path, name in symbols("--undefined-only"):
-            home, target = homes.get(name, (room, path))
-            if order.index(home) > order.index(room):
+        for layer, path, name in symbols("--undefined-only"):
+            home, target = homes.get(name, (layer, path))
+            if order.index(home) > order.index(layer):
                 up.append(f"{path} uses {name} of {target}")
         self.assertEqual(up, [])
 
