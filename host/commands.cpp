@@ -29,13 +29,6 @@ std::string BoundOf(int32_t type, const NumberValue &value) {
 
 }  // namespace
 
-int Complain(const std::string &message, int status) {
-  const bool ended = !message.empty() && message.back() == '\n';
-  const std::string line = Colored(stderr, "orli: " + message + (ended ? "" : "\n"));
-  std::fputs(line.c_str(), stderr);
-  return status;
-}
-
 int RunItems(const DataOptions &data, OutputFormat format) {
   const auto write = [format](const Session &session) {
     Output output;

@@ -8,13 +8,8 @@
 #include <vector>
 
 #include "host/data_options.h"
+#include "host/errors.h"
 #include "host/output.h"
-
-enum ExitStatus {
-  kExitGood = 0,
-  kExitWrong = 1, /* the data or a formula is wrong, or the output cannot be written */
-  kExitUsage = 2  /* the command line is wrong */
-};
 
 /* The rows that a command selects, the formulas that it knows, and the format of its output. */
 struct RowOptions {
@@ -118,8 +113,5 @@ struct SqlOptions {
 
 /* The statement that computes formulas of a store in a database, or its result. */
 int RunSql(const SqlOptions &options);
-
-/* Writes an error and returns `status`. */
-int Complain(const std::string &message, int status);
 
 #endif

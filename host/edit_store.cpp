@@ -1,7 +1,7 @@
 #include "host/edit_store.h"
 
-#include "host/commands.h"
 #include "host/display.h"
+#include "host/errors.h"
 #include "host/store.h"
 
 namespace {

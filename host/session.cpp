@@ -7,8 +7,8 @@
 #include <new>
 #include <numeric>
 
-#include "host/commands.h"
 #include "host/display.h"
+#include "host/errors.h"
 #include "host/field.h"
 #include "host/odbc_functions.h"
 

@@ -9,8 +9,8 @@
 #include <string_view>
 
 #include "host/column_names.h"
-#include "host/commands.h"
 #include "host/display.h"
+#include "host/errors.h"
 
 namespace {
 

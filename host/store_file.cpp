@@ -17,8 +17,8 @@
 #include <thread>
 #include <type_traits>
 
-#include "host/commands.h"
 #include "host/display.h"
+#include "host/errors.h"
 
 namespace {
 

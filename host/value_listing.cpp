@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "host/commands.h"
+#include "host/errors.h"
 #include "host/field.h"
 #include "host/values.h"
 #include "orli11/windows.h"
