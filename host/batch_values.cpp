@@ -63,7 +63,7 @@ bool IsUsed(const Worker &worker, const Column &column) {
 /* ---- From fields to columns ---- */
 
 /* All fields as integers of one scale; false where one is empty or written in another way. */
-bool TakeLongs(const Session &session, const RowBatch &batch, BatchColumn &column) {
+bool TakeLongs(const Session &session, const CsvBlock &block, BatchColumn &column) {
   static constexpr int64_t kPowers[] = {1, 10, 100, 1000, 10000, 100000, 1000000};
   constexpr uint8_t kMostDecimals = 6;
   constexpr int64_t kMostScaled = INT64_C(1000000000000);
@@ -72,10 +72,10 @@ bool TakeLongs(const Session &session, const RowBatch &batch, BatchColumn &colum
   if (session.options.rules.decimal != '\0') {
     return false;
   }
-  column.longs.resize(batch.count);
-  column.decimals.resize(batch.count);
-  for (size_t row = 0; row < batch.count; ++row) {
-    const char *field = CsvField(batch.rows[row], column.index);
+  column.longs.resize(block.Count());
+  column.decimals.resize(block.Count());
+  for (size_t row = 0; row < block.Count(); ++row) {
+    const char *field = block.Field(row, column.index);
     if (!PlainDecimal(field, column.longs[row], column.decimals[row]) ||
         (!session.options.rules.nulls.empty() && FieldIsEmpty(session.options.rules, field))) {
       return false;
@@ -88,7 +88,7 @@ bool TakeLongs(const Session &session, const RowBatch &batch, BatchColumn &colum
   if (!alike && (large || scale > kMostDecimals)) {
     return false;
   }
-  for (size_t row = 0; !alike && row < batch.count; ++row) {
+  for (size_t row = 0; !alike && row < block.Count(); ++row) {
     column.longs[row] *= kPowers[scale - column.decimals[row]];
   }
   column.column.form = ORL_COLUMN_INT64;
@@ -98,13 +98,13 @@ bool TakeLongs(const Session &session, const RowBatch &batch, BatchColumn &colum
 }
 
 /* All fields as days; false where one is not written as 2024-01-31. */
-bool TakeDays(const Session &session, const RowBatch &batch, BatchColumn &column) {
+bool TakeDays(const Session &session, const CsvBlock &block, BatchColumn &column) {
   if (!session.options.rules.nulls.empty() || session.options.rules.dateOrder >= 0) {
     return false;
   }
-  column.days.resize(batch.count);
-  for (size_t row = 0; row < batch.count; ++row) {
-    if (!DayOfPlainDate(CsvField(batch.rows[row], column.index), column.days[row])) {
+  column.days.resize(block.Count());
+  for (size_t row = 0; row < block.Count(); ++row) {
+    if (!DayOfPlainDate(block.Field(row, column.index), column.days[row])) {
       return false;
     }
   }
@@ -113,12 +113,12 @@ bool TakeDays(const Session &session, const RowBatch &batch, BatchColumn &column
   return true;
 }
 
-void TakeNumbers(const Session &session, const RowBatch &batch, int16_t type, BatchColumn &column) {
+void TakeNumbers(const Session &session, const CsvBlock &block, int16_t type, BatchColumn &column) {
   const FieldRules &rules = session.options.rules;
-  column.numbers.assign(batch.count, {});
-  column.valid.assign((batch.count + 7) / 8, 0);
-  for (size_t row = 0; row < batch.count; ++row) {
-    const char *field = CsvField(batch.rows[row], column.index);
+  column.numbers.assign(block.Count(), {});
+  column.valid.assign((block.Count() + 7) / 8, 0);
+  for (size_t row = 0; row < block.Count(); ++row) {
+    const char *field = block.Field(row, column.index);
     const bool good =
         FieldIsEmpty(rules, field) || (type == ORL_TYPE_DATE ? DateFromField : NumberFromField)(
                                           rules, field, &column.numbers[row]);
@@ -129,11 +129,11 @@ void TakeNumbers(const Session &session, const RowBatch &batch, int16_t type, Ba
   column.column.valid = column.valid.data();
 }
 
-void TakeTexts(const Session &session, const RowBatch &batch, BatchColumn &column) {
+void TakeTexts(const Session &session, const CsvBlock &block, BatchColumn &column) {
   column.bytes.clear();
   column.offsets.assign(1, 0);
-  for (size_t row = 0; row < batch.count; ++row) {
-    const char *field = CsvField(batch.rows[row], column.index);
+  for (size_t row = 0; row < block.Count(); ++row) {
+    const char *field = block.Field(row, column.index);
     if (!FieldIsEmpty(session.options.rules, field)) {
       column.bytes += field;
     }
@@ -144,37 +144,37 @@ void TakeTexts(const Session &session, const RowBatch &batch, BatchColumn &colum
   column.column.offsets = column.offsets.data();
 }
 
-void TakeColumn(const Session &session, const RowBatch &batch, BatchColumn &column) {
+void TakeColumn(const Session &session, const CsvBlock &block, BatchColumn &column) {
   const Column &described = session.table.columns[column.index];
   column.column = {};
   column.column.name = described.name.c_str();
   if (described.type == ORL_TYPE_STRING) {
-    TakeTexts(session, batch, column);
-  } else if (!(described.type == ORL_TYPE_NUMBER ? TakeLongs : TakeDays)(session, batch, column)) {
-    TakeNumbers(session, batch, described.type, column);
+    TakeTexts(session, block, column);
+  } else if (!(described.type == ORL_TYPE_NUMBER ? TakeLongs : TakeDays)(session, block, column)) {
+    TakeNumbers(session, block, described.type, column);
   }
 }
 
 /* ---- The values of formulas ---- */
 
-/* All rows of a batch at once; false when the batch is too large. */
-bool ComputeFormulas(Worker &worker, const RowBatch &batch) {
+/* All rows of a block at once; false when that is too much at a time. */
+bool ComputeFormulas(Worker &worker, const CsvBlock &block) {
   std::vector<OrlColumn> columns;
   for (BatchColumn &column : worker.columns) {
-    TakeColumn(*worker.session, batch, column);
+    TakeColumn(*worker.session, block, column);
     columns.push_back(column.column);
   }
   for (size_t i = 0; i < worker.formulas.size(); ++i) {
     FormulaValues &result = worker.results[i];
     const bool text = worker.formulas[i].type == ORL_TYPE_STRING;
-    result.numbers.resize(text ? 0 : batch.count);
-    result.offsets.resize(text ? batch.count + 1 : 0);
-    result.valid.resize((batch.count + 7) / 8);
+    result.numbers.resize(text ? 0 : block.Count());
+    result.offsets.resize(text ? block.Count() + 1 : 0);
+    result.valid.resize((block.Count() + 7) / 8);
     OrlRowResults results = {text ? ORL_COLUMN_TEXT : ORL_COLUMN_NUMBER, 0,
                              text ? nullptr : result.numbers.data(), result.offsets.data(),
                              result.valid.data()};
     if (ORLEvaluateRows(worker.session->ec.get(), worker.formulas[i].exp,
-                        static_cast<int64_t>(batch.count), static_cast<int32_t>(columns.size()),
+                        static_cast<int64_t>(block.Count()), static_cast<int32_t>(columns.size()),
                         columns.data(), &results) < 0) {
       return false;
     }
@@ -236,11 +236,12 @@ bool WorkerBegin(Worker &worker, Session &session, const RunFormulas &formulas, 
   return true;
 }
 
-void WorkerCompute(Worker &worker, RowBatch &batch, int64_t most, const RowMaker &make) {
+void WorkerCompute(Worker &worker, const CsvBlock &block, int64_t most, const RowMaker &make,
+                   RowBatch &batch) {
   batch.computed = 0;
-  const bool together = worker.batches && ComputeFormulas(worker, batch);
-  for (size_t row = 0; row < batch.count && batch.computed != most; ++row) {
-    SessionSetRow(*worker.session, batch.rows[row]);
+  const bool together = worker.batches && ComputeFormulas(worker, block);
+  for (size_t row = 0; row < block.Count() && batch.computed != most; ++row) {
+    SessionSetRow(*worker.session, block.Row(row));
     if (together) {
       TakeRow(worker, row);
     } else if (ConditionsMet(worker)) {
@@ -252,8 +253,9 @@ void WorkerCompute(Worker &worker, RowBatch &batch, int64_t most, const RowMaker
     for (FormulaValues &result : worker.results) {
       result.missing += result.good ? 0 : 1;
     }
-    make(worker, batch.rows[row], batch);
+    make(worker, batch);
   }
+  worker.session->row = {};
   for (FormulaValues &result : worker.results) {
     result.bytes.reset();
   }

@@ -1,8 +1,11 @@
 #include "host/columns.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
+#include "host/block_ring.h"
+#include "host/column_finding.h"
 #include "host/column_names.h"
 #include "host/display.h"
 #include "host/field.h"
@@ -13,26 +16,13 @@
 
 namespace {
 
-constexpr size_t kLongestField = 40; /* of those that a reason shows */
+constexpr size_t kLongestShown = 40; /* of those that a reason shows */
 
-/* A field that determines a type, and its position. */
-struct Witness {
-  size_t input = 0;
-  int64_t line = 0; /* 0: there is none */
-  std::string text;
-};
-
-/* What is known of the fields of a column so far, besides the Column itself. */
-struct Finding {
-  Witness number, date, other; /* the first of each kind */
-  Witness code, exponent;      /* the first number of the shape of a code */
-  Witness ordered;             /* the date that left the fewest `orders` possible */
-  Witness refused;             /* with a required type: a field that is not of it */
-  CodeShape shape = kCodeNone; /* of `code` */
-  unsigned orders = kOrderAny; /* those that all numeric dates so far can be read in */
-  bool point = false;          /* a number has a decimal point */
-  bool offset = false;         /* a date has an offset */
-  bool demanded = false;       /* the options name the type */
+/* What is found in a block. */
+struct BlockFinding {
+  std::vector<Finding> columns;
+  int64_t rows = 0;
+  std::string notUtf8; /* the place of the first row that is not text in UTF-8 */
 };
 
 struct ScanState {
@@ -40,143 +30,64 @@ struct ScanState {
   const DataOptions *options;
   Table *table;
   Progress *progress;
-  bool bounds;
-  int64_t most; /* rows; -1: all */
+  int64_t most;                    /* rows; -1: all */
+  std::vector<FindingRules> rules; /* of each column */
   std::vector<Finding> findings;
+  std::vector<BlockFinding> blocks; /* one for each slot */
 };
-
-void Note(Witness &witness, const CsvRow &row, const char *text) {
-  if (witness.line == 0) {
-    witness = {row.input, row.line, text};
-  }
-}
-
-void Widen(Column &column, int16_t type, const NumberValue &value) {
-  if (column.least.length == 0 || CompareValues(type, value, column.least) < 0) {
-    column.least = value;
-  }
-  if (column.most.length == 0 || CompareValues(type, value, column.most) > 0) {
-    column.most = value;
-  }
-}
-
-void TakeNumber(Finding &finding, const CsvRow &row, const char *text) {
-  Note(finding.number, row, text);
-  finding.point = finding.point || std::string_view(text).find('.') != std::string_view::npos;
-  if (finding.code.line != 0) {
-    return;
-  }
-  const CodeShape shape = CodeShapeOf(text);
-  if (shape == kCodeExponent) {
-    Note(finding.exponent, row, text);
-  } else if (shape != kCodeNone) {
-    Note(finding.code, row, text);
-    finding.shape = shape;
-  }
-}
-
-void TakeDate(Finding &finding, const CsvRow &row, const char *text) {
-  Note(finding.date, row, text);
-  const unsigned orders = DateOrdersOf(text);
-  if (orders != 0 && (finding.orders & orders) != finding.orders) {
-    finding.orders &= orders;
-    finding.ordered = {row.input, row.line, text};
-  }
-  finding.offset = finding.offset || HasOffset(text);
-}
-
-/* Whether a field adds nothing to what is known: most are written like those before them. When
- * values are needed, or decimals are written in another way, every field has to be read. */
-bool IsLikeOthers(const ScanState &state, Finding &finding, const char *text) {
-  int64_t number = 0;
-  uint8_t decimals = 0;
-  int32_t day = 0;
-  if (state.bounds || state.options->rules.decimal != '\0') {
-    return false;
-  }
-  if (finding.number.line != 0 && PlainDecimal(text, number, decimals)) {
-    finding.point = finding.point || decimals != 0;
-    return finding.code.line != 0 || CodeShapeOf(text) == kCodeNone;
-  }
-  return finding.date.line != 0 && state.options->rules.dateOrder < 0 && DayOfPlainDate(text, day);
-}
-
-/* A field of a column whose type is found from its fields. */
-void FindType(const ScanState &state, Column &column, Finding &finding, const CsvRow &row,
-              const char *text) {
-  const FieldRules &rules = state.options->rules;
-  NumberValue value;
-  if (finding.other.line != 0) {
-    return; /* a String, whatever follows */
-  }
-  if (IsLikeOthers(state, finding, text)) {
-    return;
-  }
-  if (NumberFromField(rules, text, &value)) {
-    TakeNumber(finding, row, text);
-  } else if (DateFromField(rules, text, &value)) {
-    TakeDate(finding, row, text);
-  } else {
-    Note(finding.other, row, text);
-    return;
-  }
-  if (state.bounds && (finding.number.line == 0 || finding.date.line == 0)) {
-    Widen(column, finding.number.line != 0 ? ORL_TYPE_NUMBER : ORL_TYPE_DATE, value);
-  }
-}
-
-/* A field of a column whose type is required. */
-void CheckType(const ScanState &state, Column &column, Finding &finding, const CsvRow &row,
-               const char *text) {
-  const FieldRules &rules = state.options->rules;
-  NumberValue value;
-  if (column.type == ORL_TYPE_STRING) {
-    return;
-  }
-  const bool good = column.type == ORL_TYPE_NUMBER ? NumberFromField(rules, text, &value)
-                                                   : DateFromField(rules, text, &value);
-  if (!good) {
-    Note(finding.refused, row, text);
-  } else if (state.bounds) {
-    Widen(column, column.type, value);
-  }
-}
 
 std::string Shown(const std::string &text) {
   size_t width = 0;
-  return "'" + DisplayLine(text, kLongestField, width) + "'";
+  return "'" + DisplayLine(text, kLongestShown, width) + "'";
 }
 
-bool TakeRow(const CsvRow &row, void *user, std::string &error) {
-  ScanState &state = *static_cast<ScanState *>(user);
-  if (state.table->rows == state.most) {
-    return false;
+/* The first row that is not text in UTF-8. */
+std::string FindNotUtf8(const CsvFile &csv, const CsvBlock &block) {
+  if (IsUtf8({block.bytes.data(), block.size})) {
+    return {};
   }
-  if (!ColumnsFit(*state.csv, *state.table, row, error)) {
-    return false;
-  }
-  if (state.table->notUtf8.empty() && !IsUtf8(row.bytes)) {
-    state.table->notUtf8 = CsvPlace(*state.csv, row.input, row.line);
-  }
-  for (size_t i = 0; i < row.starts.size(); ++i) {
-    Column &column = state.table->columns[i];
-    Finding &finding = state.findings[i];
-    const char *text = CsvField(row, i);
-    if (FieldIsEmpty(state.options->rules, text)) {
-      continue;
-    }
-    if (column.filled++ == 0) {
-      column.example = text;
-    }
-    (finding.demanded ? CheckType : FindType)(state, column, finding, row, text);
-    if (finding.refused.line != 0) {
-      error = CsvPlace(*state.csv, row.input, row.line) + ": column " + DisplayName(column.name) +
-              ": " + Shown(text) + " is not a " + TypeName(column.type);
-      return false;
+  for (size_t row = 0; row < block.Count(); ++row) {
+    for (size_t i = 0; i < block.Fields(row); ++i) {
+      if (!IsUtf8(block.Field(row, i))) {
+        return CsvPlace(csv, block.input, block.Row(row).line);
+      }
     }
   }
-  ProgressStep(*state.progress, "finding types", ++state.table->rows, 0);
-  return true;
+  return {};
+}
+
+void ScanBlock(const ScanState &state, CsvBlock &block, BlockFinding &found) {
+  ColumnsFit(*state.csv, *state.table, block);
+  if (state.most >= 0) { /* one job */
+    const auto left = static_cast<size_t>(state.most - state.table->rows);
+    block.Fail(std::min(left, block.Count()), left > block.Count() ? block.error : "");
+  }
+  found.columns.assign(state.rules.size(), {});
+  for (size_t i = 0; i < state.rules.size(); ++i) {
+    const size_t row = FindingAdd(state.rules[i], block, i, found.columns[i]);
+    if (row != block.Count()) {
+      const Column &column = state.table->columns[i];
+      block.Fail(row, CsvPlace(*state.csv, block.input, block.Row(row).line) + ": column " +
+                          DisplayName(column.name) + ": " + Shown(block.Field(row, i)) +
+                          " is not a " + TypeName(column.type));
+    }
+  }
+  found.rows = static_cast<int64_t>(block.Count());
+  found.notUtf8 = FindNotUtf8(*state.csv, block);
+}
+
+/* False when there are enough rows. */
+bool TakeBlock(ScanState &state, const BlockFinding &found) {
+  Table &table = *state.table;
+  table.rows += found.rows;
+  if (table.notUtf8.empty()) {
+    table.notUtf8 = found.notUtf8;
+  }
+  for (size_t i = 0; i < state.findings.size(); ++i) {
+    FindingMerge(state.rules[i], found.columns[i], state.findings[i]);
+  }
+  ProgressStep(*state.progress, "finding types", table.rows, 0);
+  return table.rows != state.most;
 }
 
 /* "500,001" */
@@ -225,9 +136,9 @@ std::string OtherReason(const ScanState &state, Column &column, const Finding &f
                : reason + " is a number with --decimal " + (other.decimal == ',' ? "," : ".");
   }
   const unsigned orders = DateOrdersOf(text);
-  if (finding.ordered.line != 0 && orders != 0 && (orders & finding.orders) == 0) {
+  if (!finding.ordered.empty() && orders != 0 && (orders & finding.orders) == 0) {
     column.twoWays = true;
-    return Told(state, finding.ordered) + " and " + reason +
+    return Told(state, finding.ordered.back().witness) + " and " + reason +
            " have day and month in different orders";
   }
   const char *order = OrderOf(rules, text);
@@ -245,20 +156,24 @@ std::string DateNote(const ScanState &state, const Finding &finding) {
   if (finding.offset) {
     return "times with an offset are converted to UTC";
   }
-  const bool either = finding.ordered.line != 0 && (finding.orders & kOrderMdy) != 0 &&
+  const bool either = !finding.ordered.empty() && (finding.orders & kOrderMdy) != 0 &&
                       (finding.orders & kOrderDmy) != 0;
   if (!either || state.options->rules.dateOrder >= 0) {
     return {};
   }
-  return Told(state, finding.ordered) + " is read as " +
+  return Told(state, finding.ordered.back().witness) + " is read as " +
          (CountryDateOrder() == 1 ? "day, month, year; --date-order mdy has the month first"
                                   : "month, day, year; --date-order dmy has the day first");
 }
 
 /* Determines the type of a column after all its fields, and explains why it is a String. */
-void Decide(const ScanState &state, Column &column, const Finding &finding) {
+void Decide(const ScanState &state, bool required, const Finding &finding, Column &column) {
   constexpr const char *kShapes[] = {"", " has leading zeros", " has a plus sign", ""};
-  if (finding.demanded) {
+  column.filled = finding.filled;
+  column.example = finding.example;
+  column.least = finding.least;
+  column.most = finding.most;
+  if (required) {
     return;
   }
   column.type = ORL_TYPE_STRING;
@@ -294,12 +209,14 @@ bool Demand(ScanState &state, std::string &error) {
       return false;
     }
     Column &column = state.table->columns[index];
-    if (state.findings[index].demanded && column.type != type) {
+    FindingRules &rules = state.rules[index];
+    if (rules.required && column.type != type) {
       error = "--type: column " + DisplayName(name) + " is given two types";
       return false;
     }
     column.type = type;
-    state.findings[index].demanded = true;
+    rules.required = true;
+    rules.type = type;
   }
   return true;
 }
@@ -318,27 +235,36 @@ void ColumnsName(const CsvFile &csv, EC ec, Table &table, std::vector<std::strin
   }
 }
 
-bool ColumnsScan(CsvFile &csv, const DataOptions &options, bool bounds, int64_t most, Table &table,
+bool ColumnsScan(CsvFile &csv, const DataOptions &options, const ScanWish &wish, Table &table,
                  Progress &progress, std::string &error) {
-  ScanState state{&csv, &options, &table, &progress, bounds, most, {}};
-  state.findings.resize(table.columns.size());
+  const size_t count = table.columns.size();
+  const FindingRules rules = {&options.rules, wish.bounds, false, ORL_TYPE_STRING};
+  ScanState state{&csv, &options, &table, &progress, wish.most, {}, {}, {}};
+  state.rules.assign(count, rules);
+  state.findings.resize(count);
+  state.blocks.resize(BlockSlots(wish.jobs));
   if (!Demand(state, error)) {
     return false;
   }
-  const bool good = CsvRead(csv, TakeRow, &state, error);
+  BlockWork work;
+  work.compute = [&state](size_t /*worker*/, size_t slot, CsvBlock &block) {
+    ScanBlock(state, block, state.blocks[slot]);
+  };
+  work.take = [&state](size_t slot) { return TakeBlock(state, state.blocks[slot]); };
+  const bool good = ReadInBlocks(csv, wish.jobs, work, error);
   ProgressEnd(progress);
-  for (size_t i = 0; good && i < table.columns.size(); ++i) {
-    Decide(state, table.columns[i], state.findings[i]);
+  for (size_t i = 0; good && i < count; ++i) {
+    Decide(state, state.rules[i].required, state.findings[i], table.columns[i]);
   }
   return good;
 }
 
 bool ColumnsFit(const CsvFile &csv, const Table &table, const CsvRow &row, std::string &error) {
-  if (row.starts.size() == table.columns.size()) {
+  if (row.fields == table.columns.size()) {
     return true;
   }
-  error = CsvPlace(csv, row.input, row.line) + ": " + std::to_string(row.starts.size()) +
-          (row.starts.size() == 1 ? " field" : " fields") + ", but the header has " +
+  error = CsvPlace(csv, row.input, row.line) + ": " + std::to_string(row.fields) +
+          (row.fields == 1 ? " field" : " fields") + ", but the header has " +
           std::to_string(table.columns.size());
   const char other = csv.inputs[row.input].other;
   if (other != '\0') {
@@ -346,6 +272,16 @@ bool ColumnsFit(const CsvFile &csv, const Table &table, const CsvRow &row, std::
              (other == '\t' ? "tabs: try --delimiter tab" : "semicolons: try --delimiter ';'");
   }
   return false;
+}
+
+void ColumnsFit(const CsvFile &csv, const Table &table, CsvBlock &block) {
+  std::string error;
+  for (size_t row = 0; row < block.Count(); ++row) {
+    if (block.Fields(row) != table.columns.size() &&
+        !ColumnsFit(csv, table, block.Row(row), error)) {
+      block.Fail(row, error);
+    }
+  }
 }
 
 size_t FindByName(const std::vector<Column> &columns, const std::string &name) {

@@ -32,15 +32,23 @@ struct Table {
  * lines about names that had to be changed to `notes`. */
 void ColumnsName(const CsvFile &csv, EC ec, Table &table, std::vector<std::string> &notes);
 
-/* Reads the files once: the types follow from all rows. A column is Number or Date when each of its
- * fields that is not empty is one, else String; so is one of numbers that look like codes. With a
- * type in the options every field must be of that type instead. `bounds`: also find the least and
- * greatest values. `most`: the most rows to read; -1: all. False with a message in `error`. */
-bool ColumnsScan(CsvFile &csv, const DataOptions &options, bool bounds, int64_t most, Table &table,
+/* What to look at. */
+struct ScanWish {
+  bool bounds = false; /* find the least and greatest values too */
+  int64_t most = -1;   /* so many rows only, by one job; -1: all */
+  size_t jobs = 1;     /* threads that look */
+};
+
+/* Reads the files once: all rows together tell the types. A column is Number or Date when each of
+ * its fields that is not empty is one, else String; so is one of numbers that look like codes. A
+ * type that the options name is demanded of each field instead. False with a message in `error`. */
+bool ColumnsScan(CsvFile &csv, const DataOptions &options, const ScanWish &wish, Table &table,
                  Progress &progress, std::string &error);
 
 /* False with a message for a row that has more or fewer fields than the header. */
 bool ColumnsFit(const CsvFile &csv, const Table &table, const CsvRow &row, std::string &error);
+/* The same for all rows of a block, which ends before such a row with the message as its error. */
+void ColumnsFit(const CsvFile &csv, const Table &table, CsvBlock &block);
 
 /* The index of a column by its header or by its name in formulas; the number of columns when there
  * is none. */

@@ -10,25 +10,6 @@
 
 namespace {
 
-struct RowReader {
-  Computation *computation;
-  BatchRing *ring;
-  int64_t read = 0;
-};
-
-bool ReadRow(const CsvRow &row, void *user, std::string &error) {
-  RowReader &reader = *static_cast<RowReader *>(user);
-  Computation &computation = *reader.computation;
-  /* Without conditions every row that is read is computed. */
-  if (computation.conditions.empty() && reader.read == computation.limit) {
-    return false;
-  }
-  ++reader.read;
-  /* The file was read before, but it may have changed since. */
-  return ColumnsFit(computation.session.csv, computation.session.table, row, error) &&
-         reader.ring->Add(row);
-}
-
 /* The formulas that those of the command line may call: of the store, then of files. */
 bool TakeOthers(const RowOptions &options, const Session &session, std::vector<Formula> &all,
                 std::string &error) {
@@ -176,12 +157,15 @@ void ReportZeros(const Computation &computation) {
   }
 }
 
-/* As many as there are jobs. With a limit and conditions the rows to compute are known only one by
- * one. */
-bool BeginWorkers(Computation &computation) {
-  const bool inOrder = computation.limit >= 0 && !computation.conditions.empty();
+/* As many as were asked for, or as there are processors. */
+size_t JobsOf(const Computation &computation) {
   const int64_t jobs = computation.options->jobs;
-  const size_t count = inOrder ? 1 : jobs > 0 ? static_cast<size_t>(jobs) : ProcessorCount();
+  return jobs > 0 ? static_cast<size_t>(jobs) : ProcessorCount();
+}
+
+/* One for each job. With a limit the rows to compute are known only one by one. */
+bool BeginWorkers(Computation &computation) {
+  const size_t count = computation.limit >= 0 ? 1 : JobsOf(computation);
   const RunFormulas formulas = {computation.defined, computation.formulas, computation.conditions};
   computation.workers.resize(count);
   for (size_t i = 0; i < count; ++i) {
@@ -193,23 +177,23 @@ bool BeginWorkers(Computation &computation) {
 }
 
 bool ReadAll(Computation &computation, const RowConsumer &consumer, std::string &error) {
-  const bool limited = !computation.conditions.empty() && computation.limit >= 0;
-  const auto compute = [&](size_t worker, RowBatch &batch) {
-    WorkerCompute(computation.workers[worker], batch,
-                  limited ? computation.limit - computation.rows : -1, consumer.make);
+  Session &session = computation.session;
+  const size_t jobs = computation.workers.size();
+  std::vector<RowBatch> batches(BlockSlots(jobs));
+  BlockWork work;
+  work.compute = [&](size_t worker, size_t slot, CsvBlock &block) {
+    /* The file was read before, but it may have changed since. */
+    ColumnsFit(session.csv, session.table, block);
+    const int64_t left = computation.limit >= 0 ? computation.limit - computation.rows : -1;
+    WorkerCompute(computation.workers[worker], block, left, consumer.make, batches[slot]);
   };
-  const auto take = [&](RowBatch &batch) {
-    computation.rows += batch.computed;
-    const int64_t total =
-        computation.limit >= 0 ? computation.limit : computation.session.table.rows;
+  work.take = [&](size_t slot) {
+    computation.rows += batches[slot].computed;
+    const int64_t total = computation.limit >= 0 ? computation.limit : session.table.rows;
     ProgressStep(computation.progress, "computing", computation.rows, total);
-    return consumer.take(batch) && computation.rows != computation.limit;
+    return consumer.take(batches[slot]) && computation.rows != computation.limit;
   };
-  BatchRing ring(computation.workers.size(), compute, take);
-  RowReader reader{&computation, &ring};
-  const bool good = CsvRead(computation.session.csv, ReadRow, &reader, error);
-  ring.Finish();
-  return good;
+  return ReadInBlocks(session.csv, jobs, work, error);
 }
 
 int ComputeRows(Computation &computation, const RowConsumer &consumer) {
@@ -252,7 +236,8 @@ int ComputationRun(Computation &computation, const RowConsumer &consumer) {
   const auto check = [&computation](const Session &trial, std::string &problem) {
     return CheckFormulas(computation, trial, problem);
   };
+  const OpenWish wish = {false, check, JobsOf(computation)};
   const bool open = SessionOpen(computation.options->data, computation.session,
-                                computation.progress, error, false, check);
+                                computation.progress, error, wish);
   return open ? ComputeRows(computation, consumer) : Complain(error, kExitWrong);
 }

@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "host/batch_values.h"
+#include "host/block_ring.h"
 #include "host/commands.h"
 #include "host/conditions.h"
 #include "host/formulas.h"
 #include "host/progress.h"
-#include "host/row_batch.h"
 #include "host/session.h"
 #include "host/values.h"
 
@@ -35,9 +35,10 @@ struct Computation {
 struct RowConsumer {
   std::function<bool(std::string &error)> open;  /* the columns are known; formulas may be added */
   std::function<bool(std::string &error)> begin; /* the formulas are defined, no row is read */
-  RowMaker make;   /* the values of a row are computed; on any thread, may change only the batch */
-  BatchTaker take; /* the results of a batch, in the order of the rows; on one thread */
-  std::function<void(bool good)> end; /* no more rows; not called after a failure */
+  RowMaker make; /* the values of a row are there; on any thread, for the batch alone */
+  /* What was made of a block, in the order of the rows; on one thread. */
+  std::function<bool(RowBatch &batch)> take;
+  std::function<void(bool good)> end; /* no more rows; not good after a failure */
 };
 
 /* A value of a worker's formula could not be written: counts as missing. */

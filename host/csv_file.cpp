@@ -1,7 +1,5 @@
 #include "host/csv_file.h"
 
-#include <csv.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -12,8 +10,8 @@
 namespace {
 
 constexpr size_t kChunk = 1 << 16;
-/* A field larger than this means a missing closing quote. */
-constexpr size_t kLongestField = size_t{16} << 20;
+constexpr size_t kBlock = 1 << 17;              /* bytes of a block whose rows are not longer */
+constexpr size_t kLongestRow = size_t{1} << 30; /* places in a block are of 32 bits */
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kSeparator = "sep="; /* before a delimiter, on a line of its own */
 
@@ -33,116 +31,6 @@ constexpr ForeignStart kForeignStarts[] = {
     {"PAR1\x15", "is a Parquet file; convert it to CSV"},
     {"SQLite format 3", "is a database of SQLite; orli sql --dsn computes there"},
 };
-
-/* Reads rows from one input; the state of the two callbacks of the CSV parser. */
-struct InputState {
-  const CsvFile *csv = nullptr;
-  CsvRow row;
-  int64_t line = 1;      /* the parser's present line */
-  bool begun = false;    /* a chunk has been read */
-  bool inHeader = true;  /* the first row is yet to come */
-  int lastEnd = 0;       /* byte that ended the row before */
-  bool afterEnd = false; /* nothing has been read since then */
-  bool quotes = false;   /* a field that ends now may have quotes around it */
-  bool quoted = false;   /* the chunk has a quote */
-  bool zeros = false;    /* a zero byte was read */
-  bool stopped = false;  /* the rest of the chunk is not needed */
-  bool failed = false;
-  bool headerOnly = false; /* stop after the header, which goes to `proc` */
-  CsvRowProc proc = nullptr;
-  void *user = nullptr;
-  std::string *error = nullptr;
-};
-
-struct ParserEnd {
-  void operator()(csv_parser *parser) const {
-    csv_free(parser);
-    delete parser;
-  }
-};
-using ParserOwner = std::unique_ptr<csv_parser, ParserEnd>;
-
-std::string At(const InputState &state, int64_t line, const std::string &what) {
-  return CsvPlace(*state.csv, state.row.input, line) + ": " + what;
-}
-
-void Fail(InputState &state, const std::string &what) {
-  *state.error = what;
-  state.stopped = true;
-  state.failed = true;
-}
-
-/* Line breaks inside a field: "\n", "\r" and the pair of both count one each. */
-int64_t BreaksIn(const char *text, size_t length) {
-  int64_t breaks = 0;
-  for (size_t i = 0; i < length; ++i) {
-    if (text[i] == '\n' || (text[i] == '\r' && (i + 1 == length || text[i + 1] != '\n'))) {
-      ++breaks;
-    }
-  }
-  return breaks;
-}
-
-void OnField(void *field, size_t length, void *user) {
-  InputState &state = *static_cast<InputState *>(user);
-  if (state.stopped) {
-    return;
-  }
-  const char *text = static_cast<const char *>(field);
-  if (state.row.starts.empty()) {
-    state.row.line = state.line;
-  }
-  if (state.zeros && length != 0 && std::memchr(text, 0, length) != nullptr) {
-    Fail(state, At(state, state.line, "a zero byte; the file is not text in UTF-8"));
-    return;
-  }
-  state.afterEnd = false;
-  state.row.starts.push_back(state.row.bytes.size());
-  if (length != 0) {
-    state.row.bytes.append(text, length);
-  }
-  state.row.bytes.push_back('\0');
-  state.line += state.quotes ? BreaksIn(text, length) : 0;
-}
-
-/* The row is complete. */
-void FinishRow(InputState &state) {
-  const bool wanted = state.headerOnly || !state.inHeader;
-  state.inHeader = false;
-  if (wanted && !state.proc(state.row, state.user, *state.error)) {
-    state.stopped = true;
-    state.failed = !state.error->empty();
-  }
-  state.stopped = state.stopped || state.headerOnly;
-  state.row.bytes.clear();
-  state.row.starts.clear();
-}
-
-void OnRowEnd(int end, void *user) {
-  InputState &state = *static_cast<InputState *>(user);
-  if (state.stopped) {
-    return;
-  }
-  const bool secondOfPair = state.afterEnd && state.lastEnd == '\r' && end == '\n';
-  state.lastEnd = end;
-  state.afterEnd = !secondOfPair;
-  if (secondOfPair) {
-    return;
-  }
-  if (!state.row.starts.empty()) {
-    FinishRow(state);
-  }
-  ++state.line;
-}
-
-/* The line on which the unfinished row or field begins, and the error. */
-std::string ParserProblem(const InputState &state, csv_parser &parser) {
-  const int64_t line = state.row.starts.empty() ? state.line : state.row.line;
-  if (csv_error(&parser) == CSV_EPARSE) {
-    return At(state, line, "a double quote in the wrong place, or one that is never closed");
-  }
-  return At(state, line, csv_strerror(csv_error(&parser)));
-}
 
 /* What is skipped at the start of a file, and what it says. */
 struct Preamble {
@@ -169,49 +57,7 @@ Preamble PreambleOf(std::string_view start) {
   return preamble;
 }
 
-ParserOwner NewParser(char delimiter) {
-  ParserOwner parser(new csv_parser{});
-  if (csv_init(parser.get(), CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) {
-    return nullptr;
-  }
-  csv_set_delim(parser.get(), static_cast<unsigned char>(delimiter));
-  csv_set_blk_size(parser.get(), kChunk);
-  return parser;
-}
-
-/* Passes the next chunk of the input to the parser; false at the end of the input. */
-bool ReadChunk(ByteSource &source, csv_parser &parser, InputState &state) {
-  std::array<char, kChunk> chunk;
-  size_t got = 0;
-  if (!ByteSourceRead(source, chunk.data(), chunk.size(), got, *state.error)) {
-    state.stopped = true;
-    state.failed = true;
-    return true;
-  }
-  if (got == 0) {
-    return false;
-  }
-  const Preamble skipped = state.begun ? Preamble() : PreambleOf({chunk.data(), got});
-  const size_t mark = skipped.length;
-  const size_t size = got - mark;
-  state.line += skipped.lines;
-  state.begun = true;
-  /* Checks once per chunk what can be ignored in it. A quoted field is reported at the byte after
-   * its last quote, which may be the first one of the next chunk. */
-  const bool quoted = std::memchr(chunk.data(), '"', got) != nullptr;
-  state.quotes = quoted || state.quoted;
-  state.quoted = quoted;
-  state.zeros = state.zeros || std::memchr(chunk.data(), 0, got) != nullptr;
-  const size_t parsed = csv_parse(&parser, chunk.data() + mark, size, OnField, OnRowEnd, &state);
-  if (!state.stopped && parsed != size) {
-    Fail(state, ParserProblem(state, parser));
-  } else if (!state.stopped && csv_get_buffer_size(&parser) > kLongestField) {
-    Fail(state, At(state, state.line, "a field of more than 16 MiB; is a closing quote missing?"));
-  }
-  return true;
-}
-
-/* Finds the delimiter in the header: a comma unless it has no comma but semicolons or tabs. */
+/* Finds the delimiter in the header: a comma unless it has none but semicolons or tabs. */
 void FindDelimiter(std::string_view start, CsvInput &input) {
   size_t commas = 0;
   size_t semicolons = 0;
@@ -268,76 +114,39 @@ bool LookAtStart(CsvInput &input, char delimiter, std::string &error) {
   return true;
 }
 
-}  // namespace
-
-struct CsvReading {
-  CsvFile *csv = nullptr;
-  ParserOwner parser;
-  InputState state;
-};
-
-namespace {
-
-/* Starts reading an input. False with a message. */
-bool BeginInput(CsvReading &reading, size_t index) {
-  InputState &state = reading.state;
-  state.row.input = index;
-  state.line = 1;
-  state.begun = state.afterEnd = state.quoted = state.zeros = false;
-  state.inHeader = true;
-  CsvInput &input = reading.csv->inputs[index];
-  reading.parser = NewParser(input.delimiter);
-  if (reading.parser == nullptr) {
-    *state.error = "out of memory";
-    return false;
+/* Where the last row ends that is whole: behind a line end outside of quotes. 0 when there is none.
+ */
+size_t EndOfRows(const char *bytes, size_t size) {
+  if (std::memchr(bytes, '"', size) == nullptr) {
+    const void *end = memrchr(bytes, '\n', size);
+    if (end != nullptr) {
+      return static_cast<size_t>(static_cast<const char *>(end) - bytes) + 1;
+    }
   }
-  return ByteSourceRewind(input.source, *state.error);
+  /* A quote within quotes is written twice, so that an even number is before each row. */
+  bool quoted = std::count(bytes, bytes + size, '"') % 2 != 0;
+  for (size_t i = size; i-- > 0;) {
+    quoted = quoted != (bytes[i] == '"');
+    const bool alone = bytes[i] == '\r' && i + 1 < size && bytes[i + 1] != '\n';
+    if (!quoted && (bytes[i] == '\n' || alone)) {
+      return i + 1;
+    }
+  }
+  return 0;
 }
 
-CsvReadingOwner Begin(CsvFile &csv, size_t input, CsvRowProc proc, void *user, std::string &error) {
-  CsvReadingOwner reading(new CsvReading);
-  error.clear();
-  reading->csv = &csv;
-  reading->state.csv = &csv;
-  reading->state.proc = proc;
-  reading->state.user = user;
-  reading->state.error = &error;
-  if (!BeginInput(*reading, input)) {
-    reading.reset();
-  }
-  return reading;
+/* Whether there is a row among lines, and not only blanks. */
+bool HasRow(std::string_view lines, char delimiter) {
+  return std::any_of(lines.begin(), lines.end(), [delimiter](char byte) {
+    return byte == delimiter || std::strchr(" \t\r\n", byte) == nullptr || byte == '\0';
+  });
 }
 
-/* The end of an input: the last row may lack its line end. */
-void FinishInput(CsvReading &reading) {
-  InputState &state = reading.state;
-  if (!state.stopped && csv_fini(reading.parser.get(), OnField, OnRowEnd, &state) != 0) {
-    Fail(state, ParserProblem(state, *reading.parser));
-  }
-}
-
-bool TakeHeader(const CsvRow &row, void *user, std::string & /*error*/) {
-  std::vector<std::string> &names = *static_cast<std::vector<std::string> *>(user);
-  for (size_t i = 0; i < row.starts.size(); ++i) {
-    names.emplace_back(CsvField(row, i));
-  }
-  return true;
-}
-
-bool ReadHeader(CsvFile &csv, size_t input, std::vector<std::string> &names, std::string &error) {
-  const CsvReadingOwner reading = Begin(csv, input, TakeHeader, &names, error);
-  if (reading == nullptr) {
-    return false;
-  }
-  InputState &state = reading->state;
-  state.headerOnly = true;
-  while (!state.stopped && ReadChunk(csv.inputs[input].source, *reading->parser, state)) {
-  }
-  FinishInput(*reading);
-  if (!state.failed && names.empty()) {
-    error = csv.Path(input) + ": the file is empty";
-  }
-  return error.empty();
+/* A row of so many bytes that go on is wrong where one of its fields is too long. */
+bool IsWrong(const CsvFile &csv, const CsvBlock &block) {
+  CsvBlock trial = block;
+  CsvParse(csv, trial);
+  return !trial.error.empty();
 }
 
 /* Whether a file has the same columns as the first one. */
@@ -356,7 +165,89 @@ bool CheckHeader(const CsvFile &csv, size_t input, const std::vector<std::string
   return false;
 }
 
+bool ReadHeader(CsvFile &csv, size_t input, std::vector<std::string> &names, std::string &error) {
+  CsvReader reader(csv, input);
+  CsvBlock block;
+  if (reader.Read(block)) {
+    block.header = false;
+    CsvSplit(csv, block);
+    error = block.Count() == 0 ? block.error : "";
+    for (size_t i = 0; block.Count() != 0 && i < block.Fields(0); ++i) {
+      names.emplace_back(block.Field(0, i));
+    }
+  }
+  if (error.empty() && names.empty()) {
+    error = csv.Path(input) + ": the file is empty";
+  }
+  return error.empty();
+}
+
 }  // namespace
+
+bool CsvReader::Read(CsvBlock &block) {
+  block.error.clear();
+  block.size = 0;
+  block.last = false;
+  while (block.size == 0 && block.error.empty() && input_ < csv_->inputs.size()) {
+    block.input = input_;
+    block.header = !begun_;
+    if (begun_ || ByteSourceRewind(csv_->inputs[input_].source, block.error)) {
+      Fill(block);
+    }
+    begun_ = true;
+    if (block.last) {
+      ++input_;
+      begun_ = false;
+      line_ = 1;
+    }
+  }
+  return block.size != 0 || !block.error.empty();
+}
+
+/* Reads on until there is a row that is whole. */
+void CsvReader::Fill(CsvBlock &block) {
+  size_t used = rest_.size();
+  block.bytes.resize(std::max(kBlock, 2 * used) + 1);
+  rest_.copy(block.bytes.data(), used);
+  bool again = true;
+  while (again) {
+    again = FillMore(block, used);
+  }
+  rest_.assign(block.bytes, block.size, used - block.size);
+  block.line = line_;
+  line_ += CsvLineBreaks(block.bytes.data(), block.size);
+}
+
+/* False when the block is full. */
+bool CsvReader::FillMore(CsvBlock &block, size_t &used) {
+  CsvInput &input = csv_->inputs[input_];
+  char *bytes = block.bytes.data();
+  size_t got = 0;
+  const bool good =
+      ByteSourceRead(input.source, bytes + used, block.bytes.size() - 1 - used, got, block.error);
+  if (!begun_ && used == 0) {
+    const Preamble preamble = PreambleOf({bytes, got});
+    std::memmove(bytes, bytes + preamble.length, got - preamble.length);
+    got -= preamble.length;
+    line_ = 1 + preamble.lines;
+    block.last = got == 0 && preamble.length == 0;
+  } else {
+    block.last = got == 0;
+  }
+  used += got;
+  block.last = block.last && good;
+  block.size = block.last ? used : EndOfRows(bytes, used);
+  const bool whole = block.size != 0 && (begun_ || HasRow({bytes, block.size}, input.delimiter));
+  if (!good || block.last || whole) {
+    return false;
+  }
+  block.size = used;
+  if (used > kLongestField && (used > kLongestRow || IsWrong(*csv_, block))) {
+    return false;
+  }
+  block.bytes.resize(std::max(block.bytes.size(), 2 * used + 1));
+  return true;
+}
 
 bool CsvOpen(const DataOptions &options, CsvFile &csv, std::string &error) {
   if (options.paths.empty()) {
@@ -384,24 +275,36 @@ bool CsvOpen(const DataOptions &options, CsvFile &csv, std::string &error) {
   return true;
 }
 
+struct CsvReading {
+  CsvFile *csv;
+  CsvRowProc proc;
+  void *user;
+  std::string *error;
+  CsvReader reader;
+  CsvBlock block;
+  bool failed = false;
+};
+
 CsvReadingOwner CsvBegin(CsvFile &csv, CsvRowProc proc, void *user, std::string &error) {
-  return Begin(csv, 0, proc, user, error);
+  error.clear();
+  return CsvReadingOwner(new CsvReading{&csv, proc, user, &error, CsvReader(csv), {}});
 }
 
 bool CsvReadOn(CsvReading &reading) {
-  InputState &state = reading.state;
-  CsvFile &csv = *reading.csv;
-  if (state.stopped || ReadChunk(csv.inputs[state.row.input].source, *reading.parser, state)) {
-    return !state.stopped;
+  CsvBlock &block = reading.block;
+  if (!reading.reader.Read(block)) {
+    return false;
   }
-  FinishInput(reading);
-  const size_t next = state.row.input + 1;
-  if (!state.stopped && next < csv.inputs.size() && BeginInput(reading, next)) {
-    return true;
+  CsvSplit(*reading.csv, block);
+  bool more = true;
+  for (size_t i = 0; more && i < block.Count(); ++i) {
+    more = reading.proc(block.Row(i), reading.user, *reading.error);
   }
-  state.failed = !state.error->empty();
-  state.stopped = true;
-  return false;
+  if (more && !block.error.empty()) {
+    *reading.error = block.error;
+  }
+  reading.failed = !reading.error->empty();
+  return more && !reading.failed;
 }
 
 void CsvReadingEnd::operator()(CsvReading *reading) const {
@@ -410,15 +313,7 @@ void CsvReadingEnd::operator()(CsvReading *reading) const {
 
 bool CsvRead(CsvFile &csv, CsvRowProc proc, void *user, std::string &error) {
   const CsvReadingOwner reading = CsvBegin(csv, proc, user, error);
-  while (reading != nullptr && CsvReadOn(*reading)) {
+  while (CsvReadOn(*reading)) {
   }
-  return reading != nullptr && !reading->state.failed;
-}
-
-const char *CsvField(const CsvRow &row, size_t index) {
-  return row.bytes.data() + row.starts[index];
-}
-
-std::string CsvPlace(const CsvFile &csv, size_t input, int64_t line) {
-  return csv.Path(input) + ": line " + std::to_string(line);
+  return !reading->failed;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/byte_source.h"
+#include "host/csv_block.h"
 #include "host/data_options.h"
 
 struct CsvInput {
@@ -26,12 +27,24 @@ struct CsvFile {
   const std::string &Path(size_t input = 0) const { return inputs[input].source.path; }
 };
 
-/* The fields of one row. Each is stored in `bytes`, followed by a zero. */
-struct CsvRow {
-  std::string bytes;
-  std::vector<size_t> starts;
-  size_t input = 0; /* index of its file */
-  int64_t line = 0; /* on which the row begins, from 1 */
+/* Reads the files one after the other, from one of them on, in blocks of whole rows. */
+class CsvReader {
+ public:
+  explicit CsvReader(CsvFile &csv, size_t input = 0) : csv_(&csv), input_(input) {}
+
+  /* Fills a block, which is to be split. False behind the last one. A failure is an error of the
+   * block. The reading is over then. */
+  bool Read(CsvBlock &block);
+
+ private:
+  void Fill(CsvBlock &block);
+  bool FillMore(CsvBlock &block, size_t &used);
+
+  CsvFile *csv_;
+  size_t input_;
+  bool begun_ = false; /* a block of the input has been read */
+  int64_t line_ = 1;   /* of the next block */
+  std::string rest_;   /* what was read of the row behind the last block */
 };
 
 /* Called for each row after the header, in order; false stops reading. A failure leaves a message
@@ -47,22 +60,21 @@ bool CsvOpen(const DataOptions &options, CsvFile &csv, std::string &error);
  * failed. */
 bool CsvRead(CsvFile &csv, CsvRowProc proc, void *user, std::string &error);
 
-/* Reading in steps: each call of CsvReadOn passes on the rows of the next 64 KiB. False after the
- * last step, or after a failure, with a message in `error` of CsvBegin. */
+/* A reading in steps: each call of CsvReadOn passes on the rows of the next block. False when it
+ * was the last, also by a failure, which `error` of CsvBegin then holds. */
 struct CsvReading;
 struct CsvReadingEnd {
   void operator()(CsvReading *reading) const;
 };
 using CsvReadingOwner = std::unique_ptr<CsvReading, CsvReadingEnd>;
-/* Null with a message when it cannot begin. File, `user` and `error` must outlive the reader, and
- * the file must have no other reader meanwhile. */
+/* File, `user` and `error` must outlive the reading, and
+ * the file has no other reading meanwhile. */
 CsvReadingOwner CsvBegin(CsvFile &csv, CsvRowProc proc, void *user, std::string &error);
 bool CsvReadOn(CsvReading &reading);
 
-/* The text of a field, zero-terminated; valid as long as the row. */
-const char *CsvField(const CsvRow &row, size_t index);
-
 /* "data.csv: line 3", the place of a row in messages. */
-std::string CsvPlace(const CsvFile &csv, size_t input, int64_t line);
+inline std::string CsvPlace(const CsvFile &csv, size_t input, int64_t line) {
+  return csv.Path(input) + ": line " + std::to_string(line);
+}
 
 #endif

@@ -16,7 +16,7 @@ bool TakeRow(const CsvRow &row, void *user, std::string &error) {
   if (!ColumnsFit(preview.session->csv, preview.session->table, row, error)) {
     return false;
   }
-  preview.rows.push_back(row);
+  preview.rows.emplace_back(row);
   return preview.rows.size() < kRows;
 }
 
@@ -73,15 +73,15 @@ std::vector<std::string> PreviewOf(RowPreview &preview, const char *text) {
     return lines;
   }
   Block block = NewBlock(sizeof(NumberValue));
-  for (const CsvRow &row : preview.rows) {
+  for (const CsvRowCopy &row : preview.rows) {
     if (std::chrono::steady_clock::now() > end) {
       lines.emplace_back("...");
       break;
     }
-    SessionSetRow(*preview.session, row);
+    SessionSetRow(*preview.session, row.Row());
     lines.push_back(ValueOf(ec, exp, type, block));
   }
-  preview.session->row = nullptr;
+  preview.session->row = {};
   ORLDestroyEXP(ec, exp);
   return lines;
 }

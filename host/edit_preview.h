@@ -11,7 +11,7 @@
 /* Works on the context of a separate session; the one that is edited is not changed. */
 struct RowPreview {
   Session *session = nullptr;
-  std::vector<CsvRow> rows; /* the first of the file */
+  std::vector<CsvRowCopy> rows; /* the first of the file */
 };
 
 /* Reads the first rows, except for those that cannot be read. */

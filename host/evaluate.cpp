@@ -103,7 +103,7 @@ void Begin(Evaluation &evaluation) {
 bool KeptCell(const Evaluation &evaluation, Session &session, size_t index, std::string &cell) {
   const Column &column = session.table.columns[index];
   if (!IsJson(evaluation.output.format) || column.type == ORL_TYPE_STRING) {
-    const char *field = CsvField(*session.row, index);
+    const char *field = CsvField(session.row, index);
     const bool empty =
         IsJson(evaluation.output.format) && FieldIsEmpty(session.options.rules, field);
     cell = empty ? "" : field;
@@ -200,7 +200,7 @@ int RunEval(const EvalOptions &options) {
     Begin(evaluation);
     return true;
   };
-  consumer.make = [&evaluation](Worker &worker, const CsvRow & /*row*/, RowBatch &batch) {
+  consumer.make = [&evaluation](Worker &worker, RowBatch &batch) {
     MakeRow(evaluation, worker, batch);
   };
   consumer.take = [&evaluation](RowBatch &batch) { return TakeBatch(evaluation, batch); };

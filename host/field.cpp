@@ -256,11 +256,6 @@ bool IsDay(std::string_view digits) {
 
 }  // namespace
 
-bool FieldIsEmpty(const FieldRules &rules, const char *text) {
-  return *text == '\0' ||
-         std::find(rules.nulls.begin(), rules.nulls.end(), text) != rules.nulls.end();
-}
-
 bool NumberFromField(const FieldRules &rules, const char *text, NumberValue *value) {
   const char *first = text + std::strspn(text, " \t");
   if (!IsDigit(*first) && std::strchr("+-.,", *first) == nullptr) {

@@ -4,12 +4,16 @@
 
 #include <orli11.h>
 
+#include <algorithm>
 #include <string_view>
 
 #include "host/data_options.h"
 
 /* Whether a field has no value: it is empty, or one of the words that count as empty. */
-bool FieldIsEmpty(const FieldRules &rules, const char *text);
+inline bool FieldIsEmpty(const FieldRules &rules, const char *text) {
+  return *text == '\0' || (!rules.nulls.empty() && std::find(rules.nulls.begin(), rules.nulls.end(),
+                                                             text) != rules.nulls.end());
+}
 
 /* The number in a field that is not empty; false when it is not a number. A number of more digits
  * than a NumberValue holds counts as text, since it would be rounded. */
@@ -22,6 +26,11 @@ bool DayOfPlainDate(const char *text, int32_t &day);
 /* "12", "-0.75": digits with at most one point and digits after it, 18 at most; its value without
  * the point, and its decimal places. False for any other text. */
 bool PlainDecimal(const char *text, int64_t &value, uint8_t &decimals);
+/* Whether such a number has a zero in front of another digit. */
+inline bool HasLeadingZero(const char *decimal) {
+  decimal += *decimal == '-' ? 1 : 0;
+  return decimal[0] == '0' && decimal[1] >= '0' && decimal[1] <= '9';
+}
 
 /* The date in a field that is not empty: ISO dates, and those in the order of the rules or the
  * country settings. A time with "Z" or an offset is converted to UTC. A time alone is not a

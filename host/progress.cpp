@@ -7,8 +7,7 @@
 
 namespace {
 
-/* The clock is read once in so many rows; the line is written at most five times a second. */
-constexpr int64_t kRowsBetween = 1024;
+/* The line is written at most five times a second. */
 constexpr std::chrono::milliseconds kTimeBetween(200);
 
 }  // namespace
@@ -20,7 +19,7 @@ void ProgressStart(Progress &progress) {
 }
 
 void ProgressStep(Progress &progress, const char *what, int64_t rows, int64_t total) {
-  if (!progress.on || rows % kRowsBetween != 0) {
+  if (!progress.on) {
     return;
   }
   const auto now = std::chrono::steady_clock::now();

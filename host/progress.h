@@ -12,7 +12,7 @@ struct Progress {
 };
 
 void ProgressStart(Progress &progress);
-/* Call after each row; `total` is 0 when it is not known. */
+/* After each block of rows; `total` is 0 where it is not known. */
 void ProgressStep(Progress &progress, const char *what, int64_t rows, int64_t total);
 /* Removes the line. */
 void ProgressEnd(Progress &progress);

@@ -264,9 +264,7 @@ int RunReport(const ReportOptions &options) {
   }
   RowConsumer consumer;
   consumer.begin = [&report](std::string &error) { return Begin(report, error); };
-  consumer.make = [&report](Worker &worker, const CsvRow & /*row*/, RowBatch &batch) {
-    MakeRow(report, worker, batch);
-  };
+  consumer.make = [&report](Worker &worker, RowBatch &batch) { MakeRow(report, worker, batch); };
   consumer.take = [&report](RowBatch &batch) { return TakeBatch(report, batch); };
   consumer.end = [&report](bool good) {
     /* Aggregates of some of the rows would look like those of all. */

@@ -44,10 +44,10 @@ int32_t ValueOfColumn(EC ec, HEXP exp, int32_t size, void **value, const char *n
   Session *session = reinterpret_cast<Session *>(ORLGetUserLong(ec));
   size_t index = 0;
   const Column *column = FindColumn(*session, name, index);
-  if (column == nullptr || session->row == nullptr) {
+  if (column == nullptr || session->row.bytes == nullptr) {
     return 0;
   }
-  const char *field = CsvField(*session->row, index);
+  const char *field = CsvField(session->row, index);
   if (column->type == ORL_TYPE_STRING) {
     return FUNStrVarResult(value, size, FieldIsEmpty(session->options.rules, field) ? "" : field);
   }
@@ -110,7 +110,7 @@ bool CheckAhead(Session &session, Progress &progress, const SessionCheck &check,
   trial.options = session.options;
   trial.table = session.table;
   std::string unused;
-  return !ColumnsScan(session.csv, session.options, false, kFewRows, trial.table, progress,
+  return !ColumnsScan(session.csv, session.options, {false, kFewRows, 1}, trial.table, progress,
                       unused) ||
          trial.table.rows < kFewRows || !SessionDeclare(trial, unused) || check(trial, error);
 }
@@ -149,7 +149,7 @@ bool SessionDeclare(Session &session, std::string &error) {
 }
 
 bool SessionOpen(const DataOptions &options, Session &session, Progress &progress,
-                 std::string &error, bool bounds, const SessionCheck &check) {
+                 std::string &error, const OpenWish &wish) {
   session.ec = NewContext();
   session.options = options;
   CheckLocale();
@@ -161,10 +161,11 @@ bool SessionOpen(const DataOptions &options, Session &session, Progress &progres
   for (const std::string &note : notes) {
     Complain(session.csv.Path() + ": " + note, kExitGood);
   }
-  if (check && !CheckAhead(session, progress, check, error)) {
+  if (wish.check && !CheckAhead(session, progress, wish.check, error)) {
     return false;
   }
-  if (!ColumnsScan(session.csv, options, bounds, -1, session.table, progress, error) ||
+  const ScanWish scan = {wish.bounds, -1, wish.jobs};
+  if (!ColumnsScan(session.csv, options, scan, session.table, progress, error) ||
       !SessionDeclare(session, error)) {
     return false;
   }
@@ -184,8 +185,9 @@ int WithSession(const DataOptions &options, const std::function<int(Session &ses
   Progress progress;
   std::string error;
   ProgressStart(progress);
-  return SessionOpen(options, session, progress, error, bounds) ? command(session)
-                                                                : Complain(error, kExitWrong);
+  const OpenWish wish = {bounds, nullptr, 1};
+  return SessionOpen(options, session, progress, error, wish) ? command(session)
+                                                              : Complain(error, kExitWrong);
 }
 
 const Column *SessionColumn(const Session &session, const std::string &name) {
@@ -194,7 +196,7 @@ const Column *SessionColumn(const Session &session, const std::string &name) {
 }
 
 void SessionSetRow(Session &session, const CsvRow &row) {
-  session.row = &row;
+  session.row = row;
   for (ColumnValue &value : session.values) {
     value.known = value.zero = false;
   }
@@ -222,7 +224,7 @@ void SessionCountZeros(Session &session) {
 bool SessionValue(Session &session, size_t column, NumberValue &value) {
   ColumnValue &known = session.values[column];
   if (!known.known) {
-    Convert(session.options.rules, session.table.columns[column], CsvField(*session.row, column),
+    Convert(session.options.rules, session.table.columns[column], CsvField(session.row, column),
             known);
   }
   value = known.number;

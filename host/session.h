@@ -35,32 +35,37 @@ struct Session {
   DataOptions options;
   CsvFile csv;
   Table table;
-  std::vector<size_t> byName;      /* column indices sorted by name */
-  std::vector<ColumnValue> values; /* one for each column */
-  std::set<std::pair<HEXP, size_t>>
-      zeroUses; /* columns that formulas count as zero when they are empty, by index */
-  const CsvRow *row = nullptr; /* the row being computed */
+  std::vector<size_t> byName;                 /* column indices in the order of their names */
+  std::vector<ColumnValue> values;            /* one for each column */
+  std::set<std::pair<HEXP, size_t>> zeroUses; /* columns that formulas compute with as zero when
+                                                 they are empty, by index */
+  CsvRow row;                                 /* the one that is computed */
 };
 
 /* Checks formulas over columns whose types are those of the first rows; false with a message for a
  * formula that is invalid with any types. */
 using SessionCheck = std::function<bool(const Session &trial, std::string &error)>;
 
-/* Opens files, finds their columns and declares them in a new context. Reports on standard error
- * what had to be changed or looks wrong. `bounds`: as in ColumnsScan. False with a message in
- * `error`. The session must not move while it is open. For long files `check` is called before they
- * are read to their end. */
+struct OpenWish {
+  bool bounds = false;          /* as in ScanWish */
+  SessionCheck check = nullptr; /* asked before long files are read to their end */
+  size_t jobs = 1;              /* as in ScanWish */
+};
+
+/* Opens files, finds their columns and declares them in a new context. Tells on standard error what
+ * had to be changed or looks wrong. False with a message in `error`. The session must not move
+ * while it is open. */
 bool SessionOpen(const DataOptions &options, Session &session, Progress &progress,
-                 std::string &error, bool bounds = false, const SessionCheck &check = nullptr);
-/* Declares the columns of the session's table in its context, whose routines use the session. False
- * with a message. */
+                 std::string &error, const OpenWish &wish = {});
+/* Declares the columns of the session's table in its context, whose routines work on the session.
+ * False with a message. */
 bool SessionDeclare(Session &session, std::string &error);
 /* Runs a command over the session of a file and returns the exit status. */
 int WithSession(const DataOptions &options, const std::function<int(Session &session)> &command,
                 bool bounds = false);
 /* A column by its name in formulas, or null. */
 const Column *SessionColumn(const Session &session, const std::string &name);
-/* Sets the current row. It must exist until the formulas are computed. */
+/* Makes a row the present one. Its bytes must exist until the formulas are computed. */
 void SessionSetRow(Session &session, const CsvRow &row);
 
 /* Counts empty numbers that formulas count as zero from now on. */
