@@ -245,9 +245,11 @@ std::string UnitWord(const Case &wrong) {
     }
   }
   const bool misplaced = wrong.error.id == ORL_ERR_SYNTAX && IsUnitWord(wrong.word);
-  return wrong.error.id == ORL_ERR_KEYWORD || misplaced
-             ? "a unit word moves a Date by a Number: date + 7 DAYS"
-             : std::string();
+  if (wrong.error.id == ORL_ERR_KEYWORD && wrong.text.find_first_of("*/") != std::string::npos) {
+    return "a product or quotient before a unit needs parentheses: date + (2 * 3) DAYS";
+  }
+  const bool moves = misplaced || wrong.error.id == ORL_ERR_KEYWORD;
+  return moves ? "a unit word moves a Date by a Number: date + 7 DAYS" : std::string();
 }
 
 /* wind speed, without the quotes that such a name needs. */
@@ -397,6 +399,22 @@ std::string NoUnit(const Case &wrong) {
   return {};
 }
 
+/* 10-5-2 where a number is wanted: it is a date. */
+std::string NumbersAsDate(const Case &wrong) {
+  const auto offset = static_cast<size_t>(std::max(wrong.error.offset, 0));
+  const auto length = static_cast<size_t>(std::max(wrong.error.length, 0));
+  const std::string_view span =
+      std::string_view(wrong.text).substr(std::min(offset, wrong.text.size()), length);
+  const bool isDate =
+      Near(wrong, 0).kind == kTokenNumber && std::count_if(span.begin(), span.end(), [](char byte) {
+                                               return byte == '-' || byte == '/' || byte == '.';
+                                             }) == 2;
+  const bool wanted = wrong.error.id == ORL_ERR_TYPENUM || wrong.error.id == ORL_ERR_PARMNUM;
+  return isDate && wanted
+             ? "`" + std::string(span) + "` is a date: write blanks around the signs to compute"
+             : std::string();
+}
+
 /* 2 MONTHS 3 DAYS, which the scanner takes for a date. */
 std::string SeveralUnits(const Case &wrong) {
   const auto units = std::count_if(
@@ -445,9 +463,9 @@ std::string Missing(const Case &wrong) {
 
 /* The first rule that applies provides the hint. */
 constexpr std::string (*kRules[])(const Case &wrong) = {
-    Unclosed, ForeignCharacter, UnitWord,           NeedsQuotes, Comparison, Logic,   In,
-    Exponent, ForeignSign,      StringInNameQuotes, Sign,        NeedsCall,  NoCall,  ForeignWord,
-    NearName, Arguments,        SeveralUnits,       Converted,   NoUnit,     Missing,
+    Unclosed, ForeignCharacter, UnitWord,           NeedsQuotes,  Comparison, Logic,  In,
+    Exponent, ForeignSign,      StringInNameQuotes, Sign,         NeedsCall,  NoCall, ForeignWord,
+    NearName, Arguments,        NumbersAsDate,      SeveralUnits, Converted,  NoUnit, Missing,
 };
 
 }  // namespace
