@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstring>
 #include <cwchar>
 
 namespace {
@@ -24,13 +25,17 @@ void DisplayStart() {
 }
 
 bool IsUtf8(std::string_view text) {
-  /* Most texts are plain ASCII, which this detects quickly. */
-  unsigned bits = 0;
-  for (const char byte : text) {
-    bits |= static_cast<unsigned char>(byte);
-  }
-  while (bits >= 0x80 && !text.empty()) {
-    const size_t bytes = DisplayCharacterBytes(text);
+  constexpr uint64_t kHighBits = UINT64_C(0x8080808080808080);
+  while (!text.empty()) {
+    /* Most bytes are ASCII. */
+    uint64_t word = kHighBits;
+    if (text.size() >= sizeof word) {
+      std::memcpy(&word, text.data(), sizeof word);
+    }
+    const bool ascii = static_cast<unsigned char>(text.front()) < 0x80;
+    const size_t bytes = (word & kHighBits) == 0 ? sizeof word
+                         : ascii                 ? 1
+                                                 : DisplayCharacterBytes(text);
     if (bytes == 0) {
       return false;
     }

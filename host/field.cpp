@@ -295,28 +295,29 @@ bool DayOfPlainDate(const char *text, int32_t &day) {
 }
 
 bool PlainDecimal(const char *text, int64_t &value, uint8_t &decimals) {
-  constexpr int kMostDigitsOf64Bits = 18;
+  constexpr ptrdiff_t kMostDigitsOf64Bits = 18;
   const bool negative = *text == '-';
   text += negative ? 1 : 0;
-  int64_t number = 0;
-  int digits = 0;
-  int behind = -1;
-  for (; *text != '\0'; ++text) {
-    if (*text >= '0' && *text <= '9') {
-      number = number * 10 + (*text - '0');
-      behind += behind >= 0 ? 1 : 0;
-      if (++digits > kMostDigitsOf64Bits) {
-        return false;
-      }
-    } else if (*text == '.' && behind < 0 && digits > 0) {
-      behind = 0;
-    } else {
+  uint64_t number = 0; /* wraps around where there are too many digits */
+  const char *first = text;
+  for (; IsDigit(*text); ++text) {
+    number = number * 10 + static_cast<unsigned char>(*text - '0');
+  }
+  const ptrdiff_t whole = text - first;
+  ptrdiff_t behind = 0;
+  if (*text == '.') {
+    first = ++text;
+    for (; IsDigit(*text); ++text) {
+      number = number * 10 + static_cast<unsigned char>(*text - '0');
+    }
+    behind = text - first;
+    if (behind == 0) {
       return false;
     }
   }
-  value = negative ? -number : number;
-  decimals = static_cast<uint8_t>(std::max(behind, 0));
-  return digits > 0 && behind != 0;
+  value = negative ? -static_cast<int64_t>(number) : static_cast<int64_t>(number);
+  decimals = static_cast<uint8_t>(behind);
+  return *text == '\0' && whole > 0 && whole + behind <= kMostDigitsOf64Bits;
 }
 
 bool DateFromField(const FieldRules &rules, const char *text, NumberValue *value) {

@@ -34,16 +34,60 @@ void Work(int number, int *faults) {
   }
 }
 
-TEST(Threads, ContextEach) {
+// The columns are shared by all threads, the results are each thread's own.
+void ComputeRows(const std::vector<OrlColumn> &columns, int number, int *faults) {
+  constexpr int64_t kRows = 3000;
+  HostedContext ec;
+  FUNDefineFunctions(ec);
+  Make(ec, "Amount * 3", "Triple");
+  HEXP sum = Make(ec, "Triple() / 3 + " + std::to_string(number) + " + DateYear(Start + 1 MONTH)");
+  HEXP text = Make(ec, "StrUpper(Name) || '" + std::to_string(number) + "'");
+  std::vector<int64_t> values(kRows);
+  std::vector<int32_t> offsets(kRows + 1);
+  for (int round = 0; round < 20; ++round) {
+    OrlRowResults sums = {ORL_COLUMN_INT64, 0, values.data(), nullptr, nullptr};
+    OrlRowResults texts = {ORL_COLUMN_TEXT, 0, nullptr, offsets.data(), nullptr};
+    *faults += ORLEvaluateRows(ec, sum, kRows, 3, columns.data(), &sums) != kRows;
+    *faults += ORLEvaluateRows(ec, text, kRows, 3, columns.data(), &texts) != kRows;
+    for (int64_t row = 0; row < kRows; ++row) {
+      *faults += values[static_cast<size_t>(row)] != row + number + 1970;
+    }
+    const std::string wanted = "AB" + std::to_string(number);
+    *faults += std::string(static_cast<const char *>(texts.values), wanted.size()) != wanted;
+    ORLMemFree(texts.values);
+  }
+}
+
+template <class Routine>
+void RunFour(Routine routine) {
   std::vector<int> faults(4);
-  std::vector<std::thread> threads;
-  for (int &count : faults) {
-    const int number = static_cast<int>(threads.size()) + 1;
-    threads.emplace_back(&Work, number,
-                         &count);  // NOLINT(performance-inefficient-vector-operation)
+  std::vector<std::thread> threads(4);
+  for (size_t i = 0; i < 4; ++i) {
+    threads[i] = std::thread([&, i] { routine(static_cast<int>(i) + 1, &faults[i]); });
   }
   for (std::thread &thread : threads) thread.join();
   EXPECT_EQ(faults, std::vector<int>(4, 0));
+}
+
+TEST(Threads, ContextEach) {
+  RunFour(Work);
+}
+
+TEST(Threads, RowsOfTheSameColumns) {
+  std::vector<int64_t> amounts(3000);
+  std::vector<int32_t> offsets(3001);
+  const std::vector<int32_t> days(3000, 31);
+  std::string names;
+  for (size_t row = 0; row < amounts.size(); ++row) {
+    amounts[row] = static_cast<int64_t>(row);
+    names += "ab";
+    offsets[row + 1] = static_cast<int32_t>(names.size());
+  }
+  const std::vector<OrlColumn> columns = {
+      {"Amount", ORL_COLUMN_INT64, 0, amounts.data(), nullptr, nullptr},
+      {"Start", ORL_COLUMN_DATE32, 0, days.data(), nullptr, nullptr},
+      {"Name", ORL_COLUMN_TEXT, 0, names.data(), offsets.data(), nullptr}};
+  RunFour([&](int number, int *faults) { ComputeRows(columns, number, faults); });
 }
 
 }  // namespace
