@@ -47,8 +47,8 @@ int64_t LengthOfUnit(uint16_t unit) {
 // Moves all by months; false where a date leaves the calendar. A day that a month lacks becomes its
 // last one: first that of the old month in the new year, then that of the new month.
 bool MoveMonths(int64_t *moved, const int64_t *instants, uint32_t rows, int64_t n) {
-  constexpr int64_t kFirstMonth = kFirstYear * 12;
-  constexpr int64_t kMonths = (kLastYear + 1) * 12 - kFirstMonth;
+  constexpr int64_t kFirstMonth = int64_t{kFirstYear} * 12;
+  constexpr int64_t kMonths = (int64_t{kLastYear} + 1) * 12 - kFirstMonth;
   bool inCalendar = true;
   for (uint32_t row = 0; row < rows; row++) {
     const int64_t day = DayOfInstant(instants[row]);

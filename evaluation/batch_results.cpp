@@ -27,7 +27,7 @@ void MarkAll(const BatchRun &run, const Batch &batch, RowBits *stored) {
 void ClearMissing(const BatchRun &run, uint32_t size, Target &target) {
   for (uint32_t row = 0; row < run.count; row++) {
     if (!HasBit(target.stored, row)) {
-      std::memset(target.elements + row * size, 0, size);
+      std::memset(target.elements + size_t{row} * size, 0, size);
     }
   }
 }
@@ -145,7 +145,7 @@ void StoreEach(const BatchRun &run, const Batch &batch, uint32_t size, Target &t
   const int32_t form = target.results->form;
   const int32_t scale = target.results->scale;
   for (uint32_t row = 0; row < run.count; row++) {
-    uint8_t *element = target.elements + row * size;
+    uint8_t *element = target.elements + size_t{row} * size;
     bool stored = false;
     if (batch.form == BatchForm::Dates) {
       stored = !(batch.someMissing && HasBit(batch.missing, row)) &&

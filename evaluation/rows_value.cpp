@@ -54,7 +54,8 @@ int64_t DaysSinceEpoch(const DateTimeParts &parts) {
 }
 
 int64_t MicrosecondsOfDay(const DateTimeParts &parts) {
-  return (parts.hour * INT64_C(3600) + parts.minute * 60 + parts.second) * 1000000 + parts.fraction;
+  return (parts.hour * INT64_C(3600) + parts.minute * INT64_C(60) + parts.second) * 1000000 +
+         parts.fraction;
 }
 
 NumberValue ColumnNumber(const OrlColumn &column, int64_t row) {

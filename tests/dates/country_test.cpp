@@ -61,7 +61,7 @@ struct LocaleEnvironment : testing::Environment {
     std::filesystem::remove_all(directory);
   }
 };
-const auto *const environment = testing::AddGlobalTestEnvironment(new LocaleEnvironment);
+const auto *const kEnvironment = testing::AddGlobalTestEnvironment(new LocaleEnvironment);
 
 struct CountryOfLocale : testing::Test {
   const PlainSettings settings;

@@ -181,8 +181,9 @@ NumberValue World::AnyNumber() {
 
 void World::FillNumber(Item &item) {
   static const int64_t longs[] = {0, 1, -1, INT64_MAX, INT64_MIN, 1000000007, -100};
-  static const double doubles[] = {0.0,       -0.0, 0.1, 1e300, 5e-324,    INFINITY,
-                                   -INFINITY, NAN,  1.5, 1e22,  123456.75, -2.5e-7};
+  static const double doubles[] = {0.0,    -0.0,     0.1,       1e300,
+                                   5e-324, HUGE_VAL, -HUGE_VAL, static_cast<double>(NAN),
+                                   1.5,    1e22,     123456.75, -2.5e-7};
   const size_t spread = Below(64);
   for (size_t at = 0; at < rows; ++at) {
     switch (item.form) {
@@ -508,11 +509,8 @@ OwnedContext Context(World &filled) {
     Item &item = filled.items.emplace_back();
     item.name = name;
     filled.Fill(item);
-    AddInput(context.get(), name,
-             name[0] == 'n'   ? 0
-             : name[0] == 'd' ? 1
-                              : 2,
-             0, Address(&ItemValue));
+    AddInput(context.get(), name, static_cast<int16_t>(std::string_view("ndt").find(name[0])), 0,
+             Address(&ItemValue));
   }
   AddInput(context.get(), "routineless", 0, 0, nullptr);
   AddInput(context.get(), "nh", 0, 0, Address(&CountedValue));

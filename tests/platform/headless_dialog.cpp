@@ -109,7 +109,7 @@ std::string Focus(OrlWindow dialog) {
 struct Act {
   OrlWindow dialog;
   int32_t id, a, b;
-  uint32_t ua() const { return static_cast<uint32_t>(a); }
+  uint32_t Unsigned() const { return static_cast<uint32_t>(a); }
 };
 
 int32_t Note(const std::string &text) {
@@ -128,7 +128,7 @@ int32_t Move(const Act &act) {
 const std::map<std::string, int32_t (*)(const Act &)> kVerbs = {
     {"key",
      [](const Act &t) {
-       return ORLHeadlessKey(t.dialog, t.id, t.ua(), static_cast<uint32_t>(t.b));
+       return ORLHeadlessKey(t.dialog, t.id, t.Unsigned(), static_cast<uint32_t>(t.b));
      }},
     {"type",
      [](const Act &t) {
@@ -152,12 +152,14 @@ const std::map<std::string, int32_t (*)(const Act &)> kVerbs = {
     {"move", Move},
     {"send",
      [](const Act &t) {
-       return Note(
-           std::to_string(sys.SendMessage(Item(t.dialog, t.id), t.ua(), static_cast<uintptr_t>(t.b),
-                                          reinterpret_cast<intptr_t>("AP"))));
+       return Note(std::to_string(sys.SendMessage(Item(t.dialog, t.id), t.Unsigned(),
+                                                  static_cast<uintptr_t>(t.b),
+                                                  reinterpret_cast<intptr_t>("AP"))));
      }},
     {"timer",
-     [](const Act &t) { return sys.SetTimer(t.dialog, static_cast<uintptr_t>(t.id), t.ua()), 1; }},
+     [](const Act &t) {
+       return sys.SetTimer(t.dialog, static_cast<uintptr_t>(t.id), t.Unsigned()), 1;
+     }},
     {"?", [](const Act &t) { return Note(Shown(t.dialog, t.id)); }},
     {"shows", [](const Act &t) { return Note(Drawn(t.dialog, t.id, t.a)); }},
     {"@", [](const Act &t) { return Note(Focus(t.dialog)); }}};

@@ -90,7 +90,7 @@ class RowAccess : public QAccessibleInterface, public QAccessibleActionInterface
     if (!isValid()) {
       return;
     }
-    const OrlWindow window = List()->window;
+    OrlWindow window = List()->window;
     const int row = row_;
     const bool inserts = name == Insert();
     QMetaObject::invokeMethod(

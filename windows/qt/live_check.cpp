@@ -171,7 +171,7 @@ QString LiveCheck::SignatureOf(QStringView function) const {
   for (const int32_t *list = aid_->lists; list != nullptr && *list != 0; ++list) {
     if (aid_->Describe != nullptr &&
         aid_->Describe(*list, name.constData(), told, sizeof told) != 0) {
-      const QString line = CaptionText(QByteArray(told).split('\n').first().constData());
+      QString line = CaptionText(QByteArray(told).split('\n').first().constData());
       if (line.startsWith(function.toString() + u'(')) {
         return line;
       }

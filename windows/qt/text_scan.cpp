@@ -4,7 +4,7 @@ namespace qt_windows {
 
 namespace {
 
-enum class Mark : uint8_t { kOpen, kClose, kComma, kQuoted, kNamed };
+enum class Mark : uint8_t { Open, Close, Comma, Quoted, Named };
 
 bool IsWordPart(QChar at) {
   return at.isLetterOrNumber() || at == u'_';
@@ -39,16 +39,16 @@ void EachMark(QStringView text, Take take) {
       case u'\'':
       case u'"':
         at = EndOfQuoted(text, start);
-        goOn = take(text[start] == u'\'' ? Mark::kQuoted : Mark::kNamed, start, at);
+        goOn = take(text[start] == u'\'' ? Mark::Quoted : Mark::Named, start, at);
         break;
       case u'(':
-        goOn = take(Mark::kOpen, start, at);
+        goOn = take(Mark::Open, start, at);
         break;
       case u')':
-        goOn = take(Mark::kClose, start, at);
+        goOn = take(Mark::Close, start, at);
         break;
       case u',':
-        goOn = take(Mark::kComma, start, at);
+        goOn = take(Mark::Comma, start, at);
         break;
       default:
         break;
@@ -64,7 +64,7 @@ void EachMark(QStringView text, Take take) {
 std::vector<Piece> QuotedBetween(QStringView text, Piece part) {
   std::vector<Piece> quoted;
   EachMark(text, [&](Mark mark, qsizetype start, qsizetype end) {
-    if (mark == Mark::kQuoted && end > part.start && start < part.end) {
+    if (mark == Mark::Quoted && end > part.start && start < part.end) {
       quoted.push_back({start, end});
     }
     return start < part.end;
@@ -77,9 +77,9 @@ BracketPair BracketsAt(QStringView text, qsizetype caret) {
   BracketPair found;
   const auto isBeside = [caret](qsizetype place) { return place == caret || place + 1 == caret; };
   EachMark(text, [&](Mark mark, qsizetype start, qsizetype /*end*/) {
-    if (mark == Mark::kOpen) {
+    if (mark == Mark::Open) {
       open.push_back(start);
-    } else if (mark == Mark::kClose && !open.empty()) {
+    } else if (mark == Mark::Close && !open.empty()) {
       if (isBeside(open.back()) || isBeside(start)) {
         found = {open.back(), start};
       }
@@ -95,11 +95,11 @@ Call CallAround(QStringView text, qsizetype caret) {
   std::vector<std::pair<qsizetype, int>> open;  // place and commas
   EachMark(text, [&](Mark mark, qsizetype start, qsizetype end) {
     const bool isBefore = end <= caret;
-    if (isBefore && mark == Mark::kOpen) {
+    if (isBefore && mark == Mark::Open) {
       open.emplace_back(start, 0);
-    } else if (isBefore && mark == Mark::kClose && !open.empty()) {
+    } else if (isBefore && mark == Mark::Close && !open.empty()) {
       open.pop_back();
-    } else if (isBefore && mark == Mark::kComma && !open.empty()) {
+    } else if (isBefore && mark == Mark::Comma && !open.empty()) {
       open.back().second++;
     }
     return isBefore;
@@ -121,7 +121,7 @@ Piece WordAt(QStringView text, qsizetype caret) {
   }
   bool isQuoted = false;
   EachMark(text, [&](Mark mark, qsizetype start, qsizetype end) {
-    const bool quotes = mark == Mark::kQuoted || mark == Mark::kNamed;
+    const bool quotes = mark == Mark::Quoted || mark == Mark::Named;
     isQuoted = isQuoted || (quotes && start < caret && caret < end);
     isQuoted = isQuoted || (quotes && start < caret && end == text.size() && caret == end &&
                             (end - start == 1 || text[end - 1] != text[start]));
