@@ -198,8 +198,8 @@ void PutIntoPlace(Dialog *dialog) {
   const Dialog *parent = Find(dialog->parent).dialog;
   if (parent != nullptr) {
     const QPoint corner = parent->client->mapToGlobal(QPoint(0, 0));
-    dialog->widget->move(corner + QPoint(qRound(dialog->model->x * dialog->unitX),
-                                         qRound(dialog->model->y * dialog->unitY)));
+    MoveFrame(dialog, corner + QPoint(qRound(dialog->model->x * dialog->unitX),
+                                      qRound(dialog->model->y * dialog->unitY)));
   }
 }
 
@@ -250,6 +250,14 @@ QWidget *HostWidget(OrlWindow window) {
   return found == widgets.end() ? nullptr : *found;
 }
 
+void MoveFrame(Dialog *dialog, const QPoint &corner) {
+  dialog->widget->move(corner);
+  QWindow *window = dialog->widget->windowHandle();
+  if (window != nullptr && !window->isVisible()) {
+    window->setFramePosition(corner);  // else the frame would come above and left of it
+  }
+}
+
 bool HasRoomBeside(const Dialog *dialog, const OrlDialogTemplate &other) {
   const QRect frame = dialog->widget->frameGeometry();
   const QRect screen = dialog->widget->screen()->availableGeometry();
@@ -273,7 +281,7 @@ void StandBeside(Dialog *dialog) {
     left = screen.right() - size.width();
   }
   const int lowest = std::max(screen.top(), screen.bottom() - size.height());
-  dialog->widget->move(std::max(screen.left(), left), std::min(frame.top(), lowest));
+  MoveFrame(dialog, {std::max(screen.left(), left), std::min(frame.top(), lowest)});
 }
 
 void StandAbove(QWidget *widget, OrlWindow parent) {

@@ -153,10 +153,6 @@ void DoubleClick(ListBox *list, int y, bool selects) {
 
 // ---- The widgets
 
-QString PlainTip(const QString &text) {
-  return QStringLiteral("<p style=\"white-space:pre-wrap\">%1</p>").arg(text.toHtmlEscaped());
-}
-
 class RowDelegate : public QStyledItemDelegate {
  public:
   RowDelegate(ListBox *list, QObject *parent) : QStyledItemDelegate(parent), list_(list) {}

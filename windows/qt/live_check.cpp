@@ -1,10 +1,12 @@
 #include "windows/qt/live_check.h"
 
 #include <QPainter>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <algorithm>
 
 #include "windows/qt/colors.h"
+#include "windows/qt/text_map.h"
 #include "windows/qt/text_scan.h"
 
 namespace qt_windows {
@@ -60,40 +62,72 @@ class LiveCheck::StripWidget : public QWidget {
  protected:
   void paintEvent(QPaintEvent * /*event*/) override {
     constexpr int kMargin = 4;
+    constexpr int kGap = 12;
     QPainter painter(this);
     painter.fillRect(rect(),
                      Mixed(palette().color(QPalette::Base), palette().color(QPalette::Text), 6));
-    QRect place = rect().adjusted(kMargin, 1, -kMargin, 0);
-    painter.setPen(isFault ? FaultColor(palette()) : palette().color(QPalette::Text));
-    const int share = isFault ? 65 : 50;  // percent, beside a signature
-    const int most = signature.isEmpty() ? place.width() : place.width() * share / 100;
+    // The visible part of it in a window that scrolls.
+    QRect place = rect() & visibleRegion().boundingRect();
+    place.adjust(kMargin, 1, -kMargin, 0);
+    const int wanted = fontMetrics().horizontalAdvance(message);
+    Parts parts = WholeSignature();
+    parts = WidthOf(parts) + kGap + wanted <= place.width() ? parts : BriefSignature();
+    const int most =
+        std::min(place.width(), std::max(place.width() / 2, place.width() - WidthOf(parts) - kGap));
     const QString told = fontMetrics().elidedText(message, Qt::ElideRight, most);
+    painter.setPen(isFault ? FaultColor(palette()) : palette().color(QPalette::Text));
     painter.drawText(place, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, told);
-    place.setRight(place.right() - fontMetrics().horizontalAdvance(told) - 3 * kMargin);
+    place.setRight(place.right() - fontMetrics().horizontalAdvance(told) - kGap);
     painter.setPen(palette().color(QPalette::Text));
-    PaintSignature(&painter, place);
+    PaintSignature(&painter, place, parts);
   }
 
  private:
-  // Shows the current argument in bold, and scrolls it into view.
-  void PaintSignature(QPainter *painter, QRect place) const {
+  // A signature, divided at the current argument, which is shown in bold.
+  struct Parts {
+    QString before, present, behind;
+  };
+
+  Parts WholeSignature() const {
+    return {signature.left(argument.start),
+            signature.mid(argument.start, argument.end - argument.start),
+            signature.mid(argument.end)};
+  }
+  // The same with the current argument alone.
+  Parts BriefSignature() const {
+    const Parts whole = WholeSignature();
+    if (argument.IsEmpty()) {
+      return whole;
+    }
+    const qsizetype first = signature.indexOf(u'(') + 1;
+    const bool isLast = whole.behind.startsWith(u')');
+    return {
+        signature.left(first) + (argument.start > first ? QStringLiteral("\u2026, ") : QString()),
+        whole.present.trimmed(), isLast ? QStringLiteral(")") : QStringLiteral(", \u2026)")};
+  }
+
+  QFont Bold() const {
     QFont bold = font();
     bold.setBold(true);
-    const QString before = signature.left(argument.start);
-    const QString present = signature.mid(argument.start, argument.end - argument.start);
-    const QString behind = signature.mid(argument.end);
-    const QFontMetrics plain = fontMetrics();
-    const QFontMetrics thick(bold);
-    const int lead = plain.horizontalAdvance(before);
-    const int width = thick.horizontalAdvance(present);
+    return bold;
+  }
+  int WidthOf(const Parts &parts) const {
+    return fontMetrics().horizontalAdvance(parts.before + parts.behind) +
+           QFontMetrics(Bold()).horizontalAdvance(parts.present);
+  }
+
+  // Scrolls the current argument into view.
+  void PaintSignature(QPainter *painter, QRect place, const Parts &parts) const {
+    const int lead = fontMetrics().horizontalAdvance(parts.before);
+    const int width = QFontMetrics(Bold()).horizontalAdvance(parts.present);
     painter->setClipRect(place);
     place.translate(std::min(0, place.width() - lead - width), 0);
     const int flags = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextDontClip;
-    painter->drawText(place, flags, before);
-    painter->setFont(bold);
-    painter->drawText(place.translated(lead, 0), flags, present);
+    painter->drawText(place, flags, parts.before);
+    painter->setFont(Bold());
+    painter->drawText(place.translated(lead, 0), flags, parts.present);
     painter->setFont(font());
-    painter->drawText(place.translated(lead + width, 0), flags, behind);
+    painter->drawText(place.translated(lead + width, 0), flags, parts.behind);
   }
 };
 
@@ -110,6 +144,8 @@ LiveCheck::LiveCheck(Edit *edit, QPlainTextEdit *lines, const OrlTextAid *aid)
   connect(lines, &QPlainTextEdit::textChanged, this, refresh);
   connect(lines, &QPlainTextEdit::cursorPositionChanged, this, refresh);
   connect(lines->verticalScrollBar(), &QScrollBar::valueChanged, this, refresh);
+  connect(edit->dialog->area->horizontalScrollBar(), &QScrollBar::valueChanged, strip_,
+          [this] { strip_->update(); });
   lines->installEventFilter(this);
   strip_->show();
   later_.start();
@@ -157,7 +193,8 @@ void LiveCheck::Check() {
   strip_->message = !isThere ? QString()
                     : isOpen ? QStringLiteral("to be filled in")
                              : CaptionText(state.message);
-  strip_->setToolTip(strip_->message.toHtmlEscaped());
+  strip_->setToolTip(PlainTip(strip_->message));
+  strip_->setAccessibleDescription(strip_->message);
   lines_->setAccessibleDescription(strip_->message);
   Refresh();
   if (checked) {
@@ -186,6 +223,7 @@ void LiveCheck::Refresh() {
   const Call call = CallAround(shown, caret);
   strip_->signature = call.name.isEmpty() ? QString() : SignatureOf(call.name);
   strip_->argument = ArgumentOf(strip_->signature, call.argument);
+  strip_->setAccessibleName(strip_->signature);
   strip_->update();
   Mark();
 }

@@ -161,14 +161,14 @@ void DrawItem(const Control &list, OrlDrawItem *item, DrawnRow *drawn) {
 }
 
 // With a font much larger than the picture was drawn for, as large as the space before the text
-// allows.
+// allows; with one that is smaller, as high as the row.
 QRect PlaceOfPicture(const DrawnRow &drawn, const QSize &size) {
   constexpr double kWorthwhile = 1.4;
   const QRect own(drawn.pictureAt, size);
   const double across = static_cast<double>(drawn.textRect.left() - own.left() - 1) / size.width();
   const double down = static_cast<double>(drawn.row.height() - 2) / size.height();
   const double factor = std::min(across, down);
-  if (factor < kWorthwhile) {
+  if (size.height() <= drawn.row.height() && factor < kWorthwhile) {
     return own;
   }
   QRect place(own.topLeft(), size * factor);
@@ -196,12 +196,13 @@ void PaintDrawnRow(QPainter *painter, const QStyleOptionViewItem &option, const 
     painter->fillRect(drawn.invertedRect, palette.color(group, QPalette::Highlight));
   }
   if (!drawn.picture.onLight.isNull()) {
-    // Pixels stay square when scaled by a whole number.
-    const qreal ratio = painter->device()->devicePixelRatioF();
-    painter->setRenderHint(QPainter::SmoothPixmapTransform, ratio != std::floor(ratio));
-    painter->setOpacity(enabled ? 1 : 0.5);
     const QImage &image = ImageOn(palette.color(group, QPalette::Base), drawn.picture);
-    painter->drawImage(PlaceOfPicture(drawn, image.size()), image);
+    const QRect place = PlaceOfPicture(drawn, image.size());
+    // Pixels stay square when scaled by a whole number.
+    const qreal across = place.width() * painter->device()->devicePixelRatioF() / image.width();
+    painter->setRenderHint(QPainter::SmoothPixmapTransform, across != std::floor(across));
+    painter->setOpacity(enabled ? 1 : 0.5);
+    painter->drawImage(place, image);
     painter->setOpacity(1);
   }
   const QRect room = RoomOfText(drawn, option);

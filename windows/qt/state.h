@@ -186,6 +186,8 @@ void ShowDialog(Dialog *dialog, bool shown);
 // To a control, or with null to the one of the dialog that had it last.
 void FocusIn(Dialog *dialog, Control *control);
 
+// Moves the upper left corner of a window's frame, also before the window is shown.
+void MoveFrame(Dialog *dialog, const QPoint &corner);
 // Places a dialog beside the one that it belongs to: to its right, else to its left, else where the
 // screen has space. Whether a new one would fit there without hiding anything.
 void StandBeside(Dialog *dialog);

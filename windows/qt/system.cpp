@@ -237,7 +237,7 @@ void MoveWindow(OrlWindow window, int32_t x, int32_t y, int32_t width, int32_t h
   }
   QWidget *widget = place.dialog->widget;
   const QSize frame = widget->frameGeometry().size() - widget->size();
-  widget->move(corner);
+  MoveFrame(place.dialog, corner);
   const QSize inside = (size - frame).boundedTo({kLargestWindow, kLargestWindow});
   place.dialog->given = inside;
   widget->resize(inside);

@@ -2,6 +2,8 @@
 
 #include <iconv.h>
 
+#include <QStringList>
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <vector>
@@ -284,6 +286,16 @@ QString HarmlessText(QStringView shown) {
 
 QString CaptionText(const char *bytes) {
   return HarmlessText(ShownText(bytes, TextKind::OneLine));
+}
+
+QString PlainTip(const QString &text) {
+  constexpr qsizetype kLongLine = 100;
+  const QStringList lines = text.split(u'\n');
+  const bool isLong = std::any_of(lines.begin(), lines.end(),
+                                  [](const QString &line) { return line.size() > kLongLine; });
+  return text.isEmpty() ? text
+                        : QStringLiteral("<p style=\"white-space:%1\">%2</p>")
+                              .arg(isLong ? "pre-wrap" : "pre", text.toHtmlEscaped());
 }
 
 QByteArray TypedBytes(const QString &typed) {

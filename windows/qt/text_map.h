@@ -41,6 +41,9 @@ QString HarmlessText(QStringView shown);
 // as the replacement character.
 QString CaptionText(const char *bytes);
 
+// The same for a tooltip, whose lines stay whole as long as a screen has room for them.
+QString PlainTip(const QString &text);
+
 // The bytes of characters that a key has typed; empty when the code page does not have them.
 QByteArray TypedBytes(const QString &typed);
 
