@@ -30,6 +30,7 @@ constexpr OrlControl kControls[] = {
 constexpr OrlDialogTemplate kTemplate = {"LISTS", "Lists", "", 8, 0, 0, 130, 110, 1, 5, kControls};
 constexpr int kRowHeight = 17;
 
+constexpr int kPatience = 60'000;  // milliseconds for what comes at once on an idle machine
 const OrlWindowSystem *table;
 std::vector<std::string> told;  // the id and the notification of each command
 std::function<void(const OrlDrawItem &)> draw;
@@ -342,7 +343,7 @@ TEST_F(QtList, RowsShowWhatTheDialogDraws) {
     EXPECT_EQ(base, ColorOfRow(view, palette, 0));
     EXPECT_EQ(2 * (view->height() / kRowHeight), drawings) << "rows in view, twice";
     view->setFocus();
-    ASSERT_TRUE(QTest::qWaitFor([view] { return view->hasFocus(); }));
+    ASSERT_TRUE(QTest::qWaitFor([view] { return view->hasFocus(); }, kPatience));
     EXPECT_TRUE(IsNear(Qt::green, ColorOfRow(view, palette, 1)));
     QApplication::focusWidget()->clearFocus();
   }

@@ -1,12 +1,15 @@
-// Random keys and presses on the editor with all that helps while people write, and on the windows
-// beside it: nothing may break, and the context stays whole. ORLI_EVENTS tells how many, ORLI_SEED
-// with which numbers they begin; the sanitizers tell what they find.
+// Random keys, presses and changes around the editor, with all that helps while people write, and
+// the windows beside it: nothing may break, and the context stays whole. ORLI_EVENTS tells how
+// many, ORLI_SEED with which numbers they begin; the sanitizers tell what they find.
 #include <gtest/gtest.h>
 
 #include <QtTest/qtestkeyboard.h>
 #include <QtTest/qtestmouse.h>
 #include <QtTest/qtestsystem.h>
+#include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
+#include <QLoggingCategory>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTimer>
@@ -20,7 +23,7 @@
 namespace {
 
 std::mt19937 numbers;
-int left, shownPages, previews;
+int left, shownPages, previews, changes, refusals;
 
 int Below(int count) {
   return count <= 0 ? 0 : static_cast<int>(numbers() % static_cast<uint32_t>(count));
@@ -37,6 +40,7 @@ const Qt::Key kMnemonics[] = {Qt::Key_I, Qt::Key_U, Qt::Key_F, Qt::Key_M, Qt::Ke
                               Qt::Key_H, Qt::Key_V, Qt::Key_D, Qt::Key_S, Qt::Key_Y};
 const char *const kWords[] = {"Am", "StrL", "eft(", "'it''s'", ", ",  " + ",
                               "(",  ")",    "1",    "F",       "x\"", "Tax "};
+const char *const kGood[] = {"Amount * 2", "Amount AND 3", "Amount, 5", "F3() + Tax"};
 
 // What lies behind the window in front gets no events of a user.
 bool IsReached(const QWidget *window) {
@@ -62,28 +66,74 @@ QWidget *Target() {
   return focus == nullptr ? front : focus;
 }
 
-void SendOne(QWidget *target) {
-  const int deed = Below(20);
-  if (deed < 8) {
-    QTest::keyClicks(target, kWords[Below(std::size(kWords))]);
-  } else if (deed < 13) {
-    QTest::keyClick(target, kKeys[Below(std::size(kKeys))]);
-  } else if (deed < 15) {
-    QTest::keyClick(target, kCommands[Below(std::size(kCommands))], Qt::ControlModifier);
-  } else if (deed < 17) {
-    QTest::keyClick(target, kMnemonics[Below(std::size(kMnemonics))], Qt::AltModifier);
+// What is in a window at a random place of it, or null.
+QWidget *AnyPart(const QWidget *window, QPoint *inside) {
+  const QPoint place(Below(window->width()), Below(window->height()));
+  QWidget *there = window->childAt(place);
+  if (there != nullptr) *inside = there->mapFrom(window, place);
+  return there;
+}
+
+void PressAnywhere(const QWidget *window) {
+  QPoint inside;
+  QWidget *there = AnyPart(window, &inside);
+  if (there == nullptr) return;
+  const Qt::MouseButton button = Below(6) == 0 ? Qt::RightButton : Qt::LeftButton;
+  if (Below(3) == 0) {
+    QTest::mouseDClick(there, button, Qt::NoModifier, inside);
   } else {
-    QWidget *window = target->window();
-    const QPoint place(Below(window->width()), Below(window->height()));
-    QWidget *there = window->childAt(place);
-    if (there == nullptr) return;
-    const QPoint inside = there->mapFrom(window, place);
-    const Qt::MouseButton button = Below(6) == 0 ? Qt::RightButton : Qt::LeftButton;
-    if (Below(3) == 0) {
-      QTest::mouseDClick(there, button, Qt::NoModifier, inside);
-    } else {
-      QTest::mouseClick(there, button, Qt::NoModifier, inside);
-    }
+    QTest::mouseClick(there, button, Qt::NoModifier, inside);
+  }
+}
+
+// As a screen reader does: an action of a control or of a row.
+void ActAnywhere(const QWidget *window) {
+  QPoint inside;
+  QAccessibleInterface *part = QAccessible::queryAccessibleInterface(AnyPart(window, &inside));
+  if (part != nullptr && part->childCount() > 0) part = part->child(Below(part->childCount()));
+  QAccessibleActionInterface *actions = part == nullptr ? nullptr : part->actionInterface();
+  if (actions == nullptr || actions->actionNames().isEmpty()) return;
+  actions->doAction(actions->actionNames()[Below(static_cast<int>(actions->actionNames().size()))]);
+}
+
+void ChangeSurroundings(QWidget *window) {
+  switch (Below(3)) {
+    case 0:
+      QApplication::clipboard()->setText(kWords[Below(std::size(kWords))]);
+      break;
+    case 1:
+      window->resize(200 + Below(900), 200 + Below(900));
+      break;
+    default:
+      QApplication::setPalette(QPalette(Below(2) == 0 ? QColor(Qt::white) : QColor(50, 50, 50)));
+  }
+}
+
+void SendOne(QWidget *target) {
+  const int deed = Below(200);
+  const qt_windows::Dialog *top = qt_windows::TopModal();
+  const bool isBeside =
+      top == nullptr || top->writing == nullptr || target->window() != top->widget;
+  if (isBeside && Below(5) == 0) {
+    QTest::keyClick(target, Qt::Key_Escape);  // so that most events are for the editor
+  } else if (deed < 80) {
+    QTest::keyClicks(target, kWords[Below(std::size(kWords))]);
+  } else if (deed < 130) {
+    QTest::keyClick(target, kKeys[Below(std::size(kKeys))]);
+  } else if (deed < 150) {
+    QTest::keyClick(target, kCommands[Below(std::size(kCommands))], Qt::ControlModifier);
+  } else if (deed < 170) {
+    QTest::keyClick(target, kMnemonics[Below(std::size(kMnemonics))], Qt::AltModifier);
+  } else if (deed < 190) {
+    PressAnywhere(target->window());
+  } else if (deed < 194) {
+    ActAnywhere(target->window());
+  } else if (deed < 196) {
+    ChangeSurroundings(target->window());
+  } else if (qobject_cast<QPlainTextEdit *>(target) != nullptr) {
+    QTest::keyClick(target, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClicks(target, kGood[Below(std::size(kGood))]);
+    if (Below(2) == 0) QTest::keyClick(target, Qt::Key_N, Qt::AltModifier);
   }
 }
 
@@ -99,21 +149,29 @@ void GiveUp() {
 }
 
 // Each event is followed by the next from the loop that runs then, however deep.
+void Go();
+
+void GoOn(int milliseconds) {
+  static QTimer *const next = [] {
+    auto *timer = new QTimer(QCoreApplication::instance());
+    timer->setSingleShot(true);
+    QObject::connect(timer, &QTimer::timeout, Go);
+    return timer;
+  }();
+  next->start(milliseconds);
+}
+
 void Go() {
   if (qt_windows::TopModal() == nullptr) return;
   // Sometimes waits until the text has been checked.
-  const bool rests = Below(1500) == 0;
-  QTimer::singleShot(rests ? 450 : 0, QCoreApplication::instance(), Go);
+  constexpr int kUntilChecked = 450;
+  GoOn(Below(1000) == 0 ? kUntilChecked : 0);
   QWidget *target = Target();
   if (left > 0 && target == nullptr) {
     QApplication::activeModalWidget()->activateWindow();
   } else if (left > 0) {
     --left;
     SendOne(target);
-    if (rests && qobject_cast<QPlainTextEdit *>(Target()) != nullptr) {
-      QTest::keyClick(Target(), Qt::Key_A, Qt::ControlModifier);
-      QTest::keyClicks(Target(), "Amount * 2");
-    }
   } else {
     GiveUp();
   }
@@ -129,13 +187,19 @@ TEST(QtStorm, NothingBreaks) {
   static char name[] = "storm_test", *arguments[] = {name, nullptr};
   static const auto *const application = new QApplication(count, arguments);
   (void)application;
+  QLoggingCategory::setFilterRules("*.warning=false");  // of a platform without a screen
   const char *wanted = std::getenv("ORLI_EVENTS");
-  left = wanted == nullptr ? 3000 : std::atoi(wanted);
+  left = wanted == nullptr ? 8000 : std::atoi(wanted);
   const char *first = std::getenv("ORLI_SEED");
   ORLSetWindowSystem(ORLQtWindowSystem());
   OrlEditorHost host = {};
   host.size = sizeof host;
-  host.flags = ORL_HOST_DISCARDS;
+  host.MaySave = [](void *, OrlWindow, HEXP, const char *, const char *) {
+    const bool may = Below(8) > 0;
+    refusals += may ? 0 : 1;
+    return may ? 1 : 0;
+  };
+  host.Changed = [](void *, OrlWindow) { ++changes; };
   host.Help = [](void *, const OrlHelp *help) {
     ++shownPages;
     ORLGetWindowSystem()->ShowPage(help->dialog, help->key == nullptr ? "Help" : help->key,
@@ -157,7 +221,8 @@ TEST(QtStorm, NothingBreaks) {
       Store(ec, nullptr, "Amount * 2", ("F" + std::to_string(i)).c_str());
     // A context lasts for some openings.
     for (int i = 0; i < 5 && left > 0; ++i) {
-      QTimer::singleShot(0, QCoreApplication::instance(), Go);
+      host.flags = Below(3) == 0 ? ORL_HOST_DISCARDS : 0;
+      GoOn(0);
       ORLBuildExpressionOfType(nullptr, ec, ORLHEXPFromName(ec, "F1"), 0, Below(3), "");
       QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
@@ -170,9 +235,11 @@ TEST(QtStorm, NothingBreaks) {
     }
   }
   EXPECT_GT(shownPages, 0);
+  EXPECT_GT(changes, 0);
   ORLGetWindowSystem()->SetEditorHost(nullptr);
   ORLSetWindowSystem(nullptr);
-  std::printf("%d pages, %d previews\n", shownPages, previews);
+  std::printf("%d pages, %d previews, %d changes, %d refused\n", shownPages, previews, changes,
+              refusals);
 }
 
 }  // namespace

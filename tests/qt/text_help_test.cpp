@@ -78,6 +78,7 @@ constexpr OrlControl kControls[] = {
 };
 constexpr OrlDialogTemplate kTemplate = {"AID", "Aid", "", 8, 0, 0, 200, 130, 1, 4, kControls};
 
+constexpr int kPatience = 60'000;  // milliseconds for what comes at once on an idle machine
 const OrlWindowSystem *sys;
 std::vector<std::string> told;  // commands, insertions, help
 
@@ -136,7 +137,7 @@ class QtTextHelp : public testing::Test {
     sys->SetTextAid(sys->GetDlgItem(dialog, kText), &aid);
     text = static_cast<QPlainTextEdit *>(WidgetOf(kText));
     text->setFocus();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(text->window()));
+    EXPECT_TRUE(QTest::qWaitForWindowActive(text->window(), kPatience));
     told.clear();
   }
   ~QtTextHelp() override {
@@ -165,7 +166,8 @@ class QtTextHelp : public testing::Test {
     });
   }
   bool Says(const char *message) const {
-    return QTest::qWaitFor([=, this] { return text->accessibleDescription() == message; });
+    return QTest::qWaitFor([=, this] { return text->accessibleDescription() == message; },
+                           kPatience);
   }
 
   OrlWindow dialog;
@@ -299,7 +301,7 @@ TEST_F(QtTextHelp, HelpIsTheHostsToShow) {
     sys->SetWindowText(sys->GetDlgItem(dialog, kText), "");
     text->setFocus();
     text->window()->activateWindow();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(text->window()));
+    EXPECT_TRUE(QTest::qWaitForWindowActive(text->window(), kPatience));
     QTest::keyClicks(text, row.text);
     WidgetOf(row.control)->setFocus();
     told.clear();

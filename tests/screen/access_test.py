@@ -4,7 +4,6 @@ import os
 import shutil
 import subprocess
 import sys
-import time
 import unittest
 
 import screen
@@ -37,16 +36,12 @@ class Reader:
 
 def until(find):
     """The result of `find` as soon as there is one; objects may disappear meanwhile."""
-    end = time.monotonic() + screen.PATIENCE
-    while time.monotonic() < end:
+    def found():
         try:
-            found = find()
+            return find()
         except Exception:  # noqa: B902, of the bus
-            found = None
-        if found:
-            return found
-        time.sleep(0.1)
-    raise AssertionError("it does not come")
+            return None
+    return screen.until(found)
 
 
 def parts(of):
@@ -123,6 +118,11 @@ class AccessTest(unittest.TestCase):
         self.shown.key("Return")
         box = self.window("Formula Information")
         self.assertEqual("ERR_VAR: Unknown input item.", box.description)
+
+    def test_arguments_are_told_where_the_caret_is(self):
+        self.shown.type("StrLeft(place, ")
+        strip = self.part("filler", "StrLeft(text: String, count: Number): String")
+        until(lambda: strip.description == "ERR_SYNTAX: Incomplete or invalid formula")
 
     def test_preview_tells_its_values(self):
         preview = self.window("Preview")

@@ -11,7 +11,7 @@ import time
 import screen
 
 ORLI = screen.BUILD / "bin/orli"
-LONGEST = 4  # seconds until a session is killed
+LONGEST = 4  # seconds from its window until a session is killed
 VICTIMS = [f"victim{number:02}" for number in range(12)]
 FIRST = {"left": "amount / 2", "right": "tax * 2", **{name: "amount" + " + tax" for name in VICTIMS}}
 
@@ -27,10 +27,11 @@ class Session:
     def __init__(self, shown, data, store, delay):
         self.shown, self.states, self.done = shown, [dict(FIRST)], 0
         self.program = shown.start([ORLI, "edit", store, data])
-        threading.Timer(delay, self.program.kill).start()
+        self.end = threading.Timer(delay, self.program.kill)
 
     def wait(self, title, there=True):
-        while True:
+        end = time.monotonic() + screen.PATIENCE
+        while time.monotonic() < end:
             found = self.shown.windows(title)
             if bool(found) == there:
                 if found:
@@ -39,6 +40,7 @@ class Session:
             if self.program.poll() is not None:
                 raise Killed
             time.sleep(0.02)
+        raise AssertionError(f"{title!r} does not come" if there else f"{title!r} stays open")
 
     def key(self, *keys):
         if self.program.poll() is not None:
@@ -60,6 +62,7 @@ class Session:
 
     def run(self):
         self.wait("^Formula Editor")
+        self.end.start()
         self.key("alt+u", "Home", "Down", "alt+s")
         self.wait("^Formula Editor - left$")
         left = "left"

@@ -15,9 +15,12 @@ from plain_environment import plain_environment  # noqa: E402, the folder has ju
 
 # The same letters wherever the pictures are taken.
 FONTS = """<?xml version="1.0"?><!DOCTYPE fontconfig SYSTEM "fonts.dtd"><fontconfig>
-<dir>/usr/share/fonts/truetype/dejavu</dir><cachedir>{folder}/fonts</cachedir></fontconfig>"""
+<dir>/usr/share/fonts/truetype/dejavu</dir><cachedir>{folder}/fonts</cachedir>
+<alias><family>monospace</family><prefer><family>DejaVu Sans Mono</family></prefer></alias>
+<match><edit name="family" mode="append_last"><string>DejaVu Sans</string></edit></match>
+</fontconfig>"""
 
-PATIENCE = 30  # seconds for a window to come or go
+PATIENCE = 90  # seconds for anything that is waited for, however busy the machine is
 
 # Of the editor's template, in dialog units: a unit is an eighth of the font's height, and the window
 # has the width of the template.
@@ -29,6 +32,16 @@ PLACES = {  # id: x, y, width, height
     "name": (80, 205, 139, 12), "ok": (9, 225, 42, 14), "cancel": (57, 225, 42, 14),
     "delete": (105, 225, 42, 14), "wrap": (153, 225, 42, 14), "plus": (242, 151, 14, 11),
     "times": (242, 163, 14, 11), "2": (250, 223, 14, 11)}
+
+
+def until(condition, complaint="it does not come"):
+    """What the condition gives, as soon as that counts as true."""
+    end = time.monotonic() + PATIENCE
+    while not (found := condition()):
+        if time.monotonic() > end:
+            raise AssertionError(complaint)
+        time.sleep(0.05)
+    return found
 
 
 def missing():
@@ -89,7 +102,7 @@ class Screen:
 
     def tool(self, *arguments):
         result = subprocess.run(["xdotool", *map(str, arguments)], env=self.environment,
-                                capture_output=True, check=False)
+                                capture_output=True, check=False, timeout=PATIENCE)
         return result.returncode, result.stdout.decode()
 
     def windows(self, title):
@@ -98,11 +111,13 @@ class Screen:
 
     def wait(self, title, there=True, beside=None):
         """Waits until a window with this title, but for `beside`, is there or is not; its number."""
-        end = time.monotonic() + PATIENCE
-        while bool(found := [window for window in self.windows(title) if window != beside]) != there:
-            if time.monotonic() > end:
-                raise AssertionError(f"no window {title!r}" if there else f"{title!r} stays open")
-            time.sleep(0.05)
+        found = []
+
+        def is_so():
+            found[:] = [window for window in self.windows(title) if window != beside]
+            return bool(found) == there
+
+        until(is_so, f"no window {title!r}" if there else f"{title!r} stays open")
         if there:
             self.tool("windowfocus", "--sync", found[-1])
         return found[-1] if found else None
@@ -123,34 +138,44 @@ class Screen:
         subprocess.run([BUILD / "bin/grab", path, *map(str, part)], check=True,
                        env=dict(self.environment, QT_SCALE_FACTOR="1"))
 
-    def pixels(self, x, y, width, height):
-        """Rows of (r, g, b) of a part of the screen."""
+    def bytes_of(self, x, y, width, height):
+        """A part of the screen, three bytes for each pixel."""
         path = pathlib.Path(self.folder.name) / "part.ppm"
         self.picture(path, x, y, width, height)
-        data = path.read_bytes()
-        body = data[-3 * width * height:]
+        return path.read_bytes()[-3 * width * height:]
+
+    def pixels(self, x, y, width, height):
+        """Rows of (r, g, b) of a part of the screen."""
+        body = self.bytes_of(x, y, width, height)
         return [[tuple(body[3 * (row * width + column):][:3]) for column in range(width)]
                 for row in range(height)]
 
-    # ---- Acting
+    # ---- Acting. Programs take keys and clicks in their order, so nothing waits between them but for
+    # windows.
 
     def key(self, *keys):
         self.tool("key", "--delay", 20, *keys)
-        time.sleep(0.1)
 
     def type(self, text):
         self.tool("type", "--delay", 20, "--", text)
-        time.sleep(0.1)
 
     def click(self, x, y, button=1, times=1):
         self.tool("mousemove", x, y)
-        self.tool("click", "--repeat", times, "--delay", 40, button)
-        time.sleep(0.2)
+        self.tool("click", "--repeat", times, "--delay", 10, button)
 
-    def click_control(self, editor, name, times=1, row=None):
+    def spot(self, editor, name, row=None):
         """The middle of a control of the editor, which is as large as it opened; or a row of a list."""
         x, y, width, height = PLACES[name]
         left, top, all_width, _ = self.place(editor)
         across, down = all_width / EDITOR_WIDTH, self.down
         at = (y + height / 2) * down if row is None else y * down + 2 + (row + 0.5) * 8 * down
-        self.click(round(left + (x + width / 2) * across), round(top + at), times=times)
+        return round(left + (x + width / 2) * across), round(top + at)
+
+    def click_control(self, editor, name, times=1, row=None):
+        self.click(*self.spot(editor, name, row), times=times)
+
+    def hover(self, editor, name, row=None):
+        """A mouse that comes and stays."""
+        x, y = self.spot(editor, name, row)
+        for step in range(3):
+            self.tool("mousemove", x + step, y)

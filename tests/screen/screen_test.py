@@ -6,12 +6,12 @@ import time
 import unittest
 
 import screen
-from screen import PATIENCE, Screen
+from screen import PATIENCE, Screen, until
 
 ORLI = screen.BUILD / "bin/orli"
 SALES = "amount,tax,sold,place\n10,0.5,2024-01-31,O'Brien\n20,0.25,2024-02-29,b\n"
 ITEMS = ("amount", "place", "sold", "tax")  # as the list sorts them
-HIGHLIGHT = (48, 140, 198)  # Qt's own colours
+HIGHLIGHT, TIP = (48, 140, 198), (255, 255, 220)  # Qt's own colours
 
 
 class EditorCase(unittest.TestCase):
@@ -83,8 +83,7 @@ class MouseTest(EditorCase):
         self.screen.type("amount + nothing * tax")
         self.press("ok")
         box = self.screen.wait("^Formula Information$")
-        narrow = self.selected(box)
-        self.assertIsNotNone(narrow, "nothing is selected")
+        narrow = until(lambda: self.selected(box), "nothing is selected")
         self.screen.type("x")  # changes nothing
         self.screen.key("Escape")
         self.screen.wait("^Formula Information$", there=False)
@@ -100,13 +99,17 @@ class MouseTest(EditorCase):
         self.screen.click_control(self.editor, "items", row=ITEMS.index("place"))
         self.press("values")
         values = self.screen.wait("^place - Values$")
+        # The keys are in the text again, with the first placeholder selected.
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        self.screen.type("'x'")
+        self.screen.key("ctrl+space")
         x, y, width, height = self.screen.place(values)
         for row in (1, 0):  # sorted: b, O'Brien
             self.screen.click(x + width // 2, y + round(height * (0.13 + row * 0.115)), times=2)
         self.screen.tool("windowfocus", "--sync", self.editor)
         self.press("ok")
         saved = self.finish()
-        self.assertRegex(saved, r"='O''Brien', ?'b'")
+        self.assertRegex(saved, r"='x', ?'O''Brien' ?, ?'b'")
 
 
 class LargeMouseTest(MouseTest):
@@ -175,7 +178,9 @@ class KeyboardTest(EditorCase):
                 self.screen.wait("^Formula Editor - half$", beside=self.editor)
                 self.screen.key(keep)
                 self.screen.gone("^Formula Editor - half$", beside=self.editor)
-        self.screen.key("Escape", "alt+y")
+        self.screen.key("Escape")
+        self.screen.wait("^Formula Editor - half$", beside=self.editor)
+        self.screen.key("alt+y")
         self.finish()
         self.assertEqual(self.store.read_bytes(), before)
 
@@ -192,9 +197,8 @@ class SmallScreenTest(EditorCase):
         self.assertTrue(x >= 0 and y >= 0 and x + width <= 800 and y + height <= 600, (x, y, width, height))
         self.screen.key("alt+m", "alt+m")  # the name, at the lower end
         self.screen.key("ctrl+a")
-        pixels = self.screen.pixels(x, y, width, height)
-        marked = [row for row, line in enumerate(pixels) if line.count(HIGHLIGHT) > 20]
-        self.assertTrue(marked, "the selected name is out of view")
+        until(lambda: any(line.count(HIGHLIGHT) > 20 for line in self.screen.pixels(x, y, width, height)),
+              "the selected name is out of view")
 
 
 class SizeTest(EditorCase):
@@ -202,7 +206,6 @@ class SizeTest(EditorCase):
         self.edit()
         _, _, width, height = self.screen.place(self.editor)
         self.screen.tool("windowsize", "--sync", self.editor, width + 150, height + 70)
-        time.sleep(0.5)
         self.screen.key("Escape")
         self.finish()
         self.edit()
@@ -218,20 +221,36 @@ class AidTest(EditorCase):
         rows = self.screen.pixels(x, y, width, height // 6)
         return sum(r > 150 and g < 110 and b < 120 for row in rows for r, g, b in row)
 
-    def wait_for(self, condition):
-        end = time.monotonic() + PATIENCE
-        while not condition():
-            self.assertLess(time.monotonic(), end)
-            time.sleep(0.05)
-
     def test_text_is_checked_while_it_is_written(self):
         self.edit()
         self.screen.type("amount + nothing")
-        self.wait_for(lambda: self.faulty() > 20)
+        until(lambda: self.faulty() > 20)
         self.screen.key("ctrl+a")
         self.screen.type("amount + tax")
-        self.wait_for(lambda: self.faulty() == 0)
+        until(lambda: self.faulty() == 0)
         self.assertFalse(self.store.exists())
+
+    def test_long_text_is_written_on(self):
+        parts = 60_000 // len("amount + ")
+        self.orli("define", self.store, self.data, "long=" + "amount + " * (parts - 1) + "tax")
+        self.edit("long")
+        self.screen.key("ctrl+End")
+        self.screen.type(" - 1 +")
+        self.screen.key("BackSpace", "BackSpace", "ctrl+Home")
+        self.screen.type("2 * (tax) + ")
+        self.screen.key("Return")
+        self.finish()
+        text = self.orli("show", self.store, "long").strip()
+        self.assertTrue(text.startswith("2 * (tax) + amount") and text.endswith("tax - 1"), text[-100:])
+
+    def test_functions_tell_what_they_do(self):
+        self.edit()
+
+        def is_told():
+            self.screen.hover(self.editor, "functions", row=1)
+            time.sleep(1.5)  # a mouse that moves on is told nothing
+            return self.screen.bytes_of(0, 0, *self.size).count(bytes(TIP)) > 500
+        until(is_told)
 
     def test_names_are_completed(self):
         self.edit()
@@ -320,6 +339,23 @@ class AidTest(EditorCase):
 
 
 class StoreTest(EditorCase):
+    def beside(self):
+        """A second editor over the store, which has the keys."""
+        program = self.screen.start([ORLI, "edit", self.store, self.data])
+        self.screen.wait("^Formula Editor", beside=self.editor)
+        return program
+
+    def test_paste_follows_what_another_program_copies(self):
+        self.edit()
+        self.beside()
+        self.screen.type("tax * 3")
+        self.screen.key("ctrl+a", "ctrl+c")
+        self.screen.tool("windowfocus", "--sync", self.editor)
+        self.screen.key("alt+p")
+        self.screen.type(" + 1")
+        self.screen.key("Return")
+        self.assertIn("=tax * 3 + 1\n", self.finish())
+
     def names(self):
         lines = self.orli("list", self.store, "--format", "csv").splitlines()[1:]
         return [line.split(",")[0] for line in lines]
@@ -347,9 +383,15 @@ class StoreTest(EditorCase):
         self.assertEqual(self.names(), ["half", "Formula1"])
 
     def ask_about_half(self, answer):
-        """Writes a formula of a name that another program has stored meanwhile."""
+        """Writes a formula of a name that an editor beside this one has stored meanwhile."""
         self.edit()
-        self.orli("define", self.store, self.data, "half=amount / 2")
+        other = self.beside()
+        self.screen.type("amount / 2")
+        self.screen.key("alt+m", "alt+m")
+        self.screen.type("half")
+        self.screen.key("Return")
+        self.assertEqual(0, other.wait(PATIENCE))
+        self.screen.tool("windowfocus", "--sync", self.editor)
         self.screen.type("tax / 2")
         self.screen.key("alt+m", "alt+m")
         self.screen.type("half")
