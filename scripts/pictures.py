@@ -1,5 +1,6 @@
-"""pictures.py FOLDER - the editor in its three modes, the box of an error, the values of the data, and
-what helps while people write, each as a picture of its windows, over data/weather.csv."""
+"""pictures.py FOLDER [NAME...] - the editor in its three modes, its boxes, the values of the data, what
+helps while people write, dark colours and a small screen, each as a picture of its windows, over
+data/weather.csv; with names those alone."""
 
 import pathlib
 import subprocess
@@ -16,20 +17,48 @@ DATA = ROOT / "data/weather.csv"
 FORMULAS = ("mean=(temp_max + temp_min) / 2", "fahrenheit=mean() * 9 / 5 + 32",
             "frost=0 AND 2", "wet='rain', 'snow'")
 
+# Colours of a desktop, where Qt looks for them.
+DARK_DESKTOP = {"XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5"}
+DARK_COLORS = """[Colors:Window]
+BackgroundNormal=49,54,59
+ForegroundNormal=239,240,241
+[Colors:View]
+BackgroundNormal=35,38,41
+BackgroundAlternate=49,54,59
+ForegroundNormal=239,240,241
+[Colors:Button]
+BackgroundNormal=61,67,73
+ForegroundNormal=239,240,241
+[Colors:Selection]
+BackgroundNormal=61,174,233
+ForegroundNormal=20,22,24
+[Colors:Tooltip]
+BackgroundNormal=49,54,59
+ForegroundNormal=239,240,241
+"""
+SMALL = {"width": 800, "height": 600, "scale": "2"}
+
+
 class Scene:
     """The editor on a screen of its own, over a store with a few formulas."""
 
-    def __init__(self, folder, *arguments, title="Formula Editor"):
-        self.shown = screen.Screen(1500, 900, manager="openbox")
-        store = pathlib.Path(folder) / "weather.store"
-        subprocess.run([ORLI, "define", store, DATA, *FORMULAS], check=True, capture_output=True)
-        self.shown.start([ORLI, "edit", store, DATA, *arguments])
+    def __init__(self, folder, *arguments, title="Formula Editor", width=1500, height=900, scale="1",
+                 **desktop):
+        self.shown = screen.Screen(width, height, scale=scale, manager="openbox", **desktop)
+        (pathlib.Path(self.shown.folder.name) / "kdeglobals").write_text(DARK_COLORS)
+        self.store = pathlib.Path(folder) / "weather.store"
+        self.define(*FORMULAS)
+        self.shown.start([ORLI, "edit", self.store, DATA, *arguments])
         self.editor = self.shown.wait(f"^{title}")
-        self.shown.wait("^Preview$")
-        self.shown.tool("windowfocus", "--sync", self.editor)
-        self.shown.key("F7")
-        self.shown.gone("^Preview$", beside=self.editor)
+        if width != SMALL["width"]:
+            self.shown.wait("^Preview$")
+            self.shown.tool("windowfocus", "--sync", self.editor)
+            self.shown.key("F7")
+            self.shown.gone("^Preview$", beside=self.editor)
         time.sleep(0.5)
+
+    def define(self, *formulas):
+        subprocess.run([ORLI, "define", self.store, DATA, *formulas], check=True, capture_output=True)
 
     def take(self, path):
         time.sleep(1)
@@ -60,6 +89,36 @@ def plain(_scene):
     pass
 
 
+def find(scene):
+    scene.shown.key("alt+f", "ctrl+f")
+    scene.shown.type("month")
+    x, y = scene.shown.spot(scene.editor, "functions", row=0)
+    for step in range(4):  # for windows with a title xdotool adds its height
+        scene.shown.tool("mousemove", x + step, y)
+        time.sleep(0.1)
+    time.sleep(2)
+
+
+def ask(scene):
+    scene.shown.type("temp_max - temp_min")
+    scene.shown.key("alt+m", "alt+m")
+    scene.shown.type("span")
+    scene.define("span=(temp_max - temp_min) / 2")
+    scene.shown.key("Return")
+    scene.shown.wait("^Formula Save$")
+
+
+def discard(scene):
+    scene.shown.type("temp_max - ")
+    scene.shown.key("Escape")
+    scene.shown.wait("^Formula Editor", beside=scene.editor)
+
+
+def small(scene):
+    scene.shown.type("mean() - temp_min")
+    scene.shown.key("alt+m", "alt+m")
+
+
 def names(scene):
     scene.shown.type("mean() - tem")
 
@@ -87,24 +146,31 @@ def page(scene):
     scene.shown.wait("^StrMid$")
 
 
-SCENES = (  # picture, what happens in it, arguments, title of the window
-    ("formula", formula, (), "Formula Editor"),
-    ("range", plain, ("--mode", "range"), "Range Editor"),
-    ("set", plain, ("--mode", "set"), "Set Editor"),
-    ("error", error, (), "Formula Editor"),
-    ("values", values, ("--mode", "set"), "Set Editor"),
-    ("names", names, (), "Formula Editor"),
-    ("check", check, (), "Formula Editor"),
-    ("preview", preview, (), "Formula Editor"),
-    ("help", page, (), "Formula Editor"),
+SCENES = (  # picture, what happens in it, arguments, title of the window, screen
+    ("formula", formula, (), "Formula Editor", {}),
+    ("range", plain, ("--mode", "range"), "Range Editor", {}),
+    ("set", plain, ("--mode", "set"), "Set Editor", {}),
+    ("error", error, (), "Formula Editor", {}),
+    ("values", values, ("--mode", "set"), "Set Editor", {}),
+    ("names", names, (), "Formula Editor", {}),
+    ("find", find, (), "Formula Editor", {}),
+    ("check", check, (), "Formula Editor", {}),
+    ("dark", check, (), "Formula Editor", DARK_DESKTOP),
+    ("preview", preview, (), "Formula Editor", {}),
+    ("help", page, (), "Formula Editor", {}),
+    ("ask", ask, (), "Formula Editor", {}),
+    ("discard", discard, (), "Formula Editor", {}),
+    ("small", small, (), "Formula Editor", SMALL),
 )
 
 
 def main():
     target = pathlib.Path(sys.argv[1]).resolve()
-    for name, play, arguments, title in SCENES:
+    for name, play, arguments, title, shown in SCENES:
+        if sys.argv[2:] and name not in sys.argv[2:]:
+            continue
         with tempfile.TemporaryDirectory() as folder:
-            scene = Scene(folder, *arguments, title=title)
+            scene = Scene(folder, *arguments, title=title, **shown)
             try:
                 play(scene)
                 scene.take(target / f"{name}.png")
