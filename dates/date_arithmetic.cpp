@@ -3,6 +3,7 @@
 #include "dates/date_arithmetic.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
 
 #include "closed/wren/gregorian.h"
@@ -115,6 +116,7 @@ bool MoveParts(DateTimeParts *parts, int64_t n, uint16_t unit) {
 
 void DateArithmetic(NumberValue *result, const NumberValue *date, const NumberValue *amount,
                     int32_t op, uint16_t unit) {
+  assert(result != date && result != amount);
   *result = {};
   DateTimeParts parts;
   if (!DecodeDate(*date, &parts)) {

@@ -45,26 +45,26 @@ void UsePicture(FormatRecord &record, const char *picture) {
   record.flags &= ~WREN_FMT_FLAG_RETRY;
 }
 
-int32_t ParseInMode(FormatRecord &record, int32_t mode) {
+bool ParseInMode(FormatRecord &record, int32_t mode) {
   record.mode = mode;
-  return WRENFmtParseDate(&record);
+  return WRENFmtParseDate(&record) != 0;
 }
 
 }  // namespace
 
-int32_t DateFromText(NumberValue *target, const char *text) {
+bool DateFromText(NumberValue *target, const char *text) {
   FormatRecord record;
   WRENFmtInit(&record);
   record.input = text;
   record.useCountry = 1;
-  if (ParseInMode(record, WREN_FMT_DATETIME) == 0) {
+  if (!ParseInMode(record, WREN_FMT_DATETIME)) {
     record.flags |= WREN_FMT_FLAG_RETRY;
-    if (ParseInMode(record, WREN_FMT_TIME) == 0) {
-      return 0;
+    if (!ParseInMode(record, WREN_FMT_TIME)) {
+      return false;
     }
   }
   EncodeDate(target, record.parts);
-  return 1;
+  return true;
 }
 
 int32_t DateRewriteText(const char *text, char *buffer, const char *picture1, const char *picture2,
@@ -91,13 +91,13 @@ int32_t DateRewriteText(const char *text, char *buffer, const char *picture1, co
   return kNoDateForm;
 }
 
-int32_t DateToTextPicture(const NumberValue *date, const char *picture, char *buffer) {
+bool DateToTextPicture(const NumberValue *date, const char *picture, char *buffer) {
   buffer[0] = 0;
   if (date->length == 0) {
-    return 1;
+    return true;
   }
   if (WRENFmtCheckDatePicture(picture) == 0) {
-    return 0;
+    return false;
   }
   FormatRecord record;
   WRENFmtInit(&record);
@@ -105,13 +105,13 @@ int32_t DateToTextPicture(const NumberValue *date, const char *picture, char *bu
   record.output = buffer;
   UsePicture(record, picture);
   DecodeDate(*date, &record.parts);
-  return WRENFmtDate(&record);
+  return WRENFmtDate(&record) != 0;
 }
 
-int32_t DateToTextDefault(const NumberValue *date, char *buffer) {
+bool DateToTextDefault(const NumberValue *date, char *buffer) {
   buffer[0] = 0;
   if (date->length == 0) {
-    return 1;
+    return true;
   }
   FormatRecord record;
   WRENFmtInit(&record);
@@ -119,7 +119,7 @@ int32_t DateToTextDefault(const NumberValue *date, char *buffer) {
   record.output = buffer;
   record.useCountry = 1;
   DecodeDate(*date, &record.parts);
-  return WRENFmtDate(&record);
+  return WRENFmtDate(&record) != 0;
 }
 
 int32_t DatePictureWidth(uint16_t convertFlags, const char *const pictures[3],

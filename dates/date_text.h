@@ -12,18 +12,18 @@ constexpr int32_t kDateTextSize = 100;
 // Form codes of DateRewriteText.
 enum : int32_t { kNoDateForm = 0, kDateForm = 8, kTimeForm = 9, kDateTimeForm = 10 };
 
-// Reads a date or time by the country settings. 1, or 0 with `target` unchanged.
-int32_t DateFromText(NumberValue *target, const char *text);
+// Reads a date or time by the country settings. False, with `target` unchanged, when it is none.
+bool DateFromText(NumberValue *target, const char *text);
 
 // Rewrites a date text under the picture that belongs to its form; `buffer` has kDateTextSize
 // bytes. Returns the form code; the buffer is empty when the picture is null.
 int32_t DateRewriteText(const char *text, char *buffer, const char *picture1, const char *picture2,
                         const char *picture3);
 
-// Write a date into `buffer` of kDateTextSize bytes; empty for a null date. 0 when the picture is
-// bad or the text too long, with the buffer empty.
-int32_t DateToTextPicture(const NumberValue *date, const char *picture, char *buffer);
-int32_t DateToTextDefault(const NumberValue *date, char *buffer);
+// Write a date into `buffer` of kDateTextSize bytes; empty for a null date. False, with the buffer
+// empty, when the picture is invalid or the text too long.
+bool DateToTextPicture(const NumberValue *date, const char *picture, char *buffer);
+bool DateToTextDefault(const NumberValue *date, char *buffer);
 
 // The bytes of the widest text that a date can take under the pictures and, with value 2 of
 // `convertFlags`, the longest template. Pictures and templates may be null.

@@ -196,7 +196,7 @@ bool DivideLanes(const BatchRun &run, Batch *left, const Batch &right) {
   if (!InverseOf(right, &inverse, &exponent)) {
     return false;
   }
-  // Requires that the exponent of the result is not above 0.
+  // The exponent of the result must not be above 0: the excess goes into the factor.
   const int32_t above = std::max(left->exponent + exponent, 0);
   if (above >= kPowers64 ||
       __builtin_mul_overflow(inverse, static_cast<int64_t>(kPowersOfTen64.of[above]), &inverse)) {

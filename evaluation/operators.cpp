@@ -145,7 +145,7 @@ void PushEscapedText(TextBuffer &texts, const char *text, Value *value) {
 
 void PushDate(const char *text, Value *value) {
   NumberValue date = {};
-  if (DateFromText(&date, text) == 0) {
+  if (!DateFromText(&date, text)) {
     WRENNumSetNull(&date);
   }
   SetPacked(value, &date);

@@ -177,7 +177,7 @@ int32_t FUNStrToDate(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
   if (target == nullptr) {
     return 0;
   }
-  if (DateFromText(target, TextArgument(args, 0)) == 0) {
+  if (!DateFromText(target, TextArgument(args, 0))) {
     *target = kNullNumber;
   }
   return 1;

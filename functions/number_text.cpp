@@ -12,35 +12,35 @@ FormatRecord CountryRecord(int32_t mode) {
   return record;
 }
 
-int32_t WriteNumber(FormatRecord &record, const NumberValue *value, char *buffer) {
+bool WriteNumber(FormatRecord &record, const NumberValue *value, char *buffer) {
   buffer[0] = 0;
   record.output = buffer;
   record.number = *value;
-  return WRENFmtNumber(&record);
+  return WRENFmtNumber(&record) != 0;
 }
 
 }  // namespace
 
-int32_t NumberFromText(NumberValue *value, const char *text) {
+bool NumberFromText(NumberValue *value, const char *text) {
   FormatRecord record = CountryRecord(WREN_FMT_NUMBER);
   record.input = text;
   if (WRENFmtParseNumber(&record) == 0) {
     WRENNumSetNull(value);
     WRENNumSetZero(value);
-    return 0;
+    return false;
   }
   *value = record.number;
-  return 1;
+  return true;
 }
 
-int32_t NumberFormatPicture(const NumberValue *value, const char *picture, char *buffer) {
+bool NumberFormatPicture(const NumberValue *value, const char *picture, char *buffer) {
   buffer[0] = 0;
   FormatRecord record = CountryRecord(WREN_FMT_PICTURE);
   record.numberPicture = picture;
-  return WRENFmtCheckNumberPicture(&record) != 0 ? WriteNumber(record, value, buffer) : 0;
+  return WRENFmtCheckNumberPicture(&record) != 0 && WriteNumber(record, value, buffer);
 }
 
-int32_t NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buffer) {
+bool NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buffer) {
   FormatRecord record = CountryRecord(WREN_FMT_NUMBER);
   record.useCountry = 0;
   record.thousandsSeparator = 0;
@@ -50,12 +50,12 @@ int32_t NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buff
   return WriteNumber(record, value, buffer);
 }
 
-int32_t NumberFormatCountry(const NumberValue *value, char *buffer) {
+bool NumberFormatCountry(const NumberValue *value, char *buffer) {
   FormatRecord record = CountryRecord(WREN_FMT_NUMBER);
   return WriteNumber(record, value, buffer);
 }
 
-int32_t NumberFormatCurrency(const NumberValue *value, char *buffer) {
+bool NumberFormatCurrency(const NumberValue *value, char *buffer) {
   FormatRecord record = CountryRecord(WREN_FMT_CURRENCY);
   return WriteNumber(record, value, buffer);
 }

@@ -9,16 +9,16 @@
 // Number text is built in buffers of this size: 99 bytes and the terminator.
 constexpr int32_t kNumberTextSize = 100;
 
-// Reads a number by the country settings. 1, or 0 with the Number zero in `value`.
-int32_t NumberFromText(NumberValue *value, const char *text);
+// Reads a number by the country settings. False, with the Number zero in `value`, when it is none.
+bool NumberFromText(NumberValue *value, const char *text);
 
-// Write a Number into `buffer` of kNumberTextSize bytes; empty for a null Number. 1, or 0 with the
-// buffer empty when the picture is bad or the text too long.
-int32_t NumberFormatPicture(const NumberValue *value, const char *picture, char *buffer);
+// Write a Number into `buffer` of kNumberTextSize bytes; empty for a null Number. False, with the
+// buffer empty, when the picture is invalid or the text too long.
+bool NumberFormatPicture(const NumberValue *value, const char *picture, char *buffer);
 // Independent of the country: a full stop as the decimal point, no grouping, `decimals` digits
 // after the point.
-int32_t NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buffer);
-int32_t NumberFormatCountry(const NumberValue *value, char *buffer);
-int32_t NumberFormatCurrency(const NumberValue *value, char *buffer);
+bool NumberFormatFixed(const NumberValue *value, int32_t decimals, char *buffer);
+bool NumberFormatCountry(const NumberValue *value, char *buffer);
+bool NumberFormatCurrency(const NumberValue *value, char *buffer);
 
 #endif

@@ -61,7 +61,7 @@ void NumberFromLiteral(NumberValue *value, std::string_view literal) {
 
 bool IsDateLiteral(std::string_view literal) {
   NumberValue unused;
-  return DateFromText(&unused, TerminatedText(literal).text) != 0;
+  return DateFromText(&unused, TerminatedText(literal).text);
 }
 
 bool HoldsEscape(std::string_view text) {

@@ -1,5 +1,7 @@
 #include "language/tree.h"
 
+#include <cassert>
+
 #include "language/literals.h"
 #include "platform/owned.h"
 
@@ -30,10 +32,12 @@ int32_t NodeCloseOffset(const ExprNode *node) {
 }
 
 const char *NodeText(const ExprNode *node) {
+  assert(HasText(NodeKindOf(node)));
   return OwnsName(node) ? OwnName(node) : NodeContent(node);
 }
 
 NumberValue NodeNumber(const ExprNode *node) {
+  assert(NodeKindOf(node) == NODE_NUMBER);
   NumberValue value = {};
   NumberFromLiteral(&value, {NodeContent(node), node->length});
   if (node->detail == kNumberNegative) {
@@ -83,6 +87,7 @@ void Bind(ExprNode *node, const NodeBinding &binding) {
 // A new name that fits overwrites the old one. A routine that still holds the old address, the
 // host's for example, then reads the new name.
 bool RenameNode(ExprNode *node, const char *name) {
+  assert(NodeKindOf(node) == NODE_ITEM);
   const size_t bytes = std::strlen(name) + 1;
   const bool own = OwnsName(node);
   const size_t held = std::strlen(NodeText(node)) + 1;

@@ -15,6 +15,7 @@
 #ifndef ORLI11_LANGUAGE_TREE_H
 #define ORLI11_LANGUAGE_TREE_H
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -134,9 +135,11 @@ inline uint32_t SubtreeSize(const ExprNode *node) {
 
 // The operands of a node that HasOperands.
 inline ExprNode *LeftOperand(const ExprNode *node) {
+  assert(HasOperands(NodeKindOf(node)));
   return const_cast<ExprNode *>(node + 1);
 }
 inline ExprNode *RightOperand(const ExprNode *node) {
+  assert(HasOperands(NodeKindOf(node)));
   return const_cast<ExprNode *>(node + 1 + SubtreeSize(node + 1));
 }
 

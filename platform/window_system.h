@@ -2,6 +2,8 @@
 #ifndef ORLI11_PLATFORM_WINDOW_SYSTEM_H
 #define ORLI11_PLATFORM_WINDOW_SYSTEM_H
 
+#include <cassert>
+
 #include "orli11/windows.h"
 
 // The table last passed to ORLSetWindowSystem, or null.
@@ -11,6 +13,7 @@ const OrlWindowSystem *Windows();
 template <class Entry>
 Entry Optional(Entry OrlWindowSystem::*operation) {
   const OrlWindowSystem *system = Windows();
+  assert(system != nullptr);
   const auto *entry = reinterpret_cast<const char *>(&(system->*operation));
   const bool isThere =
       entry + sizeof(Entry) <= reinterpret_cast<const char *>(system) + system->size;

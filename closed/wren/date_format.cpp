@@ -2,6 +2,7 @@
 // writes its field; for the country settings a picture is built from them.
 #include "closed/wren/date_format.h"
 
+#include <cassert>
 #include <cstring>
 
 #include "closed/wren/codepage.h"
@@ -367,6 +368,7 @@ std::string_view NameOfList(const char *list, int32_t index) {
 }
 
 DateTextResult WriteDateText(const FormatRecord &record) {
+  assert(record.output != nullptr);
   record.output[0] = 0;
   FormatRecord shown = record;
   if (shown.mode == WREN_FMT_TIME && !IsDateReal(shown.parts)) {

@@ -248,7 +248,7 @@ struct Run {
 
   int JudgeDate() {
     NumberValue value;
-    if (!Has(ORL_FLAG_RANGES) || DateFromText(&value, text.c_str()) != 0) return Take(263, text);
+    if (!Has(ORL_FLAG_RANGES) || DateFromText(&value, text.c_str())) return Take(263, text);
     if (result.failures.empty()) {
       result.failures = " bad date " + std::to_string(at) + "+" + std::to_string(text.size());
     }

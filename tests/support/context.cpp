@@ -50,7 +50,7 @@ int32_t HostValue(EC ec, HEXP exp, int32_t size, void **value, const char *name)
   if (*text == '\0') return 1;
   NumberValue number = {};
   WRENNumFromText(&number, text);
-  if (number.length == 0 && DateFromText(&number, text) == 0) return 0;
+  if (number.length == 0 && !DateFromText(&number, text)) return 0;
   std::memcpy(*value, &number, sizeof number);
   return 1;
 }
