@@ -81,11 +81,16 @@ void ArenaFree(TextArena &arena) {
 }
 
 bool IsAscii(const char *bytes, uint64_t length) {
-  uint8_t all = 0;
+  uint64_t all = 0;
+  uint64_t word = 0;
+  for (; length >= sizeof word; length -= sizeof word, bytes += sizeof word) {
+    std::memcpy(&word, bytes, sizeof word);
+    all |= word;
+  }
   for (uint64_t i = 0; i < length; i++) {
     all |= static_cast<uint8_t>(bytes[i]);
   }
-  return all < 0x80;
+  return (all & UINT64_C(0x8080808080808080)) == 0;
 }
 
 void SetSingleNumber(Batch *batch, const Decimal &number) {
