@@ -54,8 +54,9 @@ bool MoveMonths(int64_t *moved, const int64_t *instants, uint32_t rows, int64_t 
     const int64_t day = DayOfInstant(instants[row]);
     CalendarDay date = CalendarDayOf(day);
     const int64_t months = int64_t{date.year} * 12 + date.month - 1 + n - kFirstMonth;
-    inCalendar = inCalendar && static_cast<uint64_t>(months) < kMonths;
-    const auto month = static_cast<uint32_t>(months + kFirstMonth);
+    const bool fits = static_cast<uint64_t>(months) < kMonths;
+    inCalendar = inCalendar && fits;
+    const auto month = static_cast<uint32_t>((fits ? months : 0) + kFirstMonth);
     date.year = month / 12;
     const bool leap = IsLeap(date.year);
     date.day = std::min(date.day, LastDayOf(date.month, leap));
