@@ -120,7 +120,7 @@ class Expression:
         with self._context._entered() as ec:
             size = engine.ORLGetExtendedTextLength(ec, self._live(), marks) + 1
             buffer = ffi.new("char[]", size)
-            # An empty text tells of a failure: a formula has a text.
+            # An empty text means a failure: a formula has a text.
             engine.ORLGetExtendedText(ec, self._live(), size, buffer, marks)
             if buffer[0] == b"\0":
                 raise Error(f"the extended text of {self.name} is too long")
@@ -136,7 +136,7 @@ class Context:
 
     `items` declares what formulas can refer to: a mapping from names to types ("number", "date",
     "string", a Type or a Python class), pairs of both, or data: a pandas.DataFrame or a mapping
-    from names to NumPy arrays or lists, whose values tell the types. A column whose name is no
+    from names to NumPy arrays or lists, whose values determine the types. A column whose name is no
     plain name is written in double quotes in formulas: `"wind speed" * 2`. Columns of values that
     no formula can hold are left out.
 
@@ -240,7 +240,7 @@ class Context:
                      parameters: Optional[List[TypeLike]] = None, result: Optional[TypeLike] = None):
         """Declares a function written in Python and returns it, so that it decorates as well.
 
-        Annotations tell the types of parameters and result, unless they are given here. Numbers
+        Annotations determine the types of parameters and result, unless they are given here. Numbers
         come as Decimal, or as int or float where a parameter is annotated so; dates as datetime or
         date; a missing value as None. Parameters with a default may be left out in formulas. One
         that is annotated with ItemName takes an item by its name. None as the result is no value.

@@ -24,7 +24,7 @@ def evaluate(frame: dask.dataframe.DataFrame, formulas: Mapping[str, str], *, it
     """The values of formulas as a Dask DataFrame with the partitions and the index of `frame`.
 
     Nothing is computed here but the types: a wrong formula raises FormulaError at once. The
-    formulas may call each other. `items` tells the types of columns where they do not follow from
+    formulas may call each other. `items` gives the types of columns where they do not follow from
     the dtypes: columns of objects are Strings without it. `functions` written in Python must be
     known to the workers, as any function that Dask sends. `options` are those of
     `Context.evaluate_rows`.
