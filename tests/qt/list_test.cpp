@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
 #include <algorithm>
 #include <functional>
 #include <random>
@@ -381,6 +382,38 @@ TEST_F(QtList, RowsShowWhatTheDialogDraws) {
   view->grab();
   EXPECT_EQ(0, Message(kDrawn, ORL_LB_GETCOUNT, 0));
   table->DeleteBitmap(bitmap);
+}
+
+// Whole in the rows of a small font, larger in those of a large one.
+TEST_F(QtList, PicturesOfRowsFollowTheFont) {
+  QImage image(14, 10, QImage::Format_ARGB32);
+  image.fill(Qt::gray);
+  for (int x = 0; x < image.width(); ++x) {
+    image.setPixelColor(x, 0, Qt::red);
+    image.setPixelColor(x, 9, Qt::blue);
+  }
+  const std::pair<int, int> rows[] = {{6, 4}, {10, 10}, {14, 10}, {30, 21}};
+  for (const auto &[height, expected] : rows) {
+    DrawnRow drawn;
+    drawn.row = QRect(0, 0, 60, height);
+    drawn.picture = {"", image, image};
+    drawn.pictureAt = QPoint(1, (height - image.height()) / 2);
+    drawn.textRect = QRect(32, 0, 20, height);
+    QStyleOptionViewItem option;
+    option.widget = ViewOf(kDrawn);
+    option.state = QStyle::State_Enabled;
+    QImage painted(drawn.row.size(), QImage::Format_ARGB32);
+    painted.fill(Qt::white);
+    QPainter painter(&painted);
+    PaintDrawnRow(&painter, option, drawn);
+    std::vector<QColor> column;
+    for (int y = 0; y < height; ++y) {
+      if (painted.pixelColor(4, y) != Qt::white) column.push_back(painted.pixelColor(4, y));
+    }
+    ASSERT_EQ(expected, column.size()) << height;
+    EXPECT_GT(column.front().red(), column.front().blue()) << height;
+    EXPECT_LT(column.back().red(), column.back().blue()) << height;
+  }
 }
 
 TEST_F(QtList, BitmapsLoadWhenTheyAreWhole) {
