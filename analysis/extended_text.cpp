@@ -64,7 +64,7 @@ void PutUpTo(Target &target, Expression &expression, int64_t offset) {
 
 // True when the text has the node's name at the node's position. It may not have it after a rename
 // whose text did not parse; that position is then left unchanged.
-bool StandsAt(const Expression &expression, const ExprNode *node) {
+bool HasNameAt(const Expression &expression, const ExprNode *node) {
   const int64_t length = WRENStrLen(NodeText(node));
   return NodeOffset(node) >= 0 && NodeOffset(node) + length <= expression.textLength &&
          std::memcmp(expression.text + NodeOffset(node), NodeText(node),
@@ -73,8 +73,8 @@ bool StandsAt(const Expression &expression, const ExprNode *node) {
 
 // The same for a name with its parentheses; without them the position of the closing one is not
 // known.
-bool StandsWithParentheses(const Expression &expression, const ExprNode *node) {
-  return StandsAt(expression, node) && NodeCloseOffset(node) > NodeOffset(node) &&
+bool HasParentheses(const Expression &expression, const ExprNode *node) {
+  return HasNameAt(expression, node) && NodeCloseOffset(node) > NodeOffset(node) &&
          NodeCloseOffset(node) < expression.textLength &&
          expression.text[NodeCloseOffset(node)] == ')';
 }
@@ -95,7 +95,7 @@ void PutDate(Target &target, EC ec, Expression &expression, const ExprNode *node
   const bool convert = (ec->dateConvertFlags & ORL_CONVERT_EXTENDED_TEXT) != 0;
   const char *text = convert ? TemplateOfForm(ec->dateConvert, form) : nullptr;
   const bool empty = date[0] == '\0' || (text != nullptr && text[0] == '\0');
-  if (empty || !StandsAt(expression, node)) {
+  if (empty || !HasNameAt(expression, node)) {
     return;
   }
   PutUpTo(target, expression, NodeOffset(node));
@@ -117,7 +117,7 @@ void Arrive(Expansion &expansion, Expression &expression, const ExprNode *node, 
   }
   if (NodeKindOf(node) == NODE_DATE) {
     PutDate(expansion.target, expansion.ec, expression, node);
-  } else if (IsMarkedFunction(expansion.ec, node) && StandsWithParentheses(expression, node)) {
+  } else if (IsMarkedFunction(expansion.ec, node) && HasParentheses(expression, node)) {
     PutUpTo(expansion.target, expression, NodeOffset(node));
     PutText(expansion.target, kOpenMark);
   }
@@ -129,7 +129,7 @@ void Leave(Expansion &expansion, Expression &expression, const ExprNode *from, c
            bool marks) {
   const ExprNode *stays = next != nullptr ? NodeParent(next) : nullptr;
   for (const ExprNode *node = from; marks && node != stays; node = NodeParent(node)) {
-    if (IsMarkedFunction(expansion.ec, node) && StandsWithParentheses(expression, node)) {
+    if (IsMarkedFunction(expansion.ec, node) && HasParentheses(expression, node)) {
       PutUpTo(expansion.target, expression, NodeCloseOffset(node) + 1);
       PutText(expansion.target, kCloseMark);
     }
@@ -139,7 +139,7 @@ void Leave(Expansion &expansion, Expression &expression, const ExprNode *from, c
 // The formula to be spliced in at a node, or null.
 Expression *FormulaToSplice(const Expansion &expansion, const Expression &expression,
                             ExprNode *node) {
-  if (NodeKindOf(node) != NODE_FORMULA || !StandsWithParentheses(expression, node)) {
+  if (NodeKindOf(node) != NODE_FORMULA || !HasParentheses(expression, node)) {
     return nullptr;
   }
   return BoundFormula(expansion.ec, node);

@@ -3,7 +3,7 @@
 
     bench/databases.py [ROWS]
 
-A database computes the sum of the formula over a table, and hands out its rows through ODBC. Costs
+A database computes the sum of the formula over a table, and returns its rows through ODBC. Costs
 are processor time a row: of PostgreSQL's backend as it reports it, of SQLite and orli as the system does.
 """
 

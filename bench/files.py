@@ -4,7 +4,7 @@
     bench/files.py [ROWS]            a million without it
 
 Needs the groups build and others of scripts/install.sh; DuckDB comes from npm (@duckdb/node-api),
-into a folder of this run. What is missing is left out and told. Of several runs, one program after
+into a folder of this run. Missing ones are reported. Of several runs, one program after
 the other in turn, the least processor time and the least wall time count. Exit status 1 when orli
 needs more than MOST_MEMORY for eval, or MOST_GROUP_MEMORY for a group for each row.
 """
@@ -21,7 +21,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 ORLI = ROOT / "build/release/bin/orli"
 REPETITIONS = 3
-MOST_MEMORY = 64 << 10  # KiB, as the system tells it
+MOST_MEMORY = 64 << 10  # KiB, as reported by the system
 MOST_GROUP_MEMORY = 200 << 10
 REGIONS = ("North", "South", "East", "West", "Centre")
 

@@ -202,9 +202,9 @@ void OrlOfferTextAid(const EditorState &editor);
 
 // Whether the host accepts what is about to be stored for the expression that is shown. Also true
 // for a text that does not parse, which the save will report.
-bool OrlHostTakes(EditorState &editor, const char *text, const char *name);
+bool OrlHostAccepts(EditorState &editor, const char *text, const char *name);
 // Notifies the host that an expression has been stored, renamed or deleted.
-void OrlTellHost(const EditorState &editor);
+void OrlNotifyHost(const EditorState &editor);
 // The host's description of a function, truncated to `size` bytes; false when it has none.
 bool OrlHostDescribes(const char *function, char *buffer, int32_t size);
 // Whether lists show a function.

@@ -21,7 +21,7 @@ Routine Has(const OrlEditorHost *host, Routine OrlEditorHost::*routine) {
 
 }  // namespace
 
-bool OrlHostTakes(EditorState &editor, const char *text, const char *name) {
+bool OrlHostAccepts(EditorState &editor, const char *text, const char *name) {
   const OrlEditorHost *host = Host();
   OrlWindow dialog = editor.dialog;
   HEXP exp = OrlCurrentExpression(editor);
@@ -30,7 +30,7 @@ bool OrlHostTakes(EditorState &editor, const char *text, const char *name) {
          CallHost([=] { return host->MaySave(host->user, dialog, exp, text, name); }) != 0;
 }
 
-void OrlTellHost(const EditorState &editor) {
+void OrlNotifyHost(const EditorState &editor) {
   const OrlEditorHost *host = Host();
   if (host != nullptr && host->Changed != nullptr) {
     CallHost([&] { host->Changed(host->user, editor.dialog); });

@@ -124,7 +124,7 @@ HEXP ParseAndShow(EditorState &editor, const SaveTexts &texts) {
     return nullptr;
   }
   OrlCurrentExpression(editor);  // the host may have changed the context during the question
-  if (!OrlHostTakes(editor, texts.text.get(), texts.name.get())) {
+  if (!OrlHostAccepts(editor, texts.text.get(), texts.name.get())) {
     return nullptr;
   }
   OrlCurrentExpression(editor);
@@ -170,7 +170,7 @@ HEXP OrlSaveText(EditorState &editor) {
     ORLErrorDisplay(editor.dialog, "", &error);
   }
   if (saved != nullptr) {
-    OrlTellHost(editor);
+    OrlNotifyHost(editor);
   }
   OrlFollowContext(editor);
   OrlEnableEditButtons(editor);

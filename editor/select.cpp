@@ -119,6 +119,6 @@ void OrlDeleteSelected(EditorState &editor) {
   }
   RemoveRow(list, ordinal);
   ShowDeleted(editor, wasCurrent);
-  OrlTellHost(editor);
+  OrlNotifyHost(editor);
   OrlFollowContext(editor);  // a formula that only the deleted one used may be renamed again
 }

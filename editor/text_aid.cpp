@@ -24,7 +24,7 @@ int32_t FindPlaceholder(const char *text, int32_t from, int32_t *start, int32_t 
 }
 
 // As in "Number", or "Set: String" for a set or range.
-void TellType(int32_t kind, uint16_t dataType, OrlTextState *state) {
+void ReportType(int32_t kind, uint16_t dataType, OrlTextState *state) {
   const char *type = OrlTypeLabel(dataType);
   if (kind == kModeFormula) {
     std::snprintf(state->message, sizeof state->message, "%s", type);
@@ -34,7 +34,7 @@ void TellType(int32_t kind, uint16_t dataType, OrlTextState *state) {
   }
 }
 
-void TellError(const FormulaError &error, int32_t length, OrlTextState *state) {
+void ReportError(const FormulaError &error, int32_t length, OrlTextState *state) {
   state->error = error.id;
   state->start = std::clamp(error.offset, 0, length);
   const int64_t end = int64_t{state->start} + std::max(error.length, 0);
@@ -59,9 +59,9 @@ int32_t Check(const char *text, OrlTextState *state) {
   const int32_t kind = ClassifyText(editor->ec, exp, copy.get(),
                                     exp == nullptr ? nullptr : exp->entry.name, &error, &dataType);
   if (kind < 0) {
-    TellError(error, WRENStrLen(copy.get()), state);
+    ReportError(error, WRENStrLen(copy.get()), state);
   } else {
-    TellType(kind, dataType, state);
+    ReportType(kind, dataType, state);
   }
   return 1;
 }

@@ -123,7 +123,7 @@ void CheckRow(Evaluation &run, Value *frame) {
 
 // Whether arguments are passed by name exactly where the row declares them so: a row that has
 // replaced another may differ.
-bool TakesNamesAlike(const ExprItem *row, const Value *args, uint32_t count) {
+bool NamesMatch(const ExprItem *row, const Value *args, uint32_t count) {
   for (uint32_t i = 0; i < count && static_cast<int32_t>(i) < row->paramCount; i++) {
     const bool byName = ItemParameters(row)[i].mode == 1;
     if (args[i].form != ValueForm::None && byName != (args[i].form == ValueForm::Name)) {
@@ -182,7 +182,7 @@ void InvokeCall(Evaluation &run, Value *frame, uint32_t count) {
   if (builtIn != nullptr && builtIn->inner != nullptr) {
     frame->arguments = count;
     builtIn->inner({run.texts, frame});
-  } else if (row != nullptr && row->routine != nullptr && TakesNamesAlike(row, args, count)) {
+  } else if (row != nullptr && row->routine != nullptr && NamesMatch(row, args, count)) {
     CallRoutine(run, {call, row, builtIn == nullptr}, args, count, result);
   }
   for (uint32_t i = 0; i < count; i++) {

@@ -133,7 +133,7 @@ bool NearestDouble(double *result, const Decimal &d) {
       high != 0 ? std::countl_zero(high) : 64 + std::countl_zero(static_cast<uint64_t>(magnitude));
   const auto fives = static_cast<uint64_t>(kPowersOfTen.of[-d.exponent] >> -d.exponent);
   const Uint128 shifted = magnitude << shift;
-  // At least 64 bits, the lowest of which also stands for those behind it.
+  // At least 64 bits; the lowest one also represents the bits below it.
   const Uint128 quotient = shifted / fives;
   const Uint128 rest = shifted - quotient * fives;
   const auto nearest = static_cast<double>(quotient | (rest != 0 ? 1 : 0));

@@ -100,7 +100,7 @@ std::string Grouped(int64_t number) {
 }
 
 /* "line 500,001: 'oops'", with the file when there are several. */
-std::string Told(const ScanState &state, const Witness &witness) {
+std::string Located(const ScanState &state, const Witness &witness) {
   const bool several = state.csv->inputs.size() > 1;
   return (several ? state.csv->Path(witness.input) + " " : std::string()) + "line " +
          Grouped(witness.line) + ": " + Shown(witness.text);
@@ -125,20 +125,20 @@ const char *OrderOf(const FieldRules &rules, const std::string &text) {
 std::string OtherReason(const ScanState &state, Column &column, const Finding &finding) {
   const FieldRules &rules = state.options->rules;
   const std::string &text = finding.other.text;
-  std::string reason = Told(state, finding.other);
+  std::string reason = Located(state, finding.other);
   FieldRules other = rules;
   other.decimal = rules.decimal == ',' ? '\0' : ',';
   NumberValue unused;
   if (NumberFromField(other, text.c_str(), &unused)) {
     column.twoWays = finding.number.line != 0 && (rules.decimal == ',' || finding.point);
     return column.twoWays
-               ? Told(state, finding.number) + " and " + reason + " have different decimal signs"
+               ? Located(state, finding.number) + " and " + reason + " have different decimal signs"
                : reason + " is a number with --decimal " + (other.decimal == ',' ? "," : ".");
   }
   const unsigned orders = DateOrdersOf(text);
   if (!finding.ordered.empty() && orders != 0 && (orders & finding.orders) == 0) {
     column.twoWays = true;
-    return Told(state, finding.ordered.back().witness) + " and " + reason +
+    return Located(state, finding.ordered.back().witness) + " and " + reason +
            " have day and month in different orders";
   }
   const char *order = OrderOf(rules, text);
@@ -161,7 +161,7 @@ std::string DateNote(const ScanState &state, const Finding &finding) {
   if (!either || state.options->rules.dateOrder >= 0) {
     return {};
   }
-  return Told(state, finding.ordered.back().witness) + " is read as " +
+  return Located(state, finding.ordered.back().witness) + " is read as " +
          (CountryDateOrder() == 1 ? "day, month, year; --date-order mdy has the month first"
                                   : "month, day, year; --date-order dmy has the day first");
 }
@@ -180,15 +180,15 @@ void Decide(const ScanState &state, bool required, const Finding &finding, Colum
   if (finding.other.line != 0) {
     column.why = OtherReason(state, column, finding);
   } else if (finding.number.line != 0 && finding.date.line != 0) {
-    column.why =
-        Told(state, finding.number) + " is a number, " + Told(state, finding.date) + " is a date";
+    column.why = Located(state, finding.number) + " is a number, " + Located(state, finding.date) +
+                 " is a date";
   } else if (finding.date.line != 0) {
     column.type = ORL_TYPE_DATE;
     column.why = DateNote(state, finding);
   } else if (finding.code.line != 0) {
-    column.why = Told(state, finding.code) + kShapes[finding.shape];
+    column.why = Located(state, finding.code) + kShapes[finding.shape];
   } else if (finding.exponent.line != 0 && !finding.point) {
-    column.why = Told(state, finding.exponent) + " looks like a code";
+    column.why = Located(state, finding.exponent) + " looks like a code";
   } else if (finding.number.line != 0) {
     column.type = ORL_TYPE_NUMBER;
   } else {

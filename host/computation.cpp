@@ -22,7 +22,7 @@ bool TakeOthers(const RowOptions &options, const Session &session, std::vector<F
 
 bool TakeConditions(Computation &computation, std::vector<Formula> &all, std::string &error) {
   for (const std::string &argument : computation.options->conditions) {
-    if (!ConditionTake(argument, all, computation.conditions.emplace_back(), error)) {
+    if (!ConditionParse(argument, all, computation.conditions.emplace_back(), error)) {
       return false;
     }
   }
@@ -57,7 +57,7 @@ bool Keep(Computation &computation, const std::vector<Formula> &all, size_t own,
   return !none;
 }
 
-void TellPictures(const std::vector<Formula> &formulas) {
+void ReportPictures(const std::vector<Formula> &formulas) {
   for (const Formula &formula : formulas) {
     for (const std::string &problem : PictureProblems(formula.text)) {
       Complain("formula " + DisplayName(formula.title) + ": " + problem, kExitGood);
@@ -86,7 +86,7 @@ bool Define(Computation &computation, std::string &error) {
     }
   }
   computation.defined = all;
-  TellPictures(computation.formulas);
+  ReportPictures(computation.formulas);
   SessionWatchZeros(computation.session, ZeroUsesOf(all));
   return true;
 }
@@ -110,7 +110,7 @@ bool CheckFormulas(const Computation &computation, const Session &trial, std::st
   }
   all.insert(all.end(), computation.formulas.begin(), computation.formulas.end());
   for (const std::string &argument : computation.options->conditions) {
-    if (!ConditionTake(argument, all, conditions.emplace_back(), problem)) {
+    if (!ConditionParse(argument, all, conditions.emplace_back(), problem)) {
       return true;
     }
   }
@@ -221,7 +221,7 @@ int ComputeRows(Computation &computation, const RowConsumer &consumer) {
 
 }  // namespace
 
-bool ComputationTake(Computation &computation, const std::string &argument, std::string &error) {
+bool ComputationAdd(Computation &computation, const std::string &argument, std::string &error) {
   Formula formula;
   const bool good = FormulaFromArgument(argument, formula, error);
   if (good) {

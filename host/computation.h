@@ -47,7 +47,7 @@ inline void CountMissing(Worker &worker, size_t formula) {
 }
 
 /* Adds a formula, NAME=TEXT. False with a message. */
-bool ComputationTake(Computation &computation, const std::string &argument, std::string &error);
+bool ComputationAdd(Computation &computation, const std::string &argument, std::string &error);
 
 /* Opens the files, defines the formulas, which may call each other, and computes them for each row
  * that meets the conditions. A formula that cannot have a value is rejected. Reports failures, rows

@@ -82,8 +82,8 @@ int Compare(int32_t type, const Value &left, const Value &right) {
 
 }  // namespace
 
-bool ConditionTake(const std::string &argument, std::vector<Formula> &formulas,
-                   Condition &condition, std::string &error) {
+bool ConditionParse(const std::string &argument, std::vector<Formula> &formulas,
+                    Condition &condition, std::string &error) {
   const Signs signs = FindSigns(argument);
   const size_t equals = signs.equals;
   if (*signs.hint != '\0') {

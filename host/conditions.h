@@ -20,8 +20,8 @@ struct Condition {
 
 /* Parses a condition and adds its formulas to those that will be defined. BOUNDS is the name of a
  * range or set among these, or a text of its own. False with a message. */
-bool ConditionTake(const std::string &argument, std::vector<Formula> &formulas,
-                   Condition &condition, std::string &error);
+bool ConditionParse(const std::string &argument, std::vector<Formula> &formulas,
+                    Condition &condition, std::string &error);
 
 /* Completes a condition when its formulas are defined. False with a message for incompatible
  * types. */

@@ -41,7 +41,7 @@ bool AskForeign(EditedStore &store, OrlWindow dialog, const Foreign &foreign) {
   return answer == ORL_IDYES;
 }
 
-void TellBox(OrlWindow dialog, const std::string &message) {
+void ShowMessage(OrlWindow dialog, const std::string &message) {
   ORLGetWindowSystem()->MessageBox(dialog, message.c_str(), kSaveCaption,
                                    ORL_MB_OK | ORL_MB_ICONSTOP);
 }
@@ -57,9 +57,9 @@ int32_t MaySave(void *user, OrlWindow dialog, HEXP exp, const char *text, const 
   EditedStore &store = *static_cast<Beside *>(user)->store;
   std::string error;
   Foreign foreign;
-  while (!EditedStoreMayTake(store, exp, text, name, error, foreign)) {
+  while (!EditedStoreAccepts(store, exp, text, name, error, foreign)) {
     if (!error.empty()) {
-      TellBox(dialog, "Not stored.\n\n" + error);
+      ShowMessage(dialog, "Not stored.\n\n" + error);
       return 0;
     }
     if (!AskForeign(store, dialog, foreign)) {
@@ -77,7 +77,7 @@ void WriteChanges(void *user, OrlWindow dialog) {
   Foreign foreign;
   while (!EditedStoreWrite(store, error, foreign)) {
     if (!error.empty()) {
-      TellBox(dialog, "Not stored yet.\n\n" + error);
+      ShowMessage(dialog, "Not stored yet.\n\n" + error);
       return;
     }
     if (!AskForeign(store, dialog, foreign)) {
@@ -177,7 +177,7 @@ int Finish(EditedStore &store, const StoreFile &file, const std::vector<Formula>
                                  DisplayName(foreign.name) + " meanwhile"
                            : error,
              kExitWrong);
-    StoreTell(ChangesBetween(store.known, FormulasOf(store.ec)).stored, kExitWrong);
+    StoreReport(ChangesBetween(store.known, FormulasOf(store.ec)).stored, kExitWrong);
     return kExitWrong;
   }
   const std::string summary = ChangesSummary(ChangesBetween(first, store.known));

@@ -123,7 +123,7 @@ std::string ChangesSummary(const Changes &changes) {
   return summary;
 }
 
-bool EditedStoreMayTake(const EditedStore &store, HEXP exp, const std::string &text,
+bool EditedStoreAccepts(const EditedStore &store, HEXP exp, const std::string &text,
                         const std::string &name, std::string &error, Foreign &foreign) {
   StoreFile file;
   Store present;
@@ -155,7 +155,7 @@ bool EditedStoreWrite(EditedStore &store, std::string &error, Foreign &foreign) 
                     WriteInto(store, file, present, changes, error, foreign);
   StoreFileClose(file);
   if (good) {
-    StoreTell(changes.stored, kExitGood);
+    StoreReport(changes.stored, kExitGood);
   }
   return good;
 }

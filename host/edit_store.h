@@ -37,7 +37,7 @@ struct Foreign {
 /* Whether a formula can be stored under a name: the file can be changed, and holds nothing under it
  * (or under the present name of `exp`, which may be null) that the user has not seen. False with
  * either a message or the foreign formula. */
-bool EditedStoreMayTake(const EditedStore &store, HEXP exp, const std::string &text,
+bool EditedStoreAccepts(const EditedStore &store, HEXP exp, const std::string &text,
                         const std::string &name, std::string &error, Foreign &foreign);
 /* Writes what has changed in the editor since the last time, and lists the formulas on standard
  * output. What other programs have written meanwhile is kept. False as above; then the next call

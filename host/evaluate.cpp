@@ -188,7 +188,7 @@ int RunEval(const EvalOptions &options) {
   computation.mayBeEmpty = !options.keep.empty();
   for (const std::string &argument : options.formulas) {
     std::string error;
-    if (!ComputationTake(computation, argument, error)) {
+    if (!ComputationAdd(computation, argument, error)) {
       return Complain(error, kExitUsage);
     }
   }

@@ -53,7 +53,8 @@ const char *FigureName(ReportFigure figure) {
   return kNames.at(static_cast<size_t>(figure));
 }
 
-bool FigureTakes(ReportFigure figure, int32_t type, const std::string &title, std::string &error) {
+bool FigureAccepts(ReportFigure figure, int32_t type, const std::string &title,
+                   std::string &error) {
   const bool ordered = figure == kReportLeast || figure == kReportGreatest;
   const bool added = figure == kReportSum || figure == kReportMean || figure == kReportMedian;
   if ((ordered && type == ORL_TYPE_STRING) || (added && type != ORL_TYPE_NUMBER)) {

@@ -25,7 +25,7 @@ struct Entry {
 const char *FigureName(ReportFigure figure);
 
 /* False with a message for a formula of a type that the aggregate does not accept. */
-bool FigureTakes(ReportFigure figure, int32_t type, const std::string &title, std::string &error);
+bool FigureAccepts(ReportFigure figure, int32_t type, const std::string &title, std::string &error);
 
 /* The result type of an aggregate over values of that type. */
 int32_t FigureType(ReportFigure figure, int32_t type);

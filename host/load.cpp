@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr size_t kNobody = static_cast<size_t>(-1);
+constexpr size_t kNone = static_cast<size_t>(-1);
 
 /* The state of a load. */
 struct Loading {
@@ -59,7 +59,7 @@ std::vector<Formula> Repaired(const Loading &loading, const Store &after) {
 }
 
 /* Lists formulas that still parse but have another type, since the user has not seen them. */
-void TellTypes(const Loading &loading, const Store &after) {
+void ReportTypes(const Loading &loading, const Store &after) {
   Store old;
   std::string unused;
   if (!StoreRead(loading.file.bytes, old, unused)) {
@@ -76,7 +76,7 @@ void TellTypes(const Loading &loading, const Store &after) {
 }
 
 /* How many formulas there are, and for which columns. */
-void TellCount(const Loading &loading, const Store &after, const Session *session) {
+void ReportCount(const Loading &loading, const Store &after, const Session *session) {
   const std::string columns =
       session == nullptr ? "" : ", for the columns of " + session->csv.Path();
   std::printf("%s: %zu %s%s\n", loading.file.path.c_str(), after.formulas.size(),
@@ -85,12 +85,12 @@ void TellCount(const Loading &loading, const Store &after, const Session *sessio
 
 int LoadParts(const std::string &path, Loading &loading, const Session *session) {
   std::string problem;
-  size_t wrong = kNobody;
+  size_t wrong = kNone;
   Store store;
   std::string bytes = loading.bytes;
   if (!StoreRead(bytes, store, problem, &wrong)) {
     problem = loading.file.path + ": " + problem;
-    if (wrong == kNobody || IsCircle(store, wrong)) {
+    if (wrong == kNone || IsCircle(store, wrong)) {
       return Complain(problem, kExitWrong);
     }
     const char *missing = ORLWindowSystemProblem();
@@ -102,10 +102,10 @@ int LoadParts(const std::string &path, Loading &loading, const Session *session)
     }
   }
   const int status = bytes == loading.file.bytes ? kExitGood : Replace(path, loading, bytes);
-  StoreTell(Repaired(loading, store), status);
+  StoreReport(Repaired(loading, store), status);
   if (status == kExitGood) {
-    TellTypes(loading, store);
-    TellCount(loading, store, session);
+    ReportTypes(loading, store);
+    ReportCount(loading, store, session);
   }
   return status;
 }
@@ -118,7 +118,7 @@ int Load(const std::string &path, const Session *session) {
   if (!good) {
     return Complain(problem, kExitWrong);
   }
-  problem = StoreTakeApart(loading.file.bytes, loading.before);
+  problem = StoreDecode(loading.file.bytes, loading.before);
   if (problem.empty() && session != nullptr &&
       session->table.columns.size() > ORL_BLOCK_MOST_ROWS) {
     problem = kStoreIsFull;

@@ -228,7 +228,7 @@ bool Begin(Report &report, std::string &error) {
     const Formula &formula = report.computation.formulas[i];
     const ReportFigure figure = FigureOf(report, i);
     const bool key = figure == kReportBy;
-    if (!FigureTakes(figure, formula.type, formula.title, error)) {
+    if (!FigureAccepts(figure, formula.type, formula.title, error)) {
       error += TextColumnHint(report.computation.session.ec.get(), formula);
       return false;
     }
@@ -254,7 +254,7 @@ int RunReport(const ReportOptions &options) {
     /* A count also has a formula, so that all names are checked in the same way. */
     const bool counts = column.figure == kReportCount;
     std::string error;
-    if (!ComputationTake(report.computation, column.argument + (counts ? "=1" : ""), error)) {
+    if (!ComputationAdd(report.computation, column.argument + (counts ? "=1" : ""), error)) {
       return Complain(error, kExitUsage);
     }
     if (counts && report.computation.formulas.back().text != "1") {

@@ -90,7 +90,7 @@ void CheckLocale() {
 }
 
 /* Reports columns that are Strings because their fields are written in two ways. */
-void TellTwoWays(const Session &session) {
+void ReportTwoForms(const Session &session) {
   for (const Column &column : session.table.columns) {
     if (column.twoWays) {
       Complain(session.csv.Path() + ": column " + DisplayName(column.name) +
@@ -175,7 +175,7 @@ bool SessionOpen(const DataOptions &options, Session &session, Progress &progres
                  "the file",
              kExitGood);
   }
-  TellTwoWays(session);
+  ReportTwoForms(session);
   return true;
 }
 

@@ -104,7 +104,7 @@ std::string TakeColumn(Walk &walk, Column &column) {
                                    : Unknown("column " + DisplayName(column.name), routine);
 }
 
-/* As StoreTakeApart, for a store that is empty. */
+/* As StoreDecode, for a store that is empty. */
 std::string TakeApart(const std::string &bytes, Store &store) {
   Walk walk{bytes};
   int columns = 0;
@@ -162,18 +162,18 @@ std::string StoreHeadProblem(std::string_view head) {
   return TakeStart(walk, columns);
 }
 
-std::string StoreTakeApart(const std::string &bytes, Store &store) {
+std::string StoreDecode(const std::string &bytes, Store &store) {
   store.columns.clear();
   store.formulas.clear();
   return TakeApart(bytes, store);
 }
 
 bool StoreRead(const std::string &bytes, Store &store, std::string &problem, size_t *wrong) {
-  problem = StoreTakeApart(bytes, store);
+  problem = StoreDecode(bytes, store);
   if (!problem.empty()) {
     return false;
   }
-  /* The formulas are tried first, since a load does not tell which of them failed. */
+  /* The formulas are parsed first, since a load does not report which of them failed. */
   std::vector<Formula> tried = store.formulas;
   bool good = Load(bytes, 0, store);
   if (good && !FormulasDefine(store.ec.get(), tried, problem, wrong)) {
@@ -258,7 +258,7 @@ bool StoreSave(const StoreFile &file, const std::string &bytes, std::string &err
   return false;
 }
 
-void StoreTell(const std::vector<Formula> &formulas, int status) {
+void StoreReport(const std::vector<Formula> &formulas, int status) {
   for (const Formula &formula : formulas) {
     const std::string line = formula.name + "=" + formula.text;
     if (status == kExitGood) {

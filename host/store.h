@@ -32,7 +32,7 @@ std::string StoreHeadProblem(std::string_view head);
 
 /* Extracts the columns and formulas from the bytes of a stored context without parsing; returns the
  * error in the bytes, or nothing. */
-std::string StoreTakeApart(const std::string &bytes, Store &store);
+std::string StoreDecode(const std::string &bytes, Store &store);
 
 /* Reads a stored context and checks all of it; false with the error. Anything that is damaged,
  * foreign or no longer parses is rejected, so that writing a store never loses what was in it.
@@ -64,7 +64,7 @@ bool StoreSave(const StoreFile &file, const std::string &bytes, std::string &err
 
 /* Writes formulas of the user as NAME=TEXT: to standard output on success, else to standard error
  * as not stored, so that they are not lost. */
-void StoreTell(const std::vector<Formula> &formulas, int status);
+void StoreReport(const std::vector<Formula> &formulas, int status);
 
 /* A column or formula by its name as formulas write it, or without quotes; null when there is
  * none. */

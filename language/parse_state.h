@@ -53,7 +53,7 @@ struct ParseState {
   int32_t tokenLength;  // bytes of it, skipped white space included
   int32_t delivered;    // bytes read so far, the blank after the text included
 
-  // The token handed to the parser.
+  // The token passed to the parser.
   int32_t tokenOffset, tokenSpan;
 
   // Words that are pending until a node takes them.

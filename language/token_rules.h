@@ -3,7 +3,7 @@
 // Notation of a pattern
 //   "+="      the bytes between the quotes
 //   [a-z_]    one byte of the set; [^ab] one byte that is not in it. \t, \n, \xHH and a backslash
-//             before any other byte stand for one byte. The zero byte, the end of a text, is in no
+//             before any other byte mean one byte. The zero byte, the end of a text, is in no
 //             set.
 //   {name}    the definition of that name
 //   x y  x|y  x and then y; x or y. Blanks between parts mean nothing.
@@ -27,7 +27,7 @@ struct TokenDefinition {
 // A string literal, as a drawing of its states ("stop" ends the match):
 //
 //   state     other bytes  backslash  single quote  accepting
-//   inside    inside       escaped    closed        no          behind the opening quote
+//   inside    inside       escaped    closed        no          after the opening quote
 //   escaped   inside       escaped    quoted        no
 //   closed    stop         stop       inside        yes         the next quote doubles this one
 //   quoted    inside       escaped    quoted        yes         an escaped quote or, when no other

@@ -2,7 +2,7 @@
 """api_filter.py HEADER: prints a public header with its comments as Doxygen reads them.
 
 The headers use plain comments. A comment in front of declarations describes all of them up to
-the next blank line or comment, one behind code describes that code and the members below it that
+the next blank line or comment, one after code describes that code and the members below it that
 have none. One that a blank line follows belongs to the whole header, and one with dashes is a
 title.
 """

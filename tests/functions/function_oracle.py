@@ -214,7 +214,7 @@ def number_picture(value, page):
 
 
 def power(base, exponent):
-    """In doubles. Python hands them to the system's pow, which the functions use too, so the
+    """In doubles. Python passes them to the system's pow, which the functions use too, so the
     doubles must agree to the last bit; the way there and back is what is compared."""
     result = math.pow(float(base) + 0.0, float(exponent) + 0.0)  # zero has no sign
     return FORM.create_decimal(repr(result))

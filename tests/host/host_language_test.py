@@ -12,7 +12,7 @@ PAGE = (support.ROOT / "docs/language.md").read_text()
 FUNCTIONS = (support.ROOT / "docs/odbc-functions.md").read_text()
 BLOCKS = re.findall(r"^```(\w+) ?(\S*)\n(.*?)^```$", PAGE + (support.ROOT / "docs/orli.md").read_text(),
                     re.DOTALL | re.MULTILINE)
-# What stands on the page for a Number or Date without content.
+# The notation of the page for a Number or Date without content.
 NOTHING = "n,NoNumber,NoDate\n1,,\n1,1,2024-01-31\n"
 
 

@@ -342,7 +342,7 @@ TEST(BlockReader, CopiesRowsOfADamagedKind) {
   }
 }
 
-// Formulas as texts, "Name=text" each; what is wrong is told as "index id@offset+length".
+// Formulas as texts, "Name=text" each; errors are shown as "index id@offset+length".
 TEST(ParseFormulas, WhateverTheirOrder) {
   const struct {
     Texts formulas;

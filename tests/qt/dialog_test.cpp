@@ -30,7 +30,7 @@ using qt_windows::Dialog;
 constexpr int kPatience = 60'000;  // milliseconds for what comes at once on an idle machine
 const OrlWindowSystem *sys = nullptr;
 std::function<void(OrlWindow)> act;                   // once the dialog is shown
-std::function<intptr_t(uint32_t, uintptr_t)> answer;  // to what the dialog is told
+std::function<intptr_t(uint32_t, uintptr_t)> answer;  // to the messages of the dialog
 
 intptr_t Proc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t /*lParam*/) {
   if (message == ORL_WM_INITDIALOG) {
@@ -71,8 +71,8 @@ bool Overlap(const Control &left, const Control &right) {
   return shown && !frame && shared.width() > 2 && shared.height() > 2;
 }
 
-// Every template, in its own size and enlarged. Of the editor's the plain form: others stand where
-// its mode buttons do until it has laid them out.
+// Every template, in its own size and enlarged. For the editor the plain form: others are where its
+// mode buttons do until it has laid them out.
 TEST(QtDialog, ControlsHaveRoomAndKeepApart) {
   for (const char *name : {kDialogEditor, kDialogTextView, kDialogValues, kDialogError}) {
     SCOPED_TRACE(name);
@@ -220,7 +220,7 @@ TEST(QtDialog, MnemonicsLeadToControls) {
   });
 }
 
-// Of a text that the user cannot change, with a procedure ahead that takes all keys.
+// For a read-only text, with a procedure before it that handles all keys.
 TEST(QtDialog, TextsThatAreKeptAreReadByKeys) {
   RunDialog(FindDialog(kDialogTextView), [](OrlWindow window) {
     OrlWindow edit = sys->GetDlgItem(window, 100);
@@ -300,7 +300,7 @@ TEST(QtDialog, TimersAndPostedMessagesCome) {
   RunDialog(FindDialog(kDialogValues), [&told](OrlWindow window) {
     QWidget *widget = qt_windows::FindDialog(window)->widget;
     EXPECT_TRUE(QTest::qWaitForWindowExposed(widget, kPatience));
-    for (int i = 0; i < 3; ++i) {  // told of its drawing behind that, each time
+    for (int i = 0; i < 3; ++i) {  // notified of its drawing after that, each time
       told.clear();
       widget->repaint();
       EXPECT_TRUE(told.empty()) << i;
@@ -348,8 +348,8 @@ TEST(QtDialog, AnEndedDialogHearsNothingMore) {
   EXPECT_EQ(0, told);
 }
 
-// Whoever leaves a dialog with changed text is asked ahead of the command, unless the host wants it
-// otherwise or nothing is lost.
+// A user who leaves a dialog with changed text is asked before the command, unless the host
+// disables that or nothing is lost.
 TEST(QtDialog, AsksBeforeChangedTextIsDiscarded) {
   OrlEditorHost quiet = {};
   quiet.size = sizeof quiet;
@@ -402,8 +402,8 @@ TEST(QtDialog, AsksBeforeChangedTextIsDiscarded) {
   }
 }
 
-// An edit that others work for: it has the keys behind a button that disables itself, and its
-// procedures look at the clipboard when another program has changed that.
+// The main edit: it has the focus after a button that disables itself, and its procedures check the
+// clipboard when another program has changed it.
 TEST(QtDialog, TextIsGoneBackTo) {
   static OrlTextAid aid = {};
   aid.size = sizeof aid;
@@ -431,8 +431,8 @@ TEST(QtDialog, TextIsGoneBackTo) {
   });
 }
 
-// A side window by keys: Return takes the row unless the dialog does something else with it, F6
-// goes to the window beside it and back, Escape closes it.
+// A side window by keys: Return picks the row unless the dialog handles it, F6 goes to the window
+// beside it and back, Escape closes it.
 TEST(QtDialog, SideWindowsAreReachedByKeys) {
   for (const bool handles : {false, true}) {
     static std::vector<uintptr_t> told;

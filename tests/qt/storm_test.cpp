@@ -1,6 +1,6 @@
 // Random keys, presses and changes around the editor, with all that helps while people write, and
-// the windows beside it: nothing may break, and the context stays whole. ORLI_EVENTS tells how
-// many, ORLI_SEED with which numbers they begin; the sanitizers tell what they find.
+// the windows beside it: nothing may break, and the context stays whole. ORLI_EVENTS is their
+// number, ORLI_SEED the first seed; the sanitizers report their findings.
 #include <gtest/gtest.h>
 
 #include <QtTest/qtestkeyboard.h>
@@ -42,7 +42,7 @@ const char *const kWords[] = {"Am", "StrL", "eft(", "'it''s'", ", ",  " + ",
                               "(",  ")",    "1",    "F",       "x\"", "Tax "};
 const char *const kGood[] = {"Amount * 2", "Amount AND 3", "Amount, 5", "F3() + Tax"};
 
-// What lies behind the window in front gets no events of a user.
+// Windows behind the front one receive no user events.
 bool IsReached(const QWidget *window) {
   const QWidget *front = QApplication::activeModalWidget();
   if (window == front || qobject_cast<const QMessageBox *>(front) != nullptr) {

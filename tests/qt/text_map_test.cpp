@@ -172,7 +172,7 @@ TEST(QtTextMap, WhatCanBeEntered) {
       {1252, kKinds[1], "a\nb\rc\r\nd\u2028\u2029\t", -1, "a\nb\nc\nd\n\n\t", true},
       {1252, kKinds[1], "a\r\nb", 2, "a\n", false},  // a break needs one byte
       {1252, kKinds[0], "a\nb", -1, "a", false},
-      {932, kKinds[1], "\u3042x\u3042y", 4, "\x82\xA0x", false},  // none smaller behind it
+      {932, kKinds[1], "\u3042x\u3042y", 4, "\x82\xA0x", false},  // no shorter one after it
       {932, kKinds[1], "\u3042\u3042", 4, "\x82\xA0\x82\xA0", true},
       {932, kKinds[0], "\u301C\u2212\u00A5", -1, "\x81\x60\x81\x7C\\", true},  // other names
       {65001, kKinds[0], "\U0001F600\u00A0", 5, "\xF0\x9F\x98\x80", false},

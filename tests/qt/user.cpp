@@ -20,7 +20,7 @@
 #include "windows/qt/edit.h"
 #include "wreni11.h"
 
-// What a platform tells of its windows at once; Qt has them for tests (qtestmouse.h).
+// Notifications of a platform about its windows; Qt provides them for tests (qtestmouse.h).
 QT_BEGIN_NAMESPACE
 Q_GUI_EXPORT void qt_handleMouseEvent(QWindow *window, const QPointF &local, const QPointF &global,
                                       Qt::MouseButtons state, Qt::MouseButton button,
@@ -63,7 +63,7 @@ void MakeApplication() {
   static char name[] = "tests";
   static char *arguments[] = {name, nullptr};
   if (watcher != nullptr) return;
-  qputenv("QT_NO_GLIB", "1");  // whose loop tells that it waits when it does not
+  qputenv("QT_NO_GLIB", "1");  // whose loop reports that it waits when it does not
   // Both are kept until the process ends: Qt is unloaded before their destructors would run.
   static auto *application = new QApplication(count, arguments);
   watcher = new Watcher;
@@ -120,7 +120,7 @@ bool Watcher::event(QEvent *event) {
   } else if (session.script(session.user, ORLHeadlessTop()) == 0) {
     session.script = nullptr;
   }
-  // The loop may have been told to end while another one ran inside.
+  // The loop may have been ended while another one ran inside.
   QAbstractEventDispatcher::instance()->wakeUp();
   return true;
 }
@@ -202,7 +202,7 @@ Spot SpotInLines(QPlainTextEdit *edit, int unit) {
   return SpotOn(edit->viewport(), edit->cursorRect(cursor).center());
 }
 
-// Where the edit says that the caret would come to stand; beyond its edges what is out of view.
+// The edit's position for the caret; beyond its edges when it is out of view.
 Spot SpotInLine(QLineEdit *edit, int unit) {
   QPoint spot = edit->rect().center();
   while (edit->cursorPositionAt(spot) < unit) spot.rx()++;

@@ -31,11 +31,11 @@ int32_t CharacterFrom(const Text &text, int32_t position) {
   return begin == position ? position : begin + CharacterSize(Bytes(text) + begin);
 }
 
-int32_t CharacterAhead(const Text &text, int32_t position) {
+int32_t PreviousCharacter(const Text &text, int32_t position) {
   return position <= 0 ? 0 : CharacterAt(text, position - 1);
 }
 
-int32_t CharacterBehind(const Text &text, int32_t position) {
+int32_t NextCharacter(const Text &text, int32_t position) {
   return std::min(text.length, CharacterFrom(text, position + 1));
 }
 
@@ -228,7 +228,7 @@ void TakeCharacter(Control *edit, uintptr_t code) {
       break;
     case '\b': {
       const int32_t caret = edit->edit.caret;
-      Erase(edit, CharacterAhead(edit->text, caret), CharacterFrom(edit->text, caret));
+      Erase(edit, PreviousCharacter(edit->text, caret), CharacterFrom(edit->text, caret));
       break;
     }
     case '\t':
@@ -257,17 +257,17 @@ int32_t MovedCaret(const Control *edit, uintptr_t key, bool far) {
       if (HasLines(edit)) {
         return start == 0 ? caret : ByteAt(edit, LineOf(edit, caret) - 1, caret - start);
       }
-      return CharacterAhead(text, caret);
+      return PreviousCharacter(text, caret);
     case ORL_VK_DOWN:
       if (HasLines(edit)) {
         const bool last = std::strchr(Bytes(text) + caret, '\n') == nullptr;
         return last ? caret : ByteAt(edit, LineOf(edit, caret) + 1, caret - start);
       }
-      return CharacterBehind(text, caret);
+      return NextCharacter(text, caret);
     case ORL_VK_LEFT:
-      return CharacterAhead(text, caret);
+      return PreviousCharacter(text, caret);
     default:
-      return CharacterBehind(text, caret);
+      return NextCharacter(text, caret);
   }
 }
 
@@ -282,7 +282,7 @@ void TakeKey(Control *edit, uintptr_t key) {
       break;
     case ORL_VK_DELETE: {
       const int32_t caret = edit->edit.caret;
-      Erase(edit, CharacterAt(edit->text, caret), CharacterBehind(edit->text, caret));
+      Erase(edit, CharacterAt(edit->text, caret), NextCharacter(edit->text, caret));
       break;
     }
     case ORL_VK_HOME:

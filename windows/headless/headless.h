@@ -59,20 +59,20 @@ extern "C" {
 
 /* ---- Session --------------------------------------------------------------------------------- */
 
-/* The script: called whenever a modal dialog or box waits for its user, posted events having been
- * handled and what is new having been drawn; `window` is that dialog or box, the one on top. Not 0
- * to be called again, 0 when it has nothing more to say: from then on dialogs are cancelled
- * (command 2, closed with 0 when they stay open) and boxes answered by Cancel, else No, else OK.
+/* The script: called whenever a modal dialog or box waits for its user, after posted events have
+ * been handled and changes drawn; `window` is that dialog or box, the one on top. Returns nonzero
+ * to be called again, 0 when it has ended: from then on dialogs are cancelled (command 2, closed
+ * with 0 when they stay open) and boxes answered by Cancel, else No, else OK.
  *
  * When an action opens a modal dialog or a box, the script is called for that one from inside the
  * action, which returns when it has been closed. */
 typedef int32_t (*OrlHeadlessScript)(void *user, OrlWindow window);
 
-/* Starts a session and hands the system to the process (ORLSetWindowSystem). What an earlier
- * session has kept is forgotten. A null script never says anything. 0 while a dialog is open. */
+/* Starts a session and sets the window system of the process (ORLSetWindowSystem). The state of an
+ * earlier session is cleared. A null script does nothing. 0 while a dialog is open. */
 ORL_API int32_t ORLHeadlessStart(OrlHeadlessScript script, void *user);
-/* Ends the session: takes the system away, destroys the dialogs that are still there and frees
- * everything. Does nothing while a modal dialog or box is open. */
+/* Ends the session: removes the window system, destroys the remaining dialogs and frees everything.
+ * Does nothing while a modal dialog or box is open. */
 ORL_API void ORLHeadlessEnd(void);
 /* The table; always the same. */
 ORL_API const OrlWindowSystem *ORLHeadlessSystem(void);
@@ -103,12 +103,12 @@ typedef struct {
   int32_t rowCount, currentRow, topRow;
 } OrlHeadlessState;
 
-/* The state of a control or dialog; 0 when it is not there. */
+/* The state of a control or dialog; 0 when it does not exist. */
 ORL_API int32_t ORLHeadlessLook(OrlWindow dialog, int32_t id, OrlHeadlessState *state);
 /* The control at `index` in tab order, labels without an id included; null after the last. */
 ORL_API OrlWindow ORLHeadlessControlAt(OrlWindow dialog, int32_t index);
-/* The text of an edit, the caption of another control, the title of a dialog or box. -1 when it is
- * not there. */
+/* The text of an edit, the caption of another control, the title of a dialog or box. -1 when it
+ * does not exist. */
 ORL_API int32_t ORLHeadlessText(OrlWindow dialog, int32_t id, char *buffer, int32_t size);
 
 /* A row of a list: its text, -1 when it is not there; its data. */
@@ -116,7 +116,7 @@ ORL_API int32_t ORLHeadlessRow(OrlWindow dialog, int32_t list, int32_t row, char
                                int32_t size);
 ORL_API intptr_t ORLHeadlessRowData(OrlWindow dialog, int32_t list, int32_t row);
 
-/* What a row of an owner-drawn list shows: what the dialog has drawn for it. The texts are those of
+/* The content of a row of an owner-drawn list, as the dialog has drawn it. The texts are those of
  * the last drawing, empty when there was none, and valid until the next call of any routine. */
 typedef struct {
   const char *bitmap; /* its name */
@@ -126,21 +126,21 @@ typedef struct {
   int32_t inverted; /* has been inverted an odd number of times, last in invertedRect */
   OrlRect invertedRect;
   int32_t focusRect; /* likewise with the focus rectangle */
-  int32_t drawings;  /* how often it was drawn, whole or in part, since the row was drawn whole */
+  int32_t drawings;  /* number of partial and complete drawings since the last complete one */
 } OrlHeadlessRowShown;
 
 /* Rows in view are drawn whole when the loop is idle, ORL_DRAW_SELECT and ORL_DRAW_FOCUS come when
- * the current row or the focus moves. A row out of view is drawn for the question. */
+ * the current row or the focus moves. A row out of view is drawn for this query. */
 ORL_API int32_t ORLHeadlessRowShows(OrlWindow dialog, int32_t list, int32_t row,
                                     OrlHeadlessRowShown *shown);
-/* Has a row drawn with an action (ORL_DRAW_...) and state (ORL_STATE_...) of the script's choice,
- * on an empty ground, and reports the result. Row -1 is the empty list. */
+/* Draws a row with a given action (ORL_DRAW_...) and state (ORL_STATE_...), on an empty background,
+ * and returns the result. Row -1 is the empty list. */
 ORL_API int32_t ORLHeadlessDrawRow(OrlWindow dialog, int32_t list, int32_t row, uint32_t action,
                                    uint32_t state, OrlHeadlessRowShown *shown);
 
 /* The modal dialog or box on top, or null. */
 ORL_API OrlWindow ORLHeadlessTop(void);
-/* The dialog that was opened last of those made from this template, or null. */
+/* The dialog of this template that was opened last, or null. */
 ORL_API OrlWindow ORLHeadlessFind(const char *name);
 /* Fills in up to `capacity` open dialogs and boxes, the oldest first. The number of all. */
 ORL_API int32_t ORLHeadlessOpen(OrlWindow *windows, int32_t capacity);
@@ -165,14 +165,14 @@ ORL_API int32_t ORLHeadlessBitmapCount(void);
 
 /* ---- The user -------------------------------------------------------------------------------- */
 
-/* Brings the focus to a control, as the tab key or a mnemonic do; nothing is pressed. The control
- * may give the focus away again. */
+/* Moves the focus to a control, as the tab key or a mnemonic do; nothing is pressed. The control
+ * may pass the focus on. */
 ORL_API int32_t ORLHeadlessFocus(OrlWindow dialog, int32_t id);
 
 /* Types a text, having brought the focus to the control if it was elsewhere. Each character is a
  * WM_KEYDOWN, a WM_CHAR for each byte and a WM_KEYUP for the control that has the focus then. 13
  * and 10 are the Return key, 9 Tab, 8 Backspace, 27 Escape. Typing ends early, with 0, when no
- * control can take it any more. The key of a letter (as a capital), a digit and the blank is its
+ * control can receive it any more. The key of a letter (as a capital), a digit and the blank is its
  * number in ASCII, of all others 231. */
 ORL_API int32_t ORLHeadlessType(OrlWindow dialog, int32_t id, const char *text);
 

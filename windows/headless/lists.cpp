@@ -108,7 +108,7 @@ void MakeCurrent(Control *control, int32_t row) {
   }
 }
 
-void TellDialog(const Control *list, uint32_t notification) {
+void NotifyDialog(const Control *list, uint32_t notification) {
   if ((list->style & ORL_STYLE_NOTIFY) != 0) {
     Notify(list, notification);
   }
@@ -118,7 +118,7 @@ void MakeCurrentByUser(Control *control, int32_t row) {
   if (HasRow(control, row) && row != control->list.current) {
     MakeCurrent(control, row);
     ScrollIntoView(control, row);
-    TellDialog(control, ORL_LBN_SELCHANGE);
+    NotifyDialog(control, ORL_LBN_SELCHANGE);
   }
 }
 
@@ -270,7 +270,7 @@ intptr_t ListProc(Control *list, uint32_t message, uintptr_t wParam, intptr_t lP
       break;
     case ORL_WM_LBUTTONDBLCLK:
       if (RowAtPoint(list, lParam) >= 0) {
-        TellDialog(list, ORL_LBN_DBLCLK);
+        NotifyDialog(list, ORL_LBN_DBLCLK);
       }
       break;
     default:

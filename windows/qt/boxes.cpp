@@ -75,7 +75,7 @@ int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_
     if (dialog != nullptr) {
       box.setFont(dialog->widget->font());
     }
-    StandAbove(&box, parent);
+    KeepAbove(&box, parent);
     const QScopedValueRollback<int32_t> one(open, open + 1);
     pressed = box.exec();
   }

@@ -59,7 +59,7 @@ class DialogWidget : public QDialog {
     // Programs that paste are notified once the change is over.
     const auto tell = [this] {
       if (dialog_->writing != nullptr) {
-        TellSelection(dialog_->writing);
+        ReportSelection(dialog_->writing);
       }
     };
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, tell,
@@ -265,7 +265,7 @@ bool HasRoomBeside(const Dialog *dialog, const OrlDialogTemplate &other) {
   return frame.right() + width < screen.right() || frame.left() - width > screen.left();
 }
 
-void StandBeside(Dialog *dialog) {
+void PlaceBeside(Dialog *dialog) {
   const Dialog *parent = Find(dialog->parent).dialog;
   if (parent == nullptr) {
     return;
@@ -284,7 +284,7 @@ void StandBeside(Dialog *dialog) {
   MoveFrame(dialog, {std::max(screen.left(), left), std::min(frame.top(), lowest)});
 }
 
-void StandAbove(QWidget *widget, OrlWindow parent) {
+void KeepAbove(QWidget *widget, OrlWindow parent) {
   const Place place = Find(parent);
   const QWidget *host = place.dialog != nullptr ? place.dialog->widget : HostWidget(parent);
   widget->winId();  // makes its window
@@ -335,7 +335,7 @@ Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowPro
   MakeControls(dialog);
   MeasureDialog(dialog);
   NameControls(dialog);
-  StandAbove(dialog->widget, parent);
+  KeepAbove(dialog->widget, parent);
   PutIntoPlace(dialog);
   LinkDialog(dialog);
   return dialog;
@@ -353,7 +353,7 @@ void OpenDialog(Dialog *dialog, intptr_t parameter) {
     return;
   }
   for (const auto &control : dialog->controls) {
-    control->TakeAsSaved();
+    control->MarkAsSaved();
   }
   Control *stop = FirstTabStop(dialog);
   if (stop != nullptr && (result != 0 || dialog->widget->focusWidget() == nullptr)) {

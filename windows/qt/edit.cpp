@@ -212,7 +212,7 @@ void Edit::SetText(const char *text) {
   }
 }
 
-void Edit::TakeAsSaved() {
+void Edit::MarkAsSaved() {
   saved = Shown();
   ForgetUndo();
 }
@@ -284,7 +284,7 @@ intptr_t Edit::OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam) {
     case ORL_EM_SETMODIFY:
       modified = wParam != 0;
       if (!modified) {
-        TakeAsSaved();
+        MarkAsSaved();
       }
       break;
     case ORL_EM_LIMITTEXT:
@@ -372,7 +372,8 @@ void ShowMenu(Edit *edit, QMenu *menu, const QPoint &place) {
   }
   // The dialog's procedure is notified as of a key, once it is done.
   QObject::connect(
-      menu, &QMenu::triggered, edit->widget, [edit] { TellSelection(edit); }, Qt::QueuedConnection);
+      menu, &QMenu::triggered, edit->widget, [edit] { ReportSelection(edit); },
+      Qt::QueuedConnection);
   menu->setAttribute(Qt::WA_DeleteOnClose);
   menu->popup(place);
 }

@@ -21,7 +21,7 @@ namespace qt_windows {
 constexpr uint32_t kKeyApps = 93;  // the context menu's
 
 // A selection in units of UTF-16, the caret being at its second end.
-struct Stretch {
+struct Selection {
   qsizetype anchor = 0, caret = 0;
 };
 
@@ -36,9 +36,9 @@ struct Edit : Control {
 
   // Of the text in the widget.
   virtual QString Shown() const = 0;
-  virtual Stretch Selected() const = 0;
+  virtual Selection Selected() const = 0;
   // Clamped to the text; brings the caret into view.
-  virtual void Select(Stretch stretch) = 0;
+  virtual void Select(Selection selection) = 0;
   // By the program; the caret is then at the start.
   virtual void PutShown(const QString &shown) = 0;
   // Replaces the selection, as the user does.
@@ -62,7 +62,7 @@ struct Edit : Control {
 
   QByteArray Text() const override { return BytesOfText(Shown(), textKind); }
   void SetText(const char *text) override;
-  void TakeAsSaved() override;
+  void MarkAsSaved() override;
   bool IsUnsaved() const override { return modified && !IsReadOnly() && Shown() != saved; }
   intptr_t OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam) override;
 };

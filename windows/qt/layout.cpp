@@ -19,16 +19,16 @@ namespace qt_windows {
 namespace {
 
 // From `from` to `to`, exclusive.
-struct Stretch {
+struct Interval {
   int from, to;
 };
-using Stretches = QVarLengthArray<Stretch, 8>;
+using Intervals = QVarLengthArray<Interval, 8>;
 
-Stretch Across(const QRect &rect) {
+Interval Across(const QRect &rect) {
   return {rect.x(), rect.x() + rect.width()};
 }
 
-Stretch Down(const QRect &rect) {
+Interval Down(const QRect &rect) {
   return {rect.y(), rect.y() + rect.height()};
 }
 
@@ -41,11 +41,11 @@ bool Scrolls(const Control &control) {
 }
 
 // The intersection of overlapping ones.
-Stretches Shared(Stretches stretches) {
-  std::sort(stretches.begin(), stretches.end(),
-            [](const Stretch &left, const Stretch &right) { return left.from < right.from; });
-  Stretches shared;
-  for (const Stretch &each : stretches) {
+Intervals Shared(Intervals intervals) {
+  std::sort(intervals.begin(), intervals.end(),
+            [](const Interval &left, const Interval &right) { return left.from < right.from; });
+  Intervals shared;
+  for (const Interval &each : intervals) {
     if (!shared.isEmpty() && each.from < shared.back().to) {
       shared.back() = {each.from, std::min(each.to, shared.back().to)};
     } else {
@@ -57,14 +57,14 @@ Stretches Shared(Stretches stretches) {
 
 // One axis of a window: what grows in it, and by how much.
 struct Axis {
-  Stretches growing;
+  Intervals growing;
   int total;  // of what grows
   int extra;  // pixels that the window has more than its template
 
   // The position to which a position of the template has moved.
   int Moved(int place) const {
     int ahead = 0;
-    for (const Stretch &each : growing) {
+    for (const Interval &each : growing) {
       ahead += std::clamp(place, each.from, each.to) - each.from;
     }
     return total == 0
@@ -73,37 +73,37 @@ struct Axis {
   }
 };
 
-Axis NewAxis(Stretches growing, int extra) {
+Axis NewAxis(Intervals growing, int extra) {
   int total = 0;
-  for (const Stretch &each : growing) {
+  for (const Interval &each : growing) {
     total += each.to - each.from;
   }
   return {std::move(growing), total, std::max(0, extra)};
 }
 
 Axis AxisAcross(const Dialog &dialog, int extra) {
-  Stretches stretches;
+  Intervals intervals;
   for (const bool lists : {true, false}) {
     for (const auto &control : dialog.controls) {
-      if (lists ? IsList(*control) : stretches.isEmpty() && Scrolls(*control)) {
-        stretches.push_back(Across(control->base));
+      if (lists ? IsList(*control) : intervals.isEmpty() && Scrolls(*control)) {
+        intervals.push_back(Across(control->base));
       }
     }
-    if (!stretches.isEmpty()) {
+    if (!intervals.isEmpty()) {
       break;
     }
   }
-  return NewAxis(Shared(stretches), extra);
+  return NewAxis(Shared(intervals), extra);
 }
 
 Axis AxisDown(const Dialog &dialog, int extra) {
-  Stretches stretches;
+  Intervals intervals;
   for (const auto &control : dialog.controls) {
     if (IsList(*control) || Scrolls(*control)) {
-      stretches.push_back(Down(control->base));
+      intervals.push_back(Down(control->base));
     }
   }
-  return NewAxis(Shared(stretches), extra);
+  return NewAxis(Shared(intervals), extra);
 }
 
 // Both axes of the window at its present size.

@@ -99,7 +99,7 @@ struct LineEdit : Edit {
 
   QString Shown() const override { return line->text(); }
 
-  Stretch Selected() const override {
+  Selection Selected() const override {
     const int caret = line->cursorPosition();
     if (!line->hasSelectedText()) {
       return {caret, caret};
@@ -108,9 +108,9 @@ struct LineEdit : Edit {
     return {caret == start ? line->selectionEnd() : start, caret};
   }
 
-  void Select(Stretch stretch) override {
-    line->setSelection(static_cast<int>(stretch.anchor),
-                       static_cast<int>(stretch.caret - stretch.anchor));
+  void Select(Selection selection) override {
+    line->setSelection(static_cast<int>(selection.anchor),
+                       static_cast<int>(selection.caret - selection.anchor));
   }
 
   void PutShown(const QString &shown) override {

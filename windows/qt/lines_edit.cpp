@@ -150,21 +150,21 @@ struct LinesEdit : Edit {
 
   QString Shown() const override { return lines->document()->toRawText(); }
 
-  Stretch Selected() const override {
+  Selection Selected() const override {
     const QTextCursor cursor = lines->textCursor();
     return {cursor.anchor(), cursor.position()};
   }
 
-  void Select(Stretch stretch) override {
+  void Select(Selection selection) override {
     QTextCursor cursor = lines->textCursor();
-    cursor.setPosition(static_cast<int>(stretch.anchor));
-    cursor.setPosition(static_cast<int>(stretch.caret), QTextCursor::KeepAnchor);
+    cursor.setPosition(static_cast<int>(selection.anchor));
+    cursor.setPosition(static_cast<int>(selection.caret), QTextCursor::KeepAnchor);
     lines->setTextCursor(cursor);
     lines->ensureCursorVisible();
   }
 
   // Before a change that may be large.
-  void WrapAheadOf(QStringView shown) const {
+  void WrapBefore(QStringView shown) const {
     if (HasLongWord(shown)) {
       WrapFor(shown);
     }
@@ -177,7 +177,7 @@ struct LinesEdit : Edit {
   }
 
   void PutShown(const QString &shown) override {
-    WrapAheadOf(shown);
+    WrapBefore(shown);
     const QString before = Shown();
     const auto [prefix, suffix] = Compare(before, shown);
     QTextCursor cursor(lines->document());
@@ -196,7 +196,7 @@ struct LinesEdit : Edit {
 
   void Insert(const QString &shown) override {
     const auto [anchor, caret] = Selected();
-    WrapAheadOf(Shown().replace(std::min(anchor, caret), std::abs(caret - anchor), shown));
+    WrapBefore(Shown().replace(std::min(anchor, caret), std::abs(caret - anchor), shown));
     QTextCursor cursor = lines->textCursor();
     cursor.insertText(shown);
     lines->setTextCursor(cursor);

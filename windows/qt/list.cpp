@@ -199,7 +199,7 @@ void ListBox::Place(const QRect &rect) {
   }
 }
 
-void ListBox::TakeRowAid(const OrlTextAid *rowAid) {
+void ListBox::SetRowAid(const OrlTextAid *rowAid) {
   aid = rowAid;
   ShowRows(this);
 }

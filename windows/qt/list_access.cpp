@@ -176,7 +176,7 @@ QAccessibleInterface *NewAccess(const QString & /*className*/, QObject *object) 
 
 }  // namespace
 
-void TellOfList(ListBox *list, QListView *view) {
+void ReportList(ListBox *list, QListView *view) {
   static bool isInstalled = false;
   view->setProperty(kList, QVariant::fromValue<void *>(list));
   if (!isInstalled) {

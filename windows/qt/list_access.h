@@ -7,7 +7,7 @@
 namespace qt_windows {
 
 // From now on the view reports its list.
-void TellOfList(ListBox *list, QListView *view);
+void ReportList(ListBox *list, QListView *view);
 
 // The program's description of a row, in a few lines; may be empty (list_view.cpp).
 QString DescriptionOf(const ListBox *list, int32_t row);

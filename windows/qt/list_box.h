@@ -28,7 +28,7 @@ struct ListBox : Control {
   intptr_t OwnMessage(uint32_t message, uintptr_t wParam, intptr_t lParam) override;
   void Place(const QRect &rect) override;
   void SetRowHeight(int32_t pixels) override;
-  void TakeRowAid(const OrlTextAid *rowAid) override;
+  void SetRowAid(const OrlTextAid *rowAid) override;
 };
 
 bool IsOwnerDrawn(const ListBox *list);
@@ -42,7 +42,7 @@ void MakeCurrent(ListBox *list, int32_t row);
 void ShowRows(ListBox *list);
 bool IsRowShown(const ListBox *list, int32_t row);
 // When the current row is hidden, makes the first visible one current, as the user does.
-void StandOnShownRow(ListBox *list);
+void FocusShownRow(ListBox *list);
 
 // Keys that have no name in orli11/windows.h.
 constexpr uint32_t kKeyPageUp = 33;

@@ -388,7 +388,7 @@ QString DescriptionOf(const ListBox *list, int32_t row) {
   return lines.mid(0, kMostTipLines).join(u'\n');
 }
 
-void StandOnShownRow(ListBox *list) {
+void FocusShownRow(ListBox *list) {
   const int32_t row = CurrentRow(list);
   const int32_t shown = ShownRow(list, 0, 1);
   if (shown >= 0 && (row < 0 ? !list->part.isEmpty() : !IsRowShown(list, row))) {
@@ -398,7 +398,7 @@ void StandOnShownRow(ListBox *list) {
 
 QListView *NewListView(ListBox *list, QWidget *parent) {
   auto *view = new ListView(list, parent);
-  TellOfList(list, view);
+  ReportList(list, view);
   view->setItemDelegate(new RowDelegate(list, view));
   return view;
 }

@@ -38,7 +38,7 @@ Piece ArgumentOf(QStringView signature, int argument) {
   return {};
 }
 
-QTextEdit::ExtraSelection Selection(const QPlainTextEdit *lines, Piece place) {
+QTextEdit::ExtraSelection MarkOf(const QPlainTextEdit *lines, Piece place) {
   QTextEdit::ExtraSelection selection;
   selection.cursor = QTextCursor(lines->document());
   selection.cursor.setPosition(static_cast<int>(place.start));
@@ -187,7 +187,7 @@ void LiveCheck::Check() {
     Piece fault = {PositionOfByte(shown, state.start, edit_->textKind),
                    PositionOfByte(shown, state.end, edit_->textKind)};
     fault.start -= fault.IsEmpty() && fault.start > 0 ? 1 : 0;
-    fault_ = Selection(lines_, fault).cursor;
+    fault_ = MarkOf(lines_, fault).cursor;
   }
   strip_->isFault = isThere && state.error != 0 && !isOpen;
   strip_->message = !isThere ? QString()
@@ -237,14 +237,14 @@ void LiveCheck::Mark() {
                       lines_->cursorForPosition(view.bottomRight()).position() + 1};
   QList<QTextEdit::ExtraSelection> marks;
   for (const Piece &quoted : QuotedBetween(shown, part)) {
-    marks.push_back(Selection(lines_, {std::max(quoted.start, part.start),
-                                       std::min({quoted.end, part.end, shown.size()})}));
+    marks.push_back(MarkOf(lines_, {std::max(quoted.start, part.start),
+                                    std::min({quoted.end, part.end, shown.size()})}));
     marks.back().format.setForeground(QuotedColor(palette));
   }
   const BracketPair brackets = BracketsAt(shown, edit_->Selected().caret);
   for (const qsizetype place : {brackets.open, brackets.close}) {
     if (place >= 0) {
-      marks.push_back(Selection(lines_, {place, place + 1}));
+      marks.push_back(MarkOf(lines_, {place, place + 1}));
       const QColor mark = palette.color(QPalette::Active, QPalette::Highlight);
       marks.back().format.setBackground(Mixed(palette.color(QPalette::Base), mark, 45));
     }

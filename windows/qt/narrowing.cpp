@@ -14,7 +14,7 @@ Narrowing::Narrowing(ListBox *list, QWidget *view, std::function<void(int)> make
   connect(this, &QLineEdit::textChanged, this, [this](const QString &text) {
     list_->part = text;
     ShowRows(list_);
-    StandOnShownRow(list_);
+    FocusShownRow(list_);
   });
 }
 

@@ -79,7 +79,7 @@ void Preview::Open() {
   }
   const Hold hold(dialog);
   window_ = dialog->window;
-  StandBeside(dialog);
+  PlaceBeside(dialog);
   OpenDialog(dialog, 0);
   ShowDialog(dialog, true);
   Fill();

@@ -41,7 +41,7 @@ Dialog *NewPage(const Dialog *owner) {
   browser->setFrameShape(QFrame::NoFrame);
   browser->document()->setDocumentMargin(page->metrics.height / 2.0);
   layout->addWidget(browser);
-  StandBeside(page);
+  PlaceBeside(page);
   OpenDialog(page, 0);
   return page;
 }

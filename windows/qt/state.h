@@ -58,7 +58,7 @@ struct Control {
   // The height of a row, as the dialog returned it for WM_MEASUREITEM.
   virtual void SetRowHeight(int32_t /*pixels*/) {}
   // Marks the text as saved; undo does not go beyond it.
-  virtual void TakeAsSaved() {}
+  virtual void MarkAsSaved() {}
   // Whether the user has changed it since.
   virtual bool IsUnsaved() const { return false; }
   // Starts to help the user with the text; false for a control without editable text.
@@ -73,7 +73,7 @@ struct Control {
     return "";
   }
   // Of a list whose rows a text aid describes.
-  virtual void TakeRowAid(const OrlTextAid * /*aid*/) {}
+  virtual void SetRowAid(const OrlTextAid * /*aid*/) {}
 };
 
 struct Dialog {
@@ -190,13 +190,13 @@ void FocusIn(Dialog *dialog, Control *control);
 void MoveFrame(Dialog *dialog, const QPoint &corner);
 // Places a dialog beside the one that it belongs to: to its right, else to its left, else where the
 // screen has space. Whether a new one would fit there without hiding anything.
-void StandBeside(Dialog *dialog);
+void PlaceBeside(Dialog *dialog);
 bool HasRoomBeside(const Dialog *dialog, const OrlDialogTemplate &other);
 
 // A widget of the host, or null: a handle that is not a widget is never dereferenced.
 QWidget *HostWidget(OrlWindow window);
 // Keeps a window above its parent, which does not own it: the parent may be deleted first.
-void StandAbove(QWidget *widget, OrlWindow parent);
+void KeepAbove(QWidget *widget, OrlWindow parent);
 void SetTimerOf(Dialog *dialog, uintptr_t timer, uint32_t milliseconds);
 void KillTimerOf(Dialog *dialog, uintptr_t timer);
 
@@ -276,7 +276,7 @@ bool MayDiscard(Dialog *dialog);
 
 void SetTextAid(OrlWindow edit, const OrlTextAid *aid);
 // Lets the procedures of an edit check its selection and the clipboard, as after a key.
-void TellSelection(Control *edit);
+void ReportSelection(Control *edit);
 // Moves the focus back to the main control of the dialog, if there is one.
 void GoToText(Dialog *dialog);
 

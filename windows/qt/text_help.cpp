@@ -72,7 +72,7 @@ bool TextHelp::TakeKey(const QKeyEvent &event) {
   return false;
 }
 
-Stretch TextHelp::PlaceholderFrom(const QString &shown, qsizetype from) const {
+Selection TextHelp::PlaceholderFrom(const QString &shown, qsizetype from) const {
   int32_t start = 0;
   int32_t end = 0;
   const TextKind kind = edit_->textKind;
@@ -86,10 +86,10 @@ Stretch TextHelp::PlaceholderFrom(const QString &shown, qsizetype from) const {
 
 void TextHelp::SelectNextPlaceholder() {
   const auto [anchor, caret] = edit_->Selected();
-  const Stretch found = PlaceholderFrom(edit_->Shown(), std::max(anchor, caret));
+  const Selection found = PlaceholderFrom(edit_->Shown(), std::max(anchor, caret));
   if (found.anchor != found.caret) {
     edit_->Select(found);
-    TellSelection(edit_);
+    ReportSelection(edit_);
   }
 }
 
@@ -99,7 +99,7 @@ void TextHelp::SelectRestored(const QString &before) {
   const qsizetype end = now.size() - same.suffix;
   // The restored text may begin inside the word, as its replacement had the same first letters.
   const qsizetype line = now.lastIndexOf(u' ', std::max<qsizetype>(0, same.prefix - 1));
-  const Stretch found = PlaceholderFrom(now, std::max<qsizetype>(0, line));
+  const Selection found = PlaceholderFrom(now, std::max<qsizetype>(0, line));
   if (same.prefix < end && found.anchor < end && found.caret > same.prefix) {
     edit_->Select(found);
   }
@@ -112,13 +112,13 @@ void SetTextAid(OrlWindow window, const OrlTextAid *aid) {
     for (const int32_t *list = aid->lists; list != nullptr && *list != 0; ++list) {
       Control *rows = ControlById(control->dialog, *list);
       if (rows != nullptr) {
-        rows->TakeRowAid(aid);
+        rows->SetRowAid(aid);
       }
     }
   }
 }
 
-void TellSelection(Control *edit) {
+void ReportSelection(Control *edit) {
   Deliver(edit, ORL_WM_KEYDOWN, kKeyApps, 0, [] {});
 }
 

@@ -36,7 +36,7 @@ class TextHelp : public QObject {
 
  private:
   // The first placeholder from a position on, or an empty span.
-  Stretch PlaceholderFrom(const QString &shown, qsizetype from) const;
+  Selection PlaceholderFrom(const QString &shown, qsizetype from) const;
 
   Edit *edit_;
   const OrlTextAid *aid_;

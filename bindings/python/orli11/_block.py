@@ -2,7 +2,7 @@
 
 A load by the engine opens the formula editor for a formula that no longer parses. A program wants
 an exception, so the formulas are tried first. And a load looks routines of operators up
-by the same names as those of items, so blocks that name some are told apart here.
+by the same names as those of items, so blocks with such names are detected here.
 """
 
 from __future__ import annotations
