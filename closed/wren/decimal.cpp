@@ -4,6 +4,7 @@
 // than is kept; then they are rounded once.
 #include "closed/wren/decimal.h"
 
+#include <charconv>
 #include <climits>
 #include <utility>
 
@@ -312,10 +313,11 @@ Uint128 DecimalDropDigits(Uint128 c, int64_t drop) {
 
 int32_t DecimalWriteDigits(Uint128 c, char *target) {
   constexpr int32_t kChunk = 19;  // digits that 64 bits hold
-  int32_t left = DecimalDigitCount(c);
-  if (left == 0) {
-    left = 1;
+  const auto low = static_cast<uint64_t>(c);
+  if (low == c) {
+    return static_cast<int32_t>(std::to_chars(target, target + kChunk + 1, low).ptr - target);
   }
+  int32_t left = DecimalDigitCount(c);
   const int32_t count = left;
   while (left > 0) {
     const Uint128 rest = DivideByPower(c, kChunk);
