@@ -158,7 +158,7 @@ bool BlockRing::Run(std::string &error) {
 }  // namespace
 
 size_t BlockSlots(size_t jobs) {
-  return jobs == 1 ? 1 : jobs + 2;
+  return jobs == 1 ? 1 : 3 * jobs + 2;
 }
 
 bool ReadInBlocks(CsvFile &csv, size_t jobs, const BlockWork &work, std::string &error) {
