@@ -157,7 +157,7 @@ void TakeColumn(const Session &session, const CsvBlock &block, BatchColumn &colu
 
 /* ---- The values of formulas ---- */
 
-/* All rows of a block at once; false when that is too much at a time. */
+/* All rows of a block at once; false when the block is too large. */
 bool ComputeFormulas(Worker &worker, const CsvBlock &block) {
   std::vector<OrlColumn> columns;
   for (BatchColumn &column : worker.columns) {

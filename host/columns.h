@@ -39,9 +39,9 @@ struct ScanWish {
   size_t jobs = 1;     /* threads that look */
 };
 
-/* Reads the files once: all rows together tell the types. A column is Number or Date when each of
- * its fields that is not empty is one, else String; so is one of numbers that look like codes. A
- * type that the options name is demanded of each field instead. False with a message in `error`. */
+/* Reads the files once: the types follow from all rows. A column is Number or Date when each of its
+ * fields that is not empty is one, else String; so is one of numbers that look like codes. With a
+ * type in the options every field must be of that type instead. False with a message in `error`. */
 bool ColumnsScan(CsvFile &csv, const DataOptions &options, const ScanWish &wish, Table &table,
                  Progress &progress, std::string &error);
 

@@ -35,10 +35,10 @@ struct Computation {
 struct RowConsumer {
   std::function<bool(std::string &error)> open;  /* the columns are known; formulas may be added */
   std::function<bool(std::string &error)> begin; /* the formulas are defined, no row is read */
-  RowMaker make; /* the values of a row are there; on any thread, for the batch alone */
-  /* What was made of a block, in the order of the rows; on one thread. */
+  RowMaker make; /* the values of a row are computed; on any thread, may change only the batch */
+  /* Receives the results of a block, in the order of the rows; on one thread. */
   std::function<bool(RowBatch &batch)> take;
-  std::function<void(bool good)> end; /* no more rows; not good after a failure */
+  std::function<void(bool good)> end; /* no more rows; `good`: without a failure */
 };
 
 /* A value of a worker's formula could not be written: counts as missing. */

@@ -15,7 +15,7 @@ constexpr size_t kLongestRow = size_t{1} << 30; /* places in a block are of 32 b
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kSeparator = "sep="; /* before a delimiter, on a line of its own */
 
-/* What begins in these ways is no text that can be read. */
+/* Files that begin with these bytes are not text. */
 struct ForeignStart {
   std::string_view bytes;
   const char *problem;
@@ -57,7 +57,7 @@ Preamble PreambleOf(std::string_view start) {
   return preamble;
 }
 
-/* Finds the delimiter in the header: a comma unless it has none but semicolons or tabs. */
+/* Finds the delimiter in the header: a comma unless it has no comma but semicolons or tabs. */
 void FindDelimiter(std::string_view start, CsvInput &input) {
   size_t commas = 0;
   size_t semicolons = 0;
@@ -142,7 +142,7 @@ bool HasRow(std::string_view lines, char delimiter) {
   });
 }
 
-/* A row of so many bytes that go on is wrong where one of its fields is too long. */
+/* A row of that many bytes that does not end is wrong when one of its fields is too long. */
 bool IsWrong(const CsvFile &csv, const CsvBlock &block) {
   CsvBlock trial = block;
   CsvParse(csv, trial);

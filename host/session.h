@@ -35,10 +35,9 @@ struct Session {
   DataOptions options;
   CsvFile csv;
   Table table;
-  std::vector<size_t> byName;                 /* column indices in the order of their names */
+  std::vector<size_t> byName;                 /* column indices sorted by name */
   std::vector<ColumnValue> values;            /* one for each column */
-  std::set<std::pair<HEXP, size_t>> zeroUses; /* columns that formulas compute with as zero when
-                                                 they are empty, by index */
+  std::set<std::pair<HEXP, size_t>> zeroUses; /* columns that count as zero when empty, by index */
   CsvRow row;                                 /* the one that is computed */
 };
 
@@ -52,13 +51,13 @@ struct OpenWish {
   size_t jobs = 1;              /* as in ScanWish */
 };
 
-/* Opens files, finds their columns and declares them in a new context. Tells on standard error what
- * had to be changed or looks wrong. False with a message in `error`. The session must not move
+/* Opens files, finds their columns and declares them in a new context. Reports on standard error
+ * what had to be changed or looks wrong. False with a message in `error`. The session must not move
  * while it is open. */
 bool SessionOpen(const DataOptions &options, Session &session, Progress &progress,
                  std::string &error, const OpenWish &wish = {});
-/* Declares the columns of the session's table in its context, whose routines work on the session.
- * False with a message. */
+/* Declares the columns of the session's table in its context, whose routines use the session. False
+ * with a message. */
 bool SessionDeclare(Session &session, std::string &error);
 /* Runs a command over the session of a file and returns the exit status. */
 int WithSession(const DataOptions &options, const std::function<int(Session &session)> &command,
