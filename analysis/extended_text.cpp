@@ -37,7 +37,7 @@ struct Expansion {
   EC ec;
   bool topMarks;   // the expression itself is marked
   bool bodyMarks;  // the formulas spliced into it are
-  uint64_t walkNumber;
+  uint32_t walkNumber;
   bool spliced;
   Target target;
 };
@@ -148,7 +148,7 @@ Expression *FormulaToSplice(const Expansion &expansion, const Expression &expres
 // Writes the expanded text of an expression. False when it is too long or has no end.
 bool Expand(Expansion &expansion, Expression *top) {
   Target &target = expansion.target;
-  expansion.walkNumber = ++expansion.ec->walkNumber;
+  expansion.walkNumber = NextWalkNumber(expansion.ec);
   EnterExpression(expansion.walkNumber, top, nullptr, 0);
   Expression *current = top;
   ExprNode *node = top->tree;
@@ -217,7 +217,7 @@ int64_t GrowthOfSplice(const Expression &body, const ExprNode *reference) {
 // The most by which the text can grow. Each formula is summed once, however often it is referred
 // to.
 int64_t ExtendedGrowth(EC ec, Expression *top, bool withMarks) {
-  const uint64_t number = ++ec->walkNumber;
+  const uint32_t number = NextWalkNumber(ec);
   EnterExpression(number, top, nullptr, 0);
   Expression *current = top;
   ExprNode *node = top->tree;

@@ -61,7 +61,7 @@ bool Walk(UsageWalk &walk, Expression *top, Match match) {
 
 // A new number invalidates the results of all earlier walks.
 void Renew(UsageWalk &walk) {
-  walk.number = ++walk.ec->walkNumber;
+  walk.number = NextWalkNumber(walk.ec);
   walk.revision = walk.ec->revision;
   walk.circular = false;
 }

@@ -11,7 +11,7 @@
 struct UsageWalk {
   EC ec;
   uint64_t revision;  // of the context when the walk began
-  uint64_t number;
+  uint32_t number;
   bool circular;  // formulas refer to each other in a cycle: no result may be cached
 };
 

@@ -48,7 +48,7 @@ struct ExpressionOrder {
 
 struct ExprContext {
   void *owner;              // a window handle of the host or null
-  HandleArray expressions;  // pointers to Expression; null when there is none
+  HandleArray expressions;  // pointers to Expression; null until the first one
   ItemTable functions;
   ItemTable inputs;
   ItemTable keywords;
@@ -77,7 +77,7 @@ struct ExprContext {
   ReferenceListener *listener;  // called when a name loses its last reference, or null
   uint64_t generation;  // incremented when a name may resolve differently: cached lookups are stale
   uint64_t revision;    // incremented by every change of a tree or table
-  uint64_t walkNumber;  // of the last walk through named formulas
+  uint32_t walkNumber;  // of the last walk through named formulas
 
   ExpressionOrder order;
   int64_t *searchSteps;  // steps left to searches for cycles, while they are limited
@@ -85,8 +85,9 @@ struct ExprContext {
   // The last usage query for an item: hosts query one expression after another.
   char askedName[65];
   int32_t askedKind;
-  uint64_t askedNumber, askedRevision;
-  uint64_t lastDeleteRun;
+  uint32_t askedNumber;  // of the walk; 0 without a query
+  uint32_t deleteRuns;   // guarded deletes that are active, each inside a routine of the one before
+  uint64_t askedRevision;
 };
 
 // Sets the routine of an operator for a data type; null removes it.

@@ -13,57 +13,53 @@ constexpr int64_t kHighestRank = INT64_MAX - kTopGap;
 // Assigns all ranks again, as far apart as they can be.
 void SpreadRanks(ExpressionOrder &order) {
   int64_t rank = 0;
-  for (Expression *at = order.lowest; at != nullptr; at = at->nextInOrder) {
-    at->rank = rank += kTopGap;
+  for (Expression *at = order.lowest; at != nullptr; at = PlaceOf(at)->above) {
+    PlaceOf(at)->rank = rank += kTopGap;
   }
 }
 
-int64_t RankBelow(const Expression *above) {
-  return above->previousInOrder == nullptr ? 0 : above->previousInOrder->rank;
+int64_t RankOf(const Expression *expression) {
+  return expression == nullptr ? 0 : PlaceOf(expression)->rank;
+}
+
+// Makes two expressions neighbours; null stands for the end of the list on that side.
+void Link(ExpressionOrder &order, Expression *below, Expression *above) {
+  (below == nullptr ? order.lowest : PlaceOf(below)->above) = above;
+  (above == nullptr ? order.highest : PlaceOf(above)->below) = below;
 }
 
 }  // namespace
 
 void OrderAppend(EC ec, Expression *expression) {
   ExpressionOrder &order = ec->order;
-  if (order.broken) {
+  if (order.broken || !expression->refersToFormulas) {
     return;
   }
-  if (order.highest != nullptr && order.highest->rank > kHighestRank) {
+  if (RankOf(order.highest) > kHighestRank) {
     SpreadRanks(order);
   }
-  expression->previousInOrder = order.highest;
-  expression->nextInOrder = nullptr;
-  expression->rank = (order.highest == nullptr ? 0 : order.highest->rank) + kTopGap;
-  (order.highest == nullptr ? order.lowest : order.highest->nextInOrder) = expression;
-  order.highest = expression;
+  PlaceOf(expression)->rank = RankOf(order.highest) + kTopGap;
+  Link(order, order.highest, expression);
+  Link(order, expression, nullptr);
 }
 
 void OrderRemove(EC ec, Expression *expression) {
-  ExpressionOrder &order = ec->order;
-  if (order.broken) {
-    return;
+  if (!ec->order.broken && expression->refersToFormulas) {
+    Link(ec->order, PlaceOf(expression)->below, PlaceOf(expression)->above);
   }
-  Expression *below = expression->previousInOrder;
-  Expression *above = expression->nextInOrder;
-  (below == nullptr ? order.lowest : below->nextInOrder) = above;
-  (above == nullptr ? order.highest : above->previousInOrder) = below;
 }
 
 void OrderMoveBelow(EC ec, Expression *expression, Expression *above) {
   assert(!ec->order.broken && expression != above);
   OrderRemove(ec, expression);
-  if (above->rank - RankBelow(above) < 2) {
+  if (RankOf(above) - RankOf(PlaceOf(above)->below) < 2) {
     SpreadRanks(ec->order);
   }
-  const int64_t below = RankBelow(above);
-  const int64_t half = (above->rank - below) / 2;
-  expression->rank = below + (half < kInnerGap ? half : kInnerGap);
-  expression->previousInOrder = above->previousInOrder;
-  expression->nextInOrder = above;
-  (above->previousInOrder == nullptr ? ec->order.lowest : above->previousInOrder->nextInOrder) =
-      expression;
-  above->previousInOrder = expression;
+  Expression *below = PlaceOf(above)->below;
+  const int64_t half = (RankOf(above) - RankOf(below)) / 2;
+  PlaceOf(expression)->rank = RankOf(below) + (half < kInnerGap ? half : kInnerGap);
+  Link(ec->order, below, expression);
+  Link(ec->order, expression, above);
 }
 
 void OrderRestart(EC ec) {

@@ -1,6 +1,7 @@
-// The dependency order of a context's expressions: each is above all formulas that its tree refers
-// to. So a formula can reach another one only through formulas above that one, and a search for
-// cycles need not look below it.
+// The dependency order of the expressions that refer to formulas: each is above all of these that
+// its tree refers to. So a formula can reach another one only through formulas above that one, and
+// a search for cycles need not look below it. Expressions that refer to none are in no cycle and
+// not in the order: routines called for them do nothing.
 //
 // The order is a list with ascending ranks. It becomes invalid ("broken") when a name resolves
 // differently for trees that are already stored; the next search then rebuilds it.
@@ -9,6 +10,16 @@
 
 #include "engine/context.h"
 #include "engine/expressions.h"
+
+// What precedes the tree of an expression that is in the order.
+struct OrderPlace {
+  Expression *below, *above;
+  int64_t rank;
+};
+
+inline OrderPlace *PlaceOf(const Expression *expression) {
+  return reinterpret_cast<OrderPlace *>(expression->tree) - 1;
+}
 
 // Adds an expression that is not in the order on top: nothing refers to it, or the order is broken.
 void OrderAppend(EC ec, Expression *expression);

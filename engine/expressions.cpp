@@ -38,7 +38,7 @@ bool IsUnique(EC ec, HEXP exp, const NameKey &key) {
 
 }  // namespace
 
-bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]) {
+NameKey GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]) {
   assert(which >= 0 && which < kClassCount);
   uint16_t number = ec->nextNumber[which];
   const size_t baseLength = std::strlen(moduleTexts.baseNames[which]);
@@ -47,18 +47,30 @@ bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSi
   for (uint32_t tried = 0; tried <= UINT16_MAX; tried++, number++) {
     char *end = std::to_chars(digits, std::end(buffer) - 1, number).ptr;
     *end = '\0';
-    if (IsUnique(ec, nullptr, KeyOfName({buffer, static_cast<size_t>(end - buffer)}))) {
+    const NameKey key = KeyOfName({buffer, static_cast<size_t>(end - buffer)});
+    if (IsUnique(ec, nullptr, key)) {
       ec->nextNumber[which] = number;
-      return true;
+      return key;
     }
   }
   buffer[0] = '\0';
-  return false;
+  return KeyOfName({});
 }
 
 int32_t ExpressionDataType(EC ec, const char *name) {
   HEXP exp = ORLHEXPFromName(ec, name);
   return exp == nullptr ? -1 : exp->dataType;
+}
+
+uint32_t NextWalkNumber(EC ec) {
+  if (++ec->walkNumber == 0) {  // numbers begin anew
+    for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
+      static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i))->walkNumber = 0;
+    }
+    ec->askedNumber = 0;
+    ec->walkNumber = 1;
+  }
+  return ec->walkNumber;
 }
 
 ExpressionRef RefTo(HEXP exp) {

@@ -14,16 +14,22 @@ struct Program;
 // What a walk through named formulas records about an expression that it has entered.
 enum class WalkState : uint8_t { Open, No, Yes };
 
-// The record is the first part of a block that holds tree, text and name after it:
+// The record is the first part of a block that holds tree, text and name after it; a tree that
+// refers to formulas is preceded by the place in the order of expressions:
 //
-//   | Expression | tree | text | name |
+//   | Expression | OrderPlace | tree | text | name |
 //
 // After the formula changes they are in the block of another record, whose address then follows
-// this record in place of the tree; or the text is in a block of its own.
+// this record; or the text is in a block of its own.
 struct Expression {
   NameEntry entry;  // in the context's expressionNames, with the name
 
   ExprNode *tree;
+  Program *program;  // owned, the tree's compiled form; null until the first evaluation
+
+  // The evaluation that is inside this expression, to detect cycles.
+  const Evaluation *evaluation;
+
   char *text;  // as the host gave it
   int32_t textLength;
   uint16_t dataType;  // of the root at the time of the parse
@@ -34,33 +40,26 @@ struct Expression {
 
   // The last walk through named formulas that entered this expression, and its return path.
   WalkState walkState;
+  uint32_t walkNumber;
   int32_t walkPlace;    // position of the walk in the text, or its sum
   uint32_t walkReturn;  // node of the caller's tree
-  uint64_t walkNumber;
+  uint32_t deleteRun;   // the guarded delete that has deferred the expression, or 0
   Expression *walkCaller;
-
-  // Its place in the order of the context's expressions.
-  Expression *previousInOrder;
-  Expression *nextInOrder;
-  int64_t rank;
-
-  uint64_t deleteRun;  // the guarded delete that has deferred the expression
-
-  Program *program;  // owned, the tree's compiled form; null until the first evaluation
-
-  // The evaluation that is inside this expression, to detect cycles.
-  const Evaluation *evaluation;
 };
+static_assert(sizeof(Expression) == 112);  // of every formula: each byte counts
 
 // Bytes of a generated name: a base text of the module, a number of 16 bits and the terminator.
 constexpr int32_t kGeneratedNameSize = 128 + 8;
 
-// Writes the generated name of a new expression of the class; false, with an empty buffer, when
-// every number is taken.
-bool GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]);
+// Writes the generated name of a new expression of the class and returns its key; that of the empty
+// name, with an empty buffer, when every number is taken.
+NameKey GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]);
 
 // The data type of the first expression of that name, or -1.
 int32_t ExpressionDataType(EC ec, const char *name);
+
+// The number of a walk that begins, which no expression has.
+uint32_t NextWalkNumber(EC ec);
 
 // A stored expression that host routines may delete in the meantime. Its address may then be reused
 // by another one, but its serial number is not.

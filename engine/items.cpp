@@ -69,11 +69,6 @@ void RemoveRow(EC ec, ItemTable *table, ExprItem *item, int32_t index) {
   ContextChanged(ec);
 }
 
-int32_t DataTypeOf(const ItemTable *table, std::string_view name) {
-  const ExprItem *item = ItemFind(table, name);
-  return item == nullptr ? -1 : item->dataType;
-}
-
 }  // namespace
 
 ItemTable *ItemTableOf(EC ec, int32_t kind) {
@@ -136,12 +131,14 @@ bool ItemHasAggregateParam(const ItemTable *table, const char *name) {
   return false;
 }
 
-int32_t InputDataType(EC ec, std::string_view name) {
-  return DataTypeOf(&ec->inputs, name);
+int32_t InputDataType(EC ec, const NameKey &key) {
+  NameEntry *entry = NameIndexFirst(ec->inputs.index, key);
+  return entry == nullptr ? -1 : ItemOf(entry)->dataType;
 }
 
 int32_t FunctionDataType(EC ec, std::string_view name) {
-  return DataTypeOf(&ec->functions, name);
+  const ExprItem *item = ItemFind(&ec->functions, name);
+  return item == nullptr ? -1 : item->dataType;
 }
 
 int32_t KeywordDataType(EC ec, std::string_view name) {

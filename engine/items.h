@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "engine/handle_array.h"
+#include "engine/name_index.h"
 #include "orli11.h"
 
 struct ItemTable;
@@ -51,7 +52,10 @@ bool ItemHasAggregateParam(const ItemTable *table, const char *name);
 
 // The data type of the first row of that name, or -1. Whether case matters for keywords is stored
 // in their row.
-int32_t InputDataType(EC ec, std::string_view name);
+int32_t InputDataType(EC ec, const NameKey &key);
+inline int32_t InputDataType(EC ec, std::string_view name) {
+  return InputDataType(ec, KeyOfName(name));
+}
 int32_t FunctionDataType(EC ec, std::string_view name);
 int32_t KeywordDataType(EC ec, std::string_view name);
 // The result type of the first keyword of that name in any case, or -1.

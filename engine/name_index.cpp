@@ -293,6 +293,9 @@ NameEntry *NameIndexFirst(NameIndex &index, std::string_view name) {
   if (index.entryCount == 0) {
     return nullptr;
   }
+  if (!index.ignoreCase) [[likely]] {
+    return FindName(index, name, HashBytes(name.data(), name.size()));
+  }
   FollowCodePage(index);
   return FindName(index, name, HashName(index, name));
 }

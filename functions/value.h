@@ -8,6 +8,7 @@
 
 #include "closed/wren/decimal.h"
 #include "orli11.h"
+#include "platform/copy_bytes.h"
 #include "platform/owned.h"
 
 enum class ValueForm : uint8_t {
@@ -195,31 +196,6 @@ inline uint64_t ZeroBytes(uint64_t word) {
 // The place of the first byte with a mark; `marks` is not 0.
 inline uint32_t FirstMarked(uint64_t marks) {
   return static_cast<uint32_t>(std::countr_zero(marks)) / 8;
-}
-
-template <class Word>
-inline void CopyEnds(char *target, const char *source, uint32_t length) {
-  Word first = 0;
-  Word last = 0;
-  std::memcpy(&first, source, sizeof first);
-  std::memcpy(&last, source + length - sizeof last, sizeof last);
-  std::memcpy(target, &first, sizeof first);
-  std::memcpy(target + length - sizeof last, &last, sizeof last);
-}
-
-// memcpy for copies that are usually short.
-inline void CopyBytes(char *target, const char *source, uint32_t length) {
-  if (length > 16) {
-    std::memcpy(target, source, length);
-  } else if (length >= 8) {
-    CopyEnds<uint64_t>(target, source, length);
-  } else if (length >= 4) {
-    CopyEnds<uint32_t>(target, source, length);
-  } else {
-    for (uint32_t i = 0; i < length; i++) {
-      target[i] = source[i];
-    }
-  }
 }
 
 // Makes a copy of `length` bytes the value's string, as the last one in the buffer. `source` is not

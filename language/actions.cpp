@@ -161,7 +161,8 @@ DraftNode *AddLeaf(const Reduction &r, int32_t kind, int16_t type) {
     node->dataType = type;
     PlaceAtToken(r, *node);
     if (kind != NODE_NUMBER) {
-      BuilderAddText(r.state.builder, *node, r.state.text);
+      const uint32_t quotes = kind == NODE_STRING ? 2 : 0;
+      BuilderAddText(r.state.builder, *node, node->length - quotes);
     }
   }
   return node;
@@ -247,7 +248,7 @@ bool Call(const Reduction &r, const CallShape &shape) {
   node->length = static_cast<uint16_t>(token.length);
   node->closeOffset = shape.parenthesis ? state.tokenOffset : 0;
   builder.refers = builder.refers || node->kind == NODE_FORMULA;
-  BuilderAddText(builder, *node, state.text);
+  BuilderAddText(builder, *node, name.size());
   return true;
 }
 

@@ -12,7 +12,7 @@ inline uint32_t IndexOf(const ExprNode *root, const ExprNode *node) {
 }
 
 // Enters an expression in the walk of that number, from a node of the caller's tree.
-inline void EnterExpression(uint64_t walkNumber, Expression *expression, Expression *caller,
+inline void EnterExpression(uint32_t walkNumber, Expression *expression, Expression *caller,
                             uint32_t from) {
   expression->walkNumber = walkNumber;
   expression->walkState = WalkState::Open;

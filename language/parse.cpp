@@ -13,16 +13,21 @@
 #include "language/parser.h"
 #include "language/recursion.h"
 #include "language/scanner.h"
+#include "language/simple_tokens.h"
 #include "language/stored_tree.h"
 #include "language/types.h"
 
 namespace {
 
 // A name is one token that reads as a name and is the whole text: blanks at its ends or parentheses
-// around it are not part of a name. A keyword whose type no value has is not a name.
-bool IsValidName(EC ec, const char *name) {
+// around it are not part of a name. A keyword whose type no value has is not a name. The name is
+// terminated.
+bool IsValidName(EC ec, const NameKey &key) {
+  if (IsPlainName(key.name)) {
+    return TypeOfName(ec, key) <= kLastValueType;
+  }
   ParseState state;
-  return ResetParseState(state, ec, name, true) && ScanToken(state) == TOK_IDENT &&
+  return ResetParseState(state, ec, key.name.data(), true) && ScanToken(state) == TOK_IDENT &&
          state.tokenOffset == 0 && state.tokenSpan == state.textLength &&
          TypeOfItem(state) <= kLastValueType;
 }
@@ -65,19 +70,19 @@ bool CheckRecursion(EC ec, const Expression *expression, FormulaError &error) {
 OwnedExpression NamedExpression(ParseState &state, const char *name) {
   EC ec = state.context;
   char generated[kGeneratedNameSize];
-  if (name == nullptr || name[0] == '\0') {
-    const ExpressionClass which = ClassOfRoot(BuiltRoot(state.builder).kind);
-    name = GeneratedName(ec, which, generated) ? generated : nullptr;
-  }
-  if (name == nullptr) {
+  const bool given = name != nullptr && name[0] != '\0';
+  const NameKey key =
+      given ? KeyOfName(name)
+            : GeneratedName(ec, ClassOfRoot(BuiltRoot(state.builder).kind), generated);
+  if (key.name.empty()) {
     SetError(state, ORL_ERR_MEMORY, 0, 0);
     return nullptr;
   }
-  if (!IsValidName(ec, name)) {
+  if (!IsValidName(ec, key)) {
     SetError(state, ORL_ERR_NAME, 0, state.textLength);
     return nullptr;
   }
-  OwnedExpression expression = MakeExpression(state, name);
+  OwnedExpression expression = MakeExpression(state, key);
   if (expression == nullptr) {
     SetError(state, ORL_ERR_MEMORY, 0, 0);
     return nullptr;
@@ -201,7 +206,7 @@ bool ReparseExpression(EC ec, Expression *expression, const char *text) {
   ParseState state;
   OwnedExpression fresh;
   if (ParseText(state, ec, text)) {
-    fresh = MakeExpression(state, expression->entry.name);
+    fresh = MakeExpression(state, KeyOfEntry(expression->entry));
   }
   BuilderEnd(state.builder);
   if (fresh == nullptr) {
@@ -227,7 +232,7 @@ int32_t ORLValidName(EC ec, const char *name, FormulaError *error) {
   if (ec == nullptr) {
     ec = defaultContext;
   }
-  const bool valid = ec != nullptr && IsValidName(ec, name);
+  const bool valid = ec != nullptr && IsValidName(ec, KeyOfName(name));
   if (error != nullptr) {
     *error = FormulaError{ORL_ERR_INPUT, 0, WRENStrLen(name)};
   }

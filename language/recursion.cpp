@@ -1,7 +1,8 @@
 // The search for a cycle is a depth-first walk through the formulas that a tree reaches, each once,
-// with the return path in the expressions. While the order of expressions is valid, it enters only
-// those above the target. An expression that it leaves without having found the target is moved
-// below the target, where the next search does not enter it again.
+// with the return path in the expressions. Only formulas that refer to others are entered, and
+// while the order of expressions is valid, only those above the target. An expression that it
+// leaves without having found the target is moved below the target, where the next search does not
+// enter it again.
 #include "language/recursion.h"
 
 #include <cassert>
@@ -18,13 +19,13 @@ namespace {
 struct Search {
   EC ec;
   const char *name;    // null: every expression is added to a new order
-  Expression *target;  // the first expression of that name when the order is valid, else null
-  uint64_t number;
+  Expression *target;  // the first expression of that name when it is in the order, else null
+  uint32_t number;
   bool circular;  // formulas refer to each other in a cycle
 };
 
 Search BeginSearch(EC ec, const char *name, Expression *target) {
-  return {ec, name, target, ++ec->walkNumber, false};
+  return {ec, name, target, NextWalkNumber(ec), false};
 }
 
 // Counts a step of a search; false when the limit is reached.
@@ -35,14 +36,16 @@ bool CountStep(EC ec) {
 // The formula at a node when the search has to enter it, or null.
 Expression *ToEnter(Search &search, ExprNode *node) {
   Expression *formula = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(search.ec, node) : nullptr;
-  if (formula == nullptr) {
+  if (formula == nullptr || !formula->refersToFormulas) {
     return nullptr;
   }
   if (formula->walkNumber == search.number) {
     search.circular = search.circular || formula->walkState == WalkState::Open;
     return nullptr;
   }
-  return search.target != nullptr && formula->rank < search.target->rank ? nullptr : formula;
+  const bool below =
+      search.target != nullptr && PlaceOf(formula)->rank < PlaceOf(search.target)->rank;
+  return below ? nullptr : formula;
 }
 
 // The search has finished an expression and everything that it reaches.
@@ -109,7 +112,7 @@ int32_t RestoreOrder(EC ec) {
   for (uint32_t i = 0; i < HandleArrayRows(ec->expressions) && result == 0; i++) {
     Expression *expression = static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i));
     const ExprNode *where = nullptr;
-    if (expression->walkNumber != search.number) {
+    if (expression->refersToFormulas && expression->walkNumber != search.number) {
       result = Run(search, expression->tree, expression, &where);
     }
   }
@@ -142,11 +145,12 @@ int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode 
       return failure;
     }
   }
-  Search search = BeginSearch(ec, name, ec->order.broken ? nullptr : stored);
+  const bool ordered = stored != nullptr && stored->refersToFormulas && !ec->order.broken;
+  Search search = BeginSearch(ec, name, ordered ? stored : nullptr);
   return Run(search, tree, nullptr, where);
 }
 
-void OrderAfterReplace(EC ec, Expression *expression, const char *oldName) {
+void OrderAfterReplace(EC ec, Expression *expression, const char *oldName, bool wasInOrder) {
   const bool renamed = !SameText(oldName, expression->entry.name);
   const bool shared =
       renamed && ReferenceCount(ec, oldName) != 0 && ORLHEXPFromName(ec, oldName) != nullptr;
@@ -154,7 +158,11 @@ void OrderAfterReplace(EC ec, Expression *expression, const char *oldName) {
   if (shared || (renamed && named)) {
     ec->order.broken = true;  // references resolve to another formula than before
   } else if (!named || ORLHEXPFromName(ec, expression->entry.name) != expression) {
-    OrderRemove(ec, expression);  // nothing refers to it
-    OrderAppend(ec, expression);
+    if (wasInOrder) {
+      OrderRemove(ec, expression);
+    }
+    OrderAppend(ec, expression);  // nothing refers to it
+  } else if (!wasInOrder && expression->refersToFormulas) {
+    ec->order.broken = true;  // it belongs below what refers to it, wherever that is
   }
 }

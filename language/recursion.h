@@ -35,7 +35,8 @@ class SearchLimit {
 int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode **where);
 
 // Updates the order of the context's expressions after one of them was given another tree that
-// passed the check; `oldName` is its former name.
-void OrderAfterReplace(EC ec, Expression *expression, const char *oldName);
+// passed the check, and with it its former place if it was and is in the order; `oldName` is its
+// former name.
+void OrderAfterReplace(EC ec, Expression *expression, const char *oldName, bool wasInOrder);
 
 #endif

@@ -33,10 +33,20 @@ bool IsWord(std::string_view text, std::string_view word) {
                     [](char byte, char capital) { return Capital(byte) == capital; });
 }
 
-// Excludes most words without a comparison.
-bool MayBeginUnit(char byte) {
-  return std::string_view("DMYHS").find(Capital(byte)) != std::string_view::npos;
+// A set of ASCII letters of any case, to exclude most words without a comparison.
+constexpr uint32_t LetterBit(char letter) {
+  return uint32_t{1} << (letter & 31);
 }
+constexpr uint32_t LetterSet(std::string_view letters) {
+  uint32_t set = 0;
+  for (const char letter : letters) {
+    set |= LetterBit(letter);
+  }
+  return set;
+}
+constexpr uint32_t kFirstOfUnits = LetterSet("DMYHS");
+constexpr uint32_t kFirstOfReserved = kFirstOfUnits | LetterSet("A");  // DISTINCT, ALL, AND
+constexpr size_t kLongestReserved = sizeof "DISTINCT" - 1;
 
 uint16_t ModifierOfWord(std::string_view text) {
   for (const WordCode &row : kModifiers) {
@@ -127,8 +137,15 @@ int32_t TakeOther(ParseState &state, const char * /*text*/, int32_t length) {
 
 }  // namespace
 
+bool MayBeReserved(std::string_view word) {
+  return word.size() <= kLongestReserved && (kFirstOfReserved & LetterBit(word[0])) != 0;
+}
+
 int32_t TakeWord(ParseState &state, const char *text, int32_t length) {
   const std::string_view word = Match(text, length);
+  if (!MayBeReserved(word)) {
+    return TakeAs(state, TOK_IDENT, 0, length);
+  }
   if (IsWord(word, "AND")) {
     return TOK_AND;
   }
@@ -164,7 +181,7 @@ const RuleAction kRuleActions[] = {
 };
 
 uint16_t DateUnitOfWord(std::string_view word) {
-  if (word.empty() || word.size() > kLongestUnit || !MayBeginUnit(word.front())) {
+  if (word.empty() || word.size() > kLongestUnit || (kFirstOfUnits & LetterBit(word[0])) == 0) {
     return 0;
   }
   for (const WordCode &row : kDateUnits) {

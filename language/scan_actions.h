@@ -3,6 +3,7 @@
 #define ORLI11_LANGUAGE_SCAN_ACTIONS_H
 
 #include <cstdint>
+#include <string_view>
 
 #include "language/parse_state.h"
 #include "language/token_rules.h"
@@ -16,6 +17,9 @@ enum : int32_t {
 // Accepts or rejects the match: the `length` bytes from state.position on, at `text`. The result is
 // a token code with the token's fields filled, or one of the two above.
 using RuleAction = int32_t (*)(ParseState &state, const char *text, int32_t length);
+
+// True unless the word, of ASCII letters, is certainly none of the reserved ones.
+bool MayBeReserved(std::string_view word);
 
 // The action of kRuleWord.
 int32_t TakeWord(ParseState &state, const char *text, int32_t length);

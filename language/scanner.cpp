@@ -90,6 +90,15 @@ int32_t EndByOverflow(ParseState &state) {
   return TOK_END;
 }
 
+// Out of line, as few tokens need it.
+[[gnu::noinline]] int32_t ScanByAutomaton(ParseState &state) {
+  const int32_t longest = RunAutomaton(state);
+  if (longest == kOverflow) {
+    return EndByOverflow(state);
+  }
+  return longest == 0 ? int32_t{TOK_END} : TakeMatch(state, longest);
+}
+
 }  // namespace
 
 int32_t ScanToken(ParseState &state) {
@@ -100,14 +109,7 @@ int32_t ScanToken(ParseState &state) {
     state.position = std::min(state.position + state.tokenLength, state.delivered);
     int32_t token = ScanSimpleToken(state);
     if (token == kNotSimple) {
-      const int32_t longest = RunAutomaton(state);
-      if (longest == kOverflow) {
-        return EndByOverflow(state);
-      }
-      if (longest == 0) {
-        return TOK_END;
-      }
-      token = TakeMatch(state, longest);
+      token = ScanByAutomaton(state);
     }
     if (token != kSkipped) {
       return token;

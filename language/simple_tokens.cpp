@@ -199,6 +199,16 @@ int32_t ScanString(ParseState &state, const char *start) {
   return TakeAs(state, TOK_STRING, start, at + 1, at + 1);
 }
 
+// The blank that is read after the text, then the end.
+int32_t ScanEnd(ParseState &state) {
+  if (state.position > state.textLength) {
+    return TOK_END;
+  }
+  state.tokenLength = 1;
+  state.delivered = state.textLength + 1;
+  return kSkipped;
+}
+
 int32_t ScanOperator(ParseState &state, const char *start) {
   const bool known = *start != '%' || (state.context->flags & ORL_FLAG_PERCENT) != 0;
   return TakeAs(state, known ? *start : int32_t{TOK_BAD}, start, start + 1, start);
@@ -208,7 +218,7 @@ int32_t ScanOperator(ParseState &state, const char *start) {
 
 int32_t ScanSimpleToken(ParseState &state) {
   if (state.position >= state.textLength) {
-    return kNotSimple;  // only the blank after the text, or not even that
+    return ScanEnd(state);
   }
   const char *start = state.text + state.position;
   switch (ClassOf(*start)) {
@@ -228,4 +238,18 @@ int32_t ScanSimpleToken(ParseState &state) {
     default:
       return kNotSimple;
   }
+}
+
+bool IsPlainName(std::string_view text) {
+  if (text.empty() || text.size() >= kLongestMatch - 1 || ClassOf(text[0]) != ByteClass::Letter) {
+    return false;
+  }
+  const auto bit = [](ByteClass byteClass) { return 1U << static_cast<uint32_t>(byteClass); };
+  const uint32_t letters = bit(ByteClass::Letter);
+  const uint32_t allowed = letters | bit(ByteClass::Sign) | bit(ByteClass::Digit);
+  uint32_t seen = 0;
+  for (const char byte : text) {
+    seen |= bit(ClassOf(byte));
+  }
+  return (seen & ~allowed) == 0 && (seen != letters || !MayBeReserved(text));
 }

@@ -3,6 +3,7 @@
 #define ORLI11_LANGUAGE_SIMPLE_TOKENS_H
 
 #include <cstdint>
+#include <string_view>
 
 #include "language/parse_state.h"
 
@@ -13,5 +14,9 @@ constexpr int32_t kNotSimple = -3;
 // name or call opening, a number, a string literal, an operator or white space with an obvious end;
 // kNotSimple, with the state unchanged, for all others.
 int32_t ScanSimpleToken(ParseState &state);
+
+// True for a text that every context scans as one name: ASCII letters, and after the first digits
+// or signs, unless it could be a reserved word.
+bool IsPlainName(std::string_view text);
 
 #endif

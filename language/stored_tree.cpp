@@ -16,7 +16,7 @@ bool RootIs(HEXP exp, int32_t kind) {
   return exp != nullptr && exp->tree != nullptr && NodeKindOf(exp->tree) == kind;
 }
 
-// What follows the record in place of its tree.
+// What follows the record once its content is in another block.
 struct ContentLink {
   Expression *content;
 };
@@ -38,6 +38,19 @@ void SetContent(Expression *expression, Expression *content) {
   expression->hasContent = true;
 }
 
+// Keeps the expression's place in the order for its new tree. False when it had none.
+bool KeepPlace(EC ec, Expression *expression, const Expression *fresh) {
+  if (!expression->refersToFormulas) {
+    return false;
+  }
+  if (fresh->refersToFormulas) {
+    *PlaceOf(fresh) = *PlaceOf(expression);
+    return true;
+  }
+  OrderRemove(ec, expression);
+  return false;
+}
+
 }  // namespace
 
 void FreeExpression::operator()(Expression *expression) const {
@@ -50,10 +63,11 @@ void FreeExpression::operator()(Expression *expression) const {
   const Owned<Expression> record(expression);
 }
 
-OwnedExpression MakeExpression(ParseState &state, std::string_view name) {
+OwnedExpression MakeExpression(ParseState &state, const NameKey &key) {
   const size_t textBytes = static_cast<size_t>(state.textLength) + 1;
+  const uint32_t before = sizeof(Expression) + (state.builder.refers ? sizeof(OrderPlace) : 0);
   const FinishedTree finished =
-      FinishTree(state.builder, state.text, sizeof(Expression), textBytes + name.size() + 1);
+      FinishTree(state.builder, state.text, before, textBytes + key.name.size() + 1);
   if (finished.block == nullptr) {
     return nullptr;
   }
@@ -65,8 +79,8 @@ OwnedExpression MakeExpression(ParseState &state, std::string_view name) {
   expression->refersToFormulas = state.builder.refers;
   std::memcpy(expression->text, state.text, textBytes);
   char *ownName = finished.after + textBytes;
-  std::memcpy(ownName, name.data(), name.size());
-  NameEntrySet(expression->entry, ownName, KeyOfName(name));
+  std::memcpy(ownName, key.name.data(), key.name.size());
+  NameEntrySet(expression->entry, ownName, key);
   return expression;
 }
 
@@ -94,6 +108,7 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
 
 void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh) {
   RemoveReferences(ec, expression);
+  const bool inOrder = KeepPlace(ec, expression, fresh.get());
   if (expression->ownsNames) {
     ReleaseNames(expression->tree);
   }
@@ -109,7 +124,7 @@ void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh) {
   expression->ownsNames = false;
   const Owned<Expression> old(TakeContent(expression));
   SetContent(expression, fresh.release());
-  OrderAfterReplace(ec, expression, oldName);
+  OrderAfterReplace(ec, expression, oldName, inOrder);
 }
 
 void ReplaceText(Expression *expression, OwnedText text) {

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <string_view>
 
 #include "engine/expressions.h"
 #include "language/tree.h"
@@ -21,7 +20,7 @@ using OwnedExpression = std::unique_ptr<Expression, FreeExpression>;
 
 // A record with the tree of all nodes of a parse and copies of its text and of the name, in one
 // block; null when out of memory.
-OwnedExpression MakeExpression(ParseState &state, std::string_view name);
+OwnedExpression MakeExpression(ParseState &state, const NameKey &key);
 
 // Adds a record at the end of the context's table, which owns it from there on. False, with
 // everything unchanged, when the table cannot grow or when out of memory.

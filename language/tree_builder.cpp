@@ -1,9 +1,8 @@
 #include "language/tree_builder.h"
 
 #include <algorithm>
-#include <string_view>
 
-#include "language/parse_state.h"
+#include "platform/copy_bytes.h"
 #include "platform/owned.h"
 
 namespace {
@@ -29,17 +28,9 @@ bool Grow(T *&items, const T *first, uint32_t &capacity) {
   return true;
 }
 
-// The text that a node will hold.
-std::string_view TextOf(const DraftNode &node, const char *text) {
-  const std::string_view token(text + node.offset, node.length);
-  return node.kind == NODE_STRING                              ? token.substr(1, token.size() - 2)
-         : node.kind == NODE_CALL || node.kind == NODE_FORMULA ? CallName(token)
-                                                               : token;
-}
-
-// The bytes that it takes there, terminated.
-uint32_t BytesOf(const DraftNode &node, std::string_view text) {
-  const auto bytes = static_cast<uint32_t>(text.size()) + 1;
+// The bytes that a node's text takes, terminated.
+uint32_t BytesOf(const DraftNode &node) {
+  const uint32_t bytes = uint32_t{node.textLength} + 1;
   return node.kind == NODE_ITEM ? std::max(bytes, kLeastNameBytes) : bytes;
 }
 
@@ -51,9 +42,9 @@ uint32_t BytesBefore(int32_t kind) {
 // Writes the text of a node and returns its start. Texts are written from the end towards the
 // nodes.
 char *PutText(const DraftNode &node, const char *text, char *end) {
-  const std::string_view extract = TextOf(node, text);
-  char *target = end - BytesOf(node, extract);
-  std::memcpy(target, extract.data(), extract.size());
+  char *target = end - BytesOf(node);
+  const int32_t quote = node.kind == NODE_STRING ? 1 : 0;
+  CopyBytes(target, text + node.offset + quote, node.textLength);
   if (node.kind == NODE_CALL || node.kind == NODE_FORMULA) {
     std::memcpy(target - kCallSizeAt, &node.size, sizeof node.size);
     std::memcpy(target - kCloseOffsetAt, &node.closeOffset, sizeof node.closeOffset);
@@ -140,8 +131,9 @@ bool BuilderAddArgument(TreeBuilder &builder, uint32_t node) {
   return true;
 }
 
-void BuilderAddText(TreeBuilder &builder, const DraftNode &node, const char *text) {
-  builder.textBytes += BytesBefore(node.kind) + BytesOf(node, TextOf(node, text));
+void BuilderAddText(TreeBuilder &builder, DraftNode &node, size_t length) {
+  node.textLength = static_cast<uint16_t>(length);
+  builder.textBytes += BytesBefore(node.kind) + BytesOf(node);
 }
 
 FinishedTree FinishTree(TreeBuilder &builder, const char *text, uint32_t before, uint64_t after) {

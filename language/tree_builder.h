@@ -19,6 +19,7 @@ struct DraftNode {
   uint16_t kind;
   int16_t dataType;
   uint16_t length;
+  uint16_t textLength;  // of the text that the node will hold
   uint8_t detail;
   int32_t offset;
   int32_t closeOffset;
@@ -51,8 +52,8 @@ DraftNode *BuilderAdd(TreeBuilder &builder, int32_t kind, uint32_t size);
 bool BuilderAddArgument(TreeBuilder &builder, uint32_t node);
 
 // Counts the bytes that the text of a node that HasText will need, once its kind and span are
-// settled. `text` is the formula's.
-void BuilderAddText(TreeBuilder &builder, const DraftNode &node, const char *text);
+// settled. The text has `length` bytes, after the quote of a string.
+void BuilderAddText(TreeBuilder &builder, DraftNode &node, size_t length);
 
 // The node that was built last.
 inline const DraftNode &BuiltRoot(const TreeBuilder &builder) {

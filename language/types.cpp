@@ -293,10 +293,13 @@ void TypeFormula(ParseState &state, DraftNode &node, const CallDraft &call) {
 
 }  // namespace
 
+int16_t TypeOfName(EC ec, const NameKey &key) {
+  const int32_t type = InputDataType(ec, key);
+  return static_cast<int16_t>(type != kNoType ? type : KeywordDataType(ec, key.name));
+}
+
 int16_t TypeOfItem(const ParseState &state) {
-  const std::string_view name = TextAt(state, state.tokenOffset, state.tokenSpan);
-  const int32_t type = InputDataType(state.context, name);
-  return static_cast<int16_t>(type != kNoType ? type : KeywordDataType(state.context, name));
+  return TypeOfName(state.context, KeyOfName(TextAt(state, state.tokenOffset, state.tokenSpan)));
 }
 
 int32_t OperatorGroupOf(int32_t kind) {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "engine/name_index.h"
 #include "language/parse_state.h"
 #include "language/tree.h"
 
@@ -18,7 +19,9 @@ bool TypeOperatorAllowed(EC ec, int32_t kind, int16_t leftType);
 // Data types above this are those of keywords, which no formula can have.
 constexpr int16_t kLastValueType = 255;
 
-// The type of the item or keyword that the current token names, or kNoType.
+// The type of the item or keyword of that name, and of the one that the current token names, or
+// kNoType.
+int16_t TypeOfName(EC ec, const NameKey &key);
 int16_t TypeOfItem(const ParseState &state);
 
 // The group of operator callbacks of an operator, or -1.

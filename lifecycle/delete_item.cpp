@@ -57,7 +57,7 @@ struct DeleteRun {
   ItemTable *table;
   const char *name;
   OrlDeleteProc proc;
-  uint64_t number;  // marks what this run has deferred
+  uint32_t number;  // marks what this run has deferred
   uint64_t place;   // of the expression that the host was last asked to destroy
   PlaceQueue thisRound;
   PlaceQueue nextRound;
@@ -166,13 +166,17 @@ void AskForFirstFree(DeleteRun &run) {
   }
 }
 
-bool AnyDeferred(const DeleteRun &run) {
+// Takes back the marks of the run. True when there was one.
+bool ClearDeferred(const DeleteRun &run) {
+  bool any = false;
   for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
-    if (IsDeferred(run, static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i)))) {
-      return true;
+    HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
+    if (IsDeferred(run, exp)) {
+      exp->deleteRun = 0;
+      any = true;
     }
   }
-  return false;
+  return any;
 }
 
 void Rounds(DeleteRun &run) {
@@ -188,8 +192,6 @@ void Rounds(DeleteRun &run) {
       AskAll(run);
     }
   }
-  // Expressions that are still in use remain so: the host keeps what it was asked to destroy.
-  run.ok = run.ok && !AnyDeferred(run);
 }
 
 // Queues the expressions of a name that nothing refers to any more. The run is also notified while
@@ -217,16 +219,19 @@ int32_t ORLDeleteExpItem(EC ec, int32_t kind, const char *name, OrlDeleteProc pr
   run.table = kind == ORL_INPUT ? &ec->inputs : &ec->functions;
   run.name = name;
   run.proc = proc;
-  run.number = ++ec->lastDeleteRun;
   run.ok = true;
   if (ItemFind(run.table, name) == nullptr) {
     return 1;
   }
+  run.number = ++ec->deleteRuns;
   run.listener = {&QueueFreed, ec->listener};
   ec->listener = &run.listener;
   FirstPass(run, kind);
   Rounds(run);
+  // Expressions that are still in use remain so: the host keeps what it was asked to destroy.
+  run.ok = !ClearDeferred(run) && run.ok;
   ec->listener = run.listener.outer;
+  ec->deleteRuns--;
   ReplaceBlock(run.thisRound.places);
   ReplaceBlock(run.nextRound.places);
   if (run.ok) {

@@ -118,12 +118,7 @@ int32_t ORLDestroyEXP(EC ec, HEXP exp) {
   if (ordinal < 0 || ReferenceCount(ec, exp->entry.name) > 0) {
     return 0;
   }
-  if (HandleArrayRows(ec->expressions) > 1) {
-    ec->expressions = HandleArrayRemove(ec->expressions, ordinal);
-  } else {
-    HandleArrayFree(ec->expressions);
-    ec->expressions = nullptr;
-  }
+  ec->expressions = HandleArrayRemove(ec->expressions, ordinal);
   NameIndexRemove(ec->expressionNames, exp->entry);
   OrderRemove(ec, exp);
   const OwnedExpression ended(exp);

@@ -127,7 +127,7 @@ int32_t ORLGetECBlockSize(EC ec, int32_t includeFormulas) {
       size += ORL_BLOCK_HEADER_SIZE;
       ForEachRow<ExprItem>(ec->inputs.rows, [&size](const ExprItem &row) { size += SizeOf(row); });
     }
-    if (ec->expressions != nullptr && includeFormulas != 0) {
+    if (HandleArrayRows(ec->expressions) != 0 && includeFormulas != 0) {
       size += ORL_BLOCK_HEADER_SIZE;
       ForEachRow<Expression>(ec->expressions,
                              [&size](const Expression &row) { size += SizeOf(row); });

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/context.h"
 #include "support/context.h"
 
 namespace {
@@ -127,6 +128,7 @@ TEST(Usage, RandomContextsAgainstModel) {
       models.push_back(model);
       names.push_back("2" + model.name);
     }
+    ec->walkNumber = UINT32_MAX - static_cast<uint32_t>(round * 3);  // of walks that are to begin
     std::set<std::string> used, usedInComplex;
     for (const Model &model : models) {
       HEXP exp = ORLHEXPFromName(ec, model.name.c_str());
