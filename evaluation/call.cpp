@@ -13,25 +13,10 @@ namespace {
 
 constexpr uint32_t kFewArguments = 8;
 
-// The arguments of a routine: addresses of the values, null for missing ones.
+// Space for the arguments of a routine: one of each for each declared parameter.
 struct Arguments {
-  void **entries;  // one for each declared parameter; null when out of memory
-  NumberValue *numbers;
-  void *fewEntries[kFewArguments];
-  NumberValue fewNumbers[kFewArguments];
-  Owned<void *> many;  // entries and numbers of more than that
-
-  explicit Arguments(uint32_t declared) : entries(fewEntries), numbers(fewNumbers) {
-    if (declared <= kFewArguments) {
-      std::fill_n(fewEntries, kFewArguments, nullptr);
-      return;
-    }
-    many = Allocate<void *>(declared, declared * uint64_t{sizeof(NumberValue)});
-    entries = many.get();
-    if (entries != nullptr) {
-      numbers = reinterpret_cast<NumberValue *>(entries + declared);
-    }
-  }
+  void **entries;        // addresses of the values, null for missing ones; null at first
+  NumberValue *numbers;  // what the entries of numbers point to
 };
 
 // Turns a string into a block, which a host may resize or replace like any other.
@@ -92,22 +77,47 @@ struct RoutineCall {
   bool blocks;  // strings are passed in blocks; to built-in routines in place
 };
 
+uint32_t DeclaredArguments(const ExprItem *row) {
+  return row->paramCount < 0 ? 0 : static_cast<uint32_t>(row->paramCount);
+}
+
+void CallWithArguments(Evaluation &run, const RoutineCall &call, Value *args, uint32_t count,
+                       Value *value, const Arguments &arguments) {
+  if (!call.blocks && !TerminateTexts(run.texts, args, count)) {
+    return;
+  }
+  const uint32_t given = std::min(count, DeclaredArguments(call.row));
+  for (uint32_t i = 0; i < given; i++) {
+    arguments.entries[i] = EntryOf(run.texts, &args[i], &arguments.numbers[i], call.blocks);
+  }
+  const auto routine = reinterpret_cast<OrlFunctionProc>(call.row->routine);
+  const char *name = NodeText(call.code[kCallNode].node);
+  void **entries = count == 0 ? nullptr : arguments.entries;
+  CallForType(run, call.code->instruction.type, value, [&](int32_t size, void **block) {
+    return routine(run.ec, run.expression, size, block, name, entries);
+  });
+}
+
+void CallWithManyArguments(Evaluation &run, const RoutineCall &call, Value *args, uint32_t count,
+                           Value *value) {
+  const uint32_t declared = DeclaredArguments(call.row);
+  const Owned<void *> entries =
+      Allocate<void *>(declared, declared * uint64_t{sizeof(NumberValue)});
+  if (entries != nullptr) {
+    auto *numbers = reinterpret_cast<NumberValue *>(entries.get() + declared);
+    CallWithArguments(run, call, args, count, value, {entries.get(), numbers});
+  }
+}
+
 void CallRoutine(Evaluation &run, const RoutineCall &call, Value *args, uint32_t count,
                  Value *value) {
-  const ExprItem *row = call.row;
-  const uint32_t declared = row->paramCount < 0 ? 0 : static_cast<uint32_t>(row->paramCount);
-  Arguments arguments(declared);
-  if (arguments.entries != nullptr && (call.blocks || TerminateTexts(run.texts, args, count))) {
-    for (uint32_t i = 0; i < std::min(count, declared); i++) {
-      arguments.entries[i] = EntryOf(run.texts, &args[i], &arguments.numbers[i], call.blocks);
-    }
-    const auto routine = reinterpret_cast<OrlFunctionProc>(row->routine);
-    const char *name = NodeText(call.code[kCallNode].node);
-    void **entries = count == 0 ? nullptr : arguments.entries;
-    CallForType(run, call.code->instruction.type, value, [&](int32_t size, void **block) {
-      return routine(run.ec, run.expression, size, block, name, entries);
-    });
+  if (DeclaredArguments(call.row) > kFewArguments) {
+    CallWithManyArguments(run, call, args, count, value);
+    return;
   }
+  void *entries[kFewArguments] = {};  // a routine may read more than its row declares
+  NumberValue numbers[kFewArguments];
+  CallWithArguments(run, call, args, count, value, {entries, numbers});
 }
 
 // After a routine has changed the context: the call keeps its row, even renamed, unless the row was
@@ -174,6 +184,7 @@ void InvokeCall(Evaluation &run, Value *frame, uint32_t count) {
   Value *args = frame + 1;
   const uint32_t textsUsed = frame->textsUsed;
   const bool unchanged = IsUnchanged(run, frame);
+  const bool byValue = unchanged && call->instruction.detail != 0;
   CheckRow(run, frame);
   const ExprItem *row = frame->frame.row;
   const BuiltIn *builtIn = unchanged ? call[kCallBuiltIn].builtIn : nullptr;
@@ -182,7 +193,8 @@ void InvokeCall(Evaluation &run, Value *frame, uint32_t count) {
   if (builtIn != nullptr && builtIn->inner != nullptr) {
     frame->arguments = count;
     builtIn->inner({run.texts, frame});
-  } else if (row != nullptr && row->routine != nullptr && NamesMatch(row, args, count)) {
+  } else if (row != nullptr && row->routine != nullptr &&
+             (byValue || NamesMatch(row, args, count))) {
     CallRoutine(run, {call, row, builtIn == nullptr}, args, count, result);
   }
   for (uint32_t i = 0; i < count; i++) {

@@ -23,7 +23,8 @@ int32_t DeliverText(Evaluation &run, const Value &value, int32_t size, void *buf
     return 0;
   }
   const uint32_t room = static_cast<uint32_t>(size);
-  std::memcpy(buffer, TerminatedText(run.texts, value.text), room < needed ? room : needed);
+  CopyBytes(static_cast<char *>(buffer), TerminatedText(run.texts, value.text),
+            room < needed ? room : needed);
   return 1;
 }
 

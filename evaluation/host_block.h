@@ -73,12 +73,16 @@ inline void AcceptPacked(const void *block, Value *value) {
 // terminator it ends before the last byte.
 inline uint32_t CopyTerminated(char *target, const char *source, uint32_t size) {
   uint32_t at = 0;
-  for (; at + 8 <= size; at += 8) {
-    const uint64_t word = LoadWord(source + at);
-    std::memcpy(target + at, &word, sizeof word);
-    const uint64_t zeros = ZeroBytes(word);
-    if (zeros != 0) {
-      return at + FirstMarked(zeros);
+  // Two words at once: whether a text has 7 bytes or 8 cannot be predicted.
+  for (; at + 16 <= size; at += 16) {
+    const uint64_t first = LoadWord(source + at);
+    const uint64_t second = LoadWord(source + at + 8);
+    std::memcpy(target + at, &first, sizeof first);
+    std::memcpy(target + at + 8, &second, sizeof second);
+    const uint64_t zeros = ZeroBytes(first);
+    const uint64_t more = ZeroBytes(second);
+    if ((zeros | more) != 0) {
+      return at + (zeros != 0 ? FirstMarked(zeros) : 8 + FirstMarked(more));
     }
   }
   for (; at < size; at++) {

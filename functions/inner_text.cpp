@@ -1,6 +1,7 @@
 // String functions, in the buffer that holds their argument. ASCII strings, which are the same in
 // every code page, are handled here; others by the routines for multi-byte characters.
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "functions/inner_routines.h"
@@ -50,19 +51,30 @@ void SetPart(InnerCall call, const TextSpan &span, uint32_t from, uint32_t lengt
   SetText(call.texts, call.Result(), span.offset + from, length);
 }
 
-uint32_t LeadingBlanksOf(const char *text, const TextSpan &span) {
-  uint32_t blanks = 0;
-  while (blanks < span.length && text[blanks] == ' ') {
-    blanks++;
+// Blanks are counted in the words in which strings are stored. How many there are cannot be
+// predicted byte by byte.
+constexpr uint64_t kBlanks = kOnes * ' ';
+
+uint32_t LeadingBlanksOf(const char *text, uint32_t length) {
+  for (uint32_t at = 0; at < length; at += 8) {
+    const uint64_t others = LoadWord(text + at) ^ kBlanks;
+    if (others != 0) {
+      return std::min(at + FirstMarked(others), length);
+    }
   }
-  return blanks;
+  return length;
 }
 
 uint32_t LengthWithoutBlanks(const char *text, uint32_t length) {
-  while (length > 0 && text[length - 1] == ' ') {
-    length--;
+  while (length > 0) {
+    const uint32_t at = (length - 1) & ~7U;
+    const uint64_t others = (LoadWord(text + at) ^ kBlanks) & FirstBytes(length - at);
+    if (others != 0) {
+      return at + 8 - static_cast<uint32_t>(std::countl_zero(others)) / 8;
+    }
+    length = at;
   }
-  return length;
+  return 0;
 }
 
 // The result: the string from `from` on, after its leading blanks if that is not 0, without
@@ -139,12 +151,12 @@ void InnerStrLength(InnerCall call) {
 
 void InnerStrTrim(InnerCall call) {
   const TextSpan span = TextOf(call, 0);
-  SetTrimmed(call, span, LeadingBlanksOf(call.texts.bytes + span.offset, span));
+  SetTrimmed(call, span, LeadingBlanksOf(call.texts.bytes + span.offset, span.length));
 }
 
 void InnerStrLTrim(InnerCall call) {
   const TextSpan span = TextOf(call, 0);
-  const uint32_t from = LeadingBlanksOf(call.texts.bytes + span.offset, span);
+  const uint32_t from = LeadingBlanksOf(call.texts.bytes + span.offset, span.length);
   SetPart(call, span, from, span.length - from);
 }
 

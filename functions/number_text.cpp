@@ -1,5 +1,7 @@
 #include "functions/number_text.h"
 
+#include "closed/wren/decimal.h"
+
 namespace {
 
 // A cleared record for a number, by the country settings.
@@ -29,7 +31,7 @@ bool NumberFromText(NumberValue *value, const char *text) {
     WRENNumSetZero(value);
     return false;
   }
-  *value = record.number;
+  DecimalCopy(value, record.number);
   return true;
 }
 

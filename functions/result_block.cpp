@@ -8,10 +8,10 @@
 
 namespace {
 
+// Whether a text of `length` bytes begins before the end of a block and ends after its start.
 bool Overlap(const void *block, size_t size, const void *text, size_t length) {
-  const auto blockAt = reinterpret_cast<uintptr_t>(block);
-  const auto textAt = reinterpret_cast<uintptr_t>(text);
-  return textAt < blockAt + size && blockAt < textAt + length;
+  const auto end = reinterpret_cast<uintptr_t>(text) + length - 1;
+  return end - reinterpret_cast<uintptr_t>(block) < size + length - 1;
 }
 
 template <class Word>
@@ -45,6 +45,19 @@ void CopyInWords(char *target, const char *source, size_t length) {
         at != 0 ? Load<uint64_t>(source + length - 8) >> (8 - rest) * 8 : ShortWord(source, length);
     std::memcpy(target + at, &word, sizeof word);
   }
+}
+
+// Copies a terminated text that is long or in the block itself. One that is longer than the block
+// cannot be in it, so it outlives the resize.
+[[gnu::noinline]] int32_t MoveToResult(void **result, int32_t resultSize, const char *text,
+                                       size_t needed) {
+  char *target =
+      needed <= INT32_MAX ? TextResult(result, resultSize, static_cast<int64_t>(needed)) : nullptr;
+  if (target == nullptr) {
+    return 0;
+  }
+  std::memmove(target, text, needed);
+  return 1;
 }
 
 }  // namespace
@@ -86,18 +99,11 @@ char *TextResult(void **result, int32_t resultSize, int64_t needed) {
 int32_t FUNStrVarResult(void **result, int32_t resultSize, const char *text) {
   const char *source = text != nullptr ? text : "";
   const size_t needed = std::strlen(source) + 1;
-  if (result != nullptr && *result != nullptr && needed + 7 <= static_cast<size_t>(resultSize) &&
-      resultSize > 0 && !Overlap(*result, static_cast<size_t>(resultSize), source, needed))
-      [[likely]] {
+  if (result != nullptr && *result != nullptr && resultSize > 0 &&
+      needed + 7 <= static_cast<size_t>(resultSize) &&
+      !Overlap(*result, static_cast<size_t>(resultSize), source, needed)) [[likely]] {
     CopyInWords(static_cast<char *>(*result), source, needed);
     return 1;
   }
-  // A string that is longer than the block cannot be in it, so the source outlives the resize.
-  char *target =
-      needed <= INT32_MAX ? TextResult(result, resultSize, static_cast<int64_t>(needed)) : nullptr;
-  if (target == nullptr) {
-    return 0;
-  }
-  std::memmove(target, source, needed);  // the string may be in the block
-  return 1;
+  return MoveToResult(result, resultSize, source, needed);
 }

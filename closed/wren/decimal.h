@@ -163,6 +163,17 @@ inline void DecimalPack(NumberValue *result, int32_t exponent, bool negative, Ui
   std::memcpy(result->payload + 4, &low, sizeof low);
 }
 
+// Copies a number in the pieces in which DecimalPack writes it.
+inline void DecimalCopy(NumberValue *target, const NumberValue &source) {
+  uint32_t head = 0;
+  uint64_t low = 0;
+  std::memcpy(&head, source.payload, sizeof head);
+  std::memcpy(&low, source.payload + 4, sizeof low);
+  target->length = source.length;
+  std::memcpy(target->payload, &head, sizeof head);
+  std::memcpy(target->payload + 4, &low, sizeof low);
+}
+
 inline void DecimalStoreNarrow(NumberValue *result, NarrowDecimal d) {
   // The trailing digits of results cannot be predicted, so one zero is removed without a branch.
   const bool negative = d.coefficient < 0;
@@ -218,6 +229,18 @@ inline bool DecimalUnpack(uint32_t head, uint64_t low, Decimal *d) {
     return c >= kFullCoefficient;
   }
   return !(negative && c == 0) && (exponent == 0 || !DecimalEndsInZero(c));
+}
+
+// Unpacks a number that is narrow; false for all others and for null.
+inline bool DecimalLoadNarrow(const NumberValue *value, NarrowDecimal *d) {
+  if (value == nullptr || value->length != kNumberLength) {
+    return false;
+  }
+  uint32_t head = 0;
+  uint64_t low = 0;
+  std::memcpy(&head, value->payload, sizeof head);
+  std::memcpy(&low, value->payload + 4, sizeof low);
+  return DecimalUnpackNarrow(head, low, d);
 }
 
 // Unpacks a number; false for null and for everything that is not a canonical number.

@@ -63,6 +63,13 @@ void WRENNumSetZero(NumberValue *value) {
 }
 
 int32_t WRENNumCompare(const NumberValue *left, const NumberValue *right) {
+  NarrowDecimal narrowA;
+  NarrowDecimal narrowB;
+  NarrowDecimal difference;
+  if (DecimalLoadNarrow(left, &narrowA) && DecimalLoadNarrow(right, &narrowB) &&
+      NarrowSubtract(&difference, narrowA, narrowB)) [[likely]] {
+    return (difference.coefficient > 0 ? 1 : 0) - (difference.coefficient < 0 ? 1 : 0);
+  }
   Decimal a = {};
   Decimal b = {};
   const bool haveA = DecimalLoad(left, &a);

@@ -163,6 +163,37 @@ bool ReadNumber(NumberValue *result, const char *text, const NumberMarks &marks,
   return true;
 }
 
+// Reads digits into `c`, as long as there are few in all; returns the address after them.
+const char *ReadFewDigits(const char *at, int64_t *c, int32_t *digits) {
+  constexpr int32_t kFewDigits = 18;  // fit 64 bits with their sign
+  for (; IsDigit(*at) && *digits < kFewDigits; ++at, ++*digits) {
+    *c = *c * 10 + (*at - '0');
+  }
+  return at;
+}
+
+// Reads a text of few digits with at most a minus sign and a decimal separator, as most texts are;
+// false for all others.
+bool ReadPlainNumber(NumberValue *result, const char *text, const Country &country) {
+  const char point = country.decimalSeparator[0];
+  const bool negative = *text == '-';
+  int64_t c = 0;
+  int32_t digits = 0;
+  int32_t places = 0;
+  const char *at = ReadFewDigits(negative ? text + 1 : text, &c, &digits);
+  if (point != 0 && *at == point && country.decimalSeparator[1] == 0 &&
+      country.thousandsSeparator[0] != point) {
+    places = digits;
+    at = ReadFewDigits(at + 1, &c, &digits);
+    places -= digits;
+  }
+  if (*at != 0 || digits == 0) {
+    return false;
+  }
+  DecimalStoreNarrow(result, {negative ? -c : c, places});
+  return true;
+}
+
 }  // namespace
 
 int32_t ParseNumberBy(FormatRecord *record, const Country &country) {
@@ -176,6 +207,9 @@ int32_t ParseNumberBy(FormatRecord *record, const Country &country) {
   const char *text = record->input;
   if (record->useCountry == 0) {
     return ReadNumber(number, text, NumberMarksOf(*record, country), "", false) ? 1 : 0;
+  }
+  if (record->mode == WREN_FMT_NUMBER && ReadPlainNumber(number, text, country)) {
+    return 1;
   }
   // Amounts may have separators of their own. Both kinds are tried, the mode's own first; a plain
   // number accepts those of amounts only with a currency sign.
