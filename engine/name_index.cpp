@@ -282,6 +282,18 @@ void NameIndexRemove(NameIndex &index, NameEntry &entry) {
   index.entryCount--;
 }
 
+void NameIndexMoveToEnd(NameIndex &index, NameEntry &entry) {
+  FollowCodePage(index);
+  const bool alone = NameIsAlone(entry);
+  if (!alone) {
+    TakeOut(index, entry);
+  }
+  entry.order = ++index.lastOrder;
+  if (!alone) {
+    Insert(index, entry);
+  }
+}
+
 void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name) {
   FollowCodePage(index);
   TakeOut(index, entry);
@@ -308,6 +320,11 @@ NameEntry *NameIndexFirst(NameIndex &index, const NameKey &key) {
 NameEntry *NameIndexFirst(NameIndex &index, const char *name) {
   return name == nullptr || index.entryCount == 0 ? nullptr
                                                   : NameIndexFirst(index, std::string_view(name));
+}
+
+NameEntry *NameIndexTakeAll(NameIndex &index) {
+  index.entryCount = 0;
+  return TakeAll(index);
 }
 
 void NameIndexFree(NameIndex &index) {

@@ -54,6 +54,11 @@ inline NameKey KeyOfEntry(const NameEntry &entry) {
   return {{entry.name, entry.length}, entry.hash};
 }
 
+// True for an entry in an index that has no other entry of its name.
+inline bool NameIsAlone(const NameEntry &entry) {
+  return entry.prevSame == &entry;
+}
+
 // Seeds the hash for this process; called once, before any index exists.
 void NameIndexSeed();
 
@@ -67,6 +72,9 @@ void NameEntrySet(NameEntry &entry, const char *name, const NameKey &key);
 // Removes a row, which must be in the index.
 void NameIndexRemove(NameIndex &index, NameEntry &entry);
 
+// Puts a row, which must be in the index, after all others.
+void NameIndexMoveToEnd(NameIndex &index, NameEntry &entry);
+
 // Renames a row, which must be in the index; it keeps its position in the table.
 void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name);
 
@@ -76,6 +84,9 @@ NameEntry *NameIndexFirst(NameIndex &index, std::string_view name);
 // The same for a name that may be null, and for a key.
 NameEntry *NameIndexFirst(NameIndex &index, const char *name);
 NameEntry *NameIndexFirst(NameIndex &index, const NameKey &key);
+
+// Empties the index and returns its entries, in any order, chained through `next`.
+NameEntry *NameIndexTakeAll(NameIndex &index);
 
 // Frees the buckets; the entries belong to the rows.
 void NameIndexFree(NameIndex &index);

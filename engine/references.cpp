@@ -57,3 +57,11 @@ void RemoveReference(EC ec, const char *name) {
     listener->lastRemoved(listener, references->name);
   }
 }
+
+void FreeReferences(EC ec) {
+  for (NameEntry *entry = NameIndexTakeAll(ec->references); entry != nullptr;) {
+    const Owned<NameReferences> ended(RowOfEntry<NameReferences>(entry));
+    entry = entry->next;
+  }
+  NameIndexFree(ec->references);
+}

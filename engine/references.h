@@ -17,6 +17,9 @@ bool AddReference(EC ec, const char *name);
 // Removes one reference that was added.
 void RemoveReference(EC ec, const char *name);
 
+// Removes all references, without a call of a listener.
+void FreeReferences(EC ec);
+
 // Called when the last reference to a name is removed. Listeners of a context form a stack.
 struct ReferenceListener {
   void (*lastRemoved)(ReferenceListener *listener, const char *name);

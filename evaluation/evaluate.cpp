@@ -1,4 +1,5 @@
 // The evaluation entries: they copy values to the host's memory.
+#include <algorithm>
 #include <cstring>
 
 #include "engine/expressions.h"
@@ -11,20 +12,24 @@ bool IsEvaluable(EC ec, HEXP exp) {
   return ec != nullptr && exp != nullptr && exp->tree != nullptr;
 }
 
-// With size 0 the buffer receives the size that the string needs.
-int32_t DeliverText(Evaluation &run, const Value &value, int32_t size, void *buffer) {
-  const uint32_t needed = value.text.length + 1;
+// With size 0 the buffer receives the size that the string needs. A string that does not fit is
+// cut, without a terminator.
+int32_t DeliverText(const Evaluation &run, const Value &value, int32_t size, void *buffer) {
+  const uint32_t length = value.text.length;
   if (size == 0) {
-    const int32_t told = static_cast<int32_t>(needed);
-    std::memcpy(buffer, &told, sizeof told);
+    const auto needed = static_cast<int32_t>(length + 1);
+    std::memcpy(buffer, &needed, sizeof needed);
     return 1;
   }
   if (size < 0) {
     return 0;
   }
-  const uint32_t room = static_cast<uint32_t>(size);
-  CopyBytes(static_cast<char *>(buffer), TerminatedText(run.texts, value.text),
-            room < needed ? room : needed);
+  const auto room = static_cast<uint32_t>(size);
+  char *target = static_cast<char *>(buffer);
+  CopyBytes(target, run.texts.bytes + value.text.offset, std::min(length, room));
+  if (length < room) {
+    target[length] = '\0';
+  }
   return 1;
 }
 

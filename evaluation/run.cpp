@@ -66,6 +66,12 @@ inline void Arithmetic(Evaluation &run, Value *left, Value *right) {
   ComputeSlowly(run, operation, left, right);
 }
 
+// Out of line, so that the registers of the interpreter remain for numbers.
+template <int32_t type>
+[[gnu::noinline]] void InputOf(Evaluation &run, const Word *code, Value *value) {
+  InputValue<type>(run, code, value);
+}
+
 }  // namespace
 
 // Throughout, `top` + 1 is the first free place of the value stack.
@@ -94,14 +100,14 @@ void RunProgram(Evaluation &run, Program *program) {
         if (program->generation != ec->generation) {
           BindInput(ec, code);
         }
-        InputValue<ORL_TYPE_STRING>(run, code, ++top);
+        InputOf<ORL_TYPE_STRING>(run, code, ++top);
         code += kInputEnd;
         continue;
       case Operation::OtherInput:
         if (program->generation != ec->generation) {
           BindInput(ec, code);
         }
-        InputValue<kOtherType>(run, code, ++top);
+        InputOf<kOtherType>(run, code, ++top);
         code += kInputEnd;
         continue;
       case Operation::SmallNumber:

@@ -13,13 +13,10 @@ void FreeExpressions(EC ec) {
   for (uint32_t i = 0; i < count; i++) {
     const OwnedExpression expression(
         static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i)));
-    if (expression != nullptr) {
-      RemoveReferences(ec, expression.get());
-    }
   }
   HandleArrayFree(ec->expressions);
   NameIndexFree(ec->expressionNames);
-  NameIndexFree(ec->references);
+  FreeReferences(ec);
 }
 
 void FreeTexts(EC ec) {

@@ -41,6 +41,7 @@ struct FormulaLoad {
   int64_t steps;             // left to searches for cycles
   bool passedOver;           // a row waits for another formula without having been parsed again
   bool reordered;            // a row was parsed out of stored order
+  bool repaired;             // a user may have changed the expressions
   bool cycle;                // nothing is left but formulas that wait for each other
   bool ok;
 };
@@ -90,11 +91,10 @@ void RescheduleAll(FormulaLoad &load) {
   }
 }
 
-void RescheduleWaitingFor(FormulaLoad &load, const char *name) {
-  PendingRow *awaited = load.deferred != 0 ? PendingRowOf(load.names, name) : nullptr;
-  if (awaited != nullptr) {
-    Reschedule(load, *awaited, false);
-  }
+// The first row of a name, which is that of the row itself unless a user changed it.
+PendingRow *FirstOfName(FormulaLoad &load, PendingRow &row, const char *name) {
+  const bool itself = NameIsAlone(row.entry) && std::strcmp(row.entry.name, name) == 0;
+  return itself ? &row : PendingRowOf(load.names, name);
 }
 
 void Report(FormulaLoad &load, const char *text, const FormulaError &error) {
@@ -126,13 +126,17 @@ void Settle(FormulaLoad &load, PendingRow &row, HEXP exp) {
   row.text = nullptr;
   ReplaceBlock(row.owned);
   row.parsed = exp;
-  RescheduleWaitingFor(load, exp->entry.name);
+  PendingRow *awaited = load.deferred != 0 ? FirstOfName(load, row, exp->entry.name) : nullptr;
+  if (awaited != nullptr) {
+    Reschedule(load, *awaited, false);
+  }
 }
 
 // Lets the user repair a formula. Since the user may have changed anything, every formula may parse
 // afterwards.
 void Repair(FormulaLoad &load, PendingRow &row, const char *text, const FormulaError &error) {
   FormulaRepair repair = {text, text + std::strlen(text) + 1, error, &load.names, nullptr};
+  load.repaired = true;
   HEXP repaired = load.dialogs->repair(load.ec, repair, load.dialogs->data);
   RescheduleAll(load);
   if (repaired != nullptr) {
@@ -216,8 +220,8 @@ void RetryPasses(FormulaLoad &load) {
 // while the editor was open.
 bool RowsAreTheTable(const FormulaLoad &load) {
   const auto rows = static_cast<int32_t>(HandleArrayRows(load.ec->expressions));
-  if (rows != load.names.count) {
-    return false;
+  if (rows != load.names.count || !load.repaired) {
+    return rows == load.names.count;
   }
   HEXP *sorted = load.sorted.get();
   for (int32_t i = 0; i < rows; i++) {
@@ -240,8 +244,7 @@ void RestoreOrder(FormulaLoad &load) {
     HEXP exp = load.names.rows.get()[i].parsed;
     *static_cast<HEXP *>(HandleArrayLock(ec->expressions, i)) = exp;
     HandleArrayUnlock(ec->expressions);
-    NameIndexRemove(ec->expressionNames, exp->entry);
-    NameIndexAppend(ec->expressionNames, exp->entry, exp->entry.name);
+    NameIndexMoveToEnd(ec->expressionNames, exp->entry);
   }
   ec->order.broken = true;
   ContextChanged(ec);
