@@ -95,10 +95,10 @@ class LiveCheck::StripWidget : public QWidget {
   }
   // The same with the current argument alone.
   Parts BriefSignature() const {
-    const Parts whole = WholeSignature();
     if (argument.IsEmpty()) {
-      return whole;
+      return WholeSignature();
     }
+    const Parts whole = WholeSignature();
     const qsizetype first = signature.indexOf(u'(') + 1;
     const bool isLast = whole.behind.startsWith(u')');
     return {
