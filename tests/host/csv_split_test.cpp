@@ -67,7 +67,9 @@ TEST(CsvReader, BlocksHoldWholeRows) {
     whole.bytes = std::string("a,b") + end;
     for (int row = 0; row < 9000; ++row) {
       const std::string line(random() % 100, 'x');
-      whole.bytes += row % 5 == 0 ? "\"" + line + "\n," + end + "\"," + line : line + "," + line;
+      whole.bytes += row % 5 == 0 ? "\"" + line + "\n,\r\"" : line;
+      whole.bytes += ',';
+      whole.bytes += line;
       whole.bytes += row == 4000 ? std::string(300000, 'y') + end : end;
     }
     FILE *file = std::fopen(path.c_str(), "wb");
