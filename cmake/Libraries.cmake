@@ -44,6 +44,9 @@ endfunction()
 #
 # Calls of an exported routine in the same file are not interposable and may be inlined: a program
 # cannot replace it. Names that are not exported are hidden in any case.
+#
+# Copies of neighbouring words are not joined in a vector register: a load of both, right after they
+# were stored one by one, waits for the stores. Loops are still vectorised.
 function(orli_objects name)
   add_library(${name} OBJECT ${ARGN})
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
