@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+No memory below that of this script is seen, since the programs are its forks.
 """Measures orli over a generated file beside sqlite3, miller and DuckDB at the same work.
 
     bench/files.py [ROWS]            a million without it
