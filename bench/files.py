@@ -1,5 +1,4 @@
 #!/usr/bin/env python3
-No memory below that of this script is seen, since the programs are its forks.
 """Measures orli over a generated file beside sqlite3, miller and DuckDB at the same work.
 
     bench/files.py [ROWS]            a million without it
@@ -8,6 +7,7 @@ Needs the groups build and others of scripts/install.sh; DuckDB comes from npm (
 into a folder of this run. Missing ones are reported. Of several runs, one program after
 the other in turn, the least processor time and the least wall time count. Exit status 1 when orli
 needs more than MOST_MEMORY for eval, or MOST_GROUP_MEMORY for a group for each row.
+No memory below that of this script is seen, since the programs are its forks.
 """
 
 import os
