@@ -53,15 +53,14 @@ struct ExprContext {
   ItemTable inputs;
   ItemTable keywords;
   OrlLookupProc lookupProc;
-  int32_t concatAllowed;
   intptr_t userLong;
   uint16_t nextNumber[kClassCount];
+  uint16_t flags;
   char *pictures[3];
   int32_t pictureWidth;
   OrlDelPermissionProc delPermissionProc;
   OrlListValuesProc listValuesProc;
   OrlRenameProc renameProc;
-  uint16_t flags;
   char *dateConvert[3];
   uint16_t dateConvertFlags;
   bool hasNumberOperators;  // a callback replaces the arithmetic of some operator
@@ -69,6 +68,7 @@ struct ExprContext {
   void *numberBlock;  // owned blocks reserved for the next call of a host routine, or null
   void *textBlock;
   RowSource *rowSource;  // of the rows that are being computed one by one, or null
+  int32_t concatAllowed;
   int32_t helpContext;
   char helpPath[kHelpPathSize];
 
