@@ -155,14 +155,16 @@ void OrderAfterReplace(EC ec, Expression *expression, const char *oldName, bool 
   const bool shared =
       renamed && ReferenceCount(ec, oldName) != 0 && ORLHEXPFromName(ec, oldName) != nullptr;
   const bool named = ReferenceCount(ec, expression->entry.name) != 0;
-  if (shared || (renamed && named)) {
-    ec->order.broken = true;  // references resolve to another formula than before
-  } else if (!named || ORLHEXPFromName(ec, expression->entry.name) != expression) {
+  const bool resolvesElsewhere = shared || (renamed && named);
+  const bool unreferenced = !named || ORLHEXPFromName(ec, expression->entry.name) != expression;
+  if (!resolvesElsewhere && unreferenced) {
     if (wasInOrder) {
       OrderRemove(ec, expression);
     }
-    OrderAppend(ec, expression);  // nothing refers to it
-  } else if (!wasInOrder && expression->refersToFormulas) {
-    ec->order.broken = true;  // it belongs below what refers to it, wherever that is
+    OrderAppend(ec, expression);
+  } else if (resolvesElsewhere || (!wasInOrder && expression->refersToFormulas)) {
+    // References resolve to another formula than before, or the formula belongs below those that
+    // refer to it, wherever they are.
+    ec->order.broken = true;
   }
 }
