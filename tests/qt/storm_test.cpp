@@ -229,9 +229,12 @@ TEST(QtStorm, NothingBreaks) {
     for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
       HEXP exp = ORLHEXPFromOrdinal(ec, i);
       uint16_t type = 0;
-      EXPECT_EQ(exp, ORLParseFormula(ec, exp, TextOf(ec, exp).c_str(), NameOf(ec, exp).c_str(),
-                                     nullptr, &type))
-          << "seed " << seed << ": " << TextOf(ec, exp);
+      FormulaError error = {};
+      const HEXP parsed =
+          ORLParseFormula(ec, exp, TextOf(ec, exp).c_str(), NameOf(ec, exp).c_str(), &error, &type);
+      // A formula that others call may become a range of its type, and then they cannot call it.
+      EXPECT_TRUE(parsed == exp || (parsed == nullptr && error.id == ORL_ERR_IMBEDDEDRANGE))
+          << "seed " << seed << ", message " << error.id << ": " << TextOf(ec, exp);
     }
   }
   EXPECT_GT(shownPages, 0);
