@@ -37,28 +37,34 @@ void RoundWith(InnerCall call, Round round) {
   }
 }
 
+// The parts of the first argument; false when it is missing or null.
+bool DateArgument(InnerCall call, DateTimeParts *parts) {
+  if (call.Count() == 0 || !IsNumberForm(call.Arguments()[0].form) ||
+      IsNullNumber(call.Arguments()[0])) {
+    return false;
+  }
+  DateOf(call.Arguments()[0], parts);
+  return true;
+}
+
 // The number that `number` computes from the parts of a date; null for a null date.
 template <class Number>
 void NumberOfDate(InnerCall call, Number number) {
-  if (call.Count() == 0 || !IsNumberForm(call.Arguments()[0].form) ||
-      IsNullNumber(call.Arguments()[0])) {
+  DateTimeParts parts;
+  if (!DateArgument(call, &parts)) {
     SetNull(call.Result());
     return;
   }
-  DateTimeParts parts;
-  DateOf(call.Arguments()[0], &parts);
   SetNarrow(call.Result(), {number(parts), 0});
 }
 
 // The month's first or last day at midnight; null for a null date.
 void DayOfMonth(InnerCall call, bool last) {
-  if (call.Count() == 0 || !IsNumberForm(call.Arguments()[0].form) ||
-      IsNullNumber(call.Arguments()[0])) {
+  DateTimeParts parts;
+  if (!DateArgument(call, &parts)) {
     SetNull(call.Result());
     return;
   }
-  DateTimeParts parts;
-  DateOf(call.Arguments()[0], &parts);
   parts.day = last ? DaysInMonth(parts.month, parts.year) : 1;
   parts.hour = parts.minute = parts.second = parts.fraction = 0;
   SetDate(call.Result(), parts);
