@@ -75,7 +75,7 @@ OwnedText RenamedText(const char *text, int64_t count, char *token, const Names 
 // True while the host renames from a routine that an evaluation has called: values of that
 // evaluation may point into any tree, so no tree may be replaced.
 bool IsBeingEvaluated(EC ec) {
-  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); ++i) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i));
     if (exp != nullptr && exp->evaluation != nullptr) {
       return true;
@@ -126,7 +126,7 @@ int32_t ORLRenameExpressionItem(EC ec, int32_t kind, const char *oldName, const 
   lstrcpyA(after, newName);  // the host may pass a text that is freed here, such as the row's name
   ItemRename(ec, table, row, after);
   const bool mayReparse = !IsBeingEvaluated(ec);
-  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); ++i) {
     RenameInExpression(ec, static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i)),
                        {before, after}, mayReparse);
   }

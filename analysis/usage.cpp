@@ -160,7 +160,7 @@ int32_t ORLIsItemUsedInComplex(EC ec, const char *name) {
   // One walk for all: what it has visited without a match has none for the next expression either.
   UsageWalk walk = UsageWalkBegin(ec);
   const uint32_t count = HandleArrayRows(ec->expressions);
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i));
     if (ORLIsExpressionSimple(ec, exp) == 0 && ORLIsExpressionSimpleInput(ec, exp) == 0 &&
         ItemUsedBy(walk, exp, ORL_INPUT, name)) {

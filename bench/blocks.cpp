@@ -1,5 +1,5 @@
-/* Blocks of up to a megabyte that are designed to be slow to load, as a host may receive them from
- * untrusted sources. Loading or rejecting one must take less than a second. */
+// Blocks of up to a megabyte that are designed to be slow to load, as a host may receive them from
+// untrusted sources. Loading or rejecting one must take less than a second.
 #include <benchmark/benchmark.h>
 #include <orli11.h>
 
@@ -18,10 +18,10 @@ struct Block {
 
   void Add(const std::string &name, const std::string &text) {
     rows += text + '\0' + name + '\0';
-    count++;
+    ++count;
   }
 
-  /* A block of version 3 with no operator names and no items. */
+  // A block of version 3 with no operator names and no items.
   std::string Bytes() const {
     std::string bytes(1, 3);
     bytes.append(20, '\0');
@@ -38,39 +38,39 @@ std::string Name(char letter, int number) {
 
 std::string Sum(int terms) {
   std::string text = "1";
-  for (int i = 1; i < terms; i++) {
+  for (int i = 1; i < terms; ++i) {
     text += "+1";
   }
   return text;
 }
 
-/* Adds rows D_0 and on, and a formula that calls each of them. */
+// Adds rows D_0 and on, and a formula that calls each of them.
 void AddCalled(Block &block, int count) {
   std::string calls = "1";
-  for (int i = 0; i < count; i++) {
+  for (int i = 0; i < count; ++i) {
     block.Add(Name('D', i), "1");
     calls += "+" + Name('D', i) + "()";
   }
   block.Add("U", calls);
 }
 
-/* A long formula, and second rows of names that are called: each could close a cycle. */
+// A long formula, and second rows of names that are called: each could close a cycle.
 Block SecondRows() {
   Block block;
   block.Add("C", Sum(180000));
   AddCalled(block, 12000);
-  for (int i = 0; i < 12000; i++) {
+  for (int i = 0; i < 12000; ++i) {
     block.Add(Name('D', i), "C()");
   }
   return block;
 }
 
-/* The same where the long formula comes last and the names follow from the end. */
+// The same where the long formula comes last and the names follow from the end.
 Block SecondRowsBackwards() {
   Block block;
   AddCalled(block, 12000);
   block.Add("C", Sum(180000));
-  for (int i = 11999; i >= 0; i--) {
+  for (int i = 11999; i >= 0; --i) {
     block.Add(Name('D', i), "C()");
   }
   return block;
@@ -79,7 +79,7 @@ Block SecondRowsBackwards() {
 Block DoubledChain(bool backwards) {
   constexpr int kRows = 32000;
   Block block;
-  for (int i = 0; i < kRows; i++) {
+  for (int i = 0; i < kRows; ++i) {
     const int row = backwards ? kRows - 1 - i : i;
     const std::string below = Name('F', row - 1) + "()";
     std::string text = row == 0 ? "1" : below;
@@ -91,8 +91,8 @@ Block DoubledChain(bool backwards) {
   return block;
 }
 
-/* As many formulas as a block holds, each of which refers to the one below; in the order in which
- * they can be parsed, in its reverse, or in a shuffled one. */
+// As many formulas as a block holds, each of which refers to the one below; in the order in which
+// they can be parsed, in its reverse, or in a shuffled one.
 enum class StoredOrder { Best, Reverse, Shuffled };
 
 Block Chain(StoredOrder order) {
@@ -111,16 +111,16 @@ Block Chain(StoredOrder order) {
   return block;
 }
 
-/* One long formula that calls others, which are resolved one by one in the passes of the load. */
+// One long formula that calls others, which are resolved one by one in the passes of the load.
 Block LongCaller() {
   constexpr int kCalls = 16;
   Block block;
   std::string text = Sum(490000);
-  for (int i = 1; i <= kCalls; i++) {
+  for (int i = 1; i <= kCalls; ++i) {
     text += "+" + Name('Z', i) + "()";
   }
   block.Add("R", text);
-  for (int i = kCalls; i > 0; i--) {
+  for (int i = kCalls; i > 0; --i) {
     block.Add(Name('Z', i), i == 1 ? "1" : Name('Z', i - 1) + "()");
   }
   return block;

@@ -1,4 +1,4 @@
-/* Evaluation compared with its lower bound, and over the rows of data/weather.csv. */
+// Evaluation compared with its lower bound, and over the rows of data/weather.csv.
 #include <benchmark/benchmark.h>
 #include <pavni11.h>
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-/* Amount*2+Tax by the engine, 25.07. */
+// Amount*2+Tax by the engine, 25.07.
 void EvaluateAmount(benchmark::State &state) {
   EC ec = MakeContext({10, 10, 10});
   HEXP exp = MustParse(ec, "Amount*2+Tax", "Measured");
@@ -33,7 +33,7 @@ void EvaluateAmount(benchmark::State &state) {
 }
 BENCHMARK(EvaluateAmount);
 
-/* The same without an engine: two calls through pointers and two operations on decimals. */
+// The same without an engine: two calls through pointers and two operations on decimals.
 void EvaluateAmountLimit(benchmark::State &state) {
   OrlValueProc amountProc = AmountValue;
   OrlValueProc taxProc = TaxValue;
@@ -55,9 +55,7 @@ void EvaluateAmountLimit(benchmark::State &state) {
 }
 BENCHMARK(EvaluateAmountLimit);
 
-/* ---- Weather --------------------------------------------------------------------------------- */
-
-constexpr size_t kColumns = 5; /* date and four numbers; the word after them is not used */
+constexpr size_t kColumns = 5;  // date and four numbers; the word after them is not used
 constexpr std::array<const char *, kColumns> kNames = {"date", "precipitation", "temp_max",
                                                        "temp_min", "wind"};
 using WeatherRow = std::array<NumberValue, kColumns>;
@@ -103,7 +101,7 @@ int32_t WeatherValue(EC ec, HEXP /*exp*/, int32_t /*size*/, void **value, const 
   return 1;
 }
 
-/* One pass over all rows; the time is that of a pass, items per second are rows. */
+// One pass over all rows; the time is that of a pass, items per second are rows.
 void Weather(benchmark::State &state, const char *text) {
   const std::vector<WeatherRow> rows = LoadWeather();
   if (rows.empty()) {

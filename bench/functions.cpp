@@ -1,5 +1,5 @@
-/* Formulas with functions, each compared with the same work in plain C++ on ready values; and
- * functions whose cost must be linear in the length of their strings. */
+// Formulas with functions, each compared with the same work in plain C++ on ready values; and
+// functions whose cost must be linear in the length of their strings.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -58,7 +58,7 @@ constexpr FunctionRow kRows[] = {
      "Mary Ann O'connor, 12.50", PlainJoined},
 };
 
-/* One row by the engine. */
+// One row by the engine.
 void Function(benchmark::State &state) {
   const FunctionRow &row = kRows[state.range(0)];
   EC ec = MakeContext({0, 0, 0});
@@ -80,7 +80,7 @@ void Function(benchmark::State &state) {
 }
 BENCHMARK(Function)->DenseRange(0, std::size(kRows) - 1);
 
-/* The same row without an engine. */
+// The same row without an engine.
 void FunctionLimit(benchmark::State &state) {
   const FunctionRow &row = kRows[state.range(0)];
   double amount = 12.5;
@@ -98,9 +98,7 @@ void FunctionLimit(benchmark::State &state) {
 }
 BENCHMARK(FunctionLimit)->DenseRange(0, std::size(kRows) - 1);
 
-/* ---- By length ------------------------------------------------------------------------------- */
-
-/* Searches and lists that match almost everywhere, the worst case for naive algorithms. */
+// Searches and lists that match almost everywhere, the worst case for naive algorithms.
 constexpr const char *kLongRows[] = {
     "StrScan(Long, StrRight(Long, NumberRound(StrLength(Long) / 2, 0)) || 'b')",
     "StrTranslate('b', StrRepeat('february,', NumberRound(StrLength(Long) / 9, 0)), 'x')",

@@ -1,13 +1,13 @@
-/* Parsing by the length of the text. Each parse replaces the text of an existing formula. */
+// Parsing by the length of the text. Each parse replaces the text of an existing formula.
 #include <benchmark/benchmark.h>
 
 #include "bench/contexts.h"
 
 namespace {
 
-constexpr int64_t kShort = 0; /* the short formula among the lengths */
+constexpr int64_t kShort = 0;  // the short formula among the lengths
 
-/* Sums and products in parentheses, up to that many bytes. */
+// Sums and products in parentheses, up to that many bytes.
 std::string TextOfLength(size_t length) {
   const std::string part = " + (Amount * 2.5 - Tax / 3)";
   std::string text = "Amount";

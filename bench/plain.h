@@ -1,18 +1,18 @@
-/* plain.h - exact decimals of 13 bytes in plain C++, and a minimal tree of operations on them. */
+// Exact decimals of 13 bytes in plain C++, and a minimal tree of operations on them.
 #ifndef ORLI11_BENCH_PLAIN_H
 #define ORLI11_BENCH_PLAIN_H
 
 #include <cstdint>
 #include <cstring>
 
-/* A coefficient of 96 bits and its scale, packed: what a node leaves for the next one. */
+// A coefficient of 96 bits and its scale, packed: what a node leaves for the next one.
 struct Packed {
   uint8_t bytes[13];
 };
 
 __extension__ typedef __int128 PlainInteger;
 
-/* A decimal in registers, coefficient / 10^scale. */
+// A decimal in registers, coefficient / 10^scale.
 struct Plain {
   PlainInteger coefficient;
   int32_t scale;
@@ -73,14 +73,14 @@ inline Plain PlainAdd(Plain a, Plain b) {
   const Plain y = Unpack(b);
   Pack(result, {x.coefficient * static_cast<int64_t>(y.coefficient), x.scale + y.scale});
 }
-/* To 22 places more than the operands have; the rest is truncated. */
+// To 22 places more than the operands have; the rest is truncated.
 [[gnu::noinline]] inline void Divide(Packed *result, const Packed &a, const Packed &b) {
   const Plain x = Unpack(a);
   const Plain y = Unpack(b);
   Pack(result,
        {x.coefficient * PowerOfTen(11) * PowerOfTen(11) / y.coefficient, x.scale + 22 - y.scale});
 }
-/* Rounded half away from zero, or truncated, to a number of places. */
+// Rounded half away from zero, or truncated, to a number of places.
 inline void RoundOrCut(Packed *result, const Packed &a, const Packed &places, bool cut) {
   const Plain x = Unpack(a);
   const auto kept = static_cast<int32_t>(Unpack(places).coefficient);
@@ -133,7 +133,7 @@ inline double ToDouble(const Packed &packed) {
   return static_cast<double>(number.coefficient) / power;
 }
 
-/* A minimal tree: a leaf that reads, a constant, or an operation on one or two values. */
+// A minimal tree: a leaf that reads, a constant, or an operation on one or two values.
 struct PlainNode {
   void (*read)(Packed *value);
   void (*operation)(Packed *result, const Packed &left, const Packed &right);

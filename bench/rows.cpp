@@ -1,5 +1,5 @@
-/* Formulas over columns: ORLEvaluateRows, ORLEvaluateExpression row by row over the same arrays,
- * and the same work in plain C++, the lower bound. */
+// Formulas over columns: ORLEvaluateRows, ORLEvaluateExpression row by row over the same arrays,
+// and the same work in plain C++, the lower bound.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -16,7 +16,7 @@ __extension__ typedef __int128 Wide;
 
 constexpr size_t kRows = 65536;
 
-/* A small generator: the same rows in every run. */
+// A small generator: the same rows in every run.
 struct Random {
   uint64_t state = UINT64_C(0x9E3779B97F4A7C15);
   int64_t Below(int64_t end) {
@@ -26,8 +26,8 @@ struct Random {
 };
 
 struct Table {
-  std::vector<int64_t> amount, tax;     /* scale 2 */
-  std::vector<int64_t> high, low, wind; /* scale 1 */
+  std::vector<int64_t> amount, tax;      // scale 2
+  std::vector<int64_t> high, low, wind;  // scale 1
   std::vector<double> amountDouble, taxDouble, highDouble, lowDouble, windDouble;
   std::vector<Wide> amountWide, taxWide;
   std::vector<NumberValue> amountNumber, taxNumber, highNumber, lowNumber, windNumber;
@@ -35,7 +35,7 @@ struct Table {
   std::vector<NumberValue> date;
   std::string name, city;
   std::vector<int32_t> nameEnds = {0}, cityEnds = {0};
-  size_t row = 0; /* of the value routines */
+  size_t row = 0;  // of the value routines
 
   Table();
 };
@@ -85,12 +85,12 @@ OrlColumn Column(const char *name, int32_t form, int32_t scale, const void *valu
 
 struct Measured {
   const char *formula;
-  int16_t type; /* of all its items */
+  int16_t type;  // of all its items
   std::vector<OrlColumn> columns;
-  int32_t form, scale; /* of the results */
+  int32_t form, scale;  // of the results
 };
 
-/* One pass over all rows; items per second are rows. */
+// One pass over all rows; items per second are rows.
 void Batch(benchmark::State &state, const Measured &measured) {
   EC ec = MakeContext({0, 0, 0});
   for (const OrlColumn &column : measured.columns) {
@@ -210,9 +210,6 @@ void B4(benchmark::State &state) {
 }
 BENCHMARK(B4)->Name("B4/date32");
 
-/* ---- Row by row, the values ready in the form that a routine returns --------------------------
- */
-
 template <std::vector<NumberValue> Table::*column>
 int32_t ElementValue(EC /*ec*/, HEXP /*exp*/, int32_t /*size*/, void **value,
                      const char * /*name*/) {
@@ -288,9 +285,6 @@ void E4(benchmark::State &state) {
 }
 BENCHMARK(E4)->Name("B4/row-by-row");
 
-/* ---- Plain C++ over the same arrays -----------------------------------------------------------
- */
-
 template <class Pass>
 void Plain(benchmark::State &state, Pass pass) {
   Table &table = Rows();
@@ -312,7 +306,7 @@ void PlainLongs(benchmark::State &state) {
 }
 BENCHMARK(PlainLongs)->Name("B1/plain-int64");
 
-/* A decimal of 13 bytes for each value: taken apart, brought to one scale, checked, packed. */
+// A decimal of 13 bytes for each value: taken apart, brought to one scale, checked, packed.
 struct Thirteen {
   int64_t c;
   int32_t e;

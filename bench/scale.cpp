@@ -1,5 +1,5 @@
-/* The cost of one parse, one evaluation and one lookup by the number of rows in the context. The
- * row that is used is the last of its kind, the worst for a search from the front. */
+// The cost of one parse, one evaluation and one lookup by the number of rows in the context. The
+// row that is used is the last of its kind, the worst for a search from the front.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -13,8 +13,8 @@ constexpr int kFew = 10;
 
 struct Scale {
   EC ec;
-  std::string last; /* name of the last row of the kind */
-  std::string text; /* a formula that uses it */
+  std::string last;  // name of the last row of the kind
+  std::string text;  // a formula that uses it
 };
 
 Scale MakeScale(Kind kind, int64_t count) {
@@ -57,7 +57,7 @@ void ScaleParse(benchmark::State &state, Kind kind) {
   ORLDestroyEC(scale.ec);
 }
 
-/* Creates and destroys a formula, as a host does for a text that it only checks. */
+// Creates and destroys a formula, as a host does for a text that it only checks.
 void ScaleParseDestroy(benchmark::State &state, Kind kind) {
   const Scale scale = MakeScale(kind, state.range(0));
   FormulaError error;
@@ -86,7 +86,7 @@ void ScaleEvaluate(benchmark::State &state, Kind kind) {
   ORLDestroyEC(scale.ec);
 }
 
-/* The lookup alone, through a routine that does little else. */
+// The lookup alone, through a routine that does little else.
 void ScaleLookup(benchmark::State &state, Kind kind) {
   const Scale scale = MakeScale(kind, state.range(0));
   HEXP exp = kind == kItems ? MustParse(scale.ec, scale.last, "Measured") : nullptr;
@@ -96,7 +96,7 @@ void ScaleLookup(benchmark::State &state, Kind kind) {
       case kItems:
         found = ORLGetSimpleInputSubClass(scale.ec, exp) == 0;
         break;
-      case kFunctions: /* its parameter is by value: 0, found or not */
+      case kFunctions:  // its parameter is by value: 0, found or not
         found = ORLIsItemAggregate(scale.ec, ORL_FUNCTION, scale.last.c_str()) == 0;
         break;
       case kFormulas:
@@ -111,7 +111,7 @@ void ScaleLookup(benchmark::State &state, Kind kind) {
   ORLDestroyEC(scale.ec);
 }
 
-/* Formulas of which each calls the one before. */
+// Formulas of which each calls the one before.
 std::string ChainName(int number) {
   return "F" + std::to_string(number);
 }
@@ -119,13 +119,13 @@ std::string ChainName(int number) {
 EC MakeChain(int count) {
   EC ec = ORLCreateEC(nullptr, nullptr, nullptr, 0);
   AddItem(ec, "Amount", ORL_TYPE_NUMBER, &AmountValue);
-  for (int i = 0; i < count; i++) {
+  for (int i = 0; i < count; ++i) {
     MustParse(ec, i == 0 ? "Amount" : ChainName(i - 1) + "() + 1", ChainName(i).c_str());
   }
   return ec;
 }
 
-/* A formula in the middle of a chain is given another text, which calls another one below it. */
+// A formula in the middle of a chain is given another text, which calls another one below it.
 void ScaleReplaceInChain(benchmark::State &state) {
   const auto count = static_cast<int>(state.range(0));
   EC ec = MakeChain(count);
@@ -146,7 +146,7 @@ void ScaleReplaceInChain(benchmark::State &state) {
   ORLDestroyEC(ec);
 }
 
-/* Whether each formula of a chain uses an item, queried as hosts do: the time of one. */
+// Whether each formula of a chain uses an item, queried as hosts do: the time of one.
 void ScaleUsedInChain(benchmark::State &state) {
   EC ec = MakeChain(static_cast<int>(state.range(0)));
   int32_t row = 0;
@@ -154,7 +154,7 @@ void ScaleUsedInChain(benchmark::State &state) {
   for ([[maybe_unused]] auto step : state) {
     used += ORLIsItemUsed(ec, ORLHEXPFromOrdinal(ec, row), ORL_INPUT, "Nothing");
     row = row + 1 < ORLGetExpressionCount(ec) ? row + 1 : 0;
-    if (row == 0) { /* a change, after which the host asks of all again */
+    if (row == 0) {  // a change, after which the host asks of all again
       state.PauseTiming();
       ORLDestroyEXP(ec, MustParse(ec, "1", "Changed"));
       state.ResumeTiming();
@@ -166,12 +166,12 @@ void ScaleUsedInChain(benchmark::State &state) {
   ORLDestroyEC(ec);
 }
 
-/* Items of one name, all deleted at once: the time of one. */
+// Items of one name, all deleted at once: the time of one.
 void ScaleDeleteAll(benchmark::State &state) {
   const auto count = static_cast<int>(state.range(0));
   for ([[maybe_unused]] auto step : state) {
     EC ec = ORLCreateEC(nullptr, nullptr, nullptr, 0);
-    for (int i = 0; i < count; i++) {
+    for (int i = 0; i < count; ++i) {
       AddItem(ec, "Same", ORL_TYPE_NUMBER, &AmountValue);
     }
     const auto start = std::chrono::steady_clock::now();

@@ -1,5 +1,5 @@
-/* Formulas of many shapes, each compared with the same work in plain C++: values that differ from
- * row to row come from a routine, and every node is a call of its own. */
+// Formulas of many shapes, each compared with the same work in plain C++: values that differ from
+// row to row come from a routine, and every node is a call of its own.
 #include <benchmark/benchmark.h>
 #include <pavni11.h>
 
@@ -13,16 +13,14 @@
 
 namespace {
 
-/* ---- The rows -------------------------------------------------------------------------------- */
-
 constexpr size_t kRowCount = 256;
-constexpr size_t kNumbers = 3; /* A, B, C: with 2, 3 and no decimals */
+constexpr size_t kNumbers = 3;  // A, B, C: with 2, 3 and no decimals
 
 struct Row {
   NumberValue numbers[kNumbers];
   NumberValue dates[2];
   Packed plainNumbers[kNumbers];
-  int32_t days[2]; /* since 1970 */
+  int32_t days[2];  // since 1970
   std::string name, city, digits;
 };
 
@@ -74,8 +72,6 @@ void FillRows() {
   }
 }
 
-/* ---- What the engine calls ------------------------------------------------------------------- */
-
 template <size_t index>
 int32_t NumberItem(EC /*ec*/, HEXP /*exp*/, int32_t /*size*/, void **value, const char * /*name*/) {
   *static_cast<NumberValue *>(*value) = rows[rowNow].numbers[index];
@@ -125,8 +121,6 @@ EC MakeShapesContext() {
   return ec;
 }
 
-/* ---- The same without an engine -------------------------------------------------------------- */
-
 using std::chrono::days;
 using std::chrono::sys_days;
 using std::chrono::year_month_day;
@@ -137,7 +131,7 @@ struct Answer {
   Text text;
 };
 
-/* Called through pointers, as the host's routines are. */
+// Called through pointers, as the host's routines are.
 template <size_t index>
 void ReadNumber(Packed *value) {
   *value = rows[rowNow].plainNumbers[index];
@@ -168,7 +162,7 @@ Text City() {
   return TextOf(&Row::city);
 }
 
-/* A tree under construction. */
+// A tree under construction.
 struct Tree {
   const PlainNode *root;
 };
@@ -206,7 +200,7 @@ int32_t SignOfNet() {
   Walk(kNet.root, &net);
   return SignOf(net);
 }
-/* Reads all, as a function of four values does. */
+// Reads all, as a function of four values does.
 [[gnu::noinline]] void ReadChosen(Packed *value) {
   Packed choices[3];
   const int32_t sign = SignOfNet();
@@ -267,7 +261,7 @@ year_month_day DateOf(int32_t day) {
 int32_t DayOf(const year_month_day &date) {
   return static_cast<int32_t>(sys_days{date}.time_since_epoch().count());
 }
-/* A date is stored by its parts, so a move by days converts to a day number and back. */
+// A date is stored by its parts, so a move by days converts to a day number and back.
 [[gnu::noinline]] year_month_day Moved(const year_month_day &date, int32_t by) {
   return sys_days{date} + days{by};
 }
@@ -284,14 +278,12 @@ int32_t DayOf(const year_month_day &date) {
   return text;
 }
 
-/* ---- The shapes ------------------------------------------------------------------------------ */
-
 struct Shape {
   const char *formula;
-  char kind; /* n: of decimals, t: of texts, d: of dates */
+  char kind;  // n: of decimals, t: of texts, d: of dates
   bool isText;
   Tree tree;
-  void (*plain)(Answer &answer); /* null: the tree */
+  void (*plain)(Answer &answer);  // null: the tree
 };
 
 #define TREE(kind, formula, tree) \
@@ -348,8 +340,6 @@ const Shape kShapes[] = {
   }
 }
 
-/* ---- Measuring ------------------------------------------------------------------------------- */
-
 bool SameAnswer(const Shape &shape, const NumberValue &number, const char *text,
                 const Answer &plain) {
   if (shape.isText) {
@@ -361,7 +351,7 @@ bool SameAnswer(const Shape &shape, const NumberValue &number, const char *text,
   return std::fabs(value - expected) <= 1e-12 * (std::fabs(expected) + 1);
 }
 
-/* Computes all rows once, by both; false when a result differs. */
+// Computes all rows once, by both; false when a result differs.
 bool AllSame(EC ec, HEXP exp, const Shape &shape) {
   for (rowNow = 0; rowNow < kRowCount; ++rowNow) {
     NumberValue number = {};

@@ -79,7 +79,7 @@ bool MoveMonths(DateTimeParts &parts, int64_t months) {
 
 // Moves the date by a time unit, the index in kTimeUnits.
 bool MoveTime(DateTimeParts &parts, int64_t amount, size_t unit) {
-  for (; unit < std::size(kTimeUnits); unit++) {
+  for (; unit < std::size(kTimeUnits); ++unit) {
     const TimeUnit &row = kTimeUnits[unit];
     const int64_t sum = parts.*row.field + amount;
     amount = sum >= 0 ? sum / row.size : -((-sum + row.size - 1) / row.size);

@@ -76,7 +76,7 @@ int32_t DateRewriteText(const char *text, char *buffer, const char *picture1, co
   WRENFmtInit(&record);
   record.input = text;
   record.useCountry = 1;
-  for (size_t i = 0; i < std::size(kForms); i++) {
+  for (size_t i = 0; i < std::size(kForms); ++i) {
     if (ParseInMode(record, kForms[i].mode) == 0) {
       continue;
     }
@@ -129,7 +129,7 @@ int32_t DatePictureWidth(uint16_t convertFlags, const char *const pictures[3],
   WRENFmtInit(&record);
   int32_t width = 0;
   int32_t longestTemplate = 0;
-  for (size_t i = 0; i < std::size(kForms); i++) {
+  for (size_t i = 0; i < std::size(kForms); ++i) {
     if (pictures[i] != nullptr) {
       UsePicture(record, pictures[i]);
       record.mode = kForms[i].mode;

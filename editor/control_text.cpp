@@ -31,7 +31,7 @@ HEXP ExpressionOfRow(const EditorState &editor, OrlWindow list, int32_t row) {
 
 int32_t RowOfOrdinal(OrlWindow list, int32_t ordinal) {
   const auto rows = static_cast<int32_t>(Send(list, ORL_LB_GETCOUNT));
-  for (int32_t row = 0; row < rows; row++) {
+  for (int32_t row = 0; row < rows; ++row) {
     if (Send(list, ORL_LB_GETITEMDATA, static_cast<uintptr_t>(row)) == ordinal) {
       return row;
     }

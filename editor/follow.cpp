@@ -29,10 +29,10 @@ bool IsHidden(EC ec, HEXP exp) {
 bool RowsAgree(const EditorState &editor, OrlWindow list, int32_t rows) {
   EC ec = editor.ec;
   int32_t row = 1;
-  for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(ec); ordinal++) {
+  for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(ec); ++ordinal) {
     HEXP exp = ORLHEXPFromOrdinal(ec, ordinal);
     if (row < rows && RowShows(list, row, ordinal, exp->entry.name)) {
-      row++;
+      ++row;
     } else if (!IsHidden(ec, exp)) {
       return false;
     }
@@ -49,12 +49,12 @@ bool ListAnew(const EditorState &editor, OrlWindow list, int32_t rows) {
     return false;
   }
   HEXP *const listed = block.get();
-  for (int32_t row = rows - 1; row >= 1; row--) {
+  for (int32_t row = rows - 1; row >= 1; --row) {
     listed[row] = ExpressionOfRow(editor, list, row);
     Send(list, ORL_LB_DELETESTRING, static_cast<uintptr_t>(row));
   }
   std::sort(listed, listed + rows);
-  for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(ec); ordinal++) {
+  for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(ec); ++ordinal) {
     HEXP exp = ORLHEXPFromOrdinal(ec, ordinal);
     if (!IsHidden(ec, exp) || std::binary_search(listed, listed + rows, exp)) {
       InsertRow(list, -1, exp->entry.name, ordinal);

@@ -43,7 +43,7 @@ void LoadRowBitmaps(EditorState &editor) {
   const char *const names[kModeCount] = {kBitmapFormulaRow, kBitmapRangeRow, kBitmapSetRow};
   editor.bitmapWidth = 0;
   editor.bitmapHeight = 0;
-  for (int32_t mode = 0; mode < kModeCount; mode++) {
+  for (int32_t mode = 0; mode < kModeCount; ++mode) {
     const OrlBitmap *bitmap = EditorHasModes(editor) ? FindBitmap(names[mode]) : nullptr;
     editor.rowBitmaps[mode] = bitmap == nullptr ? nullptr : Windows()->LoadBitmap(bitmap);
     if (mode == kModeFormula && editor.rowBitmaps[mode] != nullptr) {
@@ -73,7 +73,7 @@ void OpenValuesLater(const EditorState &editor) {
 
 // Adds the names of a table whose data type, as a signed number, is below `typeLimit`.
 void AddNames(OrlWindow list, const ItemTable &table, int32_t typeLimit) {
-  for (uint32_t i = 0; i < HandleArrayRows(table.rows); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(table.rows); ++i) {
     const auto *item = static_cast<const ExprItem *>(HandleArrayPointerAt(table.rows, i));
     if (item != nullptr && item->dataType < typeLimit) {
       SendText(list, ORL_LB_ADDSTRING, 0, item->name);
@@ -86,7 +86,7 @@ void FillFormulas(const EditorState &editor, OrlWindow list) {
   InsertRow(list, -1, LoadText(kModeTexts[editor.editorMode].newRow).text, -1);
   WRENListBoxRefit(list);
   const bool all = (editor.ec->flags & ORL_FLAG_LIST_ALL) != 0;
-  for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(editor.ec); ordinal++) {
+  for (int32_t ordinal = 0; ordinal < ORLGetExpressionCount(editor.ec); ++ordinal) {
     HEXP exp = ORLHEXPFromOrdinal(editor.ec, ordinal);
     if (exp != nullptr && (all || !OrlIsHiddenExpression(editor.ec, exp))) {
       InsertRow(list, -1, exp->entry.name, ordinal);

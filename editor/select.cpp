@@ -43,7 +43,7 @@ void RemoveRow(OrlWindow list, int32_t ordinal) {
     Send(list, ORL_LB_DELETESTRING, static_cast<uintptr_t>(row));
   }
   const intptr_t count = Send(list, ORL_LB_GETCOUNT);
-  for (intptr_t i = 0; i < count; i++) {
+  for (intptr_t i = 0; i < count; ++i) {
     const intptr_t data = Send(list, ORL_LB_GETITEMDATA, static_cast<uintptr_t>(i));
     if (data > ordinal) {
       Send(list, ORL_LB_SETITEMDATA, static_cast<uintptr_t>(i), data - 1);

@@ -46,7 +46,7 @@ void WriteTemplate(BoundedText &text, const ExprItem *item) {
   if (first == 0 && optional != 0) {
     Append(text, "[");
   }
-  for (int32_t i = 0; i < places; i++) {
+  for (int32_t i = 0; i < places; ++i) {
     Append(text, " ");
     Append(text, OrlParameterLabel(item, i));
     Append(text, " ");
@@ -55,12 +55,12 @@ void WriteTemplate(BoundedText &text, const ExprItem *item) {
     }
   }
   if (first != 0 && optional != 0) {
-    for (int32_t i = 0; i < optional; i++) {
+    for (int32_t i = 0; i < optional; ++i) {
       Append(text, "]");
     }
   } else if (first != 0) {
     Append(text, "[");
-    for (int32_t i = first; i < declared; i++) {
+    for (int32_t i = first; i < declared; ++i) {
       Append(text, ",");
       Append(text, moduleTexts.typeLabels[kLabelAny]);
     }

@@ -127,7 +127,7 @@ void OrlQuoteString(char *target, const char *text) {
       *target++ = '\'';
     }
     // A character is copied whole: the second byte of one may look like a quote.
-    for (const char *end = WRENStrAdvance(text, 1); text != end; text++) {
+    for (const char *end = WRENStrAdvance(text, 1); text != end; ++text) {
       *target++ = *text;
     }
   }

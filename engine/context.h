@@ -95,8 +95,8 @@ void SetOperatorRoutine(EC ec, OperatorGroup group, int32_t dataType, OrlOperato
 
 // A row was added, removed or renamed.
 inline void ContextChanged(EC ec) {
-  ec->generation++;
-  ec->revision++;
+  ++ec->generation;
+  ++ec->revision;
 }
 
 #endif

@@ -44,7 +44,7 @@ NameKey GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNam
   const size_t baseLength = std::strlen(moduleTexts.baseNames[which]);
   char *digits = buffer + baseLength;
   std::memcpy(buffer, moduleTexts.baseNames[which], baseLength);
-  for (uint32_t tried = 0; tried <= UINT16_MAX; tried++, number++) {
+  for (uint32_t tried = 0; tried <= UINT16_MAX; ++tried, ++number) {
     char *end = std::to_chars(digits, std::end(buffer) - 1, number).ptr;
     *end = '\0';
     const NameKey key = KeyOfName({buffer, static_cast<size_t>(end - buffer)});
@@ -64,7 +64,7 @@ int32_t ExpressionDataType(EC ec, const char *name) {
 
 uint32_t NextWalkNumber(EC ec) {
   if (++ec->walkNumber == 0) {  // numbers begin anew
-    for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
+    for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); ++i) {
       static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i))->walkNumber = 0;
     }
     ec->askedNumber = 0;
@@ -91,7 +91,7 @@ int32_t ORLEnumExpressions(EC ec, OrlEnumExpressionProc proc) {
     return 0;
   }
   int32_t result = 0;
-  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); ++i) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i));
     result = CallHost([=] { return proc(ec, exp, static_cast<int32_t>(i)); });
     if (result == 0) {

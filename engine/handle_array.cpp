@@ -80,7 +80,7 @@ HandleArray HandleArrayAppend(HandleArray array) {
     return nullptr;
   }
   header = LockHeader(grown);
-  header->count++;
+  ++header->count;
   std::memset(ElementAt(header, count), 0, width);
   GlobalUnlock(grown);
   return grown;
@@ -98,7 +98,7 @@ HandleArray HandleArrayRemove(HandleArray array, int32_t index) {
   if (index < 0 || index >= header->count) {
     index = header->count - 1;
   }
-  header->count--;
+  --header->count;
   const uint64_t at = static_cast<uint64_t>(index);
   const uint64_t moved = static_cast<uint64_t>(header->count) - at;
   std::memmove(ElementAt(header, at), ElementAt(header, at + 1), moved * header->elementSize);
@@ -130,7 +130,7 @@ int32_t HandleArrayFindPointer(HandleArray array, const void *pointer) {
     return -1;
   }
   while (at > 0 && elements[at - 1] != pointer) {
-    at--;
+    --at;
   }
   HandleArrayUnlock(array);
   return static_cast<int32_t>(at) - 1;

@@ -107,7 +107,7 @@ bool ItemRemove(EC ec, ItemTable *table, const char *name) {
 
 void ItemTableFree(ItemTable *table) {
   const uint32_t count = HandleArrayRows(table->rows);
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(table->rows, i));
     if (item != nullptr) {
       const OwnedItemRow row(RowOf(item));
@@ -123,7 +123,7 @@ bool ItemHasAggregateParam(const ItemTable *table, const char *name) {
     return false;
   }
   const ParamRecord *parameters = ItemParameters(item);
-  for (int32_t i = 0; i < item->paramCount; i++) {
+  for (int32_t i = 0; i < item->paramCount; ++i) {
     if (parameters[i].mode != 0) {
       return true;
     }
@@ -214,7 +214,7 @@ void ORLEnumExpItems(EC ec, int32_t kind, OrlEnumItemProc proc, void *user) {
   if (table == nullptr) {
     return;
   }
-  for (uint32_t i = 0; i < HandleArrayRows(table->rows); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(table->rows); ++i) {
     const ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(table->rows, i));
     if (item != nullptr) {
       CallHost([=] { proc(ec, item->name, user); });
@@ -246,7 +246,7 @@ int32_t ORLDeleteAllECVars(EC ec) {
     return 0;
   }
   // From the end, so that no rows move.
-  for (int32_t i = static_cast<int32_t>(HandleArrayRows(ec->inputs.rows)) - 1; i >= 0; i--) {
+  for (int32_t i = static_cast<int32_t>(HandleArrayRows(ec->inputs.rows)) - 1; i >= 0; --i) {
     const uint32_t index = static_cast<uint32_t>(i);
     ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(ec->inputs.rows, index));
     if (item != nullptr) {
@@ -260,7 +260,7 @@ int32_t ORLLoadComboBox(EC ec, int32_t kind, void *comboHandle) {
   const ItemTable *table = ec == nullptr ? nullptr : ItemTableOf(ec, kind);
   const OrlWindowSystem *windows = Windows();
   const uint32_t rows = table == nullptr ? 0 : HandleArrayRows(table->rows);
-  for (uint32_t i = 0; i < rows && windows != nullptr; i++) {
+  for (uint32_t i = 0; i < rows && windows != nullptr; ++i) {
     const auto *item = static_cast<ExprItem *>(HandleArrayPointerAt(table->rows, i));
     if (item != nullptr) {
       const auto name = reinterpret_cast<intptr_t>(item->name);

@@ -188,7 +188,7 @@ NameEntry *TakeAll(NameIndex &index) {
   NameEntry *all = nullptr;
   const uint64_t count = index.buckets == nullptr ? 1 : index.bucketCount;
   NameEntry **buckets = index.buckets == nullptr ? &index.single : index.buckets;
-  for (uint64_t i = 0; i < count; i++) {
+  for (uint64_t i = 0; i < count; ++i) {
     NameEntry *first = buckets[i];
     buckets[i] = nullptr;
     while (first != nullptr) {
@@ -272,14 +272,14 @@ void NameIndexAppend(NameIndex &index, NameEntry &entry) {
   Grow(index);
   entry.order = ++index.lastOrder;
   Insert(index, entry);
-  index.entryCount++;
+  ++index.entryCount;
 }
 
 void NameIndexRemove(NameIndex &index, NameEntry &entry) {
   assert(index.entryCount > 0 && entry.prevSame != nullptr);
   FollowCodePage(index);
   TakeOut(index, entry);
-  index.entryCount--;
+  --index.entryCount;
 }
 
 void NameIndexMoveToEnd(NameIndex &index, NameEntry &entry) {

@@ -40,7 +40,7 @@ bool AddReference(EC ec, const char *name) {
     std::memcpy(references->name, name, length + 1);
     NameIndexAppend(ec->references, references->entry, references->name);
   }
-  references->count++;
+  ++references->count;
   return true;
 }
 

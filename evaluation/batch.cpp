@@ -87,7 +87,7 @@ bool IsAscii(const char *bytes, uint64_t length) {
     std::memcpy(&word, bytes, sizeof word);
     all |= word;
   }
-  for (uint64_t i = 0; i < length; i++) {
+  for (uint64_t i = 0; i < length; ++i) {
     all |= static_cast<uint8_t>(bytes[i]);
   }
   return (all & UINT64_C(0x8080808080808080)) == 0;
@@ -137,7 +137,7 @@ void SetNoValues(Batch *batch) {
 
 uint32_t BoundOf(const int64_t *lanes, uint32_t count) {
   uint64_t all = 0;
-  for (uint32_t row = 0; row < count; row++) {
+  for (uint32_t row = 0; row < count; ++row) {
     all |= static_cast<uint64_t>(lanes[row] ^ (lanes[row] >> 63));
   }
   return 64 - static_cast<uint32_t>(std::countl_zero(all));
@@ -145,7 +145,7 @@ uint32_t BoundOf(const int64_t *lanes, uint32_t count) {
 
 uint32_t BoundOf(const Int128 *lanes, uint32_t count) {
   Uint128 all = 0;
-  for (uint32_t row = 0; row < count; row++) {
+  for (uint32_t row = 0; row < count; ++row) {
     all |= static_cast<Uint128>(lanes[row] ^ (lanes[row] >> 127));
   }
   const auto high = static_cast<uint64_t>(all >> 64);
@@ -159,7 +159,7 @@ Decimal LaneNumber(const Batch &batch, uint32_t row) {
                batch.exponent};
   while (!DecimalFits(d.coefficient)) {
     d.coefficient /= 10;  // a zero after the digits
-    d.exponent++;
+    ++d.exponent;
   }
   return d;
 }
@@ -180,7 +180,7 @@ void MergeMissing(Batch *left, const Batch &right) {
     left->someMissing = true;
     return;
   }
-  for (uint32_t i = 0; i < std::size(left->missing.words); i++) {
+  for (uint32_t i = 0; i < std::size(left->missing.words); ++i) {
     left->missing.words[i] |= right.missing.words[i];
   }
 }

@@ -48,7 +48,7 @@ void CallForRow(BatchRun &run, Word *code, const Batch *args, uint32_t count, ui
                 Value *frame) {
   run.inner.texts.used = 0;
   BeginCall(run.inner, code, frame);
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     TakeArgument(run, args[i], row, frame + 1 + i);
   }
   InvokeCall(run.inner, frame, count);
@@ -56,7 +56,7 @@ void CallForRow(BatchRun &run, Word *code, const Batch *args, uint32_t count, ui
 }
 
 bool AllSingle(const Batch *args, uint32_t count) {
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     if (!args[i].single) {
       return false;
     }
@@ -71,14 +71,14 @@ void CallEachRow(BatchRun &run, Word *code, Batch *frame, uint32_t count) {
   const bool texts = code->instruction.type == ORL_TYPE_STRING;
   const uint32_t rows = AllSingle(args, count) ? 1 : run.count;
   Value *stack = run.inner.values.items;
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     if (args[i].form == BatchForm::Dates) {
       MakeValues(run, &args[i]);
     }
   }
   auto *slices = texts ? OwnElements<TextSlice>(*frame, BatchForm::Texts) : nullptr;
   Value *values = texts ? nullptr : OwnElements<Value>(*frame, BatchForm::Values);
-  for (uint32_t row = 0; row < rows && !run.outOfMemory && !ArenaIsFull(run); row++) {
+  for (uint32_t row = 0; row < rows && !run.outOfMemory && !ArenaIsFull(run); ++row) {
     CallForRow(run, code, args, count, row, stack);
     if (texts) {
       slices[row] = KeepText(run, stack[0]);

@@ -23,7 +23,7 @@ void LoadMissing(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   const uint32_t bytes = (run.count + 7) / 8;
   std::memcpy(batch->missing.words, column.valid + run.first / 8, bytes);
   uint64_t any = 0;
-  for (uint32_t i = 0; i < (run.count + 63) / 64; i++) {
+  for (uint32_t i = 0; i < (run.count + 63) / 64; ++i) {
     const uint32_t rows = std::min(run.count - i * 64, 64U);
     const uint64_t inBatch = rows == 64 ? ~UINT64_C(0) : (UINT64_C(1) << rows) - 1;
     batch->missing.words[i] = ~batch->missing.words[i] & inBatch;
@@ -43,7 +43,7 @@ void LoadInt64(const BatchRun &run, const OrlColumn &column, Batch *batch) {
 // Each element by itself, as a host's routine would return it.
 void LoadEach(const BatchRun &run, const OrlColumn &column, Batch *batch, bool dates) {
   Value *values = OwnElements<Value>(*batch, BatchForm::Values);
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     const int64_t at = run.first + row;
     values[row].form = ValueForm::None;
     if (ColumnHasValue(column, at)) {
@@ -63,7 +63,7 @@ bool LoadDecimal128(const BatchRun &run, const OrlColumn &column, Batch *batch) 
   Int128 *lanes = static_cast<Int128 *>(batch->own);
   bool fits = true;
   std::memcpy(lanes, elements, run.count * sizeof(Int128));
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     fits = fits && DecimalFits(lanes[row]);
   }
   if (!fits) {
@@ -72,7 +72,7 @@ bool LoadDecimal128(const BatchRun &run, const OrlColumn &column, Batch *batch) 
   const uint32_t bound = BoundOf(lanes, run.count);
   if (bound < 64) {
     auto *narrow = static_cast<char *>(batch->own);
-    for (uint32_t row = 0; row < run.count; row++) {
+    for (uint32_t row = 0; row < run.count; ++row) {
       int64_t lane = 0;
       std::memcpy(&lane, narrow + row * sizeof(Int128), sizeof lane);
       std::memcpy(narrow + row * sizeof lane, &lane, sizeof lane);
@@ -93,7 +93,7 @@ bool LoadDoubles(const double *elements, uint32_t count, int32_t scale, int64_t 
   constexpr double kMost = 1e15;
   const auto power = static_cast<double>(kPowersOfTen64.of[scale]);
   bool exact = true;
-  for (uint32_t row = 0; row < count; row++) {
+  for (uint32_t row = 0; row < count; ++row) {
     const double scaled = elements[row] * power;
     const bool small = scaled > -kMost && scaled < kMost;
     const int64_t lane = small ? static_cast<int64_t>(scaled + std::copysign(0.5, scaled)) : 0;
@@ -140,7 +140,7 @@ bool LoadNumbers(const BatchRun &run, const OrlColumn &column, Batch *batch) {
     std::memcpy(&low, elements[row].payload + 4, sizeof low);
     return elements[row].length == kNumberLength && DecimalUnpackNarrow(head, low, d);
   };
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     NarrowDecimal d;
     if (missing(row)) {
       continue;
@@ -154,7 +154,7 @@ bool LoadNumbers(const BatchRun &run, const OrlColumn &column, Batch *batch) {
     return false;
   }
   bool fits = true;
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     NarrowDecimal d = {};
     if (!missing(row)) {
       unpack(row, &d);
@@ -177,7 +177,7 @@ bool LoadDates(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   auto *instants = static_cast<int64_t *>(batch->own);
   bool inCalendar = true;
   LoadMissing(run, column, batch);
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     const bool missing = batch->someMissing && HasBit(batch->missing, row);
     int64_t instant = 0;
     if (!missing && column.form == ORL_COLUMN_TIMESTAMP) {
@@ -202,7 +202,7 @@ void LoadTexts(const BatchRun &run, const OrlColumn &column, Batch *batch) {
   const auto all = static_cast<size_t>(offsets[run.count] - offsets[0]);
   const bool zeros = all != 0 && std::memchr(bytes + offsets[0], 0, all) != nullptr;
   batch->ascii = IsAscii(bytes + offsets[0], all);
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     const int64_t at = run.first + row;
     if (!ColumnHasValue(column, at)) {
       slices[row] = {nullptr, 0};

@@ -50,7 +50,7 @@ bool MoveMonths(int64_t *moved, const int64_t *instants, uint32_t rows, int64_t 
   constexpr int64_t kFirstMonth = int64_t{kFirstYear} * 12;
   constexpr int64_t kMonths = (int64_t{kLastYear} + 1) * 12 - kFirstMonth;
   bool inCalendar = true;
-  for (uint32_t row = 0; row < rows; row++) {
+  for (uint32_t row = 0; row < rows; ++row) {
     const int64_t day = DayOfInstant(instants[row]);
     CalendarDay date = CalendarDayOf(day);
     const int64_t months = int64_t{date.year} * 12 + date.month - 1 + n - kFirstMonth;
@@ -85,7 +85,7 @@ bool MoveInstants(const BatchRun &run, const Instruction &instruction, Batch *le
   if (length == 0) {
     inCalendar = MoveMonths(moved, instants, rows, unit == kUnitYear ? n * 12 : n);
   }
-  for (uint32_t row = 0; length != 0 && inCalendar && row < rows; row++) {
+  for (uint32_t row = 0; length != 0 && inCalendar && row < rows; ++row) {
     inCalendar = !__builtin_add_overflow(instants[row], distance, &moved[row]) &&
                  IsCalendarInstant(moved[row]);
   }

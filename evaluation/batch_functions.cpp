@@ -16,7 +16,7 @@ bool EachDate(BatchRun &run, Batch *frame, uint32_t count, Number number) {
   const uint32_t rows = RowsOf(run, dates);
   const int64_t *instants = NarrowLanes(dates);
   auto *numbers = static_cast<int64_t *>(frame->own);
-  for (uint32_t row = 0; row < rows; row++) {
+  for (uint32_t row = 0; row < rows; ++row) {
     numbers[row] = number(instants[row]);
   }
   SetNarrowLanes(frame, rows, 0);

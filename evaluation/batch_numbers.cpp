@@ -63,16 +63,16 @@ void EachNarrow(int64_t *result, const Batch &left, const Batch &right, uint32_t
   const int64_t *b = NarrowLanes(right);
   if (right.single) {
     const int64_t same = *b;
-    for (uint32_t row = 0; row < count; row++) {
+    for (uint32_t row = 0; row < count; ++row) {
       result[row] = compute(a[row], same);
     }
   } else if (left.single) {
     const int64_t same = *a;
-    for (uint32_t row = 0; row < count; row++) {
+    for (uint32_t row = 0; row < count; ++row) {
       result[row] = compute(same, b[row]);
     }
   } else {
-    for (uint32_t row = 0; row < count; row++) {
+    for (uint32_t row = 0; row < count; ++row) {
       result[row] = compute(a[row], b[row]);
     }
   }
@@ -80,7 +80,7 @@ void EachNarrow(int64_t *result, const Batch &left, const Batch &right, uint32_t
 
 // Rounds lanes of more than 26 digits; these then end in zeros.
 void RoundLanes(Int128 *lanes, uint32_t count) {
-  for (uint32_t row = 0; row < count; row++) {
+  for (uint32_t row = 0; row < count; ++row) {
     if (!DecimalFits(lanes[row])) [[unlikely]] {
       const bool negative = lanes[row] < 0;
       const Uint128 magnitude = DecimalMagnitude({lanes[row], 0});
@@ -179,7 +179,7 @@ bool InverseOf(const Batch &divisor, int64_t *inverse, int32_t *exponent) {
     return false;
   }
   const int64_t c = *NarrowLanes(divisor);
-  for (int32_t n = 0; c != 0 && n <= kMostDigits; n++) {
+  for (int32_t n = 0; c != 0 && n <= kMostDigits; ++n) {
     const auto power = static_cast<int64_t>(kPowersOfTen64.of[n]);
     if (power % c == 0) {
       *inverse = power / c;

@@ -16,7 +16,7 @@ struct Target {
 };
 
 void MarkAll(const BatchRun &run, const Batch &batch, RowBits *stored) {
-  for (uint32_t i = 0; i * 64 < run.count; i++) {
+  for (uint32_t i = 0; i * 64 < run.count; ++i) {
     const uint32_t rows = run.count - i * 64;
     const uint64_t inBatch = rows >= 64 ? ~UINT64_C(0) : (UINT64_C(1) << rows) - 1;
     stored->words[i] = inBatch & ~(batch.someMissing ? batch.missing.words[i] : 0);
@@ -25,7 +25,7 @@ void MarkAll(const BatchRun &run, const Batch &batch, RowBits *stored) {
 
 // Rows without a value are filled with zero bytes.
 void ClearMissing(const BatchRun &run, uint32_t size, Target &target) {
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     if (!HasBit(target.stored, row)) {
       std::memset(target.elements + size_t{row} * size, 0, size);
     }
@@ -44,7 +44,7 @@ bool StoreScaled(const BatchRun &run, const Batch &batch, Target &target) {
     std::memcpy(target.elements, lanes, run.count * sizeof(int64_t));
   } else {
     const auto power = static_cast<int64_t>(kPowersOfTen64.of[shift]);
-    for (uint32_t row = 0; row < run.count; row++) {
+    for (uint32_t row = 0; row < run.count; ++row) {
       const int64_t lane = lanes[row] * power;
       std::memcpy(target.elements + row * sizeof lane, &lane, sizeof lane);
     }
@@ -61,7 +61,7 @@ bool StoreRounded(const BatchRun &run, const Batch &batch, Target &target) {
   const PowerDivision by = DivisionBy(digits);
   const Int128 *lanes = WideLanes(batch);
   bool fits = true;
-  for (uint32_t row = 0; fits && row < run.count; row++) {
+  for (uint32_t row = 0; fits && row < run.count; ++row) {
     const Int128 rounded = RoundedQuotient(by, lanes[row]);
     const auto element = static_cast<int64_t>(rounded);
     fits = element == rounded;
@@ -73,7 +73,7 @@ bool StoreRounded(const BatchRun &run, const Batch &batch, Target &target) {
 void StorePacked(const BatchRun &run, const Batch &batch, Target &target) {
   const int64_t *lanes = NarrowLanes(batch);
   auto *numbers = reinterpret_cast<NumberValue *>(target.elements);
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     DecimalStore(&numbers[row], {lanes[row], batch.exponent});
   }
 }
@@ -87,7 +87,7 @@ bool StoreQuotients(const BatchRun &run, const Batch &batch, Target &target) {
   }
   const int64_t *lanes = NarrowLanes(batch);
   const auto power = static_cast<double>(kPowersOfTen.of[-batch.exponent]);
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     const double quotient = static_cast<double>(lanes[row]) / power;
     std::memcpy(target.elements + row * sizeof quotient, &quotient, sizeof quotient);
   }
@@ -144,7 +144,7 @@ bool StoreLane(uint8_t *element, const Target &target, const Batch &batch, uint3
 void StoreEach(const BatchRun &run, const Batch &batch, uint32_t size, Target &target) {
   const int32_t form = target.results->form;
   const int32_t scale = target.results->scale;
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     uint8_t *element = target.elements + size_t{row} * size;
     bool stored = false;
     if (batch.form == BatchForm::Dates) {
@@ -169,14 +169,14 @@ void StoreEach(const BatchRun &run, const Batch &batch, uint32_t size, Target &t
 bool StoreTexts(const BatchRun &run, RowOutput &output, const Batch &batch, Target &target) {
   const bool texts = batch.form == BatchForm::Texts;
   uint64_t total = 0;
-  for (uint32_t row = 0; texts && row < run.count; row++) {
+  for (uint32_t row = 0; texts && row < run.count; ++row) {
     total += SlicesOf(batch)[row].length;
   }
   char *end = OutputText(output, total);
   if (end == nullptr) {
     return false;
   }
-  for (uint32_t row = 0; row < run.count; row++) {
+  for (uint32_t row = 0; row < run.count; ++row) {
     const TextSlice text = texts ? SlicesOf(batch)[row] : TextSlice{nullptr, 0};
     if (text.bytes != nullptr) {
       end = AppendText(end, text);

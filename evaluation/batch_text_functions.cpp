@@ -21,7 +21,7 @@ bool IsAsciiBatch(const BatchRun &run, const Batch &batch) {
   if (batch.ascii) {
     return true;
   }
-  for (uint32_t row = 0; row < RowsOf(run, batch); row++) {
+  for (uint32_t row = 0; row < RowsOf(run, batch); ++row) {
     const TextSlice text = TextAt(batch, row);
     if (!IsAscii(text.bytes, text.length)) {
       return false;
@@ -43,7 +43,7 @@ template <class Part>
 void EachText(const BatchRun &run, Batch *frame, Part part) {
   const Batch &texts = frame[1];
   auto *result = OwnElements<TextSlice>(*frame, BatchForm::Texts);
-  for (uint32_t row = 0; row < RowsOf(run, texts); row++) {
+  for (uint32_t row = 0; row < RowsOf(run, texts); ++row) {
     result[row] = part(TextAt(texts, row));
   }
   frame->single = texts.single;
@@ -58,15 +58,15 @@ TextSlice PartOf(const TextSlice &text, int64_t from, int64_t length) {
 
 TextSlice WithoutLeading(TextSlice text) {
   while (text.length > 0 && *text.bytes == ' ') {
-    text.bytes++;
-    text.length--;
+    ++text.bytes;
+    --text.length;
   }
   return text;
 }
 
 TextSlice WithoutTrailing(TextSlice text) {
   while (text.length > 0 && text.bytes[text.length - 1] == ' ') {
-    text.length--;
+    --text.length;
   }
   return text;
 }
@@ -81,7 +81,7 @@ bool ChangeCase(BatchRun &run, Batch *frame, uint32_t count, char first) {
     return false;
   }
   uint64_t total = 0;
-  for (uint32_t row = 0; row < RowsOf(run, frame[1]); row++) {
+  for (uint32_t row = 0; row < RowsOf(run, frame[1]); ++row) {
     total += TextAt(frame[1], row).length;
   }
   char *target = ArenaTexts(run, total);
@@ -90,7 +90,7 @@ bool ChangeCase(BatchRun &run, Batch *frame, uint32_t count, char first) {
   }
   EachText(run, frame, [&](const TextSlice &text) {
     const TextSlice changed = {target, text.length};
-    for (uint32_t i = 0; i < text.length; i++) {
+    for (uint32_t i = 0; i < text.length; ++i) {
       const bool letter = static_cast<uint8_t>(text.bytes[i] - first) < 26;
       *target++ = static_cast<char>(text.bytes[i] ^ (letter ? 'a' - 'A' : 0));
     }
@@ -174,7 +174,7 @@ bool BatchStrLength(BatchRun &run, Batch *frame, uint32_t count) {
   const Batch &texts = frame[1];
   const uint32_t rows = RowsOf(run, texts);
   auto *lengths = static_cast<int64_t *>(frame->own);
-  for (uint32_t row = 0; row < rows; row++) {
+  for (uint32_t row = 0; row < rows; ++row) {
     lengths[row] = TextAt(texts, row).length;
   }
   SetNarrowLanes(frame, rows, 0);

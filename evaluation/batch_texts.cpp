@@ -23,7 +23,7 @@ void BatchConcatenate(BatchRun &run, Batch *left, Batch *right) {
   const uint32_t count = single ? 1 : run.count;
   const Batch operand = *left;
   uint64_t total = 0;
-  for (uint32_t row = 0; row < count; row++) {
+  for (uint32_t row = 0; row < count; ++row) {
     total += uint64_t{SliceAt(operand, row).length} + SliceAt(*right, row).length;
   }
   char *end = ArenaTexts(run, total);

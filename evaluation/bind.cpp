@@ -14,7 +14,7 @@ bool TakesValues(const ExprItem *row, const BuiltIn *builtIn, int16_t type) {
   if (builtIn == nullptr || builtIn->dataType != type) {
     return false;
   }
-  for (int32_t i = 0; i < row->paramCount; i++) {
+  for (int32_t i = 0; i < row->paramCount; ++i) {
     if (ItemParameters(row)[i].mode != 0) {
       return false;
     }
@@ -24,7 +24,7 @@ bool TakesValues(const ExprItem *row, const BuiltIn *builtIn, int16_t type) {
 
 // True when each argument is declared, and none by name.
 bool WantsAllValues(const ExprItem *row, uint32_t arguments) {
-  for (int32_t i = 0; i < row->paramCount; i++) {
+  for (int32_t i = 0; i < row->paramCount; ++i) {
     if (ItemParameters(row)[i].mode == 1) {
       return false;
     }
@@ -34,7 +34,7 @@ bool WantsAllValues(const ExprItem *row, uint32_t arguments) {
 
 // True when each argument is declared, and of a type whose values hold no block.
 bool TakesPlainValues(const ExprItem *row, uint32_t arguments) {
-  for (int32_t i = 0; i < row->paramCount; i++) {
+  for (int32_t i = 0; i < row->paramCount; ++i) {
     const uint16_t type = ItemParameters(row)[i].dataType;
     if (type != ORL_TYPE_NUMBER && type != ORL_TYPE_DATE && type != ORL_TYPE_STRING) {
       return false;

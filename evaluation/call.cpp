@@ -87,7 +87,7 @@ void CallWithArguments(Evaluation &run, const RoutineCall &call, Value *args, ui
     return;
   }
   const uint32_t given = std::min(count, DeclaredArguments(call.row));
-  for (uint32_t i = 0; i < given; i++) {
+  for (uint32_t i = 0; i < given; ++i) {
     arguments.entries[i] = EntryOf(run.texts, &args[i], &arguments.numbers[i], call.blocks);
   }
   const auto routine = reinterpret_cast<OrlFunctionProc>(call.row->routine);
@@ -134,7 +134,7 @@ void CheckRow(Evaluation &run, Value *frame) {
 // Whether arguments are passed by name exactly where the row declares them so: a row that has
 // replaced another may differ.
 bool NamesMatch(const ExprItem *row, const Value *args, uint32_t count) {
-  for (uint32_t i = 0; i < count && static_cast<int32_t>(i) < row->paramCount; i++) {
+  for (uint32_t i = 0; i < count && static_cast<int32_t>(i) < row->paramCount; ++i) {
     const bool byName = ItemParameters(row)[i].mode == 1;
     if (args[i].form != ValueForm::None && byName != (args[i].form == ValueForm::Name)) {
       return false;
@@ -197,7 +197,7 @@ void InvokeCall(Evaluation &run, Value *frame, uint32_t count) {
              (byValue || NamesMatch(row, args, count))) {
     CallRoutine(run, {call, row, builtIn == nullptr}, args, count, result);
   }
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     FreeBlockOf(args[i]);
   }
   PlaceResult(run.texts, result, textsUsed);

@@ -193,7 +193,7 @@ bool ComputeConstant(const Word *code, const Word *end, Decimal *result) {
       case Operation::PackedNumber:
         return false;
       default:
-        count--;
+        --count;
         if (!Compute(code->instruction.operation, &stack[count - 1], stack[count - 1],
                      stack[count])) {
           return false;

@@ -85,7 +85,7 @@ inline uint32_t CopyTerminated(char *target, const char *source, uint32_t size) 
       return at + (zeros != 0 ? FirstMarked(zeros) : 8 + FirstMarked(more));
     }
   }
-  for (; at < size; at++) {
+  for (; at < size; ++at) {
     target[at] = source[at];
     if (source[at] == '\0') {
       return at;

@@ -121,10 +121,10 @@ uint32_t UnescapeString(char *target, const char *source) {
   char *end = target;
   while (*source != '\0') {
     if (source[0] == '\\' && source[1] == '\'') {
-      source++;
+      ++source;
     }
     if (source[0] == '\'' && source[1] == '\'') {
-      source++;
+      ++source;
     }
     const char *next = CharNextA(source);
     while (source < next) {

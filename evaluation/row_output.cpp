@@ -67,7 +67,7 @@ bool OutputBegin(RowOutput &output, OrlRowResults *results, int64_t rows, bool d
 }
 
 void OutputEnd(RowOutput &output) {
-  for (uint32_t i = 0; i < output.chunkCount; i++) {
+  for (uint32_t i = 0; i < output.chunkCount; ++i) {
     ReplaceBlock(output.chunks[i]);
   }
   ReplaceBlock(output.chunks);
@@ -123,7 +123,7 @@ bool OutputPublish(RowOutput &output) {
     results.offsets[0] = 0;
     output.text = nullptr;
   }
-  for (uint32_t i = 0; i < output.chunkCount; i++) {
+  for (uint32_t i = 0; i < output.chunkCount; ++i) {
     PublishChunk(output, i);
   }
   return true;

@@ -34,7 +34,7 @@ bool FitsType(int32_t form, int32_t scale, int32_t type) {
 // Whether the offsets of a column's strings ascend.
 bool OffsetsAscend(const int32_t *offsets, int64_t rows) {
   int32_t descents = offsets[0] < 0 ? 1 : 0;
-  for (int64_t row = 0; row < rows; row++) {
+  for (int64_t row = 0; row < rows; ++row) {
     descents |= offsets[row + 1] < offsets[row] ? 1 : 0;
   }
   return descents == 0;
@@ -57,7 +57,7 @@ bool HasBuffers(const OrlRowResults &results, int64_t rows) {
 // item of another column.
 bool BindColumns(EC ec, int64_t rows, const OrlColumn *columns, BoundColumn *bound,
                  uint32_t count) {
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     const OrlColumn &column = columns[i];
     ExprItem *item = column.name == nullptr ? nullptr : ItemFind(&ec->inputs, column.name);
     if (item == nullptr || !FitsType(column.form, column.scale, item->dataType) ||

@@ -95,7 +95,7 @@ RowsOutcome PlanCode(Plan &plan, Program *program, uint32_t *depth) {
 }
 
 RowsOutcome PlanFormula(Plan &plan, Expression *expression, uint32_t *depth) {
-  for (uint32_t i = 0; i < plan.count; i++) {
+  for (uint32_t i = 0; i < plan.count; ++i) {
     if (plan.formulas[i].expression == expression) {
       *depth = plan.formulas[i].depth;
       return plan.formulas[i].open ? RowsOutcome::NotSuitable : RowsOutcome::Done;
@@ -136,7 +136,7 @@ struct Runner {
 PlannedFormula *FindFormula(Plan &plan, const Expression *expression) {
   PlannedFormula *formula = plan.formulas;
   while (formula->expression != expression) {
-    formula++;
+    ++formula;
   }
   return formula;
 }
@@ -305,10 +305,10 @@ bool BeginRunner(Runner &runner, uint32_t rows) {
       (depth >= run.inner.values.room && !StackGrow(run.inner.values, depth + 1))) {
     return false;
   }
-  for (uint32_t i = 0; i < depth; i++, own += size) {
+  for (uint32_t i = 0; i < depth; ++i, own += size) {
     runner.stack[i].own = own;
   }
-  for (uint32_t i = 0; i < plan.count; i++, own += size) {
+  for (uint32_t i = 0; i < plan.count; ++i, own += size) {
     plan.formulas[i].result.own = own;
   }
   return true;
@@ -318,7 +318,7 @@ bool BeginRunner(Runner &runner, uint32_t rows) {
 // are too large nothing is stored.
 bool RunBatch(Runner &runner, RowOutput &output) {
   BatchRun &run = runner.run;
-  for (uint32_t i = 0; i < runner.plan.count; i++) {
+  for (uint32_t i = 0; i < runner.plan.count; ++i) {
     runner.plan.formulas[i].computed = false;
   }
   ArenaReset(run.arena);

@@ -61,24 +61,24 @@ int32_t GiveElement(EC ec, HEXP /*exp*/, int32_t size, void **value, const char 
 // Replaces the items' own routines, which `routines` keeps, by the column routine.
 void BeginSource(const RowsCall &call, RowSource &source, void **routines) {
   source = {&call, 0, call.ec->rowSource, false};
-  for (uint32_t i = 0; i < call.columnCount; i++) {
+  for (uint32_t i = 0; i < call.columnCount; ++i) {
     routines[i] = call.columns[i].item->routine;
     call.columns[i].item->routine = reinterpret_cast<void *>(&GiveElement);
   }
   call.ec->rowSource = &source;
-  call.ec->generation++;
+  ++call.ec->generation;
 }
 
 // An item that a routine of the host has deleted meanwhile has no routine to restore.
 void EndSource(const RowsCall &call, const RowSource &source, void *const *routines) {
-  for (uint32_t i = 0; i < call.columnCount; i++) {
+  for (uint32_t i = 0; i < call.columnCount; ++i) {
     ExprItem *item = call.columns[i].item;
     if (HandleArrayFindPointer(call.ec->inputs.rows, item) >= 0) {
       item->routine = routines[i];
     }
   }
   call.ec->rowSource = source.before;
-  call.ec->generation++;
+  ++call.ec->generation;
 }
 
 // Stores the value of a row; false when its string does not fit.
@@ -126,7 +126,7 @@ bool EvaluateRow(const RowsCall &call, RowOutput &output, const RowSource &sourc
   }
   if (stored) {
     *place.valid = static_cast<uint8_t>(*place.valid | 1 << inByte);
-    output.rowsWithValue++;
+    ++output.rowsWithValue;
   }
   return done;
 }
@@ -141,7 +141,7 @@ RowsOutcome EvaluateRowByRow(const RowsCall &call, RowOutput &output) {
   RowSource source;
   BeginSource(call, source, routines.get());
   bool done = true;
-  for (; done && source.row < call.rows; source.row++) {
+  for (; done && source.row < call.rows; ++source.row) {
     done = EvaluateRow(call, output, source);
   }
   EndSource(call, source, routines.get());

@@ -112,7 +112,7 @@ void RunProgram(Evaluation &run, Program *program) {
         continue;
       case Operation::SmallNumber:
         SetNarrow(++top, {instruction.operand, 0});
-        code++;
+        ++code;
         continue;
       case Operation::Number:
         SetNumber(++top, DecimalOfWords(code));
@@ -136,22 +136,22 @@ void RunProgram(Evaluation &run, Program *program) {
       case Operation::Add:
         --top;
         Arithmetic<Operation::Add>(run, top, top + 1);
-        code++;
+        ++code;
         continue;
       case Operation::Subtract:
         --top;
         Arithmetic<Operation::Subtract>(run, top, top + 1);
-        code++;
+        ++code;
         continue;
       case Operation::Multiply:
         --top;
         Arithmetic<Operation::Multiply>(run, top, top + 1);
-        code++;
+        ++code;
         continue;
       case Operation::Divide:
         --top;
         Arithmetic<Operation::Divide>(run, top, top + 1);
-        code++;
+        ++code;
         continue;
       case Operation::Text:
         CopyTextInto(run.texts, ++top, code[1].text, static_cast<uint32_t>(code[2].bits));
@@ -164,7 +164,7 @@ void RunProgram(Evaluation &run, Program *program) {
       case Operation::Concatenate:
         --top;
         Concatenate(run.texts, top, top + 1);
-        code++;
+        ++code;
         continue;
       case Operation::Date:
         PushDate(code[1].text, ++top);
@@ -173,12 +173,12 @@ void RunProgram(Evaluation &run, Program *program) {
       case Operation::MoveDate:
         --top;
         MoveDate(instruction, top, top + 1);
-        code++;
+        ++code;
         continue;
       case Operation::SubtractDates:
         --top;
         SubtractDates(run.texts, top, top + 1);
-        code++;
+        ++code;
         continue;
       case Operation::Call: {
         if (program->generation != ec->generation) {
@@ -194,7 +194,7 @@ void RunProgram(Evaluation &run, Program *program) {
         if (!BeginCall(run, code, frame)) {
           code += code[kCallShape].call.length;
         } else if (count > 0 && !WantsArgument(run, frame, 0, code, top + 1)) {
-          top++;
+          ++top;
           code += instruction.operand;
         } else {
           code += kCallEnd;
@@ -207,7 +207,7 @@ void RunProgram(Evaluation &run, Program *program) {
         if (wanted || WantsArgument(run, frame, instruction.detail, code, top + 1)) {
           code += kArgumentEnd;
         } else {
-          top++;
+          ++top;
           code += instruction.operand;
         }
         continue;
@@ -224,7 +224,7 @@ void RunProgram(Evaluation &run, Program *program) {
         } else {
           InvokeCall(run, top, count);
         }
-        code++;
+        ++code;
         continue;
       }
       case Operation::Formula: {
@@ -247,7 +247,7 @@ void RunProgram(Evaluation &run, Program *program) {
       }
       case Operation::NoValue:
         (++top)->form = ValueForm::None;
-        code++;
+        ++code;
         continue;
       case Operation::End: {
         if (run.formulas.count == 0) {

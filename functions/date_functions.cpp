@@ -131,7 +131,7 @@ int32_t FUNDateConstruct(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **res
     return 0;
   }
   int32_t fields[6];
-  for (int32_t i = 0; i < 6; i++) {
+  for (int32_t i = 0; i < 6; ++i) {
     fields[i] = CountArgument(args, i);
   }
   EncodeDate(target, {.month = fields[1],

@@ -62,7 +62,7 @@ bool FillRow(WorkingRow *row, WorkingTexts *texts) {
   row->item.routine = RoutineByName(texts->fullName);
   row->item.dataType = NextNumber(&at);
   row->item.paramCount = NextNumber(&at);
-  for (int16_t i = 0; i < row->item.paramCount && i < kMostParameters; i++) {
+  for (int16_t i = 0; i < row->item.paramCount && i < kMostParameters; ++i) {
     row->parameters[i].dataType = static_cast<uint16_t>(NextNumber(&at));
   }
   return row->item.paramCount <= kMostParameters;
@@ -74,7 +74,7 @@ int32_t FUNDefineFunctions(EC ec) {
   const Owned<WorkingRow> row = Allocate<WorkingRow>();
   const Owned<WorkingTexts> texts = Allocate<WorkingTexts>();
   bool ok = row != nullptr && texts != nullptr;
-  for (uint32_t id = kStringFirstFunction; ok && id <= kStringLastFunction; id++) {
+  for (uint32_t id = kStringFirstFunction; ok && id <= kStringLastFunction; ++id) {
     if (LoadStringA(moduleHandle, id, texts->row, kRowTextSize) == 0) {
       continue;
     }

@@ -18,7 +18,7 @@ const char *FieldEnd(const char *start) {
 ListField ListFieldAt(const char *list, int64_t index) {
   const char *start = list;
   const char *end = FieldEnd(start);
-  for (; index > 0 && *end != 0; index--) {
+  for (; index > 0 && *end != 0; --index) {
     start = CharNextA(end);
     end = FieldEnd(start);
   }
@@ -29,7 +29,7 @@ ListField ListFieldAt(const char *list, int64_t index) {
 int64_t ListIndexOf(const char *list, const char *text) {
   const size_t length = std::strlen(text);
   const char *start = list;
-  for (int64_t index = 0;; index++) {
+  for (int64_t index = 0;; ++index) {
     const char *end = FieldEnd(start);
     // Strings are equal when their bytes are, so the fields need not be copied to be compared.
     if (static_cast<size_t>(end - start) == length && std::memcmp(start, text, length) == 0) {

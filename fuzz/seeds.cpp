@@ -35,7 +35,7 @@ Subject RandomSubject() {
   Subject subject = FunctionSubject(ORL_FLAG_RANGES | ORL_FLAG_MODIFIERS, true);
   EC ec = subject.get();
   const char *const names[] = {"Amount", "Tax", "Days", "Text", "Start", "\"a, b\"", "Null"};
-  for (size_t i = Below(5); i > 0; i--) {
+  for (size_t i = Below(5); i > 0; --i) {
     ExprItem item = {};
     item.kind = ORL_INPUT;
     item.dataType = static_cast<int16_t>(Below(4));
@@ -43,17 +43,17 @@ Subject RandomSubject() {
     std::snprintf(item.name, sizeof item.name, "%s", names[Below(std::size(names))]);
     ORLAddExpressionItem(ec, &item);
   }
-  for (size_t i = Below(3); i > 0; i--) {
+  for (size_t i = Below(3); i > 0; --i) {
     ORLSetOperatorCallback(ec, static_cast<int16_t>(Below(5)), static_cast<int16_t>(Below(4)),
                            "Operate");
   }
   const size_t count = 1 + Below(6);
   FormulaError error = {};
   uint16_t type = 0;
-  for (size_t i = 0; i < count; i++) {
+  for (size_t i = 0; i < count; ++i) {
     ORLParseString(ec, "1", ("F" + std::to_string(i)).c_str(), &error, &type);
   }
-  for (size_t tries = 4 * count; tries > 0; tries--) {
+  for (size_t tries = 4 * count; tries > 0; --tries) {
     const std::string name = "F" + std::to_string(Below(count));
     const std::string other = "F" + std::to_string(Below(count)) + "() + 1";
     const std::string &text = Below(2) != 0 ? other : formulas[Below(formulas.size())];
@@ -66,7 +66,7 @@ Subject RandomSubject() {
 // The block in version 0 or 1: its input rows are shorter, the rest is as it was.
 std::string InOldVersion(const std::string &block, int version) {
   size_t at = 1;
-  for (int i = 0; i < 20; i++) {
+  for (int i = 0; i < 20; ++i) {
     at = block.find('\0', at) + 1;
   }
   std::string old = version == kVersion0 ? block.substr(1, at - 1) : '\1' + block.substr(1, at - 1);
@@ -77,7 +77,7 @@ std::string InOldVersion(const std::string &block, int version) {
   std::memcpy(&count, &block[at + 2], sizeof count);
   old += block.substr(at, ORL_BLOCK_HEADER_SIZE);
   at += ORL_BLOCK_HEADER_SIZE;
-  for (int i = 0; i < count; i++) {
+  for (int i = 0; i < count; ++i) {
     OrlStoredInput row;
     std::memcpy(&row, &block[at], sizeof row);
     StoredOldInput stored = {row.kind, row.dataType, {}, {}, 0, 0, 0, row.itemFlags};
@@ -135,7 +135,7 @@ int main(int argc, char **argv) {
     formulas.push_back(line);
   }
   formulas.emplace_back("\x83\x7C + 'a");  // a character of two bytes
-  for (size_t i = 0; i < 200; i++) {
+  for (size_t i = 0; i < 200; ++i) {
     const Subject subject = RandomSubject();
     const std::string block = WriteBlock(subject.get());
     const int version = static_cast<int>(i % 4);
@@ -146,7 +146,7 @@ int main(int argc, char **argv) {
               version < 2 ? InOldVersion(block, version) : block);
   }
   TakeExamples(argv[2]);
-  for (size_t i = 0; i < formulas.size(); i++) {
+  for (size_t i = 0; i < formulas.size(); ++i) {
     const std::string settings = {static_cast<char>(Below(4)),
                                   static_cast<char>(ORL_FLAG_RANGES | ORL_FLAG_MODIFIERS)};
     WriteFile(folder / "formula", i, settings, formulas[i]);

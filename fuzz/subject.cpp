@@ -123,7 +123,7 @@ Subject ItemSubject(uint16_t flags) {
 void EvaluateAll(EC ec) {
   // References are computed in place, so the cost of a chain of doublings has no bound.
   constexpr int32_t kMost = 24;
-  for (int32_t i = 0; i < ORLGetExpressionCount(ec) && ORLGetExpressionCount(ec) <= kMost; i++) {
+  for (int32_t i = 0; i < ORLGetExpressionCount(ec) && ORLGetExpressionCount(ec) <= kMost; ++i) {
     HEXP exp = ORLHEXPFromOrdinal(ec, i);
     char buffer[sizeof(NumberValue)];
     ORLEvaluateExpression(ec, exp, sizeof buffer, buffer);

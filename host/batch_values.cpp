@@ -9,15 +9,15 @@ namespace {
 
 constexpr uint32_t kFirstBlock = 64;
 
-/* The expression of the same name in a copy of its context. */
+// The expression of the same name in a copy of its context.
 HEXP ExpressionIn(EC copy, EC ec, HEXP exp) {
   std::string name(static_cast<size_t>(ORLGetExpressionNameLength(ec, exp)) + 1, '\0');
   ORLGetExpressionName(ec, exp, static_cast<int32_t>(name.size()), name.data());
   return ORLHEXPFromName(copy, name.c_str());
 }
 
-/* A session over the same columns with a context of its own, which has the same formulas; null when
- * out of memory. */
+// A session over the same columns with a context of its own, which has the same formulas; null when
+// out of memory.
 std::unique_ptr<Session> CopySession(const Session &session, std::vector<Formula> formulas) {
   auto copy = std::make_unique<Session>();
   std::string unused;
@@ -33,9 +33,8 @@ std::unique_ptr<Session> CopySession(const Session &session, std::vector<Formula
   return copy;
 }
 
-/* Sets the worker's formulas and conditions to those of its own context; false when the copy lacks
- * one.
- */
+// Sets the worker's formulas and conditions to those of its own context; false when the copy lacks
+// one.
 bool FindExpressions(Worker &worker, EC ec) {
   EC copy = worker.session->ec.get();
   bool found = true;
@@ -60,9 +59,7 @@ bool IsUsed(const Worker &worker, const Column &column) {
   });
 }
 
-/* ---- From fields to columns ---- */
-
-/* All fields as integers of one scale; false where one is empty or written in another way. */
+// All fields as integers of one scale; false where one is empty or written in another way.
 bool TakeLongs(const Session &session, const CsvBlock &block, BatchColumn &column) {
   static constexpr int64_t kPowers[] = {1, 10, 100, 1000, 10000, 100000, 1000000};
   constexpr uint8_t kMostDecimals = 6;
@@ -97,7 +94,7 @@ bool TakeLongs(const Session &session, const CsvBlock &block, BatchColumn &colum
   return true;
 }
 
-/* All fields as days; false where one is not written as 2024-01-31. */
+// All fields as days; false where one is not written as 2024-01-31.
 bool TakeDays(const Session &session, const CsvBlock &block, BatchColumn &column) {
   if (!session.options.rules.nulls.empty() || session.options.rules.dateOrder >= 0) {
     return false;
@@ -155,9 +152,7 @@ void TakeColumn(const Session &session, const CsvBlock &block, BatchColumn &colu
   }
 }
 
-/* ---- The values of formulas ---- */
-
-/* All rows of a block at once; false when the block is too large. */
+// All rows of a block at once; false when the block is too large.
 bool ComputeFormulas(Worker &worker, const CsvBlock &block) {
   std::vector<OrlColumn> columns;
   for (BatchColumn &column : worker.columns) {
@@ -183,7 +178,7 @@ bool ComputeFormulas(Worker &worker, const CsvBlock &block) {
   return true;
 }
 
-/* Sets the values of WorkerValue to those of a row. */
+// Sets the values of WorkerValue to those of a row.
 void TakeRow(Worker &worker, size_t row) {
   for (FormulaValues &result : worker.results) {
     result.good = (result.valid[row / 8] >> (row % 8) & 1) != 0;
@@ -225,7 +220,7 @@ bool WorkerBegin(Worker &worker, Session &session, const RunFormulas &formulas, 
   for (FormulaValues &result : worker.results) {
     result.block = NewBlock(kFirstBlock);
   }
-  /* Conditions are checked one row at a time, and zeros are counted when requested. */
+  // Conditions are checked one row at a time, and zeros are counted when requested.
   worker.batches = worker.conditions.empty() && worker.session->zeroUses.empty();
   const std::vector<Column> &columns = worker.session->table.columns;
   for (size_t i = 0; worker.batches && i < columns.size(); ++i) {

@@ -38,10 +38,10 @@ class BlockRing {
   CsvFile &csv_;
   const BlockWork &work_;
   std::vector<Slot> slots_;
-  size_t filling_ = 0;   /* index of the block that is being read */
-  size_t oldest_ = 0;    /* index of the one that is consumed next */
-  size_t submitted_ = 0; /* blocks between the two */
-  size_t next_ = 0;      /* index that a thread checks next */
+  size_t filling_ = 0;    // index of the block that is being read
+  size_t oldest_ = 0;     // index of the one that is consumed next
+  size_t submitted_ = 0;  // blocks between the two
+  size_t next_ = 0;       // index that a thread checks next
   bool ended_ = false;
   std::string error_;
   std::exception_ptr failure_;
@@ -57,7 +57,7 @@ BlockRing::BlockRing(CsvFile &csv, size_t jobs, const BlockWork &work)
       threads_.emplace_back(&BlockRing::Work, this, i);
     }
   } catch (const std::system_error & /*noThread*/) {
-    /* The existing threads do the work, or the reading thread. */
+    // The existing threads do the work, or the reading thread.
   }
 }
 
@@ -72,7 +72,7 @@ BlockRing::~BlockRing() {
   }
 }
 
-/* Computes blocks until the ring is closed. */
+// Computes blocks until the ring is closed.
 void BlockRing::Work(size_t worker) {
   std::unique_lock<std::mutex> lock(mutex_);
   for (;;) {
@@ -120,7 +120,7 @@ void BlockRing::Submit() {
   ++submitted_;
 }
 
-/* False when the run should end. */
+// False when the run should end.
 bool BlockRing::TakeOldest() {
   const size_t slot = oldest_;
   {

@@ -16,7 +16,7 @@ namespace {
 constexpr size_t kChunk = 1 << 16;
 constexpr std::array<unsigned char, 2> kGzipMark = {0x1F, 0x8B};
 
-/* Replaces a pipe by a temporary file with the same bytes, which is deleted when it is closed. */
+// Replaces a pipe by a temporary file with the same bytes, which is deleted when it is closed.
 bool SpoolToFile(ByteSource &source, std::string &error) {
   std::unique_ptr<FILE, FileCloser> copy(std::tmpfile());
   std::string chunk(kChunk, '\0');
@@ -33,7 +33,7 @@ bool SpoolToFile(ByteSource &source, std::string &error) {
   return good;
 }
 
-/* Lets the decompressor read the file when it begins like a compressed file. */
+// Lets the decompressor read the file when it begins like a compressed file.
 bool Decompress(ByteSource &source, std::string &error) {
   std::array<unsigned char, kGzipMark.size()> start = {};
   std::rewind(source.file.get());
@@ -68,7 +68,7 @@ bool ReadCompressed(ByteSource &source, char *bytes, size_t size, size_t &got, s
   } else if (problem == Z_ERRNO) {
     error = source.path + ": " + std::strerror(errno);
   } else {
-    /* The library's message begins with a file name that it has invented. */
+    // The library's message begins with a file name that it has invented.
     error = source.path + ": the compressed file is damaged: " +
             words.substr(std::min(words.rfind(": ") + 2, words.size()));
   }

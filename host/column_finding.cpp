@@ -58,8 +58,8 @@ void TakeDate(Finding &finding, const CsvRow &row, const char *text) {
   finding.offset = finding.offset || HasOffset(text);
 }
 
-/* Whether a field adds nothing to what is known: most are written like those before them. When
- * values are needed, or decimals are written in another way, every field has to be read. */
+// Whether a field adds nothing to what is known: most are written like those before them. When
+// values are needed, or decimals are written in another way, every field has to be read.
 bool IsLikeOthers(const FindingRules &rules, Finding &finding, const char *text) {
   int64_t number = 0;
   uint8_t decimals = 0;
@@ -74,7 +74,7 @@ bool IsLikeOthers(const FindingRules &rules, Finding &finding, const char *text)
   return finding.date.line != 0 && rules.fields->dateOrder < 0 && DayOfPlainDate(text, day);
 }
 
-/* A field of a column whose type is found from its fields. */
+// A field of a column whose type is found from its fields.
 void FindType(const FindingRules &rules, Finding &finding, const CsvRow &row, const char *text) {
   NumberValue value;
   if (NumberFromField(*rules.fields, text, &value)) {
@@ -90,7 +90,7 @@ void FindType(const FindingRules &rules, Finding &finding, const CsvRow &row, co
   }
 }
 
-/* A field of a column whose type is required; false when it is not of that type. */
+// A field of a column whose type is required; false when it is not of that type.
 bool CheckType(const FindingRules &rules, Finding &finding, const char *text) {
   NumberValue value;
   if (rules.type == ORL_TYPE_STRING) {
@@ -132,7 +132,7 @@ void FindingMerge(const FindingRules &rules, const Finding &next, Finding &all) 
   }
   all.filled += next.filled;
   if (all.other.line != 0) {
-    return; /* a String, whatever follows */
+    return;  // a String, whatever follows
   }
   Note(all.number, next.number);
   Note(all.date, next.date);

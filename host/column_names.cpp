@@ -11,14 +11,14 @@ namespace {
 
 constexpr size_t kLongestName = sizeof(ExprItem::name) - 1;
 
-/* A word of the language cannot be the name of a column without quotes. */
+// A word of the language cannot be the name of a column without quotes.
 bool IsPlainName(EC ec, const std::string &header) {
   std::array<char, kLongestName + 2> unused;
   return ORLValidName(ec, header.c_str(), nullptr) == 1 &&
          ORLInputNameIsKeyword(unused.data(), header.c_str()) == 0;
 }
 
-/* The start of a text, truncated between characters. */
+// The start of a text, truncated between characters.
 std::string CutTo(const std::string &text, size_t bytes) {
   if (text.size() <= bytes) {
     return text;
@@ -29,14 +29,14 @@ std::string CutTo(const std::string &text, size_t bytes) {
   return text.substr(0, bytes);
 }
 
-/* The names assigned so far, and those that headers have already. */
+// The names assigned so far, and those that headers have already.
 struct Naming {
   EC ec;
   std::set<std::string> natural;
-  std::map<std::string, size_t> given; /* the column of each */
+  std::map<std::string, size_t> given;  // the column of each
 };
 
-/* The base with a suffix, truncated so that formulas can write it; a number makes it unique. */
+// The base with a suffix, truncated so that formulas can write it; a number makes it unique.
 std::string UniqueName(const Naming &naming, const std::string &base) {
   for (size_t number = 1;; ++number) {
     const std::string ending = number == 1 ? "" : "_" + std::to_string(number);
@@ -51,7 +51,7 @@ std::string UniqueName(const Naming &naming, const std::string &base) {
   }
 }
 
-/* The reason why a header is not the name of its column. */
+// The reason why a header is not the name of its column.
 std::string Reason(const Naming &naming, const std::string &header, const std::string &written) {
   const auto taken = naming.given.find(written);
   return written.empty() || taken == naming.given.end()
@@ -70,7 +70,7 @@ std::string WrittenName(EC ec, const std::string &header) {
   }
   const char quote = header.find('"') != std::string::npos ? '`' : '"';
   const std::string name = quote + header + quote;
-  /* Backticks do not help every name with a double quote. */
+  // Backticks do not help every name with a double quote.
   const bool good = name.size() <= kLongestName && ORLValidName(ec, name.c_str(), nullptr) == 1;
   return good ? name : std::string();
 }

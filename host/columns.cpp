@@ -16,13 +16,13 @@
 
 namespace {
 
-constexpr size_t kLongestShown = 40; /* of those that a reason shows */
+constexpr size_t kLongestShown = 40;  // of those that a reason shows
 
-/* What is found in a block. */
+// What is found in a block.
 struct BlockFinding {
   std::vector<Finding> columns;
   int64_t rows = 0;
-  std::string notUtf8; /* the place of the first row that is not text in UTF-8 */
+  std::string notUtf8;  // the place of the first row that is not text in UTF-8
 };
 
 struct ScanState {
@@ -30,10 +30,10 @@ struct ScanState {
   const DataOptions *options;
   Table *table;
   Progress *progress;
-  int64_t most;                    /* rows; -1: all */
-  std::vector<FindingRules> rules; /* of each column */
+  int64_t most;                     // rows; -1: all
+  std::vector<FindingRules> rules;  // of each column
   std::vector<Finding> findings;
-  std::vector<BlockFinding> blocks; /* one for each slot */
+  std::vector<BlockFinding> blocks;  // one for each slot
 };
 
 std::string Shown(const std::string &text) {
@@ -41,7 +41,7 @@ std::string Shown(const std::string &text) {
   return "'" + DisplayLine(text, kLongestShown, width) + "'";
 }
 
-/* The first row that is not text in UTF-8. */
+// The first row that is not text in UTF-8.
 std::string FindNotUtf8(const CsvFile &csv, const CsvBlock &block) {
   if (IsUtf8({block.bytes.data(), block.size})) {
     return {};
@@ -58,7 +58,7 @@ std::string FindNotUtf8(const CsvFile &csv, const CsvBlock &block) {
 
 void ScanBlock(const ScanState &state, CsvBlock &block, BlockFinding &found) {
   ColumnsFit(*state.csv, *state.table, block);
-  if (state.most >= 0) { /* one job */
+  if (state.most >= 0) {  // one job
     const auto left = static_cast<size_t>(state.most - state.table->rows);
     block.Fail(std::min(left, block.Count()), left > block.Count() ? block.error : "");
   }
@@ -76,7 +76,7 @@ void ScanBlock(const ScanState &state, CsvBlock &block, BlockFinding &found) {
   found.notUtf8 = FindNotUtf8(*state.csv, block);
 }
 
-/* False when there are enough rows. */
+// False when there are enough rows.
 bool TakeBlock(ScanState &state, const BlockFinding &found) {
   Table &table = *state.table;
   table.rows += found.rows;
@@ -90,7 +90,7 @@ bool TakeBlock(ScanState &state, const BlockFinding &found) {
   return table.rows != state.most;
 }
 
-/* "500,001" */
+// "500,001"
 std::string Grouped(int64_t number) {
   std::string digits = std::to_string(number);
   for (size_t place = digits.size(); place > 3; place -= 3) {
@@ -99,14 +99,14 @@ std::string Grouped(int64_t number) {
   return digits;
 }
 
-/* "line 500,001: 'oops'", with the file when there are several. */
+// "line 500,001: 'oops'", with the file when there are several.
 std::string Located(const ScanState &state, const Witness &witness) {
   const bool several = state.csv->inputs.size() > 1;
   return (several ? state.csv->Path(witness.input) + " " : std::string()) + "line " +
          Grouped(witness.line) + ": " + Shown(witness.text);
 }
 
-/* The order in which three numbers are a date; null when there is none. */
+// The order in which three numbers are a date; null when there is none.
 const char *OrderOf(const FieldRules &rules, const std::string &text) {
   constexpr std::array<const char *, 3> kOrders = {"mdy", "dmy", "ymd"};
   FieldRules other = rules;
@@ -121,7 +121,7 @@ const char *OrderOf(const FieldRules &rules, const std::string &text) {
   return nullptr;
 }
 
-/* How the field that made the column a String could become a number or date. */
+// How the field that made the column a String could become a number or date.
 std::string OtherReason(const ScanState &state, Column &column, const Finding &finding) {
   const FieldRules &rules = state.options->rules;
   const std::string &text = finding.other.text;
@@ -145,13 +145,13 @@ std::string OtherReason(const ScanState &state, Column &column, const Finding &f
   if (order == nullptr) {
     return reason;
   }
-  /* The month is never first in dates with points. */
+  // The month is never first in dates with points.
   const bool either =
       (orders & kOrderDmy) != 0 && (orders & kOrderMdy) != 0 && text.find('.') == std::string::npos;
   return reason + " is a date with --date-order " + (either ? "dmy or mdy" : order);
 }
 
-/* What is odd about the fields of a Date. */
+// What is odd about the fields of a Date.
 std::string DateNote(const ScanState &state, const Finding &finding) {
   if (finding.offset) {
     return "times with an offset are converted to UTC";
@@ -166,7 +166,7 @@ std::string DateNote(const ScanState &state, const Finding &finding) {
                                   : "month, day, year; --date-order dmy has the day first");
 }
 
-/* Determines the type of a column after all its fields, and explains why it is a String. */
+// Determines the type of a column after all its fields, and explains why it is a String.
 void Decide(const ScanState &state, bool required, const Finding &finding, Column &column) {
   constexpr const char *kShapes[] = {"", " has leading zeros", " has a plus sign", ""};
   column.filled = finding.filled;
@@ -199,7 +199,7 @@ void Decide(const ScanState &state, bool required, const Finding &finding, Colum
   }
 }
 
-/* Applies the types of the options. */
+// Applies the types of the options.
 bool Demand(ScanState &state, std::string &error) {
   for (const auto &[name, type] : state.options->types) {
     const size_t index = FindByName(state.table->columns, name);

@@ -1,4 +1,4 @@
-/* The commands that compute over files: items, functions, check, eval, report. */
+// The commands that compute over files: items, functions, check, eval, report.
 #include "host/command_line.h"
 
 #include <array>
@@ -10,7 +10,7 @@
 
 namespace {
 
-/* A whole number from 0 to `most`, or -1. */
+// A whole number from 0 to `most`, or -1.
 int64_t WholeNumber(std::string_view text, int64_t most) {
   int64_t number = -1;
   const std::from_chars_result result =
@@ -30,7 +30,7 @@ std::string CheckWhole(const std::string &text, int64_t most) {
   return "'" + text + "' is not a whole number from 0 to " + std::to_string(most);
 }
 
-/* The byte between fields; 0 when the text names none. */
+// The byte between fields; 0 when the text names none.
 char DelimiterOf(const std::string &text) {
   if (text == "tab" || text == "\\t") {
     return '\t';
@@ -53,7 +53,7 @@ struct TypeWord {
 constexpr std::array<TypeWord, 3> kTypes = {
     {{"text", ORL_TYPE_STRING}, {"number", ORL_TYPE_NUMBER}, {"date", ORL_TYPE_DATE}}};
 
-/* Splits NAME=TYPE; false when it is not of that form. */
+// Splits NAME=TYPE; false when it is not of that form.
 bool TypeOf(const std::string &text, std::pair<std::string, int16_t> &result) {
   const size_t equals = text.rfind('=');
   for (const TypeWord &entry : kTypes) {
@@ -77,7 +77,7 @@ constexpr std::array<std::pair<const char *, OutputFormat>, 5> kFormats = {
      {"json", kOutputJson},
      {"jsonl", kOutputJsonl}}};
 
-/* The options for reading data files. */
+// The options for reading data files.
 void AddReading(CLI::App *command, CommandLine &line) {
   constexpr char kGroup[] = "Reading";
   command
@@ -121,7 +121,7 @@ void AddStoreOption(CLI::App *command, CommandLine &line, const char *help) {
   command->add_option("--store", line.store, help)->type_name("STORE")->check(isName);
 }
 
-/* The options that eval and report share. */
+// The options that eval and report share.
 void AddRowOptions(CLI::App *command, CommandLine &line, const char *limit, const char *sort) {
   command
       ->add_option(
@@ -218,7 +218,7 @@ void AddEval(CLI::App &app, CommandLine &line, int &status) {
   });
 }
 
-/* The options of a report that each add a column. */
+// The options of a report that each add a column.
 struct ReportOption {
   ReportFigure figure;
   const char *name, *type, *help;
@@ -236,10 +236,10 @@ constexpr std::array<ReportOption, 8> kReportOptions = {{
     {kReportGreatest, "--greatest", "NAME=TEXT", "The greatest number or latest date"},
 }};
 
-/* The columns of a report in the order of the command line. */
+// The columns of a report in the order of the command line.
 std::vector<ReportColumn> ReportColumns(const CLI::App &report) {
   std::vector<ReportColumn> columns;
-  std::array<size_t, kReportOptions.size()> taken = {}; /* values of each option so far */
+  std::array<size_t, kReportOptions.size()> taken = {};  // values of each option so far
   for (const CLI::Option *option : report.parse_order()) {
     for (size_t i = 0; i < kReportOptions.size(); ++i) {
       if (option->get_name() == kReportOptions[i].name) {
@@ -255,7 +255,7 @@ void AddReport(CLI::App &app, CommandLine &line, int &status) {
       app.add_subcommand("report", "Group the rows and compute figures of each group");
   AddData(report, line, kDataSeveral);
   for (const ReportOption &option : kReportOptions) {
-    /* The values are read from the options themselves, to keep their order. */
+    // The values are read from the options themselves, to keep their order.
     report
         ->add_option_function<std::vector<std::string>>(
             option.name, [](const std::vector<std::string> & /*values*/) {}, option.help)

@@ -1,5 +1,5 @@
-/* command_line.h - the commands of orli with their arguments and options, for the parser, the help,
- * the man page and the completion. */
+// The commands of orli with their arguments and options, for the parser, the help,
+// the man page and the completion.
 #ifndef ORLI11_HOST_COMMAND_LINE_H
 #define ORLI11_HOST_COMMAND_LINE_H
 
@@ -10,10 +10,10 @@
 
 #include "host/commands.h"
 
-/* The parsed arguments of any command. */
+// The parsed arguments of any command.
 struct CommandLine {
   DataOptions data;
-  std::string file; /* of commands with a single one */
+  std::string file;  // of commands with a single one
   std::string text, format, limit, decimals, jobs, store, name, newName;
   std::string delimiter, dateOrder, decimal;
   std::vector<std::string> nulls;
@@ -24,28 +24,28 @@ struct CommandLine {
   SqlOptions sql;
 };
 
-/* Reports an error in the command line that the parser cannot detect. Returns kExitUsage. */
+// Reports an error in the command line that the parser cannot detect. Returns kExitUsage.
 int ComplainOfUsage(const std::string &message);
 
-/* Parts of commands. */
+// Parts of commands.
 void AddArgument(CLI::App *command, const char *name, std::string &value, const char *help);
 void AddFormat(CLI::App *command, CommandLine &line);
-/* DATA.csv: one file, one that is not standard input, several, or none. */
+// DATA.csv: one file, one that is not standard input, several, or none.
 enum DataFiles { kDataOne, kDataNamed, kDataSeveral, kDataOptional };
 void AddData(CLI::App *command, CommandLine &line, DataFiles files);
-/* A check without a text in the help. */
+// A check without a text in the help.
 CLI::Validator Silent(CLI::Validator validator);
-/* The error for an empty value, for the parser. */
+// The error for an empty value, for the parser.
 std::string NotEmpty(const std::string &value);
 
 OutputFormat FormatOf(const CommandLine &line);
-/* The data files and how they are read. */
+// The data files and how they are read.
 DataOptions DataOf(const CommandLine &line);
 
-/* Adds the commands. Each runs when its command line has been parsed, and sets `status`. */
+// Adds the commands. Each runs when its command line has been parsed, and sets `status`.
 void AddRowCommands(CLI::App &app, CommandLine &line, int &status);
 void AddStoreCommands(CLI::App &app, CommandLine &line, int &status);
-/* The commands man and completion, over all commands of the app. */
+// The commands man and completion, over all commands of the app.
 void AddManualCommands(CLI::App &app, CommandLine &line, int &status);
 
 #endif

@@ -1,5 +1,5 @@
-/* The commands that keep formulas in a file, and those that open it elsewhere: define, list, show,
- * delete, uses, rename, edit, load, sql. */
+// The commands that keep formulas in a file, and those that open it elsewhere: define, list, show,
+// delete, uses, rename, edit, load, sql.
 #include <array>
 
 #include "host/command_line.h"
@@ -32,7 +32,7 @@ void AddList(CLI::App &app, CommandLine &line, int &status) {
   list->final_callback([&line, &status] { status = RunList(line.store, FormatOf(line)); });
 }
 
-/* The commands that take a store and a name. */
+// The commands that take a store and a name.
 struct NameCommand {
   const char *name, *help, *argument;
   int (*run)(const std::string &store, const std::string &name);

@@ -14,13 +14,13 @@ namespace {
 
 constexpr size_t kWidestExample = 40;
 
-/* "Number", "range of Date", "set of String". */
+// "Number", "range of Date", "set of String".
 std::string KindAndType(EC ec, HEXP exp, uint16_t type) {
   const std::string kind = FormulaKind(ec, exp);
   return (kind == "formula" ? std::string() : kind + " of ") + TypeName(type);
 }
 
-/* A value as the table of columns shows it. */
+// A value as the table of columns shows it.
 std::string BoundOf(int32_t type, const NumberValue &value) {
   std::string cell;
   CellFromValue(type, &value, cell);

@@ -10,7 +10,7 @@
 
 namespace {
 
-/* The formulas that those of the command line may call: of the store, then of files. */
+// The formulas that those of the command line may call: of the store, then of files.
 bool TakeOthers(const RowOptions &options, const Session &session, std::vector<Formula> &all,
                 std::string &error) {
   if (!options.store.empty() && !StoreFormulas(options.store, session, all, error)) {
@@ -29,7 +29,7 @@ bool TakeConditions(Computation &computation, std::vector<Formula> &all, std::st
   return true;
 }
 
-/* Selects the formulas to be computed; those from `own` on are the command's. */
+// Selects the formulas to be computed; those from `own` on are the command's.
 bool Keep(Computation &computation, const std::vector<Formula> &all, size_t own, size_t conditions,
           std::string &error) {
   EC ec = computation.session.ec.get();
@@ -65,8 +65,8 @@ void ReportPictures(const std::vector<Formula> &formulas) {
   }
 }
 
-/* Defines the formulas of the command and all that they may call. Each of the command's must be
- * able to have a value; ranges and sets of the store are passed over. */
+// Defines the formulas of the command and all that they may call. Each of the command's must be
+// able to have a value; ranges and sets of the store are passed over.
 bool Define(Computation &computation, std::string &error) {
   EC ec = computation.session.ec.get();
   std::vector<Formula> all;
@@ -91,7 +91,7 @@ bool Define(Computation &computation, std::string &error) {
   return true;
 }
 
-/* Whether an error in a formula is one for any types of columns. */
+// Whether an error in a formula is one for any types of columns.
 bool IsOfAnyType(int32_t id) {
   constexpr int32_t kErrors[] = {ORL_ERR_VAR,         ORL_ERR_FUNC,       ORL_ERR_SYNTAX,
                                  ORL_ERR_UNKNOWNCHAR, ORL_ERR_NUMPARMSHI, ORL_ERR_NUMPARMSLO,
@@ -99,7 +99,7 @@ bool IsOfAnyType(int32_t id) {
   return std::find(std::begin(kErrors), std::end(kErrors), id) != std::end(kErrors);
 }
 
-/* The SessionCheck of a run: names and syntax. */
+// The SessionCheck of a run: names and syntax.
 bool CheckFormulas(const Computation &computation, const Session &trial, std::string &error) {
   std::vector<Formula> all;
   std::vector<Condition> conditions;
@@ -135,7 +135,7 @@ void ReportMissing(const Computation &computation) {
   }
 }
 
-/* Reports how many empty fields counted as zero: "2 empty values counted as zero: 2 of amount". */
+// Reports how many empty fields counted as zero: "2 empty values counted as zero: 2 of amount".
 void ReportZeros(const Computation &computation) {
   int64_t all = 0;
   std::string columns;
@@ -157,13 +157,13 @@ void ReportZeros(const Computation &computation) {
   }
 }
 
-/* As many as were asked for, or as there are processors. */
+// As many as were asked for, or as there are processors.
 size_t JobsOf(const Computation &computation) {
   const int64_t jobs = computation.options->jobs;
   return jobs > 0 ? static_cast<size_t>(jobs) : ProcessorCount();
 }
 
-/* One for each job. With a limit the rows to compute are known only one by one. */
+// One for each job. With a limit the rows to compute are known only one by one.
 bool BeginWorkers(Computation &computation) {
   const size_t count = computation.limit >= 0 ? 1 : JobsOf(computation);
   const RunFormulas formulas = {computation.defined, computation.formulas, computation.conditions};
@@ -182,7 +182,7 @@ bool ReadAll(Computation &computation, const RowConsumer &consumer, std::string 
   std::vector<RowBatch> batches(BlockSlots(jobs));
   BlockWork work;
   work.compute = [&](size_t worker, size_t slot, CsvBlock &block) {
-    /* The file was read before, but it may have changed since. */
+    // The file was read before, but it may have changed since.
     ColumnsFit(session.csv, session.table, block);
     const int64_t left = computation.limit >= 0 ? computation.limit - computation.rows : -1;
     WorkerCompute(computation.workers[worker], block, left, consumer.make, batches[slot]);
@@ -207,7 +207,7 @@ int ComputeRows(Computation &computation, const RowConsumer &consumer) {
   }
   const bool good = ReadAll(computation, consumer, error);
   consumer.end(good);
-  /* Writes the rows before their summary, also when both are written to one place. */
+  // Writes the rows before their summary, also when both are written to one place.
   static_cast<void>(std::fflush(stdout));
   ProgressEnd(computation.progress);
   if (!good) {

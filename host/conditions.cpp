@@ -9,10 +9,10 @@
 
 namespace {
 
-/* The operators of a condition outside strings and quoted names. */
+// The operators of a condition outside strings and quoted names.
 struct Signs {
-  size_t equals = std::string::npos; /* the last "=" */
-  const char *hint = "";             /* about what other languages write */
+  size_t equals = std::string::npos;  // the last "="
+  const char *hint = "";              // about what other languages write
 };
 
 constexpr char kFormsHint[] =
@@ -45,7 +45,7 @@ Signs FindSigns(const std::string &argument) {
   return signs;
 }
 
-/* Adds a formula under a unique name. */
+// Adds a formula under a unique name.
 size_t Add(std::vector<Formula> &formulas, const std::string &text) {
   formulas.push_back(FormulaOf("\"--where " + std::to_string(formulas.size()) + "\"", text));
   formulas.back().title = "of --where";
@@ -56,7 +56,7 @@ size_t Add(std::vector<Formula> &formulas, const std::string &text) {
 struct Value {
   NumberValue number = {};
   std::string text;
-  bool good = false; /* it exists and is not null */
+  bool good = false;  // it exists and is not null
 };
 
 Value ValueOf(EC ec, int32_t type, HEXP exp) {

@@ -5,12 +5,12 @@
 
 namespace {
 
-/* Counts eight bytes at a time, since files consist of little else. */
+// Counts eight bytes at a time, since files consist of little else.
 int64_t CountByte(const char *bytes, size_t size, char byte) {
   constexpr uint64_t kOnes = UINT64_C(0x0101010101010101);
   constexpr uint64_t kLows = 0x7F * kOnes;
   constexpr uint64_t kEvenBytes = UINT64_C(0x00FF00FF00FF00FF);
-  constexpr size_t kMostWords = 255; /* that the counts, of a byte each, hold */
+  constexpr size_t kMostWords = 255;  // that the counts, of a byte each, hold
   const uint64_t wanted = kOnes * static_cast<unsigned char>(byte);
   int64_t count = 0;
   while (size >= sizeof wanted) {

@@ -10,12 +10,12 @@
 namespace {
 
 constexpr size_t kChunk = 1 << 16;
-constexpr size_t kBlock = 1 << 17;              /* bytes of a block whose rows are not longer */
-constexpr size_t kLongestRow = size_t{1} << 30; /* places in a block are of 32 bits */
+constexpr size_t kBlock = 1 << 17;               // bytes of a block whose rows are not longer
+constexpr size_t kLongestRow = size_t{1} << 30;  // places in a block are of 32 bits
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kSeparator = "sep="; /* before a delimiter, on a line of its own */
+constexpr std::string_view kSeparator = "sep=";  // before a delimiter, on a line of its own
 
-/* Files that begin with these bytes are not text. */
+// Files that begin with these bytes are not text.
 struct ForeignStart {
   std::string_view bytes;
   const char *problem;
@@ -32,11 +32,11 @@ constexpr ForeignStart kForeignStarts[] = {
     {"SQLite format 3", "is a database of SQLite; orli sql --dsn computes there"},
 };
 
-/* What is skipped at the start of a file, and what it says. */
+// What is skipped at the start of a file, and what it says.
 struct Preamble {
-  size_t length = 0;     /* of the byte-order mark and the line "sep=;" */
-  int64_t lines = 0;     /* in it */
-  char delimiter = '\0'; /* that the line names */
+  size_t length = 0;      // of the byte-order mark and the line "sep=;"
+  int64_t lines = 0;      // in it
+  char delimiter = '\0';  // that the line names
 };
 
 Preamble PreambleOf(std::string_view start) {
@@ -57,7 +57,7 @@ Preamble PreambleOf(std::string_view start) {
   return preamble;
 }
 
-/* Finds the delimiter in the header: a comma unless it has no comma but semicolons or tabs. */
+// Finds the delimiter in the header: a comma unless it has no comma but semicolons or tabs.
 void FindDelimiter(std::string_view start, CsvInput &input) {
   size_t commas = 0;
   size_t semicolons = 0;
@@ -92,7 +92,7 @@ void FindDelimiter(std::string_view start, CsvInput &input) {
   }
 }
 
-/* Checks the start of the input: finds its delimiter, unless given; rejects other encodings. */
+// Checks the start of the input: finds its delimiter, unless given; rejects other encodings.
 bool LookAtStart(CsvInput &input, char delimiter, std::string &error) {
   std::array<char, kChunk> chunk;
   size_t got = 0;
@@ -114,8 +114,7 @@ bool LookAtStart(CsvInput &input, char delimiter, std::string &error) {
   return true;
 }
 
-/* Where the last row ends that is whole: behind a line end outside of quotes. 0 when there is none.
- */
+// Where the last row ends that is whole: behind a line end outside of quotes. 0 when there is none.
 size_t EndOfRows(const char *bytes, size_t size) {
   if (std::memchr(bytes, '"', size) == nullptr) {
     const void *end = memrchr(bytes, '\n', size);
@@ -123,7 +122,7 @@ size_t EndOfRows(const char *bytes, size_t size) {
       return static_cast<size_t>(static_cast<const char *>(end) - bytes) + 1;
     }
   }
-  /* A quote within quotes is written twice, so that an even number is before each row. */
+  // A quote within quotes is written twice, so that an even number is before each row.
   bool quoted = std::count(bytes, bytes + size, '"') % 2 != 0;
   for (size_t i = size; i-- > 0;) {
     quoted = quoted != (bytes[i] == '"');
@@ -135,21 +134,21 @@ size_t EndOfRows(const char *bytes, size_t size) {
   return 0;
 }
 
-/* Whether there is a row among lines, and not only blanks. */
+// Whether there is a row among lines, and not only blanks.
 bool HasRow(std::string_view lines, char delimiter) {
   return std::any_of(lines.begin(), lines.end(), [delimiter](char byte) {
     return byte == delimiter || std::strchr(" \t\r\n", byte) == nullptr || byte == '\0';
   });
 }
 
-/* A row of that many bytes that does not end is wrong when one of its fields is too long. */
+// A row of that many bytes that does not end is wrong when one of its fields is too long.
 bool IsWrong(const CsvFile &csv, const CsvBlock &block) {
   CsvBlock trial = block;
   CsvParse(csv, trial);
   return !trial.error.empty();
 }
 
-/* Whether a file has the same columns as the first one. */
+// Whether a file has the same columns as the first one.
 bool CheckHeader(const CsvFile &csv, size_t input, const std::vector<std::string> &names,
                  std::string &error) {
   const auto [one, other] =
@@ -204,7 +203,7 @@ bool CsvReader::Read(CsvBlock &block) {
   return block.size != 0 || !block.error.empty();
 }
 
-/* Reads on until there is a row that is whole. */
+// Reads on until there is a row that is whole.
 void CsvReader::Fill(CsvBlock &block) {
   size_t used = rest_.size();
   block.bytes.resize(std::max(kBlock, 2 * used) + 1);
@@ -218,7 +217,7 @@ void CsvReader::Fill(CsvBlock &block) {
   line_ += CsvLineBreaks(block.bytes.data(), block.size);
 }
 
-/* False when the block is full. */
+// False when the block is full.
 bool CsvReader::FillMore(CsvBlock &block, size_t &used) {
   CsvInput &input = csv_->inputs[input_];
   char *bytes = block.bytes.data();

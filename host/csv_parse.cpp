@@ -1,4 +1,4 @@
-/* Blocks with all forms of fields, split by the CSV parser. */
+// Blocks with all forms of fields, split by the CSV parser.
 #include <csv.h>
 
 #include <algorithm>
@@ -14,16 +14,16 @@ namespace {
 
 constexpr size_t kChunk = 1 << 16;
 
-/* The state of the two callbacks of the parser. */
+// The state of the two callbacks of the parser.
 struct State {
   const CsvFile *csv;
   CsvBlock *block;
-  std::string fields; /* with a zero behind each */
+  std::string fields;  // with a zero behind each
   uint32_t rowStart = 0;
   uint32_t rowLine = 0;
-  uint32_t line = 0;     /* lines of the block before the parser's present one */
-  int lastEnd = 0;       /* byte that ended the row before */
-  bool afterEnd = false; /* nothing has been read since then */
+  uint32_t line = 0;      // lines of the block before the parser's present one
+  int lastEnd = 0;        // byte that ended the row before
+  bool afterEnd = false;  // nothing has been read since then
 };
 
 struct ParserEnd {
@@ -91,7 +91,7 @@ void OnRowEnd(int end, void *user) {
   ++state.line;
 }
 
-/* The line on which the unfinished row or field begins, and the error. */
+// The line on which the unfinished row or field begins, and the error.
 void FailAsParser(State &state, csv_parser &parser) {
   Fail(state, InRow(state) ? state.rowLine : state.line,
        csv_error(&parser) == CSV_EPARSE
@@ -104,7 +104,7 @@ void FailAsParser(State &state, csv_parser &parser) {
 void CsvParse(const CsvFile &csv, CsvBlock &block) {
   const ParserOwner parser = NewParser(csv.inputs[block.input].delimiter);
   std::string failure;
-  failure.swap(block.error); /* after these rows */
+  failure.swap(block.error);  // after these rows
   State state = {&csv, &block, {}};
   state.fields.reserve(block.size + 1);
   for (size_t at = 0; at < block.size && block.error.empty(); at += kChunk) {
@@ -120,7 +120,7 @@ void CsvParse(const CsvFile &csv, CsvBlock &block) {
   if (block.error.empty() && block.last && csv_fini(parser.get(), OnField, OnRowEnd, &state) != 0) {
     FailAsParser(state, *parser);
   }
-  /* An unfinished row is left out. */
+  // An unfinished row is left out.
   block.starts.resize(state.rowStart);
   block.rows.push_back({state.rowStart, state.line});
   block.bytes.swap(state.fields);

@@ -1,4 +1,4 @@
-/* Blocks of plain rows, split in place. */
+// Blocks of plain rows, split in place.
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr size_t kStep = 16; /* bytes that are compared at once */
+constexpr size_t kStep = 16;  // bytes that are compared at once
 
 bool IsBlank(char byte) {
   return byte == ' ' || byte == '\t';
@@ -22,7 +22,7 @@ bool AllBlank(const char *begin, const char *end) {
   return std::all_of(begin, end, IsBlank);
 }
 
-/* The special bytes of a block in order: delimiters, line ends and quotes. */
+// The special bytes of a block in order: delimiters, line ends and quotes.
 class Marks {
  public:
   Marks(const char *bytes, size_t size, char delimiter)
@@ -30,7 +30,7 @@ class Marks {
     Seek(0);
   }
 
-  /* The position of the next one, which must exist. */
+  // The position of the next one, which must exist.
   size_t Next() {
     while (bits_ == 0) {
       base_ += kStep;
@@ -41,7 +41,7 @@ class Marks {
     return place;
   }
 
-  /* Continues at a position. */
+  // Continues at a position.
   void Seek(size_t place) {
     base_ = place;
     bits_ = BitsAt(place);
@@ -52,7 +52,7 @@ class Marks {
     return byte == delimiter_ || byte == '\n' || byte == '\r' || byte == '"';
   }
 
-  /* A bit for each of the next bytes. */
+  // A bit for each of the next bytes.
   uint32_t BitsAt(size_t place) const {
 #if defined(__SSE2__)
     if (place + kStep <= size_) {
@@ -81,12 +81,12 @@ struct Splitter {
   char delimiter;
   char *bytes;
   size_t size;
-  size_t field = 0;      /* start of the current field */
-  bool quoted = false;   /* it was enclosed in quotes, and has ended */
-  uint32_t rowStart = 0; /* the first field of the current row */
-  uint32_t rowLine = 0;  /* lines before the current row */
-  uint32_t line = 0;     /* lines before the current position */
-  char lastEnd = '\0';   /* the line end directly before the current row */
+  size_t field = 0;       // start of the current field
+  bool quoted = false;    // it was enclosed in quotes, and has ended
+  uint32_t rowStart = 0;  // the first field of the current row
+  uint32_t rowLine = 0;   // lines before the current row
+  uint32_t line = 0;      // lines before the current position
+  char lastEnd = '\0';    // the line end directly before the current row
 
   bool InRow() const { return block->starts.size() != rowStart; }
   void EndField(size_t end);
@@ -94,7 +94,7 @@ struct Splitter {
   bool TakeQuoted(Marks &marks, size_t quote);
 };
 
-/* Ends a field. Blanks around it are not part of it. */
+// Ends a field. Blanks around it are not part of it.
 void Splitter::EndField(size_t end) {
   if (quoted) {
     quoted = false;
@@ -110,7 +110,7 @@ void Splitter::EndField(size_t end) {
   block->starts.push_back(static_cast<uint32_t>(field));
 }
 
-/* A line end after a field, or of an empty line. */
+// A line end after a field, or of an empty line.
 void Splitter::EndRow(char end) {
   const bool secondOfPair = !InRow() && lastEnd == '\r' && end == '\n';
   lastEnd = secondOfPair ? '\0' : end;
@@ -122,7 +122,7 @@ void Splitter::EndRow(char end) {
   rowLine = line;
 }
 
-/* A field enclosed in quotes; false when there are quotes in it or other bytes around it. */
+// A field enclosed in quotes; false when there are quotes in it or other bytes around it.
 bool Splitter::TakeQuoted(Marks &marks, size_t quote) {
   const char *closing =
       static_cast<const char *>(std::memchr(bytes + quote + 1, '"', size - quote - 1));
@@ -139,8 +139,8 @@ bool Splitter::TakeQuoted(Marks &marks, size_t quote) {
   return true;
 }
 
-/* Splits a block that ends with a line end. False, with its bytes changed, for other fields than
- * plain ones. */
+// Splits a block that ends with a line end. False, with its bytes changed, for other fields than
+// plain ones.
 bool SplitPlain(char delimiter, CsvBlock &block, size_t size) {
   Splitter splitter = {&block, delimiter, block.bytes.data(), size};
   Marks marks(splitter.bytes, size, delimiter);
@@ -173,13 +173,13 @@ void CsvSplit(const CsvFile &csv, CsvBlock &block) {
   block.starts.clear();
   block.rows.clear();
   const char *bytes = block.bytes.data();
-  /* The parser reports zero bytes and fields that are too long. */
+  // The parser reports zero bytes and fields that are too long.
   const bool wrong = block.size > kLongestField || std::memchr(bytes, 0, block.size) != nullptr;
   const bool quotes = std::memchr(bytes, '"', block.size) != nullptr;
   const std::string before = quotes ? block.bytes : std::string();
   size_t size = block.size;
   if (size != 0 && bytes[size - 1] != '\n' && bytes[size - 1] != '\r') {
-    block.bytes[size++] = '\n'; /* the last line of a file may have none */
+    block.bytes[size++] = '\n';  // the last line of a file may have none
   }
   if (wrong || !SplitPlain(csv.inputs[block.input].delimiter, block, size)) {
     if (quotes) {

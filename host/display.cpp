@@ -11,7 +11,7 @@ constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 constexpr std::string_view kDots = "...";
 constexpr size_t kLongestName = 200;
 
-/* The picture of a control character: U+2400 and up, U+2421 for DEL. */
+// The picture of a control character: U+2400 and up, U+2421 for DEL.
 std::string ControlPicture(wchar_t code) {
   const unsigned place = code == 0x7F ? 0x21U : static_cast<unsigned>(code);
   return {'\xE2', '\x90', static_cast<char>(0x80U + place)};
@@ -20,14 +20,14 @@ std::string ControlPicture(wchar_t code) {
 }  // namespace
 
 void DisplayStart() {
-  /* The widths of characters come from this locale, which the C library always provides. */
+  // The widths of characters come from this locale, which the C library always provides.
   static_cast<void>(std::setlocale(LC_CTYPE, "C.UTF-8"));
 }
 
 bool IsUtf8(std::string_view text) {
   constexpr uint64_t kHighBits = UINT64_C(0x8080808080808080);
   while (!text.empty()) {
-    /* Most bytes are ASCII. */
+    // Most bytes are ASCII.
     uint64_t word = kHighBits;
     if (text.size() >= sizeof word) {
       std::memcpy(&word, text.data(), sizeof word);
@@ -49,7 +49,7 @@ DisplayCharacter DisplayNext(std::string_view text) {
   wchar_t code = 0;
   std::mbstate_t state = {};
   const size_t bytes = std::mbrtowc(&code, text.data(), text.size(), &state);
-  if (bytes > text.size()) { /* incomplete or wrong */
+  if (bytes > text.size()) {  // incomplete or wrong
     result.bytes = 1;
     result.width = 1;
     result.shown = kReplacement;
@@ -81,8 +81,8 @@ size_t DisplayCharacterBytes(std::string_view text) {
   if (first < 0xC2 || first > 0xF4) {
     return 0;
   }
-  /* The check of the second byte also excludes overlong forms, surrogates, and code points beyond
-   * U+10FFFF. */
+  // The check of the second byte also excludes overlong forms, surrogates, and code points beyond
+  // U+10FFFF.
   const unsigned least = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
   const unsigned most = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
   const size_t bytes = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
@@ -95,7 +95,7 @@ size_t DisplayCharacterBytes(std::string_view text) {
 
 std::string DisplayLine(std::string_view text, size_t most, size_t &width) {
   std::string line;
-  std::string cut; /* the prefix that can be shown with dots after it */
+  std::string cut;  // the prefix that can be shown with dots after it
   size_t cutWidth = 0;
   width = 0;
   while (!text.empty()) {

@@ -1,4 +1,4 @@
-/* The command that opens the formula editor on a store. */
+// The command that opens the formula editor on a store.
 #include <algorithm>
 #include <cstddef>
 
@@ -14,12 +14,10 @@
 
 namespace {
 
-/* ---- What the host adds to the editor ---- */
-
 constexpr char kSaveCaption[] = "Formula Save";
-constexpr size_t kShownText = 300; /* bytes of a formula's text in a question */
+constexpr size_t kShownText = 300;  // bytes of a formula's text in a question
 
-/* The start of a text, truncated after a whole character. */
+// The start of a text, truncated after a whole character.
 std::string Beginning(const std::string &text) {
   size_t end = std::min(text.size(), kShownText);
   while (end > 0 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) {
@@ -28,7 +26,7 @@ std::string Beginning(const std::string &text) {
   return end == text.size() ? text : text.substr(0, end) + " ...";
 }
 
-/* Asks whether to replace what another program has stored. */
+// Asks whether to replace what another program has stored.
 bool AskForeign(EditedStore &store, OrlWindow dialog, const Foreign &foreign) {
   const std::string question = "Another program has stored " + DisplayName(foreign.name) +
                                " meanwhile:\n\n" + Beginning(foreign.text) + "\n\nReplace it?";
@@ -46,11 +44,11 @@ void ShowMessage(OrlWindow dialog, const std::string &message) {
                                    ORL_MB_OK | ORL_MB_ICONSTOP);
 }
 
-/* The state of the host routines. */
+// The state of the host routines.
 struct Beside {
   EditedStore *store;
   RowPreview preview;
-  bool sql = false; /* the functions for databases are listed too */
+  bool sql = false;  // the functions for databases are listed too
 };
 
 int32_t MaySave(void *user, OrlWindow dialog, HEXP exp, const char *text, const char *name) {
@@ -121,7 +119,7 @@ OrlEditorHost HostOf(Beside &beside) {
   return host;
 }
 
-/* Sets these routines for editors during its lifetime. */
+// Sets these routines for editors during its lifetime.
 class HostInUse {
  public:
   explicit HostInUse(const OrlEditorHost *host) { Set(host); }
@@ -139,15 +137,13 @@ class HostInUse {
   }
 };
 
-/* ---- The command ---- */
-
 int32_t EditorType(const std::string &kind) {
   constexpr int32_t kSet = 1;
   constexpr int32_t kRange = 2;
   return kind == "set" ? kSet : kind == "range" ? kRange : 0;
 }
 
-/* Runs the editor in the context. */
+// Runs the editor in the context.
 void RunEditor(const EditOptions &options, Session &session, const Store &store,
                const char *valuesItem, EditedStore &edited) {
   EC ec = store.ec.get();
@@ -167,8 +163,8 @@ void RunEditor(const EditOptions &options, Session &session, const Store &store,
   ORLBuildExpressionOfType(nullptr, ec, exp, 0, EditorType(kind), valuesItem);
 }
 
-/* Reports the result of a session that began with the formulas `first`. Tries once more to write
- * what could not be written. */
+// Reports the result of a session that began with the formulas `first`. Tries once more to write
+// what could not be written.
 int Finish(EditedStore &store, const StoreFile &file, const std::vector<Formula> &first) {
   std::string error;
   Foreign foreign;
@@ -184,7 +180,7 @@ int Finish(EditedStore &store, const StoreFile &file, const std::vector<Formula>
   return Complain(file.path + ": " + (summary.empty() ? "nothing changed" : summary), kExitGood);
 }
 
-/* Edits the formulas over the columns of the file, for which they must be valid. */
+// Edits the formulas over the columns of the file, for which they must be valid.
 int Edit(const EditOptions &options, Session &session, const Store &old, const StoreFile &file) {
   std::vector<Formula> before = FormulasMerged(old.formulas, {});
   std::string error;

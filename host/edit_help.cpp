@@ -16,7 +16,7 @@ constexpr std::string_view kEditorPage =
 #include "host/editor_page.inc"
     ;
 
-/* The lines of a text, without their ends. */
+// The lines of a text, without their ends.
 template <class Take>
 void EachLine(std::string_view text, Take take) {
   while (!text.empty()) {
@@ -26,7 +26,7 @@ void EachLine(std::string_view text, Take take) {
   }
 }
 
-/* A line with its links as plain text, as a window cannot follow them. */
+// A line with its links as plain text, as a window cannot follow them.
 std::string WithoutLinks(std::string_view line) {
   std::string plain;
   for (size_t i = 0; i < line.size(); ++i) {
@@ -42,7 +42,7 @@ std::string WithoutLinks(std::string_view line) {
   return plain;
 }
 
-/* A section of a page, from its heading to the next of the same level, without pictures. */
+// A section of a page, from its heading to the next of the same level, without pictures.
 std::string SectionOf(std::string_view page, std::string_view heading) {
   std::string section;
   bool inside = false;
@@ -57,7 +57,7 @@ std::string SectionOf(std::string_view page, std::string_view heading) {
   return section;
 }
 
-/* Text escaped for Markdown. */
+// Text escaped for Markdown.
 std::string Escaped(std::string_view text) {
   constexpr std::string_view kSigns = "\\`*_{}[]<>#|~";
   std::string escaped;
@@ -79,7 +79,7 @@ HelpPage PageOfFunction(const FunctionText &function) {
   return page;
 }
 
-/* The entry in the list of messages that begins with the same word as the message. */
+// The entry in the list of messages that begins with the same word as the message.
 HelpPage PageOfMessage(const std::string &message) {
   const std::string word = message.substr(0, message.find_first_of(": "));
   HelpPage page = {"Error messages", ""};
@@ -101,9 +101,9 @@ HelpPage PageOfMessage(const std::string &message) {
   return page;
 }
 
-/* The descriptions of controls in the page of the editor. */
+// The descriptions of controls in the page of the editor.
 struct ControlRow {
-  int32_t first, last; /* ids */
+  int32_t first, last;  // ids
   const char *heading;
 };
 constexpr ControlRow kControls[] = {

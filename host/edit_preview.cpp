@@ -8,8 +8,8 @@
 namespace {
 
 constexpr size_t kRows = 10;
-constexpr size_t kShownBytes = 200;                        /* of a value */
-constexpr auto kPatience = std::chrono::milliseconds(150); /* for all rows together */
+constexpr size_t kShownBytes = 200;                         // of a value
+constexpr auto kPatience = std::chrono::milliseconds(150);  // for all rows together
 
 bool TakeRow(const CsvRow &row, void *user, std::string &error) {
   RowPreview &preview = *static_cast<RowPreview *>(user);
@@ -37,8 +37,8 @@ std::string ValueOf(EC ec, HEXP exp, int32_t type, Block &block) {
 }
 
 void Forget(EC ec) {
-  /* Formulas are stored after those that they use, except for changed ones: several rounds are
-   * needed. */
+  // Formulas are stored after those that they use, except for changed ones: several rounds are
+  // needed.
   for (int32_t before = -1; ORLGetExpressionCount(ec) != before;) {
     before = ORLGetExpressionCount(ec);
     for (int32_t i = before - 1; i >= 0; --i) {

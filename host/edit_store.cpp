@@ -6,7 +6,7 @@
 
 namespace {
 
-using Texts = std::map<std::string, std::string>; /* by name */
+using Texts = std::map<std::string, std::string>;  // by name
 
 Texts TextsOf(const std::vector<Formula> &formulas) {
   Texts texts;
@@ -16,7 +16,7 @@ Texts TextsOf(const std::vector<Formula> &formulas) {
   return texts;
 }
 
-/* The text of that name, or null. */
+// The text of that name, or null.
 const std::string *TextOf(const std::vector<Formula> &formulas, const std::string &name) {
   for (const Formula &formula : formulas) {
     if (formula.name == name) {
@@ -26,7 +26,7 @@ const std::string *TextOf(const std::vector<Formula> &formulas, const std::strin
   return nullptr;
 }
 
-/* Whether the store has a formula of that name that the user of the editor has not seen. */
+// Whether the store has a formula of that name that the user of the editor has not seen.
 bool IsForeign(const EditedStore &store, const std::vector<Formula> &present,
                const std::string &name, Foreign &foreign) {
   const std::string *text = TextOf(present, name);
@@ -40,7 +40,7 @@ bool IsForeign(const EditedStore &store, const std::vector<Formula> &present,
   return !isSeen;
 }
 
-/* Applies the changes to formulas that another program has changed meanwhile. */
+// Applies the changes to formulas that another program has changed meanwhile.
 std::vector<Formula> Changed(const std::vector<Formula> &formulas, const Changes &changes) {
   std::vector<Formula> kept;
   for (const Formula &formula : formulas) {
@@ -68,7 +68,7 @@ bool AnyForeign(const EditedStore &store, const std::vector<Formula> &present,
   return false;
 }
 
-/* Writes to the file, which is open and read. */
+// Writes to the file, which is open and read.
 bool WriteInto(EditedStore &store, const StoreFile &file, const Store &present,
                const Changes &changes, std::string &error, Foreign &foreign) {
   const bool isMine = file.bytes == store.bytes;

@@ -1,4 +1,4 @@
-/* The command eval: formulas over the rows of files. */
+// The command eval: formulas over the rows of files.
 #include <algorithm>
 #include <cstdio>
 #include <numeric>
@@ -14,8 +14,8 @@ namespace {
 struct Evaluation {
   const EvalOptions *options;
   Computation computation;
-  std::vector<size_t> kept; /* columns that are written, by index */
-  std::vector<size_t> keys; /* formulas that the rows are sorted by */
+  std::vector<size_t> kept;  // columns that are written, by index
+  std::vector<size_t> keys;  // formulas that the rows are sorted by
   Sorter sorter;
   Output output;
 };
@@ -30,7 +30,7 @@ std::string TitleOf(const Column &column) {
   return FormulaOf(column.name, "").title;
 }
 
-/* The columns of --keep. */
+// The columns of --keep.
 bool TakeKept(Evaluation &evaluation, std::string &error) {
   const Table &table = evaluation.computation.session.table;
   for (const std::string &name : evaluation.options->keep) {
@@ -49,7 +49,7 @@ bool TakeKept(Evaluation &evaluation, std::string &error) {
   return true;
 }
 
-/* The keys of --sort: a formula of the run, a column, or a text of its own. */
+// The keys of --sort: a formula of the run, a column, or a text of its own.
 bool TakeKeys(Evaluation &evaluation, std::string &error) {
   Computation &computation = evaluation.computation;
   for (const std::string &argument : evaluation.options->rows.sort) {
@@ -76,7 +76,7 @@ bool TakeKeys(Evaluation &evaluation, std::string &error) {
   return true;
 }
 
-/* Names the columns of the output. A formula replaces a kept column of the same name. */
+// Names the columns of the output. A formula replaces a kept column of the same name.
 void Begin(Evaluation &evaluation) {
   const Computation &computation = evaluation.computation;
   Output &output = evaluation.output;
@@ -99,7 +99,7 @@ void Begin(Evaluation &evaluation) {
   }
 }
 
-/* A kept field as in the file, or its value where the output format has types. */
+// A kept field as in the file, or its value where the output format has types.
 bool KeptCell(const Evaluation &evaluation, Session &session, size_t index, std::string &cell) {
   const Column &column = session.table.columns[index];
   if (!IsJson(evaluation.output.format) || column.type == ORL_TYPE_STRING) {
@@ -113,8 +113,7 @@ bool KeptCell(const Evaluation &evaluation, Session &session, size_t index, std:
   return SessionValue(session, index, value) && CellFromValue(column.type, &value, cell);
 }
 
-/* The cells of the current row. A value without text is missing like one that was not computed.
- */
+// The cells of the current row. A value without text is missing like one that was not computed.
 void MakeCells(const Evaluation &evaluation, Worker &worker, std::vector<std::string> &cells) {
   const std::vector<Formula> &formulas = evaluation.computation.formulas;
   cells.resize(evaluation.output.columns.size());
@@ -157,7 +156,7 @@ void MakeRow(const Evaluation &evaluation, Worker &worker, RowBatch &batch) {
   }
 }
 
-/* Writes the results of a batch, or keeps them to be sorted. */
+// Writes the results of a batch, or keeps them to be sorted.
 bool TakeBatch(Evaluation &evaluation, RowBatch &batch) {
   for (Sorter::Row &row : batch.sorted) {
     evaluation.sorter.rows.push_back(std::move(row));

@@ -36,7 +36,7 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
-/* The text with the special blanks that some countries use for grouping replaced by plain ones. */
+// The text with the special blanks that some countries use for grouping replaced by plain ones.
 std::string WithPlainBlanks(std::string_view text) {
   std::string plain(Trimmed(text));
   for (const std::string_view blank : {"\xC2\xA0", "\xE2\x80\xAF"}) {
@@ -47,15 +47,15 @@ std::string WithPlainBlanks(std::string_view text) {
   return plain;
 }
 
-/* A number with the given decimal separator, as plain text: the other separator, or blanks, group
- * digits by three. Empty when it is not of that form. */
+// A number with the given decimal separator, as plain text: the other separator, or blanks, group
+// digits by three. Empty when it is not of that form.
 std::string WithoutGroups(std::string_view field, char decimal) {
   const std::string text = WithPlainBlanks(field);
   const size_t separator = text.find_first_of(decimal == ',' ? ". " : ", ");
   const char group = separator == std::string::npos ? ' ' : text[separator];
   const std::string_view whole = std::string_view(text).substr(0, text.find(decimal));
   std::string plain;
-  size_t run = 0; /* digits since the start or the last group separator */
+  size_t run = 0;  // digits since the start or the last group separator
   bool grouped = false;
   for (const char byte : whole) {
     if (byte == group) {
@@ -82,14 +82,14 @@ std::string WithoutGroups(std::string_view field, char decimal) {
   return plain;
 }
 
-/* Whether a number is exact: no excess digits, not too small. */
+// Whether a number is exact: no excess digits, not too small.
 bool IsExact(const NumberValue &value, std::string_view text) {
   const int digits = CountDigits(text);
   return WRENNumIsNull(&value) == 0 && digits <= kMostDigits &&
          (digits == 0 || WRENNumIsZero(&value) == 0);
 }
 
-/* The digits at the start of the text; removes them. */
+// The digits at the start of the text; removes them.
 std::string_view TakeDigits(std::string_view &text) {
   size_t count = 0;
   while (count < text.size() && IsDigit(text[count])) {
@@ -100,11 +100,11 @@ std::string_view TakeDigits(std::string_view &text) {
   return digits;
 }
 
-/* Three numbers of one separator at the start of a text. */
+// Three numbers of one separator at the start of a text.
 struct ThreeNumbers {
   std::string_view first, second, third;
-  char separator = '\0'; /* 0: the text does not begin with them */
-  bool equal = true;     /* both separators are the same */
+  char separator = '\0';  // 0: the text does not begin with them
+  bool equal = true;      // both separators are the same
   std::string_view rest;
 };
 
@@ -124,7 +124,7 @@ ThreeNumbers TakeThree(std::string_view text) {
   return result;
 }
 
-/* How the country writes dates. */
+// How the country writes dates.
 struct CountryDates {
   char separator;
   bool yearFirst;
@@ -146,10 +146,9 @@ CountryDates FindCountryDates() {
   return {place == std::string_view::npos ? '/' : shown[place], locale.dateOrder == 2};
 }
 
-/* Whether three numbers at the start are written as a date and not as a version or an address: in
- * ISO form, or with the country's separator, or with any date separator when the order was given; a
- * year of two or four digits; a blank or a T before the time. Other texts are left to the library.
- */
+// Whether three numbers at the start are written as a date and not as a version or an address: in
+// ISO form, or with the country's separator, or with any date separator when the order was given; a
+// year of two or four digits; a blank or a T before the time. Other texts are left to the library.
 bool LooksLikeDate(const FieldRules &rules, std::string_view text) {
   static const CountryDates country = FindCountryDates();
   const ThreeNumbers numbers = TakeThree(Trimmed(text));
@@ -171,9 +170,9 @@ bool LooksLikeDate(const FieldRules &rules, std::string_view text) {
          (rest.empty() || rest[0] == 'T' || kBlanks.find(rest[0]) != std::string_view::npos);
 }
 
-/* The position of the "Z" or offset of an ISO date and time; npos when there is none. */
+// The position of the "Z" or offset of an ISO date and time; npos when there is none.
 size_t FindOffset(std::string_view text) {
-  constexpr size_t kTime = 11; /* of 2024-01-31T10:30 */
+  constexpr size_t kTime = 11;  // of 2024-01-31T10:30
   const ThreeNumbers numbers = TakeThree(text);
   if (numbers.separator != '-' || numbers.first.size() != 4 || text.size() < kTime + 3) {
     return std::string_view::npos;
@@ -188,7 +187,7 @@ size_t FindOffset(std::string_view text) {
   return sign;
 }
 
-/* The offset in minutes of "Z", "+02", "-0530" or "+05:30"; false for anything else. */
+// The offset in minutes of "Z", "+02", "-0530" or "+05:30"; false for anything else.
 bool OffsetMinutes(std::string_view offset, int32_t &minutes) {
   if (offset == "Z" || offset == "z") {
     minutes = 0;
@@ -298,7 +297,7 @@ bool PlainDecimal(const char *text, int64_t &value, uint8_t &decimals) {
   constexpr ptrdiff_t kMostDigitsOf64Bits = 18;
   const bool negative = *text == '-';
   text += negative ? 1 : 0;
-  uint64_t number = 0; /* wraps around where there are too many digits */
+  uint64_t number = 0;  // wraps around where there are too many digits
   const char *first = text;
   for (; IsDigit(*text); ++text) {
     number = number * 10 + static_cast<unsigned char>(*text - '0');

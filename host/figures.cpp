@@ -28,7 +28,7 @@ void AddNumber(ReportFigure figure, int32_t type, const NumberValue &value, Entr
   }
 }
 
-/* The median: the value in the middle, or the mean of the two in the middle. */
+// The median: the value in the middle, or the mean of the two in the middle.
 NumberValue Median(std::vector<NumberValue> &all) {
   const auto less = [](const NumberValue &left, const NumberValue &right) {
     return WRENNumCompare(&left, &right) < 0;

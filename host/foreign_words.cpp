@@ -57,15 +57,15 @@ constexpr Foreign kCharacters[] = {
     {"²", kPower},
     {"³", kPower},
     {"√", "write Power(a, 0.5) for a square root"},
-    {"\xC2\xA0", kPlainBlank},     /* no-break space */
-    {"\xE2\x80\xAF", kPlainBlank}, /* narrow no-break space */
-    {"\xE2\x80\x8B", kPlainBlank}, /* zero width space */
-    {"\xEF\xBB\xBF", kPlainBlank}, /* byte-order mark */
+    {"\xC2\xA0", kPlainBlank},      // no-break space
+    {"\xE2\x80\xAF", kPlainBlank},  // narrow no-break space
+    {"\xE2\x80\x8B", kPlainBlank},  // zero width space
+    {"\xEF\xBB\xBF", kPlainBlank},  // byte-order mark
 };
 
-/* Words of one meaning, with blanks between them. */
+// Words of one meaning, with blanks between them.
 struct ForeignWords {
-  unsigned places; /* WORD_... bits */
+  unsigned places;  // WORD_... bits
   std::string_view words, hint;
 };
 
@@ -121,7 +121,7 @@ constexpr ForeignWords kWords[] = {
     {kWordBetween, "#", kNoComments},
 };
 
-/* How to convert a value of one type to another. */
+// How to convert a value of one type to another.
 struct Conversion {
   int32_t id;
   std::string_view hint;

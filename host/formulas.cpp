@@ -24,7 +24,7 @@ bool IsQuote(char byte) {
   return byte == '"' || byte == '`';
 }
 
-/* The "=" after the name, searched after the name's quotes. */
+// The "=" after the name, searched after the name's quotes.
 size_t FindEquals(const std::string &argument) {
   const size_t first = argument.find_first_not_of(" \t");
   size_t from = 0;
@@ -35,10 +35,10 @@ size_t FindEquals(const std::string &argument) {
   return argument.find('=', from);
 }
 
-/* The index of each name among the formulas. */
+// The index of each name among the formulas.
 using Places = std::map<std::string_view, size_t>;
 
-/* The reason why a name is not valid for a formula. */
+// The reason why a name is not valid for a formula.
 std::string NameProblem(EC ec, const std::string &name) {
   if (name.empty()) {
     return "a formula has no name";
@@ -75,7 +75,7 @@ bool CheckNames(EC ec, const std::vector<Formula> &formulas, Places &places, std
   return true;
 }
 
-/* Stores what the context has of the formulas. */
+// Stores what the context has of the formulas.
 void TakeDefined(EC ec, std::vector<Formula> &formulas) {
   for (Formula &formula : formulas) {
     formula.exp = ORLHEXPFromName(ec, formula.name.c_str());
@@ -83,18 +83,18 @@ void TakeDefined(EC ec, std::vector<Formula> &formulas) {
   }
 }
 
-/* The formula whose call prevents this one from being defined. */
+// The formula whose call prevents this one from being defined.
 size_t Awaited(EC ec, Formula &formula, const Places &places) {
   uint16_t type = 0;
   ORLParseFormula(ec, nullptr, formula.text.c_str(), formula.name.c_str(), &formula.problem, &type);
   return places.at(UnknownCall(formula));
 }
 
-/* The message for formulas that call each other in a cycle, or one that calls itself. The chain of
- * waiting formulas leads from `start` into the cycle, and `start` is moved there. */
+// The message for formulas that call each other in a cycle, or one that calls itself. The chain of
+// waiting formulas leads from `start` into the cycle, and `start` is moved there.
 std::string CircleMessage(EC ec, std::vector<Formula> &formulas, const Places &places,
                           size_t &start) {
-  std::map<size_t, size_t> awaited; /* by who waits */
+  std::map<size_t, size_t> awaited;  // by who waits
   while (awaited.count(start) == 0) {
     start = awaited[start] = Awaited(ec, formulas[start], places);
   }
@@ -168,7 +168,7 @@ bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error, s
     error = CircleMessage(ec, formulas, places, failed);
   } else {
     formulas[failed].problem = problem;
-    std::vector<Formula> others = formulas; /* it cannot call itself */
+    std::vector<Formula> others = formulas;  // it cannot call itself
     others.erase(others.begin() + place);
     error = "formula " + DisplayName(formulas[failed].title) + ": " +
             ErrorWithPlace(ec, formulas[failed].text, problem, others);
@@ -217,7 +217,7 @@ std::string ErrorWithPlace(EC ec, const std::string &text, const FormulaError &e
 bool FormulasRead(const std::string &path, std::vector<Formula> &formulas, std::string &error) {
   std::ifstream stream(path);
   std::string argument;
-  int64_t begun = 0; /* the line that the formula began on */
+  int64_t begun = 0;  // the line that the formula began on
   const auto finish = [&] {
     Formula formula;
     const bool good = begun == 0 || FormulaFromArgument(argument, formula, error);

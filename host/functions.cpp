@@ -1,4 +1,4 @@
-/* The command functions: the functions that formulas can call, from their pages. */
+// The command functions: the functions that formulas can call, from their pages.
 #include <orli11.h>
 
 #include <cstdio>
@@ -28,7 +28,7 @@ void PutHead(const FunctionText &function, const char *indent) {
                   function.forDatabases ? kForDatabases : "", indent, function.description));
 }
 
-/* Two lines each: signature and description side by side are wider than most terminals. */
+// Two lines each: signature and description side by side are wider than most terminals.
 int List() {
   for (const FunctionText &function : kFunctions) {
     PutHead(function, "    ");

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr size_t kBlock = size_t{256} << 10;
-constexpr size_t kFirstSlots = 1024; /* a power of two, as all slot counts */
+constexpr size_t kFirstSlots = 1024;  // a power of two, as all slot counts
 
 size_t HashOf(std::string_view key) {
   return std::hash<std::string_view>()(key);
@@ -32,7 +32,7 @@ std::string_view Groups::Keep(std::string_view key) {
   return {bytes, key.size()};
 }
 
-/* Doubles the slots. */
+// Doubles the slots.
 void Groups::Grow() {
   std::vector<uint32_t> slots(std::max(slots_.size() * 2, kFirstSlots));
   const size_t mask = slots.size() - 1;

@@ -11,28 +11,28 @@
 
 namespace {
 
-/* An invalid formula as the rules see it. */
+// An invalid formula as the rules see it.
 struct Case {
   const std::string &text;
   const FormulaError &error;
   const KnownNames &names;
   std::vector<Token> tokens;
-  size_t at = 0;         /* the token at the error, or their number when it is after the last */
-  std::string_view word; /* its text, as written */
+  size_t at = 0;          // the token at the error, or their number when it is after the last
+  std::string_view word;  // its text, as written
 };
 
 bool IsNameToken(const Token &token) {
   return token.kind == kTokenName || token.kind == kTokenQuoted;
 }
 
-/* The token `step` places from the error; one without text when there is none. */
+// The token `step` places from the error; one without text when there is none.
 Token Near(const Case &wrong, int step) {
   const auto place = static_cast<size_t>(static_cast<int64_t>(wrong.at) + step);
   return place < wrong.tokens.size() ? wrong.tokens[place] : Token{kTokenOther, 0, {}};
 }
 
-/* The first token of that kind and text, or null. The text is compared in any case; empty: any
- * text. */
+// The first token of that kind and text, or null. The text is compared in any case; empty: any
+// text.
 const Token *Find(const Case &wrong, TokenKind kind, std::string_view text = {}) {
   for (const Token &token : wrong.tokens) {
     if (token.kind == kind && (text.empty() || EqualNoCase(token.text, text))) {
@@ -46,7 +46,7 @@ bool Contains(const std::vector<std::string> &names, std::string_view name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-/* The column whose header is the word, in any case, as formulas write it; empty when none. */
+// The column whose header is the word, in any case, as formulas write it; empty when none.
 std::string ColumnOfHeader(const Case &wrong, std::string_view header) {
   for (const std::string &name : wrong.names.columns) {
     const bool quoted = name.size() > 2 && (name.front() == '"' || name.front() == '`');
@@ -57,7 +57,7 @@ std::string ColumnOfHeader(const Case &wrong, std::string_view header) {
   return {};
 }
 
-/* Whether a byte of the text is inside a quoted string or name. */
+// Whether a byte of the text is inside a quoted string or name.
 bool InQuotes(const Case &wrong, size_t at) {
   return std::any_of(wrong.tokens.begin(), wrong.tokens.end(), [at](const Token &token) {
     return (token.kind == kTokenString || token.kind == kTokenQuoted) && at >= token.offset &&
@@ -65,7 +65,7 @@ bool InQuotes(const Case &wrong, size_t at) {
   });
 }
 
-/* A letter, digit or quote next to a name makes it part of another one. */
+// A letter, digit or quote next to a name makes it part of another one.
 bool IsWordByte(char byte) {
   return std::isalnum(static_cast<unsigned char>(byte)) != 0 || byte == '_' || byte == '"' ||
          byte == '`' || byte == '\'' || (byte & 0x80) != 0;
@@ -81,13 +81,11 @@ bool IsUnitWord(std::string_view word) {
          ORLInputNameIsKeyword(unused.data(), std::string(word).c_str()) == 1;
 }
 
-/* Whether a value is expected at the token. */
+// Whether a value is expected at the token.
 bool StartsOperand(const Case &wrong, size_t place) {
   const TokenKind before = place == 0 ? kTokenOpen : wrong.tokens[place - 1].kind;
   return before == kTokenOpen || before == kTokenComma || before == kTokenOperator;
 }
-
-/* ---- The rules, each returns a sentence or nothing ------------------------------------------- */
 
 std::string Unclosed(const Case &wrong) {
   const Token *open = Find(wrong, kTokenUnclosed);
@@ -102,8 +100,8 @@ std::string Unclosed(const Case &wrong) {
          "'it''s'";
 }
 
-/* A character that looks like one of the language, or means one elsewhere. Characters in the name
- * of a column are fine. */
+// A character that looks like one of the language, or means one elsewhere. Characters in the name
+// of a column are fine.
 std::string ForeignCharacter(const Case &wrong) {
   const size_t end = static_cast<size_t>(std::max(wrong.error.offset, 0)) + wrong.word.size();
   size_t length = 1;
@@ -194,7 +192,7 @@ std::string ForeignSign(const Case &wrong) {
   return amount ? "amounts are written without a currency sign" : "";
 }
 
-/* 1e3, which is read as the number 1 and the name e3. */
+// 1e3, which is read as the number 1 and the name e3.
 std::string Exponent(const Case &wrong) {
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
     const Token &number = wrong.tokens[i];
@@ -210,7 +208,7 @@ std::string Exponent(const Case &wrong) {
   return {};
 }
 
-/* A sign before something that is not a number. */
+// A sign before something that is not a number.
 std::string Sign(const Case &wrong) {
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
     const Token &sign = wrong.tokens[i];
@@ -229,7 +227,7 @@ std::string Sign(const Case &wrong) {
   return {};
 }
 
-/* day + 1, where day is a column and a unit word. */
+// day + 1, where day is a column and a unit word.
 std::string UnitWord(const Case &wrong) {
   for (size_t i = 0; i < wrong.tokens.size(); ++i) {
     const Token &token = wrong.tokens[i];
@@ -252,7 +250,7 @@ std::string UnitWord(const Case &wrong) {
   return moves ? "a unit word moves a Date by a Number: date + 7 DAYS" : std::string();
 }
 
-/* wind speed, without the quotes that such a name needs. */
+// wind speed, without the quotes that such a name needs.
 std::string NeedsQuotes(const Case &wrong) {
   if (wrong.error.id == ORL_ERR_FUNC) {
     return {};
@@ -275,7 +273,7 @@ std::string NeedsQuotes(const Case &wrong) {
   return {};
 }
 
-/* "rain", in the quotes of names. */
+// "rain", in the quotes of names.
 std::string StringInNameQuotes(const Case &wrong) {
   const Token token = Near(wrong, 0);
   if (wrong.error.id != ORL_ERR_VAR || token.kind != kTokenQuoted) {
@@ -288,7 +286,7 @@ std::string StringInNameQuotes(const Case &wrong) {
                         : DidYouMean(column);
 }
 
-/* Words of other languages, unless a function differs in case alone. */
+// Words of other languages, unless a function differs in case alone.
 std::string ForeignWord(const Case &wrong) {
   const auto isWord = [&wrong](const std::string &name) { return EqualNoCase(name, wrong.word); };
   if (wrong.error.id == ORL_ERR_VAR) {
@@ -310,7 +308,7 @@ std::string ForeignWord(const Case &wrong) {
   return {};
 }
 
-/* A formula without its parentheses, or a function. */
+// A formula without its parentheses, or a function.
 std::string NeedsCall(const Case &wrong) {
   if (wrong.error.id != ORL_ERR_VAR) {
     return {};
@@ -324,7 +322,7 @@ std::string NeedsCall(const Case &wrong) {
              : std::string();
 }
 
-/* A column or formula that is used like a function. */
+// A column or formula that is used like a function.
 std::string NoCall(const Case &wrong) {
   const std::string name(wrong.word);
   return wrong.error.id == ORL_ERR_FUNC && Contains(wrong.names.columns, name)
@@ -352,8 +350,8 @@ std::string NearName(const Case &wrong) {
   return DidYouMean(Nearest(wrong.word, called));
 }
 
-/* What to write for the value of a wrong type: a column without its quotes, or a conversion. A
- * String column may only have become one by a few odd fields. */
+// What to write for the value of a wrong type: a column without its quotes, or a conversion. A
+// String column may only have become one by a few odd fields.
 std::string Converted(const Case &wrong) {
   const std::string hint(HintForError(wrong.error.id));
   const bool atOperator = wrong.error.id == ORL_ERR_OPERATORSTR;
@@ -371,7 +369,7 @@ std::string Converted(const Case &wrong) {
              : hint;
 }
 
-/* The arguments of a call. */
+// The arguments of a call.
 std::string Arguments(const Case &wrong) {
   const bool count = wrong.error.id == ORL_ERR_NUMPARMSHI || wrong.error.id == ORL_ERR_NUMPARMSLO;
   return count ? "`orli functions " + std::string(wrong.word) + "` shows the arguments"
@@ -382,7 +380,7 @@ bool IsOperand(const Token &token) {
   return IsNameToken(token) || token.kind == kTokenNumber || token.kind == kTokenString;
 }
 
-/* A word after a number that moves a date, in the place of a unit. */
+// A word after a number that moves a date, in the place of a unit.
 std::string NoUnit(const Case &wrong) {
   for (size_t i = 2; i < wrong.tokens.size() && wrong.error.id == ORL_ERR_SYNTAX; ++i) {
     const Token &number = wrong.tokens[i - 1];
@@ -399,7 +397,7 @@ std::string NoUnit(const Case &wrong) {
   return {};
 }
 
-/* 10-5-2 where a number is wanted: it is a date. */
+// 10-5-2 where a number is wanted: it is a date.
 std::string NumbersAsDate(const Case &wrong) {
   const auto offset = static_cast<size_t>(std::max(wrong.error.offset, 0));
   const auto length = static_cast<size_t>(std::max(wrong.error.length, 0));
@@ -415,7 +413,7 @@ std::string NumbersAsDate(const Case &wrong) {
              : std::string();
 }
 
-/* 2 MONTHS 3 DAYS, which the scanner takes for a date. */
+// 2 MONTHS 3 DAYS, which the scanner takes for a date.
 std::string SeveralUnits(const Case &wrong) {
   const auto units = std::count_if(
       wrong.tokens.begin(), wrong.tokens.end(),
@@ -425,7 +423,7 @@ std::string SeveralUnits(const Case &wrong) {
              : "";
 }
 
-/* What is missing in a text: a parenthesis, an operator between two values, a value at its end. */
+// What is missing in a text: a parenthesis, an operator between two values, a value at its end.
 std::string Missing(const Case &wrong) {
   if (wrong.error.id != ORL_ERR_SYNTAX) {
     return {};
@@ -461,7 +459,7 @@ std::string Missing(const Case &wrong) {
   return last == kTokenOperator || last == kTokenComma ? "a value is missing at the end" : "";
 }
 
-/* The first rule that applies provides the hint. */
+// The first rule that applies provides the hint.
 constexpr std::string (*kRules[])(const Case &wrong) = {
     Unclosed, ForeignCharacter, UnitWord,           NeedsQuotes,  Comparison, Logic,  In,
     Exponent, ForeignSign,      StringInNameQuotes, Sign,         NeedsCall,  NoCall, ForeignWord,

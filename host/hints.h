@@ -1,4 +1,4 @@
-/* hints.h - what to write instead of an invalid formula. */
+// What to write instead of an invalid formula.
 #ifndef ORLI11_HOST_HINTS_H
 #define ORLI11_HOST_HINTS_H
 
@@ -7,17 +7,17 @@
 #include <string>
 #include <vector>
 
-/* The names that a formula could have meant. */
+// The names that a formula could have meant.
 struct KnownNames {
   std::vector<std::string> columns, functions, formulas;
-  std::vector<std::string> texts; /* the columns of type String */
+  std::vector<std::string> texts;  // the columns of type String
 };
 
-/* The columns, functions and formulas of a context, and the names of others that are not yet
- * defined in it. */
+// The columns, functions and formulas of a context, and the names of others that are not yet
+// defined in it.
 KnownNames NamesOf(EC ec, const std::vector<std::string> &formulas);
 
-/* A sentence about the error in a text, without a line end; empty when there is no hint. */
+// A sentence about the error in a text, without a line end; empty when there is no hint.
 std::string HintFor(const std::string &text, const FormulaError &error, const KnownNames &names);
 
 #endif

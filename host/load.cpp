@@ -1,4 +1,4 @@
-/* The command that reads a store and lets the user repair formulas that no longer parse. */
+// The command that reads a store and lets the user repair formulas that no longer parse.
 #include <cstdio>
 
 #include "host/commands.h"
@@ -10,21 +10,21 @@ namespace {
 
 constexpr size_t kNone = static_cast<size_t>(-1);
 
-/* The state of a load. */
+// The state of a load.
 struct Loading {
-  StoreFile file;    /* as it was found */
-  std::string bytes; /* its contents for the requested columns */
-  Store before;      /* the columns and formulas in them */
+  StoreFile file;     // as it was found
+  std::string bytes;  // its contents for the requested columns
+  Store before;       // the columns and formulas in them
 };
 
-/* Formulas that call each other in a cycle have no invalid text to repair. */
+// Formulas that call each other in a cycle have no invalid text to repair.
 bool IsCircle(const Store &store, size_t wrong) {
   const std::string called(UnknownCall(store.formulas[wrong]));
   return StoreFormula(store, called) != nullptr;
 }
 
-/* Opens the editor for each formula that does not parse; returns the new bytes. False when the user
- * has cancelled it. */
+// Opens the editor for each formula that does not parse; returns the new bytes. False when the user
+// has cancelled it.
 bool Repair(const std::string &bytes, std::string &repaired) {
   const Context ec = NewContext();
   const bool good =
@@ -33,7 +33,7 @@ bool Repair(const std::string &bytes, std::string &repaired) {
   return good;
 }
 
-/* Replaces the store by the bytes unless it has changed in the meantime. */
+// Replaces the store by the bytes unless it has changed in the meantime.
 int Replace(const std::string &path, const Loading &loading, const std::string &bytes) {
   StoreFile file;
   std::string error;
@@ -47,7 +47,7 @@ int Replace(const std::string &path, const Loading &loading, const std::string &
   return good ? kExitGood : Complain(error, kExitWrong);
 }
 
-/* The formulas that were repaired. */
+// The formulas that were repaired.
 std::vector<Formula> Repaired(const Loading &loading, const Store &after) {
   std::vector<Formula> repaired;
   for (size_t i = 0; i < after.formulas.size(); ++i) {
@@ -58,7 +58,7 @@ std::vector<Formula> Repaired(const Loading &loading, const Store &after) {
   return repaired;
 }
 
-/* Lists formulas that still parse but have another type, since the user has not seen them. */
+// Lists formulas that still parse but have another type, since the user has not seen them.
 void ReportTypes(const Loading &loading, const Store &after) {
   Store old;
   std::string unused;
@@ -75,7 +75,7 @@ void ReportTypes(const Loading &loading, const Store &after) {
   }
 }
 
-/* How many formulas there are, and for which columns. */
+// How many formulas there are, and for which columns.
 void ReportCount(const Loading &loading, const Store &after, const Session *session) {
   const std::string columns =
       session == nullptr ? "" : ", for the columns of " + session->csv.Path();

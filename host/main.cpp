@@ -1,4 +1,4 @@
-/* orli - formulas over the columns of a CSV file. */
+// orli - formulas over the columns of a CSV file.
 #include <orli11.h>
 #include <CLI/CLI.hpp>
 
@@ -39,7 +39,7 @@ constexpr const char *kFooter =
     "A text that begins with a minus goes after --, as in: orli check DATA.csv -- '-.5 + wind'\n"
     "Exit status: 0 done, 1 the data or a formula is wrong, 2 the command line is wrong.";
 
-/* The help with one empty line before each group of options, not two. */
+// The help with one empty line before each group of options, not two.
 class HelpFormatter : public CLI::Formatter {
  public:
   std::string make_help(const CLI::App *app, std::string name,
@@ -60,7 +60,7 @@ void StyleHelp(CLI::App &app) {
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
 }
 
-/* "; did you mean --limit?", when there is a similar name. */
+// "; did you mean --limit?", when there is a similar name.
 std::string DidYouMean(const std::string &word, const std::vector<std::string> &names) {
   const std::string near = Nearest(word, names);
   return near.empty() ? near : "; did you mean " + near + "?";
@@ -76,8 +76,8 @@ std::vector<std::string> OptionNames(const CLI::App &app) {
   return names;
 }
 
-/* The error in the command line, in words that name the argument. Unknown options are reported
- * first: the parser removes them and then reports what they may have been meant for as missing. */
+// The error in the command line, in words that name the argument. Unknown options are reported
+// first: the parser removes them and then reports what they may have been meant for as missing.
 std::string UsageMessage(const CLI::App &app, const CLI::ParseError &error) {
   for (const std::string &argument : app.remaining(true)) {
     if (argument.size() > 1 && argument.front() == '-' && argument != "--") {
@@ -123,7 +123,7 @@ int Run(int argc, char **argv) {
   }
   try {
     app.parse(argc, argv);
-  } catch (const CLI::Success &help) { /* help or version */
+  } catch (const CLI::Success &help) {  // help or version
     return app.exit(help);
   } catch (const CLI::ParseError &error) {
     return ComplainOfUsage(UsageMessage(app, error));
@@ -134,7 +134,7 @@ int Run(int argc, char **argv) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  /* A reader that closes the pipe, as head does, ends the run silently. */
+  // A reader that closes the pipe, as head does, ends the run silently.
   static_cast<void>(std::signal(SIGPIPE, SIG_DFL));
   DisplayStart();
   WRENSetCodePage(kUtf8);

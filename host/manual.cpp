@@ -1,12 +1,12 @@
-/* The commands man and completion: the commands and options of the help, for man and for the
- * shells. */
+// The commands man and completion: the commands and options of the help, for man and for the
+// shells.
 #include <cstdio>
 
 #include "host/command_line.h"
 
 namespace {
 
-/* The parts of the description of an option or command, on one line. */
+// The parts of the description of an option or command, on one line.
 std::string OneLine(std::string text) {
   for (char &byte : text) {
     byte = byte == '\n' ? ' ' : byte;
@@ -14,7 +14,7 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-/* Text for roff: no line may begin with a point or a quote, and some characters are special. */
+// Text for roff: no line may begin with a point or a quote, and some characters are special.
 std::string Roff(const std::string &text) {
   std::string roff;
   bool lineStart = true;
@@ -48,7 +48,7 @@ std::vector<CLI::Option *> OptionsOf(CLI::App &command, bool positional) {
   });
 }
 
-/* "DATA.csv ... [NAME]", as the usage line has it. */
+// "DATA.csv ... [NAME]", as the usage line has it.
 std::string ArgumentsOf(CLI::App &command) {
   std::string arguments;
   for (const CLI::Option *option : OptionsOf(command, true)) {
@@ -58,7 +58,7 @@ std::string ArgumentsOf(CLI::App &command) {
   return arguments;
 }
 
-/* "-f, --formula NAME=TEXT" */
+// "-f, --formula NAME=TEXT"
 std::string HeadOf(const CLI::Option &option) {
   std::string head;
   for (const std::string &name : option.get_snames()) {
@@ -93,7 +93,7 @@ std::string ManPage(CLI::App &app) {
   return page + ".SH EXAMPLES AND STATUS\n.nf\n" + Roff(footer) + "\n.fi\n";
 }
 
-/* The values of an option that accepts one of a few: "table csv". */
+// The values of an option that accepts one of a few: "table csv".
 std::string ChoicesOf(const CLI::Option &option) {
   std::string choices = option.get_type_name();
   if (choices.find('|') == std::string::npos ||
@@ -124,7 +124,7 @@ std::string LongNames(CLI::App &command) {
   return names;
 }
 
-/* Words of commands, options and choices; everything else is a file. */
+// Words of commands, options and choices; everything else is a file.
 std::string BashCompletion(CLI::App &app) {
   std::string script =
       "# bash completion of orli\n_orli() {\n"
@@ -148,7 +148,7 @@ std::string BashCompletion(CLI::App &app) {
          "complete -o default -F _orli orli\n";
 }
 
-/* Text inside the quotes and brackets of an option for zsh's _arguments. */
+// Text inside the quotes and brackets of an option for zsh's _arguments.
 std::string Zsh(const std::string &text) {
   std::string quoted;
   for (const char byte : OneLine(text)) {

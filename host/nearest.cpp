@@ -8,7 +8,7 @@
 
 namespace {
 
-/* The edit distance of two words; swapping two adjacent letters counts as one change. */
+// The edit distance of two words; swapping two adjacent letters counts as one change.
 size_t Distance(const std::string &one, const std::string &other) {
   std::vector<size_t> before(other.size() + 1);
   std::vector<size_t> last(other.size() + 1);
@@ -41,7 +41,7 @@ std::string Lower(std::string_view text) {
 std::string Nearest(std::string_view word, const std::vector<std::string> &names) {
   constexpr size_t kLongest = 64;
   const std::string wanted = Lower(word.substr(0, kLongest));
-  size_t best = wanted.size() / 3 + 1; /* a short word may differ only in case */
+  size_t best = wanted.size() / 3 + 1;  // a short word may differ only in case
   std::string nearest;
   for (const std::string &name : names) {
     const size_t distance = Distance(wanted, Lower(name));

@@ -9,11 +9,11 @@
 
 namespace {
 
-/* Functions whose result is null, or the empty text, for a null argument. */
+// Functions whose result is null, or the empty text, for a null argument.
 struct NullKeeper {
   std::string_view name;
-  unsigned arguments; /* a bit for each of these, the first one lowest */
-  bool toText;        /* the result is a string, in which nothing counts as zero */
+  unsigned arguments;  // a bit for each of these, the first one lowest
+  bool toText;         // the result is a string, in which nothing counts as zero
 };
 
 constexpr NullKeeper kNullKeepers[] = {
@@ -36,24 +36,24 @@ constexpr NullKeeper kNullKeepers[] = {
     {"TRUNCATE", 1, false},
 };
 
-/* A formula, used where null counts as zero or where it does not. */
+// A formula, used where null counts as zero or where it does not.
 using Visit = std::pair<size_t, bool>;
 
 struct Search {
   const std::vector<Formula> &formulas;
   std::map<std::string_view, size_t> places;
-  std::vector<std::set<std::string>> found; /* for each formula */
+  std::vector<std::set<std::string>> found;  // for each formula
   std::set<Visit> visited;
   std::vector<Visit> waiting;
 };
 
-/* A part of the tokens of one formula. */
+// A part of the tokens of one formula.
 struct Part {
   const std::vector<Token> *tokens;
   size_t begin, end;
 };
 
-/* The index after the parenthesis that closes the one at `open`. */
+// The index after the parenthesis that closes the one at `open`.
 size_t AfterClosing(const std::vector<Token> &tokens, size_t open, size_t end) {
   int depth = 0;
   for (size_t i = open; i < end; ++i) {
@@ -65,7 +65,7 @@ size_t AfterClosing(const std::vector<Token> &tokens, size_t open, size_t end) {
   return end;
 }
 
-/* The parts between the commas outside parentheses. */
+// The parts between the commas outside parentheses.
 std::vector<Part> Arguments(const Part &part) {
   std::vector<Part> arguments;
   size_t begin = part.begin;
@@ -93,13 +93,13 @@ bool HasOperator(const Part &part) {
   return false;
 }
 
-/* A part of a formula that is still to be examined. */
+// A part of a formula that is still to be examined.
 struct Task {
   Part part;
-  bool zero; /* null counts as zero here */
+  bool zero;  // null counts as zero here
 };
 
-/* The arguments of a call, each with the meaning of null there. */
+// The arguments of a call, each with the meaning of null there.
 void AddArguments(std::string_view name, const Part &inside, bool zero, std::vector<Task> &tasks) {
   const auto keeper = std::find_if(std::begin(kNullKeepers), std::end(kNullKeepers),
                                    [name](const NullKeeper &entry) { return entry.name == name; });
@@ -111,7 +111,7 @@ void AddArguments(std::string_view name, const Part &inside, bool zero, std::vec
   }
 }
 
-/* Examines one formula. */
+// Examines one formula.
 void Look(Search &search, const Visit &visit) {
   const std::vector<Token> tokens = Tokens(search.formulas[visit.first].text);
   std::vector<Task> tasks;

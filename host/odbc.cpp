@@ -1,4 +1,4 @@
-/* Executes a statement on a database, through the ODBC driver manager. */
+// Executes a statement on a database, through the ODBC driver manager.
 #include <sql.h>
 #include <sqlext.h>
 
@@ -22,20 +22,20 @@ void FreeEnvironment(SQLHANDLE environment) {
   SQLFreeHandle(SQL_HANDLE_ENV, environment);
 }
 void FreeConnection(SQLHANDLE connection) {
-  SQLDisconnect(connection); /* also one that was never allocated */
+  SQLDisconnect(connection);  // also one that was never allocated
   SQLFreeHandle(SQL_HANDLE_DBC, connection);
 }
 void FreeStatement(SQLHANDLE statement) {
   SQLFreeHandle(SQL_HANDLE_STMT, statement);
 }
 
-/* Null when out of memory. */
+// Null when out of memory.
 Handle NewHandle(SQLSMALLINT kind, SQLHANDLE parent, void (*release)(SQLHANDLE)) {
   SQLHANDLE handle = SQL_NULL_HANDLE;
   return {SQL_SUCCEEDED(SQLAllocHandle(kind, parent, &handle)) ? handle : nullptr, release};
 }
 
-/* The first line of a driver's message. */
+// The first line of a driver's message.
 std::string Diagnosis(SQLSMALLINT kind, SQLHANDLE handle) {
   std::array<SQLCHAR, 6> state = {};
   std::array<SQLCHAR, 1024> text = {};
@@ -62,7 +62,7 @@ bool Connect(const std::string &source, SQLHANDLE connection, std::string &error
   return error.empty();
 }
 
-/* The whole text of a column of the current row, read in pieces; NULL is the empty text. */
+// The whole text of a column of the current row, read in pieces; NULL is the empty text.
 bool GetCell(SQLHANDLE statement, size_t column, std::string &cell, std::string &error) {
   std::array<char, 4096> piece;
   cell.clear();
@@ -89,8 +89,8 @@ bool GetCell(SQLHANDLE statement, size_t column, std::string &cell, std::string 
   }
 }
 
-/* Whether two texts are the same number in the digits of a double: the smallest numbers of
- * databases are too small for NumberValue, which then keeps fewer digits or none. */
+// Whether two texts are the same number in the digits of a double: the smallest numbers of
+// databases are too small for NumberValue, which then keeps fewer digits or none.
 bool SameNumber(const std::string &one, const std::string &other) {
   constexpr double kPrecision = 1e-13;
   double first = 0;
@@ -102,7 +102,7 @@ bool SameNumber(const std::string &one, const std::string &other) {
          std::abs(first - second) <= std::abs(first) * kPrecision;
 }
 
-/* Numbers and dates in the form of formulas; anything else unchanged. */
+// Numbers and dates in the form of formulas; anything else unchanged.
 void Normalize(int32_t type, std::string &cell) {
   NumberValue value = {};
   const bool known = type == ORL_TYPE_NUMBER ? NumberFromField({}, cell.c_str(), &value)

@@ -14,7 +14,7 @@ NumberValue NumberOf(int32_t number) {
   return value;
 }
 
-/* The number at the index, or the null number. */
+// The number at the index, or the null number.
 NumberValue NumberAt(void **args, size_t place) {
   NumberValue value = {};
   if (args[place] != nullptr) {
@@ -23,8 +23,8 @@ NumberValue NumberAt(void **args, size_t place) {
   return value;
 }
 
-/* SUBSTRING counts from 1. Positions before the first character count but select nothing, so that
- * SUBSTRING(s, 0, 3) is the first two. */
+// SUBSTRING counts from 1. Positions before the first character count but select nothing, so that
+// SUBSTRING(s, 0, 3) is the first two.
 int32_t Substring(EC ec, HEXP exp, int32_t size, void **result, const char *name, void **args) {
   const NumberValue one = NumberOf(1);
   const NumberValue zero = NumberOf(0);
@@ -43,7 +43,7 @@ int32_t Substring(EC ec, HEXP exp, int32_t size, void **result, const char *name
   return FUNStrMid(ec, exp, size, result, name, moved.data());
 }
 
-/* LOCATE has the pattern first, counts from 1, and returns 0 when there is none. */
+// LOCATE has the pattern first, counts from 1, and returns 0 when there is none.
 int32_t Locate(EC ec, HEXP exp, int32_t size, void **result, const char *name, void **args) {
   std::array<void *, 2> turned = {args[1], args[0]};
   if (FUNStrScan(ec, exp, size, result, name, turned.data()) == 0) {
@@ -55,7 +55,7 @@ int32_t Locate(EC ec, HEXP exp, int32_t size, void **result, const char *name, v
   return 1;
 }
 
-/* DAYOFWEEK ends with Saturday, 7. */
+// DAYOFWEEK ends with Saturday, 7.
 int32_t DayOfWeek(EC ec, HEXP exp, int32_t size, void **result, const char *name, void **args) {
   if (FUNWeekDay(ec, exp, size, result, name, args) == 0) {
     return 0;
@@ -67,7 +67,7 @@ int32_t DayOfWeek(EC ec, HEXP exp, int32_t size, void **result, const char *name
   return 1;
 }
 
-/* The nearest integer in the direction of `step`, -1 or 1; null stays null. */
+// The nearest integer in the direction of `step`, -1 or 1; null stays null.
 int32_t WholeNumber(void **result, void **args, int32_t step) {
   const NumberValue value = NumberAt(args, 0);
   const NumberValue by = NumberOf(step);
@@ -94,8 +94,8 @@ int32_t Ceiling(EC /*ec*/, HEXP /*exp*/, int32_t /*size*/, void **result, const 
 
 struct OdbcFunction {
   const char *name;
-  char type;              /* of the result: N, D or S */
-  const char *parameters; /* a letter each */
+  char type;               // of the result: N, D or S
+  const char *parameters;  // a letter each
   OrlFunctionProc routine;
 };
 

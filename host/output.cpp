@@ -11,7 +11,7 @@
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-constexpr size_t kGap = 2; /* blanks between the columns of a table */
+constexpr size_t kGap = 2;  // blanks between the columns of a table
 
 void Put(std::string_view text) {
   static_cast<void>(std::fwrite(text.data(), 1, text.size(), stdout));
@@ -45,7 +45,7 @@ void AppendCsvRow(OutputFormat format, const std::vector<std::string> &cells, st
     }
     AppendCsvCell(cells[i], delimiter, line);
   }
-  /* Readers would not treat an empty line as a row. */
+  // Readers would not treat an empty line as a row.
   line += cells.size() == 1 && cells[0].empty() ? "\"\"" : "";
   line += format == kOutputTsv ? "\n" : "\r\n";
 }
@@ -78,7 +78,7 @@ void AppendJsonString(std::string_view text, std::string &line) {
   line += '"';
 }
 
-/* In an array each row begins with its separator from the previous one. */
+// In an array each row begins with its separator from the previous one.
 constexpr std::string_view kJsonPart = ",\n";
 
 void AppendJsonRow(const Output &output, const std::vector<std::string> &cells, std::string &line) {
@@ -106,7 +106,7 @@ void PutTableRow(const Output &output, const std::vector<std::string> &cells,
     const bool right = column.type == ORL_TYPE_NUMBER;
     size_t width = 0;
     const std::string shown = DisplayLine(cells[i], static_cast<size_t>(-1) / 2, width);
-    /* One very long cell would pad all rows with blanks that are then removed again. */
+    // One very long cell would pad all rows with blanks that are then removed again.
     const bool filled = column.width > width && (right || i + 1 < cells.size());
     const std::string fill(filled ? column.width - width : 0, ' ');
     line.append(i == 0 ? 0 : kGap, ' ');

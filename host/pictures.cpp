@@ -30,7 +30,7 @@ constexpr PictureFunction kFunctions[] = {
     {"NumberToStrPicture", "a number", IsNumberPicture},
 };
 
-/* The string literal that is the whole second argument of the call at `name`, or null. */
+// The string literal that is the whole second argument of the call at `name`, or null.
 const Token *SecondArgument(const std::vector<Token> &tokens, size_t name) {
   int depth = 0;
   for (size_t i = name + 1; i + 2 < tokens.size(); ++i) {

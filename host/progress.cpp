@@ -7,7 +7,7 @@
 
 namespace {
 
-/* The line is written at most five times a second. */
+// The line is written at most five times a second.
 constexpr std::chrono::milliseconds kTimeBetween(200);
 
 }  // namespace

@@ -1,4 +1,4 @@
-/* The command report: rows grouped by the values of formulas, with aggregates of each group. */
+// The command report: rows grouped by the values of formulas, with aggregates of each group.
 #include <algorithm>
 #include <cstdio>
 #include <limits>
@@ -12,7 +12,7 @@
 
 namespace {
 
-/* A column of the report: a part of the key or an aggregate, by its index among these. */
+// A column of the report: a part of the key or an aggregate, by its index among these.
 struct Place {
   bool key = false;
   size_t index = 0;
@@ -20,11 +20,11 @@ struct Place {
 
 struct Report {
   const ReportOptions *options;
-  Computation computation; /* a formula for each column */
+  Computation computation;  // a formula for each column
   std::vector<Place> places;
   size_t keys = 0, figures = 0;
   Groups groups;
-  std::vector<std::pair<size_t, bool>> sortedBy; /* columns; descending */
+  std::vector<std::pair<size_t, bool>> sortedBy;  // columns; descending
   Output output;
 };
 
@@ -36,7 +36,7 @@ int32_t TypeOf(const Report &report, size_t column) {
   return report.computation.formulas[column].type;
 }
 
-/* Adds the key and the values of a row to its batch. */
+// Adds the key and the values of a row to its batch.
 void MakeRow(const Report &report, Worker &worker, RowBatch &batch) {
   const size_t row = batch.ends.size();
   if (batch.values.size() < (row + 1) * report.figures) {
@@ -54,7 +54,7 @@ void MakeRow(const Report &report, Worker &worker, RowBatch &batch) {
   batch.ends.push_back(batch.text.size());
 }
 
-/* Adds the rows of a batch to their groups. */
+// Adds the rows of a batch to their groups.
 bool TakeBatch(Report &report, RowBatch &batch) {
   size_t begin = 0;
   for (size_t row = 0; row < batch.ends.size(); ++row) {
@@ -78,7 +78,7 @@ bool TakeBatch(Report &report, RowBatch &batch) {
   return true;
 }
 
-/* Computes the value of each aggregate. `missing` counts those that are too large for a number. */
+// Computes the value of each aggregate. `missing` counts those that are too large for a number.
 void FinishFigures(Report &report, std::vector<int64_t> &missing) {
   for (size_t group = 0; group < report.groups.Count(); ++group) {
     for (size_t i = 0; i < report.places.size(); ++i) {
@@ -91,7 +91,7 @@ void FinishFigures(Report &report, std::vector<int64_t> &missing) {
   }
 }
 
-/* The value of a column in a group. */
+// The value of a column in a group.
 struct GroupValue {
   NumberValue number = {};
   const char *text = "";
@@ -127,8 +127,8 @@ bool IsBefore(const Report &report, size_t left, size_t right) {
   return false;
 }
 
-/* A group with the double nearest to its first sort key: unless two are equal they determine the
- * order of the groups. */
+// A group with the double nearest to its first sort key: unless two are equal they determine the
+// order of the groups.
 struct OrderedGroup {
   double first = 0;
   uint32_t group = 0;
@@ -196,7 +196,7 @@ void WriteGroups(Report &report) {
   }
 }
 
-/* The keys of --sort, then the values of the groups, so that the order is total. */
+// The keys of --sort, then the values of the groups, so that the order is total.
 bool TakeKeys(Report &report, std::string &error) {
   const std::vector<Formula> &formulas = report.computation.formulas;
   for (const std::string &argument : report.options->rows.sort) {
@@ -237,7 +237,7 @@ bool Begin(Report &report, std::string &error) {
   }
   report.groups = Groups(report.figures);
   if (report.keys == 0) {
-    /* All rows are one group, which exists even without rows. */
+    // All rows are one group, which exists even without rows.
     report.groups.Find({});
   }
   return TakeKeys(report, error);
@@ -251,7 +251,7 @@ int RunReport(const ReportOptions &options) {
   report.output.format = options.rows.format;
   report.computation.options = &options.rows;
   for (const ReportColumn &column : options.columns) {
-    /* A count also has a formula, so that all names are checked in the same way. */
+    // A count also has a formula, so that all names are checked in the same way.
     const bool counts = column.figure == kReportCount;
     std::string error;
     if (!ComputationAdd(report.computation, column.argument + (counts ? "=1" : ""), error)) {
@@ -267,7 +267,7 @@ int RunReport(const ReportOptions &options) {
   consumer.make = [&report](Worker &worker, RowBatch &batch) { MakeRow(report, worker, batch); };
   consumer.take = [&report](RowBatch &batch) { return TakeBatch(report, batch); };
   consumer.end = [&report](bool good) {
-    /* Aggregates of some of the rows would look like those of all. */
+    // Aggregates of some of the rows would look like those of all.
     if (good) {
       WriteGroups(report);
     }

@@ -26,7 +26,7 @@ const Column *FindColumn(const Session &session, const char *name, size_t &index
   return &columns[index];
 }
 
-/* Converts the field, or gives the null value for an empty one. */
+// Converts the field, or gives the null value for an empty one.
 void Convert(const FieldRules &rules, const Column &column, const char *field, ColumnValue &value) {
   value.known = true;
   if (FieldIsEmpty(rules, field)) {
@@ -39,7 +39,7 @@ void Convert(const FieldRules &rules, const Column &column, const char *field, C
   }
 }
 
-/* The value routine of all columns. */
+// The value routine of all columns.
 int32_t ValueOfColumn(EC ec, HEXP exp, int32_t size, void **value, const char *name) {
   Session *session = reinterpret_cast<Session *>(ORLGetUserLong(ec));
   size_t index = 0;
@@ -70,8 +70,8 @@ void *LookUp(const char *routineName) {
                                                        : nullptr;
 }
 
-/* Warns once when the environment names a locale that is not installed: the settings of the United
- * States are then used instead, which read other dates. */
+// Warns once when the environment names a locale that is not installed: the settings of the United
+// States are then used instead, which read other dates.
 void CheckLocale() {
   locale_t locale = newlocale(LC_TIME_MASK | LC_NUMERIC_MASK | LC_MONETARY_MASK, "", nullptr);
   if (locale != nullptr) {
@@ -89,7 +89,7 @@ void CheckLocale() {
   }
 }
 
-/* Reports columns that are Strings because their fields are written in two ways. */
+// Reports columns that are Strings because their fields are written in two ways.
 void ReportTwoForms(const Session &session) {
   for (const Column &column : session.table.columns) {
     if (column.twoWays) {
@@ -100,8 +100,8 @@ void ReportTwoForms(const Session &session) {
   }
 }
 
-/* Calls `check` when there are more than a few rows; errors in the rows are reported when all are
- * read. */
+// Calls `check` when there are more than a few rows; errors in the rows are reported when all are
+// read.
 bool CheckAhead(Session &session, Progress &progress, const SessionCheck &check,
                 std::string &error) {
   constexpr int64_t kFewRows = 1000;

@@ -1,4 +1,4 @@
-/* The command sql: formulas of a store for a database. */
+// The command sql: formulas of a store for a database.
 #include "host/sql.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@
 
 namespace {
 
-/* The formulas of a statement, by their index among all. */
+// The formulas of a statement, by their index among all.
 struct Plan {
   std::vector<Formula> formulas;
   std::vector<size_t> shown;
@@ -27,8 +27,8 @@ struct Plan {
   Context ec;
 };
 
-/* A context that only parses what databases support: formulas without the built-in functions and
- * without dates moved by units. */
+// A context that only parses what databases support: formulas without the built-in functions and
+// without dates moved by units.
 bool MakeContext(const Table &table, Plan &plan) {
   plan.ec.reset(ORLCreateEC(nullptr, nullptr, nullptr, ORL_FLAG_RANGES | ORL_FLAG_NO_DATE_UNITS));
   EC ec = plan.ec.get();
@@ -40,7 +40,7 @@ bool MakeContext(const Table &table, Plan &plan) {
     std::memcpy(item.name, column.name.c_str(), column.name.size() + 1);
     good = good && ORLAddExpressionItem(ec, &item) != 0;
   }
-  /* The pictures after the templates: their width includes these. */
+  // The pictures after the templates: their width includes these.
   ORLSetDateConvert(ec, "{d '%s'}", "{ts '%s'}", "{t '%s'}", 2);
   ORLSetDatePicture(ec, "yyyy-MM-dd", "yyyy-MM-dd HH:mm:ss.ffffff", "HH:mm:ss");
   return good;
@@ -57,7 +57,7 @@ bool FindFormula(const Plan &plan, const std::string &name, size_t &place, std::
   return error.empty();
 }
 
-/* Splits TEXT=NAME; the text becomes one more formula. */
+// Splits TEXT=NAME; the text becomes one more formula.
 bool TakeCondition(Plan &plan, const std::string &argument, std::string &error) {
   const size_t equals = argument.rfind('=');
   if (equals == std::string::npos) {
@@ -75,7 +75,7 @@ bool TakeCondition(Plan &plan, const std::string &argument, std::string &error) 
   return true;
 }
 
-/* Values are computed by formulas and bounded by ranges and sets. */
+// Values are computed by formulas and bounded by ranges and sets.
 bool CheckKinds(EC ec, const Plan &plan, std::string &error) {
   const auto check = [&plan, &error, ec](size_t place, bool value) {
     const Formula &formula = plan.formulas[place];
@@ -101,8 +101,8 @@ bool CheckKinds(EC ec, const Plan &plan, std::string &error) {
   return error.empty();
 }
 
-/* Defines what the database can compute, in the order of the session's context, in which formulas
- * follow those that they call. */
+// Defines what the database can compute, in the order of the session's context, in which formulas
+// follow those that they call.
 void DefineForDatabase(EC session, Plan &plan) {
   std::unordered_map<HEXP, Formula *> known;
   for (Formula &formula : plan.formulas) {
@@ -117,7 +117,7 @@ void DefineForDatabase(EC session, Plan &plan) {
   }
 }
 
-/* The reason why a database cannot compute a formula: an error in it or in one that it calls. */
+// The reason why a database cannot compute a formula: an error in it or in one that it calls.
 std::string Refusal(const Plan &plan, size_t place) {
   const Formula *formula = &plan.formulas[place];
   for (std::string_view called = UnknownCall(*formula); !called.empty();) {
@@ -135,8 +135,8 @@ std::string Refusal(const Plan &plan, size_t place) {
          ErrorWithPlace(plan.ec.get(), formula->text, formula->problem);
 }
 
-/* An empty field counts in a formula, where a database has NULL. A column that is output unchanged
- * has an empty cell either way; a condition compares it. */
+// An empty field counts in a formula, where a database has NULL. A column that is output unchanged
+// has an empty cell either way; a condition compares it.
 void WarnOfEmptyFields(const Plan &plan, const Formula &formula, const Table &table, bool shown) {
   if (shown && ORLIsExpressionSimpleInput(plan.ec.get(), formula.exp) != 0) {
     return;

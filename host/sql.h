@@ -1,4 +1,4 @@
-/* sql.h - stored formulas as one statement for a database. */
+// Stored formulas as one statement for a database.
 #ifndef ORLI11_HOST_SQL_H
 #define ORLI11_HOST_SQL_H
 
@@ -10,17 +10,17 @@
 
 struct SqlQuery {
   std::string text;
-  std::vector<std::string> titles; /* of its columns */
-  std::vector<int32_t> types;      /* of their values */
+  std::vector<std::string> titles;  // of its columns
+  std::vector<int32_t> types;       // of their values
 };
 
-/* The statement for the columns of the session's file. False with a message for formulas that a
- * database cannot compute, or would compute differently. */
+// The statement for the columns of the session's file. False with a message for formulas that a
+// database cannot compute, or would compute differently.
 bool SqlBuild(const SqlOptions &options, const Session &session, SqlQuery &query,
               std::string &error);
 
-/* Executes the statement on a database and writes its rows in the format of formulas. `source` is a
- * data source of ODBC or a connection string. False with a message. */
+// Executes the statement on a database and writes its rows in the format of formulas. `source` is a
+// data source of ODBC or a connection string. False with a message.
 bool OdbcRun(const std::string &source, const SqlQuery &query, OutputFormat format,
              std::string &error);
 

@@ -18,8 +18,8 @@ bool IsQuote(char byte) {
   return byte == '"' || byte == '`';
 }
 
-/* The bytes of the name at the start of a text: up to three parts with points between, each plain
- * or in quotes. 0 when there is none. */
+// The bytes of the name at the start of a text: up to three parts with points between, each plain
+// or in quotes. 0 when there is none.
 size_t NameLength(std::string_view text) {
   size_t length = 0;
   while (length < text.size()) {
@@ -32,7 +32,7 @@ size_t NameLength(std::string_view text) {
         ++length;
       }
     } else {
-      return length == 0 ? 0 : length - 1; /* the point is part of something else */
+      return length == 0 ? 0 : length - 1;  // the point is part of something else
     }
     if (length >= text.size() || text[length] != '.') {
       return length;
@@ -42,13 +42,13 @@ size_t NameLength(std::string_view text) {
   return length;
 }
 
-/* Moves bytes from the start of the text to the SQL. */
+// Moves bytes from the start of the text to the SQL.
 void Take(std::string_view &text, size_t count, std::string &sql) {
   sql += text.substr(0, count);
   text.remove_prefix(std::min(count, text.size()));
 }
 
-/* A column by its header; other names, of functions, are unchanged. */
+// A column by its header; other names, of functions, are unchanged.
 void TakeName(std::string_view &text, const Table &table, std::string &sql) {
   const size_t length = NameLength(text);
   const std::string_view name = text.substr(0, length);
@@ -63,7 +63,7 @@ void TakeName(std::string_view &text, const Table &table, std::string &sql) {
   }
 }
 
-/* A number with its exponent, whose sign is not an operator. */
+// A number with its exponent, whose sign is not an operator.
 void TakeNumber(std::string_view &text, std::string &sql) {
   size_t length = std::min(text.find_first_not_of("0123456789."), text.size());
   if (length + 2 < text.size() && (text[length] == 'E' || text[length] == 'e') &&
@@ -73,7 +73,7 @@ void TakeNumber(std::string_view &text, std::string &sql) {
   Take(text, length, sql);
 }
 
-/* A text constant, or the date of an escape, whose fraction of a second has trailing zeros. */
+// A text constant, or the date of an escape, whose fraction of a second has trailing zeros.
 bool TakeConstant(std::string_view &text, std::string &sql, std::string &problem) {
   size_t end = 1;
   while (end + 1 < text.size() && (text[end] != '\'' || text[end + 1] == '\'')) {
@@ -96,7 +96,7 @@ bool TakeConstant(std::string_view &text, std::string &sql, std::string &problem
   return true;
 }
 
-/* The opening of an escape, with the word for its kind. */
+// The opening of an escape, with the word for its kind.
 bool TakeEscape(std::string_view &text, std::string &sql, std::string &problem) {
   const size_t length = text.find(' ') + 1;
   if (text.substr(0, length) == "{t ") {

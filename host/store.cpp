@@ -14,13 +14,13 @@
 
 namespace {
 
-constexpr int kUnknownVersions = 16; /* first bytes below this are versions, others foreign files */
+constexpr int kUnknownVersions = 16;  // first bytes below this are versions, others foreign files
 
-/* A cursor over the bytes of a store. Reads past the end return nothing. */
+// A cursor over the bytes of a store. Reads past the end return nothing.
 struct Walk {
   std::string_view bytes;
   size_t position = 0;
-  bool cut = false; /* they have ended too early */
+  bool cut = false;  // they have ended too early
 };
 
 std::string_view Take(Walk &walk, size_t count) {
@@ -31,7 +31,7 @@ std::string_view Take(Walk &walk, size_t count) {
   return taken;
 }
 
-/* Reads a string and its zero byte. */
+// Reads a string and its zero byte.
 std::string TakeText(Walk &walk) {
   const size_t end = walk.bytes.find('\0', walk.position);
   walk.cut = walk.cut || end == std::string_view::npos;
@@ -40,7 +40,7 @@ std::string TakeText(Walk &walk) {
   return std::string(text);
 }
 
-/* Reads a record of the stored form; zeros past the end. */
+// Reads a record of the stored form; zeros past the end.
 template <class Record>
 Record TakeRecord(Walk &walk) {
   Record record = {};
@@ -51,7 +51,7 @@ Record TakeRecord(Walk &walk) {
   return record;
 }
 
-/* The rows of the section with that tag if it is the next one. */
+// The rows of the section with that tag if it is the next one.
 int TakeHeader(Walk &walk, uint16_t tag) {
   Walk ahead = walk;
   if (TakeRecord<uint16_t>(ahead) != tag) {
@@ -69,7 +69,7 @@ std::string Damaged(const Walk &walk) {
   return "is damaged or cut short at byte " + std::to_string(walk.position);
 }
 
-/* The error in the start of the bytes; nothing when that many columns follow. */
+// The error in the start of the bytes; nothing when that many columns follow.
 std::string TakeStart(Walk &walk, int &columns) {
   const std::string_view first = Take(walk, 1);
   const int version = first.empty() ? -1 : static_cast<unsigned char>(first.front());
@@ -87,7 +87,7 @@ std::string TakeStart(Walk &walk, int &columns) {
     }
   }
   columns = TakeHeader(walk, ORL_BLOCK_TAG_INPUTS);
-  return walk.cut || columns <= 0 ? Damaged(walk) : std::string(); /* every file has columns */
+  return walk.cut || columns <= 0 ? Damaged(walk) : std::string();  // every file has columns
 }
 
 std::string TakeColumn(Walk &walk, Column &column) {
@@ -104,7 +104,7 @@ std::string TakeColumn(Walk &walk, Column &column) {
                                    : Unknown("column " + DisplayName(column.name), routine);
 }
 
-/* As StoreDecode, for a store that is empty. */
+// As StoreDecode, for a store that is empty.
 std::string TakeApart(const std::string &bytes, Store &store) {
   Walk walk{bytes};
   int columns = 0;
@@ -126,22 +126,22 @@ std::string TakeApart(const std::string &bytes, Store &store) {
   return good ? std::string() : Damaged(walk);
 }
 
-/* The result of a copying routine of the engine, with space for its terminator. */
+// The result of a copying routine of the engine, with space for its terminator.
 std::string Copy(EC ec, HEXP exp, int32_t length, decltype(ORLGetExpressionText) routine) {
   std::string copy(static_cast<size_t>(length) + 1, '\0');
   copy.resize(static_cast<size_t>(routine(ec, exp, length + 1, copy.data())));
   return copy;
 }
 
-/* A new context with the contents of the bytes. */
+// A new context with the contents of the bytes.
 bool Load(const std::string &bytes, int32_t formulas, Store &store) {
   store.ec = NewContext();
   return ORLSetECContents(store.ec.get(), static_cast<int32_t>(bytes.size()), bytes.data(),
                           formulas, nullptr) == 1;
 }
 
-/* Replaces the texts of these formulas by ones that use nothing, so that others use nothing through
- * them. */
+// Replaces the texts of these formulas by ones that use nothing, so that others use nothing through
+// them.
 void Forget(const Store &store, const std::set<std::string> &names) {
   constexpr std::array<const char *, 3> kTextOfType = {"0", "StrToDate('')", "''"};
   for (const Formula &formula : store.formulas) {
@@ -173,14 +173,14 @@ bool StoreRead(const std::string &bytes, Store &store, std::string &problem, siz
   if (!problem.empty()) {
     return false;
   }
-  /* The formulas are parsed first, since a load does not report which of them failed. */
+  // The formulas are parsed first, since a load does not report which of them failed.
   std::vector<Formula> tried = store.formulas;
   bool good = Load(bytes, 0, store);
   if (good && !FormulasDefine(store.ec.get(), tried, problem, wrong)) {
     store.formulas = tried;
     return false;
   }
-  /* Anything that orli does not write would be lost when the store is next written. */
+  // Anything that orli does not write would be lost when the store is next written.
   good = good && Load(bytes, 1, store) && StoredForm(store.ec.get(), true) == bytes;
   if (!good) {
     problem = "is damaged";
@@ -267,7 +267,7 @@ void StoreReport(const std::vector<Formula> &formulas, int status) {
       Complain("not stored: " + line, status);
     }
   }
-  /* Written before what follows on standard error, also when both are one file. */
+  // Written before what follows on standard error, also when both are one file.
   static_cast<void>(std::fflush(stdout));
 }
 
@@ -342,7 +342,7 @@ std::vector<Formula> FormulasMerged(const std::vector<Formula> &formulas,
 bool StoreDefine(const Store &store, const StoreFile &file, const std::set<std::string> &renewed,
                  const Session &session, std::vector<Formula> &formulas, std::string &error) {
   const bool defined = FormulasDefine(session.ec.get(), formulas, error);
-  /* A missing column is reported rather than the error that it causes. */
+  // A missing column is reported rather than the error that it causes.
   const std::string misfits = StoreMisfits(store, file, session, renewed, !defined);
   if (!misfits.empty()) {
     error = misfits;

@@ -1,4 +1,4 @@
-/* The commands that keep formulas in a file: define, list, show, delete, uses. */
+// The commands that keep formulas in a file: define, list, show, delete, uses.
 #include <cstdio>
 
 #include "host/commands.h"
@@ -16,7 +16,7 @@ int Save(const StoreFile &file, const std::string &bytes) {
   return StoreSave(file, bytes, error) ? kExitGood : Complain(error, kExitWrong);
 }
 
-/* Defines the formulas in a session with their columns, and saves both. */
+// Defines the formulas in a session with their columns, and saves both.
 int Define(const std::vector<Formula> &wanted, Session &session, const Store &store,
            const StoreFile &file) {
   std::set<std::string> names;
@@ -51,7 +51,7 @@ int RunDefine(const std::string &store, const DataOptions &data,
     }
   }
   return WithSession(data, [&](Session &session) {
-    /* The store is read after the data, which may take long. */
+    // The store is read after the data, which may take long.
     return WithStore(store, kStoreMayCreate, [&](const Store &old, const StoreFile &file) {
       return Define(wanted, session, old, file);
     });

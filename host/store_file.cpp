@@ -28,7 +28,7 @@ constexpr mode_t kNewFile = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_
 constexpr std::chrono::milliseconds kLockTry(20);
 constexpr std::chrono::seconds kLockPatience(1);
 
-/* Names of temporary files: process and number between these two. */
+// Names of temporary files: process and number between these two.
 constexpr std::string_view kTemporaryStart = ".orli-";
 constexpr std::string_view kTemporaryEnd = ".tmp";
 
@@ -37,7 +37,7 @@ bool Fail(const StoreFile &file, const std::string &what, std::string &error) {
   return false;
 }
 
-/* Follows symbolic links itself: the last may refer to a file that does not exist yet. */
+// Follows symbolic links itself: the last may refer to a file that does not exist yet.
 std::filesystem::path TargetOf(std::filesystem::path path) {
   std::error_code unread;
   for (int i = 0; i < kMostLinks && std::filesystem::is_symlink(path, unread); ++i) {
@@ -50,8 +50,8 @@ std::filesystem::path FolderOf(const StoreFile &file) {
   return file.target.has_parent_path() ? file.target.parent_path() : ".";
 }
 
-/* Waits for the lock, and tells the user so when it takes long. False when the file system has no
- * locks. */
+// Waits for the lock, and tells the user so when it takes long. False when the file system has no
+// locks.
 bool WaitForLock(const StoreFile &file) {
   const auto start = std::chrono::steady_clock::now();
   while (flock(file.folder, LOCK_EX | LOCK_NB) != 0) {
@@ -72,8 +72,8 @@ bool WaitForLock(const StoreFile &file) {
   return true;
 }
 
-/* The folder is locked, as the file itself is replaced at each change. On a file system without
- * locks the last of two changes wins. */
+// The folder is locked, as the file itself is replaced at each change. On a file system without
+// locks the last of two changes wins.
 bool LockFolder(StoreFile &file, StoreAccess access, std::string &error) {
   file.folder = open(FolderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (file.folder < 0) {
@@ -87,7 +87,7 @@ bool LockFolder(StoreFile &file, StoreAccess access, std::string &error) {
   return true;
 }
 
-/* Appends up to `count` bytes of a file. */
+// Appends up to `count` bytes of a file.
 bool ReadBytes(FILE *input, size_t count, StoreFile &file, std::string &error) {
   const size_t before = file.bytes.size();
   file.bytes.resize(before + count);
@@ -119,7 +119,7 @@ struct AclFree {
 };
 using Acl = std::unique_ptr<std::remove_pointer_t<acl_t>, AclFree>;
 
-/* The owning group's entry of an access control list, null when it has none. */
+// The owning group's entry of an access control list, null when it has none.
 acl_entry_t OwningGroup(acl_t acl) {
   acl_entry_t entry = nullptr;
   acl_tag_t tag = ACL_UNDEFINED_TAG;
@@ -132,7 +132,7 @@ acl_entry_t OwningGroup(acl_t acl) {
   return nullptr;
 }
 
-/* Copies the access control list to a file from the one that it replaces. */
+// Copies the access control list to a file from the one that it replaces.
 bool TakeAcl(int output, const StoreFile &file, bool groupKept) {
   const Acl acl(acl_get_file(file.target.c_str(), ACL_TYPE_ACCESS));
   if (acl == nullptr) {
@@ -149,8 +149,8 @@ bool TakeAcl(int output, const StoreFile &file, bool groupKept) {
   return acl_set_fd(output, acl.get()) == 0;
 }
 
-/* Copies the permissions to a file from the one that it replaces, and its owner where that is
- * allowed. Permissions of one group are not given to another. */
+// Copies the permissions to a file from the one that it replaces, and its owner where that is
+// allowed. Permissions of one group are not given to another.
 bool TakePermissions(int output, const StoreFile &file) {
   const struct stat &status = file.status;
   const bool groupKept = fchown(output, status.st_uid, status.st_gid) == 0 ||
@@ -159,8 +159,8 @@ bool TakePermissions(int output, const StoreFile &file) {
     return true;
   }
   const mode_t kept = groupKept ? S_IRWXU | S_IRWXG | S_IRWXO : S_IRWXU | S_IRWXO;
-  /* A file system without access control lists has only the mode, and so does a file that was
-   * deleted meanwhile. */
+  // A file system without access control lists has only the mode, and so does a file that was
+  // deleted meanwhile.
   return (errno == ENOTSUP || errno == ENOENT) && fchmod(output, status.st_mode & kept) == 0;
 }
 
@@ -175,8 +175,8 @@ bool IsTemporary(std::string_view name) {
   return name.find_first_not_of("-0123456789") == std::string_view::npos;
 }
 
-/* Removes the temporary files of writers that were killed. Requires the lock, so that there is no
- * other writer. */
+// Removes the temporary files of writers that were killed. Requires the lock, so that there is no
+// other writer.
 void SweepTemporaries(const StoreFile &file) {
   std::error_code failed;
   for (std::filesystem::directory_iterator at(FolderOf(file), failed), end; !failed && at != end;
@@ -187,9 +187,9 @@ void SweepTemporaries(const StoreFile &file) {
   }
 }
 
-/* Opens a temporary file in the folder of the store; its name, and -1 with errno on failure. A file
- * that replaces another one is accessible only to its owner until it has the permissions of that
- * one. */
+// Opens a temporary file in the folder of the store; its name, and -1 with errno on failure. A file
+// that replaces another one is accessible only to its owner until it has the permissions of that
+// one.
 int OpenTemporary(const StoreFile &file, std::string &name) {
   const std::string start =
       FolderOf(file) / (std::string(kTemporaryStart) + std::to_string(getpid()));
@@ -203,7 +203,7 @@ int OpenTemporary(const StoreFile &file, std::string &name) {
   }
 }
 
-/* Writes the temporary file and renames it into place; 0 or errno. */
+// Writes the temporary file and renames it into place; 0 or errno.
 int Replace(const StoreFile &file, const std::string &bytes) {
   if (file.locked) {
     SweepTemporaries(file);
@@ -239,7 +239,7 @@ bool StoreFileOpen(const std::string &path, StoreAccess access, HeadProblem head
   if (access != kStoreRead && !LockFolder(file, access, error)) {
     return false;
   }
-  /* Without waiting: a pipe is not a store. */
+  // Without waiting: a pipe is not a store.
   const int opened = open(file.target.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   FILE *input = opened >= 0 ? fdopen(opened, "rb") : nullptr;
   if (input == nullptr) {
@@ -265,8 +265,8 @@ void StoreFileClose(StoreFile &file) {
 }
 
 bool StoreFileWrite(const StoreFile &file, const std::string &bytes, std::string &error) {
-  /* Interrupts are held until the temporary file is removed; a limit on the size of files is an
-   * error like any other. */
+  // Interrupts are held until the temporary file is removed; a limit on the size of files is an
+  // error like any other.
   sigset_t interrupts;
   sigset_t before;
   sigemptyset(&interrupts);
@@ -280,7 +280,7 @@ bool StoreFileWrite(const StoreFile &file, const std::string &bytes, std::string
   if (problem != 0) {
     return Fail(file, std::string("not written: ") + std::strerror(problem), error);
   }
-  /* Some file systems cannot flush a folder. */
+  // Some file systems cannot flush a folder.
   return fsync(file.folder) == 0 || errno == EINVAL ||
          Fail(file, std::string("written, but may not last: ") + std::strerror(errno), error);
 }

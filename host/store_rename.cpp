@@ -1,8 +1,8 @@
-/* The command rename: renames a column in the formulas of a store.
- *
- * The engine replaces words, whatever they mean. So the column is first given a unique name: where
- * that replaces anything but the column, the formula no longer parses or no longer computes the
- * same. Only then is it given the new name. */
+// The command rename: renames a column in the formulas of a store.
+//
+// The engine replaces words, whatever they mean. So the column is first given a unique name: where
+// that replaces anything but the column, the formula no longer parses or no longer computes the
+// same. Only then is it given the new name.
 #include <algorithm>
 #include <cstdio>
 #include <set>
@@ -17,25 +17,25 @@
 
 namespace {
 
-/* The characters of a word. */
+// The characters of a word.
 constexpr char kNameQuote = '"';
 constexpr char kTextQuote = '\'';
 
-/* Names of the column. */
+// Names of the column.
 struct Renaming {
   std::string before, after;
 };
 
-/* The result of a rename. */
+// The result of a rename.
 struct Outcome {
-  std::string bytes; /* the store's new ones */
-  Store store;       /* as they read */
+  std::string bytes;  // the store's new ones
+  Store store;        // as they read
   std::string problem;
-  size_t wrong = static_cast<size_t>(-1); /* the formula that cannot be changed, if any */
+  size_t wrong = static_cast<size_t>(-1);  // the formula that cannot be changed, if any
 };
 
-/* True when a word of the text would change that cannot be the column: another column whose name
- * differs only in case, or one after an opening quote that the new name might close. */
+// True when a word of the text would change that cannot be the column: another column whose name
+// differs only in case, or one after an opening quote that the new name might close.
 bool ChangesOthers(const std::string &text, const Renaming &names,
                    const std::set<std::string> &columns) {
   const bool closes = names.after.find(kTextQuote) != std::string::npos;
@@ -54,7 +54,7 @@ bool ChangesOthers(const std::string &text, const Renaming &names,
   return false;
 }
 
-/* A name that is not a word of the store, nor part of a number or date. */
+// A name that is not a word of the store, nor part of a number or date.
 std::string UnusedName(const std::string &bytes) {
   std::set<std::string> used;
   for (size_t at = bytes.find('_'); at != std::string::npos; at = bytes.find('_', at + 1)) {
@@ -67,7 +67,7 @@ std::string UnusedName(const std::string &bytes) {
   return "_" + std::to_string(number);
 }
 
-/* For each formula whether it uses the column, itself or through others. */
+// For each formula whether it uses the column, itself or through others.
 std::vector<bool> UsersOf(const Store &store, const std::string &column) {
   std::vector<bool> users;
   for (const Formula &formula : store.formulas) {
@@ -76,8 +76,8 @@ std::vector<bool> UsersOf(const Store &store, const std::string &column) {
   return users;
 }
 
-/* Renames in the store's context and reads the result; false when a formula does not parse, has
- * another type or no longer uses the column as before. */
+// Renames in the store's context and reads the result; false when a formula does not parse, has
+// another type or no longer uses the column as before.
 bool Follow(const Store &store, const Renaming &names, Outcome &outcome) {
   EC ec = store.ec.get();
   const std::vector<bool> before = UsersOf(store, names.before);
@@ -117,7 +117,7 @@ bool Rename(const Store &store, const StoreFile &file, const Renaming &names, Ou
   return Follow(first.store, {between, names.after}, outcome);
 }
 
-/* Renames, saves, and writes the formulas that have changed. */
+// Renames, saves, and writes the formulas that have changed.
 int RenameAndSave(const Store &store, const StoreFile &file, const Renaming &names) {
   Outcome outcome;
   if (!Rename(store, file, names, outcome)) {

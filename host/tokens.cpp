@@ -20,11 +20,11 @@ bool IsNameStart(char byte) {
          std::string_view("#$_@").find(byte) != std::string_view::npos;
 }
 
-/* The bytes of the string literal at the start, 0 when it is not closed. A quote inside is doubled
- * or follows a backslash; a literal may end with a backslash when no later quote closes it. */
+// The bytes of the string literal at the start, 0 when it is not closed. A quote inside is doubled
+// or follows a backslash; a literal may end with a backslash when no later quote closes it.
 size_t StringLength(std::string_view text) {
   enum State : uint8_t { kInside, kEscaped, kClosed, kDoubled, kQuoted, kRequoted, kStop };
-  constexpr std::array<std::array<State, 3>, 6> kNext = {{/* other, backslash, quote */
+  constexpr std::array<std::array<State, 3>, 6> kNext = {{// other, backslash, quote
                                                           {kInside, kEscaped, kClosed},
                                                           {kInside, kEscaped, kQuoted},
                                                           {kStop, kStop, kDoubled},
@@ -40,7 +40,7 @@ size_t StringLength(std::string_view text) {
   return length;
 }
 
-/* The bytes of a name of plain and quoted parts separated by points; 0 for an open quote. */
+// The bytes of a name of plain and quoted parts separated by points; 0 for an open quote.
 size_t NameLength(std::string_view text) {
   size_t length = 0;
   for (;;) {
@@ -105,7 +105,7 @@ Token TokenAt(std::string_view text, size_t offset) {
   }
 }
 
-/* Whether a comma is part of a date: 12 Jan, 1999 or Jan 12, 1999. */
+// Whether a comma is part of a date: 12 Jan, 1999 or Jan 12, 1999.
 bool IsInDate(const std::vector<Token> &tokens, size_t comma) {
   if (comma < 2 || comma + 1 == tokens.size() || tokens[comma + 1].kind != kTokenNumber) {
     return false;

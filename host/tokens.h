@@ -1,4 +1,4 @@
-/* tokens.h - the tokens of a formula's text, for the host's messages about formulas. */
+// The tokens of a formula's text, for the host's messages about formulas.
 #ifndef ORLI11_HOST_TOKENS_H
 #define ORLI11_HOST_TOKENS_H
 
@@ -7,37 +7,37 @@
 #include <vector>
 
 enum TokenKind {
-  kTokenNumber,   /* digits and points; the parts of a date are numbers and operators */
-  kTokenName,     /* a plain name or word */
-  kTokenQuoted,   /* a name in double quotes or backticks */
-  kTokenString,   /* a string literal with its quotes */
-  kTokenOperator, /* + - * / % or || */
+  kTokenNumber,    // digits and points; the parts of a date are numbers and operators
+  kTokenName,      // a plain name or word
+  kTokenQuoted,    // a name in double quotes or backticks
+  kTokenString,    // a string literal with its quotes
+  kTokenOperator,  // + - * / % or ||
   kTokenOpen,
   kTokenClose,
   kTokenComma,
-  kTokenUnclosed, /* an unclosed quote, and the rest of the text */
-  kTokenOther     /* a byte that has no meaning in formulas */
+  kTokenUnclosed,  // an unclosed quote, and the rest of the text
+  kTokenOther      // a byte that has no meaning in formulas
 };
 
 struct Token {
   TokenKind kind;
-  size_t offset;         /* in the text */
-  std::string_view text; /* a part of it */
+  size_t offset;          // in the text
+  std::string_view text;  // a part of it
 };
 
-/* The tokens of the text without blanks. They point into the text. */
+// The tokens of the text without blanks. They point into the text.
 std::vector<Token> Tokens(std::string_view text);
 
-/* The members of a range ("a AND b") or set ("a, b"), or the whole text when it is neither. */
+// The members of a range ("a AND b") or set ("a, b"), or the whole text when it is neither.
 std::vector<std::string> MembersOf(std::string_view text);
 
-/* Whether two words are equal ignoring ASCII case. */
+// Whether two words are equal ignoring ASCII case.
 bool EqualNoCase(std::string_view left, std::string_view right);
 
-/* The value of a string literal with its quotes. */
+// The value of a string literal with its quotes.
 std::string Unquoted(std::string_view literal);
 
-/* A text without leading and trailing blanks. */
+// A text without leading and trailing blanks.
 std::string Trimmed(std::string_view text);
 
 #endif

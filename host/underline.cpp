@@ -9,12 +9,12 @@ namespace {
 constexpr std::string_view kIndent = "  ";
 constexpr size_t kTabStop = 4;
 
-/* The bytes to mark; none when begin is not below end. */
+// The bytes to mark; none when begin is not below end.
 struct Span {
   size_t begin = 0, end = 0;
 };
 
-/* A line of the text and its marks, built side by side. */
+// A line of the text and its marks, built side by side.
 struct LinePair {
   std::string shown, marks;
   bool marked = false;
@@ -36,7 +36,7 @@ Span SpanIn(std::string_view text, int32_t offset, int32_t length) {
 void AddMarks(LinePair &line, size_t width, bool marked) {
   line.marked = line.marked || marked;
   if (width == 0 && marked && !line.marks.empty()) {
-    line.marks.back() = '^'; /* an accent combines with the character before it */
+    line.marks.back() = '^';  // an accent combines with the character before it
     return;
   }
   line.marks.append(width == 0 && marked ? 1 : width, marked ? '^' : ' ');

@@ -12,8 +12,8 @@ namespace {
 constexpr int64_t kPageRows = 1000000;
 constexpr size_t kLongestValue = 1000;
 
-/* The value as a formula writes it; empty for one that is not listed. Numbers and dates are written
- * like results: a file may have forms that formulas do not accept, such as 2e3. */
+// The value as a formula writes it; empty for one that is not listed. Numbers and dates are written
+// like results: a file may have forms that formulas do not accept, such as 2e3.
 std::string ListedValue(const FieldRules &rules, int16_t type, const char *field) {
   std::string text = FieldIsEmpty(rules, field) ? "" : field;
   if (text.empty() || type == ORL_TYPE_STRING) {
@@ -30,7 +30,7 @@ std::string ListedValue(const FieldRules &rules, int16_t type, const char *field
 bool TakeRow(const CsvRow &row, void *user, std::string &error) {
   ValueListing &listing = *static_cast<ValueListing *>(user);
   const Session &session = *listing.session;
-  /* The file was read before, but it may have changed since. */
+  // The file was read before, but it may have changed since.
   if (!ColumnsFit(session.csv, session.table, row, error)) {
     return false;
   }
@@ -49,7 +49,7 @@ void ClearList(const OrlWindowSystem &windows, OrlWindow list) {
   }
 }
 
-/* The list sorts by text, which is right also for dates; numbers are inserted by value. */
+// The list sorts by text, which is right also for dates; numbers are inserted by value.
 void AddToList(const OrlWindowSystem &windows, OrlWindow list, bool isNumber,
                const std::string &value, std::vector<NumberValue> &shown) {
   const auto text = reinterpret_cast<intptr_t>(value.c_str());
@@ -87,7 +87,7 @@ void ListingBegin(ValueListing &listing, const std::string &name) {
 
 std::vector<std::string> ListingPage(ValueListing &listing, size_t most, bool &more) {
   const int64_t lastRow = listing.rows + kPageRows;
-  /* One value beyond the page shows that there is another page. */
+  // One value beyond the page shows that there is another page.
   while (listing.reading != nullptr && listing.waiting.size() <= most && listing.rows < lastRow) {
     if (!CsvReadOn(*listing.reading)) {
       listing.reading.reset();

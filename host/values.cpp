@@ -13,7 +13,7 @@ namespace {
 constexpr size_t kFormatCapacity = 100;
 constexpr size_t kMicrosecondDigits = 6;
 
-/* A negative `decimals` means the digits that the number has. */
+// A negative `decimals` means the digits that the number has.
 bool PlainNumber(const NumberValue &value, int decimals, std::string &cell) {
   std::array<char, kFormatCapacity> text;
   if (decimals < 0) {
@@ -42,8 +42,8 @@ NumberValue NumberOf(const char *text) {
   return value;
 }
 
-/* One digit before the point and an exponent, for a number with too many zeros to write out. Steps
- * by ten are exact. */
+// One digit before the point and an exponent, for a number with too many zeros to write out. Steps
+// by ten are exact.
 bool NumberWithExponent(NumberValue value, std::string &cell) {
   const NumberValue one = NumberOf("1");
   const NumberValue ten = NumberOf("10");
@@ -67,7 +67,7 @@ bool NumberWithExponent(NumberValue value, std::string &cell) {
   return good;
 }
 
-/* "." and the digits of the microseconds without trailing zeros; empty when there are none. */
+// "." and the digits of the microseconds without trailing zeros; empty when there are none.
 std::string FractionDigits(int32_t microseconds) {
   if (microseconds == 0) {
     return {};

@@ -167,7 +167,7 @@ FormulaError StoreContent(EC ec, HEXP exp, OwnedExpression fresh) {
   if (renamed) {
     ContextChanged(ec);
   } else {
-    ec->revision++;  // every name still resolves as before
+    ++ec->revision;  // every name still resolves as before
   }
   return {};
 }

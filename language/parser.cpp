@@ -18,7 +18,7 @@ constexpr ColumnTable MakeColumns() {
   for (uint8_t &column : table.columns) {
     column = kParserColumns;
   }
-  for (int32_t i = 0; i < kParserColumns; i++) {
+  for (int32_t i = 0; i < kParserColumns; ++i) {
     table.columns[kParserTokens[i]] = static_cast<uint8_t>(i);
   }
   return table;

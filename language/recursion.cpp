@@ -109,7 +109,7 @@ int32_t RestoreOrder(EC ec) {
   OrderRestart(ec);
   Search search = BeginSearch(ec, nullptr, nullptr);
   int32_t result = 0;
-  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions) && result == 0; i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions) && result == 0; ++i) {
     Expression *expression = static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i));
     const ExprNode *where = nullptr;
     if (expression->refersToFormulas && expression->walkNumber != search.number) {

@@ -26,7 +26,7 @@ int32_t AnswerAtStop(const char *text, int32_t length, int32_t stop, bool call, 
   if (call && (text[stop] == ' ' || text[stop] == '(')) {
     int32_t open = stop;
     while (open < length && text[open] == ' ') {
-      open++;
+      ++open;
     }
     return open == length - 1 && text[open] == '(' ? kNameGood : stop;
   }
@@ -52,7 +52,7 @@ int32_t CheckName(const char *text, int32_t length, bool call) {
       if (at == length - 1) {
         return at;
       }
-      at++;
+      ++at;
       if (!IsTrailByte(ByteAt(text, at))) {
         return at;
       }
@@ -70,7 +70,7 @@ int32_t CheckName(const char *text, int32_t length, bool call) {
         return AnswerAtStop(text, length, at, call, doubleByte);
       }
     }
-    at++;
+    ++at;
   }
   return kNameGood;
 }
@@ -89,7 +89,7 @@ bool IsWholeLiteral(const char *text, int32_t length) {
     } else if (byte == '\'') {
       return at == last;
     } else {
-      at++;
+      ++at;
     }
   }
   return false;

@@ -49,7 +49,7 @@ int32_t RunAutomaton(ParseState &state) {
 // The last position up to `from` that is at a mark, or 0.
 int32_t LastMark(const ParseState &state, int32_t from) {
   while (from > 0 && !kStates[state.trail[from]].mark) {
-    from--;
+    --from;
   }
   return from;
 }
@@ -58,9 +58,9 @@ int32_t LastMark(const ParseState &state, int32_t from) {
 int32_t TakeMatch(ParseState &state, int32_t longest) {
   const char *text = state.text + state.position;
   int32_t mark = longest;  // there is no mark between this position and `length`
-  for (int32_t length = longest; length > 0; length--) {
+  for (int32_t length = longest; length > 0; --length) {
     const AutomatonState &facts = kStates[state.trail[length]];
-    for (int32_t i = 0; i < facts.acceptedCount; i++) {
+    for (int32_t i = 0; i < facts.acceptedCount; ++i) {
       const uint8_t rule = kAcceptedRules[facts.firstAccepted + i];
       int32_t taken = length;
       if ((kMarkedRules >> rule & 1U) != 0) {

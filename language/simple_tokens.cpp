@@ -29,7 +29,7 @@ struct ClassTable {
 };
 
 constexpr void SetClass(ClassTable &table, const char *bytes, ByteClass byteClass) {
-  for (; *bytes != '\0'; bytes++) {
+  for (; *bytes != '\0'; ++bytes) {
     table.classes[static_cast<uint8_t>(*bytes)] = byteClass;
   }
 }
@@ -43,7 +43,7 @@ constexpr ClassTable MakeClasses() {
   SetClass(table, "\t\n", ByteClass::Break);
   SetClass(table, "%()*+,-/<=>{}", ByteClass::Operator);
   SetClass(table, "'", ByteClass::Quote);
-  for (int32_t byte = 0x80; byte < 256; byte++) {
+  for (int32_t byte = 0x80; byte < 256; ++byte) {
     table.classes[byte] = ByteClass::High;
   }
   return table;
@@ -64,19 +64,19 @@ bool IsSeparator(char byte) {
 
 const char *SkipLetters(const char *at) {
   while (ClassOf(*at) == ByteClass::Letter) {
-    at++;
+    ++at;
   }
   return at;
 }
 const char *SkipDigits(const char *at) {
   while (ClassOf(*at) == ByteClass::Digit) {
-    at++;
+    ++at;
   }
   return at;
 }
 const char *SkipSpace(const char *at) {
   while (ClassOf(*at) == ByteClass::Blank || ClassOf(*at) == ByteClass::Break) {
-    at++;
+    ++at;
   }
   return at;
 }
@@ -114,11 +114,11 @@ int32_t ScanName(ParseState &state, const char *start) {
   const bool isWord = ClassOf(*end) != ByteClass::Sign && ClassOf(*end) != ByteClass::Digit;
   while (ClassOf(*end) == ByteClass::Letter || ClassOf(*end) == ByteClass::Sign ||
          ClassOf(*end) == ByteClass::Digit) {
-    end++;
+    ++end;
   }
   const char *last = end;
   while (*last == ' ') {
-    last++;
+    ++last;
   }
   const bool blanks = last != end;
   switch (ClassOf(*last)) {
@@ -191,7 +191,7 @@ int32_t ScanString(ParseState &state, const char *start) {
   bool high = false;
   while (*at != '\'' && *at != '\\' && *at != '\0') {
     high = high || ClassOf(*at) == ByteClass::High;
-    at++;
+    ++at;
   }
   if (*at != '\'' || at[1] == '\'' || (high && WRENIsDoubleByte() != 0)) {
     return kNotSimple;

@@ -96,9 +96,9 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
   const bool awaited = ReferenceCount(ec, KeyOfEntry(stored->entry)) != 0 &&
                        NameIndexFirst(ec->expressionNames, KeyOfEntry(stored->entry)) == nullptr;
   NameIndexAppend(ec->expressionNames, stored->entry);
-  ec->revision++;
+  ++ec->revision;
   if (awaited) {
-    ec->generation++;  // references that were unresolved now resolve to it
+    ++ec->generation;  // references that were unresolved now resolve to it
     ec->order.broken = true;
   } else {
     OrderAppend(ec, stored);

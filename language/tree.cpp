@@ -60,14 +60,14 @@ ExprNode *NextSibling(const ExprNode *node) {
 uint32_t ChildCount(const ExprNode *node) {
   uint32_t count = 0;
   for (const ExprNode *child = FirstChild(node); child != nullptr; child = NextSibling(child)) {
-    count++;
+    ++count;
   }
   return count;
 }
 
 ExprNode *ChildAt(const ExprNode *node, uint32_t index) {
   ExprNode *child = FirstChild(node);
-  for (; index > 0 && child != nullptr; index--) {
+  for (; index > 0 && child != nullptr; --index) {
     child = NextSibling(child);
   }
   return child;

@@ -68,7 +68,7 @@ void PutNodes(TreeBuilder &builder, const char *text, ExprNode *root, char *end)
     const DraftNode &draft = drafts[i];
     while (depth > 0 && i + drafts[above].size <= above) {
       above = drafts[above].parent;
-      depth--;
+      --depth;
       aboveNode = root + (above + 1 - drafts[above].size + depth - 1);
     }
     ExprNode *node = root + (i + 1 - draft.size + depth);
@@ -90,7 +90,7 @@ void PutNodes(TreeBuilder &builder, const char *text, ExprNode *root, char *end)
       drafts[i].parent = above;
       above = i;
       aboveNode = node;
-      depth++;
+      ++depth;
     }
   }
 }

@@ -248,7 +248,7 @@ bool CheckCall(ParseState &state, const ExprItem *function, const CallDraft &cal
   const auto typeOf = [&](int32_t index) {
     return static_cast<uint16_t>(Listed(state, call.first + static_cast<uint32_t>(index)).dataType);
   };
-  for (int32_t i = 0; i < count; i++) {
+  for (int32_t i = 0; i < count; ++i) {
     const DraftNode &argument = Listed(state, call.first + static_cast<uint32_t>(i));
     const Expectation expected = ExpectedOf(function, i, count, typeOf);
     if (!TypeFits(expected.type, argument.dataType)) {
@@ -384,7 +384,7 @@ int16_t TypeOfSet(ParseState &state, uint32_t first, uint32_t count) {
     return kNoType;
   }
   const int16_t common = Listed(state, first).dataType;
-  for (uint32_t i = 1; i < count; i++) {
+  for (uint32_t i = 1; i < count; ++i) {
     const DraftNode &member = Listed(state, first + i);
     if (member.dataType != common) {
       FailAt(state, member.dataType < 255 ? ORL_ERR_RANGETYPE : ORL_ERR_KEYWORD, member);
@@ -425,7 +425,7 @@ bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function) {
   };
   const auto count = static_cast<int32_t>(ChildCount(call));
   const ExprNode *argument = FirstChild(call);
-  for (int32_t i = 0; i < count && i < function->paramCount; i++) {
+  for (int32_t i = 0; i < count && i < function->paramCount; ++i) {
     const Expectation expected = ExpectedOf(function, i, count, typeOf);
     if (ItemParameters(function)[i].mode != 1 && !TypeFits(expected.type, NodeType(argument))) {
       return false;

@@ -134,7 +134,7 @@ void FirstPass(DeleteRun &run, int32_t kind) {
 void AskAll(DeleteRun &run) {
   run.lost = false;
   run.nextRound.count = 0;
-  for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); ++i) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
     if (IsFree(run, exp) && !QueuePush(run.nextRound, exp->entry.order)) {
       run.lost = true;  // asks for those that fit; for the rest in the next round
@@ -157,7 +157,7 @@ void Round(DeleteRun &run) {
 
 // Without memory for a single position the host is asked for the first free expression directly.
 void AskForFirstFree(DeleteRun &run) {
-  for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); ++i) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
     if (IsFree(run, exp)) {
       AskToDestroy(run, exp);
@@ -169,7 +169,7 @@ void AskForFirstFree(DeleteRun &run) {
 // Takes back the marks of the run. True when there was one.
 bool ClearDeferred(const DeleteRun &run) {
   bool any = false;
-  for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); ++i) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
     if (IsDeferred(run, exp)) {
       exp->deleteRun = 0;
@@ -231,7 +231,7 @@ int32_t ORLDeleteExpItem(EC ec, int32_t kind, const char *name, OrlDeleteProc pr
   // Expressions that are still in use remain so: the host keeps what it was asked to destroy.
   run.ok = !ClearDeferred(run) && run.ok;
   ec->listener = run.listener.outer;
-  ec->deleteRuns--;
+  --ec->deleteRuns;
   ReplaceBlock(run.thisRound.places);
   ReplaceBlock(run.nextRound.places);
   if (run.ok) {

@@ -10,7 +10,7 @@ namespace {
 
 void FreeExpressions(EC ec) {
   const uint32_t count = HandleArrayRows(ec->expressions);
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     const OwnedExpression expression(
         static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i)));
   }
@@ -20,7 +20,7 @@ void FreeExpressions(EC ec) {
 }
 
 void FreeTexts(EC ec) {
-  for (int32_t i = 0; i < 3; i++) {
+  for (int32_t i = 0; i < 3; ++i) {
     ReplaceBlock(ec->pictures[i]);
     ReplaceBlock(ec->dateConvert[i]);
   }
@@ -44,7 +44,7 @@ void CopyDateSettings(EC copy, EC ec) {
 
 void CopyItems(EC copy, ItemTable &target, const ItemTable &table) {
   const uint32_t count = HandleArrayRows(table.rows);
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     const ExprItem *item = static_cast<ExprItem *>(HandleArrayPointerAt(table.rows, i));
     if (item != nullptr) {
       ItemAdd(copy, &target, item);
@@ -54,7 +54,7 @@ void CopyItems(EC copy, ItemTable &target, const ItemTable &table) {
 
 void CopyExpressions(EC copy, EC ec) {
   const uint32_t count = HandleArrayRows(ec->expressions);
-  for (uint32_t i = 0; i < count; i++) {
+  for (uint32_t i = 0; i < count; ++i) {
     const Expression *expression =
         static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i));
     if (expression != nullptr && expression->text != nullptr) {

@@ -63,7 +63,7 @@ bool SetOperator(EC ec, OperatorGroup group, int32_t type, const char *name) {
 
 // Reads the operator names; false at the first that fails.
 bool ReadOperators(BlockLoad &load) {
-  for (int32_t i = 0; i < kGroupCount * kOperatorTypes; i++) {
+  for (int32_t i = 0; i < kGroupCount * kOperatorTypes; ++i) {
     const char *name = TakeText(load.cursor, BlockEnd::Allowed);
     if (name == nullptr) {
       return false;
@@ -144,7 +144,7 @@ void TakeReportAverageClass(EC ec) {
     return;  // a negative count has one parameter record
   }
   const uint16_t subClass = ItemParameters(function)[0].subClass;
-  for (uint32_t i = 0; i < HandleArrayRows(ec->inputs.rows); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(ec->inputs.rows); ++i) {
     ExprItem *row = static_cast<ExprItem *>(HandleArrayPointerAt(ec->inputs.rows, i));
     if (row != nullptr) {
       row->subClass = subClass;
@@ -155,7 +155,7 @@ void TakeReportAverageClass(EC ec) {
 
 bool ReadInputs(BlockLoad &load) {
   const int32_t count = TakeSectionHeader(load.cursor);
-  for (int32_t i = 0; i < count; i++) {
+  for (int32_t i = 0; i < count; ++i) {
     if (!ReadInput(load)) {
       return false;
     }
@@ -168,7 +168,7 @@ bool ReadInputs(BlockLoad &load) {
 
 bool StepOverFunctions(BlockLoad &load) {
   const int32_t count = TakeSectionHeader(load.cursor);
-  for (int32_t i = 0; i < count; i++) {
+  for (int32_t i = 0; i < count; ++i) {
     const char *row = TakeBytes(load.cursor, kOldestInputSize, BlockEnd::Allowed);
     if (row == nullptr) {
       return false;

@@ -39,7 +39,7 @@ void PutText(BlockTarget &target, const char *text) {
 // The number of elements that hold a row; a failed load may have left an empty one.
 template <typename Row, typename Visit>
 void ForEachRow(HandleArray table, Visit visit) {
-  for (uint32_t i = 0; i < HandleArrayRows(table); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(table); ++i) {
     const Row *row = static_cast<const Row *>(HandleArrayPointerAt(table, i));
     if (row != nullptr) {
       visit(*row);
@@ -50,7 +50,7 @@ void ForEachRow(HandleArray table, Visit visit) {
 template <typename Row>
 uint16_t CountRows(HandleArray table) {
   uint16_t count = 0;
-  ForEachRow<Row>(table, [&count](const Row &) { count++; });
+  ForEachRow<Row>(table, [&count](const Row &) { ++count; });
   return count;
 }
 

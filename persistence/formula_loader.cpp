@@ -86,7 +86,7 @@ void Reschedule(FormulaLoad &load, PendingRow &awaited, bool all) {
 }
 
 void RescheduleAll(FormulaLoad &load) {
-  for (int32_t i = 0; load.deferred != 0 && i < load.names.count; i++) {
+  for (int32_t i = 0; load.deferred != 0 && i < load.names.count; ++i) {
     Reschedule(load, load.names.rows.get()[i], true);
   }
 }
@@ -120,7 +120,7 @@ void DeferOwned(FormulaLoad &load, PendingRow &row, OwnedText text) {
 
 void Settle(FormulaLoad &load, PendingRow &row, HEXP exp) {
   if (row.text != nullptr) {
-    load.deferred--;
+    --load.deferred;
     load.reordered = true;
   }
   row.text = nullptr;
@@ -176,7 +176,7 @@ void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
 }
 
 void FirstPass(FormulaLoad &load, BlockCursor &cursor, int32_t count) {
-  for (int32_t i = 0; i < count && load.ok; i++) {
+  for (int32_t i = 0; i < count && load.ok; ++i) {
     const char *text = nullptr;
     const char *name = nullptr;
     if (!TakeFormulaRow(cursor, &text, &name)) {
@@ -196,14 +196,14 @@ void RetryPasses(FormulaLoad &load) {
     for (int32_t word = 0; word < load.words && load.ok;) {
       uint64_t &scheduled = load.thisPass.get()[word];
       if (scheduled == 0) {
-        word++;
+        ++word;
         continue;
       }
       load.current = word * kRowsPerWord + std::countr_zero(scheduled);
       scheduled &= scheduled - 1;
       PendingRow &row = load.names.rows.get()[load.current];
       ParseRow(load, row, row.text);
-      tried++;
+      ++tried;
     }
     if (tried == 0) {
       // A row that was skipped may have another error between two calls.
@@ -224,12 +224,12 @@ bool RowsAreTheTable(const FormulaLoad &load) {
     return rows == load.names.count;
   }
   HEXP *sorted = load.sorted.get();
-  for (int32_t i = 0; i < rows; i++) {
+  for (int32_t i = 0; i < rows; ++i) {
     sorted[i] = load.names.rows.get()[i].parsed;
   }
   std::sort(sorted, sorted + rows);
   bool same = std::adjacent_find(sorted, sorted + rows) == sorted + rows;
-  for (int32_t i = 0; i < rows && same; i++) {
+  for (int32_t i = 0; i < rows && same; ++i) {
     const auto row = static_cast<uint32_t>(i);
     same = std::binary_search(sorted, sorted + rows,
                               static_cast<HEXP>(HandleArrayPointerAt(load.ec->expressions, row)));
@@ -240,7 +240,7 @@ bool RowsAreTheTable(const FormulaLoad &load) {
 // Sorts the expressions into stored order.
 void RestoreOrder(FormulaLoad &load) {
   EC ec = load.ec;
-  for (int32_t i = 0; i < load.names.count; i++) {
+  for (int32_t i = 0; i < load.names.count; ++i) {
     HEXP exp = load.names.rows.get()[i].parsed;
     *static_cast<HEXP *>(HandleArrayLock(ec->expressions, i)) = exp;
     HandleArrayUnlock(ec->expressions);

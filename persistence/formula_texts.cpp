@@ -36,13 +36,13 @@ void RefuseRest(EC /*ec*/, const char *text, const FormulaError &error, void *da
 // The rows of a block; null when out of memory. `size` receives their bytes.
 OwnedText FormulaRows(const OrlFormulaText *formulas, int32_t count, int64_t &size) {
   size = 0;
-  for (int32_t i = 0; i < count; i++) {
+  for (int32_t i = 0; i < count; ++i) {
     size += static_cast<int64_t>(std::strlen(TextOrEmpty(formulas[i].text))) + 1;
     size += static_cast<int64_t>(std::strlen(TextOrEmpty(formulas[i].name))) + 1;
   }
   OwnedText rows = Allocate<char>(static_cast<uint64_t>(size));
   char *at = rows.get();
-  for (int32_t i = 0; rows != nullptr && i < count; i++) {
+  for (int32_t i = 0; rows != nullptr && i < count; ++i) {
     at = stpcpy(at, TextOrEmpty(formulas[i].text)) + 1;
     at = stpcpy(at, TextOrEmpty(formulas[i].name)) + 1;
   }
@@ -54,7 +54,7 @@ int32_t FirstMissing(EC ec, const OrlFormulaText *formulas, int32_t count) {
   int32_t missing = 0;
   while (missing < count && (TextOrEmpty(formulas[missing].name)[0] == '\0' ||
                              ORLHEXPFromName(ec, formulas[missing].name) != nullptr)) {
-    missing++;
+    ++missing;
   }
   return missing == count ? -1 : missing;
 }

@@ -53,7 +53,7 @@ bool LoadOldFormulas(EC ec, BlockCursor &cursor, int32_t count, bool version0, b
                      OrlErrorProc errorProc) {
   bool ok = true;
   int64_t steps = kMostSearchSteps;
-  for (int32_t i = 0; i < count && ok; i++) {
+  for (int32_t i = 0; i < count && ok; ++i) {
     const char *text = nullptr;
     const char *name = nullptr;
     if (!TakeFormulaRow(cursor, &text, &name)) {

@@ -9,7 +9,7 @@ namespace {
 
 void ListNames(PendingNames &names) {
   BlockCursor cursor = {names.first, names.bytes, 0, true};
-  for (int32_t i = 0; i < names.count; i++) {
+  for (int32_t i = 0; i < names.count; ++i) {
     const char *text = nullptr;
     const char *name = nullptr;
     if (!TakeFormulaRow(cursor, &text, &name)) {
@@ -23,7 +23,7 @@ void ListNames(PendingNames &names) {
 }  // namespace
 
 PendingNames::~PendingNames() {
-  for (int32_t i = 0; rows != nullptr && i < count; i++) {
+  for (int32_t i = 0; rows != nullptr && i < count; ++i) {
     ReplaceBlock(rows.get()[i].owned);
   }
   NameIndexFree(index);

@@ -25,7 +25,7 @@ inline void CopyBytes(char *target, const char *source, uint32_t length) {
   } else if (length >= 4) {
     CopyEnds<uint32_t>(target, source, length);
   } else {
-    for (uint32_t i = 0; i < length; i++) {
+    for (uint32_t i = 0; i < length; ++i) {
       target[i] = source[i];
     }
   }

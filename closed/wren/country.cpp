@@ -77,7 +77,7 @@ struct Converter {
 
 bool IsAscii(const char *text) {
   while (*text > 0) {
-    text++;
+    ++text;
   }
   return *text == 0;
 }
@@ -89,7 +89,7 @@ bool ConvertText(const Converter &converter, char *target, size_t size, const ch
   text += strspn(text, kBlanks);
   size_t length = strlen(text);
   while (length > 0 && strchr(kBlanks, text[length - 1]) != nullptr) {
-    length--;
+    --length;
   }
   if (IsAscii(text) || converter.same) {
     if (length >= size) {
@@ -119,7 +119,7 @@ template <size_t Count, size_t Size>
 void ConvertNames(const Converter &converter, char (&target)[Count][Size],
                   const char *const (&texts)[Count]) {
   char names[Count][Size];
-  for (size_t i = 0; i < Count; i++) {
+  for (size_t i = 0; i < Count; ++i) {
     if (!ConvertText(converter, names[i], Size, texts[i]) || names[i][0] == 0 ||
         strchr(names[i], ';') != nullptr) {
       return;
@@ -132,7 +132,7 @@ template <size_t Count, size_t Size>
 void JoinNames(char *target, const char (&names)[Count][Size]) {
   static_assert(Count * Size < sizeof Country::nameTexts[0]);
   memset(target, 0, sizeof Country::nameTexts[0]);
-  for (size_t i = 0; i < Count; i++) {
+  for (size_t i = 0; i < Count; ++i) {
     *target++ = ';';
     const size_t length = strlen(names[i]);
     memcpy(target, names[i], length);
@@ -195,7 +195,7 @@ struct FormatLetters {
 FormatLetters ReadFormat(const char *format, const char *separators) {
   FormatLetters result = {};
   size_t count = 0;
-  for (; *format != 0; format++) {
+  for (; *format != 0; ++format) {
     if (*format != '%') {
       if (count > 0 && result.separator == 0 && strchr(separators, *format) != nullptr) {
         result.separator = *format;
@@ -215,7 +215,7 @@ FormatLetters ReadFormat(const char *format, const char *separators) {
       const char inner = *format == 'D' ? '/' : *format == 'F' ? '-' : ':';
       result.separator = strchr(separators, inner) != nullptr ? inner : '\0';
     }
-    for (const char *p = plain != nullptr ? plain : single; *p != 0; p++) {
+    for (const char *p = plain != nullptr ? plain : single; *p != 0; ++p) {
       if (count + 1 < sizeof result.letters) {
         result.letters[count++] = *p;
       }
@@ -256,7 +256,7 @@ template <size_t Count, size_t Size>
 void ReadNames(const LocaleHandle &locale, const Converter &converter, char (&target)[Count][Size],
                const nl_item (&items)[Count]) {
   const char *texts[Count];
-  for (size_t i = 0; i < Count; i++) {
+  for (size_t i = 0; i < Count; ++i) {
     texts[i] = locale.Text(items[i]);
   }
   ConvertNames(converter, target, texts);
@@ -366,7 +366,7 @@ template <size_t Count, size_t Size>
 void ConvertGroup(const Converter &converter, char (&target)[Count][Size],
                   const char (&source)[Count][Size], const char (&fallback)[Count][Size]) {
   const char *texts[Count];
-  for (size_t i = 0; i < Count; i++) {
+  for (size_t i = 0; i < Count; ++i) {
     texts[i] = source[i];
   }
   memcpy(target, fallback, sizeof target);
@@ -477,7 +477,7 @@ const char *NamesInActiveCodePage(const char *names) {
   for (const CountrySet *set = newest.load(std::memory_order_acquire); set != nullptr;
        set = set->older) {
     for (const Country &country : set->inCodePage) {
-      for (size_t list = 0; list < std::size(country.nameTexts); list++) {
+      for (size_t list = 0; list < std::size(country.nameTexts); ++list) {
         if (names == country.nameTexts[list]) {
           return InActiveCodePage(*set).nameTexts[list];
         }

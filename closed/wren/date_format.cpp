@@ -70,7 +70,7 @@ Element ReadQuoted(const char *&at, CodePage page) {
   }
   const char *end = at++;
   if (*at == quote) {
-    end++;
+    ++end;
   }
   return {Field::Literal, 0, {first, static_cast<size_t>(end - first)}};
 }
@@ -87,8 +87,8 @@ Element ReadLetters(const char *&at) {
       const char *first = at;
       int32_t count = 0;
       while (*at == row.letter && count < 7) {
-        at++;
-        count++;
+        ++at;
+        ++count;
       }
       const Field field = (row.counts >> count & 1) != 0 ? row.field : Field::Bad;
       return {field, count, {first, static_cast<size_t>(count)}};
@@ -109,7 +109,7 @@ Element ReadElement(const char *&at, CodePage page) {
     return ReadLetters(at);
   }
   if (*at == '\\') {
-    at++;
+    ++at;
   }
   const char *first = at;
   const size_t bytes = CharBytes(at, page);
@@ -210,7 +210,7 @@ void AppendNumber(DateWriter &writer, int32_t value, int32_t least, int32_t most
   while ((value != 0 || count < least) && count < most) {
     digits[--at] = static_cast<char>('0' + value % 10);
     value /= 10;
-    count++;
+    ++count;
   }
   Append(writer, {digits + at, static_cast<size_t>(count)});
 }
@@ -289,7 +289,7 @@ void AppendElement(DateWriter &writer, const Element &element) {
       break;
     case Field::Fraction: {
       int32_t fraction = parts.fraction;
-      for (int32_t i = element.count; i < 6; i++) {
+      for (int32_t i = element.count; i < 6; ++i) {
         fraction /= 10;
       }
       AppendNumber(writer, fraction, element.count);
@@ -320,7 +320,7 @@ void MakeCountryPicture(char *picture, const FormatRecord &record, const Country
   picture[0] = 0;
   if (record.mode != WREN_FMT_TIME) {
     const auto &order = kOrders[static_cast<int32_t>(country.dateOrder)];
-    for (int32_t i = 0; i < 3; i++) {
+    for (int32_t i = 0; i < 3; ++i) {
       AppendText(picture, i > 0 ? country.dateSeparator : "");
       AppendText(picture, order[i]);
     }
@@ -339,7 +339,7 @@ void MakeCountryPicture(char *picture, const FormatRecord &record, const Country
   if (parts.fraction != 0) {
     int32_t digits = 6;
     for (int32_t rest = parts.fraction; rest % 10 == 0; rest /= 10) {
-      digits--;
+      --digits;
     }
     AppendText(picture, ".");
     AppendText(picture, &"ffffff"[6 - digits]);
@@ -357,12 +357,12 @@ std::string_view NameOfList(const char *list, int32_t index) {
   if (list == nullptr) {
     return {};
   }
-  for (; index >= 0; index--) {
+  for (; index >= 0; --index) {
     list = strchr(list, ';');
     if (list == nullptr) {
       return {};
     }
-    list++;
+    ++list;
   }
   return {list, strcspn(list, ";")};
 }

@@ -75,7 +75,7 @@ char Peek(const Cursor &cursor) {
 bool SkipBlanks(Cursor &cursor) {
   const char *start = cursor.at;
   while (IsBlank(Peek(cursor))) {
-    cursor.at++;
+    ++cursor.at;
   }
   return cursor.at > start;
 }
@@ -88,7 +88,7 @@ bool ReadNumber(Cursor &cursor, Number &number) {
       return false;
     }
     number.value = number.value * 10 + (*cursor.at++ - '0');
-    number.digits++;
+    ++number.digits;
   }
   return number.digits > 0;
 }
@@ -124,7 +124,7 @@ bool IsSameNoCase(std::string_view name, const char *word) {
 // The month of a name of the list, whole or abbreviated as the list has it; 0 for none. Some
 // languages end abbreviations with a point, which is not part of the word.
 int32_t MonthOfName(const char *list, const char *word) {
-  for (int32_t i = 0; i < 24; i++) {
+  for (int32_t i = 0; i < 24; ++i) {
     std::string_view name = NameOfList(list, i);
     if (name.size() > 1 && name.back() == '.') {
       name.remove_suffix(1);
@@ -139,7 +139,7 @@ int32_t MonthOfName(const char *list, const char *word) {
 // The only month whose name begins with the word; 0 for none or several.
 int32_t MonthOfBeginning(const char *list, const char *word) {
   int32_t found = 0;
-  for (int32_t i = 0; i < 12; i++) {
+  for (int32_t i = 0; i < 12; ++i) {
     if (IsSameNoCase(NameOfList(list, i).substr(0, strlen(word)), word)) {
       if (found != 0) {
         return 0;
@@ -182,7 +182,7 @@ bool ReadMarker(Cursor &cursor, const Conventions &conventions, int32_t &half) {
   }
   const char *lists[] = {CountryBuiltIn().nameTexts[2], conventions.markers};
   for (const char *list : lists) {
-    for (half = 0; half < 2; half++) {
+    for (half = 0; half < 2; ++half) {
       if (IsSameNoCase(NameOfList(list, half), word)) {
         cursor.at = cursor.end;
         return true;
@@ -377,7 +377,7 @@ int32_t WRENFmtParseDate(FormatRecord *record) {
   Cursor cursor = {record->input, record->input + strlen(record->input)};
   SkipBlanks(cursor);
   while (cursor.end > cursor.at && IsBlank(cursor.end[-1])) {
-    cursor.end--;
+    --cursor.end;
   }
   const Conventions conventions = ConventionsOf(*record);
   DateTimeParts parts = {};

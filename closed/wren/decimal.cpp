@@ -250,7 +250,7 @@ bool DivideNarrowNumbers(Decimal *result, const Decimal &a, const Decimal &b) {
     missing -= step;
   }
   if (rest >= divisor - rest) {
-    quotient++;
+    ++quotient;
   }
   if (exponent > 0 || exponent < kMinExponent || quotient >= kCoefficientEnd) {
     return false;

@@ -36,8 +36,8 @@ int32_t WRENFmtWidth(FormatRecord *record, int32_t width) {
   char text[kDateTextCapacity];
   sample.output = text;
   int32_t widest = 0;
-  for (int32_t month = 1; month <= 12; month++) {
-    for (int32_t day = 10; day < 17; day++) {
+  for (int32_t month = 1; month <= 12; ++month) {
+    for (int32_t day = 10; day < 17; ++day) {
       for (int32_t hour = 10; hour < 24; hour += 12) {
         sample.parts = {month, day, 2000, hour, 59, 59, 999999};
         const DateTextResult result = WriteDateText(sample);

@@ -30,7 +30,7 @@ inline size_t DecodeUtf8(const char *text, uint32_t *codePoint) {
   }
   const size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
   uint32_t point = (first & (0x7FU >> length)) << 6 | (second & 0x3FU);
-  for (size_t index = 2; index < length; index++) {
+  for (size_t index = 2; index < length; ++index) {
     const uint8_t next = byteAt(index);  // the byte before it is not the terminator
     if ((next & 0xC0) != 0x80) {
       return 0;
@@ -46,7 +46,7 @@ inline size_t DecodeUtf8(const char *text, uint32_t *codePoint) {
 inline size_t EncodeUtf8(uint32_t codePoint, char *target) {
   constexpr uint8_t kMarks[5] = {0, 0x00, 0xC0, 0xE0, 0xF0};
   const size_t length = codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
-  for (size_t index = length - 1; index > 0; index--) {
+  for (size_t index = length - 1; index > 0; --index) {
     target[index] = static_cast<char>(0x80 | (codePoint & 0x3F));
     codePoint >>= 6;
   }

@@ -1,2 +1,2 @@
-/* For hosts that have this folder in their include path. */
+// For hosts that have this folder in their include path.
 #include "../../include/orli11/wreni11.h"

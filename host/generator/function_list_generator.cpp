@@ -104,7 +104,7 @@ std::string Quoted(const std::string &text) {
 // A line without Markdown: [text](place) is text, `code` is code, \| is |.
 std::string Plain(std::string_view line) {
   std::string plain;
-  for (size_t i = 0; i < line.size(); i++) {
+  for (size_t i = 0; i < line.size(); ++i) {
     const size_t middle = line.find("](", i);
     if (line[i] == '[' && middle != std::string_view::npos) {
       plain += line.substr(i + 1, middle - i - 1);
@@ -139,7 +139,7 @@ bool IsExample(const std::string &line, Example &example) {
 std::string RestOf(const std::vector<std::string> &lines, size_t first) {
   std::string rest;
   std::vector<Example> examples;
-  for (size_t i = first; i < lines.size() && !lines[i].starts_with("#"); i++) {
+  for (size_t i = first; i < lines.size() && !lines[i].starts_with("#"); ++i) {
     Example example;
     if (IsExample(lines[i], example)) {
       examples.push_back(example);
@@ -162,7 +162,7 @@ std::string ListOf(const char *page, bool databases) {
   const auto lineAt = [&lines](size_t i) { return i < lines.size() ? lines[i] : std::string(); };
   std::set<std::string> names;
   std::string list;
-  for (size_t i = 0; i < lines.size(); i++) {
+  for (size_t i = 0; i < lines.size(); ++i) {
     if (!lines[i].starts_with(kMark)) {
       continue;
     }

@@ -51,7 +51,7 @@ Nfa NfaOfRules(int32_t *start) {
 // Bytes belong together when every set of the automaton holds all of them or none.
 void FindByteClasses(const Nfa &nfa, Dfa &dfa) {
   std::map<std::vector<bool>, size_t> known;
-  for (size_t byte = 0; byte < 256; byte++) {
+  for (size_t byte = 0; byte < 256; ++byte) {
     std::vector<bool> membership;
     for (const NfaState &state : nfa.states) {
       membership.push_back(state.bytes[byte]);
@@ -122,7 +122,7 @@ void BuildStates(const Nfa &nfa, int32_t start, Dfa &dfa) {
     return place->second;
   };
   numberOf(Closure(nfa, {start}));
-  for (size_t at = 0; at < sets.size(); at++) {
+  for (size_t at = 0; at < sets.size(); ++at) {
     DfaState state = FactsOf(nfa, sets[at]);
     for (const uint8_t byte : dfa.sample) {
       const Row target = Step(nfa, sets[at], byte);
@@ -166,7 +166,7 @@ void MergeStates(Dfa &dfa) {
            });
   };
   const auto last = *std::max_element(groupOf.begin(), groupOf.end());
-  for (size_t state = 0; state < dfa.states.size(); state++) {
+  for (size_t state = 0; state < dfa.states.size(); ++state) {
     if (!isDead(state)) {
       continue;
     }
@@ -177,7 +177,7 @@ void MergeStates(Dfa &dfa) {
     break;
   }
   std::vector<DfaState> merged(static_cast<size_t>(last) + 1);
-  for (size_t state = 0; state < dfa.states.size(); state++) {
+  for (size_t state = 0; state < dfa.states.size(); ++state) {
     DfaState facts = dfa.states[state];
     for (int32_t &target : facts.next) {
       target = groupOf[static_cast<size_t>(target)];

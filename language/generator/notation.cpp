@@ -38,7 +38,7 @@ char Take(PatternReader &reader) {
 
 void SkipBlanks(PatternReader &reader) {
   while (std::isspace(static_cast<unsigned char>(Peek(reader)))) {
-    reader.at++;
+    ++reader.at;
   }
 }
 
@@ -84,24 +84,24 @@ ByteSet ReadSet(PatternReader &reader) {
   ByteSet bytes;
   const bool inverted = Peek(reader) == '^';
   if (inverted) {
-    reader.at++;
+    ++reader.at;
   }
   while (Peek(reader) != ']') {
     const unsigned from = ReadSetByte(reader);
     const bool range = Peek(reader) == '-' && reader.text.substr(reader.at + 1, 1) != "]" &&
                        reader.at + 1 < reader.text.size();
     if (range) {
-      reader.at++;
+      ++reader.at;
     }
     const unsigned to = range ? ReadSetByte(reader) : from;
     if (to < from) {
       Fail(reader, "empty range");
     }
-    for (unsigned byte = from; byte <= to; byte++) {
+    for (unsigned byte = from; byte <= to; ++byte) {
       bytes.set(byte);
     }
   }
-  reader.at++;
+  ++reader.at;
   if (inverted) {
     bytes.flip();
   }
@@ -177,7 +177,7 @@ Fragment ReadRepeated(PatternReader &reader) {
   if (sign != '?' && sign != '*' && sign != '+') {
     return part;
   }
-  reader.at++;
+  ++reader.at;
   Nfa &nfa = reader.nfa;
   const Fragment result{NewState(nfa), NewState(nfa)};
   Join(nfa, result.first, part.first);
@@ -212,7 +212,7 @@ Fragment ReadChoice(PatternReader &reader) {
     if (Peek(reader) != '|') {
       return result;
     }
-    reader.at++;
+    ++reader.at;
   }
 }
 

@@ -51,7 +51,7 @@ std::vector<std::string> Words(const char *text) {
 int LevelOf(const std::string &symbol) {
   int level = 0;
   for (const char *operators : kPrecedence) {
-    level++;
+    ++level;
     const std::vector<std::string> words = Words(operators);
     if (std::find(words.begin(), words.end(), symbol) != words.end()) {
       return level;
@@ -78,7 +78,7 @@ ItemSet Closure(ItemSet items) {
   while (!open.empty()) {
     const std::string *symbol = SymbolAt(open.back());
     open.pop_back();
-    for (size_t i = 0; symbol != nullptr && i < rules.size(); i++) {
+    for (size_t i = 0; symbol != nullptr && i < rules.size(); ++i) {
       if (rules[i].left == *symbol && items.insert({i, 0}).second) {
         open.push_back({i, 0});
       }
@@ -88,7 +88,7 @@ ItemSet Closure(ItemSet items) {
 }
 
 size_t StateOf(const ItemSet &items) {
-  for (size_t i = 0; i < states.size(); i++) {
+  for (size_t i = 0; i < states.size(); ++i) {
     if (states[i].items == items) {
       return i;
     }
@@ -99,7 +99,7 @@ size_t StateOf(const ItemSet &items) {
 
 void MakeStates() {
   StateOf(Closure({{rules.size() - 1, 0}}));
-  for (size_t i = 0; i < states.size(); i++) {
+  for (size_t i = 0; i < states.size(); ++i) {
     std::map<std::string, ItemSet> kernels;
     for (const Item &item : states[i].items) {
       if (const std::string *symbol = SymbolAt(item)) {
@@ -239,7 +239,7 @@ void PrintActions(const std::vector<std::string> &terminals) {
   }
   std::printf("};\nconstexpr int32_t kParserColumns = %zu;\n\n", terminals.size());
   std::printf("constexpr int8_t kParserActions[][kParserColumns] = {\n");
-  for (size_t i = 0; i < states.size(); i++) {
+  for (size_t i = 0; i < states.size(); ++i) {
     std::printf("  {");
     for (const std::string &terminal : terminals) {
       std::printf("%s, ", ActionOn(i, terminal).c_str());
@@ -271,7 +271,7 @@ void PrintGotos() {
     std::printf("  {%zu, %td},\n", rule.right.size(), left - inner.begin());
   }
   std::printf("};\n\nconstexpr uint8_t kParserGoto[][%zu] = {\n", inner.size());
-  for (size_t i = 0; i < states.size(); i++) {
+  for (size_t i = 0; i < states.size(); ++i) {
     std::printf("  {");
     for (const std::string &symbol : inner) {
       std::printf("%zu, ", GotoOf(i, symbol));

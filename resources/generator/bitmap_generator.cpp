@@ -47,7 +47,7 @@ struct Source {
 // The next line that is not a comment; false at the end of the file.
 bool NextLine(Source &source) {
   do {
-    source.number++;
+    ++source.number;
     if (!std::getline(source.stream, source.line)) {
       return false;
     }
@@ -110,7 +110,7 @@ void ReadRows(Source &source, Picture &picture) {
 }
 
 void Put(std::vector<uint8_t> &file, uint32_t value, int bytes) {
-  for (; bytes > 0; bytes--) {
+  for (; bytes > 0; --bytes) {
     file.push_back(static_cast<uint8_t>(value & 0xff));
     value >>= 8;
   }
@@ -144,7 +144,7 @@ std::vector<uint8_t> BmpFile(const Picture &picture) {
   for (const uint32_t color : picture.colors) {
     Put(file, color, 4);
   }
-  for (size_t row = height; row > 0; row--) {
+  for (size_t row = height; row > 0; --row) {
     for (const char letter : picture.rows[row - 1]) {
       Put(file, static_cast<uint32_t>(picture.colorOf[static_cast<unsigned char>(letter)]), 1);
     }
@@ -172,7 +172,7 @@ int main(int argc, char **argv) {
   std::printf("// Made from the pictures in bitmaps/ by bitmap_generator.cpp.\n\n");
   std::vector<Picture> pictures;
   std::set<std::string> names;
-  for (int i = 2; i < argc; i++) {
+  for (int i = 2; i < argc; ++i) {
     Source source = {argv[i], std::ifstream(argv[i]), "", 0};
     Picture picture = {};
     ReadHeader(source, picture);

@@ -55,7 +55,7 @@ TEST(DateArithmetic, AgreesWithTheStandardCalendar) {
   const uint16_t units[] = {kUnitNone, kUnitDay,    kUnitMonth, kUnitYear,
                             kUnitHour, kUnitMinute, kUnitSecond};
   std::mt19937_64 random(5);
-  for (int i = 0; i < 50000; i++) {
+  for (int i = 0; i < 50000; ++i) {
     const uint16_t unit = units[random() % std::size(units)];
     sys_seconds start = RandomMoment(random);
     if (i % 4 == 0) {  // many last days of months, and of February most of all

@@ -39,7 +39,7 @@ Fields Decode(const Payload &payload, int32_t length) {
 // Every day from long before the calendar to after it.
 TEST(Calendar, AgreesWithTheStandardLibrary) {
   using namespace std::chrono;
-  for (int32_t number = -100000; number <= kLastDay + 1000; number++) {
+  for (int32_t number = -100000; number <= kLastDay + 1000; ++number) {
     const sys_days day{days{number - 2440588}};
     DateTimeParts parts = Parts(day + seconds{(number + 100000) % 86400});
     parts.fraction = std::abs(number) * 7 % 1000000;
@@ -83,7 +83,7 @@ TEST(StoredDate, FieldsOutOfAnyCalendarAreNull) {
   // The ranges that are taken, from the year down.
   const Fields low = {1, 1, 1, 0, 0, 0, 0};
   const Fields high = {9999, 12, 31, 23, 59, 59, 999999};
-  for (size_t i = 0; i < low.size(); i++) {
+  for (size_t i = 0; i < low.size(); ++i) {
     for (const int32_t value : {low[i] - 1, low[i], high[i], high[i] + 1, INT32_MIN, INT32_MAX}) {
       Fields f = {2012, 1, 15, 10, 30, 15, 250000};
       f[i] = value;
@@ -99,7 +99,7 @@ TEST(StoredDate, FieldsOutOfAnyCalendarAreNull) {
 TEST(StoredDate, BytesCompareAsTimesDo) {
   using namespace std::chrono;
   std::mt19937_64 random(7);
-  for (int i = 0; i < 50000; i++) {
+  for (int i = 0; i < 50000; ++i) {
     const sys_seconds early = RandomMoment(random);
     const sys_seconds late = std::min(early + seconds{random() >> (26 + random() % 38)}, kEnd - 1s);
     DateTimeParts parts[] = {Parts(early), Parts(late)};

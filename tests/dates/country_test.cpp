@@ -195,7 +195,7 @@ TEST_F(CountryOfLocale, EnvironmentChoosesByCategory) {
       {{"", "xx_YY.UTF-8", "", "de_DE.UTF-8"}, DateOrder::MonthDayYear, ","},
   };
   for (const auto &row : rows) {
-    for (size_t i = 0; i < 4; i++) {
+    for (size_t i = 0; i < 4; ++i) {
       setenv(names[i], row.values[i], 1);
     }
     EXPECT_EQ(WRENSetCountry(""), 1);
@@ -220,7 +220,7 @@ TEST_F(CountryOfLocale, RecordsStay) {
       mixed += (now.dateSeparator[0] == '.') == (strcmp(now.monthNames[9], "Oktober") == 0) ? 0 : 1;
     }
   });
-  for (int i = 0; i < 200; i++) {
+  for (int i = 0; i < 200; ++i) {
     WRENSetCountry(i % 2 == 0 ? "C" : "de_DE.UTF-8");
   }
   stop = true;

@@ -53,7 +53,7 @@ int32_t NumberOf(const std::string &digits) {
 
 // The month of a word or a number; 0 for any other word.
 int32_t MonthOf(const Piece &piece) {
-  for (int32_t i = 0; i < 12; i++) {
+  for (int32_t i = 0; i < 12; ++i) {
     const std::string &word = piece.text;
     if (word.size() > 2 && strncasecmp(kMonths[i], word.c_str(), word.size()) == 0) {
       return i + 1;
@@ -158,14 +158,14 @@ TEST(ParseDate, AgreesWithTheModel) {
   const Words odd = {" ", ",", "T", "x", "/", ":", "am", "-", "+", "0", "\x01", "\x81", "\xE3\x81\x82", "\xFF"};
   // clang-format on
   int taken = 0;
-  for (int i = 0; i < 150000; i++) {
+  for (int i = 0; i < 150000; ++i) {
     WRENSetCodePage(i % 3 == 0 ? 1252 : i % 3 == 1 ? 932 : 65001);
     const auto shape = random() % 4;  // 0: a time alone, 1: a date alone
     std::string text;
     if (shape > 0) {
       const std::string separator = any(separators);
       const size_t named = random() % 4;  // the place of the month's name, if it is there
-      for (size_t k = 0; k < 3; k++) {
+      for (size_t k = 0; k < 3; ++k) {
         text += k == named ? std::string(kMonths[random() % 12]).substr(0, 2 + random() % 8)
                            : any(numbers);
         text += k == 2 ? "" : random() % 8 == 0 ? any(separators) : separator;
@@ -173,7 +173,7 @@ TEST(ParseDate, AgreesWithTheModel) {
     }
     if (shape != 1) {
       text += shape == 0 ? any(numbers) : any(joints) + any(numbers);
-      for (auto k = random() % 4; k > 0; k--) {
+      for (auto k = random() % 4; k > 0; --k) {
         text += any(timeSeparators) + any(numbers);
       }
       text += any(ends);

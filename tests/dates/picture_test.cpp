@@ -95,7 +95,7 @@ TEST(DateText, WidthIsExact) {
     EXPECT_EQ(WRENFmtWidth(&record, 0), width) << picture;
     EXPECT_EQ(WRENFmtWidth(&record, 7), std::max(width, 7)) << picture;
     size_t widest = 0;
-    for (int i = 0; i < 20000; i++) {
+    for (int i = 0; i < 20000; ++i) {
       widest = std::max(widest, Write(record, Parts(RandomMoment(random))).size());
     }
     EXPECT_EQ(widest, static_cast<size_t>(width)) << picture;
@@ -134,7 +134,7 @@ TEST(DateText, ReadsBack) {
                                                    {"MMM d, yyyy HH:mm:ss.ffffff", 2},
                                                    {nullptr, kOrderOfCountry}};
   std::mt19937_64 random(11);
-  for (int i = 0; i < 140000; i++) {
+  for (int i = 0; i < 140000; ++i) {
     const auto &[picture, order] = rows[i % 7];
     DateTimeParts parts = Parts(RandomMoment(random));
     parts.fraction = static_cast<int32_t>(random() % 2 * (random() % 1000000));

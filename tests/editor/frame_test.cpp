@@ -79,7 +79,7 @@ void CheckSession(OrlWindow d, const Case &row) {
             (elsewhere ? "" : "*") + newRow + ":-1, " + rows.substr(rows[0] == '-' ? 1 : 0));
   EXPECT_EQ(Enabled(d, kChanging), row.Ints(kEnabled));
   EXPECT_EQ(Visible(d, kHiding), modes ? (Ids{112, 133, 134, 135, 136, 138}) : Ids{112});
-  for (int32_t mode = 0; modes && mode < 3; mode++) {
+  for (int32_t mode = 0; modes && mode < 3; ++mode) {
     EXPECT_EQ(Look(d, 134 + mode).checked, mode == row.Int(kMode) ? 1 : 0) << mode;
   }
   EXPECT_EQ(Text(d, 139).rfind("To build a " + word + ": ", 0), 0u) << Text(d, 139);
@@ -249,7 +249,7 @@ TEST(EditorFrame, OpensTheValuesOfAnItemByItsWholeName) {
 
 TEST(EditorFrame, LimitsWhatIsTypedAndScrollsToTheExpression) {
   const HostedContext ec = Formulas(false);
-  for (int32_t i = 0; i < 40; i++) Make(ec, "Tax", "Many" + std::to_string(i));
+  for (int32_t i = 0; i < 40; ++i) Make(ec, "Tax", "Many" + std::to_string(i));
   Edit(ec, {ORLHEXPFromName(ec, "Many20")}, [&](OrlWindow d) {
     EXPECT_EQ(Look(d, 114).topRow, Look(d, 114).currentRow);
     EXPECT_EQ(Rows(d, 114)[23], "*Many20");
@@ -312,7 +312,7 @@ TEST(EditorFrame, SurvivesTheEndOfMemory) {
     whole = Look(d, 106).rowCount == 7 && Rows(d, 114).size() == 5;
   };
   int64_t budget = 0;
-  for (bool reached = false; !reached && budget < 5000; budget++) {
+  for (bool reached = false; !reached && budget < 5000; ++budget) {
     WithUser(steps, {ORL_IDNO, ORL_IDNO}, [&] {
       TEST_FailAllocationsAfter(budget);
       EXPECT_EQ(ORLBuildExpression(nullptr, ec, nullptr, 0), nullptr);

@@ -26,7 +26,7 @@ void AddTemplate(EC ec, const char *name, int32_t count, int32_t first, int32_t 
   full.item.firstOptional = static_cast<uint16_t>(first);
   full.item.optionalCount = static_cast<uint16_t>(optional);
   full.item.itemFlags = static_cast<uint16_t>(flags);
-  for (size_t i = 0; i < types.size(); i++) {
+  for (size_t i = 0; i < types.size(); ++i) {
     full.parameters[i].dataType = static_cast<uint16_t>(types[i]);
   }
   ORLAddExpressionItem(ec, &full.item);
@@ -133,7 +133,7 @@ TEST(EditorInsertion, LeavesTheTextWhenMemoryEnds) {
   const HostedContext ec = Formulas();
   Edit(ec, {nullptr, 1}, [&](OrlWindow d) {
     const std::string before = Marked(d);
-    for (int64_t count = 0; count < 2; count++) {
+    for (int64_t count = 0; count < 2; ++count) {
       TEST_FailAllocationsAfter(count);
       OrlInsertText(*OpenEditor(), "abc", 3);
       OrlWrapSelection(*OpenEditor());
@@ -176,7 +176,7 @@ TEST(EditorInsertion, DrawsRows) {
     Edit(ec, {nullptr, 1}, [&](OrlWindow d) {
       const std::vector<std::string> rows = Rows(d, 114);
       int32_t at = -1;
-      for (size_t i = 0; i < rows.size(); i++) {
+      for (size_t i = 0; i < rows.size(); ++i) {
         if (rows[i] == row[1] || rows[i] == "*" + row[1]) at = static_cast<int32_t>(i);
       }
       OrlHeadlessRowShown shown = {};

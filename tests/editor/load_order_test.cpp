@@ -23,13 +23,13 @@ std::string BlockOfRows(const std::vector<std::string> &rows) {
 
 std::string ManyCalls(const std::string &last) {
   std::string text = "L=C1()";
-  for (int i = 2; i <= 40; i++) text += " + C" + std::to_string(i) + "()";
+  for (int i = 2; i <= 40; ++i) text += " + C" + std::to_string(i) + "()";
   return text + last;
 }
 
 TEST(LoadOrder, OpensTheEditorAtTheTurnOfEachFormula) {
   std::vector<std::string> many = {ManyCalls(" + Nope + Z()"), "Z=L()"};
-  for (int i = 40; i > 0; i--) {
+  for (int i = 40; i > 0; --i) {
     many.push_back("C" + std::to_string(i) + (i < 40 ? "=C" + std::to_string(i + 1) + "()" : "=1"));
   }
   const struct {
@@ -68,7 +68,7 @@ TEST(LoadOrder, OpensTheEditorAtTheTurnOfEachFormula) {
     });
     EXPECT_EQ(opened, row.opened);
     std::string stored;
-    for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+    for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
       stored += NameOf(ec, ORLHEXPFromOrdinal(ec, i)) + " ";
     }
     if (!row.stored.empty()) {

@@ -69,15 +69,15 @@ void CheckRows(OrlWindow d) {
   const int32_t current = Look(d, 114).currentRow;
   std::string expected, found;
   size_t row = 1;
-  for (int32_t i = 0; i < ORLGetExpressionCount(session.ec); i++) {
+  for (int32_t i = 0; i < ORLGetExpressionCount(session.ec); ++i) {
     HEXP exp = ORLHEXPFromOrdinal(session.ec, i);
     const std::string mark = static_cast<int32_t>(row) == current ? "*" : "",
                       text = mark + NameOf(session.ec, exp) + ":" + std::to_string(i);
     const bool listed = row < rows.size() && rows[row] == text;
     // One that a new list would hide may have a row.
-    if (listed || !OrlIsHiddenExpression(session.ec, exp)) expected += text + ", ", row++;
+    if (listed || !OrlIsHiddenExpression(session.ec, exp)) expected += text + ", ", ++row;
   }
-  for (size_t i = 1; i < rows.size(); i++) found += rows[i] + ", ";
+  for (size_t i = 1; i < rows.size(); ++i) found += rows[i] + ", ";
   EXPECT_EQ(found, expected);
 }
 
@@ -111,7 +111,7 @@ void CheckEditor(OrlWindow d) {
   const bool open = ORLHeadlessFind("LISTVALUES") != nullptr;
   EXPECT_EQ(Text(d, 133), open ? "List Data Item &Values" : "Data Item &Values Dialog...");
   EXPECT_TRUE(open || isEnabled(133) == (item >= 0));
-  for (int32_t i = 0; i < 3; i++) EXPECT_EQ(Look(d, 134 + i).checked, i == editor.editorMode);
+  for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(Look(d, 134 + i).checked, i == editor.editorMode);
   EXPECT_EQ(Rows(d, 106).size() + Rows(d, 107).size(), 7u + 1u + 20u);
 }
 
@@ -166,14 +166,14 @@ int32_t PlayUser(void *, OrlWindow window) {
 // clang-format on
 
 TEST(RandomSession, AgreesWithTheContext) {
-  for (int32_t seed = 1; seed <= kSessions; seed++) {
+  for (int32_t seed = 1; seed <= kSessions; ++seed) {
     HostedContext ec(ORL_FLAG_RANGES);
     ec.owned->renameProc = &Rename;
     ORLSetListValuesCallback(ec, &ListValues);
     ORLSetDelPermissionCallback(ec, &Permit);
     AddKeyword(ec, "Word", 0, 0, 0);
     session = {std::mt19937(static_cast<uint32_t>(seed)), ec, kActions, false, true, ""};
-    for (int32_t i = 0; i < 30; i++) Store(ec, nullptr, OneOf(kTexts), Name().c_str());
+    for (int32_t i = 0; i < 30; ++i) Store(ec, nullptr, OneOf(kTexts), Name().c_str());
     session.hostRuns = false;
     ASSERT_EQ(ORLHeadlessStart(&PlayUser, nullptr), 1);
     while (session.left > 0 && !HasFailure()) {

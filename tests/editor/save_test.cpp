@@ -35,7 +35,7 @@ void List(EC ec, const char *, void *, int32_t, int32_t *) {
 
 std::vector<std::string> Stored(EC ec) {
   std::vector<std::string> all;
-  for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+  for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
     HEXP exp = ORLHEXPFromOrdinal(ec, i);
     all.push_back(NameOf(ec, exp) + "=" + TextOf(ec, exp));
   }
@@ -110,7 +110,7 @@ std::string Short() {
 std::string State(OrlWindow d, EC ec) {
   if (Look(d).reachable == 0) return "";
   std::string rows;
-  for (int32_t row = 1; row < Look(d, 114).rowCount; row++) {
+  for (int32_t row = 1; row < Look(d, 114).rowCount; ++row) {
     const std::string name = Rows(d, 114)[static_cast<size_t>(row)];
     HEXP exp = ORLHEXPFromName(ec, name.c_str() + (name[0] == '*' ? 1 : 0));
     EXPECT_EQ(ORLHeadlessRowData(d, 114, row), ORLGetExpressionOrdinal(ec, exp)) << name;
@@ -159,7 +159,7 @@ TEST(EditorSave, AsTheTableSays) {
 TEST(EditorSave, AsksWhenTheKindIsNotThatOfTheMode) {
   const char *const texts[] = {"3", "3 AND 4", "3, 4"};
   const int32_t types[] = {0, 2, 1};
-  for (size_t cases = 0; cases < 36; cases++) {
+  for (size_t cases = 0; cases < 36; ++cases) {
     const size_t mode = cases % 3, kind = cases / 3 % 3;
     const bool isNew = cases / 9 % 2 == 0, yes = cases / 18 == 0, saves = yes || mode == kind;
     const std::string acts = Cat("select 100 0 -1; type 100 ", texts[kind], "; click 1"),
@@ -267,7 +267,7 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
   for (const char *exp : {"", "Total"}) {
     bool saved = false;
     int32_t count = 0;
-    for (; !saved && count < 200; count++) {
+    for (; !saved && count < 200; ++count) {
       SCOPED_TRACE(std::string(exp) + " " + std::to_string(count));
       const Context ec(false);
       const int64_t blocks = TEST_LiveBlocks();
@@ -376,7 +376,7 @@ TEST(EditorRecovery, RepairsABlockWhileItLoads) {
     });
     EXPECT_EQ(Short(), row.said);
     std::string stored;
-    for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+    for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
       const std::string value = Evaluate(ec, ORLHEXPFromOrdinal(ec, i));
       stored += Stored(ec)[static_cast<size_t>(i)] + " " + value + ", ";
     }

@@ -55,7 +55,7 @@ int32_t PlayUser(void *, OrlWindow window) {
 
 int32_t RowOf(OrlWindow dialog, int32_t list, const std::string &text) {
   const int32_t count = Look(dialog, list).rowCount;
-  for (int32_t row = 0; row < count; row++) {
+  for (int32_t row = 0; row < count; ++row) {
     char name[200];
     ORLHeadlessRow(dialog, list, row, name, sizeof name);
     if (name == text) return row;
@@ -165,7 +165,7 @@ std::string Marked(OrlWindow dialog, int32_t id) {
 std::vector<std::string> Rows(OrlWindow dialog, int32_t list, bool data) {
   const OrlHeadlessState state = Look(dialog, list);
   std::vector<std::string> rows;
-  for (int32_t row = 0; row < state.rowCount; row++) {
+  for (int32_t row = 0; row < state.rowCount; ++row) {
     std::string text(static_cast<size_t>(ORLHeadlessRow(dialog, list, row, nullptr, 0)) + 1, '#');
     ORLHeadlessRow(dialog, list, row, text.data(), static_cast<int32_t>(text.size()));
     text.pop_back();

@@ -114,7 +114,7 @@ TEST(ValuesDialog, InsertsLiterals) {
     values = {row[1]};
     ORLSetDatePicture(ec, "yyyy-MM-dd", "yyyy-MM-dd HH:mm", "HH:mm");
     const char *formats[3];
-    for (int32_t i = 0; i < 3; i++) formats[i] = (row.Int(4) >> i & 1) != 0 ? kTemplates[i] : nullptr;
+    for (int32_t i = 0; i < 3; ++i) formats[i] = (row.Int(4) >> i & 1) != 0 ? kTemplates[i] : nullptr;
     ORLSetDateConvert(ec, formats[0], formats[1], formats[2], static_cast<uint16_t>(row.Int(3)));
     Edit(ec, {nullptr, row.Int(2), row[0].c_str()}, [&](OrlWindow d) {
       OrlWindow window = ORLHeadlessFind("LISTVALUES");

@@ -135,7 +135,7 @@ EC ContextOf(const std::vector<Formula> &formulas) {
 
 std::string NamesIn(EC ec) {
   std::string names;
-  for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+  for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
     char name[8];
     ORLGetExpressionName(ec, ORLHEXPFromOrdinal(ec, i), sizeof name, name);
     names += name;
@@ -147,7 +147,7 @@ std::string NamesIn(EC ec) {
 std::vector<Formula> RandomFormulas(std::mt19937 &random) {
   std::vector<Formula> formulas;
   const size_t count = random() % 12;
-  for (size_t i = 0; i < count; i++) {
+  for (size_t i = 0; i < count; ++i) {
     Formula f = {std::string(1, static_cast<char>('a' + i)), random() % 4 == 0, {}};
     for (const Formula &earlier : formulas) {
       if (random() % 4 == 0) f.calls.push_back(earlier.name);
@@ -159,11 +159,11 @@ std::vector<Formula> RandomFormulas(std::mt19937 &random) {
 
 TEST(DeleteItem, AsksInTheOrderOfTheModel) {
   std::mt19937 random(7);
-  for (int round = 0; round < 4000; round++) {
+  for (int round = 0; round < 4000; ++round) {
     Model model;
     model.formulas = RandomFormulas(random);
     const int habit = static_cast<int>(random() % 3);
-    for (int i = 0; i < 7; i++) {
+    for (int i = 0; i < 7; ++i) {
       const bool odd = habit == 2 || (habit == 1 && random() % 5 == 0);
       model.answers.push_back(odd ? static_cast<Answer>(random() % 4) : Answer::Destroy);
     }
@@ -189,14 +189,14 @@ TEST(DeleteItem, AsksInTheOrderOfTheModel) {
 // Without memory for its queues the delete asks for the same expressions, possibly in other rounds.
 TEST(DeleteItem, NeedsNoMemory) {
   std::mt19937 random(11);
-  for (int round = 0; round < 300; round++) {
+  for (int round = 0; round < 300; ++round) {
     const std::vector<Formula> formulas = RandomFormulas(random);
     host = {{Answer::Destroy}, ""};
     EC ec = ContextOf(formulas);
     TEST_FailAllocationsAfter(static_cast<int64_t>(random() % 2));
     EXPECT_EQ(ORLDeleteExpItem(ec, ORL_INPUT, "X", &AnswerAsPlanned), 1);
     TEST_FailAllocationsAfter(-1);
-    for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+    for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
       EXPECT_EQ(ORLIsItemUsed(ec, ORLHEXPFromOrdinal(ec, i), ORL_INPUT, "X"), 0) << NamesIn(ec);
     }
     EXPECT_EQ(ORLDelExpItemNoCheck(ec, ORL_INPUT, "X"), 0);
@@ -217,7 +217,7 @@ TEST(DeleteItem, WithoutTheRowThereIsNothingToAsk) {
 // Thirty thousand formulas, each calling the previous one, are deleted one by one from the end.
 TEST(DeleteItem, BelowALongChain) {
   std::vector<Formula> formulas = {{"a0", true, {}}};
-  for (int i = 1; i < 30000; i++) {
+  for (int i = 1; i < 30000; ++i) {
     formulas.push_back({"a" + std::to_string(i), false, {formulas.back().name}});
   }
   host = {{Answer::Destroy}, ""};

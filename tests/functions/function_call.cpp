@@ -14,7 +14,7 @@
 const std::vector<FunctionRow> &FunctionRows() {
   static const std::vector<FunctionRow> rows = [] {
     std::vector<FunctionRow> made;
-    for (uint32_t id = kStringFirstFunction; id <= kStringLastFunction; id++) {
+    for (uint32_t id = kStringFirstFunction; id <= kStringLastFunction; ++id) {
       std::istringstream fields(StringText(id));
       std::string name, type, count, types;
       std::getline(fields, name, ',');

@@ -80,7 +80,7 @@ HostileCall RandomCall(const FunctionRow &row, std::mt19937 &random) {
   HostileCall call = {};
   call.row = &row;
   call.page = kCodePages[random() % 3];
-  for (size_t i = 1; i < row.types.size(); i++) {
+  for (size_t i = 1; i < row.types.size(); ++i) {
     const std::string bytes =
         row.types[i] == 't' ? RandomArgumentText(random, call.page) : RandomValue(random);
     call.bytes.push_back(random() % 12 == 0 ? "" : bytes);
@@ -115,7 +115,7 @@ void ExpectSize(const HostileCall &call, const std::string &result) {
                                                  "StrLTrim", "StrRTrim", "StrReplace"};
   const bool atMost = bySource.contains(call.row->name);
   size_t size = result.size() + 1;
-  for (size_t i = 0; i < call.bytes.size() && call.withArgs; i++) {
+  for (size_t i = 0; i < call.bytes.size() && call.withArgs; ++i) {
     if (atMost && call.row->types[i + 1] == 't') size += call.bytes[i].size();
     if (call.row->name == "StrPad" && i == 1) {
       const NumberValue count = ValueOf(call.entries[i]);
@@ -138,7 +138,7 @@ bool CheckText(const HostileCall &call) {
   ExpectSize(call, result);
   constexpr size_t kMost = 5000;  // the model is slow
   bool valid = result.size() < kMost;
-  for (size_t i = 0; i < call.bytes.size() && valid; i++) {
+  for (size_t i = 0; i < call.bytes.size() && valid; ++i) {
     valid = call.row->types[i + 1] != 't' ||
             (call.bytes[i].size() < kMost && IsValidText(call.bytes[i], call.page));
   }
@@ -177,7 +177,7 @@ TEST(HostileCalls, NeitherCrashNorPassTheirBlocks) {
   const PlainSettings settings;
   std::mt19937 random(46);
   int wholeTexts = 0;
-  for (size_t i = 0; i < size_t{46} * 1000; i++) {
+  for (size_t i = 0; i < size_t{46} * 1000; ++i) {
     const int64_t blocks = TEST_LiveBlocks();
     HostileCall call = RandomCall(FunctionRows()[i % 46], random);
     std::string trace = call.row->name + " in " + std::to_string(call.page);
@@ -186,7 +186,7 @@ TEST(HostileCalls, NeitherCrashNorPassTheirBlocks) {
     void *const block = call.block;
     const auto resultSize = static_cast<int32_t>(random() % 8 == 0 ? 0 : call.size);
     const int32_t done = Compute(call, resultSize);
-    for (size_t k = 0; k < call.bytes.size(); k++) {
+    for (size_t k = 0; k < call.bytes.size(); ++k) {
       const std::string &bytes = call.bytes[k];
       EXPECT_TRUE(bytes.empty() || memcmp(call.entries[k], bytes.data(), bytes.size()) == 0);
     }

@@ -39,7 +39,7 @@ std::vector<Row> RowsOf(const std::string &page) {
   Texts head;
   std::ifstream stream(page);
   std::string line, last;
-  for (int number = 1; std::getline(stream, line); number++, last = line) {
+  for (int number = 1; std::getline(stream, line); ++number, last = line) {
     const std::string place = page + ":" + std::to_string(number);
     if (line.starts_with("### ")) rows.push_back({place, {}, {line.substr(4)}});
     if (line.empty()) head.clear();
@@ -69,7 +69,7 @@ std::string ResultOf(const OwnedContext &ec, const std::string &formula) {
 // "Foo(count: Number): Date".
 std::string TypesOf(const std::string &heading) {
   std::string types;
-  for (size_t at = 0; (at = heading.find(": ", at)) != std::string::npos; at++) {
+  for (size_t at = 0; (at = heading.find(": ", at)) != std::string::npos; ++at) {
     types += heading[at + 2];
   }
   return types;
@@ -77,7 +77,7 @@ std::string TypesOf(const std::string &heading) {
 
 std::string TypesOf(const ExprItem *row) {
   std::string types;
-  for (int i = 0; i < row->paramCount; i++) types += "NDS"[ItemParameters(row)[i].dataType];
+  for (int i = 0; i < row->paramCount; ++i) types += "NDS"[ItemParameters(row)[i].dataType];
   return types + "NDS"[row->dataType];
 }
 
@@ -105,7 +105,7 @@ TEST(FunctionsPage, ExamplesGiveTheirResults) {
     ASSERT_EQ(row.cells.size(), 2u);
     EXPECT_NE(row.cells[0].find(name), std::string::npos) << "no example of " << name;
     EXPECT_EQ(ResultOf(ec, row.cells[0]), row.cells[1]);
-    examples[name]++;
+    ++examples[name];
   }
   for (const std::string &function : ItemNames(ec.get(), ORL_FUNCTION)) {
     EXPECT_GE(examples[function], 2) << "examples in docs/functions.md of " << function;
@@ -125,13 +125,13 @@ TEST(PicturesPage, TablesGiveTheirResults) {
   const OwnedContext ec = PageContext(host);
   int results = 0;
   for (const Row &row : RowsOf("docs/pictures.md")) {
-    for (size_t i = 1; i < row.head.size(); i++) {
+    for (size_t i = 1; i < row.head.size(); ++i) {
       const auto formula = formulas.find(row.head[0] + ", " + row.head[i]);
       if (formula == formulas.end()) continue;
       const std::string argument = row.head[0] == "Picture" ? Literal(row.cells[0]) : row.cells[0];
       EXPECT_EQ(ResultOf(ec, formula->second + argument + ")"), "'" + row.cells.at(i) + "'")
           << row.place << ": " << row.cells[0];
-      results++;
+      ++results;
     }
   }
   EXPECT_EQ(results, 3 + 4 * 3 + 3 * 2);

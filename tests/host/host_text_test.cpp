@@ -1,4 +1,4 @@
-/* Texts that orli produces itself: underlined spans, messages for ids. */
+// Texts that orli produces itself: underlined spans, messages for ids.
 #include <gtest/gtest.h>
 #include <orli11.h>
 

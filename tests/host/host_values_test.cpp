@@ -46,7 +46,7 @@ struct ListedFile {
 // "s" and as many values, each twice; each tenth row is empty.
 std::string Values(int count) {
   std::string content = "s,t\n";
-  for (int i = 0; i < 2 * count; i++) {
+  for (int i = 0; i < 2 * count; ++i) {
     content += "v" + std::to_string(i / 2) + ",\n" + (i % 10 == 0 ? ",\n" : "");
   }
   return content;
@@ -93,7 +93,7 @@ TEST(HostValues, ComePageByPageWhileThereAreMore) {
     ListingBegin(file.listing, "s");
     std::vector<size_t> pages;
     bool more = true;
-    for (size_t i = 0; more && i <= row.pages.size(); i++) {
+    for (size_t i = 0; more && i <= row.pages.size(); ++i) {
       const std::vector<std::string> page = ListingPage(file.listing, kFirstValues, more);
       EXPECT_TRUE(page.empty() || page[0] == "v" + std::to_string(200 * i)) << page[0];
       pages.push_back(page.size());
@@ -104,7 +104,7 @@ TEST(HostValues, ComePageByPageWhileThereAreMore) {
 
 TEST(HostValues, AFewInManyRowsComeWhenAskedForAgain) {
   std::string content = "s,t\n";
-  for (int i = 0; i < 1100000; i++) content += "a,\n";
+  for (int i = 0; i < 1100000; ++i) content += "a,\n";
   ListedFile file(content + "b,\n");
   ListingBegin(file.listing, "s");
   bool more = false;

@@ -24,7 +24,7 @@ constexpr std::string_view kLead = "\x81-\x9F\xE0-\xFC", kTrail = "@-~\x80-\xFC"
 bool In(std::string_view set, char byte) {
   const auto code = static_cast<uint8_t>(byte);
   const size_t none = set[0] == '^' ? 1 : 0;
-  for (size_t i = none; i < set.size(); i++) {
+  for (size_t i = none; i < set.size(); ++i) {
     const auto low = static_cast<uint8_t>(set[i]);
     if (i + 2 < set.size() && set[i + 1] == '-') i += 2;
     if (low <= code && code <= static_cast<uint8_t>(set[i])) return none == 0;
@@ -98,7 +98,7 @@ struct Matcher {
     EndDate(dates, mark);
     Places part = Number(Some(dates, kWhite) | One(dates, kSeparator));
     Places times = part;
-    for (int more = 0; more < 3; more++) times |= part = Number(One(part, kPoint));
+    for (int more = 0; more < 3; ++more) times |= part = Number(One(part, kPoint));
     EndDate(times, mark);
     MaybeMarker(times);
   }
@@ -190,7 +190,7 @@ struct Run {
   // kGood, kRefuse or the place of the first byte that is in no name.
   int JudgeBytes(bool call) const {
     bool quoted = false;
-    for (size_t i = 0; i < text.size(); i++) {
+    for (size_t i = 0; i < text.size(); ++i) {
       const char byte = text[i];
       const bool last = i + 1 == text.size();
       uint32_t point = 0;
@@ -224,10 +224,10 @@ struct Run {
 
   bool GoodString() const {
     if (!DoubleByte() || text == "''") return true;
-    for (size_t i = 1; i < text.size(); i++) {
+    for (size_t i = 1; i < text.size(); ++i) {
       const std::string two = text.substr(i, 2);
       if (text[i] == '\'' && two != "''") return i == text.size() - 1;
-      if (In(kLead, text[i]) || two == "''" || two == "\\'") i++;
+      if (In(kLead, text[i]) || two == "''" || two == "\\'") ++i;
     }
     return false;
   }
@@ -236,7 +236,7 @@ struct Run {
     const std::string word = Capitals(text);
     if (word == "AND") return 269;
     const char *const units[] = {"DAY", "MONTH", "YEAR", "HOUR", "MINUTE", "SECOND"};
-    for (int i = 0; i < 6 && !Has(ORL_FLAG_NO_DATE_UNITS); i++) {
+    for (int i = 0; i < 6 && !Has(ORL_FLAG_NO_DATE_UNITS); ++i) {
       if (word != units[i] && word != std::string(units[i]) + "S") continue;
       token.dateUnit = static_cast<uint16_t>(1 << i);
       return Take(266);
@@ -281,8 +281,8 @@ struct Run {
     const auto last = static_cast<size_t>(63 - std::countl_zero(reached));
     const bool asksOn = (matcher.wanted >> last & 1) != 0 && last < matcher.bytes.size();
     token.delivered = std::max(token.delivered, static_cast<int32_t>(asksOn ? last + 1 : last));
-    for (size_t end = last; end > at; end--) {
-      for (size_t rule = 0; rule < kRules; rule++) {
+    for (size_t end = last; end > at; --end) {
+      for (size_t rule = 0; rule < kRules; ++rule) {
         if ((matcher.ends[rule] >> end & 1) == 0) continue;
         const size_t cut = rule == kDateRule ? matcher.cut[end] : 0;
         text = matcher.bytes.substr(at, (cut > 0 ? cut : end) - at);

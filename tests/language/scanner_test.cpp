@@ -164,12 +164,12 @@ std::string RandomText(std::mt19937 &random) {
   std::string text;
   if (random() % 2 == 0) {
     const std::string_view alphabet = kAlphabets[random() % std::size(kAlphabets)];
-    for (size_t left = 1 + random() % 24; left > 0; left--) {
+    for (size_t left = 1 + random() % 24; left > 0; --left) {
       text += alphabet[random() % alphabet.size()];
     }
     return text;
   }
-  for (size_t left = 1 + random() % 14; left > 0; left--) {
+  for (size_t left = 1 + random() % 14; left > 0; --left) {
     // One piece in sixteen is any byte at all.
     const bool any = random() % 16 == 0;
     text += any ? std::string(1, static_cast<char>(1 + random() % 255))
@@ -186,14 +186,14 @@ TEST(ScannerMatcher, AgreesOnRandomTexts) {
     std::mt19937 random(static_cast<uint32_t>(codePage));
     std::map<int32_t, int> seen;
     int badDates = 0;
-    for (int round = 0; round < 70000 && !HasFailure(); round++) {
+    for (int round = 0; round < 70000 && !HasFailure(); ++round) {
       const auto flags = static_cast<uint16_t>(random() & kFlags);
       const ScanInput input = {codePage, RandomText(random), flags, random() % 8 == 0};
       const ScanResult scanned = ScanWhole(context.get(), input);
       EXPECT_EQ(PrintAll(scanned), PrintAll(PlainScan(input)))
           << "text " << testing::PrintToString(input.text) << " code page " << codePage << " flags "
           << flags << (input.nameCheck ? " as a name" : "");
-      for (const ScannedToken &token : scanned.tokens) seen[token.code]++;
+      for (const ScannedToken &token : scanned.tokens) ++seen[token.code];
       badDates += scanned.failures.empty() ? 0 : 1;
     }
     // The texts reach every kind of token.

@@ -43,7 +43,7 @@ const std::vector<Case> &Cases() {
 
 std::string ValuesOf(EC ec) {
   std::string values;
-  for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+  for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
     HEXP exp = ORLHEXPFromOrdinal(ec, i);
     const bool set = ORLIsExpRange(ec, exp, 1) != 0, range = ORLIsExpRange(ec, exp, 2) != 0;
     values += (set ? "set" : range ? "range" : Evaluate(ec, exp)) + "|";
@@ -109,7 +109,7 @@ std::vector<std::string> Samples(size_t each) {
 
 TEST(BlockRandom, EveryPrefixOfABlock) {
   for (const std::string &block : Samples(3)) {
-    for (size_t size = 0; size <= block.size(); size++) TakeAnyBlock(block.substr(0, size));
+    for (size_t size = 0; size <= block.size(); ++size) TakeAnyBlock(block.substr(0, size));
   }
 }
 
@@ -146,10 +146,10 @@ void Damage(std::string &block, const std::string &other, std::mt19937 &random) 
 TEST(BlockRandom, DamagedBlocks) {
   std::mt19937 random(20240609);
   const std::vector<std::string> samples = Samples(12);
-  for (int i = 0; i < 20000 && !HasFailure(); i++) {
+  for (int i = 0; i < 20000 && !HasFailure(); ++i) {
     std::string block = samples[random() % samples.size()];
     const std::string &other = samples[random() % samples.size()];
-    for (size_t n = random() % 3 + 1; n != 0 && block.size() > 3; n--) Damage(block, other, random);
+    for (size_t n = random() % 3 + 1; n != 0 && block.size() > 3; --n) Damage(block, other, random);
     TakeAnyBlock(block);
   }
 }

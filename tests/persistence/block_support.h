@@ -78,14 +78,14 @@ inline std::string BlockOf(EC ec) {
 // with "!" after it where the routine is missing, "-" for an empty element, "Name:=Text".
 inline std::string StateOf(EC ec) {
   std::string state;
-  for (int32_t i = 0; i < kGroupCount * kOperatorTypes; i++) {
+  for (int32_t i = 0; i < kGroupCount * kOperatorTypes; ++i) {
     const OperatorSlots &slots = ec->operators[i / kOperatorTypes];
     const char *name = slots.names[i % kOperatorTypes];
     if (name == nullptr) continue;
     const bool found = slots.procs[i % kOperatorTypes] != nullptr;
     state += "op" + std::to_string(i) + "=" + name + (found ? " " : "! ");
   }
-  for (uint32_t i = 0; i < HandleArrayRows(ec->inputs.rows); i++) {
+  for (uint32_t i = 0; i < HandleArrayRows(ec->inputs.rows); ++i) {
     const auto *row = static_cast<const ExprItem *>(HandleArrayPointerAt(ec->inputs.rows, i));
     state += row == nullptr ? "- " : row->name;
     if (row == nullptr) continue;
@@ -97,7 +97,7 @@ inline std::string StateOf(EC ec) {
     state += std::string(")=") + (row->routineName == nullptr ? "" : row->routineName);
     state += row->routine == nullptr ? "! " : " ";
   }
-  for (int32_t i = 0; i < ORLGetExpressionCount(ec); i++) {
+  for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
     HEXP exp = ORLHEXPFromOrdinal(ec, i);
     state += NameOf(ec, exp) + ":=" + TextOf(ec, exp) + " ";
   }

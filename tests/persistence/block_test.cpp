@@ -72,7 +72,7 @@ TEST(BlockWriter, WorkedExample) {
                           "416d6f756e742a3200" + "4e657400";
   EXPECT_EQ(ORLGetECBlockSize(ec.get(), 1), 137);
   EXPECT_EQ(ORLGetECBlockSize(ec.get(), 0), 120);
-  for (int time = 0; time < 2; time++) EXPECT_EQ(Hex(BlockOf(ec.get())), hex);
+  for (int time = 0; time < 2; ++time) EXPECT_EQ(Hex(BlockOf(ec.get())), hex);
   EXPECT_EQ(Hex(kWorked), hex) << "the pieces of this test";
 }
 
@@ -103,7 +103,7 @@ std::string Fitting(const Pieces &pieces, int64_t capacity) {
 
 TEST(BlockWriter, EveryCapacity) {
   Pieces pieces;
-  for (int i = 0; i < 20; i++) {
+  for (int i = 0; i < 20; ++i) {
     pieces.operators.push_back(Text(i % 3 == 0 ? "" : "Op" + std::to_string(i * i)));
   }
   for (const char *routine : {"GetOfLongName", "Get", "GetMore"}) {
@@ -118,7 +118,7 @@ TEST(BlockWriter, EveryCapacity) {
   ASSERT_EQ(Load(ec.get(), whole), 1);
   const auto size = static_cast<int32_t>(whole.size());
   ASSERT_EQ(ORLGetECBlockSize(ec.get(), 1), size);
-  for (int32_t capacity = -1; capacity <= size + 1; capacity++) {
+  for (int32_t capacity = -1; capacity <= size + 1; ++capacity) {
     const std::string fitting = Fitting(pieces, capacity);
     const size_t bytes = static_cast<size_t>(std::max(capacity, 1));
     const auto buffer = ExactBuffer(bytes);
@@ -394,7 +394,7 @@ TEST(BlockReader, LongChains) {
     Texts rows;
     for (const int i : order) {
       std::string text = i + 1 < kCount ? "F" + std::to_string(i + 1) + "()" : "1";
-      for (int call = kCount - 1; i == 0 && call != 1; call--) {
+      for (int call = kCount - 1; i == 0 && call != 1; --call) {
         text.insert(text.rfind('F'), "F" + std::to_string(call) + "() + ");
       }
       rows.push_back("F" + std::to_string(i) + "=" + text);
@@ -432,7 +432,7 @@ TEST(BlockReader, LookupThatDeletesRows) {
 TEST(BlockReader, ManyRowsOfOneName) {
   constexpr int kCount = 32767;
   Texts rows = {"F0=1", "Z=D()"};
-  for (int i = 1; i < kCount / 2; i++) {
+  for (int i = 1; i < kCount / 2; ++i) {
     rows.push_back("F" + std::to_string(i) + "=F" + std::to_string(i - 1) + "()");
   }
   const std::string last = rows.back().substr(0, rows.back().find('='));

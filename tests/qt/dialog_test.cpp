@@ -387,7 +387,7 @@ TEST(QtDialog, AsksBeforeChangedTextIsDiscarded) {
             QWidget *box = QApplication::activeModalWidget();
             if (qobject_cast<QMessageBox *>(box) == nullptr || !box->isActiveWindow()) return;
             timer.stop();
-            asked++;
+            ++asked;
             QTest::keyClick(box, key, key == Qt::Key_Y ? Qt::AltModifier : Qt::NoModifier);
           });
           timer.start(10);

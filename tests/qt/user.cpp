@@ -205,8 +205,8 @@ Spot SpotInLines(QPlainTextEdit *edit, int unit) {
 // The edit's position for the caret; beyond its edges when it is out of view.
 Spot SpotInLine(QLineEdit *edit, int unit) {
   QPoint spot = edit->rect().center();
-  while (edit->cursorPositionAt(spot) < unit) spot.rx()++;
-  while (edit->cursorPositionAt(spot) > unit) spot.rx()--;
+  while (edit->cursorPositionAt(spot) < unit) ++spot.rx();
+  while (edit->cursorPositionAt(spot) > unit) --spot.rx();
   return SpotOn(edit, spot);
 }
 

@@ -28,7 +28,7 @@ Piece ArgumentOf(QStringView signature, int argument) {
       if (number == argument || (here == u')' && number > 0 && signature.contains(u"..."))) {
         return {start, at};
       }
-      number++;
+      ++number;
       start = at + 1;
     }
     if (here == u')') {

@@ -12,7 +12,7 @@ bool IsWordPart(QChar at) {
 
 qsizetype StartOfWord(QStringView text, qsizetype end) {
   while (end > 0 && IsWordPart(text[end - 1])) {
-    end--;
+    --end;
   }
   return end;
 }
@@ -100,7 +100,7 @@ Call CallAround(QStringView text, qsizetype caret) {
     } else if (isBefore && mark == Mark::Close && !open.empty()) {
       open.pop_back();
     } else if (isBefore && mark == Mark::Comma && !open.empty()) {
-      open.back().second++;
+      ++open.back().second;
     }
     return isBefore;
   });
@@ -117,7 +117,7 @@ Call CallAround(QStringView text, qsizetype caret) {
 Piece WordAt(QStringView text, qsizetype caret) {
   Piece word = {StartOfWord(text, caret), caret};
   while (word.end < text.size() && IsWordPart(text[word.end])) {
-    word.end++;
+    ++word.end;
   }
   bool isQuoted = false;
   EachMark(text, [&](Mark mark, qsizetype start, qsizetype end) {
