@@ -1,7 +1,7 @@
-"""Takes the built libraries into the package, so that it needs nothing else.
+"""Copies the built libraries into the package, so that it needs nothing else.
 
-They come from ORLI11_LIBRARY_PATH, or from build/release/lib of the checkout. Where they are not
-there, the package uses the libraries that the system has.
+They come from ORLI11_LIBRARY_PATH, or from build/release/lib of the checkout. If they are missing,
+the package uses the libraries of the system.
 """
 
 import os

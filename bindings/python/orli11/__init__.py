@@ -16,8 +16,9 @@ from typing import Any, Mapping
 from ._functions import ItemName
 from ._library import engine as _engine
 from ._version import __version__
-from .context import Context, Expression
+from .context import Context
 from .errors import ClosedError, Error, FormulaError, LoadError
+from .expression import Expression
 from .types import DATE, NUMBER, STRING, Flag, Kind, Type
 
 __all__ = ["Context", "Expression", "Type", "NUMBER", "DATE", "STRING", "Kind", "Flag", "ItemName",

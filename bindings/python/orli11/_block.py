@@ -1,8 +1,8 @@
-"""Stored contexts, read without the engine.
+"""Stored contexts, read before the engine loads them.
 
-A load by the engine opens the formula editor for a formula that no longer parses. A program wants
-an exception, so the formulas are tried first. And a load looks routines of operators up
-by the same names as those of items, so blocks with such names are detected here.
+A load by the engine opens the formula editor for a formula that no longer parses. A program needs
+an exception instead, so the formulas are parsed in a copy first. And a load looks up the routines of
+operators in the same way as those of items, so blocks that name such routines are detected here.
 """
 
 from __future__ import annotations
@@ -10,11 +10,10 @@ from __future__ import annotations
 import struct
 from typing import List, Tuple
 
+from ._library import engine, ffi
 from .errors import LoadError
 
-_OPERATORS = 20
-_INPUT_ROW = 85
-_INPUTS, _FORMULAS = 250, 252
+_INPUT_ROW = ffi.sizeof("OrlStoredInput")
 
 
 class _Reader:
@@ -25,35 +24,37 @@ class _Reader:
     def text(self) -> str:
         end = self.block.find(b"\0", self.position)
         if end < 0:
-            raise LoadError(f"The stored context is cut or damaged at byte {self.position}.")
+            raise LoadError(f"The stored context is truncated or damaged at byte {self.position}.")
         begin, self.position = self.position, end + 1
         return self.block[begin:end].decode(errors="replace")
 
+    def operators(self) -> List[str]:
+        """The names of operator routines, which the block begins with; empty for operators without one."""
+        return [self.text() for _ in range(engine.ORL_BLOCK_OPERATORS)]
+
     def section(self, tag: int) -> int:
-        """The rows of the section that begins here, 0 when it is another one."""
-        header = self.block[self.position:self.position + 4]
-        if len(header) < 4 or struct.unpack_from("<H", header)[0] != tag:
+        """The number of rows of the section that begins here, 0 if it is a different one."""
+        header = self.block[self.position:self.position + engine.ORL_BLOCK_HEADER_SIZE]
+        if len(header) < engine.ORL_BLOCK_HEADER_SIZE or struct.unpack_from("<H", header)[0] != tag:
             return 0
-        self.position += 4
+        self.position += engine.ORL_BLOCK_HEADER_SIZE
         return struct.unpack_from("<h", header, 2)[0]
 
 
 def operators_of(block: bytes) -> List[str]:
-    """The names of the routines that a host has for operators."""
-    reader = _Reader(block)
-    return [name for name in (reader.text() for _ in range(_OPERATORS)) if name]
+    """The names of the routines that the host which stored the block has for operators."""
+    return [name for name in _Reader(block).operators() if name]
 
 
 def formulas_of(block: bytes) -> List[Tuple[str, str]]:
     """Name and text of each formula of a block of version 2 or 3, in order."""
     reader = _Reader(block)
-    for _ in range(_OPERATORS):
-        reader.text()
-    for _ in range(reader.section(_INPUTS)):
+    reader.operators()
+    for _ in range(reader.section(engine.ORL_BLOCK_TAG_INPUTS)):
         reader.position += _INPUT_ROW
         reader.text()
     found = []
-    for _ in range(reader.section(_FORMULAS)):
+    for _ in range(reader.section(engine.ORL_BLOCK_TAG_FORMULAS)):
         text = reader.text()
         found.append((reader.text(), text))
     return found

@@ -51,7 +51,7 @@ def call_function(ec, exp, size, result, name, arguments):
 def look_up(routine_name):
     """The OrlLookupProc: all input items of a stored context have one routine.
 
-    Nothing else is looked up: no block with names of operators comes here.
+    Nothing else is looked up: `load` rejects blocks with names of operators.
     """
     return ffi.cast("void *", give_value)
 
@@ -66,5 +66,5 @@ def keep_error(ec, text, error):
 
 @ffi.callback("void(EC, const char *, void *)")
 def collect_name(ec, name, names):
-    """The OrlEnumItemProc that fills the list behind the handle `names`."""
+    """The OrlEnumItemProc that appends to the list whose handle is `names`."""
     ffi.from_handle(names).append(text_from(name))

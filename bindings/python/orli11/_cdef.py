@@ -50,6 +50,28 @@ typedef struct {
   uint16_t itemFlags;
 } ExprItem;
 typedef struct { ExprItem item; ParamRecord parameters[64]; } FunctionRow;
+typedef struct {
+  int16_t kind;
+  int16_t dataType;
+  uint32_t zero[2];
+  char name[65];
+  int16_t paramCount;
+  uint16_t subClass;
+  uint16_t optionalCount;
+  uint16_t itemFlags;
+} OrlStoredInput;
+"""
+
+# The layout of stored contexts.
+BLOCK = """
+enum {
+  ORL_BLOCK_VERSION = 3,
+  ORL_BLOCK_OPERATORS = 20,
+  ORL_BLOCK_TAG_INPUTS = 250,
+  ORL_BLOCK_TAG_FORMULAS = 252,
+  ORL_BLOCK_HEADER_SIZE = 4,
+  ORL_BLOCK_MOST_ROWS = 32767
+};
 """
 
 ENGINE = """

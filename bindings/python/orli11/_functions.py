@@ -12,7 +12,7 @@ from ._library import ffi
 from ._values import encode, store, value_from
 from .types import ANY, Kind, Type, type_of
 
-MAX_PARAMETERS = 64
+MAX_PARAMETERS = len(ffi.new("FunctionRow *").parameters)
 _NONE = inspect.Parameter.empty
 
 

@@ -9,7 +9,7 @@ from ._library import engine, ffi
 from ._values import encode, is_missing
 from .types import DATE, NUMBER, STRING, Kind, Type, type_of
 
-_LONGEST_NAME = 64
+_LONGEST_NAME = len(ffi.new("ExprItem *").name) - 1
 _TYPE_OF_KIND = {"b": NUMBER, "i": NUMBER, "u": NUMBER, "f": NUMBER, "M": DATE, "U": STRING}
 
 
@@ -29,7 +29,7 @@ class Items(Dict[bytes, Item]):
         self._ec = ec
 
     def name_of(self, key: str) -> str:
-        """How a formula writes a key: as it is, or in quotes where it is no plain name."""
+        """How a formula writes a key: as it is, or in quotes unless it is a plain name."""
         raw = encode(key)
         unused = ffi.new("char[]", _LONGEST_NAME + 2)
         if len(raw) <= _LONGEST_NAME and engine.ORLValidName(self._ec, raw, ffi.NULL) == 1 \
@@ -39,7 +39,10 @@ class Items(Dict[bytes, Item]):
         return quote + key + quote
 
     def declare(self, items: List[Tuple[str, Type]]) -> None:
-        """Adds items by key and type; ValueError, and none is added, for a name that cannot be."""
+        """Adds items by key and type.
+
+        Raises ValueError, adding none, for a name that is taken or that formulas cannot write.
+        """
         rows = [Item(self.name_of(key), key, type) for key, type in items]
         names = [item.name for item in rows]
         for name in names:
@@ -47,9 +50,9 @@ class Items(Dict[bytes, Item]):
             if len(raw) > _LONGEST_NAME:
                 raise ValueError(f"names of items have at most {_LONGEST_NAME} bytes, quotes included: {name}")
             if engine.ORLValidName(self._ec, raw, ffi.NULL) == 0:
-                raise ValueError(f"no formula can write the name {name}")
+                raise ValueError(f"formulas cannot write the name {name}")
             if raw in self or names.count(name) > 1:
-                raise ValueError(f"there is an item {name} already")
+                raise ValueError(f"there is already an item {name}")
         for item in rows:
             row, routine_name = ffi.new("ExprItem *"), ffi.new("char[]", b"Column")
             row.kind, row.dataType, row.name = Kind.INPUT, item.type, encode(item.name)
@@ -69,16 +72,20 @@ class Items(Dict[bytes, Item]):
                 self.setdefault(name.encode(), Item(name, key_of(name), Type(row.dataType)))
 
     def rename(self, old: str, new: str, apply: Callable[[str, str], Any]) -> None:
-        """Gives the item of key `old` the key `new`, where its name is free and can be written."""
+        """Gives the item of key `old` the key `new`; `apply` renames it in the context.
+
+        Raises KeyError if there is no such item, ValueError for a name that is taken or that
+        formulas cannot write.
+        """
         item = self.get(encode(self.name_of(old)))
         if item is None:
             raise KeyError(old)
         name = self.name_of(new)
         raw = encode(name)
         if len(raw) > _LONGEST_NAME or engine.ORLValidName(self._ec, raw, ffi.NULL) == 0:
-            raise ValueError(f"no formula can write the name {name}")
+            raise ValueError(f"formulas cannot write the name {name}")
         if raw in self:
-            raise ValueError(f"there is an item {name} already")
+            raise ValueError(f"there is already an item {name}")
         apply(item.name, name)
         del self[encode(item.name)]
         self[raw] = Item(name, new, item.type)

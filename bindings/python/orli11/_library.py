@@ -13,7 +13,7 @@ from . import _cdef
 ffi = cffi.FFI()
 ffi.cdef(_cdef.RECORDS)
 ffi.cdef(_cdef.PACKED_RECORDS, packed=True)
-ffi.cdef(_cdef.ENGINE + _cdef.TOOLS + _cdef.CALENDAR)
+ffi.cdef(_cdef.BLOCK + _cdef.ENGINE + _cdef.TOOLS + _cdef.CALENDAR)
 
 # The major version of the interface that this package is written for; a part of the file names.
 MAJOR = 1
@@ -52,7 +52,7 @@ except OSError as error:
         "name the folder that it is in by ORLI11_LIBRARY_PATH.") from error
 
 if engine.ORLVersion() >> 16 != MAJOR:
-    raise ImportError(f"version {engine.ORLVersion() >> 16} of the library is there; "
+    raise ImportError(f"found version {engine.ORLVersion() >> 16} of the library; "
                       f"this package is for version {MAJOR}")
 # Python's strings hold every character, so the process works in UTF-8.
 tools.WRENSetCodePage(UTF8)

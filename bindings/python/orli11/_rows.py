@@ -13,7 +13,8 @@ from .types import Kind
 
 if TYPE_CHECKING:
     from ._items import Item
-    from .context import Context, Expression
+    from .context import Context
+    from .expression import Expression
 
 _NUMBERS = (float, int, decimal.Decimal)
 _MOST_SCALE = 37
@@ -105,7 +106,7 @@ def _compute(context, expression, columns, result, part: range) -> None:
         found = context._compute(None, engine.ORLEvaluateRows, expression, len(part), len(columns), given,
                                  wanted)
         if found < 0:
-            raise Error("the rows cannot be computed: memory has ended, or the strings are too long")
+            raise Error("the rows cannot be computed: out of memory, or the strings are too long")
         result.take(wanted, part, found)
     finally:
         result.release(wanted)

@@ -11,7 +11,7 @@ from typing import Any, Optional
 from ._library import calendar, engine, ffi, tools
 from .types import DATE, NUMBER, STRING, Type
 
-NUMBER_BYTES = 13
+NUMBER_BYTES = ffi.sizeof("NumberValue")
 _LONG = 1 << 63
 _TEXT_BYTES = 160  # more than the longest number needs
 
@@ -20,9 +20,9 @@ _TYPE_NAMES = {NUMBER: "a Number", DATE: "a Date", STRING: "a String"}
 
 
 def encode(text: str) -> bytes:
-    """The bytes of a string for the engine, where a zero byte ends strings."""
+    """The bytes of a string for the engine, whose strings end with a zero byte."""
     if not isinstance(text, str):
-        raise TypeError(f"a string is wanted, not {type(text).__name__}")
+        raise TypeError(f"expected a string, not {type(text).__name__}")
     if "\0" in text:
         raise ValueError("a string for the engine cannot hold the character U+0000")
     return text.encode()
@@ -41,7 +41,7 @@ def is_missing(value: Any) -> bool:
 
 
 def wrong_type(wanted: Type, value: Any) -> TypeError:
-    return TypeError(f"{_TYPE_NAMES[wanted]} is wanted, not {value!r} of type {type(value).__name__}")
+    return TypeError(f"expected {_TYPE_NAMES[wanted]}, not {value!r} of type {type(value).__name__}")
 
 
 def set_number(cell, value: Any) -> None:
@@ -61,7 +61,7 @@ def set_number(cell, value: Any) -> None:
             tools.WRENNumFromText(cell, b"%d" % whole)
     elif isinstance(value, numbers.Real):
         tools.WRENNumFromDouble(cell, float(value))
-    elif type(value).__name__ == "bool_":  # of NumPy, which is no number to Python
+    elif type(value).__name__ == "bool_":  # of NumPy, which is not a number to Python
         tools.WRENNumFromLong(cell, int(value))
     else:
         raise wrong_type(NUMBER, value)

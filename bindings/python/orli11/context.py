@@ -1,4 +1,4 @@
-"""Contexts and the formulas in them."""
+"""Contexts: input items, functions and the formulas over them."""
 
 from __future__ import annotations
 
@@ -12,123 +12,15 @@ from ._library import engine, ffi
 from ._functions import Function, function_of
 from ._items import Items, items_of, key_of
 from ._values import NUMBER_BYTES, encode, store, value_from
-from .errors import ClosedError, Error, FormulaError, LoadError
+from .errors import NAME_TAKEN, WRONG_NAME, ClosedError, FormulaError, LoadError
+from .expression import Expression
 from .types import STRING, Flag, Kind, Type, TypeLike
 
 _NULL, _CELL = ffi.NULL, ffi.typeof("NumberValue *")
-_KINDS = ("formula", "set", "range")
-_VERSIONS_WITH_ORDER = (0, 1)  # of blocks whose load opens no editor
-# Messages about the name of a formula.
-_WRONG_NAME, _NAME_TAKEN = 107, 126
+_VERSIONS_WITHOUT_REPAIR = (0, 1)  # of blocks whose load opens no editor
 
 # Callables by their own names, or by names given here; functions of another context too.
 Functions = Union[Iterable[Union[Callable[..., Any], Function]], Mapping[str, Callable[..., Any]]]
-
-
-class Expression:
-    """A formula, range or set that a context has checked and stored; made by `Context.parse`.
-
-    One without a name of its own is removed from its context with the last reference to it.
-    """
-
-    __slots__ = ("_context", "_handle", "_temporary", "_type", "__weakref__")
-
-    def __init__(self, context: Context, handle, temporary: bool):
-        self._context, self._handle, self._temporary = context, handle, temporary
-        self._type: Optional[Type] = None  # not asked for yet
-
-    def __del__(self):
-        if self._temporary and self._handle is not None:
-            self._context._dropped.append(self._handle)
-
-    def __repr__(self) -> str:
-        if self._handle is None or self._context._ec is None:
-            return "<Expression, removed>"
-        return f"<Expression {self.name}={self.text!r}, {self.kind} of {self.type.name}>"
-
-    def _copied(self, length, copy) -> str:
-        with self._context._entered() as ec:
-            size = length(ec, self._live()) + 1
-            buffer = ffi.new("char[]", size)
-            copy(ec, self._live(), size, buffer)
-            return ffi.string(buffer).decode()
-
-    def _live(self):
-        if self._handle is None:
-            raise ClosedError("the expression was removed")
-        return self._handle
-
-    @property
-    def name(self) -> str:
-        """Its name, a generated one where none was given."""
-        return self._copied(engine.ORLGetExpressionNameLength, engine.ORLGetExpressionName)
-
-    @property
-    def text(self) -> str:
-        """The text, as it was given or as a rename has changed it."""
-        return self._copied(engine.ORLGetExpressionTextLength, engine.ORLGetExpressionText)
-
-    @property
-    def type(self) -> Type:
-        """The type of its value, or of the members of a range or set."""
-        if self._type is None:
-            with self._context._entered() as ec:
-                self._type = Type(engine.ORLGetExpressionDataType(ec, self._live()))
-        return self._type
-
-    @property
-    def kind(self) -> str:
-        """"formula", "range" or "set"."""
-        with self._context._entered() as ec:
-            return _KINDS[next((i for i in (1, 2) if engine.ORLIsExpRange(ec, self._live(), i)), 0)]
-
-    def change(self, text: str) -> None:
-        """Gives it another text. A formula that others use keeps its type.
-
-        Raises FormulaError, and stays as it was, where the text is wrong.
-        """
-        self._context._parse(text, self.name, self)
-        self._type = None
-
-    def remove(self) -> None:
-        """Removes it from the context; Error while another formula refers to it."""
-        with self._context._entered(change=True) as ec:
-            if engine.ORLDestroyEXP(ec, self._live()) == 0:
-                raise Error(f"{self.name} is used by another formula")
-            self._handle = None
-
-    def uses(self, name: str, kind: Optional[Kind] = None) -> bool:
-        """Whether it refers to that item, function or formula, itself or through formulas.
-
-        An item is meant by its name in formulas or by its column's.
-        """
-        with self._context._entered():
-            names = {name, self._context._items.name_of(name)}
-            kinds = list(Kind) if kind is None else [kind]
-            return any(self._is_used(each, encode(one)) for each in kinds for one in names)
-
-    def _is_used(self, kind: Kind, name: bytes) -> bool:
-        with self._context._entered() as ec:
-            return engine.ORLIsItemUsed(ec, self._live(), kind, name) == 1
-
-    def extended_text(self, marks: bool = False) -> str:
-        """The text with the formulas that it refers to in parentheses in their places.
-
-        With `marks` dates and functions are in the escapes of ODBC. Error when the text would have
-        more than 65,535 bytes.
-        """
-        with self._context._entered() as ec:
-            size = engine.ORLGetExtendedTextLength(ec, self._live(), marks) + 1
-            buffer = ffi.new("char[]", size)
-            # An empty text means a failure: a formula has a text.
-            engine.ORLGetExtendedText(ec, self._live(), size, buffer, marks)
-            if buffer[0] == b"\0":
-                raise Error(f"the extended text of {self.name} is too long")
-            return ffi.string(buffer).decode()
-
-    def evaluate(self, row: Any = None) -> Any:
-        """Its value for a row: see `Context.evaluate`."""
-        return self._context._evaluate(self, row)
 
 
 class Context:
@@ -136,11 +28,11 @@ class Context:
 
     `items` declares what formulas can refer to: a mapping from names to types ("number", "date",
     "string", a Type or a Python class), pairs of both, or data: a pandas.DataFrame or a mapping
-    from names to NumPy arrays or lists, whose values determine the types. A column whose name is no
+    from names to NumPy arrays or lists, whose values determine the types. A column whose name is not a
     plain name is written in double quotes in formulas: `"wind speed" * 2`. Columns of values that
     no formula can hold are left out.
 
-    `functions` are callables in Python, `built_in` the 46 functions of the library.
+    `functions` are callables in Python, `built_in` adds the functions of the library.
 
     Threads may share a context; they take turns. Different contexts run side by side. A context is
     closed by `close`, at the end of a `with` block, or with the last reference to it.
@@ -179,7 +71,7 @@ class Context:
     # ---- Life ------------------------------------------------------------------------------------
 
     def close(self) -> None:
-        """Frees the context; it and its expressions are of no use then. May be called again."""
+        """Frees the context; afterwards it and its expressions raise ClosedError. May be called again."""
         with self._lock:
             if self._running:
                 raise RuntimeError("a context cannot be closed while it computes")
@@ -196,7 +88,7 @@ class Context:
 
     @contextlib.contextmanager
     def _entered(self, change: bool = False) -> Iterator[Any]:
-        """The handle, for this thread alone; with `change` outside of evaluations alone."""
+        """Yields the handle under the lock. With `change`, RuntimeError while an evaluation runs."""
         with self._lock:
             if self._ec is None:
                 raise ClosedError("the context is closed")
@@ -207,7 +99,7 @@ class Context:
             yield self._ec
 
     def copy(self) -> Context:
-        """A context of its own with the same items, functions and formulas, as for another thread."""
+        """A second context with the same items, functions and formulas, for example for another thread."""
         with self._entered(change=True) as ec:
             made = object.__new__(Context)
             made._begin(engine.ORLCopyEC(ec), self._flags, self._built_in)
@@ -238,7 +130,7 @@ class Context:
 
     def add_function(self, call: Union[Callable[..., Any], Function], name: Optional[str] = None, *,
                      parameters: Optional[List[TypeLike]] = None, result: Optional[TypeLike] = None):
-        """Declares a function written in Python and returns it, so that it decorates as well.
+        """Declares a function written in Python and returns it, so that it also works as a decorator.
 
         Annotations determine the types of parameters and result, unless they are given here. Numbers
         come as Decimal, or as int or float where a parameter is annotated so; dates as datetime or
@@ -257,7 +149,7 @@ class Context:
         return call
 
     def rename(self, old: str, new: str) -> None:
-        """Gives an input item another name; the texts of formulas follow.
+        """Gives an input item another name, also in the formulas.
 
         `old` and `new` are the keys of rows, such as the names of columns.
         """
@@ -280,7 +172,7 @@ class Context:
         with self._entered(change=True) as ec:
             handle = engine.ORLParseFormula(ec, _NULL if old is None else old._live(), encode(text),
                                             _NULL if name is None else encode(name), error, type)
-            if handle == _NULL and name is not None and error.id in (_WRONG_NAME, _NAME_TAKEN):
+            if handle == _NULL and name is not None and error.id in (WRONG_NAME, NAME_TAKEN):
                 raise FormulaError(name, error.id, 0, len(encode(name)))
             if handle == _NULL:
                 raise FormulaError(text, error.id, error.offset, error.length)
@@ -302,14 +194,15 @@ class Context:
     def add_formulas(self, formulas: Mapping[str, str]) -> Dict[str, Expression]:
         """Stores formulas by their names; they may refer to each other in any order.
 
-        Each is stored after those that it refers to. A name that is no plain name is stored in quotes, and no formula can call it. Raises
-        FormulaError for the first that is wrong, and stores none then.
+        Each is stored after those that it refers to. A name that is not a plain name is stored in
+        quotes, and formulas cannot call it. Raises FormulaError for the first that is wrong, and
+        then stores none.
         """
         with self._entered(change=True) as ec:
             rows = [(self._items.name_of(name), text) for name, text in formulas.items()]
             for name, _ in rows:
                 if engine.ORLIsExpNameUnique(ec, _NULL, encode(name)) == 0:
-                    raise FormulaError(name, _NAME_TAKEN, 0, len(encode(name)))
+                    raise FormulaError(name, NAME_TAKEN, 0, len(encode(name)))
             before = engine.ORLGetExpressionCount(ec)
             wrong = self._parse_all(rows)
             if wrong is not None:
@@ -320,9 +213,9 @@ class Context:
         return {name: self[name] for name in formulas}
 
     def _parse_all(self, rows: List[Tuple[str, str]]) -> Optional[Tuple[str, FormulaError]]:
-        """Parses formulas, each a name and a text; the name and error of the first that is wrong.
+        """Parses formulas, each a name and a text; returns the name and error of the first that is wrong.
 
-        What was parsed before it stays.
+        Those parsed before it remain stored.
         """
         kept = [(ffi.new("char[]", encode(name)), ffi.new("char[]", encode(text))) for name, text in rows]
         given = ffi.new("OrlFormulaText[]", [{"name": name, "text": text} for name, text in kept])
@@ -358,7 +251,7 @@ class Context:
         """The value of a formula: a Decimal, a datetime or a str, None where there is none.
 
         `row` has the values of input items by their keys: a dict, a pandas.Series, anything with
-        `row[key]`. Missing values are None, NaN or NaT; an operator with one has no value, as has
+        `row[key]`. Missing values are None, NaN or NaT; an operator with one has no value, and so has
         one with an infinity. Numbers are int, float, Decimal or Fraction, dates are date, datetime
         or numpy.datetime64 without a time zone. A key that the row lacks raises KeyError, a value of
         another type TypeError, when the formula asks for it. What functions written in Python raise
@@ -396,7 +289,7 @@ class Context:
         return evaluate_rows(self, self._of_text(formula), Table(rows), numbers, scale, threads)
 
     def evaluate_all(self, rows: Any, names: Optional[Iterable[str]] = None, **options: Any) -> Any:
-        """The values of stored formulas for all rows: a DataFrame for one, else a dict of arrays.
+        """The values of stored formulas for all rows: a DataFrame if `rows` is one, else a dict of arrays.
 
         `names` chooses formulas and their order; without it all formulas are computed, not the
         ranges and sets. `options` are those of `evaluate_rows`.
@@ -454,7 +347,7 @@ class Context:
     def save(self) -> bytes:
         """The input items and the formulas with names as bytes, the stored form of the C interface.
 
-        Functions written in Python and flags do not belong to it.
+        It does not contain functions written in Python and flags.
         """
         with self._entered(change=True) as ec:
             if self._temporaries():
@@ -469,23 +362,23 @@ class Context:
              flags: Flag = Flag.RANGES) -> Context:
         """A context with what `save`, `orli` or another host has stored.
 
-        Raises LoadError for damaged bytes, where formulas do not parse with these functions and
-        flags, and where the host that stored them has operators of its own; no window opens.
+        Raises LoadError if the bytes are damaged, if formulas do not parse with these functions and
+        flags, or if the host that stored them has operators of its own; no window opens.
         """
         made, block = cls(functions=functions, built_in=built_in, flags=flags), bytes(block)
         operators = _block.operators_of(block)
         if operators:
             raise LoadError(f"The stored context needs routines for operators: {', '.join(operators)}")
-        if block[0] not in _VERSIONS_WITH_ORDER:
+        if block[0] not in _VERSIONS_WITHOUT_REPAIR:
             made._try(block)
         made._take(block, True)
         return made
 
     def _try(self, block: bytes) -> None:
-        """Raises what is wrong with the formulas of a block, and changes nothing."""
-        with self.copy() as trial:
-            trial._take(block, False)
-            wrong = trial._parse_all(_block.formulas_of(block))
+        """Raises LoadError for a formula of the block that does not parse; changes nothing."""
+        with self.copy() as scratch:
+            scratch._take(block, False)
+            wrong = scratch._parse_all(_block.formulas_of(block))
             if wrong is not None:
                 raise LoadError("A formula of the stored context does not parse.", *wrong)
 

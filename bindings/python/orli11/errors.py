@@ -7,6 +7,10 @@ from typing import Optional
 from ._library import engine, ffi
 
 
+# Ids of messages about the name of a formula.
+WRONG_NAME, NAME_TAKEN = 107, 126
+
+
 class Error(Exception):
     """The base of the package's exceptions."""
 
@@ -18,10 +22,10 @@ class ClosedError(Error):
 class FormulaError(Error, ValueError):
     """A formula text, or the name for a formula, is wrong.
 
-    `text` is that text or name, `id` the number of the message and `message` its text. `offset` and
-    `length` are the bytes at fault, in UTF-8; `start` and `end` the same place as indexes into the
-    string `text`, so that `text[start:end]` is what is wrong; where something is missing at the end of
-    the text, it is empty and `length` 1. All four are 0 where no place is known.
+    `text` is that text or name, `id` the id of the message and `message` its text. `offset` and `length`
+    are the bytes at fault, in UTF-8; `start` and `end` the same place as indexes into the string `text`,
+    so that `text[start:end]` is what is wrong; if something is missing at the end of the text, it is
+    empty and `length` is 1. All four are 0 if no place is known.
     """
 
     def __init__(self, text: str, id: int, offset: int, length: int):
@@ -45,8 +49,8 @@ class FormulaError(Error, ValueError):
 class LoadError(Error, ValueError):
     """A stored context could not be read.
 
-    `name` and `error` are those of the formula that does not parse; None where the bytes are
-    damaged, and the name also where blocks of the versions 0 and 1 do not have it.
+    `name` and `error` are those of the formula that does not parse. Both are None if the bytes are
+    damaged; `name` is also None for blocks of the versions 0 and 1.
     """
 
     def __init__(self, reason: str, name: Optional[str] = None, error: Optional[FormulaError] = None):
@@ -60,7 +64,7 @@ class LoadError(Error, ValueError):
 
 
 def message(id: int) -> str:
-    """The message of an error's number as the user reads it."""
+    """The message with that id, as users read it."""
     size = engine.ORLErrorText(id, 0, ffi.NULL) + 1
     buffer = ffi.new("char[]", size)
     engine.ORLErrorText(id, size, buffer)

@@ -1,4 +1,4 @@
-"""The package beside the tests, on the libraries of the build."""
+"""Imports the package of the checkout, which uses the libraries of the build."""
 
 import os
 import pathlib

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs the tests of the package; ends with 77, and names them, where packages that they need are missing."""
+"""Runs the tests of the package; exits with 77 and names the packages if any that they need are missing."""
 
 import importlib.util
 import pathlib
@@ -11,7 +11,7 @@ NEEDED = {"cffi": "python3-cffi", "numpy": "python3-numpy", "pandas": "python3-p
 
 missing = [package for module, package in NEEDED.items() if importlib.util.find_spec(module) is None]
 if missing:
-    print(f"Left out, as {', '.join(missing)} is not there: the tests of the Python package")
+    print(f"Skipped the tests of the Python package, as {', '.join(missing)} is missing")
     sys.exit(77)
 
 import pytest  # noqa: E402, it may be missing

@@ -31,22 +31,22 @@ THREE = {"Amount": NUMBER, "Due": DATE, '"wind speed"': STRING}
     pandas.DataFrame({"Amount": [True], "Due": pandas.Series([MOMENT], dtype=object),
                       "wind speed": pandas.Categorical(["x"])}),
 ], ids=["names", "classes", "pairs", "lists", "arrays", "frame", "objects"])
-def test_items_have_the_types_of_what_they_come_from(items):
+def test_items_have_the_types_of_their_source(items):
     with Context(items) as context:
         assert context.items == THREE
 
 
 @pytest.mark.parametrize("name", ["", "a" * 65, "a" * 63 + " ", 'a"b`c', "Amount"])
-def test_items_that_cannot_be_leave_the_context_as_it_was(name):
+def test_a_name_that_is_refused_adds_no_item(name):
     context = Context({"Amount": "number"})
     with pytest.raises(ValueError):
         context.add_items({"Fine": "number", name: "number"})
     assert list(context.items) == ["Amount"]
 
 
-@pytest.mark.parametrize("items, told", [({"a": 3}, "'a': 3"), ("abc", "not 'abc'"), (5, "not 5")])
-def test_items_of_no_form_are_named(items, told):
-    with pytest.raises(TypeError, match=told):
+@pytest.mark.parametrize("items, message", [({"a": 3}, "'a': 3"), ("abc", "not 'abc'"), (5, "not 5")])
+def test_items_of_no_known_form_raise(items, message):
+    with pytest.raises(TypeError, match=message):
         Context(items)
 
 
@@ -62,7 +62,7 @@ def test_items_of_no_form_are_named(items, told):
     *((type, none, None) for type in orli11.Type for none in (None, float("nan"), pandas.NaT, pandas.NA, D("sNaN"))),
     (NUMBER, float("inf"), None), (NUMBER, D("1e200"), None),
 ])
-def test_values_go_in_and_come_out(type, given, expected):
+def test_values_are_converted_and_back(type, given, expected):
     with Context({"x": type}) as context:
         assert context.evaluate("x", {"x": given}) == expected
 
@@ -75,7 +75,7 @@ def test_values_of_another_type_are_refused(type, given, error):
     with Context({"x": type}) as context:
         with pytest.raises(error):
             context.evaluate("x", {"x": given})
-        assert context.evaluate("5") == 5, "the error has not stayed"
+        assert context.evaluate("5") == 5, "the error must not remain"
 
 
 def test_rows_are_anything_with_keys():
@@ -104,7 +104,7 @@ def test_arithmetic_is_that_of_exact_decimals():
     ("Amount * Taxes", 102, (9, 5), "Taxes"), ("'größer' || Amount", 115, (14, 6), "Amount"),
     ("Amount *", 109, (8, 1), ""), ("", 109, (0, 1), ""),
 ])
-def test_a_wrong_text_tells_its_place(text, id, span, wrong):
+def test_an_error_has_its_place_and_message(text, id, span, wrong):
     with Context({"Amount": "number"}) as context:
         with pytest.raises(FormulaError) as caught:
             context.check(text)
@@ -115,7 +115,7 @@ def test_a_wrong_text_tells_its_place(text, id, span, wrong):
         assert list(context) == []
 
 
-def test_check_tells_the_type_and_stores_nothing():
+def test_check_returns_the_type_and_stores_nothing():
     with Context({"Amount": "number", "Due": "date"}) as context:
         assert [context.check(text) for text in ("Amount", "Due + 1 DAY", "'x'")] == [NUMBER, DATE, STRING]
         kinds = [context.parse(text, f"n{i}").kind for i, text in enumerate(("1", "1 AND 2", "1, 2"))]
@@ -158,7 +158,7 @@ def test_functions_written_in_python():
             context.add_function(lambda: 1, "no name", result=int)
 
 
-def test_what_a_function_raises_arrives_and_a_context_in_use_stays():
+def test_exceptions_of_functions_arrive_and_a_context_in_use_is_unchanged():
     with Context({"Amount": "number"}) as context:
         @context.add_function
         def inverse(a: float) -> float:
@@ -183,7 +183,7 @@ def test_what_a_function_raises_arrives_and_a_context_in_use_stays():
         assert context.evaluate("again(Amount) + Amount", {"Amount": 2}) == 23
 
 
-def test_names_use_and_text():
+def test_names_references_and_texts():
     with Context({"high": "number", "low": "number"}) as context:
         made = context.add_formulas({"felt": "mean() - 1", "mean": "(high + low) / 2"})
         felt, mean = made.values()
@@ -214,7 +214,7 @@ def test_names_use_and_text():
             assert [each.name for each in context] == ["mean"], "nothing stays of formulas that fail"
 
 
-def test_formulas_without_a_name_go_with_their_last_reference():
+def test_formulas_without_a_name_are_removed_with_their_last_reference():
     with Context({"x": "number"}) as context:
         size = len(context.save())
         kept = context.parse("x + 1")
@@ -229,7 +229,7 @@ BLOCK = block_format.Content([b""] * 20, [block_format.Item(b"Amount"), block_fo
 
 
 @pytest.mark.parametrize("version", [2, 3])
-def test_load_reads_what_others_write_in_its_order(version):
+def test_load_reads_blocks_of_other_hosts_in_order(version):
     with Context.load(BLOCK.write(version)) as context:
         assert context.items == {"Amount": NUMBER, '"a b"': STRING}
         assert [each.name for each in context] == ["Gross", "Net", "Few"]
@@ -240,7 +240,7 @@ def test_load_reads_what_others_write_in_its_order(version):
             assert again["Text"].evaluate({"a b": "x"}) == "X"
 
 
-def test_load_tells_what_is_wrong():
+def test_load_errors():
     block = block_format.Content([b""] * 20, BLOCK.items, [(b"Net() * 2", b"Gross"), (b"Amont", b"Net")])
     with pytest.raises(orli11.LoadError) as caught:
         Context.load(block.write(3))
@@ -263,7 +263,7 @@ def test_load_tells_what_is_wrong():
     assert loaded < 5, "a context may end after each of its parts"
 
 
-def test_closed_contexts_and_contexts_of_others():
+def test_closed_and_foreign_contexts():
     context, other = Context({"x": "number"}), Context({"x": "number"})
     formula = context.parse("x", "f")
     with pytest.raises(ValueError):

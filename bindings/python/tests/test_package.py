@@ -1,4 +1,4 @@
-"""What the package is made of and comes with: declarations, README, the installed copy."""
+"""Declarations, constants, the example of the README, and the installed copy."""
 
 import doctest
 import os
@@ -9,8 +9,9 @@ import subprocess
 import sys
 
 import orli11
+import pytest
 from conftest import ROOT
-from orli11 import _cdef, _library
+from orli11 import _cdef, _columns, _library, errors, types
 
 HOST = re.compile(r"```python\n(.*?)```.*?```console\n\$ python3 host\.py\n(.*?)```", re.DOTALL)
 
@@ -19,16 +20,31 @@ def words(text):
     return " ".join(re.sub(r"/\*.*?\*/|\b(ORL|WREN)_API\b", " ", text, flags=re.DOTALL).split())
 
 
+HEADERS = words("".join((ROOT / "include/orli11" / name).read_text()
+                        for name in ("orli11.h", "orli11_block.h", "wreni11.h", "pavni11.h")))
+
+
 def test_declarations_are_those_of_the_headers():
-    headers = words("".join((ROOT / "include/orli11" / name).read_text()
-                            for name in ("orli11.h", "wreni11.h", "pavni11.h")))
-    declared = words("".join((_cdef.RECORDS, _cdef.PACKED_RECORDS, _cdef.ENGINE, _cdef.TOOLS, _cdef.CALENDAR)))
+    declared = words("".join((_cdef.RECORDS, _cdef.PACKED_RECORDS, _cdef.BLOCK, _cdef.ENGINE, _cdef.TOOLS,
+                              _cdef.CALENDAR)))
     statements = re.findall(r"(?:[^;{]|\{(?:[^{}]|\{[^}]*\})*\})+;", declared)
     assert len(statements) > 50
-    assert [each for each in statements if each.strip() not in headers] == \
+    assert [each for each in statements if each.strip() not in HEADERS] == \
         [" typedef struct { ExprItem item; ParamRecord parameters[64]; } FunctionRow;"]
-    sizes = {"NumberValue": 13, "FormulaError": 12, "ParamRecord": 6, "ExprItem": 93}
+    sizes = {"NumberValue": 13, "FormulaError": 12, "ParamRecord": 6, "ExprItem": 93, "OrlStoredInput": 85}
     assert {name: _library.ffi.sizeof(name) for name in sizes} == sizes
+
+
+@pytest.mark.parametrize("constants", [
+    *({f"ORL_{prefix}{each.name}": each for each in kind}
+      for prefix, kind in (("TYPE_", types.Type), ("", types.Kind), ("FLAG_", types.Flag))),
+    {"ORL_TYPE_ANY": types.ANY, "ORL_ERR_NAME": errors.WRONG_NAME, "ORL_ERR_DUPNAME": errors.NAME_TAKEN},
+    {"ORL_COLUMN_NUMBER": _columns.CELLS, "ORL_COLUMN_INT64": _columns.INT64, "ORL_COLUMN_DOUBLE": _columns.DOUBLE,
+     "ORL_COLUMN_TIMESTAMP": _columns.TIMESTAMP, "ORL_COLUMN_TEXT": _columns.TEXT},
+], ids=["types", "kinds", "flags", "single", "columns"])
+def test_constants_are_those_of_the_headers(constants):
+    assert constants == {name: int(value) for name, value in re.findall(r"\b(ORL_\w+) = (\d+)", HEADERS)
+                         if name in constants}
 
 
 def test_package_and_library_have_one_version():
@@ -47,14 +63,14 @@ def run(folder, *arguments):
     return result.stdout
 
 
-def test_the_host_in_the_readme_prints_what_stands_there(tmp_path):
+def test_the_host_in_the_readme_prints_the_output_shown_there(tmp_path):
     source, shown = HOST.search((ROOT / "README.md").read_text()).groups()
     assert len(source.splitlines()) <= 30
     (tmp_path / "host.py").write_text(source)
     assert run(ROOT, str(tmp_path / "host.py")) == shown
 
 
-def test_an_installed_copy_brings_the_libraries_along(tmp_path):
+def test_an_installed_copy_contains_the_libraries(tmp_path):
     checkout = tmp_path / "python"
     shutil.copytree(ROOT / "bindings/python", checkout, ignore=shutil.ignore_patterns("build", "*.egg-info"))
     subprocess.run([sys.executable, "-m", "pip", "install", "--quiet", "--no-build-isolation", "--no-deps", "--no-index",

@@ -1,4 +1,4 @@
-"""Many rows at once, held against the same formulas row by row."""
+"""Many rows at once, compared with the same formulas row by row."""
 
 import datetime
 import decimal
@@ -55,7 +55,7 @@ def context():
 
 
 @pytest.mark.parametrize("text", FORMULAS)
-def test_rows_are_those_of_single_evaluations(context, text):
+def test_rows_equal_single_evaluations(context, text):
     formula = context.parse(text)
     alone = expected(formula)
     for threads in (1, 3):
@@ -107,12 +107,12 @@ def test_columns_are_read_where_they_are():
 
 @pytest.mark.parametrize("rows, options, error", [
     ({"x": [1, 2], "t": ["a"]}, {}, ValueError), ({"x": ["a"], "t": ["a"]}, {}, TypeError),
-    ({"x": [1], "t": ["a\0b"]}, {}, ValueError), ({"x": [1], "t": [7]}, {}, TypeError), ({"x": [1], "t": ["\ud800"]}, {}, ValueError),
-     ({"x": [1]}, {}, KeyError),
+    ({"x": [1], "t": ["a\0b"]}, {}, ValueError), ({"x": [1], "t": [7]}, {}, TypeError),
+    ({"x": [1], "t": ["\ud800"]}, {}, ValueError), ({"x": [1]}, {}, KeyError),
     (5, {}, TypeError), ({"x": [1], "t": ["a"]}, {"threads": 0}, ValueError),
     ({"x": [1], "t": ["a"]}, {"numbers": str}, TypeError), ({"x": [1], "t": ["a"]}, {"scale": 38}, ValueError),
 ])
-def test_what_cannot_be_computed_is_told(rows, options, error):
+def test_columns_that_cannot_be_computed_raise(rows, options, error):
     with Context({"x": "number", "t": "string"}) as context:
         formula = context.parse("x + StrLength(t)")
         with pytest.raises(error):
