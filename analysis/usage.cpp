@@ -12,7 +12,7 @@
 namespace {
 
 // A match inside an expression is a match of every expression on the path to it.
-bool AnswerYes(Expression *expression) {
+bool MarkPathUsed(Expression *expression) {
   for (; expression != nullptr; expression = expression->walkCaller) {
     expression->walkState = WalkState::Yes;
   }
@@ -31,7 +31,7 @@ bool Walk(UsageWalk &walk, Expression *top, Match match) {
   for (;;) {
     while (node != nullptr) {
       if (match(node)) {
-        return AnswerYes(current);
+        return MarkPathUsed(current);
       }
       Expression *target = NodeKindOf(node) == NODE_FORMULA ? BoundFormula(walk.ec, node) : nullptr;
       if (target != nullptr && target->walkNumber != walk.number) {
@@ -41,7 +41,7 @@ bool Walk(UsageWalk &walk, Expression *top, Match match) {
         continue;
       }
       if (target != nullptr && target->walkState == WalkState::Yes) {
-        return AnswerYes(current);
+        return MarkPathUsed(current);
       }
       if (target != nullptr && target->walkState == WalkState::Open) {
         walk.circular = true;
@@ -68,25 +68,25 @@ void Renew(UsageWalk &walk) {
 
 // Begins a walk that finds whether an item is used, or continues the last one while its results are
 // still valid: hosts query one expression after another.
-UsageWalk QuestionBegin(EC ec, int32_t kind, const char *name) {
-  if (ec->askedNumber != 0 && ec->askedRevision == ec->revision && ec->askedKind == kind &&
-      SameText(ec->askedName, name)) {
-    return {ec, ec->revision, ec->askedNumber, false};
+UsageWalk BeginCachedWalk(EC ec, int32_t kind, const char *name) {
+  if (ec->lastUsageWalk != 0 && ec->lastUsageRevision == ec->revision &&
+      ec->lastUsageKind == kind && SameText(ec->lastUsageName, name)) {
+    return {ec, ec->revision, ec->lastUsageWalk, false};
   }
   UsageWalk walk = UsageWalkBegin(ec);
   const size_t length = std::strlen(name);
-  const bool kept = length < sizeof ec->askedName;
+  const bool kept = length < sizeof ec->lastUsageName;
   if (kept) {
-    std::memcpy(ec->askedName, name, length + 1);
+    std::memcpy(ec->lastUsageName, name, length + 1);
   }
-  ec->askedKind = kind;
-  ec->askedNumber = kept ? walk.number : 0;
-  ec->askedRevision = ec->revision;
+  ec->lastUsageKind = kind;
+  ec->lastUsageWalk = kept ? walk.number : 0;
+  ec->lastUsageRevision = ec->revision;
   return walk;
 }
 
 template <class Match>
-int32_t Ask(EC ec, HEXP exp, Match match) {
+int32_t RunWalk(EC ec, HEXP exp, Match match) {
   if (ec == nullptr || exp == nullptr) {
     return 0;
   }
@@ -145,10 +145,10 @@ int32_t ORLIsItemUsed(EC ec, HEXP exp, int32_t kind, const char *name) {
   if (ec == nullptr || exp == nullptr) {
     return 0;
   }
-  UsageWalk walk = QuestionBegin(ec, kind, name);
+  UsageWalk walk = BeginCachedWalk(ec, kind, name);
   const bool used = ItemUsedBy(walk, exp, kind, name);
   if (walk.circular) {
-    ec->askedNumber = 0;
+    ec->lastUsageWalk = 0;
   }
   return used ? 1 : 0;
 }
@@ -174,8 +174,8 @@ int32_t ORLIsFunctionVariableUsed(EC ec, HEXP exp, const char *functionName, con
   if (functionName == nullptr || itemName == nullptr) {
     return 0;
   }
-  return Ask(ec, exp,
-             [=](const ExprNode *node) { return IsCallWithItem(node, functionName, itemName); });
+  return RunWalk(
+      ec, exp, [=](const ExprNode *node) { return IsCallWithItem(node, functionName, itemName); });
 }
 
 int32_t ORLIsItemAggregate(EC ec, int32_t kind, const char *name) {
@@ -184,7 +184,7 @@ int32_t ORLIsItemAggregate(EC ec, int32_t kind, const char *name) {
 }
 
 int32_t ORLIsAggregateUsed(EC ec, HEXP exp) {
-  return Ask(ec, exp, [=](const ExprNode *node) {
+  return RunWalk(ec, exp, [=](const ExprNode *node) {
     return NodeKindOf(node) == NODE_CALL && ItemHasAggregateParam(&ec->functions, NodeText(node));
   });
 }

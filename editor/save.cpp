@@ -46,7 +46,7 @@ bool TakeTexts(const EditorState &editor, SaveTexts &texts) {
 bool DeferText(const EditorState &editor, const SaveTexts &texts, const FormulaError &error) {
   FormulaRepair *repair = editor.repair;
   if (repair == nullptr || error.id != ORL_ERR_FUNC ||
-      AwaitedRow(*repair->pending, texts.text.get(), error) == nullptr) {
+      ForwardReference(*repair->pending, texts.text.get(), error) == nullptr) {
     return false;
   }
   const size_t textSize = std::strlen(texts.text.get()) + 1;

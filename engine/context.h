@@ -2,6 +2,7 @@
 #ifndef ORLI11_ENGINE_CONTEXT_H
 #define ORLI11_ENGINE_CONTEXT_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "engine/handle_array.h"
@@ -31,10 +32,13 @@ struct OperatorSlots {
   OrlOperatorProc procs[kOperatorTypes];
 };
 
-// The base text and counter of a generated name.
+// Selects the base text and the counter from which a name is generated.
 enum ExpressionClass : int32_t { kClassFormula, kClassRange, kClassSet, kClassCount };
 
 constexpr int32_t kHelpPathSize = 520;
+
+// Bytes of an item's or a formula's name, with the terminator.
+constexpr size_t kItemNameSize = sizeof ExprItem::name;
 
 struct ReferenceListener;
 struct RowSource;
@@ -67,7 +71,8 @@ struct ExprContext {
   OperatorSlots operators[kGroupCount];
   void *numberBlock;  // owned blocks reserved for the next call of a host routine, or null
   void *textBlock;
-  RowSource *rowSource;  // of the rows that are being computed one by one, or null
+  RowSource *
+      rowSource;  // the columns that supply item values while rows are computed one by one, or null
   int32_t concatAllowed;
   int32_t helpContext;
   char helpPath[kHelpPathSize];
@@ -82,12 +87,13 @@ struct ExprContext {
   ExpressionOrder order;
   int64_t *searchSteps;  // steps left to searches for cycles, while they are limited
 
-  // The last usage query for an item: hosts query one expression after another.
-  char askedName[65];
-  int32_t askedKind;
-  uint32_t askedNumber;  // of the walk; 0 without a query
-  uint32_t deleteRuns;   // guarded deletes that are active, each inside a routine of the one before
-  uint64_t askedRevision;
+  // The last item query. Hosts ask about one expression after another, so its walk is reused.
+  char lastUsageName[kItemNameSize];
+  int32_t lastUsageKind;
+  uint32_t lastUsageWalk;  // the walk's number; 0 without a query
+  // Nesting depth of guarded deletes: each runs inside a host routine called by the previous one.
+  uint32_t deleteRuns;
+  uint64_t lastUsageRevision;
 };
 
 // Sets the routine of an operator for a data type; null removes it.

@@ -14,7 +14,8 @@ constexpr int64_t kHighestRank = INT64_MAX - kTopGap;
 void SpreadRanks(ExpressionOrder &order) {
   int64_t rank = 0;
   for (Expression *at = order.lowest; at != nullptr; at = PlaceOf(at)->above) {
-    PlaceOf(at)->rank = rank += kTopGap;
+    rank += kTopGap;
+    PlaceOf(at)->rank = rank;
   }
 }
 
@@ -24,8 +25,10 @@ int64_t RankOf(const Expression *expression) {
 
 // Makes two expressions neighbours; null stands for the end of the list on that side.
 void Link(ExpressionOrder &order, Expression *below, Expression *above) {
-  (below == nullptr ? order.lowest : PlaceOf(below)->above) = above;
-  (above == nullptr ? order.highest : PlaceOf(above)->below) = below;
+  Expression *&next = below == nullptr ? order.lowest : PlaceOf(below)->above;
+  Expression *&previous = above == nullptr ? order.highest : PlaceOf(above)->below;
+  next = above;
+  previous = below;
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
-// The dependency order of the expressions that refer to formulas: each is above all of these that
-// its tree refers to. So a formula can reach another one only through formulas above that one, and
-// a search for cycles need not look below it. Expressions that refer to none are in no cycle and
-// not in the order: routines called for them do nothing.
+// The dependency order of the expressions that refer to formulas: each ranks above every expression
+// that its tree refers to. References only lead downwards, so a search for X ignores everything
+// below X. Expressions that refer to none are in no cycle and not in the order: routines called for
+// them do nothing.
 //
 // The order is a list with ascending ranks. It becomes invalid ("broken") when a name resolves
 // differently for trees that are already stored; the next search then rebuilds it.
@@ -11,7 +11,7 @@
 #include "engine/context.h"
 #include "engine/expressions.h"
 
-// What precedes the tree of an expression that is in the order.
+// List links and rank, stored directly before the tree of an expression in the order.
 struct OrderPlace {
   Expression *below, *above;
   int64_t rank;
@@ -30,7 +30,7 @@ void OrderRemove(EC ec, Expression *expression);
 // Moves an expression directly below another one. The order must not be broken.
 void OrderMoveBelow(EC ec, Expression *expression, Expression *above);
 
-// Empties the order; every expression is to be appended again, each above what it refers to.
+// Empties the order; the caller must append every expression again, after those it refers to.
 void OrderRestart(EC ec);
 
 #endif

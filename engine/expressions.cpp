@@ -63,11 +63,11 @@ int32_t ExpressionDataType(EC ec, const char *name) {
 }
 
 uint32_t NextWalkNumber(EC ec) {
-  if (++ec->walkNumber == 0) {  // numbers begin anew
+  if (++ec->walkNumber == 0) {  // the counter wrapped around
     for (uint32_t i = 0; i < HandleArrayRows(ec->expressions); ++i) {
       static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, i))->walkNumber = 0;
     }
-    ec->askedNumber = 0;
+    ec->lastUsageWalk = 0;
     ec->walkNumber = 1;
   }
   return ec->walkNumber;

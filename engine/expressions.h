@@ -41,24 +41,25 @@ struct Expression {
   // The last walk through named formulas that entered this expression, and its return path.
   WalkState walkState;
   uint32_t walkNumber;
-  int32_t walkPlace;    // position of the walk in the text, or its sum
+  int32_t
+      walkPlace;  // extended_text.cpp: offset copied so far; in the length walk, the growth so far
   uint32_t walkReturn;  // node of the caller's tree
   uint32_t deleteRun;   // the guarded delete that has deferred the expression, or 0
   Expression *walkCaller;
 };
-static_assert(sizeof(Expression) == 112);  // of every formula: each byte counts
+static_assert(sizeof(Expression) == 112);  // one per stored formula: keep it small
 
 // Bytes of a generated name: a base text of the module, a number of 16 bits and the terminator.
 constexpr int32_t kGeneratedNameSize = 128 + 8;
 
-// Writes the generated name of a new expression of the class and returns its key; that of the empty
-// name, with an empty buffer, when every number is taken.
+// Writes the generated name of a new expression of the class and returns its key. When all numbers
+// are taken, empties the buffer and returns the key of the empty name.
 NameKey GeneratedName(EC ec, ExpressionClass which, char (&buffer)[kGeneratedNameSize]);
 
 // The data type of the first expression of that name, or -1.
 int32_t ExpressionDataType(EC ec, const char *name);
 
-// The number of a walk that begins, which no expression has.
+// Begins a walk: returns a number that no expression carries.
 uint32_t NextWalkNumber(EC ec);
 
 // A stored expression that host routines may delete in the meantime. Its address may then be reused

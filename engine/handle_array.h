@@ -20,7 +20,7 @@ HandleArray HandleArrayCreate(int32_t elementSize, int32_t count);
 // Frees the block; what the elements point to is the caller's. Null is accepted.
 void HandleArrayFree(HandleArray array);
 
-// Requires, here and below: the handle is not null, unless the comment accepts null.
+// All routines below require a non-null handle unless their comment says otherwise.
 
 // Locks the block and returns the address of an element; null, with no lock held, when the index is
 // not in the table. Every result but null needs one HandleArrayUnlock.

@@ -38,9 +38,9 @@ bool ItemAdd(EC ec, ItemTable *table, const ExprItem *record);
 // Renames a row of the table; the name has at most 64 bytes, and the row keeps its position.
 void ItemRename(EC ec, ItemTable *table, ExprItem *row, const char *name);
 
-// For tables that are filled from a stored form: an empty element at the end of the table, and the
-// row that is added, with everything but its routine and routine name. They return false or null
-// when the table is full or when out of memory.
+// For reading a block: ItemAppendEmpty adds a null element; ItemFillLast replaces it by a copy of
+// `record` without routine and routine name. They return false or null when the table is full or
+// when out of memory.
 bool ItemAppendEmpty(ItemTable *table);
 ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record);
 
@@ -50,8 +50,8 @@ void ItemTableFree(ItemTable *table);
 // True when the first row of that name has a parameter with a mode other than 0.
 bool ItemHasAggregateParam(const ItemTable *table, const char *name);
 
-// The data type of the first row of that name, or -1. Whether case matters for keywords is stored
-// in their row.
+// The data type of the first row of that name, or -1. For a keyword, its `caseSensitive` decides
+// whether case must match.
 int32_t InputDataType(EC ec, const NameKey &key);
 inline int32_t InputDataType(EC ec, std::string_view name) {
   return InputDataType(ec, KeyOfName(name));

@@ -19,17 +19,27 @@ struct TextToLoad {
 
 void LoadModuleTexts() {
   const TextToLoad texts[] = {
-      {moduleTexts.baseNames[kClassFormula], kStringFormulaStem, 128},
-      {moduleTexts.baseNames[kClassRange], kStringRangeWord, 128},
-      {moduleTexts.baseNames[kClassSet], kStringSetWord, 128},
-      {moduleTexts.editorTitles[kClassFormula], kStringFormulaEditorTitle, 128},
-      {moduleTexts.editorTitles[kClassRange], kStringRangeEditorTitle, 128},
-      {moduleTexts.editorTitles[kClassSet], kStringSetEditorTitle, 128},
-      {moduleTexts.typeLabels[kLabelNumber], kStringNumberLabel, 40},
-      {moduleTexts.typeLabels[kLabelDate], kStringDateLabel, 40},
-      {moduleTexts.typeLabels[kLabelString], kStringStringLabel, 40},
-      {moduleTexts.typeLabels[kLabelAny], kStringAnyLabel, 40},
-      {moduleTexts.typeLabels[kLabelKeyword], kStringKeywordLabel, 40},
+      {moduleTexts.baseNames[kClassFormula], kStringFormulaStem,
+       sizeof moduleTexts.baseNames[kClassFormula]},
+      {moduleTexts.baseNames[kClassRange], kStringRangeWord,
+       sizeof moduleTexts.baseNames[kClassRange]},
+      {moduleTexts.baseNames[kClassSet], kStringSetWord, sizeof moduleTexts.baseNames[kClassSet]},
+      {moduleTexts.editorTitles[kClassFormula], kStringFormulaEditorTitle,
+       sizeof moduleTexts.editorTitles[kClassFormula]},
+      {moduleTexts.editorTitles[kClassRange], kStringRangeEditorTitle,
+       sizeof moduleTexts.editorTitles[kClassRange]},
+      {moduleTexts.editorTitles[kClassSet], kStringSetEditorTitle,
+       sizeof moduleTexts.editorTitles[kClassSet]},
+      {moduleTexts.typeLabels[kLabelNumber], kStringNumberLabel,
+       sizeof moduleTexts.typeLabels[kLabelNumber]},
+      {moduleTexts.typeLabels[kLabelDate], kStringDateLabel,
+       sizeof moduleTexts.typeLabels[kLabelDate]},
+      {moduleTexts.typeLabels[kLabelString], kStringStringLabel,
+       sizeof moduleTexts.typeLabels[kLabelString]},
+      {moduleTexts.typeLabels[kLabelAny], kStringAnyLabel,
+       sizeof moduleTexts.typeLabels[kLabelAny]},
+      {moduleTexts.typeLabels[kLabelKeyword], kStringKeywordLabel,
+       sizeof moduleTexts.typeLabels[kLabelKeyword]},
   };
   for (const TextToLoad &text : texts) {
     LoadStringA(moduleHandle, text.id, text.buffer, text.size);

@@ -9,7 +9,7 @@
 // Not null once the module is initialised.
 extern void *moduleHandle;
 
-// The context of ORLValidName without one; null when it could not be made.
+// The context that ORLValidName uses for a null one; null when it could not be created.
 extern EC defaultContext;
 
 // Data type labels of the signature display.

@@ -5,6 +5,7 @@
 #include <cassert>
 #include <cstring>
 
+#include "orli11.h"
 #include "platform/owned.h"
 #include "platform/text.h"
 
@@ -12,11 +13,11 @@ namespace {
 
 constexpr uint64_t kFirstBuckets = 16;
 constexpr uint64_t kMostPerBucket = 2;  // entries on average
-// Item names have at most 64 bytes; a longer text is in no index that ignores case.
-constexpr size_t kFoldedSize = 65;
+// A longer text is in no index that ignores case.
+constexpr size_t kFoldedSize = sizeof ExprItem::name;
 
-// Names are untrusted input, so each process seeds the hash differently: nobody can prepare names
-// that all fall into one bucket.
+// Names are untrusted input, so each process seeds the hash differently: names cannot be prepared
+// that all hash to one bucket.
 struct HashKey {
   uint64_t multiplier, start;
 };
@@ -165,7 +166,8 @@ void Insert(NameIndex &index, NameEntry &entry) {
 void TakeOut(NameIndex &index, NameEntry &entry) {
   NameEntry *before = entry.prevSame;
   NameEntry *after = entry.nextSame;
-  if (before->nextSame == nullptr) {  // the last row: this is the first
+  if (before->nextSame ==
+      nullptr) {  // only the last entry has no successor, so `entry` is the first of its name
     if (after != nullptr) {
       after->prevSame = before;
     }

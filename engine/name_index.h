@@ -1,5 +1,4 @@
-// A name index finds "the first row of that name in table order" in constant time, for ten rows as
-// for sixty thousand.
+// A name index finds "the first row of that name in table order" in expected constant time.
 //
 // It is a hash table whose entries are the first part of the rows that they index, so that removing
 // a row never needs memory. Rows of one name are chained in table order, after the first of them:
@@ -8,7 +7,8 @@
 //              |
 //             Tax -> Tax              more rows of the same name (nextSame)
 //
-// When out of memory for more buckets the index keeps working with those that it has.
+// If a larger bucket array cannot be allocated, the current one is kept: longer chains, same
+// results.
 #ifndef ORLI11_ENGINE_NAME_INDEX_H
 #define ORLI11_ENGINE_NAME_INDEX_H
 

@@ -8,7 +8,7 @@ namespace {
 struct NameReferences {
   NameEntry entry;
   uint32_t count;
-  char name[1];  // as long as it needs
+  char name[1];  // allocated to the length of the name
 };
 
 template <class Name>

@@ -7,14 +7,14 @@
 
 #include "engine/context.h"
 
-// The references to formulas of that name in stored trees.
+// The number of references in stored trees to formulas of that name; 0 for an unknown name.
 uint32_t ReferenceCount(EC ec, const char *name);
 uint32_t ReferenceCount(EC ec, const NameKey &name);
 
 // Adds one reference; false, with nothing counted, when out of memory.
 bool AddReference(EC ec, const char *name);
 
-// Removes one reference that was added.
+// Removes one reference. Requires a counted one. Calls the listeners when it was the last.
 void RemoveReference(EC ec, const char *name);
 
 // Removes all references, without a call of a listener.

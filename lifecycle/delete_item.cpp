@@ -11,7 +11,6 @@
 // dangle: positions are numbers that are never reused, and are looked up when needed.
 #include <algorithm>
 #include <cassert>
-#include <cstddef>
 #include <functional>
 
 #include "analysis/usage.h"
@@ -24,57 +23,59 @@
 namespace {
 
 // Positions of expressions, the lowest on top.
-struct PlaceQueue {
-  uint64_t *places;
+struct PositionQueue {
+  Owned<uint64_t> positions;
   uint32_t count;
   uint32_t capacity;
 };
 
-bool QueuePush(PlaceQueue &queue, uint64_t place) {
+bool QueuePush(PositionQueue &queue, uint64_t position) {
   if (queue.count == queue.capacity) {
     const uint32_t capacity = queue.capacity == 0 ? 64 : queue.capacity * 2;
     const uint32_t size = capacity * static_cast<uint32_t>(sizeof(uint64_t));
-    void *grown = WRENMemRealloc(queue.places, size);
+    void *grown = WRENMemRealloc(queue.positions.get(), size);
     if (grown == nullptr) {
       return false;
     }
-    queue.places = static_cast<uint64_t *>(grown);
+    static_cast<void>(queue.positions.release());
+    queue.positions.reset(static_cast<uint64_t *>(grown));
     queue.capacity = capacity;
   }
-  queue.places[queue.count++] = place;
-  std::push_heap(queue.places, queue.places + queue.count, std::greater<>());
+  uint64_t *const positions = queue.positions.get();
+  positions[queue.count++] = position;
+  std::push_heap(positions, positions + queue.count, std::greater<>());
   return true;
 }
 
-uint64_t QueuePop(PlaceQueue &queue) {
+uint64_t QueuePop(PositionQueue &queue) {
   assert(queue.count > 0);
-  std::pop_heap(queue.places, queue.places + queue.count, std::greater<>());
-  return queue.places[--queue.count];
+  uint64_t *const positions = queue.positions.get();
+  std::pop_heap(positions, positions + queue.count, std::greater<>());
+  return positions[--queue.count];
 }
 
-struct DeleteRun {
+struct DeleteRun : ReferenceListener {
   EC ec;
   ItemTable *table;
   const char *name;
   OrlDeleteProc proc;
-  uint32_t number;  // marks what this run has deferred
-  uint64_t place;   // of the expression that the host was last asked to destroy
-  PlaceQueue thisRound;
-  PlaceQueue nextRound;
+  uint32_t number;    // marks what this run has deferred
+  uint64_t position;  // of the expression that the host was last asked to destroy
+  PositionQueue thisRound;
+  PositionQueue nextRound;
   bool rounds;  // the first pass is over
   bool lost;    // a position could not be queued: the next round visits all
   bool ok;
-  ReferenceListener listener;
 };
 
 // The index of the first expression at or after a position. Tables are sorted by position.
-uint32_t IndexFrom(EC ec, uint64_t place) {
+uint32_t IndexFrom(EC ec, uint64_t position) {
   uint32_t low = 0;
   uint32_t high = HandleArrayRows(ec->expressions);
   while (low < high) {
     const uint32_t middle = low + (high - low) / 2;
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, middle));
-    if (exp->entry.order < place) {
+    if (exp->entry.order < position) {
       low = middle + 1;
     } else {
       high = middle;
@@ -83,8 +84,8 @@ uint32_t IndexFrom(EC ec, uint64_t place) {
   return low;
 }
 
-HEXP ExpressionFrom(EC ec, uint64_t place) {
-  return static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, IndexFrom(ec, place)));
+HEXP ExpressionFrom(EC ec, uint64_t position) {
+  return static_cast<HEXP>(HandleArrayPointerAt(ec->expressions, IndexFrom(ec, position)));
 }
 
 bool IsDeferred(const DeleteRun &run, HEXP exp) {
@@ -99,7 +100,7 @@ bool IsFree(const DeleteRun &run, HEXP exp) {
 // the expression is kept.
 void AskToDestroy(DeleteRun &run, HEXP exp) {
   ExprItem *row = ItemFind(run.table, run.name);
-  run.place = exp->entry.order;
+  run.position = exp->entry.order;
   exp->deleteRun = 0;
   if (row != nullptr) {
     run.ok = run.proc != nullptr && CallHost([&] { return run.proc(run.ec, exp, row); }) != 0;
@@ -110,7 +111,7 @@ void FirstPass(DeleteRun &run, int32_t kind) {
   UsageWalk walk = UsageWalkBegin(run.ec);
   HEXP exp = ExpressionFrom(run.ec, 0);
   while (run.ok && exp != nullptr) {
-    run.place = exp->entry.order;
+    run.position = exp->entry.order;
     if (ItemUsedBy(walk, exp, kind, run.name)) {
       if (ReferenceCount(run.ec, exp->entry.name) != 0) {
         exp->deleteRun = run.number;
@@ -125,19 +126,19 @@ void FirstPass(DeleteRun &run, int32_t kind) {
         }
       }
     }
-    exp = ExpressionFrom(run.ec, run.place + 1);
+    exp = ExpressionFrom(run.ec, run.position + 1);
   }
 }
 
 // Fills the queue of the next round by visiting all, for the first round and when a position was
 // lost.
-void AskAll(DeleteRun &run) {
+void QueueAllFree(DeleteRun &run) {
   run.lost = false;
   run.nextRound.count = 0;
   for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); ++i) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
     if (IsFree(run, exp) && !QueuePush(run.nextRound, exp->entry.order)) {
-      run.lost = true;  // asks for those that fit; for the rest in the next round
+      run.lost = true;  // the rest is queued in the next round
       return;
     }
   }
@@ -145,17 +146,17 @@ void AskAll(DeleteRun &run) {
 
 void Round(DeleteRun &run) {
   std::swap(run.thisRound, run.nextRound);
-  run.place = 0;
+  run.position = 0;
   while (run.ok && run.thisRound.count > 0) {
-    const uint64_t place = QueuePop(run.thisRound);
-    HEXP exp = ExpressionFrom(run.ec, place);
-    if (exp != nullptr && exp->entry.order == place && IsFree(run, exp)) {
+    const uint64_t position = QueuePop(run.thisRound);
+    HEXP exp = ExpressionFrom(run.ec, position);
+    if (exp != nullptr && exp->entry.order == position && IsFree(run, exp)) {
       AskToDestroy(run, exp);
     }
   }
 }
 
-// Without memory for a single position the host is asked for the first free expression directly.
+// Fallback when not even one position can be queued: asks for the first free expression directly.
 void AskForFirstFree(DeleteRun &run) {
   for (uint32_t i = 0; i < HandleArrayRows(run.ec->expressions); ++i) {
     HEXP exp = static_cast<HEXP>(HandleArrayPointerAt(run.ec->expressions, i));
@@ -181,7 +182,7 @@ bool ClearDeferred(const DeleteRun &run) {
 
 void Rounds(DeleteRun &run) {
   run.rounds = true;
-  AskAll(run);
+  QueueAllFree(run);
   while (run.ok && (run.nextRound.count > 0 || run.lost)) {
     const bool lost = run.lost;
     if (run.nextRound.count == 0) {
@@ -189,7 +190,7 @@ void Rounds(DeleteRun &run) {
     }
     Round(run);
     if (lost || run.lost) {
-      AskAll(run);
+      QueueAllFree(run);
     }
   }
 }
@@ -197,12 +198,11 @@ void Rounds(DeleteRun &run) {
 // Queues the expressions of a name that nothing refers to any more. The run is also notified while
 // a nested run, begun by its host routine, is active.
 void QueueFreed(ReferenceListener *listener, const char *name) {
-  char *start = reinterpret_cast<char *>(listener) - offsetof(DeleteRun, listener);
-  DeleteRun &run = *reinterpret_cast<DeleteRun *>(start);
+  DeleteRun &run = *static_cast<DeleteRun *>(listener);
   NameEntry *entry = run.rounds ? NameIndexFirst(run.ec->expressionNames, name) : nullptr;
   for (; entry != nullptr; entry = entry->nextSame) {
     if (IsDeferred(run, RowOfEntry<Expression>(entry))) {
-      PlaceQueue &queue = entry->order > run.place ? run.thisRound : run.nextRound;
+      PositionQueue &queue = entry->order > run.position ? run.thisRound : run.nextRound;
       run.lost = !QueuePush(queue, entry->order) || run.lost;
     }
   }
@@ -224,16 +224,16 @@ int32_t ORLDeleteExpItem(EC ec, int32_t kind, const char *name, OrlDeleteProc pr
     return 1;
   }
   run.number = ++ec->deleteRuns;
-  run.listener = {&QueueFreed, ec->listener};
-  ec->listener = &run.listener;
+  run.lastRemoved = &QueueFreed;
+  run.outer = ec->listener;
+  ec->listener = &run;
   FirstPass(run, kind);
   Rounds(run);
-  // Expressions that are still in use remain so: the host keeps what it was asked to destroy.
+  // A deferred expression is left only if the host kept what it was asked to destroy; the delete
+  // then fails.
   run.ok = !ClearDeferred(run) && run.ok;
-  ec->listener = run.listener.outer;
+  ec->listener = run.outer;
   --ec->deleteRuns;
-  ReplaceBlock(run.thisRound.places);
-  ReplaceBlock(run.nextRound.places);
   if (run.ok) {
     ItemRemove(ec, run.table, name);
   }

@@ -1,3 +1,4 @@
+// Operator callbacks of a context. Here, because it destroys the context when out of memory.
 #include "engine/context.h"
 #include "engine/host_call.h"
 

@@ -76,8 +76,8 @@ bool ReadOperators(BlockLoad &load) {
   return true;
 }
 
-// The record of an input row's fixed bytes.
-ExprItem RecordOf(BlockLoad &load, const char *bytes) {
+// The record of an input row's fixed bytes. Sets `load.renaming` for a name that is a date unit.
+ExprItem ReadRecord(BlockLoad &load, const char *bytes) {
   ExprItem record = {};
   if (load.rules->inputSize == sizeof(OrlStoredInput)) {
     OrlStoredInput stored;
@@ -117,7 +117,7 @@ bool ReadInput(BlockLoad &load) {
   if (!appended || bytes == nullptr) {
     return false;
   }
-  const ExprItem record = RecordOf(load, bytes);
+  const ExprItem record = ReadRecord(load, bytes);
   ExprItem *row = ItemFillLast(ec, &ec->inputs, &record);
   const char *routineName = row != nullptr ? TakeText(load.cursor, BlockEnd::Allowed) : nullptr;
   if (routineName == nullptr) {

@@ -39,7 +39,7 @@ struct FormulaLoad {
   int32_t deferred;          // rows that are deferred
   int64_t retried;           // bytes that were parsed again
   int64_t steps;             // left to searches for cycles
-  bool passedOver;           // a row waits for another formula without having been parsed again
+  bool passedOver;           // the scan alone, without a parse, made a row wait again
   bool reordered;            // a row was parsed out of stored order
   bool repaired;             // a user may have changed the expressions
   bool cycle;                // nothing is left but formulas that wait for each other
@@ -50,31 +50,31 @@ void Schedule(const Owned<uint64_t> &pass, int32_t row) {
   pass.get()[row / kRowsPerWord] |= uint64_t{1} << (row % kRowsPerWord);
 }
 
-void WaitFor(PendingRow &awaited, PendingRow &row) {
+void WaitFor(PendingRow &dependency, PendingRow &row) {
   assert(row.text != nullptr);
-  row.next = awaited.waiting;
-  awaited.waiting = &row;
+  row.next = dependency.waiting;
+  dependency.waiting = &row;
 }
 
 // For a row whose call was resolved: the row that it waits for next, or null when it should be
 // parsed.
-PendingRow *NextAwaited(FormulaLoad &load, PendingRow &row) {
+PendingRow *NextDependency(FormulaLoad &load, PendingRow &row) {
   if (load.retried < kMostRetriedBytes) {
     return nullptr;
   }
-  PendingRow *another = NextAwaitedRow(load.ec, load.names, row.text, row.resume);
+  PendingRow *another = NextForwardReference(load.ec, load.names, row.text, row.resume);
   load.passedOver = load.passedOver || another != nullptr;
   return another;
 }
 
 // Schedules the rows that wait for this one, for the current pass where it still reaches them.
 // `all` also schedules those that are known to call a formula that does not exist yet.
-void Reschedule(FormulaLoad &load, PendingRow &awaited, bool all) {
-  PendingRow *row = awaited.waiting;
-  awaited.waiting = nullptr;
+void Reschedule(FormulaLoad &load, PendingRow &dependency, bool all) {
+  PendingRow *row = dependency.waiting;
+  dependency.waiting = nullptr;
   while (row != nullptr) {
     PendingRow *next = row->next;
-    PendingRow *another = all ? nullptr : NextAwaited(load, *row);
+    PendingRow *another = all ? nullptr : NextDependency(load, *row);
     if (another != nullptr) {
       WaitFor(*another, *row);
     } else {
@@ -126,9 +126,9 @@ void Settle(FormulaLoad &load, PendingRow &row, HEXP exp) {
   row.text = nullptr;
   ReplaceBlock(row.owned);
   row.parsed = exp;
-  PendingRow *awaited = load.deferred != 0 ? FirstOfName(load, row, exp->entry.name) : nullptr;
-  if (awaited != nullptr) {
-    Reschedule(load, *awaited, false);
+  PendingRow *dependency = load.deferred != 0 ? FirstOfName(load, row, exp->entry.name) : nullptr;
+  if (dependency != nullptr) {
+    Reschedule(load, *dependency, false);
   }
 }
 
@@ -165,14 +165,15 @@ void ParseRow(FormulaLoad &load, PendingRow &row, const char *text) {
     Report(load, text, error);
     return;
   }
-  PendingRow *awaited = error.id == ORL_ERR_FUNC ? AwaitedRow(load.names, text, error) : nullptr;
-  if (awaited == nullptr) {
+  PendingRow *dependency =
+      error.id == ORL_ERR_FUNC ? ForwardReference(load.names, text, error) : nullptr;
+  if (dependency == nullptr) {
     Repair(load, row, text, error);
     return;
   }
   Defer(load, row, text);
   row.resume = error.offset + error.length;
-  WaitFor(*awaited, row);
+  WaitFor(*dependency, row);
 }
 
 void FirstPass(FormulaLoad &load, BlockCursor &cursor, int32_t count) {
@@ -206,7 +207,8 @@ void RetryPasses(FormulaLoad &load) {
       ++tried;
     }
     if (tried == 0) {
-      // A row that was skipped may have another error between two calls.
+      // Rows that were only scanned may contain other errors: parse all once more before reporting
+      // a cycle.
       load.ok = load.passedOver;
       load.cycle = !load.passedOver;
       load.passedOver = false;
@@ -218,7 +220,7 @@ void RetryPasses(FormulaLoad &load) {
 
 // True when the rows' expressions are those of the table, each once: a user may have deleted one
 // while the editor was open.
-bool RowsAreTheTable(const FormulaLoad &load) {
+bool RowsMatchTable(const FormulaLoad &load) {
   const auto rows = static_cast<int32_t>(HandleArrayRows(load.ec->expressions));
   if (rows != load.names.count || !load.repaired) {
     return rows == load.names.count;
@@ -284,7 +286,7 @@ LoadEnd LoadFormulas(EC ec, BlockCursor &cursor, int32_t count, LoadOrder order,
   FirstPass(load, cursor, load.ok ? count : 0);
   RetryPasses(load);
   const bool restore = order == LoadOrder::Stored && load.ok && load.reordered;
-  if (restore && RowsAreTheTable(load)) {
+  if (restore && RowsMatchTable(load)) {
     RestoreOrder(load);
   }
   if (load.ok) {

@@ -38,11 +38,11 @@ PendingRow *PendingRowOf(PendingNames &names, std::string_view name) {
   return RowOfEntry<PendingRow>(entry);
 }
 
-PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t &offset) {
+PendingRow *NextForwardReference(EC ec, PendingNames &names, const char *text, int32_t &offset) {
   ParseState state;
   ResetParseState(state, ec, text + offset, false);
-  PendingRow *awaited = nullptr;
-  while (awaited == nullptr) {
+  PendingRow *dependency = nullptr;
+  while (dependency == nullptr) {
     const int32_t token = ScanToken(state);
     if (token == TOK_END) {
       break;
@@ -53,9 +53,9 @@ PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t
     const std::string_view name = CallName(TextAt(state, state.tokenOffset, state.tokenSpan));
     if (ItemFind(&ec->functions, name) == nullptr &&
         NameIndexFirst(ec->expressionNames, name) == nullptr) {
-      awaited = PendingRowOf(names, name);
-      offset += awaited != nullptr ? state.tokenOffset + state.tokenSpan : 0;
+      dependency = PendingRowOf(names, name);
+      offset += dependency != nullptr ? state.tokenOffset + state.tokenSpan : 0;
     }
   }
-  return awaited;
+  return dependency;
 }

@@ -37,8 +37,8 @@ struct PendingNames {
 // The first row of that name, or null. The first lookup indexes the names.
 PendingRow *PendingRowOf(PendingNames &names, std::string_view name);
 
-// The row that the next call in a text, from `offset` on, refers to, where the context does not
-// have that name yet; `offset` is moved after that call. Null when there is no such call.
-PendingRow *NextAwaitedRow(EC ec, PendingNames &names, const char *text, int32_t &offset);
+// Finds the next call, from `offset` on, of a formula that the context does not have yet. Returns
+// its row and moves `offset` after the call; otherwise null, `offset` unchanged.
+PendingRow *NextForwardReference(EC ec, PendingNames &names, const char *text, int32_t &offset);
 
 #endif

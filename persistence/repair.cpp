@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-PendingRow *AwaitedRow(PendingNames &names, const char *text, const FormulaError &error) {
+PendingRow *ForwardReference(PendingNames &names, const char *text, const FormulaError &error) {
   char word[256];
   const int64_t length = error.length;
   if (error.offset < 0 || length < 1 || length > static_cast<int64_t>(sizeof word) ||

@@ -12,8 +12,8 @@ struct FormulaRepair {
   const char *name;
   FormulaError error;     // what is wrong with it
   PendingNames *pending;  // the names of the formulas in the block that is being read
-  // Set where the corrected text waits for a formula still to come: the text, its zero byte, the
-  // name, its zero byte.
+  // Set when the corrected text calls a formula that has not been read yet: the text, its zero
+  // byte, the name, its zero byte.
   OwnedText deferred;
 };
 
@@ -28,6 +28,6 @@ struct LoadDialogs {
 
 // The formula of the block being read that is named by the word at which a parse failed with
 // ORL_ERR_FUNC, or null. The error's span is a name with its opening parenthesis.
-PendingRow *AwaitedRow(PendingNames &names, const char *text, const FormulaError &error);
+PendingRow *ForwardReference(PendingNames &names, const char *text, const FormulaError &error);
 
 #endif
