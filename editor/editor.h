@@ -14,6 +14,9 @@
 // What the user edits: the kind of a text, and the mode of the dialog.
 enum EditorMode : int32_t { kModeFormula, kModeRange, kModeSet, kModeCount };
 
+// What a host's help routine is asked for: a page by its number or by its key.
+enum HelpCommand : int32_t { kHelpByNumber = 1, kHelpByKey = 257 };
+
 // Controls of the editor dialog.
 enum EditorControl : int32_t {
   kButtonOk = 1,

@@ -169,8 +169,6 @@ void DeleteRowBitmaps(EditorState &editor) {
 }  // namespace
 
 void OrlHelpRequest(EditorState &editor, OrlWindow control, OrlHelpProc callback) {
-  constexpr int32_t kHelpByNumber = 1;
-  constexpr int32_t kHelpByKey = 257;
   constexpr intptr_t kEditorHelp = 400;
   constexpr intptr_t kEditorWithModesHelp = 401;
   if (callback == nullptr) {

@@ -20,6 +20,9 @@ inline const char *TextArgument(void *const *args, int32_t index) {
   return entry != nullptr ? static_cast<const char *>(entry) : "";
 }
 
+// The precision of a truncation that keeps all digits.
+constexpr int32_t kAllDigits = 300;
+
 // A count or position: a null Number is 0, a fraction is truncated, values beyond 32 bits saturate.
 inline int32_t CountArgument(void *const *args, int32_t index) {
   const NumberValue &number = NumberArgument(args, index);

@@ -1,12 +1,11 @@
 // Functions on numbers and dates in unpacked values.
 #include "dates/date_arithmetic.h"
+#include "functions/arguments.h"
 #include "functions/date_value.h"
 #include "functions/inner_routines.h"
 #include "pavni11.h"
 
 namespace {
-
-constexpr uint32_t kAllDigits = 300;
 
 // A copy of the argument; null without one. Copied in the pieces in which it was stored.
 void PassOn(InnerCall call, uint32_t place) {

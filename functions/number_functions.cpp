@@ -63,7 +63,6 @@ int32_t FUNNumberRound(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **resul
 
 int32_t FUNNumberTruncate(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                           const char * /*name*/, void **args) {
-  constexpr int32_t kAllDigits = 300;
   NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
     return 0;

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "host/block_ring.h"
+#include "host/chars.h"
 #include "host/column_finding.h"
 #include "host/column_names.h"
 #include "host/display.h"

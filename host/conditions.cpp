@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "host/chars.h"
 #include "host/columns.h"
 #include "host/display.h"
 #include "host/tokens.h"
@@ -91,7 +92,7 @@ bool ConditionParse(const std::string &argument, std::vector<Formula> &formulas,
             DisplayName(argument) + signs.hint;
     return false;
   }
-  std::string bounds = Trimmed(argument.substr(equals + 1));
+  std::string bounds(Trimmed(std::string_view(argument).substr(equals + 1)));
   const auto named =
       std::find_if(formulas.begin(), formulas.end(), [&bounds](const Formula &formula) {
         return formula.name == bounds || formula.title == bounds;

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t kChunk = 1 << 16;
+constexpr size_t kReadSize = 1 << 16;
 constexpr size_t kBlock = 1 << 17;               // bytes of a block whose rows are not longer
 constexpr size_t kLongestRow = size_t{1} << 30;  // places in a block are of 32 bits
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -94,7 +94,7 @@ void FindDelimiter(std::string_view start, CsvInput &input) {
 
 // Checks the start of the input: finds its delimiter, unless given; rejects other encodings.
 bool LookAtStart(CsvInput &input, char delimiter, std::string &error) {
-  std::array<char, kChunk> chunk;
+  std::array<char, kReadSize> chunk;
   size_t got = 0;
   if (!ByteSourceRewind(input.source, error) ||
       !ByteSourceRead(input.source, chunk.data(), chunk.size(), got, error)) {

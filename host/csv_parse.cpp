@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr size_t kChunk = 1 << 16;
+constexpr size_t kParseSize = 1 << 16;
 
 // The state of the two callbacks of the parser.
 struct State {
@@ -40,7 +40,7 @@ ParserOwner NewParser(char delimiter) {
     throw std::bad_alloc();
   }
   csv_set_delim(parser.get(), static_cast<unsigned char>(delimiter));
-  csv_set_blk_size(parser.get(), kChunk);
+  csv_set_blk_size(parser.get(), kParseSize);
   return parser;
 }
 
@@ -107,8 +107,8 @@ void CsvParse(const CsvFile &csv, CsvBlock &block) {
   failure.swap(block.error);  // after these rows
   State state = {&csv, &block, {}};
   state.fields.reserve(block.size + 1);
-  for (size_t at = 0; at < block.size && block.error.empty(); at += kChunk) {
-    const size_t size = std::min(kChunk, block.size - at);
+  for (size_t at = 0; at < block.size && block.error.empty(); at += kParseSize) {
+    const size_t size = std::min(kParseSize, block.size - at);
     const size_t parsed =
         csv_parse(parser.get(), block.bytes.data() + at, size, OnField, OnRowEnd, &state);
     if (block.error.empty() && parsed != size) {

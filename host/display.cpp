@@ -7,9 +7,8 @@
 
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 constexpr std::string_view kDots = "...";
-constexpr size_t kLongestName = 200;
+constexpr size_t kNameWidth = 200;
 
 // The picture of a control character: U+2400 and up, U+2421 for DEL.
 std::string ControlPicture(wchar_t code) {
@@ -117,5 +116,5 @@ std::string DisplayLine(std::string_view text, size_t most, size_t &width) {
 
 std::string DisplayName(std::string_view text) {
   size_t width = 0;
-  return DisplayLine(text, kLongestName, width);
+  return DisplayLine(text, kNameWidth, width);
 }

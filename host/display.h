@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // the replacement character
+
 // One character of a text. A control character is shown by its symbol and a byte that is not UTF-8
 // by the replacement character, so that no text can control the terminal.
 struct DisplayCharacter {

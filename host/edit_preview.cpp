@@ -20,7 +20,7 @@ bool TakeRow(const CsvRow &row, void *user, std::string &error) {
   return preview.rows.size() < kRows;
 }
 
-std::string Shown(std::string cell) {
+std::string Cut(std::string cell) {
   size_t end = std::min(cell.size(), kShownBytes);
   while (end > 0 && end < cell.size() && (static_cast<unsigned char>(cell[end]) & 0xC0) == 0x80) {
     --end;
@@ -33,7 +33,7 @@ std::string Shown(std::string cell) {
 std::string ValueOf(EC ec, HEXP exp, int32_t type, Block &block) {
   std::string cell;
   const bool good = Evaluate(ec, exp, block) && CellFromValue(type, block.get(), cell);
-  return !good ? "no value" : cell.empty() ? "empty" : Shown(cell);
+  return !good ? "no value" : cell.empty() ? "empty" : Cut(cell);
 }
 
 void Forget(EC ec) {

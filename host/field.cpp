@@ -8,17 +8,14 @@
 #include <cstring>
 #include <string>
 
+#include "host/chars.h"
+
 namespace {
 
 constexpr int kMostDigits = 26;
 constexpr size_t kLongestDate = 64;
 constexpr size_t kFormatCapacity = 100;
 constexpr int32_t kMinutesOfDay = 24 * 60;
-constexpr std::string_view kBlanks = " \t\r\n";
-
-bool IsDigit(char byte) {
-  return byte >= '0' && byte <= '9';
-}
 
 int CountDigits(std::string_view text) {
   int digits = 0;
@@ -29,11 +26,6 @@ int CountDigits(std::string_view text) {
     digits += IsDigit(byte) && (digits != 0 || byte != '0') ? 1 : 0;
   }
   return digits;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
 // The text with the special blanks that some countries use for grouping replaced by plain ones.

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view kJoin = "texts are joined by ||";
 constexpr std::string_view kPower = "write Power(a, b) for a to the power of b";
-constexpr std::string_view kQuoted =
+constexpr std::string_view kQuotedNames =
     "names that are not plain are written in double quotes: \"wind speed\"";
 constexpr std::string_view kPlainQuotes = "texts are written in plain quotes, ', and names in \"";
 constexpr std::string_view kPlainMinus = "write the plain minus sign, -";
@@ -19,24 +19,24 @@ constexpr std::string_view kEmpty =
     "the text of an empty value has no length: StrIFF(StrLength(NumberToStr(n, 0)), '', 'empty', "
     "'filled')";
 
-struct Foreign {
+struct ForeignSign {
   std::string_view sign, hint;
 };
 
-constexpr Foreign kSigns[] = {
+constexpr ForeignSign kSigns[] = {
     {"&", kJoin},
     {"|", kJoin},
     {"^", kPower},
     {"%", "write NumberMod(a, b) for the remainder of a division"},
-    {"[", kQuoted},
-    {"]", kQuoted},
+    {"[", kQuotedNames},
+    {"]", kQuotedNames},
     {";", "arguments are separated by commas"},
     {"?", "there are no comparisons: NumberIFF, StrIFF and DateIFF choose by the sign of a number"},
     {"{", "there are no braces: a date is written 2024-01-31, a name \"wind speed\""},
     {"&&", "there is no AND of conditions: those of NumberIFF, as 1 and 0, are multiplied"},
 };
 
-constexpr Foreign kCharacters[] = {
+constexpr ForeignSign kCharacters[] = {
     {"‘", kPlainQuotes},
     {"’", kPlainQuotes},
     {"‚", kPlainQuotes},
@@ -172,7 +172,7 @@ std::string_view HintForWord(std::string_view word, WordPlace place) {
 }
 
 std::string_view HintForSign(std::string_view sign) {
-  for (const Foreign &foreign : kSigns) {
+  for (const ForeignSign &foreign : kSigns) {
     if (foreign.sign == sign) {
       return foreign.hint;
     }
@@ -181,7 +181,7 @@ std::string_view HintForSign(std::string_view sign) {
 }
 
 std::string_view HintForCharacter(std::string_view text, size_t &length) {
-  for (const Foreign &foreign : kCharacters) {
+  for (const ForeignSign &foreign : kCharacters) {
     if (text.starts_with(foreign.sign)) {
       length = foreign.sign.size();
       return foreign.hint;

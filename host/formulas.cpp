@@ -9,6 +9,7 @@
 #include <new>
 #include <string_view>
 
+#include "host/chars.h"
 #include "host/display.h"
 #include "host/hints.h"
 #include "host/messages.h"
@@ -19,10 +20,6 @@
 namespace {
 
 constexpr std::string_view kHintMark = "hint: ";
-
-bool IsQuote(char byte) {
-  return byte == '"' || byte == '`';
-}
 
 // The "=" after the name, searched after the name's quotes.
 size_t FindEquals(const std::string &argument) {
@@ -127,7 +124,8 @@ bool FormulaFromArgument(const std::string &argument, Formula &formula, std::str
     error = "a formula is given as NAME=TEXT, not as " + DisplayName(argument);
     return false;
   }
-  formula = FormulaOf(Trimmed(argument.substr(0, equals)), argument.substr(equals + 1));
+  formula = FormulaOf(std::string(Trimmed(std::string_view(argument).substr(0, equals))),
+                      argument.substr(equals + 1));
   return true;
 }
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr size_t kBlock = size_t{256} << 10;
+constexpr size_t kKeyBlock = size_t{256} << 10;
 constexpr size_t kFirstSlots = 1024;  // a power of two, as all slot counts
 
 size_t HashOf(std::string_view key) {
@@ -21,7 +21,7 @@ std::string_view Groups::Keep(std::string_view key) {
     return {};
   }
   if (key.size() > left_) {
-    left_ = std::max(key.size(), kBlock);
+    left_ = std::max(key.size(), kKeyBlock);
     blocks_.emplace_back(new char[left_]);
     used_ = 0;
   }

@@ -122,17 +122,17 @@ std::string ForeignCharacter(const Case &wrong) {
 }
 
 std::string Comparison(const Case &wrong) {
-  constexpr std::array<std::string_view, 7> kWords = {"IF",   "IIF",    "IFF",   "CASE",
-                                                      "WHEN", "IFELSE", "CHOOSE"};
+  constexpr std::array<std::string_view, 7> kChoiceWords = {"IF",   "IIF",    "IFF",   "CASE",
+                                                            "WHEN", "IFELSE", "CHOOSE"};
   if (!wrong.tokens.empty() && wrong.tokens[0].text == "=") {
     return "a formula has no = in front";
   }
   for (const Token &token : wrong.tokens) {
     const bool sign = token.kind == kTokenOther && token.text.find_first_of("<=>!") == 0;
-    const bool word = token.kind == kTokenName &&
-                      std::any_of(kWords.begin(), kWords.end(), [&token](std::string_view entry) {
-                        return EqualNoCase(entry, token.text);
-                      });
+    const bool word =
+        token.kind == kTokenName &&
+        std::any_of(kChoiceWords.begin(), kChoiceWords.end(),
+                    [&token](std::string_view entry) { return EqualNoCase(entry, token.text); });
     if (sign || (word && wrong.error.id != ORL_ERR_VAR) || (word && token.text == wrong.word)) {
       return std::string(kNoComparisons);
     }

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr size_t kNone = static_cast<size_t>(-1);
+constexpr size_t kNoRow = static_cast<size_t>(-1);
 
 // The state of a load.
 struct Loading {
@@ -85,12 +85,12 @@ void ReportCount(const Loading &loading, const Store &after, const Session *sess
 
 int LoadParts(const std::string &path, Loading &loading, const Session *session) {
   std::string problem;
-  size_t wrong = kNone;
+  size_t wrong = kNoRow;
   Store store;
   std::string bytes = loading.bytes;
   if (!StoreRead(bytes, store, problem, &wrong)) {
     problem = loading.file.path + ": " + problem;
-    if (wrong == kNone || IsCircle(store, wrong)) {
+    if (wrong == kNoRow || IsCircle(store, wrong)) {
       return Complain(problem, kExitWrong);
     }
     const char *missing = ORLWindowSystemProblem();

@@ -99,7 +99,7 @@ struct OdbcFunction {
   OrlFunctionProc routine;
 };
 
-constexpr OdbcFunction kFunctions[] = {
+constexpr OdbcFunction kOdbcFunctions[] = {
     {"ABS", 'N', "N", FUNNumberAbsolute},
     {"CEILING", 'N', "N", Ceiling},
     {"CHAR_LENGTH", 'N', "S", FUNStrLength},
@@ -136,7 +136,7 @@ int16_t TypeOf(char letter) {
 }  // namespace
 
 bool OdbcFunctionsDeclare(EC ec) {
-  for (const OdbcFunction &function : kFunctions) {
+  for (const OdbcFunction &function : kOdbcFunctions) {
     constexpr size_t kMost = 3;
     ORL_EXPR_ITEM_WITH(kMost) row = {};
     const std::string_view name = function.name;

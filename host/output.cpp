@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 constexpr size_t kGap = 2;  // blanks between the columns of a table
 
 void Put(std::string_view text) {

@@ -25,7 +25,7 @@ struct PictureFunction {
   bool (*good)(const std::string &picture);
 };
 
-constexpr PictureFunction kFunctions[] = {
+constexpr PictureFunction kPictureFunctions[] = {
     {"DateToStrPicture", "a date", IsDatePicture},
     {"NumberToStrPicture", "a number", IsNumberPicture},
 };
@@ -52,7 +52,7 @@ std::vector<std::string> PictureProblems(const std::string &text) {
   std::vector<std::string> problems;
   const std::vector<Token> tokens = Tokens(text);
   for (size_t i = 0; i < tokens.size(); ++i) {
-    for (const PictureFunction &function : kFunctions) {
+    for (const PictureFunction &function : kPictureFunctions) {
       const Token *picture = tokens[i].text == function.name ? SecondArgument(tokens, i) : nullptr;
       if (picture != nullptr && !function.good(Unquoted(picture->text))) {
         problems.push_back(std::string(picture->text) + " is not the picture of " + function.what +

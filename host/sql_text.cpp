@@ -2,45 +2,12 @@
 
 #include <algorithm>
 
+#include "host/chars.h"
+#include "host/tokens.h"
+
 namespace {
 
-constexpr std::string_view kDigits = "0123456789";
 constexpr std::string_view kSpaces = " \t\n";
-constexpr size_t kNone = std::string_view::npos;
-
-bool IsNameStart(char byte) {
-  const bool letter = (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
-  return letter || static_cast<unsigned char>(byte) >= 0x80 ||
-         (byte != '\0' && std::string_view("#$_@").find(byte) != kNone);
-}
-
-bool IsQuote(char byte) {
-  return byte == '"' || byte == '`';
-}
-
-// The bytes of the name at the start of a text: up to three parts with points between, each plain
-// or in quotes. 0 when there is none.
-size_t NameLength(std::string_view text) {
-  size_t length = 0;
-  while (length < text.size()) {
-    const char first = text[length];
-    if (IsQuote(first)) {
-      length = text.find(first, length + 1) + 1;
-    } else if (IsNameStart(first)) {
-      while (length < text.size() &&
-             (IsNameStart(text[length]) || kDigits.find(text[length]) != kNone)) {
-        ++length;
-      }
-    } else {
-      return length == 0 ? 0 : length - 1;  // the point is part of something else
-    }
-    if (length >= text.size() || text[length] != '.') {
-      return length;
-    }
-    ++length;
-  }
-  return length;
-}
 
 // Moves bytes from the start of the text to the SQL.
 void Take(std::string_view &text, size_t count, std::string &sql) {
@@ -50,12 +17,12 @@ void Take(std::string_view &text, size_t count, std::string &sql) {
 
 // A column by its header; other names, of functions, are unchanged.
 void TakeName(std::string_view &text, const Table &table, std::string &sql) {
-  const size_t length = NameLength(text);
+  const size_t length = std::max<size_t>(NameLength(text), 1);
   const std::string_view name = text.substr(0, length);
   const auto column = std::find_if(table.columns.begin(), table.columns.end(),
                                    [name](const Column &entry) { return entry.name == name; });
   const size_t next = text.find_first_not_of(kSpaces, length);
-  if (column != table.columns.end() && (next == kNone || text[next] != '(')) {
+  if (column != table.columns.end() && (next == std::string_view::npos || text[next] != '(')) {
     sql += std::string(kSqlTable) + "." + SqlName(column->header);
     text.remove_prefix(length);
   } else {
@@ -68,7 +35,7 @@ void TakeNumber(std::string_view &text, std::string &sql) {
   size_t length = std::min(text.find_first_not_of("0123456789."), text.size());
   if (length + 2 < text.size() && (text[length] == 'E' || text[length] == 'e') &&
       (text[length + 1] == '+' || text[length + 1] == '-')) {
-    length = std::min(text.find_first_not_of(kDigits, length + 2), text.size());
+    length = std::min(text.find_first_not_of("0123456789", length + 2), text.size());
   }
   Take(text, length, sql);
 }
@@ -80,14 +47,14 @@ bool TakeConstant(std::string_view &text, std::string &sql, std::string &problem
     end += text[end] == '\'' ? 2 : 1;
   }
   std::string_view constant = text.substr(0, end);
-  if (constant.find("\\'") != kNone || constant.back() == '\\') {
+  if (constant.find("\\'") != std::string_view::npos || constant.back() == '\\') {
     problem =
         "has a text with a backslash in front of a quote or at its end, where SQL may end the text "
         "elsewhere; write a quote as '' and a last backslash as SUBSTRING('\\ ', 1, 1)";
     return false;
   }
   text.remove_prefix(end);
-  if (sql.ends_with("{ts ") && constant.find('.') != kNone) {
+  if (sql.ends_with("{ts ") && constant.find('.') != std::string_view::npos) {
     constant = constant.substr(0, constant.find_last_not_of('0') + 1);
     constant.remove_suffix(constant.back() == '.' ? 1 : 0);
   }
@@ -128,7 +95,7 @@ bool SqlFromExtended(std::string_view extended, const Table &table, std::string 
       good = TakeEscape(extended, sql, problem);
     } else if (IsQuote(byte) || IsNameStart(byte)) {
       TakeName(extended, table, sql);
-    } else if (byte == '.' || kDigits.find(byte) != kNone) {
+    } else if (byte == '.' || IsDigit(byte)) {
       TakeNumber(extended, sql);
     } else {
       sql += byte == '/' ? "* 1.0 " : byte == '-' && sql.ends_with('-') ? " " : "";

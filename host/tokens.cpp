@@ -7,18 +7,9 @@
 #include <cctype>
 #include <cstdint>
 
+#include "host/chars.h"
+
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r\n";
-
-bool IsDigit(char byte) {
-  return byte >= '0' && byte <= '9';
-}
-
-bool IsNameStart(char byte) {
-  return std::isalpha(static_cast<unsigned char>(byte)) != 0 || (byte & 0x80) != 0 ||
-         std::string_view("#$_@").find(byte) != std::string_view::npos;
-}
 
 // The bytes of the string literal at the start, 0 when it is not closed. A quote inside is doubled
 // or follows a backslash; a literal may end with a backslash when no later quote closes it.
@@ -40,31 +31,6 @@ size_t StringLength(std::string_view text) {
   return length;
 }
 
-// The bytes of a name of plain and quoted parts separated by points; 0 for an open quote.
-size_t NameLength(std::string_view text) {
-  size_t length = 0;
-  for (;;) {
-    if (text[length] == '"' || text[length] == '`') {
-      const size_t closing = text.find(text[length], length + 1);
-      if (closing == std::string_view::npos || closing == length + 1) {
-        return 0;
-      }
-      length = closing + 1;
-    } else {
-      while (length < text.size() && (IsNameStart(text[length]) || IsDigit(text[length]))) {
-        ++length;
-      }
-    }
-    const bool more =
-        length + 1 < text.size() && text[length] == '.' &&
-        (IsNameStart(text[length + 1]) || text[length + 1] == '"' || text[length + 1] == '`');
-    if (!more) {
-      return length;
-    }
-    ++length;
-  }
-}
-
 Token TokenAt(std::string_view text, size_t offset) {
   const std::string_view rest = text.substr(offset);
   const auto token = [&](TokenKind kind, size_t length) {
@@ -75,7 +41,7 @@ Token TokenAt(std::string_view text, size_t offset) {
     const size_t length = StringLength(rest);
     return length == 0 ? token(kTokenUnclosed, rest.size()) : token(kTokenString, length);
   }
-  if (first == '"' || first == '`' || IsNameStart(first)) {
+  if (IsQuote(first) || IsNameStart(first)) {
     const size_t length = NameLength(rest);
     return length == 0 ? token(kTokenUnclosed, rest.size())
                        : token(IsNameStart(first) ? kTokenName : kTokenQuoted, length);
@@ -122,6 +88,29 @@ bool IsInDate(const std::vector<Token> &tokens, size_t comma) {
 
 }  // namespace
 
+size_t NameLength(std::string_view text) {
+  size_t length = 0;
+  for (;;) {
+    if (IsQuote(text[length])) {
+      const size_t closing = text.find(text[length], length + 1);
+      if (closing == std::string_view::npos || closing == length + 1) {
+        return 0;
+      }
+      length = closing + 1;
+    } else {
+      while (length < text.size() && (IsNameStart(text[length]) || IsDigit(text[length]))) {
+        ++length;
+      }
+    }
+    const bool more = length + 1 < text.size() && text[length] == '.' &&
+                      (IsNameStart(text[length + 1]) || IsQuote(text[length + 1]));
+    if (!more) {
+      return length;
+    }
+    ++length;
+  }
+}
+
 std::vector<Token> Tokens(std::string_view text) {
   std::vector<Token> tokens;
   for (size_t i = text.find_first_not_of(kBlanks); i < text.size();
@@ -145,11 +134,11 @@ std::vector<std::string> MembersOf(std::string_view text) {
     depth += token.kind == kTokenOpen ? 1 : token.kind == kTokenClose ? -1 : 0;
     const bool word = token.kind == kTokenName && EqualNoCase(token.text, "AND");
     if (depth == 0 && (token.kind == kTokenComma || word)) {
-      members.push_back(Trimmed(text.substr(begin, token.offset - begin)));
+      members.emplace_back(Trimmed(text.substr(begin, token.offset - begin)));
       begin = token.offset + token.text.size();
     }
   }
-  members.push_back(Trimmed(text.substr(begin)));
+  members.emplace_back(Trimmed(text.substr(begin)));
   return members;
 }
 
@@ -172,11 +161,4 @@ std::string Unquoted(std::string_view literal) {
     text += literal[i];
   }
   return text;
-}
-
-std::string Trimmed(std::string_view text) {
-  const size_t first = text.find_first_not_of(kBlanks);
-  const size_t last = text.find_last_not_of(kBlanks);
-  return first == std::string_view::npos ? std::string()
-                                         : std::string(text.substr(first, last + 1 - first));
 }

@@ -28,6 +28,10 @@ struct Token {
 // The tokens of the text without blanks. They point into the text.
 std::vector<Token> Tokens(std::string_view text);
 
+// The bytes of the name at the start of the text, which begins with one: plain and quoted parts
+// with points between. 0 for an open quote.
+size_t NameLength(std::string_view text);
+
 // The members of a range ("a AND b") or set ("a, b"), or the whole text when it is neither.
 std::vector<std::string> MembersOf(std::string_view text);
 
@@ -36,8 +40,5 @@ bool EqualNoCase(std::string_view left, std::string_view right);
 
 // The value of a string literal with its quotes.
 std::string Unquoted(std::string_view literal);
-
-// A text without leading and trailing blanks.
-std::string Trimmed(std::string_view text);
 
 #endif

@@ -27,7 +27,7 @@ std::string ListedValue(const FieldRules &rules, int16_t type, const char *field
   return good ? text : std::string();
 }
 
-bool TakeRow(const CsvRow &row, void *user, std::string &error) {
+bool ListRow(const CsvRow &row, void *user, std::string &error) {
   ValueListing &listing = *static_cast<ValueListing *>(user);
   const Session &session = *listing.session;
   // The file was read before, but it may have changed since.
@@ -81,7 +81,7 @@ void ListingBegin(ValueListing &listing, const std::string &name) {
   listing.error.clear();
   if (column != nullptr) {
     listing.column = static_cast<size_t>(column - session.table.columns.data());
-    listing.reading = CsvBegin(session.csv, TakeRow, &listing, listing.error);
+    listing.reading = CsvBegin(session.csv, ListRow, &listing, listing.error);
   }
 }
 

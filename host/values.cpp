@@ -10,15 +10,15 @@
 
 namespace {
 
-constexpr size_t kFormatCapacity = 100;
+constexpr size_t kCellCapacity = 100;
 constexpr size_t kMicrosecondDigits = 6;
 
 // A negative `decimals` means the digits that the number has.
 bool PlainNumber(const NumberValue &value, int decimals, std::string &cell) {
-  std::array<char, kFormatCapacity> text;
+  std::array<char, kCellCapacity> text;
   if (decimals < 0) {
-    const int32_t size = WRENNumToText(&value, kFormatCapacity, text.data());
-    const bool fits = size > 0 && size < static_cast<int32_t>(kFormatCapacity);
+    const int32_t size = WRENNumToText(&value, kCellCapacity, text.data());
+    const bool fits = size > 0 && size < static_cast<int32_t>(kCellCapacity);
     cell = fits ? text.data() : "";
     return fits;
   }
@@ -79,7 +79,7 @@ std::string FractionDigits(int32_t microseconds) {
 }
 
 bool DateCell(const NumberValue &value, std::string &cell) {
-  std::array<char, kFormatCapacity> text;
+  std::array<char, kCellCapacity> text;
   FormatRecord record;
   WRENFmtInit(&record);
   LocaleBlock locale;

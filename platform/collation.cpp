@@ -107,8 +107,6 @@ enum KeyClass : uint32_t {
   kKeyOther = 4U << 24
 };
 
-constexpr size_t kLongestChar = 4;
-
 // A character of one key, or the part of a ligature.
 struct CollationUnit {
   uint32_t key;

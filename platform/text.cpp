@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr size_t kLongestChar = 4;
-
 const char *TextOrEmpty(const char *text) {
   return text == nullptr ? "" : text;
 }

@@ -2,6 +2,7 @@
 #ifndef ORLI11_PLATFORM_TEXT_H
 #define ORLI11_PLATFORM_TEXT_H
 
+#include <cstddef>
 #include <cstdint>
 
 // The collation order of two strings: letters by alphabet, small before capital among equals. 0 for
@@ -27,6 +28,9 @@ int32_t IsCharAlphaA(char byte);
 constexpr int32_t kCodePage932 = 932;
 constexpr int32_t kCodePageUtf8 = 65001;
 int32_t ActiveCodePage();
+
+// The bytes of the longest character of any of them.
+constexpr size_t kLongestChar = 4;
 
 // The bytes of the character that begins with this byte: 1 where it is not a lead byte.
 int32_t CharacterBytes(uint8_t lead);

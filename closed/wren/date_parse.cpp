@@ -22,6 +22,7 @@
 #include "closed/wren/codepage.h"
 #include "closed/wren/country.h"
 #include "closed/wren/date_format.h"
+#include "closed/wren/digit_run.h"
 #include "closed/wren/gregorian.h"
 #include "wreni11.h"
 
@@ -52,9 +53,6 @@ constexpr size_t kWordSize = 48;
 
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
 }
 bool IsSeparator(char c) {
   return c == '-' || c == '.' || c == '/' || c == ':' || c == '\\';

@@ -239,8 +239,8 @@ bool DivideNarrowNumbers(Decimal *result, const Decimal &a, const Decimal &b) {
     missing = kDigits - 1 + gap + (next ? 1 : 0);
   }
   while (missing > 0 && rest != 0) {
-    constexpr int32_t kMostDigits = kPowers64 - 1;
-    const int32_t step = missing < kMostDigits ? missing : kMostDigits;
+    constexpr int32_t kMostPlaces = kPowers64 - 1;
+    const int32_t step = missing < kMostPlaces ? missing : kMostPlaces;
     const Uint128 scaled = static_cast<Uint128>(rest) * kPowersOfTen64.of[step];
     const QuotientRest next =
         DivideNarrow(static_cast<uint64_t>(scaled >> 64), static_cast<uint64_t>(scaled), divisor);

@@ -4,6 +4,10 @@
 
 #include "closed/wren/decimal.h"
 
+inline bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
 // Collects significant digits: the first 38 are kept, and the places of all are counted. Later
 // digits cannot change how these are rounded to 26.
 struct DigitRun {

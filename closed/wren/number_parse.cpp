@@ -21,10 +21,6 @@ struct NumberReader {
   bool hasCurrency;
 };
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 // Bytes of the blank at the address, 0 when there is none. Some countries write no-break blanks
 // between groups, and some programs write them before a currency sign.
 size_t BlankBytes(const char *text) {

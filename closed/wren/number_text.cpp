@@ -12,10 +12,6 @@
 
 namespace {
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 // Reads "E", an optional sign and digits; false when a digit is missing. Exponents beyond any
 // number saturate.
 bool ReadExponent(const char **cursor, int64_t *exponent) {

@@ -271,7 +271,7 @@ int32_t MovedCaret(const Control *edit, uintptr_t key, bool far) {
   }
 }
 
-void TakeKey(Control *edit, uintptr_t key) {
+void TakeEditKey(Control *edit, uintptr_t key) {
   const bool control = (session.keysHeld & ORL_HEADLESS_CONTROL) != 0;
   edit->edit.typedCount = 0;
   switch (key) {
@@ -434,7 +434,7 @@ intptr_t EditProc(Control *edit, uint32_t message, uintptr_t wParam, intptr_t lP
       TakeCharacter(edit, wParam);
       break;
     case ORL_WM_KEYDOWN:
-      TakeKey(edit, wParam);
+      TakeEditKey(edit, wParam);
       break;
     case ORL_WM_MOUSEMOVE:
     case ORL_WM_LBUTTONDOWN:

@@ -122,7 +122,7 @@ void MakeCurrentByUser(Control *control, int32_t row) {
   }
 }
 
-void TakeKey(Control *control, uintptr_t key) {
+void TakeListKey(Control *control, uintptr_t key) {
   const List &list = control->list;
   switch (key) {
     case ORL_VK_UP:
@@ -262,7 +262,7 @@ intptr_t ListProc(Control *list, uint32_t message, uintptr_t wParam, intptr_t lP
       DrawPart(list, list->list.current, ORL_DRAW_FOCUS);
       break;
     case ORL_WM_KEYDOWN:
-      TakeKey(list, wParam);
+      TakeListKey(list, wParam);
       break;
     case ORL_WM_LBUTTONDOWN:
       SetFocusTo(list->dialog, list);

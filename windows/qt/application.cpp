@@ -32,7 +32,7 @@ struct OwnApplication {
   std::unique_ptr<QApplication> application;
 };
 // Not deleted when the process ends inside a dialog: Qt may be unloaded by then.
-OwnApplication *own = nullptr;
+OwnApplication *ownApplication = nullptr;
 // Guards the creation and deletion of our own application, and the check whether one can be
 // created.
 std::recursive_mutex changing;
@@ -188,16 +188,17 @@ std::string ProgramName() {
 
 // Restores the host's locale: a QApplication sets that of the environment.
 void Start(const QString &platform) {
-  own = new OwnApplication;
-  own->name = ProgramName();
-  own->platform = platform.toStdString();
+  ownApplication = new OwnApplication;
+  ownApplication->name = ProgramName();
+  ownApplication->platform = platform.toStdString();
   static char option[] = "-platform";
-  own->arguments[0] = own->name.data();
-  own->arguments[1] = option;
-  own->arguments[2] = own->platform.data();
+  ownApplication->arguments[0] = ownApplication->name.data();
+  ownApplication->arguments[1] = option;
+  ownApplication->arguments[2] = ownApplication->platform.data();
   const std::string locale = std::setlocale(LC_ALL, nullptr);
   const QtMessageHandler before = qInstallMessageHandler(KeepQuiet);
-  own->application = std::make_unique<QApplication>(own->count, own->arguments);
+  ownApplication->application =
+      std::make_unique<QApplication>(ownApplication->count, ownApplication->arguments);
   QApplication::setQuitOnLastWindowClosed(false);
   qInstallMessageHandler(before);
   std::setlocale(LC_ALL, locale.c_str());
@@ -225,10 +226,10 @@ bool BeginApplication() {
 
 void EndApplication() {
   const std::lock_guard<std::recursive_mutex> lock(changing);
-  if (own != nullptr && Dialogs().empty()) {
+  if (ownApplication != nullptr && Dialogs().empty()) {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    delete own;
-    own = nullptr;
+    delete ownApplication;
+    ownApplication = nullptr;
   }
 }
 

@@ -11,7 +11,7 @@ namespace qt_windows {
 
 namespace {
 
-int32_t open = 0;
+int32_t openBoxes = 0;
 
 struct BoxButton {
   int32_t answer;
@@ -49,7 +49,7 @@ QMessageBox::Icon IconOf(uint32_t type) {
 }  // namespace
 
 int32_t OpenBoxes() {
-  return open;
+  return openBoxes;
 }
 
 int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_t type) {
@@ -76,7 +76,7 @@ int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_
       box.setFont(dialog->widget->font());
     }
     KeepAbove(&box, parent);
-    const QScopedValueRollback<int32_t> one(open, open + 1);
+    const QScopedValueRollback<int32_t> one(openBoxes, openBoxes + 1);
     pressed = box.exec();
   }
   EndApplication();

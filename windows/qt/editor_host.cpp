@@ -7,7 +7,7 @@ namespace qt_windows {
 
 namespace {
 
-const OrlEditorHost *present = nullptr;
+const OrlEditorHost *presentHost = nullptr;
 
 bool HasUnsaved(const Dialog *dialog) {
   return std::any_of(dialog->controls.begin(), dialog->controls.end(),
@@ -17,17 +17,17 @@ bool HasUnsaved(const Dialog *dialog) {
 }  // namespace
 
 const OrlEditorHost *SetEditorHost(const OrlEditorHost *host) {
-  const OrlEditorHost *before = present;
-  present = host;
+  const OrlEditorHost *before = presentHost;
+  presentHost = host;
   return before;
 }
 
 const OrlEditorHost *GetEditorHost() {
-  return present;
+  return presentHost;
 }
 
 bool MayDiscard(Dialog *dialog) {
-  const bool isQuiet = present != nullptr && (present->flags & ORL_HOST_DISCARDS) != 0;
+  const bool isQuiet = presentHost != nullptr && (presentHost->flags & ORL_HOST_DISCARDS) != 0;
   if (isQuiet || !dialog->modal || HasEnded(dialog) || !HasUnsaved(dialog)) {
     return true;
   }

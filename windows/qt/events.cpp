@@ -158,7 +158,7 @@ intptr_t PointOf(const QMouseEvent &event) {
                                                          << 16;
 }
 
-OrlWindow focused = nullptr;  // the control that last had the focus, in any dialog
+OrlWindow lastFocused = nullptr;  // the control that last had the focus, in any dialog
 
 Control *FocusedControl(const Dialog *dialog) {
   Control *control = FindControl(dialog->focus);
@@ -329,8 +329,8 @@ void FocusCame(Control *control, const std::function<void()> &own) {
     return;
   }
   OrlWindow before =
-      focused == control->window || FindControl(focused) == nullptr ? nullptr : focused;
-  focused = control->window;
+      lastFocused == control->window || FindControl(lastFocused) == nullptr ? nullptr : lastFocused;
+  lastFocused = control->window;
   control->dialog->focus = control->window;
   control->dialog->area->ensureWidgetVisible(control->widget);
   Deliver(control, ORL_WM_SETFOCUS, reinterpret_cast<uintptr_t>(before), 0, own);

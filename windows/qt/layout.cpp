@@ -32,10 +32,6 @@ Interval Down(const QRect &rect) {
   return {rect.y(), rect.y() + rect.height()};
 }
 
-bool IsList(const Control &control) {
-  return control.kind == ORL_CONTROL_LIST;
-}
-
 bool Scrolls(const Control &control) {
   return control.kind == ORL_CONTROL_EDIT && (control.style & ORL_STYLE_SCROLL_BAR) != 0;
 }

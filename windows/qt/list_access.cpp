@@ -11,11 +11,11 @@ namespace {
 
 class ListAccess;
 
-constexpr char kList[] = "list";
+constexpr char kListProperty[] = "list";
 
 // The record of the list that a view shows, or null. A view is deleted before its record.
 ListBox *ListOfView(const QObject *view) {
-  return static_cast<ListBox *>(view->property(kList).value<void *>());
+  return static_cast<ListBox *>(view->property(kListProperty).value<void *>());
 }
 
 // A row. It reports what is at its index at the moment.
@@ -178,7 +178,7 @@ QAccessibleInterface *NewAccess(const QString & /*className*/, QObject *object) 
 
 void ReportList(ListBox *list, QListView *view) {
   static bool isInstalled = false;
-  view->setProperty(kList, QVariant::fromValue<void *>(list));
+  view->setProperty(kListProperty, QVariant::fromValue<void *>(list));
   if (!isInstalled) {
     isInstalled = true;
     QAccessible::installFactory(NewAccess);

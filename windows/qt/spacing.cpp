@@ -47,7 +47,7 @@ Members GroupOf(const Dialog &dialog, size_t first) {
 }
 
 // One axis of a group: the positions of its members in the template, and the conversion to pixels.
-struct Axis {
+struct SpacingAxis {
   int16_t OrlControl::*place;
   int16_t OrlControl::*extent;
   double unit;
@@ -55,7 +55,7 @@ struct Axis {
 };
 
 // Positions whose steps differ by at most one unit get equal steps.
-void SpaceAlong(const Members &members, const Axis &axis) {
+void SpaceAlong(const Members &members, const SpacingAxis &axis) {
   std::vector<int32_t> places;
   for (const Member &member : members) {
     places.push_back(member.row->*axis.place);
@@ -79,10 +79,6 @@ void SpaceAlong(const Members &members, const Axis &axis) {
     const auto found = std::find(places.begin(), places.end(), member.row->*axis.place);
     (member.control->base.*axis.move)(start + pixels * static_cast<int>(found - places.begin()));
   }
-}
-
-bool IsList(const Control &control) {
-  return control.kind == ORL_CONTROL_LIST;
 }
 
 // ---- Sizes

@@ -76,6 +76,10 @@ struct Control {
   virtual void SetRowAid(const OrlTextAid * /*aid*/) {}
 };
 
+inline bool IsList(const Control &control) {
+  return control.kind == ORL_CONTROL_LIST;
+}
+
 struct Dialog {
   const OrlDialogTemplate *model = nullptr;
   OrlWindow window = nullptr, parent = nullptr;
