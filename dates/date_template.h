@@ -8,7 +8,7 @@
 #include "dates/date_text.h"
 
 // The one of a context's three templates for a form of date text, or null.
-inline const char *TemplateOfForm(const char *const templates[3], int32_t form) {
+inline const char *TemplateOfForm(const char *const templates[kDateForms], int32_t form) {
   return form == kDateForm       ? templates[0]
          : form == kDateTimeForm ? templates[1]
          : form == kTimeForm     ? templates[2]

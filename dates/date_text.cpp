@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "dates/stored_date.h"
+#include "orli11.h"
 
 namespace {
 
@@ -13,7 +14,7 @@ struct DateForm {
   int32_t mode;
   int32_t code;
 };
-constexpr DateForm kForms[] = {
+constexpr DateForm kForms[kDateForms] = {
     {WREN_FMT_DATE, kDateForm},          // pictures[0]
     {WREN_FMT_DATETIME, kDateTimeForm},  // pictures[1]
     {WREN_FMT_TIME, kTimeForm},          // pictures[2]
@@ -122,9 +123,8 @@ bool DateToTextDefault(const NumberValue *date, char *buffer) {
   return WRENFmtDate(&record) != 0;
 }
 
-int32_t DatePictureWidth(uint16_t convertFlags, const char *const pictures[3],
-                         const char *const templates[3]) {
-  constexpr uint16_t kWithTemplates = 2;
+int32_t DatePictureWidth(uint16_t convertFlags, const char *const pictures[kDateForms],
+                         const char *const templates[kDateForms]) {
   FormatRecord record;
   WRENFmtInit(&record);
   int32_t width = 0;
@@ -137,5 +137,5 @@ int32_t DatePictureWidth(uint16_t convertFlags, const char *const pictures[3],
     }
     longestTemplate = std::max(longestTemplate, WRENStrLen(templates[i]));
   }
-  return (convertFlags & kWithTemplates) != 0 ? width + longestTemplate : width;
+  return (convertFlags & ORL_CONVERT_EXTENDED_TEXT) != 0 ? width + longestTemplate : width;
 }

@@ -9,6 +9,9 @@
 // Date text is built in buffers of this size: 99 bytes and the terminator.
 constexpr int32_t kDateTextSize = 100;
 
+// Date, date with time, and time: each has a picture and a template, in this order.
+constexpr int32_t kDateForms = 3;
+
 // Form codes of DateRewriteText.
 enum : int32_t { kNoDateForm = 0, kDateForm = 8, kTimeForm = 9, kDateTimeForm = 10 };
 
@@ -25,9 +28,9 @@ int32_t DateRewriteText(const char *text, char *buffer, const char *picture1, co
 bool DateToTextPicture(const NumberValue *date, const char *picture, char *buffer);
 bool DateToTextDefault(const NumberValue *date, char *buffer);
 
-// The bytes of the widest text that a date can take under the pictures and, with value 2 of
-// `convertFlags`, the longest template. Pictures and templates may be null.
-int32_t DatePictureWidth(uint16_t convertFlags, const char *const pictures[3],
-                         const char *const templates[3]);
+// The bytes of the widest text that a date can take under the pictures and, with
+// ORL_CONVERT_EXTENDED_TEXT, the longest template. Pictures and templates may be null.
+int32_t DatePictureWidth(uint16_t convertFlags, const char *const pictures[kDateForms],
+                         const char *const templates[kDateForms]);
 
 #endif

@@ -52,7 +52,7 @@ void ORLSetDateConvert(EC ec, const char *template1, const char *template2, cons
   }
   ec->dateConvertFlags = convertFlags;
   const char *const templates[] = {template1, template2, template3};
-  for (int32_t i = 0; i < 3; ++i) {
+  for (int32_t i = 0; i < kDateForms; ++i) {
     if (templates[i] != nullptr) {
       ReplaceBlock(ec->dateConvert[i], CopyText(templates[i]));
     }
@@ -64,7 +64,7 @@ int32_t ORLSetDatePicture(EC ec, const char *picture1, const char *picture2, con
     return 1;
   }
   const char *const pictures[] = {picture1, picture2, picture3};
-  for (int32_t i = 0; i < 3; ++i) {
+  for (int32_t i = 0; i < kDateForms; ++i) {
     const bool given = pictures[i] != nullptr && pictures[i][0] != '\0';
     ReplaceBlock(ec->pictures[i], given ? CopyText(pictures[i]) : nullptr);
   }

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "dates/date_text.h"
 #include "engine/handle_array.h"
 #include "engine/name_index.h"
 #include "orli11.h"
@@ -25,7 +26,10 @@ enum OperatorGroup : int32_t {
   kGroupConcat,
   kGroupCount
 };
-constexpr int32_t kOperatorTypes = 4;
+// The data type of values that only routines of the host compute with. Types above it have no
+// values.
+constexpr int32_t kHostType = 3;
+constexpr int32_t kOperatorTypes = kHostType + 1;
 
 struct OperatorSlots {
   char *names[kOperatorTypes];
@@ -60,12 +64,12 @@ struct ExprContext {
   intptr_t userLong;
   uint16_t nextNumber[kClassCount];
   uint16_t flags;
-  char *pictures[3];
+  char *pictures[kDateForms];
   int32_t pictureWidth;
   OrlDelPermissionProc delPermissionProc;
   OrlListValuesProc listValuesProc;
   OrlRenameProc renameProc;
-  char *dateConvert[3];
+  char *dateConvert[kDateForms];
   uint16_t dateConvertFlags;
   bool hasNumberOperators;  // a callback replaces the arithmetic of some operator
   OperatorSlots operators[kGroupCount];

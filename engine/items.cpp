@@ -124,7 +124,7 @@ bool ItemHasAggregateParam(const ItemTable *table, const char *name) {
   }
   const ParamRecord *parameters = ItemParameters(item);
   for (int32_t i = 0; i < item->paramCount; ++i) {
-    if (parameters[i].mode != 0) {
+    if (parameters[i].mode != kParamByValue) {
       return true;
     }
   }

@@ -19,6 +19,13 @@ inline const ParamRecord *ItemParameters(const ExprItem *row) {
   return reinterpret_cast<const ParamRecord *>(row + 1);
 }
 
+// `mode` of a parameter. A host may store any other value: then the argument is evaluated as with
+// kParamByValue, but the function counts as an aggregate as with kParamByName.
+enum ParamMode : uint16_t { kParamByValue = 0, kParamByName = 1 };
+inline bool IsByName(const ParamRecord &parameter) {
+  return parameter.mode == kParamByName;
+}
+
 // The table of a kind, or null for an unknown kind.
 ItemTable *ItemTableOf(EC ec, int32_t kind);
 
@@ -47,7 +54,7 @@ ExprItem *ItemFillLast(EC ec, ItemTable *table, const ExprItem *record);
 // Frees all rows of a table and the table.
 void ItemTableFree(ItemTable *table);
 
-// True when the first row of that name has a parameter with a mode other than 0.
+// True when the first row of that name has a parameter with a mode other than kParamByValue.
 bool ItemHasAggregateParam(const ItemTable *table, const char *name);
 
 // The data type of the first row of that name, or -1. For a keyword, its `caseSensitive` decides

@@ -15,7 +15,7 @@ bool TakesValues(const ExprItem *row, const BuiltIn *builtIn, int16_t type) {
     return false;
   }
   for (int32_t i = 0; i < row->paramCount; ++i) {
-    if (ItemParameters(row)[i].mode != 0) {
+    if (ItemParameters(row)[i].mode != kParamByValue) {
       return false;
     }
   }
@@ -25,7 +25,7 @@ bool TakesValues(const ExprItem *row, const BuiltIn *builtIn, int16_t type) {
 // True when each argument is declared, and none by name.
 bool WantsAllValues(const ExprItem *row, uint32_t arguments) {
   for (int32_t i = 0; i < row->paramCount; ++i) {
-    if (ItemParameters(row)[i].mode == 1) {
+    if (IsByName(ItemParameters(row)[i])) {
       return false;
     }
   }

@@ -51,21 +51,25 @@ void *EntryOf(const TextBuffer &texts, Value *value, NumberValue *number, bool b
   }
 }
 
-// Terminates each string among the arguments, moving them to make space; false when out of memory.
+// Terminates each string among the arguments; false when out of memory. From last to first, since
+// each string moves up by the terminators before it.
 bool TerminateTexts(TextBuffer &texts, Value *args, uint32_t count) {
   const auto isText = [](const Value &value) { return value.form == ValueForm::Text; };
   const auto number = static_cast<uint32_t>(std::count_if(args, args + count, isText));
   if (!TextReserve(texts, texts.used, number)) {
     return false;
   }
-  uint32_t end = texts.used += number;
-  for (Value *value = args + count; end != 0 && value-- != args;) {
-    if (isText(*value)) {
-      const TextSpan span = SpanOf(*value);
+  texts.used += number;
+  uint32_t end = texts.used;
+  for (uint32_t i = count; i-- > 0;) {
+    Value &value = args[i];
+    if (isText(value)) {
+      const TextSpan span = SpanOf(value);
       const uint32_t offset = end - 1 - span.length;
       std::memmove(texts.bytes + offset, texts.bytes + span.offset, span.length);
       texts.bytes[end - 1] = '\0';
-      value->text.offset = end = offset;
+      value.text.offset = offset;
+      end = offset;
     }
   }
   return true;
@@ -135,7 +139,7 @@ void CheckRow(Evaluation &run, Value *frame) {
 // replaced another may differ.
 bool NamesMatch(const ExprItem *row, const Value *args, uint32_t count) {
   for (uint32_t i = 0; i < count && static_cast<int32_t>(i) < row->paramCount; ++i) {
-    const bool byName = ItemParameters(row)[i].mode == 1;
+    const bool byName = IsByName(ItemParameters(row)[i]);
     if (args[i].form != ValueForm::None && byName != (args[i].form == ValueForm::Name)) {
       return false;
     }
@@ -172,7 +176,7 @@ bool WantsArgument(Evaluation &run, Value *frame, uint32_t place, const Word *co
   if (row == nullptr || static_cast<int32_t>(place) >= row->paramCount) {
     return false;
   }
-  if (ItemParameters(row)[place].mode != 1) {
+  if (!IsByName(ItemParameters(row)[place])) {
     return true;
   }
   PushName(place == 0 ? FirstChild(call[kCallNode].node) : code[kArgumentNode].node, value);

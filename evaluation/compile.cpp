@@ -1,6 +1,7 @@
 // Compiles a tree to a program, without recursion: down to each leaf and up through the parents.
 #include <cstring>
 
+#include "engine/context.h"
 #include "evaluation/arithmetic.h"
 #include "evaluation/growing_stack.h"
 #include "evaluation/program.h"
@@ -31,7 +32,7 @@ struct Compiler {
 Word *Emit(Compiler &compiler, Operation operation, int32_t pushed) {
   const uint32_t words = InstructionLength(operation);
   const uint64_t wanted = uint64_t{compiler.code.count} + words;
-  if (wanted > compiler.code.room && !StackGrow(compiler.code, wanted)) {
+  if (wanted > compiler.code.capacity && !StackGrow(compiler.code, wanted)) {
     compiler.outOfMemory = true;
     return nullptr;
   }
@@ -44,6 +45,10 @@ Word *Emit(Compiler &compiler, Operation operation, int32_t pushed) {
     compiler.mostDepth = compiler.depth;
   }
   return code;
+}
+
+bool HasValues(int16_t type) {
+  return type >= 0 && type <= kHostType;
 }
 
 void EmitDecimal(Word *code, const Decimal &d) {
@@ -94,7 +99,7 @@ void EmitInput(Compiler &compiler, ExprNode *node) {
     default:
       break;
   }
-  const bool usable = type >= 0 && type <= 3;
+  const bool usable = HasValues(type);
   Word *code = Emit(compiler, usable ? operation : Operation::NoValue, 1);
   if (code != nullptr && usable) {
     code->instruction.type = static_cast<uint8_t>(type);
@@ -246,7 +251,7 @@ void EmitInvoke(Compiler &compiler, uint32_t call) {
 // Begins a call. Returns its first argument, or null when the call is complete.
 ExprNode *EmitCall(Compiler &compiler, ExprNode *node) {
   const int16_t type = NodeType(node);
-  const bool usable = type >= 0 && type <= 3;
+  const bool usable = HasValues(type);
   Word *code = Emit(compiler, usable ? Operation::Call : Operation::NoValue, 1);
   if (code == nullptr || !usable) {
     return nullptr;

@@ -24,10 +24,10 @@ int32_t DeliverText(const Evaluation &run, const Value &value, int32_t size, voi
   if (size < 0) {
     return 0;
   }
-  const auto room = static_cast<uint32_t>(size);
+  const auto capacity = static_cast<uint32_t>(size);
   char *target = static_cast<char *>(buffer);
-  CopyBytes(target, run.texts.bytes + value.text.offset, std::min(length, room));
-  if (length < room) {
+  CopyBytes(target, run.texts.bytes + value.text.offset, std::min(length, capacity));
+  if (length < capacity) {
     target[length] = '\0';
   }
   return 1;
@@ -41,8 +41,8 @@ int32_t Deliver(Evaluation &run, const Value &value, int32_t size, void *buffer)
   return value.form == ValueForm::Text ? DeliverText(run, value, size, buffer) : 0;
 }
 
-// The host's block, resized for the string and one more byte, or null.
-void *RoomFor(void *block, uint32_t size) {
+// The host's block with at least `size` bytes, or null.
+void *BlockFor(void *block, uint32_t size) {
   if (block == nullptr) {
     return ORLMemAlloc(size);
   }
@@ -61,7 +61,7 @@ int32_t DeliverBlock(Evaluation &run, const Value &value, int32_t *length, void 
     return 0;
   }
   const uint32_t needed = value.text.length + 1;
-  void *block = RoomFor(*buffer, needed + 1);
+  void *block = BlockFor(*buffer, needed + 1);
   if (block == nullptr) {
     return 0;
   }

@@ -49,7 +49,7 @@ inline Program *BoundProgram(EC ec, Expression *expression) {
 inline bool ReserveValues(Evaluation &run, uint32_t values, const Program *program) {
   const uint64_t wanted = uint64_t{values} + program->depth;
   run.values.count = values;
-  return wanted <= run.values.room || StackGrow(run.values, wanted);
+  return wanted <= run.values.capacity || StackGrow(run.values, wanted);
 }
 
 // Runs the program of the root; its value becomes the first one on the stack.
@@ -123,7 +123,7 @@ void PushEscapedText(TextBuffer &texts, const char *text, Value *value);
 void PushDate(const char *text, Value *value);
 
 // Either value is None, or of a form that the operator is not defined for.
-void GiveUp(TextBuffer &texts, Value *left, Value *right);
+void DropOperands(TextBuffer &texts, Value *left, Value *right);
 
 // The right string directly follows the left one.
 inline void Concatenate(TextBuffer &texts, Value *left, Value *right) {
@@ -132,7 +132,7 @@ inline void Concatenate(TextBuffer &texts, Value *left, Value *right) {
       [[likely]] {
     left->text.length = static_cast<uint32_t>(length);
   } else {
-    GiveUp(texts, left, right);
+    DropOperands(texts, left, right);
   }
 }
 

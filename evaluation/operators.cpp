@@ -47,14 +47,14 @@ bool OperandOf(const Value &value, Decimal *d) {
 
 }  // namespace
 
-void GiveUp(TextBuffer &texts, Value *left, Value *right) {
+void DropOperands(TextBuffer &texts, Value *left, Value *right) {
   DropValue(texts, right);
   DropValue(texts, left);
 }
 
 void ComputeSlowly(Evaluation &run, Operation operation, Value *left, Value *right) {
   if (!IsNumberForm(left->form) || !IsNumberForm(right->form)) {
-    GiveUp(run.texts, left, right);
+    DropOperands(run.texts, left, right);
     return;
   }
   const OrlOperatorProc callback = run.ec->operators[GroupOf(operation)].procs[0];
@@ -95,7 +95,7 @@ void MoveDate(const Instruction &instruction, Value *left, const Value *right) {
 
 void SubtractDates(TextBuffer &texts, Value *left, Value *right) {
   if (!IsNumberForm(left->form) || !IsNumberForm(right->form)) {
-    GiveUp(texts, left, right);  // among them a date minus a text
+    DropOperands(texts, left, right);  // among them a date minus a text
     return;
   }
   DateTimeParts leftParts;

@@ -21,8 +21,8 @@ enum class Operation : uint8_t {
   SmallNumber,   // push the 32-bit operand
   Number,        // push a number: coefficient (2 words), exponent
   PackedNumber,  // push 13 bytes (2 words)
-  Constant,      // a constant part: as Number, then skip `operand` words; with operator callbacks
-                 // continue after the words, where the part is computed
+  Constant,      // push a folded constant (words as Number) and skip `operand` words; with operator
+                 // callbacks, run the skipped code instead
   Text,          // push a string: address, length
   EscapedText,   // push a string without its escapes: address
   Date,          // push the date of a literal: address
@@ -33,7 +33,8 @@ enum class Operation : uint8_t {
   Formula,  // push the value of a named formula: node, expression
   Call,     // resolve a function: node, row, built-in routine, its inner routine, arguments and
             // length; `detail`: 1 when every argument is wanted, by value
-  NextArgument,  // `detail`: its place. In both, `operand` is the jump past the argument: node
+  NextArgument,  // words: node; `detail`: index of the argument. In Call and NextArgument `operand`
+                 // is how far to jump when the argument is not evaluated
   Invoke,        // call the function with the `operand` values on top of its frame
   Add,           // ORDER ARITHMETIC
   Subtract,
@@ -42,7 +43,8 @@ enum class Operation : uint8_t {
   MoveDate,  // `detail`: the unit, `operand`: '+' or '-'
   SubtractDates,
   Concatenate,
-  Nothing  // the head of a constant part that cannot be folded, as long as Constant
+  Nothing  // no operation: where a Constant would be, with its length, when the part cannot be
+           // folded
 };
 
 struct Instruction {
@@ -72,8 +74,8 @@ static_assert(sizeof(Word) == 8);
 // Words after the first one of an instruction.
 enum InputWord { kInputNode = 1, kInputRoutine, kInputName, kInputEnd };
 enum FormulaWord { kFormulaNode = 1, kFormulaExpression, kFormulaEnd };
-// The inner routine of a built-in function that takes all arguments as values and owns no memory;
-// null for all others.
+// kCallInner: the inner routine of a built-in function that takes all arguments as values and owns
+// no memory; null for all others.
 enum CallWord { kCallNode = 1, kCallRow, kCallBuiltIn, kCallInner, kCallShape, kCallEnd };
 enum ArgumentWord { kArgumentNode = 1, kArgumentEnd };
 enum NumberWord { kNumberLow = 1, kNumberHigh, kNumberExponent, kNumberEnd };

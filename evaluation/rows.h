@@ -113,7 +113,7 @@ inline Int128 RoundedQuotient(const PowerDivision &by, Int128 c) {
 // The double nearest to a number; false for exponents that it does not handle.
 bool NearestDouble(double *result, const Decimal &d);
 
-// ---- The ways to compute; each begins the output ----
+// ---- Evaluation strategies; each calls OutputBegin ----
 
 struct RowOutput;
 

@@ -302,7 +302,7 @@ bool BeginRunner(Runner &runner, uint32_t rows) {
   runner.memory = Allocate<char>(size * (depth + plan.count));
   char *own = runner.memory.get();
   if (own == nullptr ||
-      (depth >= run.inner.values.room && !StackGrow(run.inner.values, depth + 1))) {
+      (depth >= run.inner.values.capacity && !StackGrow(run.inner.values, depth + 1))) {
     return false;
   }
   for (uint32_t i = 0; i < depth; ++i, own += size) {

@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr int32_t kOtherType = 3;  // of the host's own
-
 // Enters a formula that the program of another one refers to; null where it cannot be computed.
 Program *EnterFormula(Evaluation &run, Expression *expression, uint32_t values, Program *caller,
                       Word *next) {
@@ -107,7 +105,7 @@ void RunProgram(Evaluation &run, Program *program) {
         if (program->generation != ec->generation) {
           BindInput(ec, code);
         }
-        InputOf<kOtherType>(run, code, ++top);
+        InputOf<kHostType>(run, code, ++top);
         code += kInputEnd;
         continue;
       case Operation::SmallNumber:

@@ -13,12 +13,12 @@
 namespace {
 
 // The bytes of the first n characters of the string, at most all of it.
-int64_t RoomForChars(const char *text, int32_t n) {
+int64_t SizeForChars(const char *text, int32_t n) {
   return int64_t{std::min(WRENStrLen(text), FUNCharBytes(n))} + 1;
 }
 
 // The block size for a string of the same length.
-int64_t RoomForText(const char *text) {
+int64_t SizeForText(const char *text) {
   return int64_t{WRENStrLen(text)} + 1;
 }
 
@@ -29,7 +29,7 @@ using CopyOperation = void (*)(char *target, const char *source);
 int32_t CutText(int32_t resultSize, void **result, void *const *args, CutOperation cut) {
   const char *text = TextArgument(args, 0);
   const int32_t n = CountArgument(args, 1);
-  char *target = TextResult(result, resultSize, RoomForChars(text, n));
+  char *target = TextResult(result, resultSize, SizeForChars(text, n));
   if (target == nullptr) {
     return 0;
   }
@@ -40,7 +40,7 @@ int32_t CutText(int32_t resultSize, void **result, void *const *args, CutOperati
 // What `copy` makes of the string at index 0; it is never longer.
 int32_t CopyText(int32_t resultSize, void **result, void *const *args, CopyOperation copy) {
   const char *text = TextArgument(args, 0);
-  char *target = TextResult(result, resultSize, RoomForText(text));
+  char *target = TextResult(result, resultSize, SizeForText(text));
   if (target == nullptr) {
     return 0;
   }
@@ -86,7 +86,7 @@ int32_t FUNStrMid(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result, co
   const char *text = TextArgument(args, 0);
   const int32_t n = CountArgument(args, 2);
   const int32_t position = std::min(CountArgument(args, 1), WRENStrLen(text));
-  char *target = TextResult(result, resultSize, RoomForChars(text, n));
+  char *target = TextResult(result, resultSize, SizeForChars(text, n));
   if (target == nullptr) {
     return 0;
   }

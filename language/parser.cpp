@@ -8,7 +8,7 @@ namespace {
 constexpr int32_t kNoToken = -1;  // there is no lookahead token
 
 // The table's column for a token; kParserColumns for one that is in no production.
-constexpr int32_t kTokenCodes = 270;
+constexpr int32_t kTokenCodes = TOK_AND + 1;
 struct ColumnTable {
   uint8_t columns[kTokenCodes];
 };

@@ -84,11 +84,11 @@ int32_t TakeSystemName(ParseState &state, const char * /*text*/, int32_t length)
 }
 
 int32_t TakeName(ParseState &state, const char *text, int32_t length) {
-  const int32_t answer = CheckName(text, length, false);
-  if (answer == kNameRefused) {
+  const int32_t badByte = CheckName(text, length, false);
+  if (badByte == kNameRefused) {
     return kRefused;
   }
-  return answer >= 0 ? TakeAs(state, TOK_BAD, answer, 1) : TakeAs(state, TOK_IDENT, 0, length);
+  return badByte >= 0 ? TakeAs(state, TOK_BAD, badByte, 1) : TakeAs(state, TOK_IDENT, 0, length);
 }
 
 int32_t TakeNumber(ParseState &state, const char * /*text*/, int32_t length) {
@@ -114,8 +114,8 @@ int32_t TakeString(ParseState &state, const char *text, int32_t length) {
 }
 
 int32_t TakeCall(ParseState &state, const char *text, int32_t length) {
-  const int32_t answer = CheckName(text, length, true);
-  return answer >= 0 ? TakeAs(state, TOK_BAD, answer, 1) : TakeAs(state, TOK_CALLNAME, 0, length);
+  const int32_t badByte = CheckName(text, length, true);
+  return badByte >= 0 ? TakeAs(state, TOK_BAD, badByte, 1) : TakeAs(state, TOK_CALLNAME, 0, length);
 }
 
 int32_t TakeConcat(ParseState &state, const char * /*text*/, int32_t length) {

@@ -22,7 +22,7 @@ bool IsAsciiNameByte(uint8_t byte) {
 }
 
 // The result for a name whose bytes are valid up to `stop`.
-int32_t AnswerAtStop(const char *text, int32_t length, int32_t stop, bool call, bool doubleByte) {
+int32_t ResultAtStop(const char *text, int32_t length, int32_t stop, bool call, bool doubleByte) {
   if (call && (text[stop] == ' ' || text[stop] == '(')) {
     int32_t open = stop;
     while (open < length && text[open] == ' ') {
@@ -67,7 +67,7 @@ int32_t CheckName(const char *text, int32_t length, bool call) {
     } else {
       const bool known = (doubleByte ? WRENIsDigit(byte) : IsCharAlphaA(text[at])) != 0;
       if (!known && !quoted) {
-        return AnswerAtStop(text, length, at, call, doubleByte);
+        return ResultAtStop(text, length, at, call, doubleByte);
       }
     }
     ++at;

@@ -8,7 +8,7 @@
 // Results of CheckName besides the index of the first bad byte.
 enum : int32_t {
   kNameGood = -1,
-  kNameRefused = -2  // the automaton took more than the name
+  kNameRefused = -2  // the match extends beyond the name
 };
 
 // Checks the `length` bytes of a name, quoted segments and points included. With `call` the text is

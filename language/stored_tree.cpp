@@ -93,11 +93,12 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
     return false;
   }
   Expression *stored = expression.release();
-  const bool awaited = ReferenceCount(ec, KeyOfEntry(stored->entry)) != 0 &&
-                       NameIndexFirst(ec->expressionNames, KeyOfEntry(stored->entry)) == nullptr;
+  const bool resolvesPending =
+      ReferenceCount(ec, KeyOfEntry(stored->entry)) != 0 &&
+      NameIndexFirst(ec->expressionNames, KeyOfEntry(stored->entry)) == nullptr;
   NameIndexAppend(ec->expressionNames, stored->entry);
   ++ec->revision;
-  if (awaited) {
+  if (resolvesPending) {
     ++ec->generation;  // references that were unresolved now resolve to it
     ec->order.broken = true;
   } else {
@@ -169,8 +170,10 @@ ExpressionClass ClassOfRoot(int32_t kind) {
   return kind == NODE_SET ? kClassSet : kind == NODE_RANGE ? kClassRange : kClassFormula;
 }
 
+// Sets and ranges of keywords have the keywords' type, a number that the host chooses. The two that
+// are the token codes of literals are stored as the types of those literals.
 uint16_t StoredType(int16_t type) {
-  return type == NODE_STRING  ? uint16_t{ORL_TYPE_STRING}
+  return type == TOK_STRING   ? uint16_t{ORL_TYPE_STRING}
          : type == TOK_NUMBER ? uint16_t{ORL_TYPE_NUMBER}
                               : static_cast<uint16_t>(type);
 }

@@ -208,7 +208,8 @@ bool CheckByName(ParseState &state, const ExprItem *function, const ParamRecord 
 }
 
 bool CheckModifier(ParseState &state, const ExprItem *function, CallForm form) {
-  constexpr uint16_t kTakesModifier = ORL_FUNC_MODIFIER | 2 | ORL_FUNC_NEEDS_DISTINCT;
+  constexpr uint16_t kModifierToo = 2;  // the same as ORL_FUNC_MODIFIER
+  constexpr uint16_t kTakesModifier = ORL_FUNC_MODIFIER | kModifierToo | ORL_FUNC_NEEDS_DISTINCT;
   const bool needsDistinct = (function->itemFlags & ORL_FUNC_NEEDS_DISTINCT) != 0;
   if (form == kCallModifier) {
     if ((function->itemFlags & kTakesModifier) == 0) {
@@ -255,7 +256,7 @@ bool CheckCall(ParseState &state, const ExprItem *function, const CallDraft &cal
       return FailAt(state, MismatchOf(expected.type), argument);
     }
     const ParamRecord parameter = ParameterAt(function, expected.row);
-    if (parameter.mode == 1 && !CheckByName(state, function, parameter, argument)) {
+    if (IsByName(parameter) && !CheckByName(state, function, parameter, argument)) {
       return false;
     }
   }
@@ -387,7 +388,9 @@ int16_t TypeOfSet(ParseState &state, uint32_t first, uint32_t count) {
   for (uint32_t i = 1; i < count; ++i) {
     const DraftNode &member = Listed(state, first + i);
     if (member.dataType != common) {
-      FailAt(state, member.dataType < 255 ? ORL_ERR_RANGETYPE : ORL_ERR_KEYWORD, member);
+      // Type 255 itself is a value's, but the message for it is that for keywords.
+      const bool isValue = member.dataType < kLastValueType;
+      FailAt(state, isValue ? ORL_ERR_RANGETYPE : ORL_ERR_KEYWORD, member);
       return kNoType;
     }
   }
@@ -427,7 +430,7 @@ bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function) {
   const ExprNode *argument = FirstChild(call);
   for (int32_t i = 0; i < count && i < function->paramCount; ++i) {
     const Expectation expected = ExpectedOf(function, i, count, typeOf);
-    if (ItemParameters(function)[i].mode != 1 && !TypeFits(expected.type, NodeType(argument))) {
+    if (!IsByName(ItemParameters(function)[i]) && !TypeFits(expected.type, NodeType(argument))) {
       return false;
     }
     argument = NextSibling(argument);

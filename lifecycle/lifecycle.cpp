@@ -20,7 +20,7 @@ void FreeExpressions(EC ec) {
 }
 
 void FreeTexts(EC ec) {
-  for (int32_t i = 0; i < 3; ++i) {
+  for (int32_t i = 0; i < kDateForms; ++i) {
     ReplaceBlock(ec->pictures[i]);
     ReplaceBlock(ec->dateConvert[i]);
   }

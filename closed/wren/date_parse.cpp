@@ -119,16 +119,19 @@ bool IsSameNoCase(std::string_view name, const char *word) {
   return CopyText(name, copy) && WRENStrEqualNoCase(copy, word) != 0;
 }
 
+constexpr int32_t kMonths = 12;
+constexpr int32_t kMonthNames = 2 * kMonths;  // of a list: the whole ones, then abbreviations
+
 // The month of a name of the list, whole or abbreviated as the list has it; 0 for none. Some
 // languages end abbreviations with a point, which is not part of the word.
 int32_t MonthOfName(const char *list, const char *word) {
-  for (int32_t i = 0; i < 24; ++i) {
+  for (int32_t i = 0; i < kMonthNames; ++i) {
     std::string_view name = NameOfList(list, i);
     if (name.size() > 1 && name.back() == '.') {
       name.remove_suffix(1);
     }
     if (IsSameNoCase(name, word)) {
-      return i % 12 + 1;
+      return i % kMonths + 1;
     }
   }
   return 0;
@@ -137,7 +140,7 @@ int32_t MonthOfName(const char *list, const char *word) {
 // The only month whose name begins with the word; 0 for none or several.
 int32_t MonthOfBeginning(const char *list, const char *word) {
   int32_t found = 0;
-  for (int32_t i = 0; i < 12; ++i) {
+  for (int32_t i = 0; i < kMonths; ++i) {
     if (IsSameNoCase(NameOfList(list, i).substr(0, strlen(word)), word)) {
       if (found != 0) {
         return 0;

@@ -43,7 +43,7 @@ Nfa NfaOfRules(int32_t *start) {
   *start = 0;
   for (const TokenRuleRow &row : kTokenRules) {
     const int32_t first = AddRule(nfa, definitions, row.rule, row.pattern);
-    nfa.states[0].freeTargets.push_back(first);
+    nfa.states[0].epsilonTargets.push_back(first);
   }
   return nfa;
 }
@@ -79,7 +79,7 @@ Row Closure(const Nfa &nfa, Row states) {
     }
     seen[static_cast<size_t>(state)] = true;
     result.push_back(state);
-    const Row &targets = nfa.states[static_cast<size_t>(state)].freeTargets;
+    const Row &targets = nfa.states[static_cast<size_t>(state)].epsilonTargets;
     states.insert(states.end(), targets.begin(), targets.end());
   }
   std::sort(result.begin(), result.end());

@@ -48,7 +48,7 @@ int32_t NewState(Nfa &nfa) {
 }
 
 void Join(Nfa &nfa, int32_t from, int32_t to) {
-  nfa.states[static_cast<size_t>(from)].freeTargets.push_back(to);
+  nfa.states[static_cast<size_t>(from)].epsilonTargets.push_back(to);
 }
 
 Fragment OneByte(Nfa &nfa, const ByteSet &bytes) {
@@ -122,7 +122,7 @@ Fragment ReadQuoted(PatternReader &reader) {
 Fragment ReadDefinition(PatternReader &reader) {
   const size_t end = reader.text.find('}', reader.at);
   if (end == std::string_view::npos) {
-    Fail(reader, "no } behind the name");
+    Fail(reader, "missing } after the name");
   }
   const auto found = reader.definitions.find(reader.text.substr(reader.at, end - reader.at));
   if (found == reader.definitions.end()) {
@@ -148,7 +148,7 @@ Fragment ReadMark(PatternReader &reader) {
 Fragment ReadGroup(PatternReader &reader) {
   const Fragment result = ReadChoice(reader);
   if (Take(reader) != ')') {
-    Fail(reader, "no ) behind the group");
+    Fail(reader, "missing ) after the group");
   }
   return result;
 }

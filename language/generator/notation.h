@@ -1,6 +1,6 @@
 // Translates the patterns of the token rules into a nondeterministic automaton.
-#ifndef ORLI11_LANGUAGE_MAKER_NOTATION_H
-#define ORLI11_LANGUAGE_MAKER_NOTATION_H
+#ifndef ORLI11_LANGUAGE_GENERATOR_NOTATION_H
+#define ORLI11_LANGUAGE_GENERATOR_NOTATION_H
 
 #include <bitset>
 #include <cstdint>
@@ -15,7 +15,7 @@ using ByteSet = std::bitset<256>;
 struct NfaState {
   ByteSet bytes;
   int32_t byteTarget = -1;
-  std::vector<int32_t> freeTargets;
+  std::vector<int32_t> epsilonTargets;
   int32_t rule = -1;  // the rule that has matched here
   bool mark = false;
 };
