@@ -10,8 +10,6 @@
 
 namespace {
 
-enum ErrorControl : int32_t { kErrorText = 200, kErrorMessage = 201, kErrorOk = 202 };
-
 constexpr char kHelpKey[] = "Error messages";
 
 // What the box shows; one box at a time.

@@ -106,9 +106,9 @@ void OrlFollowContext(EditorState &editor) {
     return;
   }
   HEXP current = OrlCurrentExpression(editor);
-  const bool free =
+  const bool renamable =
       current == nullptr || ORLIsNamedFormulaUsed(editor.ec, current->entry.name) == 0;
-  EnableItem(editor.dialog, kEditName, free);
-  EnableItem(editor.dialog, kLabelName, free);
+  EnableItem(editor.dialog, kEditName, renamable);
+  EnableItem(editor.dialog, kLabelName, renamable);
   OrlSetTitle(editor);  // the text of a removed expression stays in the edits, as a new text
 }

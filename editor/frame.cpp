@@ -55,7 +55,7 @@ void ListCommand(const Command &command) {
   if (command.notification == ORL_LBN_DBLCLK) {
     OrlInsertItem(command.editor, ItemOf(command.editor.dialog, command.id));
   } else if (command.notification == ORL_LBN_SELCHANGE && command.id == kListItems) {
-    OrlSyncValuesButton(command.editor, 1);
+    OrlSyncValuesButton(command.editor, kListingNew);
   } else if (command.notification == ORL_LBN_SELCHANGE && command.id == kListFormulas) {
     // By a key other than the arrows, or by a screen reader.
     OrlFollowRow(command.editor, command.editor.textViewWindow != nullptr);

@@ -1,5 +1,6 @@
 // Insertion into the text: picks from the lists, the buttons, the values, and brackets.
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "editor/editor.h"
@@ -69,12 +70,12 @@ void InsertFunction(const EditorState &editor, const char *name) {
   }
   const bool distinct = (function->itemFlags & ORL_FUNC_NEEDS_DISTINCT) != 0;
   const bool bracket = function->firstOptional == 0 && function->optionalCount != 0;
-  const int32_t ahead = WRENStrLen("(") + (distinct ? WRENStrLen("DISTINCT ") : 0) +
-                        (bracket ? WRENStrLen("[") : 0) + WRENStrLen(" ");
+  const int32_t prefix = WRENStrLen("(") + (distinct ? WRENStrLen("DISTINCT ") : 0) +
+                         (bracket ? WRENStrLen("[") : 0) + WRENStrLen(" ");
   const int32_t label = function->paramCount > 0 ? WRENStrLen(OrlParameterLabel(function, 0)) : 0;
   const int32_t at = OrlInsertText(editor, text.get(), WRENStrLen(text.get()));
   if (at >= 0 && label > 0) {
-    const int32_t start = at + WRENStrLen(name) + ahead;
+    const int32_t start = at + WRENStrLen(name) + prefix;
     Select(ItemOf(editor.dialog, kEditText), start, start + label);
   }
 }
@@ -126,6 +127,7 @@ void OrlInsertName(EditorState &editor, int32_t list, const char *name) {
 }
 
 int32_t OrlInsertText(const EditorState &editor, const char *text, int32_t length) {
+  assert(text != nullptr && length >= 0);
   OrlWindow edit = ItemOf(editor.dialog, kEditText);
   const OwnedText oldText = TextOfWindow(edit);
   if (oldText == nullptr) {
@@ -135,8 +137,8 @@ int32_t OrlInsertText(const EditorState &editor, const char *text, int32_t lengt
   const int32_t oldLength = WRENStrLen(old);
   const Selection selection = SelectionIn(edit, oldLength);
   const auto [before, tail] = SurroundingsFor(editor, old, selection);
-  const int32_t behind = oldLength - selection.end;
-  const int64_t size = int64_t{selection.start} + WRENStrLen(before) + length + behind +
+  const int32_t rest = oldLength - selection.end;
+  const int64_t size = int64_t{selection.start} + WRENStrLen(before) + length + rest +
                        (tail == nullptr ? 0 : 1 + WRENStrLen(tail)) + 1;
   const OwnedText fresh = size > INT32_MAX ? nullptr : Allocate<char>(static_cast<uint64_t>(size));
   if (fresh == nullptr) {
@@ -146,7 +148,7 @@ int32_t OrlInsertText(const EditorState &editor, const char *text, int32_t lengt
   at = Put(at, before, WRENStrLen(before));
   const auto start = static_cast<int32_t>(at - fresh.get());
   at = Put(at, text, length);
-  at = Put(at, old + selection.end, behind);
+  at = Put(at, old + selection.end, rest);
   if (tail != nullptr) {
     Put(Put(at, " ", 1), tail, WRENStrLen(tail));
   }

@@ -1,4 +1,6 @@
 // What the editor works on: the expression that it shows, and the mode.
+#include <cassert>
+
 #include "editor/editor.h"
 #include "editor/editor_text.h"
 #include "editor/mode_texts.h"
@@ -47,19 +49,20 @@ void OrlShowCurrent(EditorState &editor) {
   } else {
     ShowNewText(editor);
   }
-  OrlSyncValuesButton(editor, 0);
+  OrlSyncValuesButton(editor, kListingMore);
   OrlClearModified(editor);
   OrlSetTitle(editor);
   OrlEnableEditButtons(editor);
 }
 
-void OrlSetMode(EditorState &editor, int32_t target, bool interactive) {
-  if (target == kModeTexts[editor.editorMode].optionButton ||
+void OrlSetMode(EditorState &editor, int32_t optionButton, bool interactive) {
+  assert(optionButton >= kOptionFormula && optionButton <= kOptionSet);
+  if (optionButton == kModeTexts[editor.editorMode].optionButton ||
       (interactive && OrlIsModified(editor) && !OrlAskSave(editor))) {
     MarkMode(editor);
     return;
   }
-  editor.editorMode = target - kOptionFormula;
+  editor.editorMode = optionButton - kOptionFormula;
   MarkMode(editor);
   OrlWindow list = ItemOf(editor.dialog, kListFormulas);
   const int32_t row = CurrentRow(list);

@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr int32_t kNameLimit = 64;
 constexpr uint32_t kErrorDelay = 1000;  // milliseconds
 
 struct Interception {
@@ -209,7 +208,7 @@ void OrlOpenDialog(EditorState &editor) {
   if (editor.record->textLimit != 0) {
     Send(ItemOf(editor.dialog, kEditText), ORL_EM_LIMITTEXT, editor.record->textLimit);
   }
-  Send(ItemOf(editor.dialog, kEditName), ORL_EM_LIMITTEXT, kNameLimit);
+  Send(ItemOf(editor.dialog, kEditName), ORL_EM_LIMITTEXT, kItemNameSize - 1);
   FocusItem(editor.dialog, kEditText);
   editor.textViewWindow = nullptr;
   editor.valuesWindow = nullptr;

@@ -1,4 +1,6 @@
 // The state of the editor: which one is open, what it shows, and properties of expressions.
+#include <cassert>
+
 #include "editor/editor.h"
 #include "engine/context.h"
 #include "engine/expressions.h"
@@ -7,7 +9,8 @@
 namespace {
 
 // The state of the editor that this thread has open, on the stack of its entry; null without one.
-// No more is thread-local, as a library that is loaded late has little space for thread-local data.
+// Besides it only the record of the error box, which opens without an editor too, is thread-local:
+// a library that is loaded late has little space for such data.
 thread_local EditorState *openEditor;
 
 }  // namespace
@@ -21,6 +24,7 @@ bool EditorIsOpen() {
 }
 
 void SetOpenEditor(EditorState *editor) {
+  assert((editor == nullptr) != (openEditor == nullptr));
   openEditor = editor;
 }
 

@@ -9,6 +9,7 @@
 //   2           1               0         ( T , T [,Any...] )    a tail of any length
 //   2           0               2         ([ T , T ] )           all or none
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "editor/editor.h"
@@ -109,6 +110,7 @@ int32_t OrlTemplateLength(const ExprItem *item) {
 }
 
 bool OrlBuildTemplate(char *buffer, int32_t size, const ExprItem *item) {
+  assert(size > 0 && strnlen(buffer, static_cast<size_t>(size)) < static_cast<size_t>(size));
   const auto before = static_cast<int32_t>(std::strlen(buffer));
   BoundedText text = {buffer, size, before};
   WriteTemplate(text, item);

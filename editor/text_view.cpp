@@ -8,9 +8,6 @@
 
 namespace {
 
-// The view's edit and its own procedure; one view at a time.
-thread_local OrlWindowProc ownEditProc;
-
 void ShowExpression(const EditorState &editor, OrlWindow view, HEXP exp) {
   const EditorText title = LoadText(kModeTexts[KindOfExpression(exp)].viewTitle);
   const int32_t nameSize = ORLGetExpressionNameLength(editor.ec, exp) + 1;
@@ -77,7 +74,8 @@ intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam, in
   EditorState &editor = *open;
   switch (message) {
     case ORL_WM_INITDIALOG:
-      ownEditProc = Windows()->SetWindowProc(ItemOf(window, kEditView), ViewEditSubProc);
+      editor.textViewEditProc =
+          Windows()->SetWindowProc(ItemOf(window, kEditView), ViewEditSubProc);
       Windows()->ShowWindow(window, 1);
       return 1;
     case kMessageShowExpression:
@@ -99,8 +97,9 @@ intptr_t OrlViewTextDlgProc(void *window, uint32_t message, uintptr_t wParam, in
 }
 
 intptr_t ViewEditSubProc(void *window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  if (OpenEditor() == nullptr || IsKeptFromReadOnly(message, wParam)) {
+  const EditorState *const editor = OpenEditor();
+  if (editor == nullptr || IsKeptFromReadOnly(message, wParam)) {
     return 0;
   }
-  return Windows()->CallWindowProc(ownEditProc, window, message, wParam, lParam);
+  return Windows()->CallWindowProc(editor->textViewEditProc, window, message, wParam, lParam);
 }

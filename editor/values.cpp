@@ -16,9 +16,6 @@
 
 namespace {
 
-// The title of the dialog without an item; one dialog at a time.
-thread_local char baseTitle[kLabelSize];
-
 // ---- Literals -----------------------------------------------------------------------------------
 
 OwnedText DateLiteral(const EditorState &editor, const char *text) {
@@ -91,22 +88,22 @@ void PlaceWindow(const EditorState &editor, OrlWindow window) {
   windows.MoveWindow(window, x, y, width, height);
 }
 
-void Open(const EditorState &editor, OrlWindow window) {
-  Windows()->GetWindowText(window, baseTitle, sizeof baseTitle);
+void Open(EditorState &editor, OrlWindow window) {
+  Windows()->GetWindowText(window, editor.valuesTitle, sizeof editor.valuesTitle);
   PlaceWindow(editor, window);
   Windows()->ShowWindow(window, 1);
 }
 
 void TakeItem(EditorState &editor, OrlWindow window, const char *name) {
   editor.itemValueType = name != nullptr ? InputDataType(editor.ec, name) : -1;
-  if (name == nullptr || name[0] == '\0' || !SetJoinedTitle(window, name, baseTitle)) {
-    Windows()->SetWindowText(window, baseTitle);
+  if (name == nullptr || name[0] == '\0' || !SetJoinedTitle(window, name, editor.valuesTitle)) {
+    Windows()->SetWindowText(window, editor.valuesTitle);
   }
 }
 
 void Close(EditorState &editor, OrlWindow window) {
   editor.valuesWindow = nullptr;
-  OrlSyncValuesButton(editor, 0);
+  OrlSyncValuesButton(editor, kListingMore);
   Windows()->DestroyWindow(window);
 }
 
@@ -135,7 +132,7 @@ void OrlQuoteString(char *target, const char *text) {
   *target = '\0';
 }
 
-void OrlFillValues(EditorState &editor, int32_t first) {
+void OrlFillValues(EditorState &editor, ValuesListing listing) {
   OrlWindow items = ItemOf(editor.dialog, kListItems);
   const OwnedText name = TextOfRow(items, CurrentRow(items));
   if (name == nullptr || editor.valuesWindow == nullptr) {
@@ -144,7 +141,7 @@ void OrlFillValues(EditorState &editor, int32_t first) {
   SendText(editor.valuesWindow, kMessageTakeItem, 0, name.get());
   OrlWindow list = ItemOf(editor.valuesWindow, kListValues);
   CallHost(
-      [&] { editor.ec->listValuesProc(editor.ec, name.get(), list, first, &editor.valuesMore); });
+      [&] { editor.ec->listValuesProc(editor.ec, name.get(), list, listing, &editor.valuesMore); });
   OrlFollowContext(editor);
 }
 
@@ -153,7 +150,7 @@ void OrlOpenValues(EditorState &editor) {
     return;
   }
   if (editor.valuesWindow != nullptr) {
-    OrlFillValues(editor, 0);
+    OrlFillValues(editor, kListingMore);
     EnableItem(editor.dialog, kButtonValues, false);
     return;
   }
@@ -162,13 +159,13 @@ void OrlOpenValues(EditorState &editor) {
   if (editor.valuesWindow == nullptr) {
     return;
   }
-  OrlFillValues(editor, 1);
+  OrlFillValues(editor, kListingNew);
   if (editor.valuesMore == 0) {
     EnableItem(editor.dialog, kButtonValues, false);
   }
 }
 
-void OrlSyncValuesButton(EditorState &editor, int32_t first) {
+void OrlSyncValuesButton(EditorState &editor, ValuesListing listing) {
   if (editor.ec->listValuesProc == nullptr) {
     return;
   }
@@ -176,7 +173,7 @@ void OrlSyncValuesButton(EditorState &editor, int32_t first) {
   EnableItem(editor.dialog, kButtonValues, hasRow);
   OrlCaptionValues(editor);
   if (hasRow && editor.valuesWindow != nullptr) {
-    OrlFillValues(editor, first);
+    OrlFillValues(editor, listing);
     if (editor.valuesMore == 0) {
       EnableItem(editor.dialog, kButtonValues, false);
     }

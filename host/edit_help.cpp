@@ -107,9 +107,11 @@ struct ControlRow {
   const char *heading;
 };
 constexpr ControlRow kControls[] = {
-    {133, 133, "Values of the data"},          {134, 136, "Ranges and sets"},
-    {114, 118, "The formulas that are there"}, {101, 101, "The formulas that are there"},
-    {100, 131, "Building a formula"},
+    {ORL_EDITOR_VALUES, ORL_EDITOR_VALUES, "Values of the data"},
+    {ORL_EDITOR_FORMULA_MODE, ORL_EDITOR_SET_MODE, "Ranges and sets"},
+    {ORL_EDITOR_FORMULAS, ORL_EDITOR_SHOW_TEXT, "The formulas that are there"},
+    {ORL_EDITOR_NAME, ORL_EDITOR_NAME, "The formulas that are there"},
+    {ORL_EDITOR_TEXT, ORL_EDITOR_CLEAR, "Building a formula"},
 };
 
 HelpPage PageOfControl(int32_t control) {

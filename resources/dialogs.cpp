@@ -3,6 +3,8 @@
 #include <cstring>
 #include <iterator>
 
+#include "resources/control_ids.h"
+
 namespace {
 
 constexpr OrlControlKind kLabel = ORL_CONTROL_LABEL;
@@ -28,85 +30,86 @@ constexpr uint32_t kDefault = ORL_STYLE_DEFAULT;
 
 // clang-format off
 constexpr OrlControl kEditorControls[] = {
-    {-1,  kLabel,  0, "FORMULA_TEXT", 0, 0, 0, 0},  // the edit's name for screen readers
-    {100, kEdit,   kScrolls | kKeepsSelection, "", -1, -1, 301, 45},
+    // The name of the edit for screen readers.
+    {kNoControl,        kLabel,  0, "FORMULA_TEXT", 0, 0, 0, 0},
+    {kEditText,         kEdit,   kScrolls | kKeepsSelection, "", -1, -1, 301, 45},
 
-    {138, kLabel,  kCentered, "Editor &Mode", 126, 46, 51, 8},
-    {134, kOption, kGroup, "Formula|formula|0x00c0c0c0", 105, 57, 31, 24},
-    {135, kOption, 0,      "Range|range|0x00c0c0c0",     136, 57, 31, 24},
-    {136, kOption, 0,      "Set|set|0x00c0c0c0",         167, 57, 31, 24},
+    {kLabelMode,        kLabel,  kCentered, "Editor &Mode", 126, 46, 51, 8},
+    {kOptionFormula,    kOption, kGroup, "Formula|formula|0x00c0c0c0", 105, 57, 31, 24},
+    {kOptionRange,      kOption, 0,      "Range|range|0x00c0c0c0",     136, 57, 31, 24},
+    {kOptionSet,        kOption, 0,      "Set|set|0x00c0c0c0",         167, 57, 31, 24},
 
     // The label and the list of the formulas are moved when the mode buttons are shown.
-    {-1,  kLabel,  kCentered, "Data &Items", 26, 46, 51, 8},
-    {106, kList,   kSorted,   "",             9, 57, 81, 85},
-    {137, kLabel,  kCentered, "Form&ulas",  126, 46, 51, 8},
-    {114, kList,   kSorted | kOwnerDraw, "", 106, 57, 89, 85},
-    {-1,  kLabel,  kCentered, "&Functions", 223, 46, 51, 8},
-    {107, kList,   kSorted,   "",           208, 57, 79, 85},
+    {kNoControl,        kLabel,  kCentered, "Data &Items", 26, 46, 51, 8},
+    {kListItems,        kList,   kSorted,   "",             9, 57, 81, 85},
+    {kLabelFormulas,    kLabel,  kCentered, "Form&ulas",  126, 46, 51, 8},
+    {kListFormulas,     kList,   kSorted | kOwnerDraw, "", 106, 57, 89, 85},
+    {kNoControl,        kLabel,  kCentered, "&Functions", 223, 46, 51, 8},
+    {kListFunctions,    kList,   kSorted,   "",           208, 57, 79, 85},
 
-    {-1,  kFrame,  0,      "Edit",    9, 138, 60, 75},
-    {103, kButton, kGroup, "Cu&t",   25, 147, 26, 14},
-    {102, kButton, 0,      "&Copy",  25, 163, 26, 14},
-    {104, kButton, 0,      "&Paste", 25, 179, 26, 14},
-    {131, kButton, 0,      "C&lear", 25, 195, 26, 14},
+    {kNoControl,        kFrame,  0,      "Edit",    9, 138, 60, 75},
+    {kButtonCut,        kButton, kGroup, "Cu&t",   25, 147, 26, 14},
+    {kButtonCopy,       kButton, 0,      "&Copy",  25, 163, 26, 14},
+    {kButtonPaste,      kButton, 0,      "&Paste", 25, 179, 26, 14},
+    {kButtonClear,      kButton, 0,      "C&lear", 25, 195, 26, 14},
 
-    {117, kButton, 0, "&Select Formula",             106, 145, 90, 14},
-    {118, kButton, 0, "S&how Formula Text...",       106, 161, 90, 14},
-    {132, kButton, 0, "&Apply changes",              106, 177, 90, 14},
-    {133, kButton, 0, "Data Item &Values Dialog...", 106, 177, 90, 14},
-    {115, kLabel,  kCentered, "For&mula Name",       104, 193, 93, 10},
-    {101, kEdit,   kGroup, "",                        80, 205, 139, 12},
+    {kButtonSelect,     kButton, 0, "&Select Formula",             106, 145, 90, 14},
+    {kButtonShowText,   kButton, 0, "S&how Formula Text...",       106, 161, 90, 14},
+    {kButtonApply,      kButton, 0, "&Apply changes",              106, 177, 90, 14},
+    {kButtonValues,     kButton, 0, "Data Item &Values Dialog...", 106, 177, 90, 14},
+    {kLabelName,        kLabel,  kCentered, "For&mula Name",       104, 193, 93, 10},
+    {kEditName,         kEdit,   kGroup, "",                        80, 205, 139, 12},
 
-    {1,   kButton, kDefault, "OK",  9, 225, 42, 14},
-    {2,   kButton, 0, "Cancel",    57, 225, 42, 14},
-    {116, kButton, 0, "&Delete",  105, 225, 42, 14},
-    {105, kButton, 0, "(...)",    153, 225, 42, 14},
+    {kButtonOk,         kButton, kDefault, "OK",  9, 225, 42, 14},
+    {kButtonCancel,     kButton, 0, "Cancel",    57, 225, 42, 14},
+    {kButtonDelete,     kButton, 0, "&Delete",  105, 225, 42, 14},
+    {kButtonWrap,       kButton, 0, "(...)",    153, 225, 42, 14},
 
-    {113, kFrame,  0, "Operators", 232, 138, 51, 38},
-    {108, kButton, kGroup, "+", 242, 151, 14, 11},
-    {109, kButton, 0,      "-", 258, 151, 14, 11},
-    {110, kButton, 0,      "*", 242, 163, 14, 11},
-    {111, kButton, 0,      "/", 258, 163, 14, 11},
-    {112, kButton, 0,      "||", 250, 174, 14, 11},
+    {kGroupOperators,   kFrame,  0, "Operators", 232, 138, 51, 38},
+    {kButtonPlus,       kButton, kGroup, "+", 242, 151, 14, 11},
+    {kButtonMinus,      kButton, 0,      "-", 258, 151, 14, 11},
+    {kButtonTimes,      kButton, 0,      "*", 242, 163, 14, 11},
+    {kButtonDivide,     kButton, 0,      "/", 258, 163, 14, 11},
+    {kButtonConcat,     kButton, 0,      "||", 250, 174, 14, 11},
 
-    {119, kFrame,  0, "Numeric Pad", 226, 188, 62, 60},
-    {127, kButton, kGroup, "7", 235, 200, 14, 11},
-    {128, kButton, 0,      "8", 250, 200, 14, 11},
-    {129, kButton, 0,      "9", 266, 200, 14, 11},
-    {124, kButton, 0,      "4", 235, 211, 14, 11},
-    {125, kButton, 0,      "5", 250, 211, 14, 11},
-    {126, kButton, 0,      "6", 266, 211, 14, 11},
-    {121, kButton, 0,      "1", 235, 223, 14, 11},
-    {122, kButton, 0,      "2", 250, 223, 14, 11},
-    {123, kButton, 0,      "3", 266, 223, 14, 11},
-    {120, kButton, 0,      "0", 242, 234, 14, 11},
-    {130, kButton, 0,      ".", 258, 234, 14, 11},
+    {kGroupDigits,      kFrame,  0, "Numeric Pad", 226, 188, 62, 60},
+    {kButtonDigit0 + 7, kButton, kGroup, "7", 235, 200, 14, 11},
+    {kButtonDigit0 + 8, kButton, 0,      "8", 250, 200, 14, 11},
+    {kButtonDigit9,     kButton, 0,      "9", 266, 200, 14, 11},
+    {kButtonDigit0 + 4, kButton, 0,      "4", 235, 211, 14, 11},
+    {kButtonDigit0 + 5, kButton, 0,      "5", 250, 211, 14, 11},
+    {kButtonDigit0 + 6, kButton, 0,      "6", 266, 211, 14, 11},
+    {kButtonDigit0 + 1, kButton, 0,      "1", 235, 223, 14, 11},
+    {kButtonDigit0 + 2, kButton, 0,      "2", 250, 223, 14, 11},
+    {kButtonDigit0 + 3, kButton, 0,      "3", 266, 223, 14, 11},
+    {kButtonDigit0,     kButton, 0,      "0", 242, 234, 14, 11},
+    {kButtonPoint,      kButton, 0,      ".", 258, 234, 14, 11},
 
     // Reaches below the dialog, which cuts it off.
-    {139, kEdit,   kLines | kNoTab | kReadOnly, "", -1, 255, 301, 28},
+    {kEditStatus,       kEdit,   kLines | kNoTab | kReadOnly, "", -1, 255, 301, 28},
 };
 
 constexpr OrlControl kTextViewControls[] = {
-    {100, kEdit, kScrolls | kReadOnly, "", -1, -1, 182, 52},
+    {kEditView,     kEdit, kScrolls | kReadOnly, "", -1, -1, 182, 52},
 };
 
 constexpr OrlControl kValuesControls[] = {
-    {-1,  kLabel, 0, "Values", 0, 0, 0, 0},
-    {100, kList, kSorted, "", 5, 5, 90, 60},
+    {kNoControl,    kLabel, 0, "Values", 0, 0, 0, 0},
+    {kListValues,   kList, kSorted, "", 5, 5, 90, 60},
 };
 
 constexpr OrlControl kErrorControls[] = {
-    {200, kEdit,   kScrolls | kKeepsSelection | kReadOnly, "", -1, -1, 203, 39},
-    {201, kLabel,  kCentered, "", 1, 44, 200, 24},
-    {202, kButton, kDefault, "OK", 81, 71, 43, 14},
+    {kErrorText,    kEdit,   kScrolls | kKeepsSelection | kReadOnly, "", -1, -1, 203, 39},
+    {kErrorMessage, kLabel,  kCentered, "", 1, 44, 200, 24},
+    {kErrorOk,      kButton, kDefault, "OK", 81, 71, 43, 14},
 };
 
 constexpr OrlControl kLoadErrorControls[] = {
-    {200, kEdit,   kScrolls | kKeepsSelection | kReadOnly, "", -1, -1, 203, 39},
-    {201, kLabel,  kCentered, "", 1, 44, 200, 24},
-    {202, kButton, kDefault, "OK", 80, 114, 43, 14},
-    {-1,  kLabel,  kCentered, "The above error occured while loading, please correct the error to "
-                              "continue loading formulas.", 1, 79, 200, 25},
+    {kErrorText,    kEdit,   kScrolls | kKeepsSelection | kReadOnly, "", -1, -1, 203, 39},
+    {kErrorMessage, kLabel,  kCentered, "", 1, 44, 200, 24},
+    {kErrorOk,      kButton, kDefault, "OK", 80, 114, 43, 14},
+    {kNoControl,    kLabel,  kCentered, "The above error occured while loading, please correct "
+                                       "the error to continue loading formulas.", 1, 79, 200, 25},
 };
 
 constexpr char kFont[] = "MS SANS SERIF";

@@ -135,6 +135,24 @@ enum {
  * button of a modal dialog. */
 enum { ORL_ID_OK = 1, ORL_ID_CANCEL = 2 };
 
+/* Controls of the formula editor, as in `control` of OrlHelp. The other ids from ORL_EDITOR_TEXT to
+ * ORL_EDITOR_CLEAR are labels, and buttons that edit the text or insert into it. */
+enum {
+  ORL_EDITOR_TEXT = 100,      /* the text of the formula */
+  ORL_EDITOR_NAME = 101,      /* its name */
+  ORL_EDITOR_ITEMS = 106,     /* the list of input items and keywords */
+  ORL_EDITOR_FUNCTIONS = 107, /* the list of functions */
+  ORL_EDITOR_FORMULAS = 114,  /* the list of formulas, and what acts on its row: */
+  ORL_EDITOR_DELETE = 116,
+  ORL_EDITOR_SELECT = 117,
+  ORL_EDITOR_SHOW_TEXT = 118,
+  ORL_EDITOR_CLEAR = 131,        /* deletes the selected text */
+  ORL_EDITOR_VALUES = 133,       /* opens the values of the selected item */
+  ORL_EDITOR_FORMULA_MODE = 134, /* the three modes */
+  ORL_EDITOR_RANGE_MODE = 135,
+  ORL_EDITOR_SET_MODE = 136
+};
+
 /* Messages to an edit. */
 enum {
   ORL_EM_GETSEL = 176,    /* wParam, lParam: int32_t * for start and end, or null */
@@ -225,7 +243,7 @@ enum {
 typedef struct {
   uint32_t size;
   OrlWindow dialog;    /* of the user */
-  int32_t control;     /* the id of the control that has the focus, or 0 */
+  int32_t control;     /* the id of the control that has the focus, or 0; ORL_EDITOR_... */
   int32_t number;      /* of the page, or 0 with a key */
   const char *key;     /* the selected function, "Error messages", or null */
   const char *message; /* of a message box: its text, else empty */
