@@ -1,6 +1,6 @@
 #!/bin/bash
 # api.sh [FOLDER] - makes the reference of the public headers, FOLDER/index.html or docs/api/index.html,
-# with Doxygen; what is not described is an error.
+# with Doxygen; a declaration without a description is an error.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/install.sh reference

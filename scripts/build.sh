@@ -1,6 +1,6 @@
 #!/bin/bash
 # build.sh PRESET [-DNAME=VALUE...] [TARGET...] - configures one preset of CMakePresets.json and
-# builds it, or only these targets; says what it leaves out and what goes wrong, nothing else.
+# builds it, or only these targets; prints only what it leaves out, warnings and errors.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=$1

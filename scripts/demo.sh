@@ -3,15 +3,15 @@
 # editor. Each command is shown before it runs.
 cd "$(dirname "$0")/.." || exit 1
 program=$(realpath "$1")
-# Texts as they come, the same on every machine.
+# The C locale, so that the output is the same everywhere.
 export LC_ALL=C
-# The demo's files are written to a temporary folder, where the data is too.
+# The demo writes its files to a temporary folder with a link to the data.
 folder=$(mktemp -d)
 trap 'rm -r "$folder"' EXIT
 ln -s "$PWD/data" "$folder/data"
 cd "$folder" || exit 1
 
-# A word as users write it: NAME='TEXT', in double quotes if it contains single ones.
+# A word as users type it: NAME='TEXT', in double quotes if it contains single ones.
 quoted() {
   local name="" text=$1
   if [[ $1 =~ ^([a-z_]+=)(.*)$ ]]; then
@@ -24,7 +24,7 @@ quoted() {
   printf %s "$name$text"
 }
 
-# The command as one would type it, a formula a line.
+# The command as users type it, one formula per line.
 command_of() {
   local shown="" word
   for word in "$@"; do
@@ -48,7 +48,7 @@ run_line() {
 }
 
 if [ "${2-}" = --edit ]; then
-  # The user's own letters, not ASCII alone.
+  # The editor takes all letters, not only ASCII.
   export LC_ALL=C.UTF-8
   run_line "orli edit weather.store data/weather.csv --values weather" || exit
   if [ -e weather.store ]; then

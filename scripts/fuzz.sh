@@ -9,7 +9,7 @@ scripts/install.sh build check
 scripts/build.sh fuzz
 
 fuzz=build/fuzz
-# No limit for one allocation but that of the targets themselves.
+# A single allocation is limited only by the targets themselves.
 options=(-timeout=10 -rss_limit_mb=2048 -malloc_limit_mb=2048)
 mkdir -p "$fuzz/findings"
 
@@ -20,7 +20,7 @@ run() {
     "$fuzz/corpus/$1" "$fuzz/seeds/$1" >"$fuzz/$1.log" 2>&1
 }
 
-# What a target has found, and how to see it again.
+# What a target has found, and how to reproduce it.
 report() {
   local log=$fuzz/$1.log file
   grep -aE -A12 'ERROR:|runtime error:|does not hold' "$log" || tail -n 20 "$log"
@@ -29,7 +29,7 @@ report() {
   [ -z "$file" ] || echo "Reproduce it with: $fuzz/bin/fuzz_$1 ${options[*]} $file"
 }
 
-# All at once.
+# In parallel.
 declare -A running
 for target in block_reader formula; do
   run "$target" &

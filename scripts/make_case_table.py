@@ -4,12 +4,13 @@
     python3 scripts/make_case_table.py > closed/wren/casemap_table.h
 
 The mappings are the simple ones of the Unicode character data that keep the count of UTF-8 bytes,
-so that a text can change case in place. Title forms are in the table where they are not capitals.
+so that a text can change case in place. Title forms are in the table if they differ from the capitals.
 
     python3 scripts/make_case_table.py --list cp1252|cp932|utf-8
 
 prints every character of a code page that has case instead, one "bytes upper lower title" in
-hexadecimal per line behind a line with the version of the data; the tests compare the library with that list.
+hexadecimal per line after a line with the version of the data; the tests compare the library with
+that list.
 """
 import itertools
 import sys
@@ -17,7 +18,7 @@ import unicodedata
 
 
 def simple_upper(char):
-    """The simple mapping; where str.upper gives several characters the title case has it."""
+    """The simple mapping; if str.upper returns several characters, str.title returns it."""
     for mapped in (char.upper(), char.title()):
         if len(mapped) == 1:
             return mapped

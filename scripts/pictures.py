@@ -1,6 +1,6 @@
-"""pictures.py FOLDER [NAME...] - the editor in its three modes, its boxes, the values of the data, what
-helps while people write, dark colours and a small screen, each as a picture of its windows, over
-data/weather.csv; with names those alone."""
+"""pictures.py FOLDER [NAME...] - takes pictures of the editor over data/weather.csv: its three modes,
+its boxes, the values of the data, completion, checks and help, dark colours and a small screen; with
+names only those."""
 
 import pathlib
 import subprocess
@@ -17,7 +17,7 @@ DATA = ROOT / "data/weather.csv"
 FORMULAS = ("mean=(temp_max + temp_min) / 2", "fahrenheit=mean() * 9 / 5 + 32",
             "frost=0 AND 2", "wet='rain', 'snow'")
 
-# Colours of a desktop, where Qt looks for them.
+# The colours of a desktop, in the file from which Qt reads them.
 DARK_DESKTOP = {"XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5"}
 DARK_COLORS = """[Colors:Window]
 BackgroundNormal=49,54,59

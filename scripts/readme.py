@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Puts what the demo prints into README.md: scripts/readme.py PROGRAM."""
+"""Updates the output of the demo in README.md: scripts/readme.py PROGRAM."""
 
 import pathlib
 import re

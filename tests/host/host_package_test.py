@@ -22,7 +22,7 @@ CXX = os.environ.get("ORLI_CXX", "c++")
 
 def listed_names(library):
     lines = (support.ROOT / f"cmake/exports/{library}.txt").read_text().splitlines()
-    return {line.strip() for line in lines if line and line[0] not in "#-"}
+    return {line.strip() for line in lines if line and line[0] != "#"}
 
 
 def blocks(text, language):

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares docs/architecture.md with the sources: which folder includes and calls which."""
+"""Compares docs/architecture.md with the sources, and the tests named in docs/choices.md with the tests."""
 
 import os
 import pathlib
@@ -139,6 +139,23 @@ class LayersTest(unittest.TestCase):
             if order.index(home) > order.index(layer):
                 up.append(f"{path} uses {name} of {target}")
         self.assertEqual(up, [])
+
+
+class ChoicesTest(unittest.TestCase):
+    def test_named_tests_exist(self):
+        def texts(pattern):
+            return "\n".join(path.read_text() for folder in ("tests", "bindings/python/tests")
+                             for path in sorted((ROOT / folder).rglob(pattern)))
+
+        known = {f"{suite}.{name}" for suite, name in
+                 re.findall(r"^TEST(?:_F)?\((\w+), (\w+)\)", texts("*.cpp"), re.MULTILINE)}
+        known.update(re.findall(r"def (test_\w+)", texts("*.py")))
+        known.update(re.findall(r"^## (.+)$", texts("sessions.txt"), re.MULTILINE))
+        known.update(re.findall(r"\w+_test\b", texts("CMakeLists.txt")))
+        rows = re.findall(r"^\| .* \| .* \| ([^|]+) \|$", (ROOT / "docs/choices.md").read_text(), re.MULTILINE)
+        named = [name for row in rows for name in re.findall(r"`([^`/]+)`|(?<!\*)\*([^*`]+)\*(?!\*)", row)]
+        self.assertGreater(len(named), 300)
+        self.assertEqual([plain or quoted for plain, quoted in named if (plain or quoted) not in known], [])
 
 
 if __name__ == "__main__":
