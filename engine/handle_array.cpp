@@ -56,6 +56,7 @@ void *HandleArrayLock(HandleArray array, int32_t index) {
 }
 
 void HandleArrayUnlock(HandleArray array) {
+  assert(array != nullptr);
   GlobalUnlock(array);
 }
 

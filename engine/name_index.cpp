@@ -258,6 +258,7 @@ NameKey KeyOfName(std::string_view name) {
 }
 
 void NameEntrySet(NameEntry &entry, const char *name, const NameKey &key) {
+  assert(name != nullptr && key.name == name);
   entry.name = name;
   entry.length = static_cast<uint32_t>(key.name.size());
   entry.hash = key.hash;
@@ -285,6 +286,7 @@ void NameIndexRemove(NameIndex &index, NameEntry &entry) {
 }
 
 void NameIndexMoveToEnd(NameIndex &index, NameEntry &entry) {
+  assert(index.entryCount > 0 && entry.prevSame != nullptr);
   FollowCodePage(index);
   const bool alone = NameIsAlone(entry);
   if (!alone) {
@@ -297,6 +299,7 @@ void NameIndexMoveToEnd(NameIndex &index, NameEntry &entry) {
 }
 
 void NameIndexRename(NameIndex &index, NameEntry &entry, const char *name) {
+  assert(index.entryCount > 0 && entry.prevSame != nullptr && name != nullptr);
   FollowCodePage(index);
   TakeOut(index, entry);
   SetName(index, entry, name);

@@ -1,5 +1,7 @@
 #include "persistence/pending_names.h"
 
+#include <cassert>
+
 #include "engine/context.h"
 #include "engine/items.h"
 #include "language/scanner.h"
@@ -39,6 +41,7 @@ PendingRow *PendingRowOf(PendingNames &names, std::string_view name) {
 }
 
 PendingRow *NextForwardReference(EC ec, PendingNames &names, const char *text, int32_t &offset) {
+  assert(text != nullptr && offset >= 0 && offset <= WRENStrLen(text));
   ParseState state;
   ResetParseState(state, ec, text + offset, false);
   PendingRow *dependency = nullptr;

@@ -1,6 +1,7 @@
 #include "platform/collation.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <iterator>
 
@@ -230,6 +231,7 @@ int32_t Sign(uint32_t left, uint32_t right) {
 }  // namespace
 
 int32_t CollateTexts(const char *left, const char *right, int32_t page) {
+  assert(left != nullptr && right != nullptr && page == ActiveCodePage());
   CollationWalk leftWalk = {left, page, {}};
   CollationWalk rightWalk = {right, page, {}};
   int32_t accents = 0;

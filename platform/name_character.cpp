@@ -1,6 +1,7 @@
 #include "platform/name_character.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
 
 namespace {
@@ -74,6 +75,7 @@ constexpr CodePointRange kNotInNames[] = {
 }  // namespace
 
 bool IsNameCharacter(uint32_t codePoint) {
+  assert(codePoint >= 0x80);
   const auto *range =
       std::lower_bound(std::begin(kNotInNames), std::end(kNotInNames), codePoint,
                        [](const CodePointRange &row, uint32_t point) { return row.last < point; });

@@ -1,7 +1,5 @@
 #include "platform/text.h"
 
-#include <algorithm>
-#include <cstddef>
 #include <cstring>
 
 #include "platform/collation.h"
@@ -57,31 +55,8 @@ char *lstrcatA(char *target, const char *source) {
   return target;
 }
 
-int32_t lstrlenA(const char *text) {
-  return WRENStrLen(text);
-}
-
 char *CharNextA(const char *text) {
   return WRENStrAdvance(text, 1);
-}
-
-uint32_t CharUpperBuffA(char *text, uint32_t length) {
-  if (text == nullptr) {
-    return 0;
-  }
-  uint32_t at = 0;
-  while (at < length) {
-    // One character at a time: the buffer has no terminator, only a length. A character that the
-    // end cuts through is treated as bytes without case.
-    char character[kLongestChar + 1] = {};
-    std::copy_n(text + at, std::min<size_t>(kLongestChar, length - at), character);
-    const auto bytes = std::max<std::ptrdiff_t>(1, CharNextA(character) - character);
-    character[bytes] = 0;
-    WRENStrUpper(character);
-    std::copy_n(character, bytes, text + at);
-    at += static_cast<uint32_t>(bytes);
-  }
-  return length;
 }
 
 int32_t IsCharAlphaA(char byte) {

@@ -13,13 +13,9 @@ int32_t lstrcmpiA(const char *left, const char *right);
 
 char *lstrcpyA(char *target, const char *source);
 char *lstrcatA(char *target, const char *source);
-int32_t lstrlenA(const char *text);
 
 // The next character; does not move past the terminator.
 char *CharNextA(const char *text);
-
-// Upper-cases the first `length` bytes in place.
-uint32_t CharUpperBuffA(char *text, uint32_t length);
 
 // 1 when the single byte is a letter; in UTF-8 every byte from 128 up counts as one.
 int32_t IsCharAlphaA(char byte);

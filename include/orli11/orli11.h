@@ -12,7 +12,7 @@
  * 6. Different threads may work on different contexts; one context belongs to one thread at a time.
  *    Host routines run on the caller's thread, inside the engine's call, and must not change the
  *    context that is being evaluated, walked or read into, unless its type says so. An exception
- * that one of them throws ends there, as if it had returned 0 or null.
+ *    that one of them throws ends there, as if it had returned 0 or null.
  */
 #ifndef ORLI11_H
 #define ORLI11_H
@@ -47,7 +47,8 @@ ORL_API uint32_t ORLVersion(void);
 typedef struct ExprContext *EC;  /* a context */
 typedef struct Expression *HEXP; /* a stored formula, range or set */
 
-/* Data type codes. 3 to 255 are the host's own types, larger ones are types of keywords. */
+/* Data type codes. 3 to 255 are the host's own types, except that 4 and 5 have the meanings below
+ * where a function or a parameter is declared; larger ones are types of keywords. */
 enum {
   ORL_TYPE_NUMBER = 0,
   ORL_TYPE_DATE = 1,
@@ -77,11 +78,11 @@ enum {
 
 /* `itemFlags` of a function. */
 enum {
-  ORL_FUNC_MODIFIER = 1,   /* accepts DISTINCT or ALL; 2 has the same meaning */
-  ORL_FUNC_EXPRESSION = 4, /* a parameter by name also takes an expression */
-  ORL_FUNC_EXPRESSION_UNLESS_DISTINCT = 8,
-  ORL_FUNC_NEEDS_DISTINCT = 16,
-  ORL_FUNC_ESCAPE = 32 /* extended text marks its calls */
+  ORL_FUNC_MODIFIER = 1,                   /* accepts DISTINCT or ALL; 2 has the same meaning */
+  ORL_FUNC_EXPRESSION = 4,                 /* a parameter by name also takes an expression */
+  ORL_FUNC_EXPRESSION_UNLESS_DISTINCT = 8, /* the same in calls without DISTINCT */
+  ORL_FUNC_NEEDS_DISTINCT = 16,            /* calls must contain DISTINCT */
+  ORL_FUNC_ESCAPE = 32                     /* extended text marks its calls */
 };
 
 /* `convertFlags` of ORLSetDateConvert. */
@@ -189,8 +190,7 @@ typedef struct {
 
 #pragma pack(pop)
 
-/* ---- Parameters by name and keywords ----------------------------------------------------------
- */
+/* ---- Parameters by name and keywords --------------------------------------------------------- */
 
 /* A parameter of mode 1 takes its argument by name: the argument must be a bare input item or
  * keyword, it is not evaluated, and the entry of `args` is its name as text. So a host can compute
@@ -256,19 +256,24 @@ typedef int32_t (*OrlEnumExpressionProc)(EC ec, HEXP exp, int32_t ordinal);
 typedef int32_t (*OrlDeleteProc)(EC ec, HEXP exp, ExprItem *row);
 
 /* Called before the editor deletes an expression for the user: nonzero permits, 0 refuses. `dialog`
- * is the editor's window, for the host's own questions. */
+ * is the editor's window, for the host's own questions. The routine may change the context; when it
+ * has destroyed `exp` itself, the user is not asked. */
 typedef int32_t (*OrlDelPermissionProc)(EC ec, HEXP exp, void *dialog);
 
 /* Called with the formula that ended a load and its error: out of memory, or in blocks of the
- * versions 0 and 1 any error. `text` and `error` are valid during the call. */
+ * versions 0 and 1 any error. `text` and `error` are valid during the call. It may query the
+ * context and show windows, but not change the context. */
 typedef void (*OrlErrorProc)(EC ec, const char *text, const FormulaError *error);
 
 /* Passed to the editor by a dialog framework when the user requests help: a help command, 1 with a
- * page number or 257 with a keyword (const char *) as `data`. The result is ignored. */
+ * page number or 257 with a keyword (const char *) as `data`. The result is ignored. It may show
+ * windows and change the context. */
 typedef int32_t (*OrlHelpProc)(int32_t command, intptr_t data);
 
 /* Adds the values of the input item or keyword `name` to `list`, the list control of the values
- * dialog, each as a row of text. `first` is 1 for a new listing and 0 when the user wants more; the
+ * dialog, each as a row of text, by the window system's operations (windows.h):
+ *   ORLGetWindowSystem()->SendMessage(list, ORL_LB_ADDSTRING, 0, (intptr_t)text);
+ * It may change the context. `first` is 1 for a new listing and 0 when the user wants more; the
  * list is never emptied by the engine. Sets *more to 0 when there are no more values.
  *
  * A String value that the user picks is inserted in quotes, with its own quotes doubled. Since \'
@@ -447,8 +452,8 @@ enum {
   ORL_COLUMN_DATE32 = 4,     /* int32_t[rows], days since 1970-01-01 */
   ORL_COLUMN_TIMESTAMP = 5,  /* int64_t[rows], microseconds since 1970-01-01 00:00 */
   ORL_COLUMN_TEXT = 6        /* bytes of all rows without terminators, and int32_t offsets[rows + 1]
-                                that ascend: row r is the bytes from offset r to offset r + 1, up to the
-                                first zero byte */
+                                that ascend: row r is the bytes from offset r to offset r + 1, up to
+                                the first zero byte */
 };
 
 /* The values of an input item for all rows. NUMBER, INT64, DECIMAL128 and DOUBLE are for items of
@@ -605,12 +610,12 @@ ORL_API intptr_t ORLErrorEditProc(void *window, uint32_t message, uintptr_t wPar
 
 /* ---- Function library ------------------------------------------------------------------------ */
 
-/* Adds the 46 built-in functions to a context; 1, or 0 on failure, when rows already added are
+/* Adds the built-in functions to a context; 1, or 0 on failure, when rows already added are
  * kept. */
 ORL_API int32_t FUNDefineFunctions(EC ec);
 /* The handle of the module; not null once the library is loaded. */
 ORL_API void *FUNModuleHandle(void);
-/* Notifies the engine that the settings of the system have changed. */
+/* Kept for compatibility; has no effect. WRENSetCountry changes the settings. */
 ORL_API void FUNWinIniChange(void);
 /* For function and value routines of a host: stores a string in the result block, enlarging it when
  * the string does not fit into resultSize bytes. 1, or 0 when out of memory. */

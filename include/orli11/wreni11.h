@@ -2,11 +2,11 @@
  *
  * Conventions
  * 1. Text is zero-terminated bytes in the active code page (WRENSetCodePage). A null text counts as
- * the empty text wherever a text is only read. Positions and counts of characters start at 0; a
- * character is one byte in 1252, one or two in 932, one to four in UTF-8.
+ *    the empty text wherever a text is only read. Positions and counts of characters start at 0; a
+ *    character is one byte in 1252, one or two in 932, one to four in UTF-8.
  * 2. A result of "1 or 0" is int32_t: 1 for success or yes.
  * 3. A target must be large enough for the result with its terminator; unless stated otherwise
- * target and source must not overlap.
+ *    target and source must not overlap.
  * 4. Blocks of WRENMemAlloc belong to the caller until WRENMemFree.
  * 5. Every routine may be called from any thread. WRENSetCodePage and WRENSetCountry change the
  *    whole process and belong to its set-up.
@@ -111,7 +111,8 @@ WREN_API int32_t WRENSetCodePage(int32_t codePage);
 WREN_API int32_t WRENIsDoubleByte(void);
 /* 1 when a character of more than one byte begins at the address. */
 WREN_API int32_t WRENIsLeadByteAt(const char *text);
-/* 1 when the byte (0 to 255) is a lead byte of the active double-byte code page. */
+/* The names of the next two do not say what they test. 1 when the byte (0 to 255) is a lead byte of
+ * the active double-byte code page. */
 WREN_API int32_t WRENIsAlpha(int32_t byte);
 /* 1 when the single byte (0 to 255) is a name character of the active code page: a letter, a digit,
  * in 932 a half-width katakana, in UTF-8 every byte from 128 up. */

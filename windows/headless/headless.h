@@ -36,7 +36,7 @@
  * Where the contract leaves it open
  * - Each dialog remembers which of its controls had the focus last. A dialog that opens takes the
  *   focus; what it had when it is destroyed returns to its parent. A control that is disabled or
- * hidden loses it. Labels and frames never have it.
+ *   hidden loses it. Labels and frames never have it.
  * - The program may select any bytes. What the user then types, deletes or pastes takes whole
  *   characters, a line break being one. Pasting into an edit of one line ends at a line break, and
  *   what exceeds the limit is left out, with a beep.
