@@ -191,9 +191,9 @@ void TakeRow(Worker &worker, size_t row) {
   }
 }
 
-bool ConditionsMet(const Worker &worker) {
+bool ConditionsMet(Worker &worker) {
   return std::all_of(worker.conditions.begin(), worker.conditions.end(),
-                     [&worker](const Condition &condition) {
+                     [&worker](Condition &condition) {
                        return ConditionMet(worker.session->ec.get(), condition);
                      });
 }

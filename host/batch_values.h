@@ -16,7 +16,7 @@
 #include "host/sorting.h"
 #include "host/values.h"
 
-// What the rows of a block came to.
+// The results of the rows of a block.
 struct RowBatch {
   int64_t computed = 0;             // rows that meet the conditions
   std::string text;                 // lines of the output, or keys of groups one after the other

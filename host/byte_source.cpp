@@ -1,10 +1,8 @@
 #include "host/byte_source.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 #include <zlib.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -15,6 +13,18 @@ namespace {
 
 constexpr size_t kChunk = 1 << 16;
 constexpr std::array<unsigned char, 2> kGzipMark = {0x1F, 0x8B};
+
+}  // namespace
+
+// The state of a decompression; a file may have several parts, each compressed on its own.
+struct GzipStream {
+  z_stream state = {};
+  bool ended = false;  // after a part, and no other one has begun
+  std::string error;   // at the bytes that follow
+  std::array<unsigned char, kChunk> input;
+};
+
+namespace {
 
 // Replaces a pipe by a temporary file with the same bytes, which is deleted when it is closed.
 bool SpoolToFile(ByteSource &source, std::string &error) {
@@ -33,7 +43,7 @@ bool SpoolToFile(ByteSource &source, std::string &error) {
   return good;
 }
 
-// Lets the decompressor read the file when it begins like a compressed file.
+// Creates a decompressor if the file begins like a compressed one.
 bool Decompress(ByteSource &source, std::string &error) {
   std::array<unsigned char, kGzipMark.size()> start = {};
   std::rewind(source.file.get());
@@ -42,37 +52,77 @@ bool Decompress(ByteSource &source, std::string &error) {
   if (got != start.size() || start != kGzipMark) {
     return true;
   }
-  const int descriptor = dup(fileno(source.file.get()));
-  if (descriptor >= 0 && lseek(descriptor, 0, SEEK_SET) == 0) {
-    source.gzip.reset(gzdopen(descriptor, "rb"));
+  auto gzip = std::make_unique<GzipStream>();
+  constexpr int kGzipFormat = 16;  // added to the bits of the window
+  if (inflateInit2(&gzip->state, MAX_WBITS + kGzipFormat) != Z_OK) {
+    error = source.path + ": out of memory";
+    return false;
   }
-  if (source.gzip == nullptr) {
-    error = source.path + ": cannot be decompressed: " + std::strerror(errno);
-    if (descriptor >= 0) {
-      close(descriptor);
-    }
+  source.gzip.reset(gzip.release());
+  return true;
+}
+
+// Reads on where the decompressor has no more bytes. False at the end of the file, and with a
+// message if it cannot be read or ends within compressed data.
+bool FillCompressed(ByteSource &source, std::string &error) {
+  GzipStream &gzip = *source.gzip;
+  gzip.state.next_in = gzip.input.data();
+  gzip.state.avail_in =
+      static_cast<unsigned>(std::fread(gzip.input.data(), 1, gzip.input.size(), source.file.get()));
+  if (gzip.state.avail_in != 0) {
+    return true;
   }
-  return source.gzip != nullptr;
+  if (std::ferror(source.file.get()) != 0) {
+    error = source.path + ": " + std::strerror(errno);
+  } else if (!gzip.ended) {
+    error = source.path + ": the compressed file is cut short";
+  }
+  return false;
+}
+
+// After compressed data: more of it may follow, and zeros that fill a block. Other bytes could be
+// rows of a file whose parts were joined wrongly, so they are not ignored.
+bool BeginNextPart(ByteSource &source, std::string &error) {
+  GzipStream &gzip = *source.gzip;
+  if (*gzip.state.next_in == 0) {
+    ++gzip.state.next_in;
+    --gzip.state.avail_in;
+    return true;
+  }
+  if (*gzip.state.next_in != kGzipMark[0]) {
+    error = source.path + ": other bytes follow the compressed data; gzip -dc ignores them";
+    return false;
+  }
+  gzip.ended = false;
+  return inflateReset(&gzip.state) == Z_OK;
 }
 
 bool ReadCompressed(ByteSource &source, char *bytes, size_t size, size_t &got, std::string &error) {
-  const int count = gzread(source.gzip.get(), bytes, static_cast<unsigned>(size));
-  int problem = Z_OK;
-  const std::string words = gzerror(source.gzip.get(), &problem);
-  got = count > 0 ? static_cast<size_t>(count) : 0;
-  if (count > 0 || (count == 0 && problem == Z_OK)) {
-    return true;
+  GzipStream &gzip = *source.gzip;
+  gzip.state.next_out = reinterpret_cast<unsigned char *>(bytes);
+  gzip.state.avail_out = static_cast<unsigned>(size);
+  bool more = gzip.error.empty();
+  while (more && gzip.state.avail_out != 0) {
+    if (gzip.state.avail_in == 0) {
+      more = FillCompressed(source, gzip.error);
+    } else if (gzip.ended) {
+      more = BeginNextPart(source, gzip.error);
+    } else {
+      const int result = inflate(&gzip.state, Z_NO_FLUSH);
+      gzip.ended = result == Z_STREAM_END;
+      more = gzip.ended || result == Z_OK || result == Z_BUF_ERROR;
+      if (result == Z_MEM_ERROR) {
+        gzip.error = source.path + ": out of memory";
+      } else if (!more) {
+        gzip.error = source.path + ": the compressed file is damaged: " +
+                     (gzip.state.msg == nullptr ? "it needs a dictionary" : gzip.state.msg);
+      }
+    }
   }
-  if (problem == Z_BUF_ERROR) {
-    error = source.path + ": the compressed file is cut short";
-  } else if (problem == Z_ERRNO) {
-    error = source.path + ": " + std::strerror(errno);
-  } else {
-    // The library's message begins with a file name that it has invented.
-    error = source.path + ": the compressed file is damaged: " +
-            words.substr(std::min(words.rfind(": ") + 2, words.size()));
-  }
-  return false;
+  // What precedes an error is returned first.
+  got = size - gzip.state.avail_out;
+  error = got == 0 ? gzip.error : error;
+  return got != 0 || gzip.error.empty();
 }
 
 }  // namespace
@@ -83,8 +133,9 @@ void FileCloser::operator()(FILE *file) const {
   }
 }
 
-void GzipCloser::operator()(gzFile_s *file) const {
-  static_cast<void>(gzclose(file));
+void GzipStreamEnd::operator()(GzipStream *stream) const {
+  inflateEnd(&stream->state);
+  delete stream;
 }
 
 bool ByteSourceOpen(const std::string &path, ByteSource &source, std::string &error) {
@@ -110,7 +161,13 @@ bool ByteSourceOpen(const std::string &path, ByteSource &source, std::string &er
 
 bool ByteSourceRewind(ByteSource &source, std::string &error) {
   std::rewind(source.file.get());
-  const bool good = source.gzip == nullptr || gzrewind(source.gzip.get()) == 0;
+  if (source.gzip == nullptr) {
+    return true;
+  }
+  source.gzip->state.avail_in = 0;
+  source.gzip->ended = false;
+  source.gzip->error.clear();
+  const bool good = inflateReset(&source.gzip->state) == Z_OK;
   if (!good) {
     error = source.path + ": cannot be read again";
   }

@@ -7,20 +7,19 @@
 #include <memory>
 #include <string>
 
-struct gzFile_s;
-
 struct FileCloser {
   void operator()(FILE *file) const;
 };
-struct GzipCloser {
-  void operator()(gzFile_s *file) const;
+struct GzipStream;
+struct GzipStreamEnd {
+  void operator()(GzipStream *stream) const;
 };
 
 // An input that is open for reading, from its start as often as wanted. Owns its files.
 struct ByteSource {
   std::string path;  // as messages name it
   std::unique_ptr<FILE, FileCloser> file;
-  std::unique_ptr<gzFile_s, GzipCloser> gzip;  // the decompressor, when the bytes need one
+  std::unique_ptr<GzipStream, GzipStreamEnd> gzip;  // the decompressor, if the bytes need one
 };
 
 // Opens a file by name, or standard input for "-". What cannot be read twice (a pipe) is first

@@ -100,12 +100,12 @@ bool IsOfAnyType(int32_t id) {
 }
 
 // The SessionCheck of a run: names and syntax.
-bool CheckFormulas(const Computation &computation, const Session &trial, std::string &error) {
+bool CheckFormulas(const Computation &computation, const Session &sample, std::string &error) {
   std::vector<Formula> all;
   std::vector<Condition> conditions;
   std::string problem;
   size_t wrong = 0;
-  if (!TakeOthers(*computation.options, trial, all, problem)) {
+  if (!TakeOthers(*computation.options, sample, all, problem)) {
     return true;
   }
   all.insert(all.end(), computation.formulas.begin(), computation.formulas.end());
@@ -114,7 +114,8 @@ bool CheckFormulas(const Computation &computation, const Session &trial, std::st
       return true;
     }
   }
-  if (!FormulasDefine(trial.ec.get(), all, problem, &wrong) && IsOfAnyType(all[wrong].problem.id)) {
+  if (!FormulasDefine(sample.ec.get(), all, problem, &wrong) &&
+      IsOfAnyType(all[wrong].problem.id)) {
     error = problem;
     return false;
   }
@@ -154,6 +155,23 @@ void ReportZeros(const Computation &computation) {
     Complain(std::to_string(all) + (all == 1 ? " empty value" : " empty values") +
                  " counted as zero: " + columns,
              kExitGood);
+  }
+}
+
+// Reports conditions that no row can meet, as their ranges are written from high to low.
+void ReportReversed(const Computation &computation) {
+  for (size_t i = 0; i < computation.conditions.size(); ++i) {
+    int64_t rows = 0;
+    int64_t reversed = 0;
+    for (const Worker &worker : computation.workers) {
+      rows += worker.conditions[i].rows;
+      reversed += worker.conditions[i].reversed;
+    }
+    if (rows != 0 && reversed == rows) {
+      Complain("--where " + DisplayName(computation.options->conditions[i]) +
+                   ": selects nothing, as the range begins above its end",
+               kExitGood);
+    }
   }
 }
 
@@ -213,6 +231,7 @@ int ComputeRows(Computation &computation, const RowConsumer &consumer) {
   if (!good) {
     return Complain(error, kExitWrong);
   }
+  ReportReversed(computation);
   ReportMissing(computation);
   ReportZeros(computation);
   ProgressReport(computation.progress, computation.rows);
@@ -233,8 +252,8 @@ bool ComputationAdd(Computation &computation, const std::string &argument, std::
 int ComputationRun(Computation &computation, const RowConsumer &consumer) {
   std::string error;
   ProgressStart(computation.progress);
-  const auto check = [&computation](const Session &trial, std::string &problem) {
-    return CheckFormulas(computation, trial, problem);
+  const auto check = [&computation](const Session &sample, std::string &problem) {
+    return CheckFormulas(computation, sample, problem);
   };
   const OpenWish wish = {false, check, JobsOf(computation)};
   const bool open = SessionOpen(computation.options->data, computation.session,

@@ -135,7 +135,7 @@ bool ConditionFinish(EC ec, const std::vector<Formula> &formulas, Condition &con
   return error.empty();
 }
 
-bool ConditionMet(EC ec, const Condition &condition) {
+bool ConditionMet(EC ec, Condition &condition) {
   const Value tested = ValueOf(ec, condition.type, condition.test);
   if (!tested.good) {
     return false;
@@ -143,8 +143,14 @@ bool ConditionMet(EC ec, const Condition &condition) {
   if (condition.range) {
     const Value low = ValueOf(ec, condition.type, condition.members[0]);
     const Value high = ValueOf(ec, condition.type, condition.members[1]);
-    return low.good && high.good && Compare(condition.type, low, tested) <= 0 &&
-           Compare(condition.type, tested, high) <= 0;
+    if (!low.good || !high.good) {
+      return false;
+    }
+    const bool met =
+        Compare(condition.type, low, tested) <= 0 && Compare(condition.type, tested, high) <= 0;
+    ++condition.rows;
+    condition.reversed += !met && Compare(condition.type, low, high) > 0 ? 1 : 0;
+    return met;
   }
   return std::any_of(condition.members.begin(), condition.members.end(), [&](HEXP exp) {
     const Value member = ValueOf(ec, condition.type, exp);

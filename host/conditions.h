@@ -2,6 +2,7 @@
 #ifndef ORLI11_HOST_CONDITIONS_H
 #define ORLI11_HOST_CONDITIONS_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,9 @@ struct Condition {
   int32_t type = ORL_TYPE_NUMBER;
   HEXP test = nullptr;
   std::vector<HEXP> members;
+  // Rows for which both ends of the range were known, and those of them with the low end above the
+  // high one.
+  int64_t rows = 0, reversed = 0;
 };
 
 // Parses a condition and adds its formulas to those that will be defined. BOUNDS is the name of a
@@ -29,7 +33,7 @@ bool ConditionFinish(EC ec, const std::vector<Formula> &formulas, Condition &con
                      std::string &error);
 
 // Whether the present values of the input items meet the condition. Null numbers and dates, and
-// missing values, are in no range and no set.
-bool ConditionMet(EC ec, const Condition &condition);
+// missing values, are in no range and no set. Counts reversed ranges.
+bool ConditionMet(EC ec, Condition &condition);
 
 #endif

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Counts eight bytes at a time, since files consist of little else.
+// Eight bytes at a time, since every byte of a file is counted here.
 int64_t CountByte(const char *bytes, size_t size, char byte) {
   constexpr uint64_t kOnes = UINT64_C(0x0101010101010101);
   constexpr uint64_t kLows = 0x7F * kOnes;

@@ -114,7 +114,8 @@ bool LookAtStart(CsvInput &input, char delimiter, std::string &error) {
   return true;
 }
 
-// Where the last row ends that is whole: behind a line end outside of quotes. 0 when there is none.
+// The offset after the last complete row, that is, after a line end outside quotes. 0 if there is
+// none.
 size_t EndOfRows(const char *bytes, size_t size) {
   if (std::memchr(bytes, '"', size) == nullptr) {
     const void *end = memrchr(bytes, '\n', size);
@@ -141,11 +142,11 @@ bool HasRow(std::string_view lines, char delimiter) {
   });
 }
 
-// A row of that many bytes that does not end is wrong when one of its fields is too long.
+// Whether an unfinished row already has an error, such as a field that is too long.
 bool IsWrong(const CsvFile &csv, const CsvBlock &block) {
-  CsvBlock trial = block;
-  CsvParse(csv, trial);
-  return !trial.error.empty();
+  CsvBlock parsed = block;
+  CsvParse(csv, parsed);
+  return !parsed.error.empty();
 }
 
 // Whether a file has the same columns as the first one.
@@ -203,7 +204,7 @@ bool CsvReader::Read(CsvBlock &block) {
   return block.size != 0 || !block.error.empty();
 }
 
-// Reads on until there is a row that is whole.
+// Reads until there is a complete row.
 void CsvReader::Fill(CsvBlock &block) {
   size_t used = rest_.size();
   block.bytes.resize(std::max(kBlock, 2 * used) + 1);

@@ -31,8 +31,8 @@ class CsvReader {
  public:
   explicit CsvReader(CsvFile &csv, size_t input = 0) : csv_(&csv), input_(input) {}
 
-  // Fills a block, which is to be split. False behind the last one. A failure is an error of the
-  // block. The reading is over then.
+  // Fills a block, which is to be split. False after the last one. A failure is an error of the
+  // block and ends the reading.
   bool Read(CsvBlock &block);
 
  private:
@@ -43,7 +43,7 @@ class CsvReader {
   size_t input_;
   bool begun_ = false;  // a block of the input has been read
   int64_t line_ = 1;    // of the next block
-  std::string rest_;    // what was read of the row behind the last block
+  std::string rest_;    // what was read of the row after the last block
 };
 
 // Called for each row after the header, in order; false stops reading. A failure leaves a message
@@ -66,8 +66,7 @@ struct CsvReadingEnd {
   void operator()(CsvReading *reading) const;
 };
 using CsvReadingOwner = std::unique_ptr<CsvReading, CsvReadingEnd>;
-// File, `user` and `error` must outlive the reading, and
-// the file has no other reading meanwhile.
+// File, `user` and `error` must outlive the reading, and the file has no other reading meanwhile.
 CsvReadingOwner CsvBegin(CsvFile &csv, CsvRowProc proc, void *user, std::string &error);
 bool CsvReadOn(CsvReading &reading);
 

@@ -18,7 +18,7 @@ constexpr size_t kParseSize = 1 << 16;
 struct State {
   const CsvFile *csv;
   CsvBlock *block;
-  std::string fields;  // with a zero behind each
+  std::string fields;  // each with a terminating zero
   uint32_t rowStart = 0;
   uint32_t rowLine = 0;
   uint32_t line = 0;      // lines of the block before the parser's present one

@@ -295,20 +295,20 @@ bool PlainDecimal(const char *text, int64_t &value, uint8_t &decimals) {
     number = number * 10 + static_cast<unsigned char>(*text - '0');
   }
   const ptrdiff_t whole = text - first;
-  ptrdiff_t behind = 0;
+  ptrdiff_t fraction = 0;
   if (*text == '.') {
     first = ++text;
     for (; IsDigit(*text); ++text) {
       number = number * 10 + static_cast<unsigned char>(*text - '0');
     }
-    behind = text - first;
-    if (behind == 0) {
+    fraction = text - first;
+    if (fraction == 0) {
       return false;
     }
   }
   value = negative ? -static_cast<int64_t>(number) : static_cast<int64_t>(number);
-  decimals = static_cast<uint8_t>(behind);
-  return *text == '\0' && whole > 0 && whole + behind <= kMostDigitsOf64Bits;
+  decimals = static_cast<uint8_t>(fraction);
+  return *text == '\0' && whole > 0 && whole + fraction <= kMostDigitsOf64Bits;
 }
 
 bool DateFromField(const FieldRules &rules, const char *text, NumberValue *value) {

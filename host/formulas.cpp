@@ -72,7 +72,7 @@ bool CheckNames(EC ec, const std::vector<Formula> &formulas, Places &places, std
   return true;
 }
 
-// Stores what the context has of the formulas.
+// Sets handle and type of each formula from the context.
 void TakeDefined(EC ec, std::vector<Formula> &formulas) {
   for (Formula &formula : formulas) {
     formula.exp = ORLHEXPFromName(ec, formula.name.c_str());
@@ -89,8 +89,8 @@ size_t Awaited(EC ec, Formula &formula, const Places &places) {
 
 // The message for formulas that call each other in a cycle, or one that calls itself. The chain of
 // waiting formulas leads from `start` into the cycle, and `start` is moved there.
-std::string CircleMessage(EC ec, std::vector<Formula> &formulas, const Places &places,
-                          size_t &start) {
+std::string CycleMessage(EC ec, std::vector<Formula> &formulas, const Places &places,
+                         size_t &start) {
   std::map<size_t, size_t> awaited;  // by who waits
   while (awaited.count(start) == 0) {
     start = awaited[start] = Awaited(ec, formulas[start], places);
@@ -102,7 +102,7 @@ std::string CircleMessage(EC ec, std::vector<Formula> &formulas, const Places &p
   for (size_t i = awaited[start]; i != start; i = awaited[i]) {
     names += ", " + formulas[i].title;
   }
-  return "formulas call each other in a circle: " + DisplayName(names);
+  return "formulas call each other in a cycle: " + DisplayName(names);
 }
 
 }  // namespace
@@ -163,7 +163,7 @@ bool FormulasDefine(EC ec, std::vector<Formula> &formulas, std::string &error, s
   }
   auto failed = static_cast<size_t>(place);
   if (problem.id == ORL_ERR_RECURSIVE) {
-    error = CircleMessage(ec, formulas, places, failed);
+    error = CycleMessage(ec, formulas, places, failed);
   } else {
     formulas[failed].problem = problem;
     std::vector<Formula> others = formulas;  // it cannot call itself

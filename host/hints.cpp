@@ -391,7 +391,7 @@ std::string NoUnit(const Case &wrong) {
         (sign == "+" || sign == "-") && !IsUnitWord(word.text) &&
         !Contains(wrong.names.columns, std::string(word.text))) {
       return "`" + DisplayName(word.text) +
-             "` is no unit: dates move by DAY, MONTH, YEAR, HOUR, MINUTE and SECOND";
+             "` is not a unit: dates move by DAY, MONTH, YEAR, HOUR, MINUTE and SECOND";
     }
   }
   return {};

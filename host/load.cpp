@@ -18,7 +18,7 @@ struct Loading {
 };
 
 // Formulas that call each other in a cycle have no invalid text to repair.
-bool IsCircle(const Store &store, size_t wrong) {
+bool IsCycle(const Store &store, size_t wrong) {
   const std::string called(UnknownCall(store.formulas[wrong]));
   return StoreFormula(store, called) != nullptr;
 }
@@ -90,7 +90,7 @@ int LoadParts(const std::string &path, Loading &loading, const Session *session)
   std::string bytes = loading.bytes;
   if (!StoreRead(bytes, store, problem, &wrong)) {
     problem = loading.file.path + ": " + problem;
-    if (wrong == kNoRow || IsCircle(store, wrong)) {
+    if (wrong == kNoRow || IsCycle(store, wrong)) {
       return Complain(problem, kExitWrong);
     }
     const char *missing = ORLWindowSystemProblem();

@@ -136,7 +136,7 @@ bool WriteRows(SQLHANDLE statement, const SqlQuery &query, Output &output, std::
 
 bool OdbcRun(const std::string &source, const SqlQuery &query, OutputFormat format,
              std::string &error) {
-  error = "no memory for ODBC";
+  error = "out of memory for ODBC";
   const Handle environment = NewHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, FreeEnvironment);
   SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION,
                 reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);

@@ -102,17 +102,17 @@ void ReportTwoForms(const Session &session) {
 
 // Calls `check` when there are more than a few rows; errors in the rows are reported when all are
 // read.
-bool CheckAhead(Session &session, Progress &progress, const SessionCheck &check,
-                std::string &error) {
+bool CheckFirstRows(Session &session, Progress &progress, const SessionCheck &check,
+                    std::string &error) {
   constexpr int64_t kFewRows = 1000;
-  Session trial;
-  trial.ec = NewContext();
-  trial.options = session.options;
-  trial.table = session.table;
+  Session sample;
+  sample.ec = NewContext();
+  sample.options = session.options;
+  sample.table = session.table;
   std::string unused;
-  return !ColumnsScan(session.csv, session.options, {false, kFewRows, 1}, trial.table, progress,
+  return !ColumnsScan(session.csv, session.options, {false, kFewRows, 1}, sample.table, progress,
                       unused) ||
-         trial.table.rows < kFewRows || !SessionDeclare(trial, unused) || check(trial, error);
+         sample.table.rows < kFewRows || !SessionDeclare(sample, unused) || check(sample, error);
 }
 
 }  // namespace
@@ -161,7 +161,7 @@ bool SessionOpen(const DataOptions &options, Session &session, Progress &progres
   for (const std::string &note : notes) {
     Complain(session.csv.Path() + ": " + note, kExitGood);
   }
-  if (wish.check && !CheckAhead(session, progress, wish.check, error)) {
+  if (wish.check && !CheckFirstRows(session, progress, wish.check, error)) {
     return false;
   }
   const ScanWish scan = {wish.bounds, -1, wish.jobs};

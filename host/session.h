@@ -41,9 +41,9 @@ struct Session {
   CsvRow row;                                  // the one that is computed
 };
 
-// Checks formulas over columns whose types are those of the first rows; false with a message for a
-// formula that is invalid with any types.
-using SessionCheck = std::function<bool(const Session &trial, std::string &error)>;
+// Checks formulas in a session whose columns have the types of the first rows. False with a message
+// for a formula that is invalid with any types.
+using SessionCheck = std::function<bool(const Session &sample, std::string &error)>;
 
 struct OpenWish {
   bool bounds = false;           // as in ScanWish

@@ -239,7 +239,7 @@ bool SqlBuild(const SqlOptions &options, const Session &session, SqlQuery &query
     return false;
   }
   if (!MakeContext(session.table, plan)) {
-    error = "no memory";
+    error = "out of memory";
     return false;
   }
   DefineForDatabase(session.ec.get(), plan);

@@ -53,11 +53,11 @@ Record TakeRecord(Walk &walk) {
 
 // The rows of the section with that tag if it is the next one.
 int TakeHeader(Walk &walk, uint16_t tag) {
-  Walk ahead = walk;
-  if (TakeRecord<uint16_t>(ahead) != tag) {
+  Walk next = walk;
+  if (TakeRecord<uint16_t>(next) != tag) {
     return 0;
   }
-  walk = ahead;
+  walk = next;
   return TakeRecord<int16_t>(walk);
 }
 
@@ -78,7 +78,7 @@ std::string TakeStart(Walk &walk, int &columns) {
            std::to_string(ORL_BLOCK_VERSION);
   }
   if (version != ORL_BLOCK_VERSION) {
-    return first.empty() ? "is empty and no store of orli" : "is no store of orli";
+    return first.empty() ? "is empty, not a store of orli" : "is not a store of orli";
   }
   for (int i = 0; i < ORL_BLOCK_OPERATORS; ++i) {
     const std::string routine = TakeText(walk);

@@ -50,7 +50,7 @@ std::filesystem::path FolderOf(const StoreFile &file) {
   return file.target.has_parent_path() ? file.target.parent_path() : ".";
 }
 
-// Waits for the lock, and tells the user so when it takes long. False when the file system has no
+// Waits for the lock, and reports it if that takes long. False when the file system has no
 // locks.
 bool WaitForLock(const StoreFile &file) {
   const auto start = std::chrono::steady_clock::now();
@@ -100,7 +100,8 @@ bool ReadPlainFile(FILE *input, HeadProblem headProblem, StoreFile &file, std::s
     return Fail(file, std::strerror(errno), error);
   }
   if (!S_ISREG(file.status.st_mode)) {
-    return Fail(file, S_ISDIR(file.status.st_mode) ? "is a directory" : "is no plain file", error);
+    return Fail(file, S_ISDIR(file.status.st_mode) ? "is a directory" : "is not a regular file",
+                error);
   }
   if (file.status.st_size > INT32_MAX) {
     return Fail(file, "is larger than 2 GiB, which no store is", error);

@@ -72,7 +72,7 @@ bool IsSignature(std::string_view rest) {
 // The error of a line in the place of a description, or null.
 const char *FaultOf(const std::string &description) {
   if (description.empty() || description.front() == '#' || description.front() == '|') {
-    return "a heading of a function needs a blank line and a line of description behind it";
+    return "the heading of a function must be followed by a blank line and a line of description";
   }
   if (description.back() != '.') {
     return "the description of a function is one line that ends with a full stop";

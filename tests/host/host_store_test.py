@@ -101,8 +101,8 @@ class Files(StoreCase):
         good = block(formulas=[("a", "amount")])
         no_parse = "formula a: ERR_{}\n  {}\n  {}"
         for content, words in (
-                (b"", "is empty and no store of orli"), (SALES.encode(), "is no store of orli"),
-                (bytes(100), "is no store of orli"),
+                (b"", "is empty, not a store of orli"), (SALES.encode(), "is not a store of orli"),
+                (bytes(100), "is not a store of orli"),
                 (b"\4" + good[1:], "is stored in version 4, and this orli knows only 3"),
                 (good[:1] + b"Add" + good[1:], "an operator needs the routine Add, which orli does not have"),
                 (block(routine=b"GetIt\0"), "column amount needs the routine GetIt, which orli does not have"),
@@ -111,7 +111,7 @@ class Files(StoreCase):
                 (block([("n", 3)]), "is damaged or cut short at byte 122"),
                 (good[:-2], f"is damaged or cut short at byte {len(good) - 2}"),
                 (good[:29] + b"\1" + good[30:], "is damaged"),
-                (block(formulas=circle), "formulas call each other in a circle: a, b"),
+                (block(formulas=circle), "formulas call each other in a cycle: a, b"),
                 (block(formulas=[("a", "1"), ("a", "2")]), "two formulas have the name a"),
                 (block(formulas=[("a b", "1")]), "not a valid formula name: a b"),
                 (block(formulas=[("a", "Old(1)")]),
@@ -123,8 +123,8 @@ class Files(StoreCase):
                             ("eval", self.data, "--store", self.store)):
                 self.refused(f"{self.store}: {words}", *command)
         os.mkfifo(self.folder / "pipe")
-        for path, words in ((self.folder, "is a directory"), (self.folder / "pipe", "is no plain file"),
-                            ("/dev/null", "is no plain file"),
+        for path, words in ((self.folder, "is a directory"), (self.folder / "pipe", "is not a regular file"),
+                            ("/dev/null", "is not a regular file"),
                             (self.folder / "none/x", "No such file or directory")):
             self.refused(f"{path}: {words}", "define", path, self.data, "x=1")
         self.refused(f"{self.folder / 'none'}: No such file or directory", "list", self.folder / "none")
@@ -136,7 +136,7 @@ class Files(StoreCase):
                      "list", self.folder / "huge")
 
     def test_a_large_foreign_file_is_refused_by_its_first_bytes(self):
-        for start, words in ((b"", "is no store of orli"), (b"\3", "is damaged or cut short at byte 21")):
+        for start, words in ((b"", "is not a store of orli"), (b"\3", "is damaged or cut short at byte 21")):
             with open(self.store, "wb") as huge:
                 huge.write(start)
                 huge.truncate(2**31 - 1)
