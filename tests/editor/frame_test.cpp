@@ -13,8 +13,10 @@ namespace {
 
 using Ids = std::vector<int32_t>;
 
-const Ids kChanging = {1, 101, 102, 103, 104, 105, 115, 116, 117, 118};
-const Ids kHiding = {112, 132, 133, 134, 135, 136, 138};
+const Ids kChanging = {kButtonOk,   kEditName,  kButtonCopy,   kButtonCut,    kButtonPaste,
+                       kButtonWrap, kLabelName, kButtonDelete, kButtonSelect, kButtonShowText};
+const Ids kHiding = {kButtonConcat, kButtonApply, kButtonValues, kOptionFormula,
+                     kOptionRange,  kOptionSet,   kLabelMode};
 
 void ListNothing(EC, const char *, void *, int32_t, int32_t *) {}
 int32_t Permit(EC, HEXP, void *) {
@@ -46,7 +48,7 @@ int32_t Load(EC ec, const std::string &block) {
 
 const std::string kAll = "Price:0, Total:1, Span:3, Some:4";
 const std::string kRange = "{Expression} AND Expression";
-const Ids kFree = {1, 101, 115, 116, 117, 118};
+const Ids kFree = {kButtonOk, kEditName, kLabelName, kButtonDelete, kButtonSelect, kButtonShowText};
 
 // The columns of the sessions in frame_cases.txt.
 enum Column {
@@ -73,20 +75,23 @@ void CheckSession(OrlWindow d, const Case &row) {
   const std::string newRow = "[ New " + word + " ]";
   const bool elsewhere = rows.find_first_of("*-") != std::string::npos;
   EXPECT_EQ(Marked(d), row[kMarked]);
-  EXPECT_EQ(Text(d, 101), row[kName]);
+  EXPECT_EQ(Text(d, kEditName), row[kName]);
   EXPECT_EQ(Text(d), word + " Editor - " + (row[kTitled].empty() ? newRow : row[kTitled]));
-  EXPECT_EQ(RowList(d, 114, true),
+  EXPECT_EQ(RowList(d, kListFormulas, true),
             (elsewhere ? "" : "*") + newRow + ":-1, " + rows.substr(rows[0] == '-' ? 1 : 0));
   EXPECT_EQ(Enabled(d, kChanging), row.Ints(kEnabled));
-  EXPECT_EQ(Visible(d, kHiding), modes ? (Ids{112, 133, 134, 135, 136, 138}) : Ids{112});
+  EXPECT_EQ(Visible(d, kHiding), modes ? (Ids{kButtonConcat, kButtonValues, kOptionFormula,
+                                              kOptionRange, kOptionSet, kLabelMode})
+                                       : Ids{kButtonConcat});
   for (int32_t mode = 0; modes && mode < 3; ++mode) {
-    EXPECT_EQ(Look(d, 134 + mode).checked, mode == row.Int(kMode) ? 1 : 0) << mode;
+    EXPECT_EQ(Look(d, kOptionFormula + mode).checked, mode == row.Int(kMode) ? 1 : 0) << mode;
   }
-  EXPECT_EQ(Text(d, 139).rfind("To build a " + word + ": ", 0), 0u) << Text(d, 139);
+  EXPECT_EQ(Text(d, kEditStatus).rfind("To build a " + word + ": ", 0), 0u) << Text(d, kEditStatus);
   EXPECT_EQ(ORLHeadlessBitmapCount(), modes ? 3 : 0);
   for (const char *last : {"", "click 103", "click 104", "click 105", "click 117", "click 131"}) {
     const bool ends = row[kActs].ends_with(last) && row[kActs].empty() == (*last == 0);
-    EXPECT_EQ(Look(d, 100).focused, ends && row[kSaid].empty() ? 1 : Look(d, 100).focused);
+    EXPECT_EQ(Look(d, kEditText).focused,
+              ends && row[kSaid].empty() ? 1 : Look(d, kEditText).focused);
   }
 }
 
@@ -120,17 +125,24 @@ TEST(EditorFrame, FollowsTheFlagsAndTheHost) {
   for (const FlagRow &row :
        {FlagRow{0, true, true, "||", 3, kFree}, FlagRow{noConcat, true, false, "||", 3, kFree},
         FlagRow{noConcat | ORL_FLAG_PERCENT, true, true, "%", 3, kFree},
-        FlagRow{ORL_FLAG_LIST_ALL, false, true, "||", 4, {1, 101, 115, 117, 118}}}) {
+        FlagRow{ORL_FLAG_LIST_ALL,
+                false,
+                true,
+                "||",
+                4,
+                {kButtonOk, kEditName, kLabelName, kButtonSelect, kButtonShowText}}}) {
     const HostedContext ec = Formulas(false, row.flags);
     if (!row.permission) ORLSetDelPermissionCallback(ec, nullptr);
     Edit(ec, {ORLHEXPFromName(ec, "Total")}, [&](OrlWindow d) {
-      EXPECT_EQ(Look(d, 112).visible, row.shown ? 1 : 0);
-      EXPECT_EQ(Text(d, 112), row.caption);
-      EXPECT_EQ(Rows(d, 114).size(), row.rows);
+      EXPECT_EQ(Look(d, kButtonConcat).visible, row.shown ? 1 : 0);
+      EXPECT_EQ(Text(d, kButtonConcat), row.caption);
+      EXPECT_EQ(Rows(d, kListFormulas).size(), row.rows);
       EXPECT_EQ(Enabled(d, kChanging), row.enabled);
-      EXPECT_EQ(Look(d, 113).rect.bottom > Look(d, 112).rect.bottom, row.shown) << "the box";
+      EXPECT_EQ(Look(d, kGroupOperators).rect.bottom > Look(d, kButtonConcat).rect.bottom,
+                row.shown)
+          << "the box";
       if (row.shown) Act(d, "click 112");
-      EXPECT_EQ(Text(d, 100),
+      EXPECT_EQ(Text(d, kEditText),
                 (row.shown ? std::string(" ") + row.caption + " " : "") + "Price() + 1");
     });
   }
@@ -142,9 +154,10 @@ TEST(EditorFrame, ListsItemsKeywordsAndFunctions) {
     AddKeyword(ec, ("Word" + std::to_string(type)).c_str(), type, 0, 0);
   }
   Edit(ec, {}, [&](OrlWindow d) {
-    EXPECT_EQ(RowList(d, 106), "Amount, Edge, End, Money, Name, Start, Tax, Word-1, Word254");
-    EXPECT_EQ(Rows(d, 107).size(), ItemNames(ec, ORL_FUNCTION).size());
-    EXPECT_EQ(Look(d, 106).currentRow, -1);
+    EXPECT_EQ(RowList(d, kListItems),
+              "Amount, Edge, End, Money, Name, Start, Tax, Word-1, Word254");
+    EXPECT_EQ(Rows(d, kListFunctions).size(), ItemNames(ec, ORL_FUNCTION).size());
+    EXPECT_EQ(Look(d, kListItems).currentRow, -1);
   });
 }
 
@@ -173,7 +186,7 @@ TEST(EditorFrame, LaysOutTheColumnOfFormulas) {
     leading = row.leading;
     WithUser(
         [&](OrlWindow d) {
-          const OrlRect label = Look(d, 137).rect, list = Look(d, 114).rect;
+          const OrlRect label = Look(d, kLabelFormulas).rect, list = Look(d, kListFormulas).rect;
           EXPECT_EQ((Ids{label.left, label.top, label.right, label.bottom}),
                     (Ids{189, row.labelTop, 266, row.labelTop + 13}));
           EXPECT_EQ((Ids{list.left, list.top, list.right, list.bottom}),
@@ -192,7 +205,7 @@ TEST(EditorFrame, LaysOutTheColumnOfFormulas) {
 TEST(EditorFrame, OtherEventsDoNothing) {
   const HostedContext ec = Formulas(true);
   Edit(ec, {}, [&](OrlWindow d) {
-    const std::string before = Marked(d) + Text(d) + RowList(d, 114);
+    const std::string before = Marked(d) + Text(d) + RowList(d, kListFormulas);
     for (const uintptr_t id :
          {0u, 3u, 99u, 113u, 115u, 119u, 132u, 137u, 138u, 139u, 140u, 65535u}) {
       EXPECT_EQ(OrlDlgProc(d, ORL_WM_COMMAND, id, 0), 0) << id;
@@ -200,7 +213,7 @@ TEST(EditorFrame, OtherEventsDoNothing) {
     for (const uint32_t message : {0u, 1u, 1024u, 1125u, uint32_t{ORL_WM_TIMER}, UINT32_MAX}) {
       EXPECT_EQ(OrlDlgProc(d, message, 7, 0), 0) << message;
     }
-    EXPECT_EQ(Marked(d) + Text(d) + RowList(d, 114), before);
+    EXPECT_EQ(Marked(d) + Text(d) + RowList(d, kListFormulas), before);
   });
 }
 
@@ -220,16 +233,16 @@ TEST(EditorFrame, CaptionsFollowTheRowAndHelpTheModes) {
             kind = modes ? std::strchr(row, ':') + 1 : "Formula";
         if (!modes && name != "Price") continue;
         Act(d, "row 114 " + name);
-        EXPECT_EQ(Text(d, 117), "&Select " + kind);
-        EXPECT_EQ(Text(d, 118), "S&how " + kind + " Text...");
+        EXPECT_EQ(Text(d, kButtonSelect), "&Select " + kind);
+        EXPECT_EQ(Text(d, kButtonShowText), "S&how " + kind + " Text...");
         EXPECT_EQ(Text(d), "Formula Editor - [ New Formula ]");
       }
-      for (const int32_t control : {100, 107, 114, -1}) {
+      for (const int32_t control : Ids{kEditText, kListFunctions, kListFormulas, kNoControl}) {
         ORLHeadlessHelp(d, control, &NoteHelp);
         EXPECT_EQ(helped, modes ? "1 401" : "1 400") << control;
       }
       Act(d, "row 107 Half");
-      ORLHeadlessHelp(d, 107, &NoteHelp);
+      ORLHeadlessHelp(d, kListFunctions, &NoteHelp);
       EXPECT_EQ(helped, "257 Half");
     });
   }
@@ -241,8 +254,9 @@ TEST(EditorFrame, OpensTheValuesOfAnItemByItsWholeName) {
     const bool found = std::strcmp(item, "Tax") == 0;
     Edit(ec, {nullptr, 0, item}, [&](OrlWindow d) {
       EXPECT_EQ(ORLHeadlessFind("LISTVALUES") != nullptr, found) << item;
-      EXPECT_EQ(Look(d, 106).currentRow, found ? 6 : -1) << item;
-      EXPECT_EQ(Text(d, 133), found ? "List Data Item &Values" : "Data Item &Values Dialog...");
+      EXPECT_EQ(Look(d, kListItems).currentRow, found ? 6 : -1) << item;
+      EXPECT_EQ(Text(d, kButtonValues),
+                found ? "List Data Item &Values" : "Data Item &Values Dialog...");
     });
   }
 }
@@ -251,16 +265,16 @@ TEST(EditorFrame, LimitsWhatIsTypedAndScrollsToTheExpression) {
   const HostedContext ec = Formulas(false);
   for (int32_t i = 0; i < 40; ++i) Make(ec, "Tax", "Many" + std::to_string(i));
   Edit(ec, {ORLHEXPFromName(ec, "Many20")}, [&](OrlWindow d) {
-    EXPECT_EQ(Look(d, 114).topRow, Look(d, 114).currentRow);
-    EXPECT_EQ(Rows(d, 114)[23], "*Many20");
+    EXPECT_EQ(Look(d, kListFormulas).topRow, Look(d, kListFormulas).currentRow);
+    EXPECT_EQ(Rows(d, kListFormulas)[23], "*Many20");
   });
   Edit(ec, {nullptr, 0, nullptr, 3}, [&](OrlWindow d) {
-    ORLHeadlessType(d, 100, "12345");
-    ORLHeadlessType(d, 101, std::string(80, 'x').c_str());
-    EXPECT_EQ(Text(d, 100), "123");
+    ORLHeadlessType(d, kEditText, "12345");
+    ORLHeadlessType(d, kEditName, std::string(80, 'x').c_str());
+    EXPECT_EQ(Text(d, kEditText), "123");
     Act(d, "click 120");
-    EXPECT_EQ(Text(d, 100), "1230") << "picks go beyond the limit";
-    EXPECT_EQ(Text(d, 101).size(), 64u);
+    EXPECT_EQ(Text(d, kEditText), "1230") << "picks go beyond the limit";
+    EXPECT_EQ(Text(d, kEditName).size(), 64u);
   });
 }
 
@@ -306,10 +320,13 @@ TEST(EditorFrame, SurvivesTheEndOfMemory) {
   const std::string before = Snapshot(ec);
   bool whole = false;
   const auto steps = [&](OrlWindow d) {
-    for (const int32_t id : {106, 107, 114}) ORLHeadlessDoubleClickRow(d, id, 2);
-    for (const int32_t id : {105, 118, 133, 135, 120, 117}) ORLHeadlessClick(d, id);
-    ORLHeadlessRightDoubleClickRow(d, 114, 3);
-    whole = Look(d, 106).rowCount == 7 && Rows(d, 114).size() == 5;
+    for (const int32_t id : {kListItems, kListFunctions, kListFormulas})
+      ORLHeadlessDoubleClickRow(d, id, 2);
+    for (const int32_t id :
+         {kButtonWrap, kButtonShowText, kButtonValues, kOptionRange, kButtonDigit0, kButtonSelect})
+      ORLHeadlessClick(d, id);
+    ORLHeadlessRightDoubleClickRow(d, kListFormulas, 3);
+    whole = Look(d, kListItems).rowCount == 7 && Rows(d, kListFormulas).size() == 5;
   };
   int64_t budget = 0;
   for (bool reached = false; !reached && budget < 5000; ++budget) {
@@ -400,17 +417,18 @@ TEST(EditorFrame, OpensOnAFormulaThatFailedWhileLoading) {
   const std::string block = BlockOf("1 + Nope", "Net");
   WithUser(
       [&](OrlWindow d) {
-        EXPECT_EQ(Marked(d) + "|" + Text(d, 101) + "|" + Text(d),
+        EXPECT_EQ(Marked(d) + "|" + Text(d, kEditName) + "|" + Text(d),
                   "1 + {Nope}|Net|Formula Editor - Net");
-        EXPECT_EQ(RowList(d, 114, true), "[ New Formula ]:-1, " + kAll);
-        EXPECT_EQ(Enabled(d, kChanging), (Ids{102, 103, 105, 115}));
-        EXPECT_EQ(Visible(d, kHiding), (Ids{112}));
-        EXPECT_EQ(Look(d, 100).modified, 1);
+        EXPECT_EQ(RowList(d, kListFormulas, true), "[ New Formula ]:-1, " + kAll);
+        EXPECT_EQ(Enabled(d, kChanging), (Ids{kButtonCopy, kButtonCut, kButtonWrap, kLabelName}));
+        EXPECT_EQ(Visible(d, kHiding), (Ids{kButtonConcat}));
+        EXPECT_EQ(Look(d, kEditText).modified, 1);
         Act(d, "wait 999");
         EXPECT_EQ(AllMessages(), "");
         Act(d, "wait 1; row 114 Total");
         EXPECT_EQ(AllMessages(), "!ERR_VAR: Unknown input item.|1 + {Nope}");
-        EXPECT_EQ(Enabled(d, kChanging), (Ids{102, 103, 105, 115, 118}));
+        EXPECT_EQ(Enabled(d, kChanging),
+                  (Ids{kButtonCopy, kButtonCut, kButtonWrap, kLabelName, kButtonShowText}));
         EXPECT_EQ(ORLHeadlessBitmapCount(), 0);
         Act(d, "wait 5000; type 100 2; click 1");
       },

@@ -60,9 +60,9 @@ TEST(EditorInsertion, KeepsTemplatesWithinTheirBuffer) {
   AddTemplate(ec.get(), "Huge", 0, 65535, 65535, 0, {});
   Edit(ec.get(), {}, [&](OrlWindow d) {
     Act(d, "double 107 " + name);
-    EXPECT_EQ(Text(d, 100).size(), name.size() + static_cast<size_t>(length));
+    EXPECT_EQ(Text(d, kEditText).size(), name.size() + static_cast<size_t>(length));
     Act(d, "select 100 0 -1; double 107 Huge");
-    EXPECT_GT(Text(d, 100).size(), 900000u);
+    EXPECT_GT(Text(d, kEditText).size(), 900000u);
   });
 }
 
@@ -83,10 +83,10 @@ TEST(EditorInsertion, GoesOnToTheNextPlaceholder) {
     Edit(ec, {nullptr, row.Int(0)}, [&](OrlWindow d) {
       Act(d, row[1]);
       EXPECT_EQ(Marked(d), row[2]);
-      const OrlHeadlessState edit = Look(d, 100);
+      const OrlHeadlessState edit = Look(d, kEditText);
       EXPECT_EQ(edit.modified, row[2] == "{}Amount * 2" ? 0 : 1);
       EXPECT_EQ(Look(d, 1).enabled, 1);
-      EXPECT_EQ(Look(d, 105).enabled, edit.selectionStart != edit.selectionEnd ? 1 : 0);
+      EXPECT_EQ(Look(d, kButtonWrap).enabled, edit.selectionStart != edit.selectionEnd ? 1 : 0);
     });
   }
 }
@@ -105,18 +105,19 @@ void CheckPage(const PageRow &row) {
   Edit(ec, {}, [&](OrlWindow d) {
     const auto start = static_cast<int32_t>(row.before.size());
     const auto end = start + static_cast<int32_t>(row.selected.size());
-    ORLHeadlessType(d, 100, (row.before + row.selected + row.after + " Any").c_str());
-    ORLHeadlessSelect(d, 100, start, end);
+    ORLHeadlessType(d, kEditText, (row.before + row.selected + row.after + " Any").c_str());
+    ORLHeadlessSelect(d, kEditText, start, end);
     Act(d, "click 105");
     EXPECT_EQ(Marked(d), row.before + "(" + row.selected + ")" + row.after + " Any{}");
-    ORLHeadlessSelect(d, 100, start, end + 2);
+    ORLHeadlessSelect(d, kEditText, start, end + 2);
     Act(d, "double 106 " + name);
     EXPECT_EQ(Marked(d), row.before + name + row.after + " {Any}");
     Act(d, "select 100 0 -1; type 100 " + row.before + "[,Any...]; key 100 36; double 106 " + name);
     EXPECT_EQ(Marked(d), name + row.before + "{[,Any...]}");
     // In 932 this bracket is the second byte of a character.
     if (row.page != 65001) Act(d, "select 100 0 -1; type 100 \x83[,Any...]; key 100 36; click 120");
-    EXPECT_EQ(Look(d, 100).selectionEnd - Look(d, 100).selectionStart, row.page == 932 ? 0 : 9);
+    EXPECT_EQ(Look(d, kEditText).selectionEnd - Look(d, kEditText).selectionStart,
+              row.page == 932 ? 0 : 9);
   });
 }
 
@@ -146,24 +147,24 @@ TEST(EditorInsertion, LeavesTheTextWhenMemoryEnds) {
 TEST(EditorInsertion, KeepsTheStatusOutOfReach) {
   const HostedContext ec = Formulas();
   Edit(ec, {}, [&](OrlWindow d) {
-    const std::string status = Text(d, 139);
-    for (const int32_t id : {101, 106, 2}) {
+    const std::string status = Text(d, kEditStatus);
+    for (const int32_t id : {kEditName, kListItems, kButtonCancel}) {
       ORLHeadlessFocus(d, id);
-      ORLHeadlessFocus(d, 139);
+      ORLHeadlessFocus(d, kEditStatus);
       EXPECT_EQ(Look(d, id).focused, 1) << id;
-      ORLHeadlessType(d, 139, "x");
-      ORLHeadlessSelect(d, 139, 0, 5);
-      ORLHeadlessClick(d, 139);
+      ORLHeadlessType(d, kEditStatus, "x");
+      ORLHeadlessSelect(d, kEditStatus, 0, 5);
+      ORLHeadlessClick(d, kEditStatus);
     }
-    EXPECT_EQ(Text(d, 139), status);
-    EXPECT_EQ(Look(d, 139).selectionEnd, 0);
-    OrlWindow edit = ORLHeadlessSystem()->GetDlgItem(d, 139);
+    EXPECT_EQ(Text(d, kEditStatus), status);
+    EXPECT_EQ(Look(d, kEditStatus).selectionEnd, 0);
+    OrlWindow edit = ORLHeadlessSystem()->GetDlgItem(d, kEditStatus);
     for (const uint32_t message : {256u, 258u, 512u, 513u, 514u, 515u, 32u}) {
       EXPECT_EQ(StatusSubProc(edit, message, 'x', 0), 0);
     }
-    EXPECT_EQ(Text(d, 139), status);
+    EXPECT_EQ(Text(d, kEditStatus), status);
     StatusSubProc(edit, ORL_WM_SETFOCUS, 0, 0);
-    EXPECT_EQ(Look(d, 100).focused, 1);
+    EXPECT_EQ(Look(d, kEditText).focused, 1);
   });
 }
 
@@ -174,13 +175,13 @@ TEST(EditorInsertion, DrawsRows) {
     const HostedContext ec = Formulas();
     if (row.Int(0) == 0) ORLSetListValuesCallback(ec, nullptr);
     Edit(ec, {nullptr, 1}, [&](OrlWindow d) {
-      const std::vector<std::string> rows = Rows(d, 114);
+      const std::vector<std::string> rows = Rows(d, kListFormulas);
       int32_t at = -1;
       for (size_t i = 0; i < rows.size(); ++i) {
         if (rows[i] == row[1] || rows[i] == "*" + row[1]) at = static_cast<int32_t>(i);
       }
       OrlHeadlessRowShown shown = {};
-      ORLHeadlessDrawRow(d, 114, at, static_cast<uint32_t>(row.Int(3)),
+      ORLHeadlessDrawRow(d, kListFormulas, at, static_cast<uint32_t>(row.Int(3)),
                          static_cast<uint32_t>(row.Int(4)), &shown);
       EXPECT_EQ(shown.bitmap, row[2]);
       EXPECT_EQ(shown.text, drawn ? row[1] : "");

@@ -59,7 +59,7 @@ TEST(LoadOrder, OpensTheEditorAtTheTurnOfEachFormula) {
     const std::string block = BlockOfRows(row.rows);
     std::string opened;
     const auto steps = [&](OrlWindow window) {
-      opened += Text(window, 101) + " ";
+      opened += Text(window, kEditName) + " ";
       Act(window, row.acts);
     };
     WithUser(steps, {}, [&] {

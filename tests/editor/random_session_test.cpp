@@ -65,8 +65,8 @@ void ListValues(EC, const char *, void *list, int32_t, int32_t *more) {
 // ---- What must hold
 
 void CheckRows(OrlWindow d) {
-  const std::vector<std::string> rows = Rows(d, 114, true);
-  const int32_t current = Look(d, 114).currentRow;
+  const std::vector<std::string> rows = Rows(d, kListFormulas, true);
+  const int32_t current = Look(d, kListFormulas).currentRow;
   std::string expected, found;
   size_t row = 1;
   for (int32_t i = 0; i < ORLGetExpressionCount(session.ec); ++i) {
@@ -86,61 +86,61 @@ void CheckEditor(OrlWindow d) {
   const std::vector<std::string> words = {"Formula", "Range", "Set"};
   const std::string word = Text(d).substr(0, Text(d).find(' '));
   const auto isEnabled = [d](int32_t id) { return Look(d, id).enabled != 0; };
-  const int32_t row = Look(d, 114).currentRow, item = Look(d, 106).currentRow;
-  const std::string name = row < 1 ? "" : Rows(d, 114)[static_cast<size_t>(row)].substr(1),
+  const int32_t row = Look(d, kListFormulas).currentRow, item = Look(d, kListItems).currentRow;
+  const std::string name = row < 1 ? "" : Rows(d, kListFormulas)[static_cast<size_t>(row)].substr(1),
                     newRow = "[ New " + word + " ]";
   HEXP exp = editor.currentExp;
   ASSERT_TRUE(exp == nullptr || ORLGetExpressionOrdinal(session.ec, exp) >= 0);
   CheckRows(d);
   EXPECT_EQ(word, words[size_t(editor.editorMode)]);
-  EXPECT_EQ(Rows(d, 114, true)[0], (row == 0 ? "*" : "") + newRow + ":-1");
+  EXPECT_EQ(Rows(d, kListFormulas, true)[0], (row == 0 ? "*" : "") + newRow + ":-1");
   const std::string shown = exp == nullptr ? "" : NameOf(session.ec, exp);
   const bool free = ORLIsNamedFormulaUsed(session.ec, shown.c_str()) == 0;
   EXPECT_EQ(Text(d), word + " Editor - " + (exp == nullptr ? newRow : shown));
-  EXPECT_EQ(Enabled(d, {101, 115}).size(), free ? 2u : 0u);
-  EXPECT_EQ(isEnabled(116), row >= 1 && ORLIsNamedFormulaUsed(session.ec, name.c_str()) == 0);
+  EXPECT_EQ(Enabled(d, {kEditName, kLabelName}).size(), free ? 2u : 0u);
+  EXPECT_EQ(isEnabled(kButtonDelete), row >= 1 && ORLIsNamedFormulaUsed(session.ec, name.c_str()) == 0);
   if (row >= 0) {
     HEXP ofRow = ORLHEXPFromName(session.ec, name.c_str());
-    EXPECT_EQ(Text(d, 117), "&Select " + (row == 0 ? word : words[size_t(KindOfExpression(ofRow))]));
+    EXPECT_EQ(Text(d, kButtonSelect), "&Select " + (row == 0 ? word : words[size_t(KindOfExpression(ofRow))]));
   }
   if (row >= 0 || !session.unlisted) {
-    EXPECT_EQ(isEnabled(117), row >= 0);
-    EXPECT_EQ(isEnabled(118), row >= 1 && ORLHeadlessFind("EXPTEXTVIEW") == nullptr);
+    EXPECT_EQ(isEnabled(kButtonSelect), row >= 0);
+    EXPECT_EQ(isEnabled(kButtonShowText), row >= 1 && ORLHeadlessFind("EXPTEXTVIEW") == nullptr);
   }
-  EXPECT_TRUE(!isEnabled(1) || (!Text(d, 101).empty() && (word == "Set" || !Text(d, 100).empty())));
+  EXPECT_TRUE(!isEnabled(kButtonOk) || (!Text(d, kEditName).empty() && (word == "Set" || !Text(d, kEditText).empty())));
   const bool open = ORLHeadlessFind("LISTVALUES") != nullptr;
-  EXPECT_EQ(Text(d, 133), open ? "List Data Item &Values" : "Data Item &Values Dialog...");
-  EXPECT_TRUE(open || isEnabled(133) == (item >= 0));
-  for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(Look(d, 134 + i).checked, i == editor.editorMode);
-  EXPECT_EQ(Rows(d, 106).size() + Rows(d, 107).size(), 7u + 1u + 20u);
+  EXPECT_EQ(Text(d, kButtonValues), open ? "List Data Item &Values" : "Data Item &Values Dialog...");
+  EXPECT_TRUE(open || isEnabled(kButtonValues) == (item >= 0));
+  for (int32_t i = 0; i < 3; ++i) EXPECT_EQ(Look(d, kOptionFormula + i).checked, i == editor.editorMode);
+  EXPECT_EQ(Rows(d, kListItems).size() + Rows(d, kListFunctions).size(), 7u + 1u + 20u);
 }
 
 // ---- The user
 
 // One action; the editor decides whether it is possible.
 void ActAtRandom(OrlWindow d) {
-  static const std::vector<int32_t> edits = {100, 101}, lists = {106, 107, 114, 114, 114},
+  static const std::vector<int32_t> edits = {kEditText, kEditName}, lists = {kListItems, kListFunctions, kListFormulas, kListFormulas, kListFormulas},
                                     keys = {9, 32, 13, 38, 40, 37, 39, 46, 8};
   const int32_t kind = Below(14), list = OneOf(lists), edit = OneOf(edits), key = OneOf(keys);
-  const int32_t row = Below(Look(d, list).rowCount + 1), id = 100 + Below(40);
+  const int32_t row = Below(Look(d, list).rowCount + 1), id = kEditText + Below(40);
   OrlWindow view = ORLHeadlessFind("EXPTEXTVIEW"), values = ORLHeadlessFind("LISTVALUES");
-  const std::string text = edit == 101 ? Name() : OneOf(kTexts);
+  const std::string text = edit == kEditName ? Name() : OneOf(kTexts);
   for (const int32_t part : {kind, id, list, row}) session.done += std::to_string(part) + " ";
   session.done += text + "; ";
   switch (kind) {
     case 0: case 1: ORLHeadlessClick(d, id); break;
     case 2: case 3: ORLHeadlessClickRow(d, list, row); break;
     case 4: ORLHeadlessDoubleClickRow(d, list, row); break;
-    case 5: ORLHeadlessRightDoubleClickRow(d, 114, row); break;
+    case 5: ORLHeadlessRightDoubleClickRow(d, kListFormulas, row); break;
     // Of the keys that go to another formula the editor is notified of two only.
     case 6:
-      ORLHeadlessKey(d, id == 114 && (key == 37 || key == 39) ? 100 : id, uint32_t(key), 0);
+      ORLHeadlessKey(d, id == kListFormulas && (key == 37 || key == 39) ? kEditText : id, uint32_t(key), 0);
       break;
-    case 7: ORLHeadlessSelect(d, 100, Below(9), Below(30)); break;
+    case 7: ORLHeadlessSelect(d, kEditText, Below(9), Below(30)); break;
     case 8: ORLHeadlessSelect(d, edit, 0, -1); ORLHeadlessType(d, edit, text.c_str()); break;
-    case 9: ORLHeadlessClick(d, Below(3) == 0 ? 116 : 117); break;
-    case 10: ORLHeadlessClick(d, Below(8) == 0 ? 1 + Below(2) : 133 + Below(4)); break;
-    case 11: ORLHeadlessDoubleClickRow(values, 100, 0); ORLHeadlessType(view, 100, "x"); break;
+    case 9: ORLHeadlessClick(d, Below(3) == 0 ? kButtonDelete : kButtonSelect); break;
+    case 10: ORLHeadlessClick(d, Below(8) == 0 ? kButtonOk + Below(2) : kButtonValues + Below(4)); break;
+    case 11: ORLHeadlessDoubleClickRow(values, kListValues, 0); ORLHeadlessType(view, kEditView, "x"); break;
     case 12: ORLHeadlessClose(Below(2) == 0 ? view : values); break;
     default: ORLHeadlessClick(d, 1);
   }
@@ -153,7 +153,7 @@ int32_t PlayUser(void *, OrlWindow window) {
     ORLHeadlessAnswer(window, OneOf<int32_t>({6, 6, 7, 2, 1}));
   } else if (name != std::string("EXPBILD")) {
     Meddle();
-    ORLHeadlessClick(window, 202);
+    ORLHeadlessClick(window, kErrorOk);
   } else if (session.left-- > 0) {
     CheckEditor(window);
     ActAtRandom(window);

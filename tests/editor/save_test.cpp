@@ -110,15 +110,16 @@ std::string Short() {
 std::string State(OrlWindow d, EC ec) {
   if (Look(d).reachable == 0) return "";
   std::string rows;
-  for (int32_t row = 1; row < Look(d, 114).rowCount; ++row) {
-    const std::string name = Rows(d, 114)[static_cast<size_t>(row)];
+  for (int32_t row = 1; row < Look(d, kListFormulas).rowCount; ++row) {
+    const std::string name = Rows(d, kListFormulas)[static_cast<size_t>(row)];
     HEXP exp = ORLHEXPFromName(ec, name.c_str() + (name[0] == '*' ? 1 : 0));
-    EXPECT_EQ(ORLHeadlessRowData(d, 114, row), ORLGetExpressionOrdinal(ec, exp)) << name;
+    EXPECT_EQ(ORLHeadlessRowData(d, kListFormulas, row), ORLGetExpressionOrdinal(ec, exp)) << name;
     rows += " " + name;
   }
-  EXPECT_EQ(ORLHeadlessRowData(d, 114, 0), -1);
+  EXPECT_EQ(ORLHeadlessRowData(d, kListFormulas, 0), -1);
   const std::string title = Text(d);
-  return Marked(d) + "|" + Text(d, 101) + "|" + title.substr(title.find(" - ") + 3) + "|" + rows;
+  return Marked(d) + "|" + Text(d, kEditName) + "|" + title.substr(title.find(" - ") + 3) + "|" +
+         rows;
 }
 
 struct Row {
@@ -139,7 +140,7 @@ void CheckRow(const Row &row, const Context &ec) {
     EXPECT_EQ(State(d, ec), row.state);
     const bool toText = row.said.find('!') != std::string::npos ||
                         (std::strstr(row.acts, "; click 117") != nullptr && row.answers != kStay);
-    EXPECT_TRUE(!toText || Look(d, 100).focused != 0);
+    EXPECT_TRUE(!toText || Look(d, kEditText).focused != 0);
   };
   Edit(ec, {ORLHEXPFromName(ec, row.exp), row.type}, steps, row.answers);
   EXPECT_EQ(Short(), row.said);
@@ -277,7 +278,7 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
         OrlDlgProc(d, ORL_WM_COMMAND, 1, 0);
         TEST_FailAllocationsAfter(-1);
         saved = !ec.Changes().empty();
-        EXPECT_EQ(Look(d).reachable == 0 ? "7 * 8" : Text(d, 100), "7 * 8");
+        EXPECT_EQ(Look(d).reachable == 0 ? "7 * 8" : Text(d, kEditText), "7 * 8");
       };
       WithUser(steps, {}, [&] {
         changed = *ORLHeadlessSystem();
@@ -364,9 +365,10 @@ TEST(EditorRecovery, RepairsABlockWhileItLoads) {
     SCOPED_TRACE(row.stored);
     const HostedContext ec;
     const auto steps = [&](OrlWindow window) {
-      const auto found = row.acts.find(Text(window, 101));
-      ASSERT_NE(found, row.acts.end()) << Text(window, 101);
-      EXPECT_EQ(Enabled(window, {101, 116, 117, 118}), std::vector<int32_t>());
+      const auto found = row.acts.find(Text(window, kEditName));
+      ASSERT_NE(found, row.acts.end()) << Text(window, kEditName);
+      EXPECT_EQ(Enabled(window, {kEditName, kButtonDelete, kButtonSelect, kButtonShowText}),
+                std::vector<int32_t>());
       Act(window, found->second);
       EXPECT_EQ(Look(window).reachable, 0) << found->second;
     };

@@ -46,9 +46,9 @@ int32_t PlayUser(void *, OrlWindow window) {
     user.steps(window);
     ORLHeadlessClose(window);
   } else {
-    messages.push_back("!" + Text(window, 201) + "|" + Marked(window, 200));
+    messages.push_back("!" + Text(window, kErrorMessage) + "|" + Marked(window, kErrorText));
     if (atBoxes) atBoxes();
-    ORLHeadlessClick(window, 202);
+    ORLHeadlessClick(window, kErrorOk);
   }
   return 1;
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "orli11.h"
+#include "resources/control_ids.h"
 #include "windows/headless/headless.h"
 
 using Steps = std::function<void(OrlWindow dialog)>;
@@ -53,7 +54,7 @@ OrlHeadlessState Look(OrlWindow dialog, int32_t id = ORL_HEADLESS_SELF);
 // The text of a control, the title of a dialog.
 std::string Text(OrlWindow dialog, int32_t id = ORL_HEADLESS_SELF);
 // The text of an edit with its selection in braces: "A AND {Expression}", with the caret "A{}".
-std::string Marked(OrlWindow dialog, int32_t id = 100);
+std::string Marked(OrlWindow dialog, int32_t id = kEditText);
 // The rows of a list, "*" before the current one, followed by ":data" where `data` is true.
 std::vector<std::string> Rows(OrlWindow dialog, int32_t list, bool data = false);
 std::string RowList(OrlWindow dialog, int32_t list, bool data = false);  // joined by ", "

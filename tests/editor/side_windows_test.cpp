@@ -66,7 +66,7 @@ TEST(TextView, ShowsTheSelectedFormula) {
     const auto steps = [&row](OrlWindow d) {
       OrlWindow view = Play(d, row[0], "EXPTEXTVIEW");
       EXPECT_EQ(view == nullptr ? "" : Text(view) + "|" + Marked(view), row[1]);
-      EXPECT_EQ(Look(d, 118).enabled, view == nullptr && Look(d, 114).currentRow > 0 ? 1 : 0);
+      EXPECT_EQ(Look(d, kButtonShowText).enabled, view == nullptr && Look(d, kListFormulas).currentRow > 0 ? 1 : 0);
       EXPECT_EQ(ORLHeadlessOpen(nullptr, 0), view == nullptr ? 1 : 2);
     };
     Edit(ec, {}, steps, {ORL_IDYES});
@@ -80,7 +80,7 @@ TEST(ValuesDialog, KeepsItsButtonInStep) {
     mores = row.Ints(1);
     Edit(ec, {}, [&](OrlWindow d) {
       OrlWindow window = Play(d, row[0], "LISTVALUES");
-      EXPECT_EQ(Text(d, 133) + "|" + std::to_string(Look(d, 133).enabled) + "|" + calls + "|" +
+      EXPECT_EQ(Text(d, kButtonValues) + "|" + std::to_string(Look(d, kButtonValues).enabled) + "|" + calls + "|" +
                     (window == nullptr ? "" : Text(window)), row[2]);
     });
   }
@@ -96,7 +96,7 @@ TEST(ValuesDialog, StandsBesideTheFunctions) {
       system.MoveWindow(d, place, place, 400, 400);
       Act(d, "row 106 Tax; click 133");
       OrlRect list = {}, own = {};
-      system.GetWindowRect(system.GetDlgItem(d, 107), &list);
+      system.GetWindowRect(system.GetDlgItem(d, kListFunctions), &list);
       system.GetWindowRect(ORLHeadlessFind("LISTVALUES"), &own);
       const int32_t quarter = (list.bottom - list.top) / 4;
       EXPECT_EQ(far ? own.right : own.left, far ? system.GetSystemMetrics(16) : list.right);
@@ -120,7 +120,7 @@ TEST(ValuesDialog, InsertsLiterals) {
       OrlWindow window = ORLHeadlessFind("LISTVALUES");
       EXPECT_EQ(Text(window) + " " + calls, row[0] + " - Values " + calls);
       EXPECT_EQ(calls, row[0] + " 1 ");
-      ASSERT_EQ(ORLHeadlessDoubleClickRow(window, 100, 0), 1);
+      ASSERT_EQ(ORLHeadlessDoubleClickRow(window, kListValues, 0), 1);
       EXPECT_EQ(Marked(d), row[5]);
     });
   }
@@ -168,13 +168,13 @@ TEST(ErrorBox, ShowsTheFaultAndNothingElseCan) {
     user = [&](OrlWindow box) {
       for (const char *acts : {"", "type 200 x", "select 200 0 1", "click 200", "key 200 46"}) {
         Act(box, acts);
-        EXPECT_EQ(Text(box, 201) + "|" + Marked(box, 200), row.shown) << acts;
+        EXPECT_EQ(Text(box, kErrorMessage) + "|" + Marked(box, kErrorText), row.shown) << acts;
       }
-      EXPECT_EQ(Look(box, 200).focused, 1);
+      EXPECT_EQ(Look(box, kErrorText).focused, 1);
       Act(box, "key 200 9");
       ORLHeadlessRepaint(box);
-      EXPECT_EQ(Look(box, 202).focused, 1);
-      ORLHeadlessHelp(box, 200, nullptr);
+      EXPECT_EQ(Look(box, kErrorOk).focused, 1);
+      ORLHeadlessHelp(box, kErrorText, nullptr);
       ORLHeadlessHelp(box, ORL_HEADLESS_SELF, &NoteHelp);
       Act(box, row.acts);
       return ++played;
@@ -207,10 +207,10 @@ TEST(SideWindows, CanBeDestroyedByTheHost) {
   Edit(ec, {}, [](OrlWindow d) {
     Act(d, "row 106 Amount; click 133");
     EXPECT_EQ(ORLHeadlessFind("LISTVALUES"), nullptr);
-    EXPECT_EQ(Text(d, 133), "Data Item &Values Dialog...");
+    EXPECT_EQ(Text(d, kButtonValues), "Data Item &Values Dialog...");
     Act(d, "click 133");
     EXPECT_NE(ORLHeadlessFind("LISTVALUES"), nullptr);
-    EXPECT_EQ(Text(d, 133), "List Data Item &Values");
+    EXPECT_EQ(Text(d, kButtonValues), "List Data Item &Values");
     Act(d, "row 114 Total; click 118");
     ORLHeadlessSystem()->DestroyWindow(ORLHeadlessFind("EXPTEXTVIEW"));
     Act(d, "click 118");

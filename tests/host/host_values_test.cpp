@@ -70,7 +70,7 @@ TEST(HostValues, AreListedInOrderAndInsertedAsLiterals) {
     HEXP exp = Edit(file.session.ec.get(), {nullptr, 0, "n"}, [&](OrlWindow d) {
       Act(d, std::string("row 106 ") + row.item + "; select 100 0 0; type 100 " + text);
       OrlWindow list = ORLHeadlessFind("LISTVALUES");
-      EXPECT_EQ(RowList(list, 100), row.rows) << row.item;
+      EXPECT_EQ(RowList(list, kListValues), row.rows) << row.item;
       Act(list, std::string("double 100 ") + row.value);
       Act(d, "click 1");
     });
@@ -118,17 +118,17 @@ TEST(HostValues, TheWindowGoesOnAndBeginsAnew) {
   ListedFile file(Values(650));
   Edit(file.session.ec.get(), {nullptr, 0, "s"}, [&](OrlWindow d) {
     OrlWindow list = ORLHeadlessFind("LISTVALUES");
-    EXPECT_EQ(Rows(list, 100).size(), 200U);
+    EXPECT_EQ(Rows(list, kListValues).size(), 200U);
     Act(d, "click 133");
-    EXPECT_EQ(Rows(list, 100).size(), 650U);
+    EXPECT_EQ(Rows(list, kListValues).size(), 650U);
     Act(d, "row 106 t");
-    EXPECT_EQ(RowList(list, 100), "");
+    EXPECT_EQ(RowList(list, kListValues), "");
     Act(d, "row 106 s");
-    EXPECT_EQ(Rows(list, 100).size(), 200U);
+    EXPECT_EQ(Rows(list, kListValues).size(), 200U);
     // A file that has changed while the editor is open ends each listing with a line about it.
     file.Write("s,t\na,\nb\n");
     Act(d, "row 106 t; row 106 s");
-    EXPECT_EQ(RowList(list, 100), "a");
+    EXPECT_EQ(RowList(list, kListValues), "a");
     EXPECT_EQ(complaints, file.path + ": line 3: 1 field, but the header has 2" + file.path +
                               ": line 3: 1 field, but the header has 2");
   });

@@ -19,6 +19,7 @@
 #include <set>
 
 #include "orli11/qt_windows.h"
+#include "resources/control_ids.h"
 #include "resources/dialogs.h"
 #include "windows/qt/state.h"
 
@@ -78,7 +79,8 @@ TEST(QtDialog, ControlsHaveRoomAndKeepApart) {
     SCOPED_TRACE(name);
     RunDialog(FindDialog(name), [](OrlWindow window) {
       const Dialog *dialog = qt_windows::FindDialog(window);
-      for (const int32_t id : {132, 134, 135, 136, 138}) {
+      for (const int32_t id :
+           {kButtonApply, kOptionFormula, kOptionRange, kOptionSet, kLabelMode}) {
         sys->ShowWindow(sys->GetDlgItem(window, id), 0);
       }
       for (const QSize &extra : {QSize(0, 0), QSize(333, 0), QSize(0, 277), QSize(901, 700)}) {
@@ -107,13 +109,17 @@ TEST(QtDialog, ControlsStandEvenly) {
     font.setPointSize(points);
     QApplication::setFont(font);
     RunDialog(FindDialog(kDialogEditor), [points](OrlWindow window) {
-      const std::vector<std::vector<int32_t>> across = {{1, 2, 116, 105},
-                                                        {127, 128, 129},
-                                                        {121, 120, 122, 130, 123},
-                                                        {108, 112, 109},
-                                                        {134, 135, 136}};
+      const std::vector<std::vector<int32_t>> across = {
+          {kButtonOk, kButtonCancel, kButtonDelete, kButtonWrap},
+          {kButtonDigit7, kButtonDigit8, kButtonDigit9},
+          {kButtonDigit1, kButtonDigit0, kButtonDigit2, kButtonPoint, kButtonDigit3},
+          {kButtonPlus, kButtonConcat, kButtonMinus},
+          {kOptionFormula, kOptionRange, kOptionSet}};
       const std::vector<std::vector<int32_t>> down = {
-          {103, 102, 104, 131}, {117, 118, 133}, {127, 124, 121, 120}, {108, 110, 112}};
+          {kButtonCut, kButtonCopy, kButtonPaste, kButtonClear},
+          {kButtonSelect, kButtonShowText, kButtonValues},
+          {kButtonDigit7, kButtonDigit4, kButtonDigit1, kButtonDigit0},
+          {kButtonPlus, kButtonTimes, kButtonConcat}};
       const auto steps = [window](const std::vector<int32_t> &ids, bool isDown) {
         std::set<int> found;
         for (size_t i = 1; i < ids.size(); ++i) {
@@ -125,12 +131,14 @@ TEST(QtDialog, ControlsStandEvenly) {
       };
       for (const auto &ids : across) EXPECT_EQ(1U, steps(ids, false)) << ids[0] << ", " << points;
       for (const auto &ids : down) EXPECT_EQ(1U, steps(ids, true)) << ids[0] << ", " << points;
-      sys->MoveWindow(sys->GetDlgItem(window, 114), PlaceOf(window, 114).x(),
-                      PlaceOf(window, 114).y() + 30, PlaceOf(window, 114).width(),
-                      PlaceOf(window, 114).height() - 30);
-      EXPECT_EQ(PlaceOf(window, 106).size().height(), PlaceOf(window, 107).size().height());
-      EXPECT_EQ(PlaceOf(window, 106).bottom(), PlaceOf(window, 107).bottom());
-      EXPECT_EQ(PlaceOf(window, 106).bottom(), PlaceOf(window, 114).bottom());
+      sys->MoveWindow(sys->GetDlgItem(window, kListFormulas), PlaceOf(window, kListFormulas).x(),
+                      PlaceOf(window, kListFormulas).y() + 30,
+                      PlaceOf(window, kListFormulas).width(),
+                      PlaceOf(window, kListFormulas).height() - 30);
+      EXPECT_EQ(PlaceOf(window, kListItems).size().height(),
+                PlaceOf(window, kListFunctions).size().height());
+      EXPECT_EQ(PlaceOf(window, kListItems).bottom(), PlaceOf(window, kListFunctions).bottom());
+      EXPECT_EQ(PlaceOf(window, kListItems).bottom(), PlaceOf(window, kListFormulas).bottom());
     });
   }
 }
@@ -139,26 +147,30 @@ TEST(QtDialog, EnlargedGivesTheRoomToTextAndLists) {
   RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
     const Dialog *dialog = qt_windows::FindDialog(window);
     std::map<int32_t, QRect> before;
-    const std::vector<int32_t> ids = {1, 100, 101, 103, 106, 107, 114, 120, 129, 134, 136, 139};
+    const std::vector<int32_t> ids = {kButtonOk,     kEditText,      kEditName,     kButtonCut,
+                                      kListItems,    kListFunctions, kListFormulas, kButtonDigit0,
+                                      kButtonDigit9, kOptionFormula, kOptionSet,    kEditStatus};
     for (const int32_t id : ids) before[id] = PlaceOf(window, id);
     dialog->widget->resize(dialog->baseSize + QSize(300, 200));
     const auto grown = [&](int32_t id) { return PlaceOf(window, id).size() - before[id].size(); };
-    EXPECT_EQ(300, grown(100).width());
-    EXPECT_EQ(300, grown(139).width());
-    EXPECT_EQ(300, grown(106).width() + grown(107).width() + grown(114).width());
-    EXPECT_GT(grown(101).width(), 50);
+    EXPECT_EQ(300, grown(kEditText).width());
+    EXPECT_EQ(300, grown(kEditStatus).width());
+    EXPECT_EQ(300, grown(kListItems).width() + grown(kListFunctions).width() +
+                       grown(kListFormulas).width());
+    EXPECT_GT(grown(kEditName).width(), 50);
     // The text and the lists below it share the height.
-    EXPECT_NEAR(200, grown(100).height() + grown(106).height(), 20);
-    EXPECT_GT(grown(100).height(), 50);
-    EXPECT_GT(grown(107).height(), 50);
-    for (const int32_t id : {1, 103, 120, 134}) EXPECT_EQ(QSize(0, 0), grown(id)) << id;
+    EXPECT_NEAR(200, grown(kEditText).height() + grown(kListItems).height(), 20);
+    EXPECT_GT(grown(kEditText).height(), 50);
+    EXPECT_GT(grown(kListFunctions).height(), 50);
+    for (const int32_t id : {kButtonOk, kButtonCut, kButtonDigit0, kOptionFormula})
+      EXPECT_EQ(QSize(0, 0), grown(id)) << id;
     // Adjacent controls stay adjacent.
     const auto apart = [&](int32_t left, int32_t right) {
       return PlaceOf(window, right).topLeft() - PlaceOf(window, left).topLeft() -
              (before[right].topLeft() - before[left].topLeft());
     };
-    EXPECT_EQ(QPoint(0, 0), apart(134, 136));
-    EXPECT_EQ(QPoint(0, 0), apart(120, 129));
+    EXPECT_EQ(QPoint(0, 0), apart(kOptionFormula, kOptionSet));
+    EXPECT_EQ(QPoint(0, 0), apart(kButtonDigit0, kButtonDigit9));
     dialog->widget->resize(dialog->baseSize);
     for (const int32_t id : ids) EXPECT_EQ(before[id], PlaceOf(window, id)) << id;
     // A control that the program moves to its own position stays there, however often.
@@ -192,10 +204,10 @@ TEST(QtDialog, ControlsHaveNamesForThoseWhoCannotSeeThem) {
       EXPECT_TRUE(named) << control->id;
     }
     EXPECT_EQ(QAccessible::RadioButton,
-              QAccessible::queryAccessibleInterface(WidgetOf(window, 134))->role());
+              QAccessible::queryAccessibleInterface(WidgetOf(window, kOptionFormula))->role());
   });
   RunDialog(FindDialog(kDialogError), [](OrlWindow window) {
-    sys->SetWindowText(sys->GetDlgItem(window, 201), "ERR_VAR: What is wrong");
+    sys->SetWindowText(sys->GetDlgItem(window, kErrorMessage), "ERR_VAR: What is wrong");
     EXPECT_EQ("ERR_VAR: What is wrong",
               qt_windows::FindDialog(window)->widget->accessibleDescription());
   });
@@ -206,29 +218,30 @@ TEST(QtDialog, MnemonicsLeadToControls) {
   const struct {
     Qt::Key key;
     int32_t focus;
-  } rows[] = {{Qt::Key_I, 106}, {Qt::Key_U, 114}, {Qt::Key_F, 107},
-              {Qt::Key_M, 134}, {Qt::Key_M, 101}, {Qt::Key_Q, 101}};
+  } rows[] = {{Qt::Key_I, kListItems},     {Qt::Key_U, kListFormulas}, {Qt::Key_F, kListFunctions},
+              {Qt::Key_M, kOptionFormula}, {Qt::Key_M, kEditName},     {Qt::Key_Q, kEditName}};
   RunDialog(FindDialog(kDialogEditor), [&rows](OrlWindow window) {
-    sys->SetFocus(sys->GetDlgItem(window, 100));
+    sys->SetFocus(sys->GetDlgItem(window, kEditText));
     EXPECT_TRUE(QTest::qWaitForWindowActive(qt_windows::FindDialog(window)->widget, kPatience));
     for (const auto &row : rows) {
       ASSERT_NE(nullptr, QApplication::focusWidget());
       QTest::keyClick(QApplication::focusWidget(), row.key, Qt::AltModifier);
       EXPECT_EQ(WidgetOf(window, row.focus), QApplication::focusWidget()) << row.key;
     }
-    EXPECT_EQ(0, sys->GetWindowTextLength(sys->GetDlgItem(window, 101))) << "a letter was typed";
+    EXPECT_EQ(0, sys->GetWindowTextLength(sys->GetDlgItem(window, kEditName)))
+        << "a letter was typed";
   });
 }
 
 // For a read-only text, with a procedure before it that handles all keys.
 TEST(QtDialog, TextsThatAreKeptAreReadByKeys) {
   RunDialog(FindDialog(kDialogTextView), [](OrlWindow window) {
-    OrlWindow edit = sys->GetDlgItem(window, 100);
+    OrlWindow edit = sys->GetDlgItem(window, kEditText);
     sys->SetWindowProc(edit,
                        [](OrlWindow, uint32_t, uintptr_t, intptr_t) -> intptr_t { return 0; });
     EXPECT_TRUE(QTest::qWaitForWindowActive(qt_windows::FindDialog(window)->widget, kPatience));
     sys->SetWindowText(edit, QByteArray(200, '\n').constData());
-    auto *area = qobject_cast<QAbstractScrollArea *>(WidgetOf(window, 100));
+    auto *area = qobject_cast<QAbstractScrollArea *>(WidgetOf(window, kEditText));
     const std::pair<Qt::Key, bool> keys[] = {{Qt::Key_Down, true},    {Qt::Key_PageDown, true},
                                              {Qt::Key_End, true},     {Qt::Key_Up, false},
                                              {Qt::Key_PageUp, false}, {Qt::Key_Home, false}};
@@ -336,7 +349,7 @@ TEST(QtDialog, AnEndedDialogHearsNothingMore) {
     sys->SetTimer(window, 7, 10);
     sys->EndDialog(window, 1);
     ended = true;
-    for (const int32_t id : {1, 100, 101, 106, 134}) {
+    for (const int32_t id : {kButtonOk, kEditText, kEditName, kListItems, kOptionFormula}) {
       for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_Space, Qt::Key_A}) {
         QTest::keyClick(WidgetOf(window, id), key);
       }
@@ -372,7 +385,7 @@ TEST(QtDialog, AsksBeforeChangedTextIsDiscarded) {
     };
     RunDialog(FindDialog(kDialogEditor), [&](OrlWindow window) {
       sys->SetEditorHost(row.quiet ? &quiet : nullptr);
-      QWidget *text = WidgetOf(window, 100);
+      QWidget *text = WidgetOf(window, kEditText);
       QTest::keyClicks(text, row.typed);
       if (row.undone) QTest::keyClick(text, Qt::Key_Z, Qt::ControlModifier);
       const std::function<void()> leave[] = {
@@ -410,21 +423,21 @@ TEST(QtDialog, TextIsGoneBackTo) {
   static int32_t looks;
   looks = 0;
   RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
-    OrlWindow edit = sys->GetDlgItem(window, 100);
+    OrlWindow edit = sys->GetDlgItem(window, kEditText);
     sys->SetTextAid(edit, &aid);
     sys->SetWindowProc(edit, [](OrlWindow, uint32_t message, uintptr_t, intptr_t) -> intptr_t {
       looks += message == ORL_WM_KEYDOWN ? 1 : 0;
       return 0;
     });
     answer = [window](uint32_t message, uintptr_t wParam) {
-      if (message == ORL_WM_COMMAND && wParam == 116) {
-        sys->EnableWindow(sys->GetDlgItem(window, 116), 0);
+      if (message == ORL_WM_COMMAND && wParam == kButtonDelete) {
+        sys->EnableWindow(sys->GetDlgItem(window, kButtonDelete), 0);
       }
       return 0;
     };
     EXPECT_TRUE(QTest::qWaitForWindowActive(qt_windows::FindDialog(window)->widget, kPatience));
-    QTest::mouseClick(WidgetOf(window, 116), Qt::LeftButton);
-    EXPECT_EQ(WidgetOf(window, 100), QApplication::focusWidget());
+    QTest::mouseClick(WidgetOf(window, kButtonDelete), Qt::LeftButton);
+    EXPECT_EQ(WidgetOf(window, kEditText), QApplication::focusWidget());
     looks = 0;
     QApplication::clipboard()->setText("another program's");
     EXPECT_TRUE(QTest::qWaitFor([] { return looks >= 1; }, kPatience));
@@ -451,20 +464,20 @@ TEST(QtDialog, SideWindowsAreReachedByKeys) {
     };
     RunDialog(FindDialog(kDialogTextView), [&](OrlWindow window) {
       OrlWindow beside = sys->CreateDialogParam(FindDialog(kDialogValues), window, side, 0);
-      OrlWindow list = sys->GetDlgItem(beside, 100);
+      OrlWindow list = sys->GetDlgItem(beside, kListValues);
       sys->SendMessage(list, ORL_LB_ADDSTRING, 0, reinterpret_cast<intptr_t>("row"));
       sys->SendMessage(list, ORL_LB_SETCURSEL, 0, 0);
       QWidget *widget = qt_windows::FindDialog(beside)->widget;
       ASSERT_TRUE(QTest::qWaitForWindowActive(widget, kPatience));
       QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-      for (QWidget *next : {WidgetOf(window, 100), WidgetOf(beside, 100)}) {
+      for (QWidget *next : {WidgetOf(window, kEditView), WidgetOf(beside, kListValues)}) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_F6);
         EXPECT_TRUE(
             QTest::qWaitFor([next] { return QApplication::focusWidget() == next; }, kPatience));
       }
       QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
     });
-    const uintptr_t doubleClick = 100 | uintptr_t{ORL_LBN_DBLCLK} << 16;
+    const uintptr_t doubleClick = kListValues | uintptr_t{ORL_LBN_DBLCLK} << 16;
     EXPECT_EQ(
         handles ? (std::vector<uintptr_t>{1, 2}) : (std::vector<uintptr_t>{1, doubleClick, 2}),
         told);
