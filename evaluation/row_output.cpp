@@ -1,6 +1,7 @@
 #include "evaluation/row_output.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "evaluation/rows.h"
@@ -27,7 +28,7 @@ void PublishChunk(const RowOutput &output, int64_t chunk) {
   const OrlRowResults &results = *output.results;
   const int64_t first = chunk * kChunkRows;
   const int64_t rows = RowsOfChunk(output, chunk);
-  const uint8_t *elements = output.chunks[chunk];
+  const uint8_t *elements = output.chunks.get()[chunk];
   const auto size = static_cast<size_t>(rows * output.elementSize);
   void *target = results.form == ORL_COLUMN_TEXT
                      ? static_cast<void *>(results.offsets + first + 1)
@@ -43,13 +44,19 @@ char *FinishText(RowOutput &output) {
   if (output.text == nullptr) {
     return static_cast<char *>(WRENMemAlloc(1));
   }
-  return static_cast<char *>(WRENMemRealloc(output.text, output.textUsed));
+  return static_cast<char *>(WRENMemRealloc(output.text.get(), output.textUsed));
 }
 
 }  // namespace
 
+RowOutput::~RowOutput() {
+  for (uint32_t i = 0; i < chunkCount; ++i) {
+    const Owned<uint8_t> chunk(chunks.get()[i]);
+  }
+}
+
 bool OutputBegin(RowOutput &output, OrlRowResults *results, int64_t rows, bool direct) {
-  output = {};
+  assert(output.results == nullptr);
   output.results = results;
   output.rows = rows;
   output.elementSize = ElementSize(results->form);
@@ -57,21 +64,9 @@ bool OutputBegin(RowOutput &output, OrlRowResults *results, int64_t rows, bool d
     return true;
   }
   const int64_t count = (rows + kChunkRows - 1) / kChunkRows;
-  if (count > UINT32_MAX / int64_t{sizeof(uint8_t *)}) {
-    return false;
-  }
-  output.chunks = static_cast<uint8_t **>(
-      WRENMemAlloc(static_cast<uint32_t>(static_cast<size_t>(count) * sizeof(uint8_t *))));
+  output.chunks = Allocate<uint8_t *>(static_cast<uint64_t>(count));
   output.chunkCount = output.chunks == nullptr ? 0 : static_cast<uint32_t>(count);
   return output.chunks != nullptr;
-}
-
-void OutputEnd(RowOutput &output) {
-  for (uint32_t i = 0; i < output.chunkCount; ++i) {
-    ReplaceBlock(output.chunks[i]);
-  }
-  ReplaceBlock(output.chunks);
-  ReplaceBlock(output.text);
 }
 
 RowPlace OutputPlace(RowOutput &output, int64_t row) {
@@ -82,13 +77,13 @@ RowPlace OutputPlace(RowOutput &output, int64_t row) {
   }
   const int64_t chunk = row / kChunkRows;
   const int64_t inChunk = row % kChunkRows;
-  if (output.chunks[chunk] == nullptr) {
-    output.chunks[chunk] = NewChunk(output, chunk);
-    if (output.chunks[chunk] == nullptr) {
+  uint8_t *&elements = output.chunks.get()[chunk];
+  if (elements == nullptr) {
+    elements = NewChunk(output, chunk);
+    if (elements == nullptr) {
       return {};
     }
   }
-  uint8_t *elements = output.chunks[chunk];
   return {elements + inChunk * output.elementSize,
           elements + RowsOfChunk(output, chunk) * output.elementSize + inChunk / 8};
 }
@@ -99,17 +94,18 @@ char *OutputText(RowOutput &output, uint64_t length) {
   if (wanted > INT32_MAX) {
     return nullptr;
   }
-  const uint64_t size = output.text == nullptr ? 0 : WRENMemSize(output.text);
+  const uint64_t size = WRENMemSize(output.text.get());
   if (wanted > size || output.text == nullptr) {
     const uint64_t larger = std::max({wanted, size * 2, kFirstSize});
     const auto bytes = static_cast<uint32_t>(std::min<uint64_t>(larger, INT32_MAX));
-    void *grown = output.text == nullptr ? WRENMemAlloc(bytes) : WRENMemRealloc(output.text, bytes);
+    auto *grown = static_cast<char *>(WRENMemRealloc(output.text.get(), bytes));
     if (grown == nullptr) {
       return nullptr;
     }
-    output.text = static_cast<char *>(grown);
+    static_cast<void>(output.text.release());  // it has moved
+    output.text.reset(grown);
   }
-  return output.text + output.textUsed;
+  return output.text.get() + output.textUsed;
 }
 
 bool OutputPublish(RowOutput &output) {
@@ -121,7 +117,7 @@ bool OutputPublish(RowOutput &output) {
     }
     results.values = text;
     results.offsets[0] = 0;
-    output.text = nullptr;
+    static_cast<void>(output.text.release());  // the host owns it
   }
   for (uint32_t i = 0; i < output.chunkCount; ++i) {
     PublishChunk(output, i);

@@ -6,25 +6,30 @@
 #include <cstdint>
 
 #include "orli11.h"
+#include "platform/owned.h"
 
 // Rows of one block of the engine.
 constexpr int64_t kChunkRows = 65536;
 
 struct RowOutput {
-  OrlRowResults *results;
-  int64_t rows;
-  int64_t rowsWithValue;
-  uint32_t elementSize;  // TEXT: of the end offset of a row's string
-  uint8_t **chunks;      // owned, elements and then bits; null for direct results
-  uint32_t chunkCount;
-  char *text;  // owned until it is published
-  uint32_t textUsed;
+  OrlRowResults *results = nullptr;
+  int64_t rows = 0;
+  int64_t rowsWithValue = 0;
+  uint32_t elementSize = 0;  // TEXT: of the end offset of a row's string
+  Owned<uint8_t *> chunks;   // owned as well: elements and then bits; null for direct results
+  uint32_t chunkCount = 0;
+  OwnedText text;  // until it is published
+  uint32_t textUsed = 0;
+
+  RowOutput() = default;
+  ~RowOutput();
+  RowOutput(const RowOutput &) = delete;
+  RowOutput &operator=(const RowOutput &) = delete;
 };
 
-// With `direct` the results are written to the host's memory at once. False when out of memory.
-// OutputEnd must follow in either case.
+// Prepares an output, once. With `direct` the results are written to the host's memory at once.
+// False when out of memory.
 bool OutputBegin(RowOutput &output, OrlRowResults *results, int64_t rows, bool direct);
-void OutputEnd(RowOutput &output);
 
 // The destination of the results of some rows, from a row that is a multiple of 8 to the end of its
 // chunk.

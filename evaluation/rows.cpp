@@ -92,9 +92,7 @@ int64_t ORLEvaluateRows(EC ec, HEXP exp, int64_t rows, int32_t columnCount,
     return -1;
   }
   const RowsCall call = {ec, exp, rows, bound.get(), count, results};
-  RowOutput output = {};
+  RowOutput output;
   const bool done = Evaluate(call, output) == RowsOutcome::Done && OutputPublish(output);
-  const int64_t rowsWithValue = output.rowsWithValue;
-  OutputEnd(output);
-  return done ? rowsWithValue : -1;
+  return done ? output.rowsWithValue : -1;
 }

@@ -1,3 +1,5 @@
+// The semantic actions: what the parser does with each production when it is reduced. An action
+// builds the production's node, checks its types and sets the error when it fails.
 #include <cstring>
 
 #include "engine/context.h"

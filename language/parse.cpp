@@ -99,7 +99,6 @@ OwnedExpression ExpressionFromText(EC ec, const char *text, const char *name, Fo
     *dataType = StoredType(BuiltRoot(state.builder).dataType);
     expression = NamedExpression(state, name);
   }
-  BuilderEnd(state.builder);
   if (expression == nullptr) {
     error = state.error;
   }
@@ -208,7 +207,6 @@ bool ReparseExpression(EC ec, Expression *expression, const char *text) {
   if (ParseText(state, ec, text)) {
     fresh = MakeExpression(state, KeyOfEntry(expression->entry));
   }
-  BuilderEnd(state.builder);
   if (fresh == nullptr) {
     return false;
   }

@@ -22,6 +22,5 @@ bool ResetParseState(ParseState &state, ExprContext *context, const char *text, 
   state.badDateOffset = 0;
   state.badDateLength = 0;
   state.error = FormulaError{0, 0, 0};
-  BuilderBegin(state.builder);
   return length < INT32_MAX;
 }

@@ -8,7 +8,7 @@
 #include "language/tree_builder.h"
 #include "orli11.h"
 
-// ORDER TOKEN: TokenName in scanner.cpp and the grammar's terminals follow these codes. A code from
+// ORDER TOKEN: the grammar's terminals and the tests' TokenName follow these codes. A code from
 // 0 to 127 is the character itself, 0 the end of the text. The text of a token is its span.
 enum Token : int32_t {
   TOK_END = 0,
@@ -74,14 +74,9 @@ struct ParseState {
   StackEntry entries[kParserStackSize];
 };
 
-// Prepares the state for a text, which must outlive the parse. The fields after `builder` are set
+// Prepares a new state for a text, which must outlive the parse. The fields after `builder` are set
 // as they are used. False, with an empty text, when it is too long.
 bool ResetParseState(ParseState &state, ExprContext *context, const char *text, bool nameCheck);
-
-// Bytes of the text read by the scanner so far, the blank after it included.
-inline int32_t BytesDelivered(const ParseState &state) {
-  return state.delivered;
-}
 
 // A token's text, and that of a leaf.
 inline std::string_view TextAt(const ParseState &state, int32_t offset, int32_t length) {

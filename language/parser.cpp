@@ -31,7 +31,7 @@ constexpr ColumnTable kColumns = MakeColumns();
 // a text that is too long, is kept.
 void Report(ParseState &state, int32_t id) {
   if (state.error.id != ORL_ERR_MAXTOKEN) {
-    SetError(state, id, BytesDelivered(state) - state.tokenLength, state.tokenLength);
+    SetError(state, id, state.delivered - state.tokenLength, state.tokenLength);
   }
 }
 

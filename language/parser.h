@@ -8,8 +8,7 @@
 #include "language/parse_state.h"
 
 // Parses the text that the state was reset for. True when it was accepted, with the nodes in
-// state.builder, the root last; false when it failed, with the reason in state.error. BuilderEnd
-// must follow in either case.
+// state.builder, the root last; false when it failed, with the reason in state.error.
 bool RunParser(ParseState &state);
 
 // Runs the action of a production. `rhs` are the stack entries of its right side. The first of them

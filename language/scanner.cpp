@@ -85,8 +85,7 @@ int32_t TakeMatch(ParseState &state, int32_t longest) {
 // The span reaches one byte further than the token before the overlong one is long, and ends with
 // the last byte read.
 int32_t EndByOverflow(ParseState &state) {
-  SetError(state, ORL_ERR_MAXTOKEN, BytesDelivered(state) - state.tokenLength + 1,
-           state.tokenLength + 1);
+  SetError(state, ORL_ERR_MAXTOKEN, state.delivered - state.tokenLength + 1, state.tokenLength + 1);
   return TOK_END;
 }
 
@@ -115,24 +114,4 @@ int32_t ScanToken(ParseState &state) {
       return token;
     }
   }
-}
-
-const char *TokenName(int32_t token) {
-  static const char *const names[] = {"NUMBER",   "IDENT", "CALLNAME", "SYSNAME", "(formula)",
-                                      "STRING",   "DATE",  "CONCAT",   "BAD",     "DATEUNIT",
-                                      "MODIFIER", "",      "AND"};
-  static_assert(std::size(names) == TOK_AND - TOK_NUMBER + 1);
-  static const char characters[] = "%\0(\0)\0*\0+\0,\0-\0/\0<\0=\0>\0{\0}";
-  if (token == TOK_END) {
-    return "END";
-  }
-  if (token >= TOK_NUMBER && token <= TOK_AND) {
-    return names[token - TOK_NUMBER];
-  }
-  for (const char *at = characters; *at != '\0'; at += 2) {
-    if (*at == token) {
-      return at;
-    }
-  }
-  return "?";
 }

@@ -17,7 +17,4 @@ int32_t ScanToken(ParseState &state);
 // The code of a date unit word with or without one S, in any case; 0 for any other word.
 uint16_t DateUnitOfWord(std::string_view word);
 
-// A token code in readable form, for dumps and messages.
-const char *TokenName(int32_t token);
-
 #endif

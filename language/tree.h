@@ -76,10 +76,6 @@ inline bool IsOperator(int32_t kind) {
 inline bool HasOperands(int32_t kind) {
   return IsOperator(kind) || kind == NODE_RANGE;
 }
-// Nodes with a list of children, which may be empty.
-inline bool HasList(int32_t kind) {
-  return kind == NODE_CALL || kind == NODE_SET;
-}
 // Nodes with a text.
 inline bool HasText(int32_t kind) {
   return kind >= NODE_ITEM && kind <= NODE_DATE;

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "platform/copy_bytes.h"
-#include "platform/owned.h"
 
 namespace {
 
@@ -96,27 +95,6 @@ void PutNodes(TreeBuilder &builder, const char *text, ExprNode *root, char *end)
 }
 
 }  // namespace
-
-void BuilderBegin(TreeBuilder &builder) {
-  builder.nodes = builder.firstNodes;
-  builder.count = 0;
-  builder.capacity = kFirstNodes;
-  builder.arguments = builder.firstArguments;
-  builder.argumentCount = 0;
-  builder.argumentCapacity = kFirstArguments;
-  builder.textBytes = 0;
-  builder.refers = false;
-}
-
-void BuilderEnd(TreeBuilder &builder) {
-  if (builder.nodes != builder.firstNodes) {
-    const Owned<DraftNode> nodes(builder.nodes);
-  }
-  if (builder.arguments != builder.firstArguments) {
-    const Owned<uint32_t> arguments(builder.arguments);
-  }
-  BuilderBegin(builder);
-}
 
 bool BuilderGrow(TreeBuilder &builder) {
   return Grow(builder.nodes, builder.firstNodes, builder.capacity);

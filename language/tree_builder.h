@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "language/tree.h"
+#include "platform/owned.h"
 
 // The number of nodes and arguments that the builder holds without further memory.
 constexpr uint32_t kFirstNodes = 512;
@@ -38,11 +39,12 @@ struct TreeBuilder {
   bool refers;         // there is a NODE_FORMULA
   DraftNode firstNodes[kFirstNodes];
   uint32_t firstArguments[kFirstArguments];
-};
 
-// Initialise a builder, and free what it holds.
-void BuilderBegin(TreeBuilder &builder);
-void BuilderEnd(TreeBuilder &builder);
+  TreeBuilder();
+  ~TreeBuilder();
+  TreeBuilder(const TreeBuilder &) = delete;
+  TreeBuilder &operator=(const TreeBuilder &) = delete;
+};
 
 // A new node, the last of a subtree of `size` nodes, with zeros in its other fields; null when out
 // of memory. The address is valid until the next node is added.
@@ -73,6 +75,25 @@ struct FinishedTree {
 FinishedTree FinishTree(TreeBuilder &builder, const char *text, uint32_t before, uint64_t after);
 
 // ---- Inline ----
+
+inline TreeBuilder::TreeBuilder()
+    : nodes(firstNodes),
+      count(0),
+      capacity(kFirstNodes),
+      arguments(firstArguments),
+      argumentCount(0),
+      argumentCapacity(kFirstArguments),
+      textBytes(0),
+      refers(false) {}
+
+inline TreeBuilder::~TreeBuilder() {
+  if (nodes != firstNodes) {
+    const Owned<DraftNode> grown(nodes);
+  }
+  if (arguments != firstArguments) {
+    const Owned<uint32_t> grown(arguments);
+  }
+}
 
 bool BuilderGrow(TreeBuilder &builder);
 

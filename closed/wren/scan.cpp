@@ -1,8 +1,8 @@
 // Substring search in linear time.
 #include <cstring>
-#include <memory>
 
 #include "closed/wren/codepage.h"
+#include "closed/wren/owned.h"
 #include "closed/wren/text_walk.h"
 #include "wreni11.h"
 
@@ -91,11 +91,7 @@ extern "C" int32_t WRENStrScan(const char *text, const char *pattern) {
   if (strnlen(text, length) < length) {
     return -1;
   }
-  std::unique_ptr<uint32_t, decltype(&WRENMemFree)> borders(nullptr, WRENMemFree);
-  if (length <= UINT32_MAX / sizeof(uint32_t)) {
-    const auto size = static_cast<uint32_t>(length * sizeof(uint32_t));
-    borders.reset(static_cast<uint32_t *>(WRENMemAlloc(size)));
-  }
+  const Owned<uint32_t> borders = Allocate<uint32_t>(length);
   if (borders == nullptr) {
     return ScanCharsSlowly(text, pattern, length, page);
   }

@@ -18,6 +18,27 @@
 
 namespace {
 
+// A token code in readable form.
+const char *TokenName(int32_t token) {
+  static const char *const names[] = {"NUMBER",   "IDENT", "CALLNAME", "SYSNAME", "(formula)",
+                                      "STRING",   "DATE",  "CONCAT",   "BAD",     "DATEUNIT",
+                                      "MODIFIER", "",      "AND"};
+  static_assert(std::size(names) == TOK_AND - TOK_NUMBER + 1);
+  static const char characters[] = "%\0(\0)\0*\0+\0,\0-\0/\0<\0=\0>\0{\0}";
+  if (token == TOK_END) {
+    return "END";
+  }
+  if (token >= TOK_NUMBER && token <= TOK_AND) {
+    return names[token - TOK_NUMBER];
+  }
+  for (const char *at = characters; *at != '\0'; at += 2) {
+    if (*at == token) {
+      return at;
+    }
+  }
+  return "?";
+}
+
 // The value of the token that the state is at.
 std::string ValueOf(const ParseState &state, int32_t code) {
   const std::string_view text = TextAt(state, state.tokenOffset, state.tokenSpan);
@@ -45,7 +66,7 @@ ScannedToken ScanOne(ParseState &state) {
   token.value = ValueOf(state, token.code);
   token.offset = state.tokenOffset;
   token.span = state.tokenSpan;
-  token.delivered = BytesDelivered(state);
+  token.delivered = state.delivered;
   token.taken = state.tokenLength;
   token.dateUnit = state.dateUnit;
   token.modifier = state.modifier;

@@ -45,5 +45,6 @@ std::string TreeText(const ExprNode *node) {
   if (HasOperands(NodeKindOf(node))) {
     return text + "(" + TreeText(LeftOperand(node)) + " " + TreeText(RightOperand(node)) + ")";
   }
-  return HasList(NodeKindOf(node)) ? text + Children(node) : text;
+  const bool hasList = NodeKindOf(node) == NODE_CALL || NodeKindOf(node) == NODE_SET;
+  return hasList ? text + Children(node) : text;
 }
