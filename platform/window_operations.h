@@ -1,10 +1,91 @@
-// Operations of OrlWindowSystem that are the same in every window system of this project.
+// What is the same in every window system of this project: limits, searches in lists, and
+// operations of OrlWindowSystem.
 #ifndef ORLI11_PLATFORM_WINDOW_OPERATIONS_H
 #define ORLI11_PLATFORM_WINDOW_OPERATIONS_H
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <span>
 
-#include "windows.h"
+#include "orli11/windows.h"
+#include "platform/text.h"
+#include "wreni11.h"
+
+// Modal dialogs inside each other: the limit for a dialog that opens another whenever it is
+// cancelled.
+constexpr int32_t kMostModals = 100;
+constexpr int32_t kMostControls = 4095;  // of a dialog
+
+// In WM_KEYDOWN and WM_KEYUP: a key that has no number of its own.
+constexpr uint32_t kKeyWithoutNumber = 231;
+
+// ---- Lists: `textOf(row)` is the text of a row as span<char>, which a zero byte follows
+// ----------
+
+// The position of a text in a sorted list of `count` rows, after equal ones.
+template <class TextOf>
+int32_t SortedPosition(int32_t count, const char *text, TextOf textOf) {
+  int32_t low = 0;
+  int32_t high = count;
+  while (low < high) {
+    const int32_t middle = low + (high - low) / 2;
+    if (lstrcmpiA(textOf(middle).data(), text) <= 0) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low;
+}
+
+// Whether a row begins with that text, in any case.
+inline bool RowBeginsWith(std::span<char> row, const char *prefix, size_t length) {
+  if (row.size() < length) {
+    return false;
+  }
+  char *const end = row.data() + length;
+  const char next = *end;
+  *end = '\0';
+  const bool begins = WRENStrEqualNoCase(row.data(), prefix) != 0;
+  *end = next;
+  return begins;
+}
+
+// LB_FINDSTRING: the next row after `after`, wrapping around at the end, or ORL_LB_ERR.
+template <class TextOf>
+int32_t FindRowByPrefix(int32_t count, intptr_t after, const char *prefix, TextOf textOf) {
+  if (prefix == nullptr || count == 0) {
+    return ORL_LB_ERR;
+  }
+  const size_t length = std::strlen(prefix);
+  const int32_t start = after < 0 || after >= count ? 0 : static_cast<int32_t>(after + 1) % count;
+  for (int32_t step = 0; step < count; ++step) {
+    const int32_t row = (start + step) % count;
+    if (RowBeginsWith(textOf(row), prefix, length)) {
+      return row;
+    }
+  }
+  return ORL_LB_ERR;
+}
+
+// ---- Operations ---------------------------------------------------------------------------------
+
+// Sends a message to the procedure of a window; 0 for one that is destroyed or has no procedure.
+// `Hold` keeps the dialog's record while the procedure runs, `ownProc` is the default procedure of
+// controls.
+template <class Hold, class Place>
+intptr_t SendToPlace(const Place &place, OrlWindowProc ownProc, OrlWindow window, uint32_t message,
+                     uintptr_t wParam, intptr_t lParam) {
+  if (place.dialog == nullptr) {
+    return 0;
+  }
+  const Hold hold(place.dialog);
+  OrlWindowProc proc = place.control == nullptr         ? place.dialog->proc
+                       : place.control->proc == nullptr ? ownProc
+                                                        : place.control->proc;
+  return proc == nullptr ? 0 : proc(window, message, wParam, lParam);
+}
 
 // `System` has the window system's type Hold, which keeps a dialog's record while a procedure runs,
 // and its routines:

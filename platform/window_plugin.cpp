@@ -34,7 +34,7 @@ struct Problem {
 };
 thread_local Problem problem;
 
-void Say(const char *what, const char *detail) {
+void SetProblem(const char *what, const char *detail) {
   std::snprintf(problem.text, sizeof(problem.text), "%s%s", what, detail);
 }
 
@@ -67,13 +67,13 @@ bool LoadPlugin() {
   }
   void *library = OpenPlugin();
   if (library == nullptr) {
-    Say("the window system cannot be loaded: ", dlerror());
+    SetProblem("the window system cannot be loaded: ", dlerror());
     return false;
   }
   const auto system = reinterpret_cast<SystemRoutine>(dlsym(library, "ORLQtWindowSystem"));
   const auto reason = reinterpret_cast<ProblemRoutine>(dlsym(library, "ORLQtWindowSystemProblem"));
   if (system == nullptr || reason == nullptr) {
-    Say(kPlugin, " is not the window system of this library");
+    SetProblem(kPlugin, " is not the window system of this library");
     return false;
   }
   plugin = {system, reason};
@@ -84,12 +84,12 @@ bool LoadPlugin() {
 // `problem`.
 const OrlWindowSystem *PluginSystem() {
   if (!IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
-    Say("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set", "");
+    SetProblem("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set", "");
     return nullptr;
   }
   // Otherwise whoever starts the program could choose what is loaded.
   if (getauxval(AT_SECURE) != 0) {
-    Say("a program with rights that its user does not have shows no dialogs", "");
+    SetProblem("a program with rights that its user does not have shows no dialogs", "");
     return nullptr;
   }
   if (!LoadPlugin()) {
@@ -97,7 +97,7 @@ const OrlWindowSystem *PluginSystem() {
   }
   const OrlWindowSystem *system = plugin.system();
   if (system == nullptr) {
-    Say("", plugin.problem());
+    SetProblem("", plugin.problem());
   } else {
     pluginSystem = system;
   }
@@ -116,7 +116,7 @@ const OrlWindowSystem *WindowsForDialog() {
   const bool isNew = system != nullptr && inForce == nullptr;
   // Another thread may have set it in the meantime, and have a dialog open.
   if (isNew && ORLSetWindowSystem(system) == 0 && Windows() != system) {
-    Say(kPlugin, " is not of this library's version");
+    SetProblem(kPlugin, " is not of this library's version");
     return nullptr;
   }
   return system;

@@ -39,7 +39,7 @@ struct Source {
   int number;
 };
 
-[[noreturn]] void GiveUp(const Source &source, const std::string &what) {
+[[noreturn]] void Fail(const Source &source, const std::string &what) {
   std::fprintf(stderr, "%s:%d: %s\n", source.path, source.number, what.c_str());
   std::exit(1);
 }
@@ -61,11 +61,11 @@ void ReadHeader(Source &source, Picture &picture) {
   std::string rest;
   if (!(words >> picture.name >> picture.width >> picture.height) || words >> rest ||
       picture.width - 1 >= kMaxSide || picture.height - 1 >= kMaxSide) {
-    GiveUp(source, "NAME WIDTH HEIGHT expected");
+    Fail(source, "NAME WIDTH HEIGHT expected");
   }
   for (const char letter : picture.name) {
     if (std::isupper(static_cast<unsigned char>(letter)) == 0) {
-      GiveUp(source, "the name has other letters than A to Z");
+      Fail(source, "the name has other letters than A to Z");
     }
   }
 }
@@ -76,11 +76,11 @@ void ReadPalette(Source &source, Picture &picture) {
     const std::string &line = source.line;
     if (line.size() != 8 || line[0] == ' ' || line[1] != ' ' ||
         line.find_first_not_of("0123456789abcdef", 2) != std::string::npos) {
-      GiveUp(source, "a letter and a colour of six hexadecimal digits expected");
+      Fail(source, "a letter and a colour of six hexadecimal digits expected");
     }
     int &color = picture.colorOf[static_cast<unsigned char>(line[0])];
     if (color != kNoColor) {
-      GiveUp(source, "the letter has a colour already");
+      Fail(source, "the letter has a colour already");
     }
     color = static_cast<int>(picture.colors.size());
     picture.colors.push_back(static_cast<uint32_t>(std::stoul(line.substr(2), nullptr, 16)));
@@ -91,21 +91,21 @@ void ReadRows(Source &source, Picture &picture) {
   while (NextLine(source)) {
     const std::string &row = source.line;
     if (picture.rows.size() == picture.height) {
-      GiveUp(source, "a row more than the picture is high");
+      Fail(source, "a row more than the picture is high");
     }
     if (row.size() != picture.width) {
-      GiveUp(source, "a row of " + std::to_string(row.size()) + " letters instead of " +
-                         std::to_string(picture.width));
+      Fail(source, "a row of " + std::to_string(row.size()) + " letters instead of " +
+                       std::to_string(picture.width));
     }
     for (const char letter : row) {
       if (picture.colorOf[static_cast<unsigned char>(letter)] == kNoColor) {
-        GiveUp(source, std::string("no colour for the letter ") + letter);
+        Fail(source, std::string("no colour for the letter ") + letter);
       }
     }
     picture.rows.push_back(row);
   }
   if (picture.rows.size() < picture.height) {
-    GiveUp(source, "only " + std::to_string(picture.rows.size()) + " rows");
+    Fail(source, "only " + std::to_string(picture.rows.size()) + " rows");
   }
 }
 
@@ -177,7 +177,7 @@ int main(int argc, char **argv) {
     Picture picture = {};
     ReadHeader(source, picture);
     if (!names.insert(picture.name).second) {
-      GiveUp(source, "another picture has this name");
+      Fail(source, "another picture has this name");
     }
     ReadPalette(source, picture);
     ReadRows(source, picture);

@@ -16,8 +16,8 @@ extern const OrlDialogTemplate kSmallDialog;
 intptr_t SmallProc(OrlWindow dialog, uint32_t message, uintptr_t wParam, intptr_t lParam);
 
 // Runs the dialog with a user who does "verb id a b; ..." in it, and after "/" in the next dialog
-// that waits for him, and answers boxes by `answers`, the last first. What has been noted from then
-// on, with "-" for an action that was refused, and after "|" the dialog's result.
+// that waits for input, and answers boxes by `answers`, the last first. What has been noted from
+// then on, with "-" for an action that was refused, and after "|" the dialog's result.
 //   key ID KEY HELD | type ID BYTE (and "x") | click ID | twice ID | focus ID | select ID FROM TO |
 //   row LIST ROW | double LIST ROW | right LIST ROW | close | wait MILLISECONDS | repaint |
 //   beside ID, away (click in, close the modeless dialog) | disable ID | hide ID | move ID HEIGHT |

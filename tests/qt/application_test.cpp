@@ -140,7 +140,7 @@ TEST(QtApplication, TellsWhyNoDialogCanBeShown) {
   EXPECT_EQ(1, RunDialog(nullptr, 1)) << ORLQtWindowSystemProblem();
   const QCoreApplication host(argumentCount, arguments);
   EXPECT_EQ(-2, RunDialog(nullptr, 1));
-  EXPECT_STREQ("the process has an application that is no QApplication",
+  EXPECT_STREQ("the process has an application object that is not a QApplication",
                ORLQtWindowSystemProblem());
 }
 

@@ -82,7 +82,7 @@ TEST(ResourcesTest, WrongDrawingsEndTheBuildWithTheirLine) {
       {"A 2 1\n. c0c0c0\n\n..\n..\n", ":5: a row more"},
       {"A 2 2\n. c0c0c0\n\n..\n", ":5: only 1"}};
   const std::string file = testing::TempDir() + "orli_drawing.txt", log = file + ".log";
-  const std::string call = BITMAP_MAKER " " + file + ".inc " + file + " 2> " + log;
+  const std::string call = BITMAP_GENERATOR " " + file + ".inc " + file + " 2> " + log;
   for (const auto &[drawing, error] : drawings) {
     std::ofstream(file) << drawing;
     EXPECT_EQ(*error == 0, std::system(call.c_str()) == 0) << drawing;

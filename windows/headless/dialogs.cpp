@@ -3,15 +3,14 @@
 
 #include <algorithm>
 
+#include "platform/window_operations.h"
+
 namespace headless {
 
 namespace {
 
 constexpr int32_t kBoxWidth = 300;
 constexpr int32_t kBoxHeight = 120;
-
-// The limit of the dialogs that one may open when it is cancelled.
-constexpr int32_t kMostModals = 100;
 
 // Dialog units in pixels: a quarter of the average width, an eighth of the height, rounded.
 int32_t Pixels(int32_t units, int32_t base, int32_t parts) {
@@ -119,7 +118,7 @@ Control *RememberedFocus(Dialog *dialog) {
 }
 
 // A modeless dialog that belongs to this one.
-Dialog *BelongingDialog(const Dialog *owner) {
+Dialog *ModelessChildOf(const Dialog *owner) {
   for (Dialog *dialog = session.newest; dialog != nullptr; dialog = dialog->older) {
     if (!dialog->modal && !dialog->going && Find(dialog->parent).dialog == owner) {
       return dialog;
@@ -228,7 +227,7 @@ void Destroy(Dialog *dialog) {
   dialog->going = true;
   Send(dialog->window, ORL_WM_DESTROY, 0, 0);
   EndModalsOf(dialog);
-  for (Dialog *other = BelongingDialog(dialog); other != nullptr; other = BelongingDialog(dialog)) {
+  for (Dialog *other = ModelessChildOf(dialog); other != nullptr; other = ModelessChildOf(dialog)) {
     Destroy(other);
   }
   for (int32_t i = 0; i < dialog->controlCount; ++i) {

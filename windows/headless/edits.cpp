@@ -207,6 +207,11 @@ void Type(Control *edit, uint8_t byte) {
   }
 }
 
+// The characters of the Control key with C, V and X.
+constexpr uint8_t kControlC = 3;
+constexpr uint8_t kControlV = 22;
+constexpr uint8_t kControlX = 24;
+
 void TakeCharacter(Control *edit, uintptr_t code) {
   const auto byte = static_cast<uint8_t>(code);
   const bool pending = edit->edit.typedCount > 0;
@@ -217,13 +222,13 @@ void TakeCharacter(Control *edit, uintptr_t code) {
     return;
   }
   switch (byte) {
-    case 3:
+    case kControlC:
       Copy(edit);
       break;
-    case 22:
+    case kControlV:
       Paste(edit);
       break;
-    case 24:
+    case kControlX:
       Cut(edit);
       break;
     case '\b': {

@@ -3,8 +3,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 
-#include "platform/text.h"
+#include "platform/window_operations.h"
 
 namespace headless {
 
@@ -14,19 +15,11 @@ int32_t RowsInView(const Control *list) {
   return std::max(1, Height(list->rect) / list->list.rowHeight);
 }
 
-// The position of a text in a sorted list, after equal ones.
-int32_t SortedPlace(const List &list, const char *text) {
-  int32_t low = 0;
-  int32_t high = list.count;
-  while (low < high) {
-    const int32_t middle = low + (high - low) / 2;
-    if (lstrcmpiA(list.rows[middle].text, text) <= 0) {
-      low = middle + 1;
-    } else {
-      high = middle;
-    }
-  }
-  return low;
+// The text of a row, for the searches that window systems share.
+auto TextOfRowIn(const List &list) {
+  return [rows = list.rows](int32_t row) {
+    return std::span<char>(rows[row].text, std::strlen(rows[row].text));
+  };
 }
 
 int32_t InsertRow(Control *control, int32_t row, const char *text) {
@@ -61,33 +54,6 @@ int32_t DeleteRow(Control *control, int32_t row) {
   }
   ScrollTo(control, list.top);
   return list.count;
-}
-
-bool BeginsWith(char *text, const char *prefix) {
-  const size_t length = std::strlen(prefix);
-  if (std::strlen(text) < length) {
-    return false;
-  }
-  const char next = text[length];
-  text[length] = 0;
-  const bool begins = WRENStrEqualNoCase(text, prefix) != 0;
-  text[length] = next;
-  return begins;
-}
-
-int32_t FindRow(const List &list, intptr_t after, const char *prefix) {
-  if (prefix == nullptr || list.count == 0) {
-    return ORL_LB_ERR;
-  }
-  const int32_t start =
-      after < 0 || after >= list.count ? 0 : static_cast<int32_t>(after + 1) % list.count;
-  for (int32_t step = 0; step < list.count; ++step) {
-    const int32_t row = (start + step) % list.count;
-    if (BeginsWith(list.rows[row].text, prefix)) {
-      return row;
-    }
-  }
-  return ORL_LB_ERR;
 }
 
 // Every change of the current row, by the user or the program.
@@ -229,7 +195,10 @@ intptr_t ListProc(Control *list, uint32_t message, uintptr_t wParam, intptr_t lP
     case ORL_LB_ADDSTRING:
     case ORL_CB_ADDSTRING: {
       const bool sorted = (list->style & ORL_STYLE_SORTED) != 0;
-      return InsertRow(list, sorted ? SortedPlace(list->list, text) : list->list.count, text);
+      return InsertRow(list,
+                       sorted ? SortedPosition(list->list.count, text, TextOfRowIn(list->list))
+                              : list->list.count,
+                       text);
     }
     case ORL_LB_INSERTSTRING:
       if (row < -1 || row > list->list.count) {
@@ -241,7 +210,7 @@ intptr_t ListProc(Control *list, uint32_t message, uintptr_t wParam, intptr_t lP
     case ORL_LB_GETCURSEL:
       return list->list.current;
     case ORL_LB_FINDSTRING:
-      return FindRow(list->list, row, text);
+      return FindRowByPrefix(list->list.count, row, text, TextOfRowIn(list->list));
     case ORL_LB_SETCURSEL:
       if (row == -1) {
         MakeCurrent(list, -1);

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "engine/host_call.h"
+#include "platform/window_operations.h"
 
 namespace headless {
 
@@ -76,8 +77,8 @@ bool PaintNext() {
   return true;
 }
 
-// What happens to a dialog or box when the script has ended.
-void GiveUp(Dialog *dialog) {
+// Cancels a dialog or box when the script has ended.
+void CancelUnattended(Dialog *dialog) {
   if (dialog->box) {
     EndModal(dialog, CancelOfBox(dialog->boxType));
     return;
@@ -107,17 +108,7 @@ Timer *NextTimer(uint64_t until, Dialog **owner) {
 }  // namespace
 
 intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  const Place place = Find(window);
-  if (place.dialog == nullptr) {
-    return 0;
-  }
-  const Hold hold(place.dialog);
-  if (place.control == nullptr) {
-    OrlWindowProc proc = place.dialog->proc;
-    return proc == nullptr ? 0 : proc(window, message, wParam, lParam);
-  }
-  OrlWindowProc proc = place.control->proc == nullptr ? OwnProc : place.control->proc;
-  return proc(window, message, wParam, lParam);
+  return SendToPlace<Hold>(Find(window), OwnProc, window, message, wParam, lParam);
 }
 
 void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
@@ -129,7 +120,8 @@ void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam)
     return;
   }
   *posted = {nullptr, window, message, wParam, lParam};
-  (session.lastPosted == nullptr ? session.firstPosted : session.lastPosted->next) = posted;
+  Posted *&link = session.lastPosted == nullptr ? session.firstPosted : session.lastPosted->next;
+  link = posted;
   session.lastPosted = posted;
 }
 
@@ -171,7 +163,7 @@ intptr_t RunModal(Dialog *dialog) {
       break;
     }
     if (session.scriptOver || session.script == nullptr) {
-      GiveUp(dialog);
+      CancelUnattended(dialog);
       continue;
     }
     session.eventsAtOnce = 0;

@@ -157,7 +157,9 @@ const char *Bytes(const Text &text);
 bool SetText(Text *text, const char *bytes);
 // Replaces the bytes from `from` to `to` by `count` bytes.
 bool ReplaceBytes(Text *text, int32_t from, int32_t to, const char *bytes, int32_t count);
+// Frees the bytes; the text is then the empty one.
 void FreeText(Text *text);
+// A copy in a block of its own, of the empty text for null; null when out of memory.
 OwnedText CopyOfText(const char *text);
 // Makes space for `needed` entries of an array; false when out of memory.
 bool Reserve(void **entries, int32_t *capacity, int32_t needed, uint32_t entrySize);
@@ -172,17 +174,19 @@ struct Place {
 };
 // The handle of a dialog (control 0) or of its control at `control` - 1.
 OrlWindow HandleOf(uint64_t serial, uint64_t control);
-constexpr int32_t kMostControls = 4095;
+// Lookups: null for an unknown or destroyed window.
 Place Find(OrlWindow window);
 Control *FindControl(OrlWindow window);
 // A dialog, not one of its controls.
 Dialog *FindDialog(OrlWindow window);
+// The first control with that id, or null; also for a null dialog.
 Control *ControlById(Dialog *dialog, int32_t id);
 // The modal dialog or box on top, or null; their number.
 Dialog *TopModal();
 int32_t ModalCount();
 // True when the user or the program can set the focus there: it belongs to the modal one on top.
 bool IsInFront(const Dialog *dialog);
+// True when the user can act on it: in front, visible and enabled.
 bool IsUsable(const Dialog *dialog);
 bool IsUsable(const Control *control);
 int32_t Width(const OrlRect &rect);
@@ -190,12 +194,16 @@ int32_t Height(const OrlRect &rect);
 
 // ---- Dialogs (dialogs.cpp)
 
+// Create a dialog or question box, which is linked but not yet notified; null for an invalid
+// template, too many dialogs, or when out of memory.
 Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc, bool modal);
 Dialog *NewBox(OrlWindow parent, const char *caption, uint32_t type);
 // Sends the messages for a new dialog.
 void OpenDialog(Dialog *dialog, intptr_t parameter);
 // Notifies it and removes it with everything that belongs to it.
 void Destroy(Dialog *dialog);
+// Moves the focus to a control, or with null to the dialog itself, if it can take it. A dialog that
+// is hidden or not in front only remembers the control.
 void SetFocusTo(Dialog *dialog, Control *control);
 // To the control that had it last.
 void FocusDialog(Dialog *dialog);
@@ -204,35 +212,48 @@ void LeaveDialog(Dialog *dialog);
 // Removes the focus from the control if it has it.
 void LoseFocus(Control *control);
 bool HasFocus(const Control *control);
+// The rectangle of a window on the screen, with its frame; and its client area, from 0, 0.
 OrlRect ScreenRect(const Place &place);
 OrlRect ClientRect(const Place &place);
 
 // ---- Events (loop.cpp)
 
+// Sends to the procedure of a window; 0 for one that is destroyed or has none.
 intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
+// Queues a message, which is sent after the current event; lost when out of memory.
 void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
-// WM_COMMAND of a control.
+// WM_COMMAND of a control, or of an id that need not be a control's.
 void Notify(const Control *control, uint32_t notification);
 void SendCommand(Dialog *dialog, int32_t id);
+// Runs the loop of a modal dialog or box until it has ended, with the script as its user; returns
+// its result. When the script is over the dialog is cancelled.
 intptr_t RunModal(Dialog *dialog);
+// Ends the loop with that result. No effect on a modeless dialog or one that has ended.
 void EndModal(Dialog *dialog, intptr_t result);
 // Handles posted events until none is left, or the modal loop is to end.
 void RunPosted();
 // The same, and draws what has changed.
 void Settle();
+// Sends WM_TIMER for the timer that is due first, up to that time of the session's clock, and sets
+// the clock to it; false when there is none.
 bool SendNextTimer(uint64_t until);
+// Set or replace, and remove, a timer; `period` in milliseconds.
 void SetTimerOf(Dialog *dialog, uintptr_t id, uint32_t period);
 void KillTimerOf(Dialog *dialog, uintptr_t id);
+// Records a question box and runs it; returns the answer, 0 when out of memory.
 int32_t ShowBox(OrlWindow parent, const char *text, const char *caption, uint32_t type);
+// Whether a box of that type has the button; the answer that closing it gives.
 bool BoxOffers(uint32_t type, int32_t answer);
 int32_t CancelOfBox(uint32_t type);
 
 // ---- Controls (controls.cpp, edits.cpp, lists.cpp, pictures.cpp)
 
+// The default procedure of controls of every kind.
 intptr_t OwnProc(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam);
 // True when the focus may be set there, or the tab key stops there.
 bool TakesFocus(const Control &control);
 bool IsTabStop(const Control &control);
+// What the user does: presses a button if it is enabled, the Return, Escape and Tab keys.
 void PressButton(Control *button);
 void PressDefault(Dialog *dialog);
 void PressEscape(Dialog *dialog);
@@ -240,6 +261,7 @@ void MoveByTab(Dialog *dialog, bool back);
 // An arrow key in a group of option buttons.
 void PressNeighbour(Control *option, bool back);
 
+// Messages of edits. The program sets a text: the selection is empty at its start.
 intptr_t EditProc(Control *edit, uint32_t message, uintptr_t wParam, intptr_t lParam);
 void SetEditText(Control *edit, const char *text);
 void SelectAll(Control *edit);
@@ -248,25 +270,31 @@ int32_t CharacterAt(const Text &text, int32_t position);
 // Scrolls so that the byte is in view; returns the mouse position there, as in lParam.
 intptr_t PointOfByte(Control *edit, int32_t position);
 
+// Messages of lists.
 intptr_t ListProc(Control *list, uint32_t message, uintptr_t wParam, intptr_t lParam);
 void FreeRows(List *list);
 bool HasRow(const Control *list, int64_t row);
+// Makes a row the top row as far as the rows reach; scrolls no more than is needed to show a row.
 void ScrollTo(Control *list, int32_t row);
 void ScrollIntoView(Control *list, int32_t row);
+// A point in the row, as in lParam of mouse events.
 intptr_t PointOfRow(const Control *list, int32_t row);
 
+// Empty a drawing; remove the one of a row; remove all of a list, which is drawn again later.
 void Wipe(RowPicture *picture);
 void FreePicture(List *list, Row *row);
 void ForgetPictures(Control *list);
+// ORL_STATE_... of a row.
 uint32_t StateOfRow(const Control *list, int32_t row);
 // Draws on a picture: the row's own or any.
 void Draw(Control *list, int32_t row, uint32_t action, uint32_t state, RowPicture *picture);
-// A row that has been drawn, in part.
+// Draws a part of a row that has been drawn: `action` is ORL_DRAW_...
 void DrawPart(Control *list, int32_t row, uint32_t action);
 void DrawWhole(Control *list, int32_t row);
 void DrawRowsInView(Control *list);
 void FreeBitmaps();
 
+// The drawing operations of the table; `surface` is the drawing of a row.
 void *LoadBitmapFile(const OrlBitmap *bitmap);
 void DeleteBitmapHandle(void *bitmap);
 void DrawBitmapAt(void *surface, void *bitmap, int32_t x, int32_t y);

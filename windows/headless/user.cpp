@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/window_operations.h"
 #include "windows/headless/state.h"
 
 using headless::Control;
@@ -11,8 +12,6 @@ using headless::Hold;
 using headless::session;
 
 namespace {
-
-constexpr uint32_t kKeyWithoutNumber = 231;
 
 // One action of the user's on a dialog.
 class Action {

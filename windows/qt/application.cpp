@@ -39,7 +39,7 @@ std::recursive_mutex changing;
 
 thread_local QByteArray problem;
 
-bool Say(const QString &what) {
+bool FailWith(const QString &what) {
   problem = what.toLatin1();
   return false;
 }
@@ -151,18 +151,18 @@ bool StartsAnywhere(const QString &platform) {
 
 // The first platform that can be started, with its parameters; empty with the reason in `problem`.
 QString ChoosePlatform(XConnection *kept) {
-  Say("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set");
+  FailWith("no display is there: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not set");
   for (const QString &candidate : Candidates()) {
     const QString platform = candidate.section(':', 0, 0);
     const bool wayland = platform.startsWith(QLatin1String("wayland"));
     if (!HasPlugin(platform)) {
-      Say("Qt has no plugin for the platform '" + platform + "'");
+      FailWith("Qt has no plugin for the platform '" + platform + "'");
     } else if (platform != QLatin1String("xcb") && !wayland && !StartsAnywhere(platform)) {
-      Say("dialogs are not shown on the platform '" + platform + "'");
+      FailWith("dialogs are not shown on the platform '" + platform + "'");
     } else if (platform == QLatin1String("xcb") && !AnswersX(kept)) {
-      Say("the display '" + QString::fromLocal8Bit(qgetenv("DISPLAY")) + "' does not answer");
+      FailWith("the display '" + QString::fromLocal8Bit(qgetenv("DISPLAY")) + "' does not answer");
     } else if (wayland && !AnswersWayland()) {
-      Say("the Wayland compositor does not answer");
+      FailWith("the Wayland compositor does not answer");
     } else {
       problem.clear();
       return candidate;
@@ -211,9 +211,9 @@ bool BeginApplication() {
   const QCoreApplication *present = QCoreApplication::instance();
   if (present != nullptr) {
     return (qobject_cast<const QApplication *>(present) != nullptr ||
-            Say("the process has an application that is no QApplication")) &&
+            FailWith("the process has an application object that is not a QApplication")) &&
            (present->thread() == QThread::currentThread() ||
-            Say("the application of the process runs on another thread"));
+            FailWith("the application of the process runs on another thread"));
   }
   XConnection kept;
   const QString platform = ChoosePlatform(&kept);

@@ -11,17 +11,13 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "platform/window_operations.h"
 #include "windows/qt/state.h"
 #include "windows/qt/text_map.h"
 
 namespace qt_windows {
 
 namespace {
-
-// The limit for a dialog that opens another whenever it is cancelled.
-constexpr int kMostModals = 100;
-
-constexpr int32_t kMostControls = 4095;
 
 constexpr int kGapBeside = 8;
 
@@ -33,7 +29,7 @@ class ClientWidget : public QWidget {
 
  protected:
   void paintEvent(QPaintEvent * /*event*/) override { painted_(); }
-  void resizeEvent(QResizeEvent * /*event*/) override { LayOut(dialog_); }
+  void resizeEvent(QResizeEvent * /*event*/) override { LayoutDialog(dialog_); }
 
  private:
   Dialog *dialog_;
@@ -57,12 +53,12 @@ class DialogWidget : public QDialog {
     area->viewport()->setAutoFillBackground(false);
     dialog_->client->setAutoFillBackground(false);
     // Programs that paste are notified once the change is over.
-    const auto tell = [this] {
+    const auto reportSelection = [this] {
       if (dialog_->writing != nullptr) {
         ReportSelection(dialog_->writing);
       }
     };
-    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, tell,
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, reportSelection,
             Qt::QueuedConnection);
   }
 
@@ -106,7 +102,7 @@ class DialogWidget : public QDialog {
         SendCommand(dialog_.get(), ORL_ID_CANCEL);
       }
     } else {
-      Tell(ORL_WM_CLOSE, 0);
+      SendUnlessEnded(ORL_WM_CLOSE, 0);
     }
     event->setAccepted(dialog_->ended || dialog_->going);
   }
@@ -121,7 +117,7 @@ class DialogWidget : public QDialog {
       return timer.second == event->timerId();
     });
     if (found != timers.end()) {
-      Tell(ORL_WM_TIMER, found->first);
+      SendUnlessEnded(ORL_WM_TIMER, found->first);
     } else {
       QDialog::timerEvent(event);
     }
@@ -132,15 +128,15 @@ class DialogWidget : public QDialog {
   void Painted() {
     if (!dialog_->paintPosted) {
       dialog_->paintPosted = true;
-      const auto tell = [this] {
+      const auto sendPaint = [this] {
         dialog_->paintPosted = false;
-        Tell(ORL_WM_PAINT, 0);
+        SendUnlessEnded(ORL_WM_PAINT, 0);
       };
-      QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+      QMetaObject::invokeMethod(this, sendPaint, Qt::QueuedConnection);
     }
   }
 
-  void Tell(uint32_t message, uintptr_t wParam) {
+  void SendUnlessEnded(uint32_t message, uintptr_t wParam) {
     if (!HasEnded(dialog_.get())) {
       Send(dialog_->window, message, wParam, 0);
     }
@@ -204,7 +200,7 @@ void PutIntoPlace(Dialog *dialog) {
 }
 
 // A modeless dialog that belongs to this one.
-Dialog *BelongingDialog(const Dialog *owner) {
+Dialog *ModelessChildOf(const Dialog *owner) {
   for (Dialog *dialog : Dialogs()) {
     if (!dialog->modal && !dialog->going && Find(dialog->parent).dialog == owner) {
       return dialog;
@@ -392,7 +388,7 @@ void Destroy(Dialog *dialog) {
   dialog->going = true;
   Send(dialog->window, ORL_WM_DESTROY, 0, 0);
   EndModalsOf(dialog);
-  for (Dialog *other = BelongingDialog(dialog); other != nullptr; other = BelongingDialog(dialog)) {
+  for (Dialog *other = ModelessChildOf(dialog); other != nullptr; other = ModelessChildOf(dialog)) {
     Destroy(other);
   }
   for (const auto &control : dialog->controls) {

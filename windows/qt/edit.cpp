@@ -25,15 +25,15 @@ QString BytesFormat() {
 }
 
 // The part of a text, kept as bytes, that fits.
-QString Kept(const QByteArray &bytes, TextKind kind, int32_t room, bool *whole) {
+QString Kept(const QByteArray &bytes, TextKind kind, int32_t limit, bool *whole) {
   QByteArray taken = bytes.left(static_cast<qsizetype>(std::strlen(bytes.constData())));
   if (kind == TextKind::OneLine) {
     taken.truncate(static_cast<qsizetype>(std::strcspn(taken.constData(), "\r\n")));
   }
   QString shown = ShownText(taken.constData(), kind);
   *whole = taken.size() == bytes.size();
-  if (room >= 0 && taken.size() > room) {
-    shown.truncate(PositionOfByte(shown, room, kind));
+  if (limit >= 0 && taken.size() > limit) {
+    shown.truncate(PositionOfByte(shown, limit, kind));
     *whole = false;
   }
   return shown;
@@ -45,7 +45,7 @@ QString SelectedText(const Edit &edit) {
 }
 
 // The bytes that may still be entered when the selection is replaced; -1 for any number.
-int32_t Room(const Edit &edit) {
+int32_t BytesLeft(const Edit &edit) {
   if (edit.limit <= 0) {
     return -1;
   }
@@ -127,8 +127,8 @@ void TypeByte(Edit *edit, uint8_t byte) {
     return;
   }
   const QByteArray bytes = std::exchange(edit->typed, {});
-  const int32_t room = Room(*edit);
-  if (room >= 0 && bytes.size() > room) {
+  const int32_t limit = BytesLeft(*edit);
+  if (limit >= 0 && bytes.size() > limit) {
     QApplication::beep();
     return;
   }
@@ -219,7 +219,7 @@ void Edit::MarkAsSaved() {
 
 QString Edit::Allowed(const QString &entered, bool *whole) const {
   *whole = true;
-  QString allowed = EnterableText(entered, textKind, Room(*this), whole);
+  QString allowed = EnterableText(entered, textKind, BytesLeft(*this), whole);
   if (!*whole) {
     QApplication::beep();
   }
@@ -262,7 +262,7 @@ void Edit::Paste(const QMimeData *data) {
     return;
   }
   bool whole = true;
-  const QString shown = Kept(data->data(BytesFormat()), textKind, Room(*this), &whole);
+  const QString shown = Kept(data->data(BytesFormat()), textKind, BytesLeft(*this), &whole);
   if (!whole) {
     QApplication::beep();
   }

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/window_operations.h"
 #include "windows/qt/state.h"
 #include "windows/qt/text_map.h"
 
@@ -39,7 +40,7 @@ class PostedEvent : public QEvent {
   intptr_t lParam;
 };
 
-class PostOffice : public QObject {
+class PostedEventReceiver : public QObject {
  protected:
   bool event(QEvent *event) override {
     if (event->type() != PostedEvent::kType) {
@@ -69,7 +70,6 @@ constexpr KeyRow kKeys[] = {
     {Qt::Key_Up, ORL_VK_UP},         {Qt::Key_Right, ORL_VK_RIGHT},
     {Qt::Key_Down, ORL_VK_DOWN},     {Qt::Key_Space, ORL_VK_SPACE},
 };
-constexpr uint32_t kKeyWithoutNumber = 231;
 
 uint32_t KeyOf(const QKeyEvent &event) {
   const int key = event.key();
@@ -168,26 +168,18 @@ Control *FocusedControl(const Dialog *dialog) {
 }  // namespace
 
 intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  const Place place = Find(window);
-  if (place.dialog == nullptr) {
-    return 0;
-  }
-  const Hold hold(place.dialog);
-  OrlWindowProc proc = place.control == nullptr         ? place.dialog->proc
-                       : place.control->proc == nullptr ? OwnProc
-                                                        : place.control->proc;
   // Exceptions of a host's procedure must not pass through Qt's frames.
   try {
-    return proc(window, message, wParam, lParam);
+    return SendToPlace<Hold>(Find(window), OwnProc, window, message, wParam, lParam);
   } catch (...) {
     return 0;
   }
 }
 
 void Post(OrlWindow window, uint32_t message, uintptr_t wParam, intptr_t lParam) {
-  static thread_local PostOffice office;  // each thread has its own dialogs
+  static thread_local PostedEventReceiver receiver;  // each thread has its own dialogs
   if (Find(window).dialog != nullptr) {
-    QCoreApplication::postEvent(&office, new PostedEvent(window, message, wParam, lParam));
+    QCoreApplication::postEvent(&receiver, new PostedEvent(window, message, wParam, lParam));
   }
 }
 

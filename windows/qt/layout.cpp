@@ -59,13 +59,14 @@ struct Axis {
 
   // The position to which a position of the template has moved.
   int Moved(int place) const {
-    int ahead = 0;
+    int before = 0;
     for (const Interval &each : growing) {
-      ahead += std::clamp(place, each.from, each.to) - each.from;
+      before += std::clamp(place, each.from, each.to) - each.from;
     }
     return total == 0
                ? place
-               : place + static_cast<int>(std::llround(static_cast<double>(extra) * ahead / total));
+               : place +
+                     static_cast<int>(std::llround(static_cast<double>(extra) * before / total));
   }
 };
 
@@ -327,10 +328,10 @@ void ResizeClient(Dialog *dialog, const QSize &size) {
   dialog->given = fitted(size.expandedTo(dialog->baseSize));
   dialog->widget->resize(dialog->given);
   dialog->client->resize(size.expandedTo(dialog->baseSize));
-  LayOut(dialog);
+  LayoutDialog(dialog);
 }
 
-void LayOut(Dialog *dialog) {
+void LayoutDialog(Dialog *dialog) {
   const Axes axes = AxesOf(*dialog);
   for (const auto &control : dialog->controls) {
     control->Place(PlaceOf(*control, axes.across, axes.down));

@@ -3,8 +3,9 @@
 #include <QSignalBlocker>
 #include <algorithm>
 #include <cstring>
+#include <span>
 
-#include "platform/text.h"
+#include "platform/window_operations.h"
 #include "windows/qt/list_box.h"
 #include "windows/qt/pictures.h"
 #include "windows/qt/text_map.h"
@@ -14,47 +15,9 @@ namespace qt_windows {
 
 namespace {
 
-// The position of a text in a sorted list, after equal ones.
-int32_t SortedPlace(ListModel *model, const char *text) {
-  int32_t low = 0;
-  int32_t high = model->Count();
-  while (low < high) {
-    const int32_t middle = low + (high - low) / 2;
-    if (lstrcmpiA(model->At(middle).text.c_str(), text) <= 0) {
-      low = middle + 1;
-    } else {
-      high = middle;
-    }
-  }
-  return low;
-}
-
-bool BeginsWith(std::string *text, const char *prefix, size_t length) {
-  if (text->size() < length) {
-    return false;
-  }
-  const char next = (*text)[length];
-  (*text)[length] = 0;
-  const bool begins = WRENStrEqualNoCase(text->c_str(), prefix) != 0;
-  (*text)[length] = next;
-  return begins;
-}
-
-int32_t FindRow(ListModel *model, intptr_t behind, const char *prefix) {
-  const int32_t count = model->Count();
-  if (prefix == nullptr || count == 0) {
-    return ORL_LB_ERR;
-  }
-  const size_t length = std::strlen(prefix);
-  const int32_t start =
-      behind < 0 || behind >= count ? 0 : static_cast<int32_t>(behind + 1) % count;
-  for (int32_t step = 0; step < count; ++step) {
-    const int32_t row = (start + step) % count;
-    if (BeginsWith(&model->At(row).text, prefix, length)) {
-      return row;
-    }
-  }
-  return ORL_LB_ERR;
+// The text of a row, for the searches that window systems share.
+auto TextOfRowIn(ListModel *model) {
+  return [model](int32_t row) { return std::span<char>(model->At(row).text); };
 }
 
 int32_t InsertRow(ListBox *list, int32_t row, const char *text) {
@@ -121,7 +84,9 @@ intptr_t TakeListMessage(ListBox *list, uint32_t message, intptr_t row, intptr_t
     case ORL_LB_ADDSTRING:
     case ORL_CB_ADDSTRING: {
       const bool sorted = (list->style & ORL_STYLE_SORTED) != 0;
-      return InsertRow(list, sorted ? SortedPlace(model, text) : model->Count(), text);
+      return InsertRow(
+          list, sorted ? SortedPosition(model->Count(), text, TextOfRowIn(model)) : model->Count(),
+          text);
     }
     case ORL_LB_INSERTSTRING:
       if (row < -1 || row > model->Count()) {
@@ -133,7 +98,7 @@ intptr_t TakeListMessage(ListBox *list, uint32_t message, intptr_t row, intptr_t
     case ORL_LB_GETCURSEL:
       return CurrentRow(list);
     case ORL_LB_FINDSTRING:
-      return FindRow(model, row, text);
+      return FindRowByPrefix(model->Count(), row, text, TextOfRowIn(model));
     case ORL_LB_SETCURSEL:
       if (row == -1) {
         MakeCurrent(list, -1);

@@ -54,19 +54,19 @@ class RowAccess : public QAccessibleInterface, public QAccessibleActionInterface
   }
 
   QAccessible::State state() const override {
-    QAccessible::State told;
-    told.selectable = told.focusable = 1;
-    told.invalid = isValid() ? 0 : 1;
+    QAccessible::State flags;
+    flags.selectable = flags.focusable = 1;
+    flags.invalid = isValid() ? 0 : 1;
     if (isValid()) {
-      told.invisible = IsRowShown(List(), row_) ? 0 : 1;
-      told.selected = CurrentRow(List()) == row_ ? 1 : 0;
-      told.focused = view_->hasFocus() && view_->currentIndex().row() == row_ ? 1 : 0;
-      told.offscreen =
+      flags.invisible = IsRowShown(List(), row_) ? 0 : 1;
+      flags.selected = CurrentRow(List()) == row_ ? 1 : 0;
+      flags.focused = view_->hasFocus() && view_->currentIndex().row() == row_ ? 1 : 0;
+      flags.offscreen =
           view_->viewport()->rect().intersects(view_->visualRect(List()->model->index(row_, 0)))
               ? 0
               : 1;
     }
-    return told;
+    return flags;
   }
 
   void *interface_cast(QAccessible::InterfaceType type) override {

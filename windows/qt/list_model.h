@@ -4,6 +4,7 @@
 
 #include <QAbstractListModel>
 #include <QString>
+#include <cassert>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -29,8 +30,8 @@ class ListModel : public QAbstractListModel {
     return parent.isValid() ? 0 : Count();
   }
   QVariant data(const QModelIndex &index, int role) const override {
-    const bool tells = role == Qt::DisplayRole || role == Qt::AccessibleTextRole;
-    return tells && Has(index.row()) ? rows_[static_cast<size_t>(index.row())]->shown : QVariant();
+    const bool isText = role == Qt::DisplayRole || role == Qt::AccessibleTextRole;
+    return isText && Has(index.row()) ? rows_[static_cast<size_t>(index.row())]->shown : QVariant();
   }
 
   // Hidden rows are not found by the user's keys either.
@@ -42,14 +43,19 @@ class ListModel : public QAbstractListModel {
   int32_t Count() const { return static_cast<int32_t>(rows_.size()); }
   bool Has(int64_t row) const { return row >= 0 && row < Count(); }
   // Requires that the row exists.
-  ListRow &At(int32_t row) { return *rows_[static_cast<size_t>(row)]; }
+  ListRow &At(int32_t row) {
+    assert(Has(row));
+    return *rows_[static_cast<size_t>(row)];
+  }
 
   void Insert(int32_t row, ListRow entry) {
+    assert(row >= 0 && row <= Count());
     beginInsertRows({}, row, row);
     rows_.insert(rows_.begin() + row, new ListRow(std::move(entry)));
     endInsertRows();
   }
   void Remove(int32_t row) {
+    assert(Has(row));
     beginRemoveRows({}, row, row);
     delete rows_[static_cast<size_t>(row)];
     rows_.erase(rows_.begin() + row);

@@ -22,7 +22,7 @@ constexpr qsizetype kMostTipLines = 10;
 
 // ---- User input
 
-void Tell(const ListBox *list, uint32_t notification) {
+void NotifyIfAsked(const ListBox *list, uint32_t notification) {
   if ((list->style & ORL_STYLE_NOTIFY) != 0) {
     Notify(list, notification);
   }
@@ -32,7 +32,7 @@ void MakeCurrentByUser(ListBox *list, int32_t row) {
   if (list->model->Has(row) && row != CurrentRow(list)) {
     MakeCurrent(list, row);
     list->view->scrollTo(list->model->index(row, 0));
-    Tell(list, ORL_LBN_SELCHANGE);
+    NotifyIfAsked(list, ORL_LBN_SELCHANGE);
   }
 }
 
@@ -98,7 +98,7 @@ void TypeAhead(ListBox *list, const QString &typed) {
   MakeCurrent(list, found);
   if (found != before) {
     list->view->scrollTo(list->model->index(found, 0));
-    Tell(list, ORL_LBN_SELCHANGE);
+    NotifyIfAsked(list, ORL_LBN_SELCHANGE);
   }
 }
 
@@ -147,7 +147,7 @@ void DoubleClick(ListBox *list, int y, bool selects) {
     MakeCurrentByUser(list, row);
   }
   if (row >= 0 && FindControl(window) == list) {
-    Tell(list, ORL_LBN_DBLCLK);
+    NotifyIfAsked(list, ORL_LBN_DBLCLK);
   }
 }
 
@@ -254,7 +254,7 @@ class ListView : public Messenger<QListView> {
   }
   void resizeEvent(QResizeEvent *event) override {
     Messenger::resizeEvent(event);
-    narrowing_->Lay();
+    narrowing_->UpdateGeometryInView();
   }
   void mousePressEvent(QMouseEvent *event) override {
     MousePressed(list_, event, [this, event] {
@@ -281,8 +281,8 @@ class ListView : public Messenger<QListView> {
   // Not from this file: a change by a screen reader, reported afterwards.
   void selectionChanged(const QItemSelection &now, const QItemSelection &before) override {
     QListView::selectionChanged(now, before);
-    const bool told = (list_->style & ORL_STYLE_NOTIFY) != 0;
-    if (told && !list_->changesItself && !(now.isEmpty() && before.isEmpty())) {
+    const bool notifies = (list_->style & ORL_STYLE_NOTIFY) != 0;
+    if (notifies && !list_->changesItself && !(now.isEmpty() && before.isEmpty())) {
       Post(list_->dialog->window, ORL_WM_COMMAND,
            static_cast<uint16_t>(list_->id) | uintptr_t{ORL_LBN_SELCHANGE} << 16,
            reinterpret_cast<intptr_t>(list_->window));
@@ -376,13 +376,14 @@ class ListView : public Messenger<QListView> {
 }  // namespace
 
 QString DescriptionOf(const ListBox *list, int32_t row) {
-  char told[1024] = "";
+  char description[1024] = "";
   if (list->aid == nullptr || list->aid->Describe == nullptr || !list->model->Has(row) ||
-      list->aid->Describe(list->id, list->model->At(row).text.c_str(), told, sizeof told) == 0) {
+      list->aid->Describe(list->id, list->model->At(row).text.c_str(), description,
+                          sizeof description) == 0) {
     return {};
   }
   QStringList lines;
-  for (const QByteArray &line : QByteArray(told).split('\n')) {
+  for (const QByteArray &line : QByteArray(description).split('\n')) {
     lines.push_back(CaptionText(line.constData()));
   }
   return lines.mid(0, kMostTipLines).join(u'\n');

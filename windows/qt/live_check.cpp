@@ -74,10 +74,10 @@ class LiveCheck::StripWidget : public QWidget {
     parts = WidthOf(parts) + kGap + wanted <= place.width() ? parts : BriefSignature();
     const int most =
         std::min(place.width(), std::max(place.width() / 2, place.width() - WidthOf(parts) - kGap));
-    const QString told = fontMetrics().elidedText(message, Qt::ElideRight, most);
+    const QString elided = fontMetrics().elidedText(message, Qt::ElideRight, most);
     painter.setPen(isFault ? FaultColor(palette()) : palette().color(QPalette::Text));
-    painter.drawText(place, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, told);
-    place.setRight(place.right() - fontMetrics().horizontalAdvance(told) - kGap);
+    painter.drawText(place, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, elided);
+    place.setRight(place.right() - fontMetrics().horizontalAdvance(elided) - kGap);
     painter.setPen(palette().color(QPalette::Text));
     PaintSignature(&painter, place, parts);
   }
@@ -85,7 +85,7 @@ class LiveCheck::StripWidget : public QWidget {
  private:
   // A signature, divided at the current argument, which is shown in bold.
   struct Parts {
-    QString before, present, behind;
+    QString before, present, after;
   };
 
   Parts WholeSignature() const {
@@ -100,7 +100,7 @@ class LiveCheck::StripWidget : public QWidget {
     }
     const Parts whole = WholeSignature();
     const qsizetype first = signature.indexOf(u'(') + 1;
-    const bool isLast = whole.behind.startsWith(u')');
+    const bool isLast = whole.after.startsWith(u')');
     return {
         signature.left(first) + (argument.start > first ? QStringLiteral("\u2026, ") : QString()),
         whole.present.trimmed(), isLast ? QStringLiteral(")") : QStringLiteral(", \u2026)")};
@@ -112,7 +112,7 @@ class LiveCheck::StripWidget : public QWidget {
     return bold;
   }
   int WidthOf(const Parts &parts) const {
-    return fontMetrics().horizontalAdvance(parts.before + parts.behind) +
+    return fontMetrics().horizontalAdvance(parts.before + parts.after) +
            QFontMetrics(Bold()).horizontalAdvance(parts.present);
   }
 
@@ -127,7 +127,7 @@ class LiveCheck::StripWidget : public QWidget {
     painter->setFont(Bold());
     painter->drawText(place.translated(lead, 0), flags, parts.present);
     painter->setFont(font());
-    painter->drawText(place.translated(lead + width, 0), flags, parts.behind);
+    painter->drawText(place.translated(lead + width, 0), flags, parts.after);
   }
 };
 
@@ -203,12 +203,12 @@ void LiveCheck::Check() {
 }
 
 QString LiveCheck::SignatureOf(QStringView function) const {
-  char told[512] = "";
+  char description[512] = "";
   const QByteArray name = BytesOfText(function, TextKind::OneLine);
   for (const int32_t *list = aid_->lists; list != nullptr && *list != 0; ++list) {
     if (aid_->Describe != nullptr &&
-        aid_->Describe(*list, name.constData(), told, sizeof told) != 0) {
-      QString line = CaptionText(QByteArray(told).split('\n').first().constData());
+        aid_->Describe(*list, name.constData(), description, sizeof description) != 0) {
+      QString line = CaptionText(QByteArray(description).split('\n').first().constData());
       if (line.startsWith(function.toString() + u'(')) {
         return line;
       }

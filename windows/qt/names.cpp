@@ -78,15 +78,15 @@ void NameControls(Dialog *dialog) {
 }
 
 void DescribeDialog(Dialog *dialog) {
-  QStringList told;
+  QStringList texts;
   for (size_t i = 0; i < dialog->controls.size(); ++i) {
     const Control &control = *dialog->controls[i];
     const QByteArray text = control.Text();
     if (control.kind == ORL_CONTROL_LABEL && !text.isEmpty() && LabelledBy(dialog, i) == nullptr) {
-      told.push_back(WithoutMarks(CaptionText(text.constData())));
+      texts.push_back(WithoutMarks(CaptionText(text.constData())));
     }
   }
-  dialog->widget->setAccessibleDescription(told.join(' '));
+  dialog->widget->setAccessibleDescription(texts.join(' '));
 }
 
 }  // namespace qt_windows

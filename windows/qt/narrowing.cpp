@@ -21,7 +21,7 @@ Narrowing::Narrowing(ListBox *list, QWidget *view, std::function<void(int)> make
 void Narrowing::Open() {
   show();
   makeRoom_(sizeHint().height());
-  Lay();
+  UpdateGeometryInView();
   setFocus(Qt::OtherFocusReason);
   selectAll();
 }
@@ -36,7 +36,7 @@ void Narrowing::Close() {
   }
 }
 
-void Narrowing::Lay() {
+void Narrowing::UpdateGeometryInView() {
   const QRect inner = list_->view->viewport()->geometry();
   const int height = sizeHint().height();
   setGeometry(inner.x(), inner.y() - height, inner.width(), height);

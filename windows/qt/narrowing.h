@@ -16,8 +16,8 @@ class Narrowing : public QLineEdit {
 
   void Open();
   void Close();
-  // Along the upper edge of the view.
-  void Lay();
+  // Places it along the upper edge of the view.
+  void UpdateGeometryInView();
 
  protected:
   void keyPressEvent(QKeyEvent *event) override;

@@ -219,7 +219,7 @@ constexpr int kLargestWindow = 10000;
 // Measures the font and places the controls by the template, enlarged where a caption needs it;
 // lays them out again in a client area of another size.
 void MeasureDialog(Dialog *dialog);
-void LayOut(Dialog *dialog);
+void LayoutDialog(Dialog *dialog);
 // Makes the window higher when a text that cannot be scrolled has more lines than fit.
 void FitHints(Dialog *dialog);
 // Makes the window wider when its title needs it, up to twice its width.

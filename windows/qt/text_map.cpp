@@ -248,19 +248,19 @@ qsizetype PositionOfByte(QStringView shown, int32_t byte, TextKind kind) {
   return at;
 }
 
-QString EnterableText(const QString &entered, TextKind kind, int32_t room, bool *whole) {
+QString EnterableText(const QString &entered, TextKind kind, int32_t limit, bool *whole) {
   const int32_t page = ActiveCodePage();
   QString enterable;
   for (qsizetype at = 0; at < entered.size();) {
     const bool isBreak = IsBreak(entered[at]);
     Coded coded = isBreak ? Coded{1, 1, {'\n'}} : CharacterAt(entered, at, page);
-    if ((isBreak && kind == TextKind::OneLine) || (room >= 0 && coded.count > room)) {
+    if ((isBreak && kind == TextKind::OneLine) || (limit >= 0 && coded.count > limit)) {
       *whole = false;
       break;
     }
     const bool pair = isBreak && entered.mid(at, 2) == QLatin1String("\r\n");
     at += pair ? 2 : coded.units;
-    room -= room >= 0 ? coded.count : 0;
+    limit -= limit >= 0 ? coded.count : 0;
     if (coded.count == 0) {
       *whole = false;
     } else {

@@ -30,9 +30,9 @@ qsizetype PositionOfByte(QStringView shown, int32_t byte, TextKind kind);
 
 // The part of a text from the keyboard or the clipboard that may be entered: only characters of the
 // code page, breaks of every kind as "\n", in a text of one line nothing from the first break on,
-// and at most `room` bytes in whole characters (-1: any number). `whole` becomes false when
+// and at most `limit` bytes in whole characters (-1: any number). `whole` becomes false when
 // something was omitted.
-QString EnterableText(const QString &entered, TextKind kind, int32_t room, bool *whole);
+QString EnterableText(const QString &entered, TextKind kind, int32_t limit, bool *whole);
 
 // A widget's text for other programs: every break as "\n", escapes as the replacement character.
 QString HarmlessText(QStringView shown);
