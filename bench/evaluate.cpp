@@ -56,8 +56,8 @@ void EvaluateAmountLimit(benchmark::State &state) {
 BENCHMARK(EvaluateAmountLimit);
 
 constexpr size_t kColumns = 5;  // date and four numbers; the word after them is not used
-constexpr std::array<const char *, kColumns> kNames = {"date", "precipitation", "temp_max",
-                                                       "temp_min", "wind"};
+constexpr std::array<const char *, kColumns> kColumnNames = {"date", "precipitation", "temp_max",
+                                                             "temp_min", "wind"};
 using WeatherRow = std::array<NumberValue, kColumns>;
 
 NumberValue DateOf(const std::string &text) {
@@ -112,7 +112,7 @@ void Weather(benchmark::State &state, const char *text) {
       WeatherValue<0>, WeatherValue<1>, WeatherValue<2>, WeatherValue<3>, WeatherValue<4>};
   EC ec = MakeContext({0, 0, 0});
   for (size_t i = 0; i < kColumns; ++i) {
-    AddItem(ec, kNames[i], i == 0 ? ORL_TYPE_DATE : ORL_TYPE_NUMBER, kRoutines[i]);
+    AddItem(ec, kColumnNames[i], i == 0 ? ORL_TYPE_DATE : ORL_TYPE_NUMBER, kRoutines[i]);
   }
   HEXP exp = MustParse(ec, text, "Measured");
   NumberValue value = {};

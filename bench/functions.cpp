@@ -50,7 +50,7 @@ std::string PlainJoined(const std::string &name, double amount) {
   return PlainProper(name, amount) + ", " + PlainPicture("", amount);
 }
 
-constexpr FunctionRow kRows[] = {
+constexpr FunctionRow kFunctionRows[] = {
     {"StrProper(Name)", "Mary Ann O'connor", PlainProper},
     {"StrReplace(Name, 5, 3, 'lee')", "mary lee o'connor", PlainReplace},
     {"NumberToStrPicture(Amount, '#,##0.00')", "12.50", PlainPicture},
@@ -60,7 +60,7 @@ constexpr FunctionRow kRows[] = {
 
 // One row by the engine.
 void Function(benchmark::State &state) {
-  const FunctionRow &row = kRows[state.range(0)];
+  const FunctionRow &row = kFunctionRows[state.range(0)];
   EC ec = MakeContext({0, 0, 0});
   AddItem(ec, "Name", ORL_TYPE_STRING, NameValue);
   HEXP exp = MustParse(ec, row.formula, "Measured");
@@ -78,11 +78,11 @@ void Function(benchmark::State &state) {
   state.SetLabel(row.formula);
   ORLDestroyEC(ec);
 }
-BENCHMARK(Function)->DenseRange(0, std::size(kRows) - 1);
+BENCHMARK(Function)->DenseRange(0, std::size(kFunctionRows) - 1);
 
 // The same row without an engine.
 void FunctionLimit(benchmark::State &state) {
-  const FunctionRow &row = kRows[state.range(0)];
+  const FunctionRow &row = kFunctionRows[state.range(0)];
   double amount = 12.5;
   const char *name = kName;
   std::string text;
@@ -96,7 +96,7 @@ void FunctionLimit(benchmark::State &state) {
     state.SkipWithError("a wrong value");
   }
 }
-BENCHMARK(FunctionLimit)->DenseRange(0, std::size(kRows) - 1);
+BENCHMARK(FunctionLimit)->DenseRange(0, std::size(kFunctionRows) - 1);
 
 // Searches and lists that match almost everywhere, the worst case for naive algorithms.
 constexpr const char *kLongRows[] = {

@@ -14,7 +14,7 @@ namespace {
 
 __extension__ typedef __int128 Wide;
 
-constexpr size_t kRows = 65536;
+constexpr size_t kColumnRows = 65536;
 
 // A small generator: the same rows in every run.
 struct Random {
@@ -57,7 +57,7 @@ Table::Table() {
   Random random;
   static const char *const names[] = {"ada", "Grace", "edsger", "Barbara", "x"};
   static const char *const cities[] = {" Seattle ", "New York", "  Porto", "Saint-Denis   "};
-  for (size_t i = 0; i < kRows; ++i) {
+  for (size_t i = 0; i < kColumnRows; ++i) {
     Fill(amount, amountDouble, amountNumber, random.Below(10000000), 2);
     Fill(tax, taxDouble, taxNumber, random.Below(100000), 2);
     Fill(high, highDouble, highNumber, random.Below(450) - 100, 1);
@@ -99,17 +99,17 @@ void Batch(benchmark::State &state, const Measured &measured) {
     }
   }
   HEXP exp = MustParse(ec, measured.formula, "Measured");
-  std::vector<uint8_t> values(kRows * 16);
-  std::vector<int32_t> offsets(kRows + 1);
-  std::vector<uint8_t> valid(kRows / 8);
+  std::vector<uint8_t> values(kColumnRows * 16);
+  std::vector<int32_t> offsets(kColumnRows + 1);
+  std::vector<uint8_t> valid(kColumnRows / 8);
   for ([[maybe_unused]] auto step : state) {
     const bool text = measured.form == ORL_COLUMN_TEXT;
     OrlRowResults results = {measured.form, measured.scale, text ? nullptr : values.data(),
                              offsets.data(), valid.data()};
     const int64_t done =
-        ORLEvaluateRows(ec, exp, kRows, static_cast<int32_t>(measured.columns.size()),
+        ORLEvaluateRows(ec, exp, kColumnRows, static_cast<int32_t>(measured.columns.size()),
                         measured.columns.data(), &results);
-    if (done != static_cast<int64_t>(kRows)) {
+    if (done != static_cast<int64_t>(kColumnRows)) {
       state.SkipWithError("rows without a value");
       break;
     }
@@ -118,7 +118,7 @@ void Batch(benchmark::State &state, const Measured &measured) {
       ORLMemFree(results.values);
     }
   }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kRows));
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kColumnRows));
   ORLDestroyEC(ec);
 }
 
@@ -239,7 +239,7 @@ void OneByOne(benchmark::State &state, const char *formula, int16_t type,
   HEXP exp = MustParse(ec, formula, "Measured");
   char value[64];
   for ([[maybe_unused]] auto step : state) {
-    for (table.row = 0; table.row < kRows; ++table.row) {
+    for (table.row = 0; table.row < kColumnRows; ++table.row) {
       if (ORLEvaluateExpression(ec, exp, sizeof value, value) == 0) {
         state.SkipWithError("no value");
         return;
@@ -247,7 +247,7 @@ void OneByOne(benchmark::State &state, const char *formula, int16_t type,
       benchmark::DoNotOptimize(value);
     }
   }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kRows));
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kColumnRows));
   ORLDestroyEC(ec);
 }
 
@@ -276,9 +276,9 @@ void E4(benchmark::State &state) {
     EC ec = MakeContext({0, 0, 0});
     AddItem(ec, "D", ORL_TYPE_DATE, nullptr);
     const OrlColumn days = Column("D", ORL_COLUMN_DATE32, 0, table.day.data());
-    table.date.resize(kRows);
+    table.date.resize(kColumnRows);
     OrlRowResults results = {ORL_COLUMN_NUMBER, 0, table.date.data(), nullptr, nullptr};
-    ORLEvaluateRows(ec, MustParse(ec, "D", "Dates"), kRows, 1, &days, &results);
+    ORLEvaluateRows(ec, MustParse(ec, "D", "Dates"), kColumnRows, 1, &days, &results);
     ORLDestroyEC(ec);
   }
   OneByOne(state, "DateYear(D + 1 MONTH)", ORL_TYPE_DATE, {{"D", ElementValue<&Table::date>}});
@@ -286,19 +286,19 @@ void E4(benchmark::State &state) {
 BENCHMARK(E4)->Name("B4/row-by-row");
 
 template <class Pass>
-void Plain(benchmark::State &state, Pass pass) {
+void MeasurePlain(benchmark::State &state, Pass pass) {
   Table &table = Rows();
   for ([[maybe_unused]] auto step : state) {
     pass(table);
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kRows));
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(kColumnRows));
 }
 
 void PlainLongs(benchmark::State &state) {
-  std::vector<int64_t> result(kRows);
-  Plain(state, [&](const Table &table) {
-    for (size_t i = 0; i < kRows; ++i) {
+  std::vector<int64_t> result(kColumnRows);
+  MeasurePlain(state, [&](const Table &table) {
+    for (size_t i = 0; i < kColumnRows; ++i) {
       result[i] = table.amount[i] * 2 + table.tax[i];
     }
     benchmark::DoNotOptimize(result.data());
@@ -349,9 +349,9 @@ Thirteen Unpack(const NumberValue &value) {
 }
 
 void PlainDecimals(benchmark::State &state) {
-  std::vector<NumberValue> result(kRows);
-  Plain(state, [&](const Table &table) {
-    for (size_t i = 0; i < kRows; ++i) {
+  std::vector<NumberValue> result(kColumnRows);
+  MeasurePlain(state, [&](const Table &table) {
+    for (size_t i = 0; i < kColumnRows; ++i) {
       AddProduct(&result[i], table.amountNumber[i], table.taxNumber[i]);
     }
     benchmark::DoNotOptimize(result.data());
@@ -360,9 +360,9 @@ void PlainDecimals(benchmark::State &state) {
 BENCHMARK(PlainDecimals)->Name("B1/plain-decimal");
 
 void PlainDoubles(benchmark::State &state) {
-  std::vector<double> result(kRows);
-  Plain(state, [&](const Table &table) {
-    for (size_t i = 0; i < kRows; ++i) {
+  std::vector<double> result(kColumnRows);
+  MeasurePlain(state, [&](const Table &table) {
+    for (size_t i = 0; i < kColumnRows; ++i) {
       result[i] = (table.highDouble[i] + table.lowDouble[i]) / 2 - 32.0 * 5 / 9 +
                   table.windDouble[i] * table.windDouble[i];
     }
@@ -378,10 +378,10 @@ std::string_view Slice(const std::string &bytes, const std::vector<int32_t> &end
 
 void PlainTexts(benchmark::State &state) {
   std::string result;
-  std::vector<int32_t> ends(kRows + 1);
-  Plain(state, [&](const Table &table) {
+  std::vector<int32_t> ends(kColumnRows + 1);
+  MeasurePlain(state, [&](const Table &table) {
     result.clear();
-    for (size_t i = 0; i < kRows; ++i) {
+    for (size_t i = 0; i < kColumnRows; ++i) {
       for (char c : Slice(table.name, table.nameEnds, i).substr(0, 3)) {
         result += static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
       }
@@ -403,9 +403,9 @@ BENCHMARK(PlainTexts)->Name("B3/plain-string-view");
 
 void PlainDates(benchmark::State &state) {
   using std::chrono::year_month_day, std::chrono::sys_days, std::chrono::days;
-  std::vector<int64_t> result(kRows);
-  Plain(state, [&](const Table &table) {
-    for (size_t i = 0; i < kRows; ++i) {
+  std::vector<int64_t> result(kColumnRows);
+  MeasurePlain(state, [&](const Table &table) {
+    for (size_t i = 0; i < kColumnRows; ++i) {
       year_month_day date{sys_days{days{table.day[i]}}};
       date += std::chrono::months{1};
       if (!date.ok()) {

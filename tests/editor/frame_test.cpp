@@ -18,17 +18,12 @@ const Ids kChanging = {kButtonOk,   kEditName,  kButtonCopy,   kButtonCut,    kB
 const Ids kHiding = {kButtonConcat, kButtonApply, kButtonValues, kOptionFormula,
                      kOptionRange,  kOptionSet,   kLabelMode};
 
-void ListNothing(EC, const char *, void *, int32_t, int32_t *) {}
-int32_t Permit(EC, HEXP, void *) {
-  return 1;
-}
-
 // Price is used by Total; Formula7 is simple and has a generated name, so it is not listed. Modes
 // bring a range and a set.
 HostedContext Formulas(bool modes, uint16_t flags = ORL_FLAG_RANGES) {
   HostedContext context(flags);
   if (modes) ORLSetListValuesCallback(context, &ListNothing);
-  ORLSetDelPermissionCallback(context, &Permit);
+  ORLSetDelPermissionCallback(context, &PermitAll);
   Make(context, "Amount * 2", "Price");
   Make(context, "Price() + 1", "Total");
   Make(context, "5", "Formula7");

@@ -15,8 +15,6 @@
 
 namespace {
 
-void ListNothing(EC, const char *, void *, int32_t, int32_t *) {}
-
 // A function with parameters of these types, of which some are optional.
 void AddTemplate(EC ec, const char *name, int32_t count, int32_t first, int32_t optional,
                  int32_t flags, const std::vector<int32_t> &types) {

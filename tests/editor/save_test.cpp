@@ -43,8 +43,8 @@ std::vector<std::string> Stored(EC ec) {
 }
 
 // Total uses Price.
-struct Context : HostedContext {
-  explicit Context(bool modes = true) : HostedContext(ORL_FLAG_RANGES) {
+struct SaveContext : HostedContext {
+  explicit SaveContext(bool modes = true) : HostedContext(ORL_FLAG_RANGES) {
     asked = nullptr;
     renamed = listed = nullptr;
     heard.clear();
@@ -133,7 +133,7 @@ struct Row {
 constexpr int32_t kYes = ORL_IDYES, kNo = ORL_IDNO;
 const Answers kStay = {ORL_ID_CANCEL};
 
-void CheckRow(const Row &row, const Context &ec) {
+void CheckRow(const Row &row, const SaveContext &ec) {
   SCOPED_TRACE(std::string(row.exp) + ": " + row.acts);
   const auto steps = [&](OrlWindow d) {
     Act(d, row.acts);
@@ -151,10 +151,11 @@ TEST(EditorSave, AsTheTableSays) {
   for (const Case &row : CasesOf("editor/save_cases.txt", "save")) {
     SCOPED_TRACE(row.where);
     CheckRow({row[0].c_str(), row.Int(1), row[2].c_str(), row.Ints(3), row[4], row[5], row[6]},
-             Context());
+             SaveContext());
   }
   // Without modes no question is asked about the kind.
-  CheckRow({"", 0, "type 100 1 AND 2; click 1", {}, "", "", "+Formula1=1 AND 2 "}, Context(false));
+  CheckRow({"", 0, "type 100 1 AND 2; click 1", {}, "", "", "+Formula1=1 AND 2 "},
+           SaveContext(false));
 }
 
 TEST(EditorSave, AsksWhenTheKindIsNotThatOfTheMode) {
@@ -175,7 +176,7 @@ TEST(EditorSave, AsksWhenTheKindIsNotThatOfTheMode) {
               mode == kind ? "" : Cat("kind ", kWords[kind], " ", kWords[mode]),
               saves ? "" : Cat(marked, "|", name, "|", title, "|", list),
               saves ? Cat(isNew ? "+" : "-Some=1, 2 +", name, "=", texts[kind], " ") : ""},
-             Context());
+             SaveContext());
   }
 }
 
@@ -246,7 +247,7 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
         "+Formula1=Tax +7 "}},
   };
   for (const auto &[ask, rename, list, said, row, boxed] : rows) {
-    const Context ec;
+    const SaveContext ec;
     if (std::string(row.exp) == "Formula1") Make(ec, "7", row.exp);
     asked = ask, renamed = rename, listed = list;
     if (boxed != nullptr) AtBoxes([&, boxed = boxed] { boxed(ec); });
@@ -256,7 +257,7 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
 }
 // clang-format on
 
-OrlWindowSystem changed;
+OrlWindowSystem withoutMemory;
 // A box can only be opened with memory: it reports that there was none before.
 intptr_t WithMemory(const OrlDialogTemplate *dialog, OrlWindow parent, OrlWindowProc proc,
                     intptr_t parameter) {
@@ -270,7 +271,7 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
     int32_t count = 0;
     for (; !saved && count < 200; ++count) {
       SCOPED_TRACE(std::string(exp) + " " + std::to_string(count));
-      const Context ec(false);
+      const SaveContext ec(false);
       const int64_t blocks = TEST_LiveBlocks();
       const auto steps = [&](OrlWindow d) {
         Act(d, "select 100 0 -1; type 100 7 * 8; type 101 s");
@@ -281,9 +282,9 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
         EXPECT_EQ(Look(d).reachable == 0 ? "7 * 8" : Text(d, kEditText), "7 * 8");
       };
       WithUser(steps, {}, [&] {
-        changed = *ORLHeadlessSystem();
-        changed.DialogBoxParam = &WithMemory;
-        ORLSetWindowSystem(&changed);
+        withoutMemory = *ORLHeadlessSystem();
+        withoutMemory.DialogBoxParam = &WithMemory;
+        ORLSetWindowSystem(&withoutMemory);
         ORLBuildExpression(nullptr, ec, ORLHEXPFromName(ec, exp), 0);
       });
       // Before the parse there are two copies, and that of the old name.
@@ -297,7 +298,7 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
 
 // A host that destroys an expression and creates another at once may get the same address.
 TEST(EditorSave, TakesNoExpressionForAnother) {
-  const Context ec;
+  const SaveContext ec;
   Make(ec, "Amount", "Old");
   asked = [](EC context, HEXP exp) {
     ORLDestroyEXP(context, exp);
@@ -323,7 +324,7 @@ TEST(EditorSave, CountsBytesInEveryCodePage) {
   for (const auto &row : rows) {
     SCOPED_TRACE(row.text);
     ASSERT_NE(WRENSetCodePage(row.page), 0);
-    const Context ec;
+    const SaveContext ec;
     Edit(ec, {nullptr, 1}, [&](OrlWindow d) {
       Act(d, "select 100 0 -1; type 100 " + row.text + "; click 1");
       EXPECT_EQ(row.fault.empty() ? "" : Marked(d), row.fault);

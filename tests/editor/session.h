@@ -24,6 +24,14 @@ struct Opening {
   uint16_t limit = 0;
 };
 
+// A list values routine without values.
+inline void ListNothing(EC, const char *, void *, int32_t, int32_t *) {}
+
+// A permission routine that lets every expression be deleted.
+inline int32_t PermitAll(EC, HEXP, void *) {
+  return 1;
+}
+
 // Runs an action with a simulated user. For each editor that opens, `steps` are run once it is
 // open; if it is still open then, it is cancelled. Question boxes are answered by `answers` in
 // turn, and by Cancel after the last; error boxes are read and closed. The messages of boxes and

@@ -28,14 +28,11 @@ void ListValues(EC, const char *name, void *list, int32_t first, int32_t *more) 
   *more = mores.front();
   mores.erase(mores.begin());
 }
-int32_t Permit(EC, HEXP, void *) {
-  return 1;
-}
 
-struct Context : HostedContext {
-  Context() : HostedContext(ORL_FLAG_RANGES) {
+struct ValuesContext : HostedContext {
+  ValuesContext() : HostedContext(ORL_FLAG_RANGES) {
     ORLSetListValuesCallback(*this, &ListValues);
-    ORLSetDelPermissionCallback(*this, &Permit);
+    ORLSetDelPermissionCallback(*this, &PermitAll);
     AddKeyword(*this, "Word", 0, 0, 0);
     Make(*this, "Tax + 1", "Total");
     Make(*this, "1 AND 2", "Span");
@@ -62,7 +59,7 @@ OrlWindow Play(OrlWindow d, const std::string &acts, const char *name) {
 TEST(TextView, ShowsTheSelectedFormula) {
   for (const Case &row : Cases("view")) {
     SCOPED_TRACE(row.where);
-    const Context ec;
+    const ValuesContext ec;
     const auto steps = [&row](OrlWindow d) {
       OrlWindow view = Play(d, row[0], "EXPTEXTVIEW");
       EXPECT_EQ(view == nullptr ? "" : Text(view) + "|" + Marked(view), row[1]);
@@ -76,7 +73,7 @@ TEST(TextView, ShowsTheSelectedFormula) {
 TEST(ValuesDialog, KeepsItsButtonInStep) {
   for (const Case &row : Cases("button")) {
     SCOPED_TRACE(row.where);
-    const Context ec;
+    const ValuesContext ec;
     mores = row.Ints(1);
     Edit(ec, {}, [&](OrlWindow d) {
       OrlWindow window = Play(d, row[0], "LISTVALUES");
@@ -89,7 +86,7 @@ TEST(ValuesDialog, KeepsItsButtonInStep) {
 
 TEST(ValuesDialog, StandsBesideTheFunctions) {
   for (const bool far : {false, true}) {
-    const Context ec;
+    const ValuesContext ec;
     Edit(ec, {}, [&](OrlWindow d) {
       const OrlWindowSystem &system = *ORLHeadlessSystem();
       const int32_t place = far ? 5000 : 0;
@@ -110,7 +107,7 @@ TEST(ValuesDialog, InsertsLiterals) {
   constexpr const char *kTemplates[] = {"{d '%s'}", "{ts '%s'}", "{t '%s'}"};
   for (const Case &row : Cases("literals")) {
     SCOPED_TRACE(row.where);
-    const Context ec;
+    const ValuesContext ec;
     values = {row[1]};
     ORLSetDatePicture(ec, "yyyy-MM-dd", "yyyy-MM-dd HH:mm", "HH:mm");
     const char *formats[3];
@@ -142,7 +139,7 @@ std::function<int32_t(OrlWindow)> user;
 int32_t PlayUser(void *, OrlWindow window) { return user(window); }
 
 std::string key;
-int32_t NoteHelp(int32_t command, intptr_t data) {
+int32_t NoteBoxHelp(int32_t command, intptr_t data) {
   key = std::to_string(command) + " " + reinterpret_cast<const char *>(data);
   return 1;
 }
@@ -175,7 +172,7 @@ TEST(ErrorBox, ShowsTheFaultAndNothingElseCan) {
       ORLHeadlessRepaint(box);
       EXPECT_EQ(Look(box, kErrorOk).focused, 1);
       ORLHeadlessHelp(box, kErrorText, nullptr);
-      ORLHeadlessHelp(box, ORL_HEADLESS_SELF, &NoteHelp);
+      ORLHeadlessHelp(box, ORL_HEADLESS_SELF, &NoteBoxHelp);
       Act(box, row.acts);
       return ++played;
     };
@@ -196,7 +193,7 @@ TEST(ErrorBox, ShowsTheFaultAndNothingElseCan) {
 // the editor, also from within its own routine; it can be opened again, and the host is never asked
 // for values without a list.
 TEST(SideWindows, CanBeDestroyedByTheHost) {
-  const Context ec;
+  const ValuesContext ec;
   static int32_t destroying = 0;
   destroying = 1;
   ORLSetListValuesCallback(ec, [](EC, const char *, void *list, int32_t, int32_t *) {

@@ -22,7 +22,7 @@ struct Formula {
 // expression.
 enum class Answer : int { Destroy, Refuse, Pretend, DestroyMore };
 
-struct Model {
+struct DeleteModel {
   std::vector<Formula> formulas;
   std::vector<Answer> answers;
   std::string asked;
@@ -160,7 +160,7 @@ std::vector<Formula> RandomFormulas(std::mt19937 &random) {
 TEST(DeleteItem, AsksInTheOrderOfTheModel) {
   std::mt19937 random(7);
   for (int round = 0; round < 4000; ++round) {
-    Model model;
+    DeleteModel model;
     model.formulas = RandomFormulas(random);
     const int habit = static_cast<int>(random() % 3);
     for (int i = 0; i < 7; ++i) {

@@ -429,7 +429,7 @@ const std::pair<const char *, Routine> kCalls[] = {
 };
 
 // A call of a function routine with a value for each of its parameters.
-int64_t CallFunction(const FunctionRow &row, OrlFunctionProc routine) {
+int64_t CallFunction(const BuiltInFunction &row, OrlFunctionProc routine) {
   void *arguments[10] = {};
   for (size_t i = 1; i < row.types.size(); ++i) {
     arguments[i - 1] = row.types[i] == 'n'   ? static_cast<void *>(&at.number)
@@ -450,7 +450,7 @@ int64_t CallWindowProcedure(const std::string &name) {
 
 std::vector<std::pair<std::string, Routine>> AllCalls() {
   std::vector<std::pair<std::string, Routine>> all(std::begin(kCalls), std::end(kCalls));
-  for (const FunctionRow &row : FunctionRows()) {
+  for (const BuiltInFunction &row : FunctionRows()) {
     auto *routine = reinterpret_cast<OrlFunctionProc>(SymbolAt(("FUN" + row.name).c_str()));
     all.emplace_back(row.name, [&row, routine] { return CallFunction(row, routine); });
   }

@@ -8,11 +8,10 @@
 #include <vector>
 
 #include "closed/wren/memory.h"
+#include "engine/random_rows.h"
 #include "support/context.h"
 
 namespace {
-
-__extension__ typedef __int128 Wide;
 
 // Three rows for each form; the second has no value where `valid` says so.
 const int64_t kLongs[] = {1250, -175, INT64_MAX};

@@ -66,7 +66,7 @@ TEST(Usage, Rows) {
 
 const char *const kItems[] = {"Amount", "Tax", "Bonus"};
 
-struct Model {
+struct UsageModel {
   std::string name;
   std::set<std::string> uses;  // kind and name, "1Tax"; "F/Tax" for a call with just that item
   bool isItem, isSet;
@@ -76,12 +76,12 @@ bool IsItem(const std::string &text) {
   return text == kItems[0] || text == kItems[1] || text == kItems[2];
 }
 
-std::string RandomTerm(std::mt19937 &random, const std::vector<Model> &known, int depth,
+std::string RandomTerm(std::mt19937 &random, const std::vector<UsageModel> &known, int depth,
                        std::set<std::string> &uses) {
   const auto form = random() % 6;
   if (form == 0 || known.empty()) return "1";
   if (form == 1) {
-    const Model &other = known[random() % known.size()];
+    const UsageModel &other = known[random() % known.size()];
     if (other.isSet) return "2";  // a set cannot be referred to
     uses.insert(other.uses.begin(), other.uses.end());
     uses.insert("2" + other.name);
@@ -114,10 +114,10 @@ TEST(Usage, RandomContextsAgainstModel) {
   for (int round = 0; round < 60; ++round) {
     const OwnedContext context = UsageContext();
     EC ec = context.get();
-    std::vector<Model> models;
+    std::vector<UsageModel> models;
     std::vector<std::string> names = {"1Amount", "1Tax", "1Bonus", "0F", "0G", "0K"};
     for (int i = 0; i < 12; ++i) {
-      Model model = {"N" + std::to_string(i), {}, false, false};
+      UsageModel model = {"N" + std::to_string(i), {}, false, false};
       std::string text = RandomTerm(random, models, 3, model.uses);
       for (auto more = random() % 3; more > 0; --more) {
         model.isSet = model.isSet || random() % 8 == 0;
@@ -130,7 +130,7 @@ TEST(Usage, RandomContextsAgainstModel) {
     }
     ec->walkNumber = UINT32_MAX - static_cast<uint32_t>(round * 3);  // of walks that are to begin
     std::set<std::string> used, usedInComplex;
-    for (const Model &model : models) {
+    for (const UsageModel &model : models) {
       HEXP exp = ORLHEXPFromName(ec, model.name.c_str());
       SCOPED_TRACE(Snapshot(ec) + model.name);
       for (const std::string &name : names) {

@@ -11,9 +11,9 @@
 #include "resources/string_table.h"
 #include "tests/dates/date_support.h"
 
-const std::vector<FunctionRow> &FunctionRows() {
-  static const std::vector<FunctionRow> rows = [] {
-    std::vector<FunctionRow> made;
+const std::vector<BuiltInFunction> &FunctionRows() {
+  static const std::vector<BuiltInFunction> rows = [] {
+    std::vector<BuiltInFunction> made;
     for (uint32_t id = kStringFirstFunction; id <= kStringLastFunction; ++id) {
       std::istringstream fields(StringText(id));
       std::string name, type, count, types;
@@ -33,9 +33,9 @@ const std::vector<FunctionRow> &FunctionRows() {
   return rows;
 }
 
-const FunctionRow &FunctionRowOf(const std::string &name) {
+const BuiltInFunction &FunctionRowOf(const std::string &name) {
   return *std::find_if(FunctionRows().begin(), FunctionRows().end(),
-                       [&](const FunctionRow &row) { return row.name == name; });
+                       [&](const BuiltInFunction &row) { return row.name == name; });
 }
 
 std::unique_ptr<char[]> ExactCopy(const std::string &bytes) {
@@ -85,7 +85,7 @@ std::string Canonical(const std::string &value) {
 }
 
 std::string Call(const std::string &name, const std::vector<std::string> &args) {
-  const FunctionRow &row = FunctionRowOf(name);
+  const BuiltInFunction &row = FunctionRowOf(name);
   std::vector<std::unique_ptr<char[]>> owned;
   std::vector<void *> entries;
   for (const std::string &arg : args) {

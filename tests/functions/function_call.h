@@ -8,15 +8,15 @@
 
 #include "orli11.h"
 
-struct FunctionRow {
+struct BuiltInFunction {
   std::string name;  // as formulas write it
   OrlFunctionProc routine;
   std::string types;  // n, d or t: of the result, then of each parameter
 };
 
 // The 46 rows of the string table in their order.
-const std::vector<FunctionRow> &FunctionRows();
-const FunctionRow &FunctionRowOf(const std::string &name);
+const std::vector<BuiltInFunction> &FunctionRows();
+const BuiltInFunction &FunctionRowOf(const std::string &name);
 
 // A copy on the heap of exactly the right size, so that a sanitizer detects access past the end.
 std::unique_ptr<char[]> ExactCopy(const std::string &bytes);

@@ -18,7 +18,7 @@
 namespace {
 
 struct HostileCall {
-  const FunctionRow *row;
+  const BuiltInFunction *row;
   int32_t page;
   std::vector<std::string> bytes;  // of each argument; empty for a null entry
   std::vector<std::unique_ptr<char[]>> owned;
@@ -76,7 +76,7 @@ std::string RandomArgumentText(std::mt19937 &random, int32_t page) {
   return text + '\0';
 }
 
-HostileCall RandomCall(const FunctionRow &row, std::mt19937 &random) {
+HostileCall RandomCall(const BuiltInFunction &row, std::mt19937 &random) {
   HostileCall call = {};
   call.row = &row;
   call.page = kCodePages[random() % 3];
@@ -211,7 +211,7 @@ TEST(HostileCalls, NeitherCrashNorPassTheirBlocks) {
 TEST(FunctionEdges, WithoutArguments) {
   const PlainSettings settings;
   const std::set<std::string> zeros = {"StrLength", "StrCompare", "StrScan", "StrToNumber"};
-  for (const FunctionRow &row : FunctionRows()) {
+  for (const BuiltInFunction &row : FunctionRows()) {
     const auto null = [](char type) {
       return std::string(1, type) + (type == 't' ? ":" : ":null");
     };

@@ -6,8 +6,6 @@
 
 namespace {
 
-const OrlWindowSystem &sys = *ORLHeadlessSystem();
-
 const OrlControl kControls[] = {
     {-1, ORL_CONTROL_LABEL, 0, "Label", 0, 0, 20, 8},
     {10, ORL_CONTROL_EDIT, ORL_STYLE_LINES, "", -1, 10, 100, 40},

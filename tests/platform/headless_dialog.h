@@ -7,6 +7,8 @@
 
 #include "windows/headless/headless.h"
 
+inline const OrlWindowSystem &sys = *ORLHeadlessSystem();
+
 // Labels and edits 10 (lines), 11 and 18 (watched, swallows "x"), sorted list 12, owner-drawn list
 // 13, options 14 and 15, buttons 1 (default), 2, 16 (asks), 17 (opens another, modal) and 19 (opens
 // another beside it).

@@ -9,7 +9,6 @@
 
 namespace {
 
-const OrlWindowSystem &sys = *ORLHeadlessSystem();
 using Characters = std::vector<std::string>;
 
 std::string Joined(const Characters &characters, size_t count = SIZE_MAX) {

@@ -12,8 +12,6 @@
 
 namespace {
 
-const OrlWindowSystem &sys = *ORLHeadlessSystem();
-
 // Dialogs with a procedure and a script of the test's own; the script comes once.
 using Procedure = std::function<void(OrlWindow, uint32_t, uintptr_t, intptr_t)>;
 Procedure handle;

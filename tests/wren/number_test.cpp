@@ -37,7 +37,7 @@ std::string Hex(const void *data, size_t size) {
 }
 
 // "null", the payload of a number, or all bytes of what is neither.
-std::string Bytes(const NumberValue &value) {
+std::string Stored(const NumberValue &value) {
   const std::string bytes = Hex(&value, sizeof value);
   return bytes == std::string(26, '0') ? "null" : value.length == 12 ? bytes.substr(2) : bytes;
 }
@@ -53,8 +53,8 @@ std::string Computed(const std::string &name, const std::string &left, const std
     found->second(&result, &a, &b);
     found->second(&inLeft, &inLeft, &b);
     found->second(&inRight, &a, &inRight);
-    EXPECT_EQ(Bytes(result), Bytes(inLeft)) << "the result in the left operand";
-    EXPECT_EQ(Bytes(result), Bytes(inRight)) << "the result in the right operand";
+    EXPECT_EQ(Stored(result), Stored(inLeft)) << "the result in the left operand";
+    EXPECT_EQ(Stored(result), Stored(inRight)) << "the result in the right operand";
   } else if (name == "cmp") {
     return std::to_string(WRENNumCompare(&a, &b));
   } else if (name == "toint") {
@@ -66,7 +66,7 @@ std::string Computed(const std::string &name, const std::string &left, const std
   } else if (name == "totext") {
     char text[155] = "";
     WRENNumToText(&a, sizeof text, text);
-    EXPECT_EQ(Bytes(a), Bytes(Number(text))) << "read back";
+    EXPECT_EQ(Stored(a), Stored(Number(text))) << "read back";
     return text;
   } else if (name == "fromdouble") {
     WRENNumFromDouble(&result, std::strtod(left.c_str(), nullptr));
@@ -79,7 +79,7 @@ std::string Computed(const std::string &name, const std::string &left, const std
   } else {
     EXPECT_EQ("text", name);
   }
-  return Bytes(result);
+  return Stored(result);
 }
 
 TEST(DecimalOracle, EveryOperationAgrees) {
@@ -97,7 +97,7 @@ TEST(DecimalOracle, EveryOperationAgrees) {
 }
 
 void ExpectSame(const NumberValue &value, const std::string &expected) {
-  EXPECT_EQ(Bytes(Number(expected)), Bytes(value)) << expected;
+  EXPECT_EQ(Stored(Number(expected)), Stored(value)) << expected;
 }
 
 TEST(NumberText, RefusesWhatIsNoNumber) {
@@ -105,10 +105,10 @@ TEST(NumberText, RefusesWhatIsNoNumber) {
                                        "1e+",  "1e-",   "--1", "+-1", "- 1", "1 2",  "1..2", "1.2.",
                                        "1,0",  "0x1",   "1a",  "nan", "inf", "1e5.", "1-",   "1 e5",
                                        "1e 5", "1e5e5", "(1)", "\t1", "1\n", "$1"};
-  for (const char *text : kTexts) EXPECT_EQ("null", Bytes(Number(text))) << text;
+  for (const char *text : kTexts) EXPECT_EQ("null", Stored(Number(text))) << text;
   NumberValue value = Number("5");
   WRENNumFromText(&value, nullptr);
-  EXPECT_EQ("null", Bytes(value));
+  EXPECT_EQ("null", Stored(value));
 }
 
 TEST(NumberText, TakesBlanksAndAnyCountOfDigits) {
@@ -165,24 +165,24 @@ TEST(Number, WhatIsNoNumberCountsAsNull) {
     for (const auto &[name, compute] : kOperations) {
       NumberValue result = one;
       compute(&result, none, &one);
-      EXPECT_EQ("null", Bytes(result)) << name;
+      EXPECT_EQ("null", Stored(result)) << name;
       result = one;
       compute(&result, &one, none);
-      EXPECT_EQ("null", Bytes(result)) << name;
+      EXPECT_EQ("null", Stored(result)) << name;
     }
     NumberValue result = one;
     WRENNumRound(&result, none, 0);
-    EXPECT_EQ("null", Bytes(result));
+    EXPECT_EQ("null", Stored(result));
     result = inPlace;
     WRENNumNegate(&result);
-    EXPECT_EQ("null", Bytes(result));
+    EXPECT_EQ("null", Stored(result));
     WRENNumTruncate(&inPlace, 300, 0);
-    EXPECT_EQ("null", Bytes(inPlace));
+    EXPECT_EQ("null", Stored(inPlace));
   };
   for (const auto &row : kRows) {
     NumberValue value = Number(row.text);
     (row.changed == kLength ? value.length : value.payload[row.changed]) = row.byte;
-    SCOPED_TRACE(Bytes(value));
+    SCOPED_TRACE(Stored(value));
     check(&value, value);
   }
   check(nullptr, null);
@@ -199,11 +199,11 @@ TEST(Number, SmallRoutines) {
   WRENNumFromInt(&value, INT32_MIN);
   ExpectSame(value, "-2147483648");
   WRENNumSetNull(&value);
-  EXPECT_EQ("null", Bytes(value));
+  EXPECT_EQ("null", Stored(value));
 }
 
 // Thirteen bytes of any content are a number in canonical form or count as null, and every result
-// is in canonical form. Bytes that are close to numbers are the interesting ones.
+// is in canonical form. Stored that are close to numbers are the interesting ones.
 TEST(Number, RandomBytesNeverPassAsNumbers) {
   std::mt19937_64 random(7);
   const NumberValue zero = Number("0");
@@ -222,12 +222,12 @@ TEST(Number, RandomBytesNeverPassAsNumbers) {
     WRENNumAdd(&result, &bytes, &zero);
     if (result.length != 0) {
       ++numbers;
-      ASSERT_EQ(Bytes(bytes), Bytes(result));
+      ASSERT_EQ(Stored(bytes), Stored(result));
     }
     for (const auto &[name, compute] : kOperations) {
       compute(&result, &bytes, &bytes);
       WRENNumAdd(&again, &result, &zero);
-      ASSERT_EQ(Bytes(result), Bytes(again)) << name << " of " << Bytes(bytes);
+      ASSERT_EQ(Stored(result), Stored(again)) << name << " of " << Stored(bytes);
     }
   }
   EXPECT_GT(numbers, 50000);
