@@ -108,8 +108,8 @@ class FromSource(RoadCase):
 
     def configure(self, *settings):
         run("cmake", "-G", "Ninja", "-S", CONSUMER, "-B", self.folder, f"-DORLI11_FOLDER={ROOT}",
-            "-DCMAKE_BUILD_TYPE=", f"-DCMAKE_C_COMPILER={CC}", f"-DCMAKE_CXX_COMPILER={CXX}",
-            *settings)
+            "-DCMAKE_BUILD_TYPE=", "-DCMAKE_UNITY_BUILD=ON", f"-DCMAKE_C_COMPILER={CC}",
+            f"-DCMAKE_CXX_COMPILER={CXX}", *settings)
 
     def test_subdirectory_with_static_libraries(self):
         self.configure("-DWAY=subdirectory", "-DBUILD_SHARED_LIBS=OFF", "-DORLI_INSTALL=ON")
