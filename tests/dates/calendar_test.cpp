@@ -79,7 +79,7 @@ TEST(Calendar, TakesAnyFieldsAndAnyDayNumber) {
   }
 }
 
-TEST(StoredDate, FieldsOutOfAnyCalendarAreNull) {
+TEST(StoredDate, InvalidFieldsAreNull) {
   // The ranges that are taken, from the year down.
   const Fields low = {1, 1, 1, 0, 0, 0, 0};
   const Fields high = {9999, 12, 31, 23, 59, 59, 999999};
@@ -112,7 +112,7 @@ TEST(StoredDate, BytesCompareAsTimesDo) {
   }
 }
 
-TEST(StoredDate, OtherBytesGiveZerosAndNullPointersNothing) {
+TEST(StoredDate, InvalidBytesReadAsZeros) {
   Payload good;
   ASSERT_EQ(Encode(Parts(2000, 2, 29, 23, 59, 59, 999999), good), 10);
   const std::pair<size_t, uint8_t> changes[] = {{0, 0xFF}, {2, 0},   {2, 13}, {3, 0},

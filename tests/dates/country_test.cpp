@@ -208,7 +208,7 @@ TEST_F(CountryOfLocale, EnvironmentChoosesByCategory) {
 }
 
 // A record in use stays as it is while the country changes, and the same settings are kept once.
-TEST_F(CountryOfLocale, RecordsStay) {
+TEST_F(CountryOfLocale, LoadedCountriesAreNotChanged) {
   ASSERT_EQ(WRENSetCountry("de_DE.UTF-8"), 1);
   const Country &german = CountryNow();
   const Country copy = german;

@@ -90,7 +90,7 @@ TEST(DateRewriteText, FormsAndTheirPictures) {
   }
 }
 
-TEST(DateToText, WhatHasNoTextGivesZero) {
+TEST(DateToText, InvalidDatesReturnZero) {
   const PlainSettings settings;
   char buffer[kDateTextSize] = "before";
   const NumberValue date = Stored("2012-01-31");

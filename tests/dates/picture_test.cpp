@@ -42,7 +42,7 @@ TEST(DatePicture, BadPictures) {
   }
 }
 
-TEST(DateText, WhatNoCalendarHasIsRefused) {
+TEST(DateText, InvalidDatesAreRefused) {
   const PlainSettings settings;
   for (const DateTimeParts &parts :
        {Parts(0, 0, 0), Parts(2012, 13, 1), Parts(2011, 2, 29), Parts(10000, 1, 1),

@@ -90,7 +90,7 @@ void CheckSession(OrlWindow d, const Case &row) {
   }
 }
 
-TEST(EditorFrame, EndsSessionsAsTheTableSays) {
+TEST(EditorFrame, ResultsOfTheTable) {
   for (const Case &row : CasesOf("editor/frame_cases.txt", "sessions")) {
     SCOPED_TRACE(row.where);
     const HostedContext ec = Formulas(row.Int(kModes) != 0);
@@ -274,7 +274,7 @@ TEST(EditorFrame, LimitsWhatIsTypedAndScrollsToTheExpression) {
 }
 
 // The host deletes expressions while the editor shows them; a second editor is refused.
-TEST(EditorFrame, GoesOnWithoutExpressionsThatAreGone) {
+TEST(EditorFrame, DestroyedExpressionsAreNotUsed) {
   const std::string text = "{}Price() + 1";
   const std::vector<std::pair<std::string, std::string>> rows = {
       {"click 117", "{}"},
@@ -310,7 +310,7 @@ TEST(EditorFrame, ReadsNoHandleThatIsNotInTheContext) {
 }
 
 // Memory runs out at each allocation of a session in turn; nothing stored is changed by it.
-TEST(EditorFrame, SurvivesTheEndOfMemory) {
+TEST(EditorFrame, OutOfMemoryAtEachAllocation) {
   const HostedContext ec = Formulas(true);
   const std::string before = Snapshot(ec);
   bool whole = false;
@@ -368,7 +368,7 @@ intptr_t NoteName(OrlWindow window, uint32_t message, uintptr_t, intptr_t text) 
   return 0;
 }
 
-TEST(EditorFrame, TellsThatNoDialogCouldBeOpened) {
+TEST(EditorFrame, ReportsThatNoDialogCouldBeOpened) {
   const HostedContext ec = Formulas(false);
   EXPECT_EQ(ORLBuildExpression(nullptr, ec, nullptr, 0), nullptr);
   EXPECT_EQ(ORLBuildExpression(nullptr, nullptr, nullptr, 0), nullptr);

@@ -74,7 +74,7 @@ HostedContext Formulas() {
   return context;
 }
 
-TEST(EditorInsertion, GoesOnToTheNextPlaceholder) {
+TEST(EditorInsertion, SelectsTheNextPlaceholder) {
   for (const Case &row : CasesOf("editor/insertion_cases.txt", "picks")) {
     SCOPED_TRACE(row.where);
     const HostedContext ec = Formulas();
@@ -128,7 +128,7 @@ TEST(EditorInsertion, CountsBytesInEveryCodePage) {
   WRENSetCodePage(1252);
 }
 
-TEST(EditorInsertion, LeavesTheTextWhenMemoryEnds) {
+TEST(EditorInsertion, OutOfMemoryLeavesTheText) {
   const HostedContext ec = Formulas();
   Edit(ec, {nullptr, 1}, [&](OrlWindow d) {
     const std::string before = Marked(d);
@@ -142,7 +142,7 @@ TEST(EditorInsertion, LeavesTheTextWhenMemoryEnds) {
   });
 }
 
-TEST(EditorInsertion, KeepsTheStatusOutOfReach) {
+TEST(EditorInsertion, StatusTextIgnoresTheUser) {
   const HostedContext ec = Formulas();
   Edit(ec, {}, [&](OrlWindow d) {
     const std::string status = Text(d, kEditStatus);

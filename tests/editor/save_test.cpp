@@ -18,14 +18,14 @@ using Answers = std::vector<int32_t>;
 // list values.
 int32_t (*asked)(EC, HEXP);
 void (*renamed)(EC), (*listed)(EC);
-std::string heard;
+std::string hostCalls;
 
 int32_t Ask(EC ec, HEXP exp, void *dialog) {
-  heard += "delete " + NameOf(ec, exp) + (dialog == ORLHeadlessFind("EXPBILD") ? " " : "? ");
+  hostCalls += "delete " + NameOf(ec, exp) + (dialog == ORLHeadlessFind("EXPBILD") ? " " : "? ");
   return asked == nullptr ? 1 : asked(ec, exp);
 }
 int32_t Rename(EC ec, const char *from, const char *to) {
-  heard += std::string("rename ") + from + " " + to + " ";
+  hostCalls += std::string("rename ") + from + " " + to + " ";
   if (renamed != nullptr) renamed(ec);
   return 1;
 }
@@ -47,7 +47,7 @@ struct SaveContext : HostedContext {
   explicit SaveContext(bool modes = true) : HostedContext(ORL_FLAG_RANGES) {
     asked = nullptr;
     renamed = listed = nullptr;
-    heard.clear();
+    hostCalls.clear();
     owned->renameProc = &Rename;
     ORLSetDelPermissionCallback(*this, &Ask);
     if (modes) ORLSetListValuesCallback(*this, &List);
@@ -147,7 +147,7 @@ void CheckRow(const Row &row, const SaveContext &ec) {
   EXPECT_EQ(ec.Changes(), row.changes);
 }
 
-TEST(EditorSave, AsTheTableSays) {
+TEST(EditorSave, ResultsOfTheTable) {
   for (const Case &row : CasesOf("editor/save_cases.txt", "save")) {
     SCOPED_TRACE(row.where);
     CheckRow({row[0].c_str(), row.Int(1), row[2].c_str(), row.Ints(3), row[4], row[5], row[6]},
@@ -158,7 +158,7 @@ TEST(EditorSave, AsTheTableSays) {
            SaveContext(false));
 }
 
-TEST(EditorSave, AsksWhenTheKindIsNotThatOfTheMode) {
+TEST(EditorSave, AsksBeforeSavingAnotherKind) {
   const char *const texts[] = {"3", "3 AND 4", "3, 4"};
   const int32_t types[] = {0, 2, 1};
   for (size_t cases = 0; cases < 36; ++cases) {
@@ -186,7 +186,7 @@ void Destroy(EC ec, const char *name) {
 
 // A host that refuses, or changes the context when it is called.
 // clang-format off
-TEST(EditorSave, FollowsWhatTheHostDoes) {
+TEST(EditorSave, HostRoutinesChangeTheContext) {
   const auto gone = [](EC ec) { Destroy(ec, "Total"); };
   const auto taken = [](EC ec) {
     HEXP exp = ORLHEXPFromName(ec, "Total");
@@ -196,7 +196,7 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
   const struct {
     int32_t (*asked)(EC, HEXP);
     void (*renamed)(EC), (*listed)(EC);
-    std::string heard;
+    std::string hostCalls;
     Row row;
     void (*boxed)(EC) = nullptr;
   } rows[] = {
@@ -252,7 +252,7 @@ TEST(EditorSave, FollowsWhatTheHostDoes) {
     asked = ask, renamed = rename, listed = list;
     if (boxed != nullptr) AtBoxes([&, boxed = boxed] { boxed(ec); });
     CheckRow(row, ec);
-    EXPECT_EQ(heard, said) << row.acts;
+    EXPECT_EQ(hostCalls, said) << row.acts;
   }
 }
 // clang-format on
@@ -265,7 +265,7 @@ intptr_t WithMemory(const OrlDialogTemplate *dialog, OrlWindow parent, OrlWindow
   return ORLHeadlessSystem()->DialogBoxParam(dialog, parent, proc, parameter);
 }
 
-TEST(EditorSave, TellsThatThereIsNoMemory) {
+TEST(EditorSave, OutOfMemoryIsReported) {
   for (const char *exp : {"", "Total"}) {
     bool saved = false;
     int32_t count = 0;
@@ -297,7 +297,7 @@ TEST(EditorSave, TellsThatThereIsNoMemory) {
 }
 
 // A host that destroys an expression and creates another at once may get the same address.
-TEST(EditorSave, TakesNoExpressionForAnother) {
+TEST(EditorSave, ReusedAddressIsNotTheSameExpression) {
   const SaveContext ec;
   Make(ec, "Amount", "Old");
   asked = [](EC context, HEXP exp) {

@@ -70,7 +70,7 @@ TEST(TextView, ShowsTheSelectedFormula) {
   }
 }
 
-TEST(ValuesDialog, KeepsItsButtonInStep) {
+TEST(ValuesDialog, ButtonFollowsTheState) {
   for (const Case &row : Cases("button")) {
     SCOPED_TRACE(row.where);
     const ValuesContext ec;
@@ -84,7 +84,7 @@ TEST(ValuesDialog, KeepsItsButtonInStep) {
 }
 // clang-format on
 
-TEST(ValuesDialog, StandsBesideTheFunctions) {
+TEST(ValuesDialog, IsPlacedNextToTheFunctions) {
   for (const bool far : {false, true}) {
     const ValuesContext ec;
     Edit(ec, {}, [&](OrlWindow d) {
@@ -144,7 +144,7 @@ int32_t NoteBoxHelp(int32_t command, intptr_t data) {
   return 1;
 }
 
-TEST(ErrorBox, ShowsTheFaultAndNothingElseCan) {
+TEST(ErrorBox, ShowsTheErrorAndIsModal) {
   const std::string name = "ERR_NAME: Invalid Formula Name.|",
       var = "ERR_VAR: Unknown input item.|",
       low = "ERR_MEMLOW: Error creating dialog box, memory critically low.|";
@@ -216,7 +216,7 @@ TEST(SideWindows, CanBeDestroyedByTheHost) {
   });
 }
 
-TEST(SideWindows, AnswerStrayCalls) {
+TEST(SideWindows, ProceduresIgnoreCallsWithoutAnEditor) {
   for (const bool system : {false, true}) {
     if (system) ORLHeadlessStart(nullptr, nullptr);
     for (const auto proc : {OrlViewTextDlgProc, ViewEditSubProc, OrlListValuesDlgProc,

@@ -169,7 +169,7 @@ TEST(AllocationFailure, EverythingElse) {
   Sweep("store a new one", State::Same,
         [](EC ec) { return Store(ec, nullptr, "Two() * Half(Amount)", "New").exp != nullptr; });
   Sweep("parse several", State::MayDiffer, [](EC ec) {
-    const OrlFormulaText texts[] = {{"Ahead() + 1", "First"}, {"Two()", "Ahead"}};
+    const OrlFormulaText texts[] = {{"Later() + 1", "First"}, {"Two()", "Later"}};
     FormulaError error = {};
     const bool done = ORLParseFormulas(ec, 2, texts, nullptr, &error) == 1;
     EXPECT_EQ(error.id, done ? 0 : ORL_ERR_MEMORY);

@@ -105,7 +105,7 @@ TEST(Context, DeleteAllItems) {
 
 // A copy has the items, the settings and the expressions that parse again; not callbacks, help path
 // or counters.
-TEST(Context, CopyTakesOverItemsSettingsAndTexts) {
+TEST(Context, CopyHasItemsSettingsAndFormulas) {
   HostedContext ec(ORL_FLAG_RANGES, [](const char *) { return Address(&HostValue); });
   ec.host.values = {{"Amount", "5"}};
   ORLSetHelpPath(ec, "help.txt", 9);
@@ -139,7 +139,7 @@ TEST(Context, CopyTakesOverItemsSettingsAndTexts) {
   EXPECT_EQ(Evaluate(twin, ORLHEXPFromName(twin, "Two")), "10");
 }
 
-TEST(ErrorText, IsCutAndCounted) {
+TEST(ErrorText, IsTruncatedAndCounted) {
   const std::string text = "ERR_FUNC: Unknown function.";
   const auto length = static_cast<int32_t>(text.size());
   char buffer[100];

@@ -204,7 +204,7 @@ TEST(DeleteItem, NeedsNoMemory) {
   }
 }
 
-TEST(DeleteItem, WithoutTheRowThereIsNothingToAsk) {
+TEST(DeleteItem, UnknownRowAsksNothing) {
   host = {{Answer::Refuse}, ""};
   EC ec = ContextOf({{"a", true, {}}, {"b", false, {"a"}}});
   EXPECT_EQ(ORLDelExpItemNoCheck(ec, ORL_INPUT, "X"), 1);

@@ -41,7 +41,7 @@ int32_t MisbehavingCall(EC, HEXP, int32_t, void **value, const char *, void **) 
 }
 
 // A text ends within its block: without a terminator its last byte becomes one.
-TEST(EvaluateChanges, BlocksThatRoutinesLeaveBehind) {
+TEST(EvaluateChanges, BlocksThatRoutinesReturn) {
   const Behaviour rows[] = {
       {"nothing", -1, false, 1, "null", "'!'"},
       {"null block", 0, false, 1, "none", "none"},
@@ -114,7 +114,7 @@ Change New(const char *text, const char *name) {
   return [=](EC ec) { Make(ec, text, name); };
 }
 
-TEST(EvaluateChanges, NamesThatMeanSomethingElseGiveNoValue) {
+TEST(EvaluateChanges, RedefinedNamesHaveNoValue) {
   struct Row {
     const char *text;
     std::vector<Change> changes;
@@ -169,7 +169,7 @@ TEST(EvaluateChanges, NamesThatMeanSomethingElseGiveNoValue) {
 }
 
 // Duplicate names can form cycles: every routine must end.
-TEST(EvaluateChanges, Circles) {
+TEST(EvaluateChanges, Cycles) {
   const HostedContext ec;
   HEXP first = Make(ec, "1", "A");
   HEXP b = Make(ec, "2", "B");

@@ -113,7 +113,7 @@ struct Arithmetic {
   }
 };
 
-TEST(Evaluate, PlainArithmeticIsNoDate) {
+TEST(Evaluate, PlainArithmeticIsNotADate) {
   const EvaluationContext ec(ORL_FLAG_RANGES);
   std::mt19937 random(7);
   const auto upTo = [&](unsigned most) { return std::to_string(random() % most + 1); };

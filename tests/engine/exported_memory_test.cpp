@@ -386,7 +386,7 @@ const std::pair<const char *, Routine> kCalls[] = {
     {"ORLParseFormulas",
      [] {
        return ParseResult([](FormulaError *error, uint16_t * /*type*/) {
-         const OrlFormulaText texts[] = {{"Ahead() + 1", "First"}, {"Two()", "Ahead"}};
+         const OrlFormulaText texts[] = {{"Later() + 1", "First"}, {"Two()", "Later"}};
          const int32_t done = LOADED(ORLParseFormulas)(at.ec, 2, texts, nullptr, error);
          return done == 1 ? at.two : nullptr;
        });

@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint16_t kRanges = ORL_FLAG_RANGES;
 
-TEST(Expressions, CopiedTextsAreCutAndTerminated) {
+TEST(Expressions, CopiedTextsAreTruncatedAndTerminated) {
   const HostedContext ec;
   HEXP exp = Make(ec, "Amount + 1", "NameOf_ten");
   for (const int32_t size : {1, 5, 10, 11, 100}) {

@@ -288,7 +288,7 @@ TEST(Rows, HostRoutinesAreCalledInTheOrderOfRows) {
 // ---- Memory ----
 
 // With every allocation failing once the result is -1 with nothing written, or the complete one.
-TEST(Rows, MemoryThatEnds) {
+TEST(Rows, OutOfMemory) {
   const std::string longText(2000, 'm');
   const int32_t offsets[] = {0, 3, 1500, 2000};
   const std::vector<OrlColumn> columns = {

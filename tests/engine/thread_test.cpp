@@ -1,15 +1,27 @@
 // Threads with a context each parse, evaluate and fail at the same time.
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "support/context.h"
 
 namespace {
 
-void Work(int number, int *faults) {
+// Keeps the first fault of a thread: what was computed, the result and the expected one.
+template <class Value>
+void Check(const std::string &what, const Value &found, const std::type_identity_t<Value> &expected,
+           std::string &fault) {
+  if (found == expected || !fault.empty()) return;
+  std::ostringstream text;
+  text << what << ": " << found << " instead of " << expected;
+  fault = text.str();
+}
+
+void Work(int number, std::string &fault) {
   const std::string value = std::to_string(number);
   HostedContext ec(ORL_FLAG_RANGES);
   ec.host.values = {{"Amount", value}, {"Start", "2012-01-31"}, {"Name", "T" + value}};
@@ -27,15 +39,15 @@ void Work(int number, int *faults) {
   for (int round = 0; round < 300; ++round) {
     for (const Row &row : rows) {
       const Parsed parsed = Parse(ec, row.text);
-      *faults += Outcome(parsed) != row.outcome;
-      *faults += parsed.exp != nullptr && Evaluate(ec, parsed.exp) != row.value;
+      Check(row.text + ": outcome", Outcome(parsed), row.outcome, fault);
+      if (parsed.exp != nullptr) Check(row.text, Evaluate(ec, parsed.exp), row.value, fault);
     }
-    *faults += ORLValidName(nullptr, "a name", nullptr) != 0;
+    Check("valid name", ORLValidName(nullptr, "a name", nullptr), 0, fault);
   }
 }
 
 // The columns are shared by all threads, the results are each thread's own.
-void ComputeRows(const std::vector<OrlColumn> &columns, int number, int *faults) {
+void ComputeRows(const std::vector<OrlColumn> &columns, int number, std::string &fault) {
   constexpr int64_t kRows = 3000;
   HostedContext ec;
   FUNDefineFunctions(ec);
@@ -47,26 +59,28 @@ void ComputeRows(const std::vector<OrlColumn> &columns, int number, int *faults)
   for (int round = 0; round < 20; ++round) {
     OrlRowResults sums = {ORL_COLUMN_INT64, 0, values.data(), nullptr, nullptr};
     OrlRowResults texts = {ORL_COLUMN_TEXT, 0, nullptr, offsets.data(), nullptr};
-    *faults += ORLEvaluateRows(ec, sum, kRows, 3, columns.data(), &sums) != kRows;
-    *faults += ORLEvaluateRows(ec, text, kRows, 3, columns.data(), &texts) != kRows;
+    Check("sums", ORLEvaluateRows(ec, sum, kRows, 3, columns.data(), &sums), kRows, fault);
+    Check("texts", ORLEvaluateRows(ec, text, kRows, 3, columns.data(), &texts), kRows, fault);
     for (int64_t row = 0; row < kRows; ++row) {
-      *faults += values[static_cast<size_t>(row)] != row + number + 1970;
+      const int64_t found = values[static_cast<size_t>(row)], expected = row + number + 1970;
+      if (found != expected) Check("sum of row " + std::to_string(row), found, expected, fault);
     }
     const std::string wanted = "AB" + std::to_string(number);
-    *faults += std::string(static_cast<const char *>(texts.values), wanted.size()) != wanted;
+    const std::string first(static_cast<const char *>(texts.values), wanted.size());
+    Check("first text", first, wanted, fault);
     ORLMemFree(texts.values);
   }
 }
 
 template <class Routine>
 void RunFour(Routine routine) {
-  std::vector<int> faults(4);
+  std::vector<std::string> faults(4);
   std::vector<std::thread> threads(4);
   for (size_t i = 0; i < 4; ++i) {
-    threads[i] = std::thread([&, i] { routine(static_cast<int>(i) + 1, &faults[i]); });
+    threads[i] = std::thread([&, i] { routine(static_cast<int>(i) + 1, faults[i]); });
   }
   for (std::thread &thread : threads) thread.join();
-  EXPECT_EQ(faults, std::vector<int>(4, 0));
+  EXPECT_EQ(faults, std::vector<std::string>(4));
 }
 
 TEST(Threads, ContextEach) {
@@ -87,7 +101,7 @@ TEST(Threads, RowsOfTheSameColumns) {
       {"Amount", ORL_COLUMN_INT64, 0, amounts.data(), nullptr, nullptr},
       {"Start", ORL_COLUMN_DATE32, 0, days.data(), nullptr, nullptr},
       {"Name", ORL_COLUMN_TEXT, 0, names.data(), offsets.data(), nullptr}};
-  RunFour([&](int number, int *faults) { ComputeRows(columns, number, faults); });
+  RunFour([&](int number, std::string &fault) { ComputeRows(columns, number, fault); });
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ struct BuiltInFunction {
   std::string types;  // n, d or t: of the result, then of each parameter
 };
 
-// The 46 rows of the string table in their order.
+// The rows of the string table in their order.
 const std::vector<BuiltInFunction> &FunctionRows();
 const BuiltInFunction &FunctionRowOf(const std::string &name);
 

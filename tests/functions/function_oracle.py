@@ -111,7 +111,7 @@ def date_picture(d, page):
 
 
 def date_text():
-    """A text as people write a date, with what it says; at times one that is no date."""
+    """A text as people write a date, with the date that it means; sometimes one that is not a date."""
     d = moment().replace(microsecond=0)
     name, year = R.choice([f"{d:%B}", f"{d:%b}".lower()]), f"{d.year:04}"
     date = R.choice([f"{d.month}/{d.day}/{year}", f"{year}-{d:%m-%d}", f"{d.day}-{name}-{year}",

@@ -87,7 +87,7 @@ std::string Literal(const std::string &text) {
   return literal + "'";
 }
 
-TEST(FunctionsPage, ExamplesGiveTheirResults) {
+TEST(FunctionsPage, ExamplesHaveTheirResults) {
   HostData host;
   const OwnedContext ec = PageContext(host);
   std::map<std::string, int> examples;  // of each function by its name
@@ -112,7 +112,7 @@ TEST(FunctionsPage, ExamplesGiveTheirResults) {
   }
 }
 
-TEST(PicturesPage, TablesGiveTheirResults) {
+TEST(PicturesPage, TablesHaveTheirResults) {
   // By the heads of a picture's or number's column and of the column of the result.
   const std::map<std::string, std::string> formulas = {
       {"Picture, Text", "DateToStrPicture(2012-01-09 21:04:07.25, "},

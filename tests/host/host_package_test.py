@@ -118,7 +118,7 @@ class PageCase(support.FolderCase):
 
 
 class Embedding(PageCase):
-    def test_blocks_are_a_program_that_prints_what_the_page_says(self):
+    def test_code_blocks_compile_and_print_what_the_page_shows(self):
         page = (support.ROOT / "docs/embedding.md").read_text()
         self.check_program(page, "".join(blocks(page, "c")), "shop.c")
 
@@ -128,7 +128,7 @@ class Readme(PageCase):
         super().setUp()
         self.text = (support.ROOT / "README.md").read_text()
 
-    def test_host_compiles_as_it_stands_and_prints_what_the_page_says(self):
+    def test_host_compiles_and_prints_what_the_page_shows(self):
         (source,) = blocks(self.text, "c")
         self.assertLessEqual(len(source.splitlines()), 33)
         self.check_program(self.text, source, "host.c")

@@ -24,7 +24,7 @@ class Program(support.FolderCase):
                                         LC_ALL="de_DE.UTF-8", LOCPATH=str(self.folder))
                 self.assertEqual(output.splitlines()[2].split()[1], expected, errors)
 
-    def test_help_tells_the_commands(self):
+    def test_help_lists_the_commands(self):
         status, output, errors = run("--help")
         self.assertEqual((status, errors), (0, b""))
         for word in (b"items", b"functions", b"check", b"eval", b"DATA.csv", b"Exit status"):
@@ -46,7 +46,7 @@ class Program(support.FolderCase):
             listed += "".join(f"{call}{mark}\n    {line}\n" for call, line in functions)
         self.assertEqual(output.decode()[:len(listed)], listed)
 
-    def test_a_reader_that_goes_away_ends_the_run_quietly(self):
+    def test_a_closed_pipe_ends_the_run_quietly(self):
         path = self.file("a\n" + "1\n" * 200000)
         with subprocess.Popen([support.ORLI, "eval", path, "-f", "x=a", "--format", "csv"],
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE,
@@ -60,12 +60,12 @@ class Program(support.FolderCase):
         """Errors after the first rows are not reached; errors that depend on types are reported by
         the first rows."""
         path = self.file("a,b\n" + "1,2\n" * 2000 + "1,2,3\n")
-        for formula, told in (("a + nope", b"ERR_VAR"), ("a +", b"ERR_SYNTAX"), ("Nope(a)", b"ERR_FUNC"),
+        for formula, expected in (("a + nope", b"ERR_VAR"), ("a +", b"ERR_SYNTAX"), ("Nope(a)", b"ERR_FUNC"),
                               ("a || b", b"3 fields"), ("a", b"3 fields")):
             with self.subTest(formula=formula):
                 status, output, errors = run("eval", path, "-f", "x=" + formula)
                 self.assertEqual((status, output), (1, b""))
-                self.assertIn(told, errors)
+                self.assertIn(expected, errors)
 
     def test_jobs_and_batches_change_nothing(self):
         """By one job, by several, and row by row, as with a condition that every row meets."""

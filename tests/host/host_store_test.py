@@ -96,7 +96,7 @@ class Session(StoreCase):
 
 
 class Files(StoreCase):
-    def test_what_is_no_good_store_is_told_and_kept(self):
+    def test_damaged_and_foreign_stores_are_refused_and_kept(self):
         circle = (("a", "b() + 1"), ("b", "a()"))
         good = block(formulas=[("a", "amount")])
         no_parse = "formula a: ERR_{}\n  {}\n  {}"
@@ -240,7 +240,7 @@ class Files(StoreCase):
                 self.skipTest("the program is in a folder that other users may not enter")
             self.assertEqual(self.acl(), acl(6, 6, 0, 6, 0))
 
-    def test_what_killed_writers_leave_is_swept(self):
+    def test_files_of_killed_writers_are_removed(self):
         kept = [".orli-backup.tmp", ".orli-1-0", "1-0.tmp", ".orli.tmp"]
         for name in kept + [".orli-1-0.tmp", ".orli-4194304-12.tmp"]:
             self.file("", name)

@@ -79,7 +79,7 @@ TEST(HostValues, AreListedInOrderAndInsertedAsLiterals) {
   }
 }
 
-TEST(HostValues, ComePageByPageWhileThereAreMore) {
+TEST(HostValues, AreListedInPages) {
   const struct {
     int values;
     std::vector<size_t> pages;
@@ -99,7 +99,7 @@ TEST(HostValues, ComePageByPageWhileThereAreMore) {
   }
 }
 
-TEST(HostValues, AFewInManyRowsComeWhenAskedForAgain) {
+TEST(HostValues, RareValuesAreListedOnTheSecondRequest) {
   std::string content = "s,t\n";
   for (int i = 0; i < 1100000; ++i) content += "a,\n";
   ListedFile file(content + "b,\n");
@@ -111,7 +111,7 @@ TEST(HostValues, AFewInManyRowsComeWhenAskedForAgain) {
   EXPECT_FALSE(more);
 }
 
-TEST(HostValues, TheWindowGoesOnAndBeginsAnew) {
+TEST(HostValues, ListingContinuesAndRestarts) {
   ListedFile file(Values(650));
   Edit(file.session.ec.get(), {nullptr, 0, "s"}, [&](OrlWindow d) {
     OrlWindow list = ORLHeadlessFind("LISTVALUES");

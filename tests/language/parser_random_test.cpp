@@ -364,7 +364,7 @@ Tokens Soup(Random &random) {
 }
 
 // A random language, for the reference and the engine: feature flags and operator callbacks. A
-// routine that is not found is no callback.
+// routine that is not found is not a callback.
 OwnedContext RandomContext(Random &random, Language &language) {
   const OrlLookupProc lookup = [](const char *name) {
     return std::strcmp(name, "known") == 0 ? Address(&HostValue) : nullptr;

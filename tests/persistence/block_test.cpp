@@ -131,7 +131,7 @@ TEST(BlockWriter, EveryCapacity) {
   EXPECT_EQ(Fitting(pieces, inputsAlone), whole.substr(0, whole.find('\xFC')));
 }
 
-TEST(BlockWriter, TablesComeAndGo) {
+TEST(BlockWriter, EmptyAndRefilledTables) {
   const OwnedContext owned = ContextFor({});
   EC ec = owned.get();
   char byte = 'x';
@@ -227,11 +227,11 @@ TEST(BlockReader, SectionsAndTheirEnds) {
   ExpectRead({
       {"one byte after the operators", v3 + "\xFA", 1, "", ""},
       {"a tag alone", v3 + no.substr(0, 2), 0, "", ""},
-      {"a header is no end", v3 + no, 0, "", ""},
+      {"ends after a header", v3 + no, 0, "", ""},
       {"no rows", v3 + no + net, 1, "", "N:=2 "},
       {"a count below 0", v3 + Header(250, -1) + net, 1, "", "N:=2 "},
       {"half a row", v3 + Header(250, 1) + row.substr(1), 0, "", "- "},
-      {"a row's fixed part is no end", v3 + Header(250, 1) + row, 0, "", "- "},
+      {"ends after the fixed part of a row", v3 + Header(250, 1) + row, 0, "", "- "},
       {"a routine's name without end", v3 + Header(250, 1) + row + x, 0, "", "A(1,0,0,0,0,0)=! "},
       {"fewer rows than the count", v3 + Header(250, 2) + kOneRow.substr(4), 0, kAsked, kAmount + "- "},
       {"a second section of rows", v3 + kOneRow + kOneRow + net, 1, kAsked, kAmount},
@@ -274,7 +274,7 @@ TEST(BlockReader, Formulas) {
       {"without parentheses", rows(3, {"A=B", "B=2"}), 0, "", ""},
       {"a formula that fails", rows(3, {"A=B()", "B=2", "W=1 +", "C=3"}), 0, "", "B:=2 "},
       {"one that fails later", rows(3, {"A=B() + 'a'", "B=2"}), 0, "", "B:=2 "},
-      {"in a circle", rows(3, {"A=B()", "B=A()", "C=1"}), 0, "", "C:=1 "},
+      {"in a cycle", rows(3, {"A=B()", "B=A()", "C=1"}), 0, "", "C:=1 "},
       {"itself", rows(2, {"A=A()"}), 0, "", ""},
       {"no names", rows(3, {"=F()", "=1, 2", "F=1"}), 1, "", "Formula1:=F() Set1:=1, 2 F:=1 "},
       {"generated names", rows(3, {"Formula1=1", "=2"}), 1, "", "Formula1:=1 Formula2:=2 "},
@@ -443,7 +443,7 @@ TEST(BlockReader, ManyRowsOfOneName) {
 }
 
 // The rows "| offset | bytes | meaning |" of the page, where "00 x 20" is as many zeros.
-TEST(BlockPage, DumpIsAsWritten) {
+TEST(BlockPage, DumpIsWhatTheWriterWrites) {
   std::ifstream page("docs/block-format.md");
   std::string dump, line, bytes;
   while (std::getline(page, line) && line != "## A block in bytes") continue;

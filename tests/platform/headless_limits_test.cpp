@@ -42,7 +42,7 @@ intptr_t OpenOver(OrlWindow parent) {
   return sys.DialogBoxParam(&kSmallDialog, parent, Handle, 0);
 }
 
-TEST(HeadlessLimits, NothingCanHang) {
+TEST(HeadlessLimits, EndlessScriptsAndEventsEnd) {
   EXPECT_EQ(0, WithDialog(nullptr, nullptr)) << "a dialog that does not end by command 2";
   int32_t opened = 0;
   const auto cancels = [&](OrlWindow window, uint32_t message, uintptr_t, intptr_t) {
@@ -84,7 +84,7 @@ int32_t IsFocused(OrlWindow dialog, int32_t id) {
   return ORLHeadlessLook(dialog, id, &state) != 0 ? state.focused : -1;
 }
 
-TEST(HeadlessLimits, DialogsGoOutOfReachAndComeBack) {
+TEST(HeadlessLimits, DisabledAndCoveredDialogsIgnoreTheUser) {
   int32_t paints = 0;
   OrlWindow beside = nullptr;
   OrlWindow owner = nullptr;  // once it is below another
@@ -122,7 +122,7 @@ TEST(HeadlessLimits, DialogsGoOutOfReachAndComeBack) {
   });
 }
 
-TEST(HeadlessLimits, TheUserReachesOnlyWhatIsThere) {
+TEST(HeadlessLimits, UserReachesOnlyVisibleAndEnabledControls) {
   int32_t notified = 0;
   const auto disables = [&](OrlWindow dialog, uint32_t message, uintptr_t wParam, intptr_t) {
     if (message != ORL_WM_COMMAND || (wParam & 0xFFFF) != 12) return;
@@ -147,7 +147,7 @@ TEST(HeadlessLimits, TheUserReachesOnlyWhatIsThere) {
   });
 }
 
-TEST(HeadlessLimits, RowsMayGoWhileTheyAreDrawn) {
+TEST(HeadlessLimits, RowsAreRemovedWhileTheyAreDrawn) {
   void *surface = nullptr;
   const auto deletes = [&](OrlWindow, uint32_t message, uintptr_t, intptr_t lParam) {
     if (message != ORL_WM_DRAWITEM) return;
@@ -205,7 +205,7 @@ TEST(HeadlessLimits, GeometryComesFromTheFont) {
   });
 }
 
-TEST(HeadlessLimits, WindowsThatAreNotThereDoNothing) {
+TEST(HeadlessLimits, UnknownWindowsDoNothing) {
   OrlWindow gone = nullptr;
   WithDialog(nullptr, [&](OrlWindow dialog) { gone = sys.GetDlgItem(dialog, 10); });
   ASSERT_EQ(1, ORLHeadlessStart(nullptr, nullptr));
@@ -270,7 +270,7 @@ TEST(HeadlessLimits, WithoutMemoryNoDialogOpensAndTextsStay) {
   }
 }
 
-TEST(HeadlessLimits, TheSystemIsTakenWholeAndNotFromUnderADialog) {
+TEST(HeadlessLimits, WindowSystemIsCopiedAndNotReplacedDuringADialog) {
   OrlWindowSystem broken = sys;
   broken.DrawFocusRect = nullptr;
   EXPECT_EQ(0, ORLSetWindowSystem(&broken));

@@ -31,11 +31,11 @@ TEST(Headless, KeysAndPressesComeAsOnThePlatform) {
 }
 
 // Where the contract leaves it open.
-TEST(Headless, GoesItsOwnWay) {
+TEST(Headless, BehaviourBeyondTheContract) {
   Check("own");
 }
 
-TEST(Headless, ListsKeepTheirRowsAndTellOfTheUser) {
+TEST(Headless, ListsKeepRowsAndNotifyOfTheUser) {
   Check("lists");
 }
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-TEST(StringsTest, EveryRowHasItsFormAndLoadsCutToAnyBuffer) {
+TEST(StringsTest, EveryRowLoadsTruncatedToAnyBuffer) {
   const Pattern ascii("^[ -~]+$");
   const Pattern message("^(ERR_[A-Z]+) ?: [A-Z]");
   const Pattern function("^FUN[A-Za-z]+,[012],([0-9])((,[012])*)$");
@@ -46,7 +46,7 @@ TEST(StringsTest, EveryRowHasItsFormAndLoadsCutToAnyBuffer) {
   }
 }
 
-TEST(StringsTest, UnknownRowsAndNoRoomLeaveTheBuffer) {
+TEST(StringsTest, UnknownRowsAndEmptyBuffersAreUnchanged) {
   char buffer[] = "~";
   for (const uint32_t id : {0U, 99U, 138U, 19999U, 20046U, UINT32_MAX}) {
     EXPECT_EQ(0, LoadStringA(nullptr, id, buffer, sizeof(buffer))) << id;

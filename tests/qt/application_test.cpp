@@ -49,7 +49,7 @@ int argumentCount = 1;
 char programName[] = "host";
 char *arguments[] = {programName, nullptr};
 
-TEST(QtApplication, IsMadeForAHostWithoutOneAndLeavesNothingBehind) {
+TEST(QtApplication, IsCreatedForAHostWithoutOneAndRemoved) {
   const std::string locale = std::setlocale(LC_ALL, nullptr);
   for (intptr_t round = 7; round < 9; ++round) {
     EXPECT_EQ(round, RunDialog(nullptr, round));
@@ -60,14 +60,15 @@ TEST(QtApplication, IsMadeForAHostWithoutOneAndLeavesNothingBehind) {
   intptr_t elsewhere = 0;
   std::thread([&elsewhere] { elsewhere = RunDialog(nullptr, 5); }).join();
   EXPECT_EQ(5, elsewhere);
-  EXPECT_EQ(nullptr, sys->CreateDialogParam(&kDialog, nullptr, Proc, 0)) << "nobody would serve it";
+  EXPECT_EQ(nullptr, sys->CreateDialogParam(&kDialog, nullptr, Proc, 0))
+      << "no event loop would serve it";
 }
 
-TEST(QtApplication, IsTheHostsWhereItHasOne) {
+TEST(QtApplication, OfTheHostIsUsed) {
   const QApplication host(argumentCount, arguments);
   QWidget window;
   EXPECT_EQ(3, RunDialog(&window, 3));
-  EXPECT_EQ(4, RunDialog(reinterpret_cast<void *>(12345), 4)) << "a parent that nobody knows";
+  EXPECT_EQ(4, RunDialog(reinterpret_cast<void *>(12345), 4)) << "an unknown parent";
   EXPECT_EQ(&host, QCoreApplication::instance());
   QComboBox combo;
   const auto text = reinterpret_cast<intptr_t>(
@@ -118,7 +119,7 @@ TEST(QtApplication, EndsWithItsDialogs) {
   }
 }
 
-TEST(QtApplication, TellsWhyNoDialogCanBeShown) {
+TEST(QtApplication, ReportsWhyNoDialogCanBeShown) {
   const struct {
     const char *platform, *display, *problem;
   } rows[] = {

@@ -74,7 +74,7 @@ bool Overlap(const Control &left, const Control &right) {
 
 // Every template, in its own size and enlarged. For the editor the plain form: others are where its
 // mode buttons do until it has laid them out.
-TEST(QtDialog, ControlsHaveRoomAndKeepApart) {
+TEST(QtDialog, ControlsDoNotOverlapOrClipText) {
   for (const char *name : {kDialogEditor, kDialogTextView, kDialogValues, kDialogError}) {
     SCOPED_TRACE(name);
     RunDialog(FindDialog(name), [](OrlWindow window) {
@@ -99,7 +99,7 @@ TEST(QtDialog, ControlsHaveRoomAndKeepApart) {
 }
 
 // In each font: controls in a row or column have equal steps, and lists are aligned.
-TEST(QtDialog, ControlsStandEvenly) {
+TEST(QtDialog, ControlsAreSpacedEvenly) {
   for (const int points : {7, 9, 10, 11, 13}) {
     int count = 1;
     char name[] = "host";
@@ -143,7 +143,7 @@ TEST(QtDialog, ControlsStandEvenly) {
   }
 }
 
-TEST(QtDialog, EnlargedGivesTheRoomToTextAndLists) {
+TEST(QtDialog, EnlargingGrowsTextAndLists) {
   RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
     const Dialog *dialog = qt_windows::FindDialog(window);
     std::map<int32_t, QRect> before;
@@ -189,7 +189,7 @@ QString SpokenName(QWidget *widget) {
   return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
 }
 
-TEST(QtDialog, ControlsHaveNamesForThoseWhoCannotSeeThem) {
+TEST(QtDialog, ControlsHaveNamesForScreenReaders) {
   RunDialog(FindDialog(kDialogEditor), [](OrlWindow window) {
     const std::pair<int32_t, const char *> names[] = {
         {100, "Formula text"}, {101, "Formula Name"}, {106, "Data Items"}, {107, "Functions"},
@@ -234,7 +234,7 @@ TEST(QtDialog, MnemonicsLeadToControls) {
 }
 
 // For a read-only text, with a procedure before it that handles all keys.
-TEST(QtDialog, TextsThatAreKeptAreReadByKeys) {
+TEST(QtDialog, ReadOnlyTextScrollsByKeys) {
   RunDialog(FindDialog(kDialogTextView), [](OrlWindow window) {
     OrlWindow edit = sys->GetDlgItem(window, kEditText);
     sys->SetWindowProc(edit,
@@ -303,45 +303,45 @@ TEST(QtDialog, BoxesOfferWhatTheirTypeSays) {
   });
 }
 
-TEST(QtDialog, TimersAndPostedMessagesCome) {
-  std::vector<std::pair<uint32_t, uintptr_t>> told;
-  answer = [&told](uint32_t message, uintptr_t wParam) {
+TEST(QtDialog, TimersAndPostedMessagesArrive) {
+  std::vector<std::pair<uint32_t, uintptr_t>> received;
+  answer = [&received](uint32_t message, uintptr_t wParam) {
     const bool drawn = message == ORL_WM_PAINT && wParam == 0;
-    if (drawn || message == ORL_WM_TIMER || message > 1024) told.emplace_back(message, wParam);
+    if (drawn || message == ORL_WM_TIMER || message > 1024) received.emplace_back(message, wParam);
     return 0;
   };
-  RunDialog(FindDialog(kDialogValues), [&told](OrlWindow window) {
+  RunDialog(FindDialog(kDialogValues), [&received](OrlWindow window) {
     QWidget *widget = qt_windows::FindDialog(window)->widget;
     EXPECT_TRUE(QTest::qWaitForWindowExposed(widget, kPatience));
     for (int i = 0; i < 3; ++i) {  // notified of its drawing after that, each time
-      told.clear();
+      received.clear();
       widget->repaint();
-      EXPECT_TRUE(told.empty()) << i;
+      EXPECT_TRUE(received.empty()) << i;
       QCoreApplication::processEvents();
-      ASSERT_EQ(1, told.size()) << i;
-      EXPECT_EQ(uint32_t{ORL_WM_PAINT}, told[0].first);
+      ASSERT_EQ(1, received.size()) << i;
+      EXPECT_EQ(uint32_t{ORL_WM_PAINT}, received[0].first);
     }
-    told.clear();
+    received.clear();
     sys->SetTimer(window, 7, 20);
     sys->SetTimer(window, 8, 0x7FFFFFFF);
     sys->PostMessage(window, 1025, 1, 0);
     sys->PostMessage(window, 1026, 2, 0);
-    EXPECT_TRUE(told.empty()) << "at once";
-    while (told.size() < 4) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    EXPECT_TRUE(received.empty()) << "at once";
+    while (received.size() < 4) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     sys->KillTimer(window, 7);
     sys->PostMessage(window, 1027, 3, 0);  // never comes: the dialog goes first
   });
-  using Told = std::vector<std::pair<uint32_t, uintptr_t>>;
-  EXPECT_EQ((Told{{1025, 1}, {1026, 2}, {ORL_WM_TIMER, 7}, {ORL_WM_TIMER, 7}}),
-            Told(told.begin(), told.begin() + 4));
+  using Received = std::vector<std::pair<uint32_t, uintptr_t>>;
+  EXPECT_EQ((Received{{1025, 1}, {1026, 2}, {ORL_WM_TIMER, 7}, {ORL_WM_TIMER, 7}}),
+            Received(received.begin(), received.begin() + 4));
 }
 
 // User events, timers and posted messages come too late: EndDialog has been called.
-TEST(QtDialog, AnEndedDialogHearsNothingMore) {
-  int32_t told = 0;
+TEST(QtDialog, EndedDialogReceivesNoEvents) {
+  int32_t received = 0;
   bool ended = false;
   answer = [&](uint32_t message, uintptr_t) {
-    told += ended && message != ORL_WM_DESTROY ? 1 : 0;
+    received += ended && message != ORL_WM_DESTROY ? 1 : 0;
     return 0;
   };
   RunDialog(FindDialog(kDialogEditor), [&](OrlWindow window) {
@@ -358,7 +358,7 @@ TEST(QtDialog, AnEndedDialogHearsNothingMore) {
     qt_windows::FindDialog(window)->widget->close();
     QTest::qWait(30);
   });
-  EXPECT_EQ(0, told);
+  EXPECT_EQ(0, received);
 }
 
 // A user who leaves a dialog with changed text is asked before the command, unless the host
@@ -417,7 +417,7 @@ TEST(QtDialog, AsksBeforeChangedTextIsDiscarded) {
 
 // The main edit: it has the focus after a button that disables itself, and its procedures check the
 // clipboard when another program has changed it.
-TEST(QtDialog, TextIsGoneBackTo) {
+TEST(QtDialog, MainEditGetsTheFocusBack) {
   static OrlTextAid aid = {};
   aid.size = sizeof aid;
   static int32_t looks;
@@ -448,14 +448,14 @@ TEST(QtDialog, TextIsGoneBackTo) {
 // beside it and back, Escape closes it.
 TEST(QtDialog, SideWindowsAreReachedByKeys) {
   for (const bool handles : {false, true}) {
-    static std::vector<uintptr_t> told;
+    static std::vector<uintptr_t> received;
     static bool closed, handled;
-    told.clear();
+    received.clear();
     closed = false;
     handled = handles;
     const auto side = [](OrlWindow window, uint32_t message, uintptr_t wParam,
                          intptr_t) -> intptr_t {
-      if (message == ORL_WM_COMMAND) told.push_back(wParam);
+      if (message == ORL_WM_COMMAND) received.push_back(wParam);
       if (message == ORL_WM_CLOSE) {
         closed = true;
         sys->DestroyWindow(window);
@@ -480,7 +480,7 @@ TEST(QtDialog, SideWindowsAreReachedByKeys) {
     const uintptr_t doubleClick = kListValues | uintptr_t{ORL_LBN_DBLCLK} << 16;
     EXPECT_EQ(
         handles ? (std::vector<uintptr_t>{1, 2}) : (std::vector<uintptr_t>{1, doubleClick, 2}),
-        told);
+        received);
     EXPECT_EQ(!handles, closed);
   }
 }

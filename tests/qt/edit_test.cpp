@@ -27,7 +27,8 @@ constexpr OrlControl kControls[] = {
 constexpr OrlDialogTemplate kTemplate = {"EDITS", "Edits", "", 8, 0, 0, 100, 90, 1, 4, kControls};
 
 const OrlWindowSystem *table;
-std::vector<std::string> told;  // the texts at the time of each EN_CHANGE, "" for other commands
+std::vector<std::string>
+    received;  // the texts at the time of each EN_CHANGE, "" for other commands
 
 std::string TextOf(OrlWindow window) {
   std::string text(static_cast<size_t>(table->GetWindowTextLength(window)) + 1, '?');
@@ -39,7 +40,7 @@ std::string TextOf(OrlWindow window) {
 intptr_t Procedure(OrlWindow, uint32_t message, uintptr_t wParam, intptr_t lParam) {
   if (message == ORL_WM_COMMAND) {
     const bool change = wParam >> 16 == ORL_EN_CHANGE;
-    told.push_back(change ? TextOf(reinterpret_cast<OrlWindow>(lParam)) : "");
+    received.push_back(change ? TextOf(reinterpret_cast<OrlWindow>(lParam)) : "");
   }
   return 0;
 }
@@ -111,7 +112,7 @@ class QtEdit : public testing::Test {
 };
 
 // Each on "abc" with b selected and "x\ny" on the clipboard.
-TEST_F(QtEdit, ChangesAreToldOnce) {
+TEST_F(QtEdit, EachChangeIsNotifiedOnce) {
   const struct {
     const char *what;
     std::function<void()> act;
@@ -136,31 +137,31 @@ TEST_F(QtEdit, ChangesAreToldOnce) {
       Set("abc");
       Select(1, 2);
       QApplication::clipboard()->setText("x\ny");
-      told.clear();
+      received.clear();
       row.act();
       const std::string &text = id == kLines ? row.lines : row.line;
       EXPECT_EQ(TextOf(edit), text) << row.what << id;
-      const bool tells = row.byProgram ? id == kLine : text != "abc";
-      EXPECT_EQ(told, std::vector<std::string>(tells ? 1 : 0, text)) << row.what << id;
-      EXPECT_EQ(Send(ORL_EM_GETMODIFY), tells && !row.byProgram ? 1 : 0) << row.what << id;
+      const bool notifies = row.byProgram ? id == kLine : text != "abc";
+      EXPECT_EQ(received, std::vector<std::string>(notifies ? 1 : 0, text)) << row.what << id;
+      EXPECT_EQ(Send(ORL_EM_GETMODIFY), notifies && !row.byProgram ? 1 : 0) << row.what << id;
     }
   }
   Use(kLines);
   Set("ab");
-  told.clear();
+  received.clear();
   Compose("zz", "");
-  EXPECT_EQ(TextOf(edit), "ab") << "what is being composed is no text yet";
+  EXPECT_EQ(TextOf(edit), "ab") << "composed characters are not in the text yet";
   Compose("", "z");
   Control(Qt::Key_Return);
-  EXPECT_EQ(told, (std::vector<std::string>{"zab", "z\nab"}));
+  EXPECT_EQ(received, (std::vector<std::string>{"zab", "z\nab"}));
 }
 
-TEST_F(QtEdit, WhatTheProgramPutsInCanBeUndone) {
+TEST_F(QtEdit, InsertionsOfTheProgramCanBeUndone) {
   Set("abs(Expression)");
   Type("1 ");
   Set("abs(Amount)");
   Set("abs(Amount + \xE9)");
-  told.clear();
+  received.clear();
   const std::pair<const char *, int> rows[] = {// text; caret
                                                {"abs(Amount)", 10},
                                                {"1 abs(Expression)", 16},
@@ -170,7 +171,7 @@ TEST_F(QtEdit, WhatTheProgramPutsInCanBeUndone) {
     EXPECT_EQ(TextOf(edit), text);
     EXPECT_EQ(Send(ORL_EM_GETSEL) & 0xFFFF, caret) << text;
   }
-  EXPECT_EQ(told.size(), 3U);
+  EXPECT_EQ(received.size(), 3U);
   Send(ORL_EM_SETMODIFY, 0);
   Control(Qt::Key_Z);
   EXPECT_EQ(TextOf(edit), "abs(Expression)") << "forgotten";

@@ -33,12 +33,12 @@ constexpr int kRowHeight = 17;
 
 constexpr int kPatience = 60'000;  // milliseconds for what comes at once on an idle machine
 const OrlWindowSystem *table;
-std::vector<std::string> told;  // the id and the notification of each command
+std::vector<std::string> received;  // the id and the notification of each command
 std::function<void(const OrlDrawItem &)> draw;
 
 intptr_t Procedure(OrlWindow, uint32_t message, uintptr_t wParam, intptr_t lParam) {
   if (message == ORL_WM_COMMAND) {
-    told.push_back(std::to_string(wParam & 0xFFFF) + ":" + std::to_string(wParam >> 16));
+    received.push_back(std::to_string(wParam & 0xFFFF) + ":" + std::to_string(wParam >> 16));
   } else if (message == ORL_WM_MEASUREITEM) {
     reinterpret_cast<OrlMeasureItem *>(lParam)->height = kRowHeight;
   } else if (message == ORL_WM_DRAWITEM && draw) {
@@ -58,7 +58,7 @@ class QtList : public testing::Test {
     draw = nullptr;
     dialog = table->CreateDialogParam(&kTemplate, nullptr, Procedure, 0);
     QApplication::processEvents();
-    told.clear();
+    received.clear();
   }
   ~QtList() override {
     table->DestroyWindow(dialog);
@@ -117,9 +117,9 @@ struct PlainRow {
   intptr_t data;
 };
 
-int32_t PlainFind(const std::vector<PlainRow> &rows, intptr_t behind, const std::string &prefix) {
+int32_t PlainFind(const std::vector<PlainRow> &rows, intptr_t previous, const std::string &prefix) {
   const auto count = static_cast<intptr_t>(rows.size());
-  const intptr_t start = behind < 0 || behind >= count ? 0 : behind + 1;
+  const intptr_t start = previous < 0 || previous >= count ? 0 : previous + 1;
   for (intptr_t row = start; row < start + count; ++row) {
     if (Lower(rows[static_cast<size_t>(row % count)].text).rfind(Lower(prefix), 0) == 0) {
       return static_cast<int32_t>(row % count);
@@ -128,7 +128,7 @@ int32_t PlainFind(const std::vector<PlainRow> &rows, intptr_t behind, const std:
   return -1;
 }
 
-TEST_F(QtList, MessagesDoAsToAPlainList) {
+TEST_F(QtList, MessagesAgreeWithAModel) {
   std::mt19937 random(20240607);
   const auto below = [&](intptr_t end) {
     return static_cast<intptr_t>(random() % static_cast<uint64_t>(end));
@@ -208,10 +208,10 @@ TEST_F(QtList, MessagesDoAsToAPlainList) {
     }
   }
   QApplication::processEvents();
-  EXPECT_TRUE(told.empty()) << told.front();
+  EXPECT_TRUE(received.empty()) << received.front();
 }
 
-TEST_F(QtList, TellsWhatTheUserMakesCurrent) {
+TEST_F(QtList, NotifiesOfTheRowThatTheUserSelects) {
   Fill(kPlain, {"ant", "bee", "Bea", "bea x"});
   QWidget *view = ViewOf(kPlain);
   const int height = static_cast<QAbstractScrollArea *>(WidgetOf(kPlain))->fontMetrics().height();
@@ -231,7 +231,7 @@ TEST_F(QtList, TellsWhatTheUserMakesCurrent) {
     const char *what;
     std::function<void()> act;
     intptr_t current;
-    std::vector<std::string> tells;
+    std::vector<std::string> notifications;
   } steps[] = {
       {"focus", [this] { table->SetFocus(Item(kPlain)); }, -1, {}},
       {"down from none", key(Qt::Key_Down), 0, {kChange}},
@@ -271,15 +271,15 @@ TEST_F(QtList, TellsWhatTheUserMakesCurrent) {
   ASSERT_EQ(0, view->height() % height) << "rows are whole";
   QApplication::setKeyboardInputInterval(3'600'000);
   for (const auto &step : steps) {
-    told.clear();
+    received.clear();
     step.act();
     QApplication::processEvents();
     EXPECT_EQ(step.current, Message(kPlain, ORL_LB_GETCURSEL, 0)) << step.what;
-    EXPECT_EQ(step.tells, told) << step.what;
+    EXPECT_EQ(step.notifications, received) << step.what;
   }
 }
 
-TEST_F(QtList, IsAsHighAsWholeRowsAndKeepsTheCurrentOneInView) {
+TEST_F(QtList, ShowsWholeRowsAndTheCurrentOne) {
   Fill(kDrawn, {"a", "b", "c", "d"});
   Message(kDrawn, ORL_LB_SETCURSEL, 2);
   const auto *view = static_cast<QAbstractItemView *>(WidgetOf(kDrawn));
@@ -416,7 +416,7 @@ TEST_F(QtList, PicturesOfRowsFollowTheFont) {
   }
 }
 
-TEST_F(QtList, BitmapsLoadWhenTheyAreWhole) {
+TEST_F(QtList, OnlyCompleteBitmapsLoad) {
   const OrlBitmap good = *FindBitmap("setl");
   const struct {
     const char *what;
@@ -443,9 +443,9 @@ TEST_F(QtList, OptionsAreMarkedByTheDialogAlone) {
   Mouse(option, QEvent::MouseButtonRelease, 3);
   Key(kOption, Qt::Key_Space, " ");
   option->toggle();  // by a screen reader, which does not wait
-  EXPECT_EQ(2U, told.size());
+  EXPECT_EQ(2U, received.size());
   QApplication::processEvents();
-  EXPECT_EQ((std::vector<std::string>{"13:0", "13:0", "13:0"}), told);
+  EXPECT_EQ((std::vector<std::string>{"13:0", "13:0", "13:0"}), received);
   EXPECT_FALSE(option->isChecked());
 
   table->CheckRadioButton(dialog, kOption, kOther, kOption);
@@ -454,7 +454,7 @@ TEST_F(QtList, OptionsAreMarkedByTheDialogAlone) {
   table->CheckRadioButton(dialog, kOption, kOther, kOther);
   EXPECT_FALSE(option->isChecked());
   EXPECT_TRUE(static_cast<QAbstractButton *>(WidgetOf(kOther))->isChecked());
-  EXPECT_EQ(3U, told.size());
+  EXPECT_EQ(3U, received.size());
 
   const struct {
     const char *caption, *shown;

@@ -42,7 +42,7 @@ const char *const kWords[] = {"Am", "StrL", "eft(", "'it''s'", ", ",  " + ",
                               "(",  ")",    "1",    "F",       "x\"", "Tax "};
 const char *const kGood[] = {"Amount * 2", "Amount AND 3", "Amount, 5", "F3() + Tax"};
 
-// Windows behind the front one receive no user events.
+// Windows below the front one receive no user events.
 bool IsReached(const QWidget *window) {
   const QWidget *front = QApplication::activeModalWidget();
   if (window == front || qobject_cast<const QMessageBox *>(front) != nullptr) {
@@ -182,7 +182,7 @@ void ListValues(EC, const char *, void *list, int32_t, int32_t *more) {
   *more = Below(2);
 }
 
-TEST(QtStorm, NothingBreaks) {
+TEST(QtStorm, RandomEvents) {
   static int count = 1;
   static char name[] = "storm_test", *arguments[] = {name, nullptr};
   static const auto *const application = new QApplication(count, arguments);

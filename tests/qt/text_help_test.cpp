@@ -27,7 +27,7 @@ std::string Braced(const std::string &text, std::vector<Piece> pieces) {
   return braced;
 }
 
-TEST(QtTextScan, TellsWhatStandsWhere) {
+TEST(QtTextScan, FindsTokensCallsAndBrackets) {
   const struct {
     const char *text, *quoted, *brackets, *call, *word;
   } rows[] = {
@@ -80,7 +80,7 @@ constexpr OrlDialogTemplate kTemplate = {"AID", "Aid", "", 8, 0, 0, 200, 130, 1,
 
 constexpr int kPatience = 60'000;  // milliseconds for what comes at once on an idle machine
 const OrlWindowSystem *sys;
-std::vector<std::string> told;  // commands, insertions, help
+std::vector<std::string> received;  // commands, insertions, help
 
 // An edit whose texts are valid except for the word "bad".
 int32_t Check(const char *text, OrlTextState *state) {
@@ -95,7 +95,7 @@ int32_t Check(const char *text, OrlTextState *state) {
 }
 
 void Insert(int32_t list, const char *row) {
-  told.push_back(std::to_string(list) + " " + row);
+  received.push_back(std::to_string(list) + " " + row);
 }
 
 int32_t Describe(int32_t list, const char *row, char *buffer, int32_t size) {
@@ -109,8 +109,8 @@ int32_t IsShown(int32_t /*list*/, const char *row) {
 
 intptr_t Procedure(OrlWindow /*window*/, uint32_t message, uintptr_t wParam, intptr_t lParam) {
   if (message == ORL_WM_COMMAND && (wParam & 0xFFFF) != kText) {
-    told.push_back("command " + std::to_string(wParam & 0xFFFF) + " " +
-                   std::to_string(wParam >> 16));
+    received.push_back("command " + std::to_string(wParam & 0xFFFF) + " " +
+                       std::to_string(wParam >> 16));
   }
   if (message == ORL_WM_HELP_REQUEST) {
     const bool isFunctions = sys->GetDlgCtrlID(reinterpret_cast<OrlWindow>(wParam)) == kFunctions;
@@ -138,7 +138,7 @@ class QtTextHelp : public testing::Test {
     text = static_cast<QPlainTextEdit *>(WidgetOf(kText));
     text->setFocus();
     EXPECT_TRUE(QTest::qWaitForWindowActive(text->window(), kPatience));
-    told.clear();
+    received.clear();
   }
   ~QtTextHelp() override {
     sys->DestroyWindow(dialog);
@@ -176,7 +176,7 @@ class QtTextHelp : public testing::Test {
 
 using Texts = std::vector<std::string>;
 
-TEST_F(QtTextHelp, MarksTheTextAndSaysWhatItIs) {
+TEST_F(QtTextHelp, MarksTheTextAndShowsItsTypeOrError) {
   for (const bool dark : {false, true}) {
     QPalette palette(dark ? QColor(50, 50, 50) : QColor(Qt::white));
     text->setPalette(palette);
@@ -206,7 +206,7 @@ TEST_F(QtTextHelp, MarksTheTextAndSaysWhatItIs) {
 }
 
 // However long a text is: what is out of view is not marked.
-TEST_F(QtTextHelp, MarksOnlyWhatIsSeen) {
+TEST_F(QtTextHelp, MarksOnlyVisibleText) {
   for (const char *line : {"'abc' ||\n", "'abc' || "}) {
     text->setPlainText(QString(line).repeated(7000) + "bad");
     ASSERT_TRUE(Says("wrong"));
@@ -221,7 +221,7 @@ TEST_F(QtTextHelp, OffersNames) {
   const struct {
     const char *typed;
     QList<Qt::Key> keys;
-    const char *told, *text;
+    const char *received, *text;
   } rows[] = {
       {"1+al", {Qt::Key_Tab}, "11 alpha", "1+al"},
       {"al", {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}, "12 Alpine", "al"},
@@ -237,10 +237,10 @@ TEST_F(QtTextHelp, OffersNames) {
     SCOPED_TRACE(row.typed);
     sys->SetWindowText(sys->GetDlgItem(dialog, kText), "");
     text->setFocus();
-    told.clear();
+    received.clear();
     QTest::keyClicks(text, row.typed);
     for (const Qt::Key key : row.keys) QTest::keyClick(text, key);
-    EXPECT_EQ(Texts{row.told}, told);
+    EXPECT_EQ(Texts{row.received}, received);
     EXPECT_EQ(row.text, text->toPlainText().toStdString());
     auto *names = text->window()->findChild<QListWidget *>();
     EXPECT_FALSE(names->isVisible());
@@ -248,7 +248,7 @@ TEST_F(QtTextHelp, OffersNames) {
 }
 
 // The view of a list is filtered; messages to the list see all rows.
-TEST_F(QtTextHelp, ListsAreNarrowed) {
+TEST_F(QtTextHelp, ListsAreFiltered) {
   auto *list =
       static_cast<qt_windows::ListBox *>(qt_windows::FindControl(sys->GetDlgItem(dialog, kNames)));
   const auto shown = [list] {
@@ -264,14 +264,14 @@ TEST_F(QtTextHelp, ListsAreNarrowed) {
   QTest::keyClicks(QApplication::focusWidget(), "ET");
   EXPECT_EQ((Texts{"alphabet", "beta"}), shown());
   EXPECT_EQ(4, sys->SendMessage(list->window, ORL_LB_GETCOUNT, 0, 0));
-  EXPECT_EQ(Texts{"command 11 1"}, told) << "the row that is shown is current";
+  EXPECT_EQ(Texts{"command 11 1"}, received) << "the row that is shown is current";
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
   EXPECT_EQ(2, sys->SendMessage(list->window, ORL_LB_GETCURSEL, 0, 0));
   Add(kNames, "delta");
   EXPECT_EQ((Texts{"alphabet", "beta"}), shown());
-  told.clear();
+  received.clear();
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-  EXPECT_EQ(Texts{"command 11 2"}, told) << "taken as by a double click";
+  EXPECT_EQ(Texts{"command 11 2"}, received) << "taken as by a double click";
   EXPECT_EQ(5U, shown().size());
   EXPECT_EQ(list->view, QApplication::focusWidget());
   // What the host hides is not found by letters either.
@@ -281,18 +281,18 @@ TEST_F(QtTextHelp, ListsAreNarrowed) {
   EXPECT_EQ(2, sys->SendMessage(sys->GetDlgItem(dialog, kFunctions), ORL_LB_GETCURSEL, 0, 0));
 }
 
-TEST_F(QtTextHelp, HelpIsTheHostsToShow) {
+TEST_F(QtTextHelp, HostShowsTheHelp) {
   OrlEditorHost host = {};
   host.size = sizeof host;
   host.Help = [](void *, const OrlHelp *help) {
-    told.push_back(std::to_string(help->control) + " " + std::to_string(help->number) + " " +
-                   (help->key == nullptr ? "" : help->key));
+    received.push_back(std::to_string(help->control) + " " + std::to_string(help->number) + " " +
+                       (help->key == nullptr ? "" : help->key));
     sys->ShowPage(help->dialog, "Title", "## Head\n\n**Text**");
   };
   sys->SetEditorHost(&host);
   const struct {
     int32_t control;
-    const char *text, *told;
+    const char *text, *received;
   } rows[] = {{kText, "+", "10 400 "},
               {kText, "Alpine(", "10 0 Alpine"},
               {kNames, "Alpine(", "11 400 "},
@@ -304,9 +304,9 @@ TEST_F(QtTextHelp, HelpIsTheHostsToShow) {
     EXPECT_TRUE(QTest::qWaitForWindowActive(text->window(), kPatience));
     QTest::keyClicks(text, row.text);
     WidgetOf(row.control)->setFocus();
-    told.clear();
+    received.clear();
     QTest::keyClick(WidgetOf(row.control), Qt::Key_F1);
-    EXPECT_EQ(Texts{row.told}, told);
+    EXPECT_EQ(Texts{row.received}, received);
   }
   // One page at a time, which goes by Escape.
   const auto pages = [] {

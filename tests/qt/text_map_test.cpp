@@ -51,7 +51,7 @@ void ExpectBack(const std::string &text, int32_t page) {
   }
 }
 
-TEST(QtTextMap, EveryTextComesBack) {
+TEST(QtTextMap, EveryTextIsMappedBack) {
   for (const int32_t page : kCodePages) {
     const CodePageScope scope(page);
     for (uint32_t code = 0; code < 0x10000; ++code) {
@@ -100,8 +100,8 @@ TEST(QtTextMap, PlacesAreThoseOfTheCharacters) {
       const std::vector<Cut> cuts = CutsOf(text, kind, page);
       ASSERT_EQ(shown.size(), cuts.back().position) << Shown(text) << page;
       const auto cutAt = [&](auto member, qsizetype place) {
-        const auto behind = [&](const Cut &cut) { return cut.*member > place; };
-        const auto found = std::find_if(cuts.begin() + 1, cuts.end(), behind);
+        const auto after = [&](const Cut &cut) { return cut.*member > place; };
+        const auto found = std::find_if(cuts.begin() + 1, cuts.end(), after);
         return *(found - 1);
       };
       for (int32_t place = -1; place <= shown.size() + 1; ++place) {
@@ -189,7 +189,7 @@ TEST(QtTextMap, WhatCanBeEntered) {
   }
 }
 
-TEST(QtTextMap, WhatOthersSeeHasNoEscapes) {
+TEST(QtTextMap, CopiedTextHasNoEscapes) {
   const CodePageScope scope(65001);
   EXPECT_EQ(CaptionText("\xF0\x9F\x98\x80\xFF\n"), QString("\U0001F600\uFFFD\uFFFD"));
   EXPECT_EQ(HarmlessText(ShownText("a\xFF\r\nb\n\xC2\xA0", TextKind::Lines)),

@@ -61,7 +61,7 @@ Window FindWindow(OrlWindow window, int32_t id = ORL_HEADLESS_SELF);
 OrlWindow HandleOf(const Box &box);
 // The modal dialog or box that waits for the user.
 Window TopWindow();
-// Whether the user can reach it: seen, enabled and not behind a modal window.
+// Whether the user can reach it: visible, enabled and not below a modal window.
 bool IsUsable(const Window &window);
 bool HasFocus(const Window &window);
 

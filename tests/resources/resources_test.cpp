@@ -65,7 +65,7 @@ TEST(ResourcesTest, BitmapsAreBmpFilesOfTheDrawings) {
         ASSERT_EQ(colors.at(line[x]), number(54 + 4 * color, 4)) << x << ", " << y;
       }
     }
-    EXPECT_EQ(0xc0c0c0U, colors.at(line[0])) << "the corner is no background";
+    EXPECT_EQ(0xc0c0c0U, colors.at(line[0])) << "the corner is not background";
   }
   EXPECT_TRUE(FindBitmap(nullptr) == nullptr && FindBitmap("form") == nullptr);
 }

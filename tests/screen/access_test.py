@@ -106,25 +106,25 @@ class AccessTest(unittest.TestCase):
         row = self.part("list item", "StrLeft")
         self.assertIn("StrLeft(text: String, count: Number): String", row.description)
 
-    def test_rows_are_put_in(self):
+    def test_rows_are_inserted(self):
         action = self.part("list item", "tax").queryAction()
         names = [action.getName(index) for index in range(action.nActions)]
         action.doAction(names.index("Insert"))
         until(lambda: self.text() == "tax")
 
-    def test_messages_are_told_as_they_are(self):
+    def test_message_boxes_are_announced(self):
         self.shown.type("nothing")
         until(lambda: self.part("text", "Formula text").description == "ERR_VAR: Unknown input item.")
         self.shown.key("Return")
         box = self.window("Formula Information")
         self.assertEqual("ERR_VAR: Unknown input item.", box.description)
 
-    def test_arguments_are_told_where_the_caret_is(self):
+    def test_arguments_of_the_call_are_announced(self):
         self.shown.type("StrLeft(place, ")
         strip = self.part("filler", "StrLeft(text: String, count: Number): String")
         until(lambda: strip.description == "ERR_SYNTAX: Incomplete or invalid formula")
 
-    def test_preview_tells_its_values(self):
+    def test_preview_values_are_announced(self):
         preview = self.window("Preview")
         self.shown.tool("windowfocus", "--sync", self.editor)
         self.shown.type("amount * 2")

@@ -131,7 +131,7 @@ class KeyboardTest(EditorCase):
         self.screen.key("Return")
         self.assertRegex(self.finish(), r"=tax ?- 1 \+\nhalf\(\)")
 
-    def test_keys_land_in_the_text_behind_every_button(self):
+    def test_focus_returns_to_the_text_after_every_button(self):
         self.orli("define", self.store, self.data, "half=amount / 2", "twice=tax * 2")
         self.edit()
         self.screen.key("alt+f")
@@ -191,7 +191,7 @@ class SmallScreenTest(EditorCase):
     test_keys_alone_do_all = KeyboardTest.test_keys_alone_do_all
     test_mode_buttons_are_one_tab_stop = KeyboardTest.test_mode_buttons_are_one_tab_stop
 
-    def test_what_has_the_keys_is_in_view(self):
+    def test_focus_is_scrolled_into_view(self):
         self.edit()
         x, y, width, height = self.screen.place(self.editor)
         self.assertTrue(x >= 0 and y >= 0 and x + width <= 800 and y + height <= 600, (x, y, width, height))
@@ -243,12 +243,12 @@ class AidTest(EditorCase):
         text = self.orli("show", self.store, "long").strip()
         self.assertTrue(text.startswith("2 * (tax) + amount") and text.endswith("tax - 1"), text[-100:])
 
-    def test_functions_tell_what_they_do(self):
+    def test_functions_have_tooltips(self):
         self.edit()
 
         def is_told():
             self.screen.hover(self.editor, "functions", row=1)
-            time.sleep(1.5)  # a mouse that moves on is told nothing
+            time.sleep(1.5)  # a mouse that moves on gets no tooltip
             return self.screen.bytes_of(0, 0, *self.size).count(bytes(TIP)) > 500
         until(is_told)
 
@@ -263,7 +263,7 @@ class AidTest(EditorCase):
         self.screen.key("Return")
         self.assertIn("=amount + tax\n", self.finish())
 
-    def test_lists_are_narrowed_by_a_part_of_a_name(self):
+    def test_lists_are_filtered(self):
         self.edit()
         self.screen.key("alt+f", "ctrl+f")
         self.screen.type("eft")  # StrLeft alone; that for databases is not listed
@@ -274,7 +274,7 @@ class AidTest(EditorCase):
         self.screen.key("Return")
         self.assertIn("=StrLeft( place , 1 )", self.finish())
 
-    def test_functions_for_databases_are_listed_where_they_are_wanted(self):
+    def test_functions_for_databases_are_listed_with_sql(self):
         for arguments, picked in ((("--sql",), "UCASE( place )"), ((), "StrUpper( place )")):
             self.edit(*arguments)
             self.screen.key("alt+f", "ctrl+f")
@@ -328,7 +328,7 @@ class AidTest(EditorCase):
         for formula in ("Formula1=amount + 1", "Formula2=tax * 2", "Formula3=3"):
             self.assertIn(formula, saved)
 
-    def test_preview_is_there_where_it_is_asked_for(self):
+    def test_preview_opens_on_request(self):
         self.edit()
         self.screen.wait("^Preview$")
         self.screen.tool("windowfocus", "--sync", self.editor)
@@ -430,7 +430,7 @@ class StoreTest(EditorCase):
         self.assertIn("Formula1=tax + 1", self.finish())
         self.assertEqual(self.names(), ["Formula1"])
 
-    def test_what_was_saved_outlives_the_program(self):
+    def test_saved_formulas_survive_a_kill(self):
         self.orli("define", self.store, self.data, "half=amount / 2", "twice=tax * 2")
         self.edit("twice")
         self.screen.type("1 + ")
@@ -461,7 +461,7 @@ class LoadTest(EditorCase):
         self.assertIn("not repaired, and left as it was", self.fail_to_finish())
         self.assertEqual(self.store.read_bytes(), broken)
 
-    def test_broken_formula_is_mended_while_it_loads(self):
+    def test_invalid_formula_is_repaired_while_loading(self):
         self.load_broken()
         self.screen.type("amount")
         self.screen.key("Return")

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(CodePageTest, OnlyThreeAreTaken) {
+TEST(CodePageTest, OnlyThreeAreAccepted) {
   const CodePageScope scope(932);
   for (const int32_t page : {0, 437, 1251, 1253, 65000, 65002, -1}) {
     EXPECT_EQ(0, WRENSetCodePage(page)) << page;

@@ -47,12 +47,12 @@ TEST(MemoryTest, RandomResizesAgreeWithAModel) {
   EXPECT_EQ(0U, WRENMemSize(nullptr));
 }
 
-TEST(MemoryTest, TheLargestSizeIsNoOverflow) {
+TEST(MemoryTest, LargestSizeDoesNotOverflow) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "the sanitizer needs too much memory of its own";
 #endif
   auto *block = static_cast<char *>(WRENMemAlloc(UINT32_MAX));
-  if (block == nullptr) GTEST_SKIP() << "4 GB are not to be had here";
+  if (block == nullptr) GTEST_SKIP() << "cannot allocate 4 GB on this machine";
   EXPECT_EQ(UINT32_MAX, WRENMemSize(block));
   block[UINT32_MAX - 1] = 'x';
   WRENMemFree(block);

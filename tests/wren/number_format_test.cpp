@@ -199,7 +199,7 @@ TEST(NumberFormat, BadPictures) {
   EXPECT_EQ(0, WRENFmtCheckNumberPicture(&record)) << "no picture";
 }
 
-TEST(NumberFormat, PicturesUpToTheRoom) {
+TEST(NumberFormat, PicturesUpToTheLongestText) {
   const std::string zeros(99, '0');
   EXPECT_EQ(zeros, UnderPicture(zeros, "0"));
   EXPECT_EQ("failed", UnderPicture(zeros, "-1")) << "100 characters";

@@ -100,7 +100,7 @@ void ExpectSame(const NumberValue &value, const std::string &expected) {
   EXPECT_EQ(Stored(Number(expected)), Stored(value)) << expected;
 }
 
-TEST(NumberText, RefusesWhatIsNoNumber) {
+TEST(NumberText, RefusesOtherText) {
   static const char *const kTexts[] = {"",     " ",     "-",   "+",   ".",   "-.",   "e5",   "1e",
                                        "1e+",  "1e-",   "--1", "+-1", "- 1", "1 2",  "1..2", "1.2.",
                                        "1,0",  "0x1",   "1a",  "nan", "inf", "1e5.", "1-",   "1 e5",
@@ -125,7 +125,7 @@ TEST(NumberText, TakesBlanksAndAnyCountOfDigits) {
   ExpectSame(Number("1e-" + nines), "0");
 }
 
-TEST(NumberText, IsCutAndCounted) {
+TEST(NumberText, IsTruncatedAndCounted) {
   const NumberValue value = Number("-12.5");
   static const char *const kWritten[] = {"#", "", "-", "-1", "-12", "-12.", "-12.5", "-12.5"};
   for (int32_t size = 0; size < 8; ++size) {
@@ -140,7 +140,7 @@ TEST(NumberText, IsCutAndCounted) {
 }
 
 // Null, a null pointer, a date and bytes that no operation writes count as null.
-TEST(Number, WhatIsNoNumberCountsAsNull) {
+TEST(Number, InvalidBytesCountAsNull) {
   static const struct {
     const char *text;
     size_t changed;  // byte of the payload, or kLength

@@ -28,7 +28,7 @@ std::string Utf8Of(uint32_t codePoint) {
 namespace {
 
 // Length of the character at `at`: a longer form counts when re-encoding what its bits say gives
-// the same bytes, and it is no surrogate.
+// the same bytes, and it is not a surrogate.
 size_t Utf8Length(const std::string &text, size_t at) {
   for (size_t length = 4; length > 1; --length) {
     const std::string bytes = text.substr(at, length);
