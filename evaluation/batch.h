@@ -1,4 +1,4 @@
-// A batch of rows: the values of one part of a formula for several hundred rows at a time.
+// A batch of rows: the values of one part of a formula for up to kBatchRows rows at a time.
 //
 // Numbers of one scale are lanes: integers that share an exponent, of 64 bits or, where products or
 // long constants need it, of 128. A bound on the magnitudes of a batch shows before an operation
@@ -164,11 +164,11 @@ uint32_t BoundOf(const Int128 *lanes, uint32_t count);
 
 // Sets the batch's elements to `count` lanes in its own memory.
 void SetNarrowLanes(Batch *batch, uint32_t count, int32_t exponent);
-// The result of an operation has no value where the right operand has none either.
+// Marks the rows of `left` that are missing in `right` as missing too.
 void MergeMissing(Batch *left, const Batch &right);
 
-// Converts lanes and dates to values; a batch of values is unchanged, and a batch of strings loses
-// its values.
+// Converts lanes and dates to values; a batch of values is unchanged, and a batch of strings
+// becomes all missing.
 void MakeValues(const BatchRun &run, Batch *batch);
 // One element for each row, where all rows shared one.
 void MakeRows(const BatchRun &run, Batch *batch);

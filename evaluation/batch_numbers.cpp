@@ -15,7 +15,7 @@ constexpr uint32_t kNarrowBound = 62;
 constexpr uint32_t kWideBound = 126;
 constexpr uint32_t kDigitsBound = 86;  // 2^86 is below 10^26
 
-// No magnitude of 10^n is above 2^this.
+// An upper bound of log2(10^n).
 constexpr uint32_t BoundOfPower(int32_t n) {
   return static_cast<uint32_t>(n * 3322 + 999) / 1000;
 }
@@ -140,7 +140,7 @@ bool AddLanes(const BatchRun &run, Batch *left, const Batch &right, bool negate)
   } else {
     const auto a = static_cast<Int128>(kPowersOfTen.of[leftShift]);
     const auto b = static_cast<Int128>(kPowersOfTen.of[rightShift]) * (negate ? -1 : 1);
-    // One of the powers is 1.
+    // One operand already has the common exponent, so one power is 1.
     if (a == 1) {
       EachWide(left->own, *left, right, count, [=](Int128 x, Int128 y) { return x + y * b; });
     } else {

@@ -6,6 +6,7 @@
 #include "evaluation/batch.h"
 #include "evaluation/batch_dates.h"
 #include "evaluation/row_output.h"
+#include "evaluation/scaled_integer.h"
 
 namespace {
 

@@ -73,7 +73,7 @@ int32_t DeliverBlock(Evaluation &run, const Value &value, int32_t *length, void 
   return 1;
 }
 
-// Computes the expression and lets `deliver` take the value while the evaluation still holds it.
+// Computes the expression and passes the value to `deliver` while the evaluation still owns it.
 template <class Delivery>
 int32_t EvaluateFor(EC ec, HEXP exp, Delivery deliver) {
   Evaluation run(ec, exp);

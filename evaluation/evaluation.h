@@ -2,6 +2,7 @@
 #ifndef ORLI11_EVALUATION_EVALUATION_H
 #define ORLI11_EVALUATION_EVALUATION_H
 
+#include <cassert>
 #include <cstdint>
 
 #include "engine/context.h"
@@ -79,6 +80,7 @@ inline bool IsUnchanged(const Evaluation &run, const Value *frame) {
 }
 
 inline void PushFrame(const Evaluation &run, Word *code, Value *frame) {
+  assert(code->instruction.operation == Operation::Call);
   frame->frame = {code, code[kCallRow].row};
   frame->generation = static_cast<uint32_t>(run.ec->generation);
   frame->textsUsed = run.texts.used;
@@ -93,13 +95,14 @@ inline void PlaceResult(TextBuffer &texts, Value *result, uint32_t textsUsed) {
     return;
   }
   const TextSpan span = SpanOf(*result);
+  assert(span.offset >= textsUsed);
   if (span.offset != textsUsed) {
     MoveTextDown(texts.bytes + textsUsed, span.offset - textsUsed, span.length);
     SetText(texts, result, textsUsed, span.length);
   }
 }
 
-// The routine that the call of a frame is made with on values, or null.
+// The inner routine for the call of a frame; null when InvokeCall has to make the call.
 inline InnerRoutine InnerRoutineOf(const Evaluation &run, const Value *frame) {
   return IsUnchanged(run, frame) ? frame->frame.call[kCallInner].inner : nullptr;
 }
@@ -107,8 +110,8 @@ inline InnerRoutine InnerRoutineOf(const Evaluation &run, const Value *frame) {
 // Begins a call: its frame replaces the value. False when there is no routine to call; the value is
 // then None.
 bool BeginCall(Evaluation &run, Word *code, Value *frame);
-// True when the argument at a place is to be computed; otherwise its value is set: none for one
-// that the function does not declare, the name for one by name.
+// True when argument `place` must be evaluated. Otherwise sets its value: None if undeclared, the
+// item's name if passed by name.
 bool WantsArgument(Evaluation &run, Value *frame, uint32_t place, const Word *code, Value *value);
 // Calls the function of a frame with the values that follow it; the result replaces the frame.
 void InvokeCall(Evaluation &run, Value *frame, uint32_t count);
@@ -127,6 +130,8 @@ void DropOperands(TextBuffer &texts, Value *left, Value *right);
 
 // The right string directly follows the left one.
 inline void Concatenate(TextBuffer &texts, Value *left, Value *right) {
+  assert(left->form != ValueForm::Text || right->form != ValueForm::Text ||
+         right->text.offset == left->text.offset + left->text.length);
   const uint64_t length = uint64_t{left->text.length} + right->text.length;
   if (left->form == ValueForm::Text && right->form == ValueForm::Text && length < INT32_MAX)
       [[likely]] {

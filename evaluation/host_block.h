@@ -1,8 +1,7 @@
 // The blocks that the host's routines write into, and the value routines of input items.
 //
-// The context keeps a block of each size for the next routine. It is taken while a routine runs, so
-// that an evaluation inside the routine uses another one, and is reused as long as the host returns
-// the same block.
+// The context caches one block per size. A call takes it, so a nested evaluation allocates its own,
+// and puts it back unless the host changed its size.
 #ifndef ORLI11_EVALUATION_HOST_BLOCK_H
 #define ORLI11_EVALUATION_HOST_BLOCK_H
 

@@ -70,6 +70,7 @@ bool OutputBegin(RowOutput &output, OrlRowResults *results, int64_t rows, bool d
 }
 
 RowPlace OutputPlace(RowOutput &output, int64_t row) {
+  assert(row >= 0 && row < output.rows);
   if (output.chunks == nullptr) {
     OrlRowResults &results = *output.results;
     return {static_cast<uint8_t *>(results.values) + row * output.elementSize,

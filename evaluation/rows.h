@@ -64,55 +64,6 @@ bool StoreNumber(void *element, int32_t form, int32_t scale, const Decimal &numb
 // The same for INT64 and DECIMAL128, and a coefficient of any length.
 bool StoreInteger(void *element, int32_t form, int32_t scale, const Decimal &d);
 
-// coefficient * 10^exponent, rounded half away from zero to `scale` decimals, as an integer of
-// 10^-scale; false when 128 bits do not hold it.
-bool ScaledInteger(Int128 *result, const Decimal &d, int32_t scale);
-// Divides by a power of ten and rounds half away from zero.
-struct PowerDivision {
-  int32_t digits;
-  Uint128 half;    // of the power
-  uint64_t fives;  // 5^digits; 0 where 64 bits do not hold it
-};
-// By 10^digits, from 10 to 10^38.
-inline PowerDivision DivisionBy(int32_t digits) {
-  constexpr int32_t kMostFives = 27;
-  const Uint128 power = kPowersOfTen.of[digits];
-  return {digits, power / 2,
-          digits <= kMostFives ? static_cast<uint64_t>(power >> digits) : UINT64_C(0)};
-}
-// dividend / divisor, where the divisor is below 2^63 and the dividend below 2^127.
-inline Uint128 QuotientOf(Uint128 dividend, uint64_t divisor) {
-  const auto high = static_cast<int64_t>(dividend >> 64);
-  const double estimate =
-      (static_cast<double>(high) * 0x1p64 + static_cast<double>(static_cast<uint64_t>(dividend))) /
-      static_cast<double>(divisor);
-  if (estimate >= 0x1p50) {
-    return dividend / divisor;
-  }
-  // The estimate is off by one at most.
-  const auto near = static_cast<uint64_t>(estimate);
-  const auto left = static_cast<Int128>(dividend - static_cast<Uint128>(near) * divisor);
-  return near + (left >= static_cast<Int128>(divisor) ? 1 : 0) - (left < 0 ? 1 : 0);
-}
-// c is below 2^126 in magnitude.
-inline Int128 RoundedQuotient(const PowerDivision &by, Int128 c) {
-  const Uint128 sum = DecimalMagnitude({c, 0}) + by.half;
-  Uint128 quotient = 0;
-  const Uint128 rest = sum >> by.digits;
-  const auto high = static_cast<uint64_t>(rest >> 64);
-  if (by.fives == 0) {
-    quotient = sum / kPowersOfTen.of[by.digits];
-  } else if (high == 0) {
-    quotient = static_cast<uint64_t>(rest) / by.fives;
-  } else {
-    quotient = QuotientOf(rest, by.fives);
-  }
-  return DecimalOfMagnitude(quotient, 0, c < 0).coefficient;
-}
-
-// The double nearest to a number; false for exponents that it does not handle.
-bool NearestDouble(double *result, const Decimal &d);
-
 // ---- Evaluation strategies; each calls OutputBegin ----
 
 struct RowOutput;
@@ -123,7 +74,7 @@ enum class RowsOutcome : uint8_t {
   NotSuitable  // not a formula for this way; nothing was called or written
 };
 
-// A batch of rows at a time: for formulas that call nothing of the host.
+// A batch of rows at a time: for formulas that call no host routine.
 RowsOutcome EvaluateInBatches(const RowsCall &call, RowOutput &output);
 
 // Row by row, as ORLEvaluateExpression, with value routines that return the elements of the

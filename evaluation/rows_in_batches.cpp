@@ -183,7 +183,7 @@ void PushDateOf(const char *text, Batch *top) {
 
 void RunFormula(Runner &runner, const PlannedFormula &formula, Batch *stack);
 
-// The result of a formula, which stays its own.
+// Pushes a formula's result; the pushed batch borrows its elements.
 void PushFormula(Runner &runner, const Expression *expression, Batch *top) {
   if (expression == nullptr) {
     SetNoValues(top);

@@ -1,5 +1,5 @@
-// Rows one by one, by the evaluation of single rows: meanwhile the items of the columns have a
-// value routine that returns the elements of the columns.
+// Row-by-row evaluation. While it runs, items with a column have a value routine that returns its
+// element.
 #include <cstring>
 
 #include "engine/context.h"

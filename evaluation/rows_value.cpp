@@ -1,10 +1,10 @@
 // Conversions between elements of columns and values.
-#include <bit>
-#include <cmath>
+#include <algorithm>
 #include <cstring>
 
 #include "dates/stored_date.h"
 #include "evaluation/rows.h"
+#include "evaluation/scaled_integer.h"
 #include "pavni11.h"
 
 namespace {
@@ -103,42 +103,6 @@ TextSlice ColumnText(const OrlColumn &column, int64_t row) {
 uint32_t ElementSize(int32_t form) {
   constexpr uint32_t kSizes[] = {sizeof(NumberValue), 8, 16, 8, 4, 8, 4};
   return kSizes[form];
-}
-
-bool ScaledInteger(Int128 *result, const Decimal &d, int32_t scale) {
-  const int32_t shift = scale + d.exponent;
-  if (shift >= 0) {
-    *result = d.coefficient;
-    return d.coefficient == 0 ||
-           (shift < kPowers &&
-            !__builtin_mul_overflow(d.coefficient, static_cast<Int128>(kPowersOfTen.of[shift]),
-                                    result));
-  }
-  *result = -shift < kPowers ? RoundedQuotient(DivisionBy(-shift), d.coefficient) : 0;
-  return true;
-}
-
-bool NearestDouble(double *result, const Decimal &d) {
-  constexpr int32_t kMostFives = 27;
-  if (d.exponent > 0 || d.exponent < -kMostFives) {
-    return false;
-  }
-  const Uint128 magnitude = DecimalMagnitude(d);
-  if (magnitude == 0) {
-    *result = 0;
-    return true;
-  }
-  const auto high = static_cast<uint64_t>(magnitude >> 64);
-  const int32_t shift =
-      high != 0 ? std::countl_zero(high) : 64 + std::countl_zero(static_cast<uint64_t>(magnitude));
-  const auto fives = static_cast<uint64_t>(kPowersOfTen.of[-d.exponent] >> -d.exponent);
-  const Uint128 shifted = magnitude << shift;
-  // At least 64 bits; the lowest one also represents the bits below it.
-  const Uint128 quotient = shifted / fives;
-  const Uint128 rest = shifted - quotient * fives;
-  const auto nearest = static_cast<double>(quotient | (rest != 0 ? 1 : 0));
-  *result = std::ldexp(d.coefficient < 0 ? -nearest : nearest, d.exponent - shift);
-  return true;
 }
 
 bool StoreInteger(void *element, int32_t form, int32_t scale, const Decimal &d) {

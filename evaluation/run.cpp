@@ -1,5 +1,7 @@
 // The interpreter: programs and the programs of the formulas that they refer to, on stacks of its
 // own, so that neither the depth of a formula nor the length of a chain of formulas uses C stack.
+#include <cassert>
+
 #include "evaluation/arithmetic.h"
 #include "evaluation/evaluation.h"
 #include "evaluation/host_block.h"
@@ -70,195 +72,220 @@ template <int32_t type>
   InputValue<type>(run, code, value);
 }
 
+// Where the interpreter is. `top` + 1 is the first free place of the value stack.
+struct Position {
+  Program *program;
+  Word *code;
+  Value *top;
+};
+
+// Binds the names of one instruction again when the context has changed since the program's names
+// were bound.
+template <void (*Bind)(EC, Word *)>
+[[gnu::always_inline]] inline void BindIfStale(const Position &at, EC ec) {
+  if (at.program->generation != ec->generation) [[unlikely]] {
+    Bind(ec, at.code);
+  }
+}
+
+// Pushes the frame of a call and continues with its first argument, which may be passed by name, or
+// after the call when there is no routine to call.
+[[gnu::always_inline]] inline void RunCall(Evaluation &run, Position &at) {
+  Value *frame = ++at.top;
+  if (at.code->instruction.detail != 0) [[likely]] {
+    PushFrame(run, at.code, frame);
+    at.code += kCallEnd;
+    return;
+  }
+  const uint32_t count = at.code[kCallShape].call.arguments;
+  if (!BeginCall(run, at.code, frame)) {
+    at.code += at.code[kCallShape].call.length;
+  } else if (count > 0 && !WantsArgument(run, frame, 0, at.code, at.top + 1)) {
+    ++at.top;
+    at.code += at.code->instruction.operand;
+  } else {
+    at.code += kCallEnd;
+  }
+}
+
+[[gnu::always_inline]] inline void RunNextArgument(Evaluation &run, Position &at) {
+  const Instruction &instruction = at.code->instruction;
+  Value *frame = at.top - instruction.detail;
+  const bool wanted = IsUnchanged(run, frame) && frame->frame.call->instruction.detail != 0;
+  if (wanted || WantsArgument(run, frame, instruction.detail, at.code, at.top + 1)) {
+    at.code += kArgumentEnd;
+  } else {
+    ++at.top;
+    at.code += instruction.operand;
+  }
+}
+
+[[gnu::always_inline]] inline void RunInvoke(Evaluation &run, Position &at) {
+  const auto count = static_cast<uint32_t>(at.code->instruction.operand);
+  Value *frame = at.top -= count;
+  const InnerRoutine inner = InnerRoutineOf(run, frame);
+  if (inner != nullptr) {
+    const uint32_t textsUsed = frame->textsUsed;
+    frame->arguments = count;
+    inner({run.texts, frame});
+    PlaceResult(run.texts, frame, textsUsed);
+  } else {
+    InvokeCall(run, frame, count);
+  }
+  ++at.code;
+}
+
+// Continues with the program of the formula, or after the instruction when the formula has no
+// value.
+[[gnu::always_inline]] inline void RunFormulaOf(Evaluation &run, Position &at) {
+  const auto values = static_cast<uint32_t>(at.top + 1 - run.values.items);
+  Word *next = at.code + kFormulaEnd;
+  Program *entered =
+      EnterFormula(run, at.code[kFormulaExpression].expression, values, at.program, next);
+  at.top = run.values.items + values - 1;  // the stack may have moved
+  if (entered == nullptr) {
+    (++at.top)->form = ValueForm::None;
+    at.code = next;
+  } else {
+    at.program = entered;
+    at.code = ProgramCode(entered);
+  }
+}
+
+// Returns to the program that the one at its end was entered from.
+[[gnu::always_inline]] inline void LeaveFormula(Evaluation &run, Position &at) {
+  const FormulaFrame &frame = run.formulas.items[--run.formulas.count];
+  frame.expression->evaluation = frame.before;
+  run.expression = frame.caller;
+  at.program = frame.program;
+  at.code = frame.next;
+}
+
 }  // namespace
 
-// Throughout, `top` + 1 is the first free place of the value stack.
 void RunProgram(Evaluation &run, Program *program) {
   ExprContext *const ec = run.ec;
-  Word *code = ProgramCode(program);
-  Value *top = run.values.items - 1;
+  Position at = {program, ProgramCode(program), run.values.items - 1};
   for (;;) {
-    const Instruction &instruction = code->instruction;
+    assert(at.top - run.values.items < int64_t{run.values.capacity});
+    const Instruction &instruction = at.code->instruction;
     switch (instruction.operation) {
       case Operation::NumberInput:
-        if (program->generation != ec->generation) [[unlikely]] {
-          BindInput(ec, code);
-        }
-        InputValue<ORL_TYPE_NUMBER>(run, code, ++top);
-        code += kInputEnd;
+        BindIfStale<BindInput>(at, ec);
+        InputValue<ORL_TYPE_NUMBER>(run, at.code, ++at.top);
+        at.code += kInputEnd;
         continue;
       case Operation::DateInput:
-        if (program->generation != ec->generation) {
-          BindInput(ec, code);
-        }
-        InputValue<ORL_TYPE_DATE>(run, code, ++top);
-        code += kInputEnd;
+        BindIfStale<BindInput>(at, ec);
+        InputValue<ORL_TYPE_DATE>(run, at.code, ++at.top);
+        at.code += kInputEnd;
         continue;
       case Operation::TextInput:
-        if (program->generation != ec->generation) {
-          BindInput(ec, code);
-        }
-        InputOf<ORL_TYPE_STRING>(run, code, ++top);
-        code += kInputEnd;
+        BindIfStale<BindInput>(at, ec);
+        InputOf<ORL_TYPE_STRING>(run, at.code, ++at.top);
+        at.code += kInputEnd;
         continue;
       case Operation::OtherInput:
-        if (program->generation != ec->generation) {
-          BindInput(ec, code);
-        }
-        InputOf<kHostType>(run, code, ++top);
-        code += kInputEnd;
+        BindIfStale<BindInput>(at, ec);
+        InputOf<kHostType>(run, at.code, ++at.top);
+        at.code += kInputEnd;
         continue;
       case Operation::SmallNumber:
-        SetNarrow(++top, {instruction.operand, 0});
-        ++code;
+        SetNarrow(++at.top, {instruction.operand, 0});
+        ++at.code;
         continue;
       case Operation::Number:
-        SetNumber(++top, DecimalOfWords(code));
-        code += kNumberEnd;
+        SetNumber(++at.top, DecimalOfWords(at.code));
+        at.code += kNumberEnd;
         continue;
       case Operation::Constant:
         if (ec->hasNumberOperators) {
-          code += kNumberEnd;
+          at.code += kNumberEnd;
         } else {
-          SetNumber(++top, DecimalOfWords(code));
-          code += instruction.operand;
+          SetNumber(++at.top, DecimalOfWords(at.code));
+          at.code += instruction.operand;
         }
         continue;
       case Operation::Nothing:
-        code += kNumberEnd;
+        at.code += kNumberEnd;
         continue;
       case Operation::PackedNumber:
-        SetPacked(++top, code + 1);
-        code += 3;
+        SetPacked(++at.top, at.code + 1);
+        at.code += 3;
         continue;
       case Operation::Add:
-        --top;
-        Arithmetic<Operation::Add>(run, top, top + 1);
-        ++code;
+        --at.top;
+        Arithmetic<Operation::Add>(run, at.top, at.top + 1);
+        ++at.code;
         continue;
       case Operation::Subtract:
-        --top;
-        Arithmetic<Operation::Subtract>(run, top, top + 1);
-        ++code;
+        --at.top;
+        Arithmetic<Operation::Subtract>(run, at.top, at.top + 1);
+        ++at.code;
         continue;
       case Operation::Multiply:
-        --top;
-        Arithmetic<Operation::Multiply>(run, top, top + 1);
-        ++code;
+        --at.top;
+        Arithmetic<Operation::Multiply>(run, at.top, at.top + 1);
+        ++at.code;
         continue;
       case Operation::Divide:
-        --top;
-        Arithmetic<Operation::Divide>(run, top, top + 1);
-        ++code;
+        --at.top;
+        Arithmetic<Operation::Divide>(run, at.top, at.top + 1);
+        ++at.code;
         continue;
       case Operation::Text:
-        CopyTextInto(run.texts, ++top, code[1].text, static_cast<uint32_t>(code[2].bits));
-        code += 3;
+        CopyTextInto(run.texts, ++at.top, at.code[1].text, static_cast<uint32_t>(at.code[2].bits));
+        at.code += 3;
         continue;
       case Operation::EscapedText:
-        PushEscapedText(run.texts, code[1].text, ++top);
-        code += 2;
+        PushEscapedText(run.texts, at.code[1].text, ++at.top);
+        at.code += 2;
         continue;
       case Operation::Concatenate:
-        --top;
-        Concatenate(run.texts, top, top + 1);
-        ++code;
+        --at.top;
+        Concatenate(run.texts, at.top, at.top + 1);
+        ++at.code;
         continue;
       case Operation::Date:
-        PushDate(code[1].text, ++top);
-        code += 2;
+        PushDate(at.code[1].text, ++at.top);
+        at.code += 2;
         continue;
       case Operation::MoveDate:
-        --top;
-        MoveDate(instruction, top, top + 1);
-        ++code;
+        --at.top;
+        MoveDate(instruction, at.top, at.top + 1);
+        ++at.code;
         continue;
       case Operation::SubtractDates:
-        --top;
-        SubtractDates(run.texts, top, top + 1);
-        ++code;
+        --at.top;
+        SubtractDates(run.texts, at.top, at.top + 1);
+        ++at.code;
         continue;
-      case Operation::Call: {
-        if (program->generation != ec->generation) {
-          BindCall(ec, code);
-        }
-        Value *frame = ++top;
-        if (instruction.detail != 0) [[likely]] {
-          PushFrame(run, code, frame);
-          code += kCallEnd;
-          continue;
-        }
-        const uint32_t count = code[kCallShape].call.arguments;
-        if (!BeginCall(run, code, frame)) {
-          code += code[kCallShape].call.length;
-        } else if (count > 0 && !WantsArgument(run, frame, 0, code, top + 1)) {
-          ++top;
-          code += instruction.operand;
-        } else {
-          code += kCallEnd;
-        }
+      case Operation::Call:
+        BindIfStale<BindCall>(at, ec);
+        RunCall(run, at);
         continue;
-      }
-      case Operation::NextArgument: {
-        Value *frame = top - instruction.detail;
-        const bool wanted = IsUnchanged(run, frame) && frame->frame.call->instruction.detail != 0;
-        if (wanted || WantsArgument(run, frame, instruction.detail, code, top + 1)) {
-          code += kArgumentEnd;
-        } else {
-          ++top;
-          code += instruction.operand;
-        }
+      case Operation::NextArgument:
+        RunNextArgument(run, at);
         continue;
-      }
-      case Operation::Invoke: {
-        const auto count = static_cast<uint32_t>(instruction.operand);
-        top -= count;
-        const InnerRoutine inner = InnerRoutineOf(run, top);
-        if (inner != nullptr) {
-          const uint32_t textsUsed = top->textsUsed;
-          top->arguments = count;
-          inner({run.texts, top});
-          PlaceResult(run.texts, top, textsUsed);
-        } else {
-          InvokeCall(run, top, count);
-        }
-        ++code;
+      case Operation::Invoke:
+        RunInvoke(run, at);
         continue;
-      }
-      case Operation::Formula: {
-        if (program->generation != ec->generation) {
-          BindFormula(ec, code);
-        }
-        const uint32_t values = static_cast<uint32_t>(++top - run.values.items);
-        Program *entered = EnterFormula(run, code[kFormulaExpression].expression, values, program,
-                                        code + kFormulaEnd);
-        top = run.values.items + values;
-        if (entered == nullptr) {
-          top->form = ValueForm::None;
-          code += kFormulaEnd;
-        } else {
-          --top;
-          program = entered;
-          code = ProgramCode(program);
-        }
+      case Operation::Formula:
+        BindIfStale<BindFormula>(at, ec);
+        RunFormulaOf(run, at);
         continue;
-      }
       case Operation::NoValue:
-        (++top)->form = ValueForm::None;
-        ++code;
+        (++at.top)->form = ValueForm::None;
+        ++at.code;
         continue;
-      case Operation::End: {
+      case Operation::End:
         if (run.formulas.count == 0) {
           return;
         }
-        const FormulaFrame &frame = run.formulas.items[--run.formulas.count];
-        frame.expression->evaluation = frame.before;
-        run.expression = frame.caller;
-        program = frame.program;
-        code = frame.next;
+        LeaveFormula(run, at);
         continue;
-      }
     }
+    // Every case continues; this omits the range check of the jump table.
     __builtin_unreachable();
   }
 }

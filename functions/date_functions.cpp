@@ -3,9 +3,9 @@
 #include "dates/date_text.h"
 #include "dates/stored_date.h"
 #include "functions/arguments.h"
+#include "functions/date_parts.h"
 #include "functions/result_block.h"
 #include "orli11.h"
-#include "pavni11.h"
 
 namespace {
 
@@ -16,11 +16,11 @@ DateTimeParts PartsOf(const NumberValue &date) {
 }
 
 // The Number that `number` computes from the date's parts; null for a null date.
-int32_t NumberOfDate(int32_t resultSize, void **result, void *const *args,
-                     int32_t (*number)(const DateTimeParts &)) {
+bool NumberOfDate(int32_t resultSize, void **result, void *const *args,
+                  int32_t (*number)(const DateTimeParts &)) {
   NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
-    return 0;
+    return false;
   }
   const NumberValue &date = NumberArgument(args, 0);
   if (date.length == 0) {
@@ -28,88 +28,89 @@ int32_t NumberOfDate(int32_t resultSize, void **result, void *const *args,
   } else {
     WRENNumFromInt(target, number(PartsOf(date)));
   }
-  return 1;
+  return true;
 }
 
 // The month's first or last day at midnight; null for a null date.
-int32_t DayOfMonth(int32_t resultSize, void **result, void *const *args, bool last) {
+bool DayOfMonth(int32_t resultSize, void **result, void *const *args, MonthDay day) {
   NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
-    return 0;
+    return false;
   }
   const NumberValue &date = NumberArgument(args, 0);
   if (date.length == 0) {
     *target = kNullNumber;
-    return 1;
+  } else {
+    EncodeDate(target, AtMonthDay(PartsOf(date), day));
   }
-  DateTimeParts parts = PartsOf(date);
-  parts.day = last ? DaysInMonth(parts.month, parts.year) : 1;
-  parts.hour = parts.minute = parts.second = parts.fraction = 0;
-  EncodeDate(target, parts);
-  return 1;
+  return true;
 }
 
 }  // namespace
 
 int32_t FUNDateYear(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                     const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args,
-                      [](const DateTimeParts &date) { return date.year; });
+  return NumberOfDate(resultSize, result, args, [](const DateTimeParts &date) { return date.year; })
+             ? 1
+             : 0;
 }
 
 int32_t FUNDateMonth(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
   return NumberOfDate(resultSize, result, args,
-                      [](const DateTimeParts &date) { return date.month; });
+                      [](const DateTimeParts &date) { return date.month; })
+             ? 1
+             : 0;
 }
 
 int32_t FUNDateDay(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args, [](const DateTimeParts &date) { return date.day; });
+  return NumberOfDate(resultSize, result, args, [](const DateTimeParts &date) { return date.day; })
+             ? 1
+             : 0;
 }
 
 int32_t FUNDateHour(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                     const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args,
-                      [](const DateTimeParts &date) { return date.hour; });
+  return NumberOfDate(resultSize, result, args, [](const DateTimeParts &date) { return date.hour; })
+             ? 1
+             : 0;
 }
 
 int32_t FUNDateMinute(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                       const char * /*name*/, void **args) {
   return NumberOfDate(resultSize, result, args,
-                      [](const DateTimeParts &date) { return date.minute; });
+                      [](const DateTimeParts &date) { return date.minute; })
+             ? 1
+             : 0;
 }
 
 int32_t FUNDateSecond(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                       const char * /*name*/, void **args) {
   return NumberOfDate(resultSize, result, args,
-                      [](const DateTimeParts &date) { return date.second; });
+                      [](const DateTimeParts &date) { return date.second; })
+             ? 1
+             : 0;
 }
 
-// 1 to 4.
 int32_t FUNDateQuarter(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                        const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args, [](const DateTimeParts &date) {
-    return date.month <= 0 ? 4 : (date.month + 2) / 3;
-  });
+  return NumberOfDate(resultSize, result, args, QuarterOf) ? 1 : 0;
 }
 
-// 0 for Saturday to 6 for Friday.
 int32_t FUNWeekDay(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args, [](const DateTimeParts &date) {
-    return static_cast<int32_t>((int64_t{PAVNDateToDays(&date)} + 2) % 7);
-  });
+  return NumberOfDate(resultSize, result, args, WeekDayOf) ? 1 : 0;
 }
 
 int32_t FUNDateMonthBegin(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                           const char * /*name*/, void **args) {
-  return DayOfMonth(resultSize, result, args, false);
+  return DayOfMonth(resultSize, result, args, MonthDay::First) ? 1 : 0;
 }
 
 int32_t FUNDateMonthEnd(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                         const char * /*name*/, void **args) {
-  return DayOfMonth(resultSize, result, args, true);
+  return DayOfMonth(resultSize, result, args, MonthDay::Last) ? 1 : 0;
 }
 
 int32_t FUNDateAddDay(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
@@ -147,12 +148,7 @@ int32_t FUNDateConstruct(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **res
 // The first, second or third date for a number below, equal to or above zero; null counts as zero.
 int32_t FUNDateIFF(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
-  NumberValue *target = NumberResult(result, resultSize);
-  if (target == nullptr) {
-    return 0;
-  }
-  *target = NumberArgument(args, SelectedArgument(args));
-  return 1;
+  return SelectNumber(resultSize, result, args) ? 1 : 0;
 }
 
 // A date that cannot be formatted, as under a bad picture, yields the empty string.

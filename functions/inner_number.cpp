@@ -1,9 +1,8 @@
 // Functions on numbers and dates in unpacked values.
-#include "dates/date_arithmetic.h"
 #include "functions/arguments.h"
+#include "functions/date_parts.h"
 #include "functions/date_value.h"
 #include "functions/inner_routines.h"
-#include "pavni11.h"
 
 namespace {
 
@@ -58,15 +57,13 @@ void NumberOfDate(InnerCall call, Number number) {
 }
 
 // The month's first or last day at midnight; null for a null date.
-void DayOfMonth(InnerCall call, bool last) {
+void DayOfMonth(InnerCall call, MonthDay day) {
   DateTimeParts parts;
   if (!DateArgument(call, &parts)) {
     SetNull(call.Result());
     return;
   }
-  parts.day = last ? DaysInMonth(parts.month, parts.year) : 1;
-  parts.hour = parts.minute = parts.second = parts.fraction = 0;
-  SetDate(call.Result(), parts);
+  SetDate(call.Result(), AtMonthDay(parts, day));
 }
 
 }  // namespace
@@ -130,18 +127,14 @@ void InnerDateSecond(InnerCall call) {
   NumberOfDate(call, [](const DateTimeParts &date) { return date.second; });
 }
 void InnerDateQuarter(InnerCall call) {
-  NumberOfDate(
-      call, [](const DateTimeParts &date) { return date.month <= 0 ? 4 : (date.month + 2) / 3; });
+  NumberOfDate(call, [](const DateTimeParts &date) { return QuarterOf(date); });
 }
 void InnerWeekDay(InnerCall call) {
-  NumberOfDate(call, [](const DateTimeParts &date) {
-    const int32_t number = date.month == 0 ? PAVNDateToDays(&date) : DayNumberOf(date);
-    return static_cast<int32_t>((int64_t{number} + 2) % 7);
-  });
+  NumberOfDate(call, [](const DateTimeParts &date) { return WeekDayOf(date); });
 }
 void InnerDateMonthBegin(InnerCall call) {
-  DayOfMonth(call, false);
+  DayOfMonth(call, MonthDay::First);
 }
 void InnerDateMonthEnd(InnerCall call) {
-  DayOfMonth(call, true);
+  DayOfMonth(call, MonthDay::Last);
 }

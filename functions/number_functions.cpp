@@ -78,12 +78,7 @@ int32_t FUNNumberTruncate(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **re
 // The first, second or third number for a selector below, equal to or above zero.
 int32_t FUNNumberIFF(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
-  NumberValue *target = NumberResult(result, resultSize);
-  if (target == nullptr) {
-    return 0;
-  }
-  *target = NumberArgument(args, SelectedArgument(args));
-  return 1;
+  return SelectNumber(resultSize, result, args) ? 1 : 0;
 }
 
 // In double precision; without an exponent the base itself, null where the power is not a real

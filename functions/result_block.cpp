@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "functions/arguments.h"
 #include "orli11.h"
 #include "platform/text.h"
 
@@ -80,6 +81,15 @@ NumberValue *NumberResult(void **result, int32_t resultSize) {
   return result != nullptr && resultSize >= static_cast<int32_t>(sizeof(NumberValue))
              ? static_cast<NumberValue *>(*result)
              : nullptr;
+}
+
+bool SelectNumber(int32_t resultSize, void **result, void *const *args) {
+  NumberValue *target = NumberResult(result, resultSize);
+  if (target == nullptr) {
+    return false;
+  }
+  *target = NumberArgument(args, SelectedArgument(args));
+  return true;
 }
 
 char *TextResult(void **result, int32_t resultSize, int64_t needed) {

@@ -15,6 +15,10 @@ int32_t FUNCharBytes(int32_t n);
 // The result block of a Number or Date, or null when it is too small for one.
 NumberValue *NumberResult(void **result, int32_t resultSize);
 
+// Copies the Number or Date that SelectedArgument selects to the result block, with its bytes
+// unchanged; false without one.
+bool SelectNumber(int32_t resultSize, void **result, void *const *args);
+
 // The result block of a string, of at least `needed` bytes, enlarged only when `needed` is greater
 // than `resultSize`. Null, with the block unchanged, when `result` is null, when `needed` does not
 // fit into 31 bits or when out of memory; the routine then fails.

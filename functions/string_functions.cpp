@@ -25,60 +25,62 @@ int64_t SizeForText(const char *text) {
 using CutOperation = void (*)(char *target, const char *source, int32_t n);
 using CopyOperation = void (*)(char *target, const char *source);
 
+// The steps below return false when there is no block for the result.
+
 // The characters that `cut` takes from the string at index 0, as many as the count at index 1.
-int32_t CutText(int32_t resultSize, void **result, void *const *args, CutOperation cut) {
+bool CutText(int32_t resultSize, void **result, void *const *args, CutOperation cut) {
   const char *text = TextArgument(args, 0);
   const int32_t n = CountArgument(args, 1);
   char *target = TextResult(result, resultSize, SizeForChars(text, n));
   if (target == nullptr) {
-    return 0;
+    return false;
   }
   cut(target, text, n);
-  return 1;
+  return true;
 }
 
 // What `copy` makes of the string at index 0; it is never longer.
-int32_t CopyText(int32_t resultSize, void **result, void *const *args, CopyOperation copy) {
+bool CopyText(int32_t resultSize, void **result, void *const *args, CopyOperation copy) {
   const char *text = TextArgument(args, 0);
   char *target = TextResult(result, resultSize, SizeForText(text));
   if (target == nullptr) {
-    return 0;
+    return false;
   }
   copy(target, text);
-  return 1;
+  return true;
 }
 
-int32_t NumberOfText(int32_t resultSize, void **result, int32_t number) {
+bool NumberOfText(int32_t resultSize, void **result, int32_t number) {
   NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
-    return 0;
+    return false;
   }
   WRENNumFromInt(target, number);
-  return 1;
+  return true;
 }
 
 // The field of the list with this index, or the empty string.
-int32_t CopyField(int32_t resultSize, void **result, const char *list, int64_t index) {
+bool CopyField(int32_t resultSize, void **result, const char *list, int64_t index) {
   const ListField field = ListFieldAt(list, index);
   char *target = TextResult(result, resultSize, field.bytes + 1);
   if (target == nullptr) {
-    return 0;
+    return false;
   }
   std::memcpy(target, field.text, static_cast<size_t>(field.bytes));
   target[field.bytes] = 0;
-  return 1;
+  return true;
 }
 
 }  // namespace
 
 int32_t FUNStrLeft(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
-  return CutText(resultSize, result, args, WRENStrLeft);
+  return CutText(resultSize, result, args, WRENStrLeft) ? 1 : 0;
 }
 
 int32_t FUNStrRight(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                     const char * /*name*/, void **args) {
-  return CutText(resultSize, result, args, WRENStrRight);
+  return CutText(resultSize, result, args, WRENStrRight) ? 1 : 0;
 }
 
 int32_t FUNStrMid(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result, const char * /*name*/,
@@ -96,45 +98,53 @@ int32_t FUNStrMid(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result, co
 
 int32_t FUNStrLength(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
-  return NumberOfText(resultSize, result, WRENStrChars(TextArgument(args, 0)));
+  return NumberOfText(resultSize, result, WRENStrChars(TextArgument(args, 0))) ? 1 : 0;
 }
 
 int32_t FUNStrTrim(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
-  return CopyText(resultSize, result, args, WRENStrTrim);
+  return CopyText(resultSize, result, args, WRENStrTrim) ? 1 : 0;
 }
 
 int32_t FUNStrRTrim(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                     const char * /*name*/, void **args) {
-  return CopyText(resultSize, result, args, WRENStrRTrim);
+  return CopyText(resultSize, result, args, WRENStrRTrim) ? 1 : 0;
 }
 
 int32_t FUNStrLTrim(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                     const char * /*name*/, void **args) {
-  return CopyText(resultSize, result, args, [](char *target, const char *source) {
-    lstrcpyA(target, WRENStrSkipBlanks(source));
-  });
+  return CopyText(
+             resultSize, result, args,
+             [](char *target, const char *source) { lstrcpyA(target, WRENStrSkipBlanks(source)); })
+             ? 1
+             : 0;
 }
 
 int32_t FUNStrProper(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
-  return CopyText(resultSize, result, args, WRENStrProper);
+  return CopyText(resultSize, result, args, WRENStrProper) ? 1 : 0;
 }
 
 int32_t FUNStrUpper(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                     const char * /*name*/, void **args) {
-  return CopyText(resultSize, result, args, [](char *target, const char *source) {
-    lstrcpyA(target, source);
-    WRENStrUpper(target);
-  });
+  return CopyText(resultSize, result, args,
+                  [](char *target, const char *source) {
+                    lstrcpyA(target, source);
+                    WRENStrUpper(target);
+                  })
+             ? 1
+             : 0;
 }
 
 int32_t FUNStrLower(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                     const char * /*name*/, void **args) {
-  return CopyText(resultSize, result, args, [](char *target, const char *source) {
-    lstrcpyA(target, source);
-    WRENStrLower(target);
-  });
+  return CopyText(resultSize, result, args,
+                  [](char *target, const char *source) {
+                    lstrcpyA(target, source);
+                    WRENStrLower(target);
+                  })
+             ? 1
+             : 0;
 }
 
 int32_t FUNStrRepeat(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
@@ -191,13 +201,16 @@ int32_t FUNStrSpaces(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
 // By the platform's collation, in which case matters.
 int32_t FUNStrCompare(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                       const char * /*name*/, void **args) {
-  return NumberOfText(resultSize, result, lstrcmpA(TextArgument(args, 0), TextArgument(args, 1)));
+  return NumberOfText(resultSize, result, lstrcmpA(TextArgument(args, 0), TextArgument(args, 1)))
+             ? 1
+             : 0;
 }
 
 int32_t FUNStrScan(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
-  return NumberOfText(resultSize, result,
-                      WRENStrScan(TextArgument(args, 0), TextArgument(args, 1)));
+  return NumberOfText(resultSize, result, WRENStrScan(TextArgument(args, 0), TextArgument(args, 1)))
+             ? 1
+             : 0;
 }
 
 // The first, second or third string for a selector below, equal to or above zero.
@@ -209,14 +222,14 @@ int32_t FUNStrIFF(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result, co
 int32_t FUNStrCase(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
   const int32_t index = CountArgument(args, 0);
-  return CopyField(resultSize, result, index < 0 ? "" : TextArgument(args, 1), index);
+  return CopyField(resultSize, result, index < 0 ? "" : TextArgument(args, 1), index) ? 1 : 0;
 }
 
 // The value whose index in the list of values is that of the string in the list of keys.
 int32_t FUNStrTranslate(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                         const char * /*name*/, void **args) {
   const int64_t index = ListIndexOf(TextArgument(args, 1), TextArgument(args, 0));
-  return CopyField(resultSize, result, index < 0 ? "" : TextArgument(args, 2), index);
+  return CopyField(resultSize, result, index < 0 ? "" : TextArgument(args, 2), index) ? 1 : 0;
 }
 
 int32_t FUNStrReplace(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,

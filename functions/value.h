@@ -3,6 +3,7 @@
 #define ORLI11_FUNCTIONS_VALUE_H
 
 #include <bit>
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -189,12 +190,13 @@ inline uint64_t LoadWord(const char *bytes) {
   return word;
 }
 
-// Marks the first byte of a word that is zero, and otherwise only bytes after it.
+// Sets the high bit of the first zero byte; later bytes may be marked too, earlier ones never.
 inline uint64_t ZeroBytes(uint64_t word) {
   return (word - kOnes) & ~word & kHighBits;
 }
 // The place of the first byte with a mark; `marks` is not 0.
 inline uint32_t FirstMarked(uint64_t marks) {
+  assert(marks != 0);
   return static_cast<uint32_t>(std::countr_zero(marks)) / 8;
 }
 

@@ -1,5 +1,6 @@
 // The semantic actions: what the parser does with each production when it is reduced. An action
 // builds the production's node, checks its types and sets the error when it fails.
+#include <cassert>
 #include <cstring>
 
 #include "engine/context.h"
@@ -10,7 +11,7 @@
 
 namespace {
 
-// The error span of a keyword that is a whole formula reaches past the end of any text.
+// The span length for a formula that is a single keyword, whatever the length of the text.
 constexpr int32_t kWholeText = 1000;
 
 struct Reduction {
@@ -139,7 +140,7 @@ bool Operator(const Reduction &r, int32_t kind) {
   return node != nullptr && (node->dataType != kNoType || FailAt(r, r.rhs[1]));
 }
 
-// A unit word that is still pending belongs to no operation that ends here.
+// Discards a pending unit word: an operator without a unit must not take it.
 bool AdditiveOperator(const Reduction &r, int32_t kind) {
   r.state.dateUnit = 0;
   return Operator(r, kind);
@@ -257,6 +258,7 @@ bool Call(const Reduction &r, const CallShape &shape) {
 }  // namespace
 
 bool RunAction(ParseState &state, Production production, StackEntry *rhs) {
+  assert(production < Production::Count && rhs != nullptr);
   const Reduction r = {state, rhs};
   switch (production) {
     case Production::FormulaOfExpr:

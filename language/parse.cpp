@@ -54,16 +54,17 @@ bool CheckRecursion(EC ec, const Expression *expression, FormulaError &error) {
     return true;
   }
   const ExprNode *where = nullptr;
-  switch (FormulaRefersTo(ec, expression->entry.name, expression->tree, &where)) {
-    case ORL_ERR_RECURSIVE:
+  switch (CheckReferences(ec, expression->entry.name, expression->tree, &where)) {
+    case RecursionCheck::Recursive:
       error = FormulaError{ORL_ERR_RECURSIVE, NodeOffset(where), NodeLength(where)};
       return false;
-    case ORL_ERR_MEMORY:
+    case RecursionCheck::OutOfSteps:
       error = FormulaError{ORL_ERR_MEMORY, 0, 0};
       return false;
-    default:
-      return true;
+    case RecursionCheck::Passed:
+      break;
   }
+  return true;
 }
 
 // Chooses the name of a parsed formula and creates its record; null with the error set.
@@ -213,8 +214,9 @@ bool ReparseExpression(EC ec, Expression *expression, const char *text) {
   const bool fits =
       fresh->dataType == expression->dataType || ReferenceCount(ec, expression->entry.name) == 0;
   const ExprNode *where = nullptr;
-  const bool circular = !RefersAlike(expression->tree, fresh->tree) &&
-                        FormulaRefersTo(ec, expression->entry.name, fresh->tree, &where) != 0;
+  const bool circular =
+      !RefersAlike(expression->tree, fresh->tree) &&
+      CheckReferences(ec, expression->entry.name, fresh->tree, &where) != RecursionCheck::Passed;
   if (!fits || circular || !AddReferences(ec, fresh.get())) {
     return false;
   }

@@ -56,11 +56,11 @@ struct ParseState {
   // The token passed to the parser.
   int32_t tokenOffset, tokenSpan;
 
-  // Words that are pending until a node takes them.
+  // Unit and modifier words that are scanned but not yet part of a node.
   uint16_t dateUnit;
   uint16_t modifier;
 
-  // The first date-shaped match that would not convert.
+  // The first match of a date rule that is not a valid date.
   bool badDateSeen;
   int32_t badDateOffset, badDateLength;
 

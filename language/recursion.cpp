@@ -62,8 +62,8 @@ bool IsReference(const ExprNode *node, const char *name) {
   return name != nullptr && NodeKindOf(node) == NODE_FORMULA && SameText(NodeText(node), name);
 }
 
-// Searches a tree, which is that of `self` or not yet in an expression. Returns as FormulaRefersTo.
-int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **where) {
+// Searches a tree, which is that of `self` or not yet in an expression. Returns as CheckReferences.
+RecursionCheck Run(Search &search, ExprNode *root, Expression *self, const ExprNode **where) {
   if (self != nullptr) {
     EnterExpression(search.number, self, nullptr, 0);
   }
@@ -76,10 +76,10 @@ int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **w
         *where = node;
       }
       if (!CountStep(search.ec)) {
-        return ORL_ERR_MEMORY;
+        return RecursionCheck::OutOfSteps;
       }
       if (IsReference(node, search.name)) {
-        return ORL_ERR_RECURSIVE;
+        return RecursionCheck::Recursive;
       }
       Expression *formula = ToEnter(search, node);
       if (formula != nullptr) {
@@ -91,11 +91,11 @@ int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **w
       }
     }
     if (current == nullptr) {
-      return 0;
+      return RecursionCheck::Passed;
     }
     Leave(search, current);
     if (current == self) {
-      return 0;
+      return RecursionCheck::Passed;
     }
     const uint32_t from = current->walkReturn;
     current = current->walkCaller;
@@ -105,44 +105,45 @@ int32_t Run(Search &search, ExprNode *root, Expression *self, const ExprNode **w
 }
 
 // Rebuilds a broken order. It stays broken when formulas refer to each other in a cycle.
-int32_t RestoreOrder(EC ec) {
+RecursionCheck RestoreOrder(EC ec) {
   OrderRestart(ec);
   Search search = BeginSearch(ec, nullptr, nullptr);
-  int32_t result = 0;
-  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions) && result == 0; ++i) {
+  RecursionCheck result = RecursionCheck::Passed;
+  for (uint32_t i = 0; i < HandleArrayRows(ec->expressions) && result == RecursionCheck::Passed;
+       ++i) {
     Expression *expression = static_cast<Expression *>(HandleArrayPointerAt(ec->expressions, i));
     const ExprNode *where = nullptr;
     if (expression->refersToFormulas && expression->walkNumber != search.number) {
       result = Run(search, expression->tree, expression, &where);
     }
   }
-  ec->order.broken = search.circular || result != 0;
+  ec->order.broken = search.circular || result != RecursionCheck::Passed;
   return result;
 }
 
-// No stored formula names it, so only the tree itself can.
-int32_t OwnReference(const char *name, ExprNode *tree, const ExprNode **where) {
+// No stored tree refers to `name`, so only `tree` itself can.
+RecursionCheck OwnReference(const char *name, ExprNode *tree, const ExprNode **where) {
   for (ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
     if (IsReference(node, name)) {
       *where = node;
-      return ORL_ERR_RECURSIVE;
+      return RecursionCheck::Recursive;
     }
   }
-  return 0;
+  return RecursionCheck::Passed;
 }
 
 }  // namespace
 
-int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode **where) {
+RecursionCheck CheckReferences(EC ec, const char *name, ExprNode *tree, const ExprNode **where) {
   assert(name != nullptr && tree != nullptr);
   if (ReferenceCount(ec, name) == 0) {
     return OwnReference(name, tree, where);
   }
   Expression *stored = ORLHEXPFromName(ec, name);
   if (stored != nullptr && ec->order.broken) {
-    const int32_t failure = RestoreOrder(ec);
-    if (failure != 0) {
-      return failure;
+    const RecursionCheck restored = RestoreOrder(ec);
+    if (restored != RecursionCheck::Passed) {
+      return restored;
     }
   }
   const bool ordered = stored != nullptr && stored->refersToFormulas && !ec->order.broken;

@@ -9,8 +9,8 @@
 
 struct ExprNode;
 
-// The limit for the searches of one load together, in nodes: some tenths of a second. Only names
-// that occur twice in a block cause searches that need many.
+// The limit for the searches of one load together, in nodes: a few tenths of a second. Only blocks
+// that store a name twice come near it.
 constexpr int64_t kMostSearchSteps = 4000000;
 
 // During its lifetime searches for cycles in a context take no more steps than are left in
@@ -29,14 +29,19 @@ class SearchLimit {
   int64_t *outer_;
 };
 
-// Whether a tree that is to be stored under `name` refers to that name, itself or through stored
-// formulas. 0 when it does not; ORL_ERR_RECURSIVE with the node of the tree that does in `*where`;
-// ORL_ERR_MEMORY when the steps that the context allows for searches are used up.
-int32_t FormulaRefersTo(EC ec, const char *name, ExprNode *tree, const ExprNode **where);
+enum class RecursionCheck : uint8_t {
+  Passed,
+  Recursive,
+  OutOfSteps  // the context allows searches no more steps
+};
 
-// Updates the order of the context's expressions after one of them was given another tree that
-// passed the check, and with it its former place if it was and is in the order; `oldName` is its
-// former name.
+// Whether a tree that is to be stored under `name` refers to that name, itself or through stored
+// formulas. Recursive: with the node of the tree that does in `*where`.
+RecursionCheck CheckReferences(EC ec, const char *name, ExprNode *tree, const ExprNode **where);
+
+// Updates the order of the context's expressions. Call after an expression received a checked tree.
+// `oldName` is its former name. `wasInOrder`: it was in the order, and the new tree has taken over
+// its links.
 void OrderAfterReplace(EC ec, Expression *expression, const char *oldName, bool wasInOrder);
 
 #endif

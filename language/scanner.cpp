@@ -9,7 +9,7 @@
 #include "platform/text.h"
 
 // Simple tokens are read by plain loops; the automaton reads all others and defines the result of
-// both. Bytes that it read ahead count as read and are read again with the next token.
+// both. Bytes read beyond a token stay counted in `delivered`; the next token reads them again.
 
 namespace {
 
@@ -21,8 +21,8 @@ char ByteAt(const ParseState &state, int32_t index) {
   return index < state.textLength ? state.text[index] : index == state.textLength ? ' ' : '\0';
 }
 
-// Runs as far as any rule can match. Records the state after each byte and returns their number. No
-// byte is read in a state that no byte could continue.
+// Runs as far as any rule can match. Records the state after each byte and returns their number.
+// Stops before reading when the state has no transition.
 int32_t RunAutomaton(ParseState &state) {
   const uint8_t *classOf = state.codePage == kCodePageUtf8 ? kByteClassUtf8 : kByteClass;
   uint8_t at = kStartState;
@@ -82,8 +82,7 @@ int32_t TakeMatch(ParseState &state, int32_t longest) {
   return TOK_BAD;
 }
 
-// The span reaches one byte further than the token before the overlong one is long, and ends with
-// the last byte read.
+// The span is one byte longer than the previous token, and ends with the last byte read.
 int32_t EndByOverflow(ParseState &state) {
   SetError(state, ORL_ERR_MAXTOKEN, state.delivered - state.tokenLength + 1, state.tokenLength + 1);
   return TOK_END;

@@ -15,8 +15,8 @@ constexpr int32_t kNotSimple = -3;
 // kNotSimple, with the state unchanged, for all others.
 int32_t ScanSimpleToken(ParseState &state);
 
-// True for a text that every context scans as one name: ASCII letters, and after the first digits
-// or signs, unless it could be a reserved word.
+// True for a text that every context scans as one name: an ASCII letter followed by letters, digits
+// and the signs # $ _ @, unless possibly reserved.
 bool IsPlainName(std::string_view text);
 
 #endif

@@ -51,6 +51,17 @@ bool KeepPlace(EC ec, Expression *expression, const Expression *fresh) {
   return false;
 }
 
+// Whether the references of a record are counted, as far as the counts tell.
+[[maybe_unused]] bool AreCounted(EC ec, const Expression *expression) {
+  const ExprNode *tree = expression->tree;
+  for (const ExprNode *node = tree; node != nullptr; node = ExprNodeNext(tree, node)) {
+    if (NodeKindOf(node) == NODE_FORMULA && ReferenceCount(ec, NodeText(node)) == 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 void FreeExpression::operator()(Expression *expression) const {
@@ -108,6 +119,7 @@ bool StoreExpression(EC ec, OwnedExpression &expression) {
 }
 
 void ReplaceContent(EC ec, Expression *expression, OwnedExpression fresh) {
+  assert(AreCounted(ec, fresh.get()));
   RemoveReferences(ec, expression);
   const bool inOrder = KeepPlace(ec, expression, fresh.get());
   if (expression->ownsNames) {

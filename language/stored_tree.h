@@ -1,5 +1,5 @@
-// Where expression records and trees meet: records with their trees, and what stored trees refer
-// to.
+// Expression records with their trees: creation, storage, replacement, and the counts of their
+// references.
 #ifndef ORLI11_LANGUAGE_STORED_TREE_H
 #define ORLI11_LANGUAGE_STORED_TREE_H
 

@@ -108,7 +108,7 @@ const char *NodeText(const ExprNode *node);
 // The value of a NODE_NUMBER.
 NumberValue NodeNumber(const ExprNode *node);
 
-// What precedes the name of a node, by the offset back from the name; nothing is aligned.
+// Fields before a node's name, as byte offsets back from it. They are unaligned: use memcpy.
 constexpr uint32_t kCallSizeAt = 4;  // calls and formulas: nodes in the subtree
 constexpr uint32_t kCloseOffsetAt = 8;
 constexpr uint32_t kBindingAt = 24;      // formulas: NodeBinding

@@ -101,6 +101,7 @@ bool BuilderGrow(TreeBuilder &builder) {
 }
 
 bool BuilderAddArgument(TreeBuilder &builder, uint32_t node) {
+  assert(node < builder.count);
   if (builder.argumentCount == builder.argumentCapacity &&
       !Grow(builder.arguments, builder.firstArguments, builder.argumentCapacity)) {
     return false;
@@ -110,11 +111,13 @@ bool BuilderAddArgument(TreeBuilder &builder, uint32_t node) {
 }
 
 void BuilderAddText(TreeBuilder &builder, DraftNode &node, size_t length) {
+  assert(HasText(node.kind) && length <= UINT16_MAX);
   node.textLength = static_cast<uint16_t>(length);
   builder.textBytes += BytesBefore(node.kind) + BytesOf(node);
 }
 
 FinishedTree FinishTree(TreeBuilder &builder, const char *text, uint32_t before, uint64_t after) {
+  assert(BuiltRoot(builder).size == builder.count);
   const uint64_t treeBytes = uint64_t{builder.count} * sizeof(ExprNode) + builder.textBytes;
   const uint64_t bytes = before + treeBytes + after;
   if (bytes > UINT32_MAX) {

@@ -59,11 +59,12 @@ void BuilderAddText(TreeBuilder &builder, DraftNode &node, size_t length);
 
 // The node that was built last.
 inline const DraftNode &BuiltRoot(const TreeBuilder &builder) {
+  assert(builder.count > 0);
   return builder.nodes[builder.count - 1];
 }
 
-// A tree in a block that holds more: `before` bytes, zeroed, the tree, and `after` bytes, of which
-// the first are to get the formula's text.
+// One block: `before` zeroed bytes, the tree, then `after` bytes; the caller copies the formula's
+// text to their start.
 struct FinishedTree {
   char *block;
   ExprNode *root;
@@ -98,6 +99,7 @@ inline TreeBuilder::~TreeBuilder() {
 bool BuilderGrow(TreeBuilder &builder);
 
 inline DraftNode *BuilderAdd(TreeBuilder &builder, int32_t kind, uint32_t size) {
+  assert(size > 0 && size <= builder.count + 1);
   if (builder.count == builder.capacity && !BuilderGrow(builder)) {
     return nullptr;
   }

@@ -154,8 +154,8 @@ ParamRecord ParameterAt(const ExprItem *function, int32_t row) {
 
 // Parameters from index firstOptional up may form a group that repeats: in selector, value, result,
 // value, result, ..., default each value has the type of the selector, each result that of the
-// first result, and a last argument at the start of a group is taken as a result. `typeOf` gives
-// the type of an argument before this one.
+// first result, and a last argument at the start of a group is taken as a result. `typeOf(i)`
+// returns the type of argument i, which precedes this one.
 template <class TypeOf>
 Expectation ExpectedOf(const ExprItem *function, int32_t index, int32_t count, TypeOf typeOf) {
   const int32_t declared = function->paramCount;
@@ -233,7 +233,29 @@ bool CheckNoList(ParseState &state, const ExprItem *function, CallForm form) {
   return fits || Fail(state, ORL_ERR_NUMPARMSLO);
 }
 
-// The pending modifier word is part of what is checked.
+enum class CountFit : uint8_t { Fits, TooFew, TooMany };
+
+// Compares an argument count with a function's parameters.
+CountFit FitOf(int32_t count, const ExprItem *function) {
+  const int32_t declared = function->paramCount;
+  const int32_t first = function->firstOptional;
+  const int32_t optional = function->optionalCount;
+  if (count == declared) {
+    return CountFit::Fits;
+  }
+  if (count < declared) {
+    if (first == 0 || first > count || optional == 0) {
+      return CountFit::TooFew;
+    }
+  } else if (first == 0) {
+    return CountFit::TooMany;
+  } else if (optional == 0) {
+    return CountFit::Fits;
+  }
+  return first + optional < count ? CountFit::TooMany : CountFit::Fits;
+}
+
+// Checks the arguments and the pending modifier word.
 bool CheckCall(ParseState &state, const ExprItem *function, const CallDraft &call) {
   if (!CheckModifier(state, function, call.form)) {
     return false;
@@ -242,9 +264,9 @@ bool CheckCall(ParseState &state, const ExprItem *function, const CallDraft &cal
     return CheckNoList(state, function, call.form);
   }
   const auto count = static_cast<int32_t>(call.count);
-  const int32_t fit = TypeCountArgs(count, function);
-  if (fit != 0) {
-    return Fail(state, fit < 0 ? ORL_ERR_NUMPARMSLO : ORL_ERR_NUMPARMSHI);
+  const CountFit fit = FitOf(count, function);
+  if (fit != CountFit::Fits) {
+    return Fail(state, fit == CountFit::TooFew ? ORL_ERR_NUMPARMSLO : ORL_ERR_NUMPARMSHI);
   }
   const auto typeOf = [&](int32_t index) {
     return static_cast<uint16_t>(Listed(state, call.first + static_cast<uint32_t>(index)).dataType);
@@ -263,7 +285,7 @@ bool CheckCall(ParseState &state, const ExprItem *function, const CallDraft &cal
   return true;
 }
 
-// The type of a call of a function that declares type 4; kNoType without a list.
+// The result type of a function declared ORL_TYPE_FOLLOWS; kNoType for a call without arguments.
 int16_t ResultOfCall(const ParseState &state, const CallDraft &call) {
   if (call.count == 0) {
     return kNoType;
@@ -395,25 +417,6 @@ int16_t TypeOfSet(ParseState &state, uint32_t first, uint32_t count) {
     }
   }
   return common;
-}
-
-int32_t TypeCountArgs(int32_t count, const ExprItem *function) {
-  const int32_t declared = function->paramCount;
-  const int32_t first = function->firstOptional;
-  const int32_t optional = function->optionalCount;
-  if (count == declared) {
-    return 0;
-  }
-  if (count < declared) {
-    if (first == 0 || first > count || optional == 0) {
-      return -1;
-    }
-  } else if (first == 0) {
-    return 1;
-  } else if (optional == 0) {
-    return 0;
-  }
-  return first + optional < count ? 1 : 0;
 }
 
 bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function) {

@@ -46,10 +46,6 @@ void TypeCall(ParseState &state, DraftNode &node, const CallDraft &call);
 // error set.
 int16_t TypeOfSet(ParseState &state, uint32_t first, uint32_t count);
 
-// Compares an argument count with a function's parameters: 0 fits, negative too few, positive too
-// many.
-int32_t TypeCountArgs(int32_t count, const ExprItem *function);
-
 // True when the arguments that a call passes by value have the types that the function's row
 // declares.
 bool TypeArgumentsFit(const ExprNode *call, const ExprItem *function);

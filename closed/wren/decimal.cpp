@@ -191,8 +191,8 @@ int32_t CompareMagnitude(const Decimal &a, const Decimal &b) {
   if (leadA != leadB) {
     return leadA < leadB ? -1 : 1;
   }
-  // The same leading place, so the one with the higher exponent has digits to spare for the
-  // difference.
+  // Equal leading places: the number with the higher exponent has fewer digits, so scaling it up
+  // fits.
   if (a.exponent > b.exponent) {
     ca *= kPowersOfTen.of[a.exponent - b.exponent];
   }

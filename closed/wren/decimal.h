@@ -21,6 +21,7 @@
 #define ORLI11_CLOSED_WREN_DECIMAL_H
 
 #include <bit>
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 
@@ -123,18 +124,18 @@ inline NarrowDecimal DecimalNarrow(const Decimal &d) {
   return {static_cast<int64_t>(d.coefficient), d.exponent};
 }
 
-// The coefficient without its last digit, 0, where it ends in one; any other number above the
-// bound.
+// c / 10 when c ends in the digit 0; otherwise a value above kTenthBound.
 constexpr uint64_t kTenthBound = UINT64_MAX / 10;
 inline uint64_t DecimalTenth(uint64_t c) {
-  // The product with the inverse of 5 is the quotient where 5 divides; odd products rotate to large
-  // values.
+  // Multiplying by the inverse of 5 divides exactly when 5 divides c. The rotation halves even
+  // products and makes odd ones exceed the bound.
   return std::rotr(c * UINT64_C(0xCCCCCCCCCCCCCCCD), 1);
 }
 
-// Whether c, below 2^87, ends in the digit 0. c must be even and divisible by 5: as 2^64 mod 5 is
-// 1, the remainder is that of the sum of the two halves, where a carry counts 1.
+// Whether c, below 2^87, ends in the digit 0. It does when it is even and divisible by 5: since
+// 2^64 = 1 (mod 5), c mod 5 is (high + low) mod 5, and a carry adds 1.
 inline bool DecimalEndsInZero(Uint128 c) {
+  assert(c >> 87 == 0);
   const uint64_t low = static_cast<uint64_t>(c);
   const uint64_t high = static_cast<uint64_t>(c >> 64);
   if (high == 0) {

@@ -7,7 +7,7 @@
 // kPooledSize bytes is added to the list of its capacity in the pool of the freeing thread, and the
 // next request for that capacity on this thread reuses it. So a value of 13 bytes costs a few
 // nanoseconds instead of a call of the heap. The lists are short, and they are returned to the heap
-// when the thread ends: the pool opens when its release is registered with the C library, which may
+// when the thread ends. A pool is opened once its release at thread end is registered, which may
 // need memory; until then blocks are freed directly. In sanitizer builds there is no pool, so that
 // sanitizers see every block.
 #include "closed/wren/memory.h"
@@ -150,7 +150,7 @@ void ReleaseBlock(Block *block) {
 // A zeroed block of `capacity` bytes from the heap, or null.
 [[gnu::noinline]] Block *ObtainFromHeap(uint32_t size, uint32_t capacity) {
   const size_t bytes = sizeof(Block) + size_t{capacity};
-  // The heap's own cache of small blocks serves only malloc.
+  // Not calloc for small blocks: the C library's per-thread cache serves only malloc.
   const bool isSmall = bytes <= kSmallBytes;
   auto *block = static_cast<Block *>(isSmall ? std::malloc(bytes) : std::calloc(1, bytes));
   if (block == nullptr) {

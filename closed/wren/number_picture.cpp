@@ -130,7 +130,7 @@ Item ReadSection(const char **cursor, CodePage page, PictureSection *section) {
       case Item::Optional:
         CountPlace(section, kind == Item::Zero);
         groupOpen = false;
-        // More places than the output has characters are useless, and counts stay small.
+        // Limited: the output cannot show more places, and the counts cannot overflow.
         if (section->integerPlaces + section->fractionPlaces >= kNumberTextCapacity) {
           return Item::Bad;
         }
