@@ -1,11 +1,11 @@
 #include "host/column_names.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <set>
 
 #include "host/display.h"
+#include "host/tokens.h"
 
 namespace {
 
@@ -13,9 +13,7 @@ constexpr size_t kLongestName = sizeof(ExprItem::name) - 1;
 
 // A word of the language cannot be the name of a column without quotes.
 bool IsPlainName(EC ec, const std::string &header) {
-  std::array<char, kLongestName + 2> unused;
-  return ORLValidName(ec, header.c_str(), nullptr) == 1 &&
-         ORLInputNameIsKeyword(unused.data(), header.c_str()) == 0;
+  return ORLValidName(ec, header.c_str(), nullptr) == 1 && !IsUnitWord(header);
 }
 
 // The start of a text, truncated between characters.

@@ -1,7 +1,6 @@
 #include "host/formulas.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -40,10 +39,7 @@ std::string NameProblem(EC ec, const std::string &name) {
   if (name.empty()) {
     return "a formula has no name";
   }
-  std::array<char, sizeof(ExprItem::name) + 1> unused;
-  const bool isUnit = name.size() < sizeof(ExprItem::name) &&
-                      ORLInputNameIsKeyword(unused.data(), name.c_str()) == 1;
-  if (isUnit) {
+  if (IsUnitWord(name)) {
     return DisplayName(name) + " is a date unit word; write it in double quotes";
   }
   const std::string quoted = '"' + name + '"';

@@ -6,63 +6,18 @@
 
 #include "host/display.h"
 #include "host/foreign_words.h"
+#include "host/invalid_formula.h"
 #include "host/nearest.h"
 #include "host/tokens.h"
 
 namespace {
 
-// An invalid formula as the rules see it.
-struct Case {
-  const std::string &text;
-  const FormulaError &error;
-  const KnownNames &names;
-  std::vector<Token> tokens;
-  size_t at = 0;          // the token at the error, or their number when it is after the last
-  std::string_view word;  // its text, as written
-};
-
 bool IsNameToken(const Token &token) {
   return token.kind == kTokenName || token.kind == kTokenQuoted;
 }
 
-// The token `step` places from the error; one without text when there is none.
-Token Near(const Case &wrong, int step) {
-  const auto place = static_cast<size_t>(static_cast<int64_t>(wrong.at) + step);
-  return place < wrong.tokens.size() ? wrong.tokens[place] : Token{kTokenOther, 0, {}};
-}
-
-// The first token of that kind and text, or null. The text is compared in any case; empty: any
-// text.
-const Token *Find(const Case &wrong, TokenKind kind, std::string_view text = {}) {
-  for (const Token &token : wrong.tokens) {
-    if (token.kind == kind && (text.empty() || EqualNoCase(token.text, text))) {
-      return &token;
-    }
-  }
-  return nullptr;
-}
-
 bool Contains(const std::vector<std::string> &names, std::string_view name) {
   return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-// The column whose header is the word, in any case, as formulas write it; empty when none.
-std::string ColumnOfHeader(const Case &wrong, std::string_view header) {
-  for (const std::string &name : wrong.names.columns) {
-    const bool quoted = name.size() > 2 && (name.front() == '"' || name.front() == '`');
-    if (EqualNoCase(quoted ? name.substr(1, name.size() - 2) : name, header)) {
-      return name;
-    }
-  }
-  return {};
-}
-
-// Whether a byte of the text is inside a quoted string or name.
-bool InQuotes(const Case &wrong, size_t at) {
-  return std::any_of(wrong.tokens.begin(), wrong.tokens.end(), [at](const Token &token) {
-    return (token.kind == kTokenString || token.kind == kTokenQuoted) && at >= token.offset &&
-           at < token.offset + token.text.size();
-  });
 }
 
 // A letter, digit or quote next to a name makes it part of another one.
@@ -75,20 +30,8 @@ std::string DidYouMean(const std::string &name) {
   return name.empty() ? name : "did you mean `" + DisplayName(name) + "`?";
 }
 
-bool IsUnitWord(std::string_view word) {
-  std::array<char, sizeof(ExprItem::name) + 1> unused;
-  return word.size() < sizeof(ExprItem::name) &&
-         ORLInputNameIsKeyword(unused.data(), std::string(word).c_str()) == 1;
-}
-
-// Whether a value is expected at the token.
-bool StartsOperand(const Case &wrong, size_t place) {
-  const TokenKind before = place == 0 ? kTokenOpen : wrong.tokens[place - 1].kind;
-  return before == kTokenOpen || before == kTokenComma || before == kTokenOperator;
-}
-
-std::string Unclosed(const Case &wrong) {
-  const Token *open = Find(wrong, kTokenUnclosed);
+std::string Unclosed(const InvalidFormula &wrong) {
+  const Token *open = wrong.Find(kTokenUnclosed);
   if (open == nullptr) {
     return {};
   }
@@ -102,7 +45,7 @@ std::string Unclosed(const Case &wrong) {
 
 // A character that looks like one of the language, or means one elsewhere. Characters in the name
 // of a column are fine.
-std::string ForeignCharacter(const Case &wrong) {
+std::string ForeignCharacter(const InvalidFormula &wrong) {
   const size_t end = static_cast<size_t>(std::max(wrong.error.offset, 0)) + wrong.word.size();
   size_t length = 1;
   for (size_t at = 0; at < wrong.text.size() && at <= end; at += length) {
@@ -114,14 +57,14 @@ std::string ForeignCharacter(const Case &wrong) {
                                      [character](const std::string &name) {
                                        return name.find(character) != std::string::npos;
                                      });
-    if (!hint.empty() && !named && !InQuotes(wrong, at)) {
+    if (!hint.empty() && !named && !wrong.InQuotes(at)) {
       return std::string(hint);
     }
   }
   return {};
 }
 
-std::string Comparison(const Case &wrong) {
+std::string Comparison(const InvalidFormula &wrong) {
   constexpr std::array<std::string_view, 7> kChoiceWords = {"IF",   "IIF",    "IFF",   "CASE",
                                                             "WHEN", "IFELSE", "CHOOSE"};
   if (!wrong.tokens.empty() && wrong.tokens[0].text == "=") {
@@ -140,9 +83,9 @@ std::string Comparison(const Case &wrong) {
   return {};
 }
 
-std::string Logic(const Case &wrong) {
+std::string Logic(const InvalidFormula &wrong) {
   for (const std::string_view word : {"OR", "NOT", "XOR"}) {
-    if (Find(wrong, kTokenName, word) != nullptr) {
+    if (wrong.Find(kTokenName, word) != nullptr) {
       return std::string(word) +
              " is not in the language: conditions are made of NumberIFF, StrIFF "
              "and DateIFF";
@@ -158,15 +101,15 @@ std::string Logic(const Case &wrong) {
              : "";
 }
 
-std::string In(const Case &wrong) {
-  const Token *token = Find(wrong, kTokenName, "IN");
+std::string In(const InvalidFormula &wrong) {
+  const Token *token = wrong.Find(kTokenName, "IN");
   return token == nullptr || wrong.error.id == ORL_ERR_VAR
              ? std::string()
              : "IN is not in the language: a set is written 'a', 'b' alone, as in "
                "--where \"name='a', 'b'\"; StrTranslate looks a text up in a list";
 }
 
-std::string ForeignSign(const Case &wrong) {
+std::string ForeignSign(const InvalidFormula &wrong) {
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
     const std::string pair =
         std::string(wrong.tokens[i].text) + std::string(wrong.tokens[i + 1].text);
@@ -193,7 +136,7 @@ std::string ForeignSign(const Case &wrong) {
 }
 
 // 1e3, which is read as the number 1 and the name e3.
-std::string Exponent(const Case &wrong) {
+std::string Exponent(const InvalidFormula &wrong) {
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
     const Token &number = wrong.tokens[i];
     const Token &power = wrong.tokens[i + 1];
@@ -209,11 +152,11 @@ std::string Exponent(const Case &wrong) {
 }
 
 // A sign before something that is not a number.
-std::string Sign(const Case &wrong) {
+std::string Sign(const InvalidFormula &wrong) {
   for (size_t i = 0; i + 1 < wrong.tokens.size(); ++i) {
     const Token &sign = wrong.tokens[i];
     const Token &next = wrong.tokens[i + 1];
-    if (!StartsOperand(wrong, i) || (sign.text != "-" && sign.text != "+")) {
+    if (!wrong.StartsOperand(i) || (sign.text != "-" && sign.text != "+")) {
       continue;
     }
     if (sign.text == "+" && (IsNameToken(next) || next.kind == kTokenNumber)) {
@@ -228,15 +171,15 @@ std::string Sign(const Case &wrong) {
 }
 
 // day + 1, where day is a column and a unit word.
-std::string UnitWord(const Case &wrong) {
+std::string UnitWord(const InvalidFormula &wrong) {
   for (size_t i = 0; i < wrong.tokens.size(); ++i) {
     const Token &token = wrong.tokens[i];
     if (token.kind != kTokenName || !IsUnitWord(token.text)) {
       continue;
     }
     const bool called = i + 1 < wrong.tokens.size() && wrong.tokens[i + 1].kind == kTokenOpen;
-    if (StartsOperand(wrong, i) && !called) {
-      const std::string column = ColumnOfHeader(wrong, token.text);
+    if (wrong.StartsOperand(i) && !called) {
+      const std::string column = wrong.ColumnOfHeader(token.text);
       return DisplayName(token.text) + " is a unit word of dates: write `" +
              DisplayName(column.empty() ? '"' + std::string(token.text) + '"' : column) +
              "` for a column of that name";
@@ -251,7 +194,7 @@ std::string UnitWord(const Case &wrong) {
 }
 
 // wind speed, without the quotes that such a name needs.
-std::string NeedsQuotes(const Case &wrong) {
+std::string NeedsQuotes(const InvalidFormula &wrong) {
   if (wrong.error.id == ORL_ERR_FUNC) {
     return {};
   }
@@ -274,20 +217,20 @@ std::string NeedsQuotes(const Case &wrong) {
 }
 
 // "rain", in the quotes of names.
-std::string StringInNameQuotes(const Case &wrong) {
-  const Token token = Near(wrong, 0);
+std::string StringInNameQuotes(const InvalidFormula &wrong) {
+  const Token token = wrong.Near(0);
   if (wrong.error.id != ORL_ERR_VAR || token.kind != kTokenQuoted) {
     return {};
   }
   const std::string_view inside = token.text.substr(1, token.text.size() - 2);
-  std::string column = ColumnOfHeader(wrong, inside);
+  std::string column = wrong.ColumnOfHeader(inside);
   column = column.empty() ? Nearest(token.text, wrong.names.columns) : column;
   return column.empty() ? "a text is written in single quotes: '" + DisplayName(inside) + "'"
                         : DidYouMean(column);
 }
 
 // Words of other languages, unless a function differs in case alone.
-std::string ForeignWord(const Case &wrong) {
+std::string ForeignWord(const InvalidFormula &wrong) {
   const auto isWord = [&wrong](const std::string &name) { return EqualNoCase(name, wrong.word); };
   if (wrong.error.id == ORL_ERR_VAR) {
     return std::string(HintForWord(wrong.word, kWordValue));
@@ -298,7 +241,7 @@ std::string ForeignWord(const Case &wrong) {
     return ours ? std::string() : std::string(HintForWord(wrong.word, kWordCalled));
   }
   for (size_t i = 1; i < wrong.tokens.size() && wrong.error.id == ORL_ERR_SYNTAX; ++i) {
-    const bool between = wrong.tokens[i].kind == kTokenName && !StartsOperand(wrong, i);
+    const bool between = wrong.tokens[i].kind == kTokenName && !wrong.StartsOperand(i);
     const std::string_view hint =
         between ? HintForWord(wrong.tokens[i].text, kWordBetween) : std::string_view();
     if (!hint.empty()) {
@@ -309,7 +252,7 @@ std::string ForeignWord(const Case &wrong) {
 }
 
 // A formula without its parentheses, or a function.
-std::string NeedsCall(const Case &wrong) {
+std::string NeedsCall(const InvalidFormula &wrong) {
   if (wrong.error.id != ORL_ERR_VAR) {
     return {};
   }
@@ -323,21 +266,21 @@ std::string NeedsCall(const Case &wrong) {
 }
 
 // A column or formula that is used like a function.
-std::string NoCall(const Case &wrong) {
+std::string NoCall(const InvalidFormula &wrong) {
   const std::string name(wrong.word);
   return wrong.error.id == ORL_ERR_FUNC && Contains(wrong.names.columns, name)
              ? "a column has no parentheses: write `" + name + "`"
              : std::string();
 }
 
-std::string NearName(const Case &wrong) {
+std::string NearName(const InvalidFormula &wrong) {
   if (wrong.error.id == ORL_ERR_VAR) {
     std::string near = Nearest(wrong.word, wrong.names.columns);
     if (near.empty()) {
       near = Nearest(wrong.word, wrong.names.formulas);
       near += near.empty() ? "" : "()";
     }
-    return near.empty() && Near(wrong, 0).kind == kTokenName
+    return near.empty() && wrong.Near(0).kind == kTokenName
                ? "no column has this name; a text is written in single quotes: '" +
                      std::string(wrong.word) + "'"
                : DidYouMean(near);
@@ -352,15 +295,15 @@ std::string NearName(const Case &wrong) {
 
 // What to write for the value of a wrong type: a column without its quotes, or a conversion. A
 // String column may only have become one by a few odd fields.
-std::string Converted(const Case &wrong) {
+std::string Converted(const InvalidFormula &wrong) {
   const std::string hint(HintForError(wrong.error.id));
   const bool atOperator = wrong.error.id == ORL_ERR_OPERATORSTR;
   const bool isText = atOperator || wrong.error.id == ORL_ERR_TYPENUM ||
                       wrong.error.id == ORL_ERR_TYPENUMDATE || wrong.error.id == ORL_ERR_PARMNUM ||
                       wrong.error.id == ORL_ERR_PARMDATE;
-  const Token token = Near(wrong, atOperator ? -1 : 0);
+  const Token token = wrong.Near(atOperator ? -1 : 0);
   if (isText && token.kind == kTokenString) {
-    const std::string column = ColumnOfHeader(wrong, Unquoted(token.text));
+    const std::string column = wrong.ColumnOfHeader(Unquoted(token.text));
     return column.empty() ? hint
                           : "a column has no single quotes: write `" + DisplayName(column) + "`";
   }
@@ -370,7 +313,7 @@ std::string Converted(const Case &wrong) {
 }
 
 // The arguments of a call.
-std::string Arguments(const Case &wrong) {
+std::string Arguments(const InvalidFormula &wrong) {
   const bool count = wrong.error.id == ORL_ERR_NUMPARMSHI || wrong.error.id == ORL_ERR_NUMPARMSLO;
   return count ? "`orli functions " + std::string(wrong.word) + "` shows the arguments"
                : std::string();
@@ -381,7 +324,7 @@ bool IsOperand(const Token &token) {
 }
 
 // A word after a number that moves a date, in the place of a unit.
-std::string NoUnit(const Case &wrong) {
+std::string NoUnit(const InvalidFormula &wrong) {
   for (size_t i = 2; i < wrong.tokens.size() && wrong.error.id == ORL_ERR_SYNTAX; ++i) {
     const Token &number = wrong.tokens[i - 1];
     const Token &word = wrong.tokens[i];
@@ -398,15 +341,15 @@ std::string NoUnit(const Case &wrong) {
 }
 
 // 10-5-2 where a number is wanted: it is a date.
-std::string NumbersAsDate(const Case &wrong) {
+std::string NumbersAsDate(const InvalidFormula &wrong) {
   const auto offset = static_cast<size_t>(std::max(wrong.error.offset, 0));
   const auto length = static_cast<size_t>(std::max(wrong.error.length, 0));
   const std::string_view span =
       std::string_view(wrong.text).substr(std::min(offset, wrong.text.size()), length);
   const bool isDate =
-      Near(wrong, 0).kind == kTokenNumber && std::count_if(span.begin(), span.end(), [](char byte) {
-                                               return byte == '-' || byte == '/' || byte == '.';
-                                             }) == 2;
+      wrong.Near(0).kind == kTokenNumber && std::count_if(span.begin(), span.end(), [](char byte) {
+                                              return byte == '-' || byte == '/' || byte == '.';
+                                            }) == 2;
   const bool wanted = wrong.error.id == ORL_ERR_TYPENUM || wrong.error.id == ORL_ERR_PARMNUM;
   return isDate && wanted
              ? "`" + std::string(span) + "` is a date: write blanks around the signs to compute"
@@ -414,7 +357,7 @@ std::string NumbersAsDate(const Case &wrong) {
 }
 
 // 2 MONTHS 3 DAYS, which the scanner takes for a date.
-std::string SeveralUnits(const Case &wrong) {
+std::string SeveralUnits(const InvalidFormula &wrong) {
   const auto units = std::count_if(
       wrong.tokens.begin(), wrong.tokens.end(),
       [](const Token &token) { return token.kind == kTokenName && IsUnitWord(token.text); });
@@ -424,7 +367,7 @@ std::string SeveralUnits(const Case &wrong) {
 }
 
 // What is missing in a text: a parenthesis, an operator between two values, a value at its end.
-std::string Missing(const Case &wrong) {
+std::string Missing(const InvalidFormula &wrong) {
   if (wrong.error.id != ORL_ERR_SYNTAX) {
     return {};
   }
@@ -448,7 +391,7 @@ std::string Missing(const Case &wrong) {
     const bool call = token.kind == kTokenClose && i > 1 && IsNameToken(wrong.tokens[i - 2]);
     const bool wanted = token.kind == kTokenOperator || token.kind == kTokenComma ||
                         (token.kind == kTokenClose && !call);
-    if (wanted && StartsOperand(wrong, i)) {
+    if (wanted && wrong.StartsOperand(i)) {
       return "a value is missing before `" + DisplayName(token.text) + "`";
     }
   }
@@ -460,7 +403,7 @@ std::string Missing(const Case &wrong) {
 }
 
 // The first rule that applies provides the hint.
-constexpr std::string (*kRules[])(const Case &wrong) = {
+constexpr std::string (*kRules[])(const InvalidFormula &wrong) = {
     Unclosed, ForeignCharacter, UnitWord,           NeedsQuotes,  Comparison, Logic,  In,
     Exponent, ForeignSign,      StringInNameQuotes, Sign,         NeedsCall,  NoCall, ForeignWord,
     NearName, Arguments,        NumbersAsDate,      SeveralUnits, Converted,  NoUnit, Missing,
@@ -468,39 +411,8 @@ constexpr std::string (*kRules[])(const Case &wrong) = {
 
 }  // namespace
 
-KnownNames NamesOf(EC ec, const std::vector<std::string> &formulas) {
-  KnownNames names;
-  const OrlEnumItemProc add = [](EC /*ec*/, const char *name, void *user) {
-    static_cast<std::vector<std::string> *>(user)->emplace_back(name);
-  };
-  ORLEnumExpItems(ec, ORL_INPUT, add, &names.columns);
-  for (const std::string &name : names.columns) {
-    ExprItem row = {};
-    if (ORLGetExpressionItem(ec, ORL_INPUT, name.c_str(), &row, 0) == 1 &&
-        row.dataType == ORL_TYPE_STRING) {
-      names.texts.push_back(name);
-    }
-  }
-  ORLEnumExpItems(ec, ORL_FUNCTION, add, &names.functions);
-  names.formulas = formulas;
-  for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
-    HEXP exp = ORLHEXPFromOrdinal(ec, i);
-    std::string name(static_cast<size_t>(ORLGetExpressionNameLength(ec, exp)) + 1, '\0');
-    name.resize(static_cast<size_t>(
-        ORLGetExpressionName(ec, exp, static_cast<int32_t>(name.size()), name.data())));
-    names.formulas.push_back(name);
-  }
-  return names;
-}
-
 std::string HintFor(const std::string &text, const FormulaError &error, const KnownNames &names) {
-  Case wrong{text, error, names, Tokens(text), 0, {}};
-  const auto offset = static_cast<size_t>(std::max(error.offset, 0));
-  while (wrong.at < wrong.tokens.size() &&
-         wrong.tokens[wrong.at].offset + wrong.tokens[wrong.at].text.size() <= offset) {
-    ++wrong.at;
-  }
-  wrong.word = Near(wrong, 0).text;
+  const InvalidFormula wrong = InvalidFormulaOf(text, error, names);
   for (const auto rule : kRules) {
     std::string hint = rule(wrong);
     if (!hint.empty()) {

@@ -80,10 +80,8 @@ bool IsInDate(const std::vector<Token> &tokens, size_t comma) {
   const Token &second = tokens[comma - 1];
   const Token &word = first.kind == kTokenName ? first : second;
   const Token &day = first.kind == kTokenName ? second : first;
-  std::array<char, sizeof(ExprItem::name) + 1> unused;
   return word.kind == kTokenName && day.kind == kTokenNumber && !EqualNoCase(word.text, "AND") &&
-         word.text.size() < sizeof(ExprItem::name) &&
-         ORLInputNameIsKeyword(unused.data(), std::string(word.text).c_str()) == 0;
+         word.text.size() < sizeof(ExprItem::name) && !IsUnitWord(word.text);
 }
 
 }  // namespace
@@ -147,6 +145,12 @@ bool EqualNoCase(std::string_view left, std::string_view right) {
     return std::tolower(static_cast<unsigned char>(one)) ==
            std::tolower(static_cast<unsigned char>(other));
   });
+}
+
+bool IsUnitWord(std::string_view word) {
+  std::array<char, sizeof(ExprItem::name) + 1> unused;
+  return word.size() < sizeof(ExprItem::name) &&
+         ORLInputNameIsKeyword(unused.data(), std::string(word).c_str()) == 1;
 }
 
 std::string Unquoted(std::string_view literal) {

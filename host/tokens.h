@@ -38,6 +38,9 @@ std::vector<std::string> MembersOf(std::string_view text);
 // Whether two words are equal ignoring ASCII case.
 bool EqualNoCase(std::string_view left, std::string_view right);
 
+// Whether a word is a unit of dates, such as DAYS.
+bool IsUnitWord(std::string_view word);
+
 // The value of a string literal with its quotes.
 std::string Unquoted(std::string_view literal);
 
