@@ -126,6 +126,7 @@ NameEntry *FindName(NameIndex &index, std::string_view name, uint32_t hash) {
 void ReplaceInBucket(NameIndex &index, NameEntry *old, NameEntry *entry) {
   NameEntry **link = BucketOf(index, old->hash);
   while (*link != old) {
+    assert(*link != nullptr);
     link = &(*link)->next;
   }
   if (entry == nullptr) {
