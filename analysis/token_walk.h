@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-inline constexpr int32_t kTokenQuote = 34;
+inline constexpr int32_t kTokenQuote = '"';
 
 // One step: `text` to `text + length` is consumed; its first `lead` bytes are delimiters, the rest
 // is the token. Together the spans are the whole text; a tail of delimiters has an empty token.

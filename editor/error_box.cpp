@@ -1,5 +1,6 @@
 // The box that shows a text, its error span and the message.
 #include <algorithm>
+#include <cassert>
 
 #include "editor/editor.h"
 #include "editor/editor_text.h"
@@ -66,6 +67,7 @@ int32_t ORLErrorDisplay(void *parentWindow, const char *text, const FormulaError
 }
 
 intptr_t OrlLoadErrorDisplay(OrlWindow parent, const char *text, const FormulaError *error) {
+  assert(error != nullptr);
   if (Windows() != nullptr) {
     Windows()->MessageBeep(0);
   }

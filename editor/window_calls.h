@@ -3,12 +3,14 @@
 #ifndef ORLI11_EDITOR_WINDOW_CALLS_H
 #define ORLI11_EDITOR_WINDOW_CALLS_H
 
+#include <cassert>
 #include <cstdint>
 
 #include "platform/window_system.h"
 
 inline intptr_t Send(OrlWindow window, uint32_t message, uintptr_t wParam = 0,
                      intptr_t lParam = 0) {
+  assert(Windows() != nullptr);
   return Windows()->SendMessage(window, message, wParam, lParam);
 }
 

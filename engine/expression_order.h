@@ -8,6 +8,8 @@
 #ifndef ORLI11_ENGINE_EXPRESSION_ORDER_H
 #define ORLI11_ENGINE_EXPRESSION_ORDER_H
 
+#include <cassert>
+
 #include "engine/context.h"
 #include "engine/expressions.h"
 
@@ -18,6 +20,7 @@ struct OrderPlace {
 };
 
 inline OrderPlace *PlaceOf(const Expression *expression) {
+  assert(expression->refersToFormulas);
   return reinterpret_cast<OrderPlace *>(expression->tree) - 1;
 }
 

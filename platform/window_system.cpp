@@ -2,6 +2,7 @@
 #include "platform/window_system.h"
 
 #include <atomic>
+#include <cassert>
 #include <cstddef>
 #include <cstring>
 
@@ -54,5 +55,6 @@ DialogInUse::DialogInUse() {
 }
 
 DialogInUse::~DialogInUse() {
+  assert(openDialogs > 0);
   --openDialogs;
 }

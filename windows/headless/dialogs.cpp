@@ -2,6 +2,7 @@
 #include "windows/headless/state.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "platform/window_operations.h"
 
@@ -148,6 +149,7 @@ void LeaveForParent(const Dialog *dialog) {
 }  // namespace
 
 Hold::~Hold() {
+  assert(dialog->holds > 0);
   if (--dialog->holds == 0 && dialog->gone) {
     FreeDialog(dialog);
   }

@@ -2,6 +2,7 @@
 #include "windows/headless/state.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <span>
 
@@ -118,6 +119,7 @@ int32_t RowAtPoint(const Control *control, intptr_t point) {
 
 // The messages about one row, which exists.
 intptr_t RowProc(Control *control, uint32_t message, int32_t row, intptr_t lParam) {
+  assert(HasRow(control, row));
   Row &entry = control->list.rows[row];
   switch (message) {
     case ORL_LB_DELETESTRING:

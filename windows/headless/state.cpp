@@ -2,7 +2,10 @@
 #include "windows/headless/state.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
+
+#include "platform/window_operations.h"
 
 namespace headless {
 
@@ -40,6 +43,7 @@ bool Reserve(void **entries, int32_t *capacity, int32_t needed, uint32_t entrySi
 }
 
 bool ReplaceBytes(Text *text, int32_t from, int32_t to, const char *bytes, int32_t count) {
+  assert(from >= 0 && from <= to && to <= text->length && count >= 0);
   const int64_t length = int64_t{text->length} - (to - from) + count;
   if (length >= INT32_MAX / 2) {
     return false;
@@ -83,6 +87,8 @@ int32_t CopyOut(const char *text, char *buffer, int32_t size) {
 }
 
 OrlWindow HandleOf(uint64_t serial, uint64_t control) {
+  static_assert(kMostControls < int64_t{1} << kControlBits);
+  assert(control <= kMostControls);
   return reinterpret_cast<OrlWindow>(kTag | serial << kControlBits | control);
 }
 

@@ -9,6 +9,7 @@
 #include <QTimerEvent>
 #include <QWindow>
 #include <algorithm>
+#include <cassert>
 #include <unordered_map>
 
 #include "platform/window_operations.h"
@@ -290,6 +291,7 @@ void KeepAbove(QWidget *widget, OrlWindow parent) {
 }
 
 Hold::~Hold() {
+  assert(dialog->holds > 0);
   if (--dialog->holds == 0 && dialog->gone) {
     dialog->widget->deleteLater();
   }
