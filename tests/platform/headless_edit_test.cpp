@@ -112,99 +112,136 @@ intptr_t Count(OrlWindow, uint32_t message, uintptr_t wParam, intptr_t) {
   return 0;
 }
 
-void Work(OrlWindow dialog, Model &model, std::mt19937 &random) {
-  const auto any = [&random](size_t count) { return random() % count; };
-  const auto length = [&model] { return static_cast<int32_t>(Joined(model.characters).size()); };
-  const auto place = [&] { return static_cast<int32_t>(any(static_cast<size_t>(length()) + 3)); };
-  const int32_t id = session->id;
-  OrlWindow edit = sys.GetDlgItem(dialog, id);
-  const uint32_t messages[] = {ORL_WM_CUT, ORL_WM_COPY, ORL_WM_PASTE, ORL_WM_CLEAR};
-  const char *keys[] = {"\x18", "\x03", "\x16"};
-  switch (const size_t act = any(16); act) {
-    case 0: {  // the program sets the text
-      model.characters.clear();
-      for (size_t i = any(20); i > 0; --i) {
-        const size_t pick = any(session->alphabet.size());
-        const bool breaks = model.lines || !kOnWidgets;
-        model.characters.push_back(session->alphabet[breaks ? pick : std::max<size_t>(1, pick)]);
-      }
-      sys.SetWindowText(edit, Joined(model.characters).c_str());
-      model.anchor = model.caret = 0;
-      model.modified = false;
-      model.changes += model.lines ? 0 : 1;
-      break;
-    }
-    case 1:
-      model.limit = any(3) == 0 ? 0 : any(30);
-      sys.SendMessage(edit, ORL_EM_LIMITTEXT, model.limit, 0);
-      break;
-    case 2: {
-      const int32_t start = place(), end = place();
-      sys.SendMessage(edit, ORL_EM_SETSEL, static_cast<uintptr_t>(start), end);
-      model.anchor = kOnWidgets ? model.At(model.Index(start)) : std::min(start, length());
-      model.caret = kOnWidgets ? model.At(model.Index(end)) : std::min(end, length());
-      break;
-    }
-    case 3: {
-      const int32_t start = place(), end = place();
-      if (ORLHeadlessSelect(dialog, id, start, end) == 0) {
-        EXPECT_TRUE(kOnWidgets && !model.lines) << "a place out of view";
-        return;
-      }
-      model.Select(model.Index(start), model.Index(end));
-      break;
-    }
-    case 4:
-    case 5: {
-      const size_t which = any(act == 4 ? 4 : 3);
-      if (act == 4) sys.SendMessage(edit, messages[which], 0, 0);
-      if (act == 5) ORLHeadlessType(dialog, id, keys[which]);
-      if (which < 2) model.Copy();
-      if (which == 0 || (which == 3 && model.From() != model.To())) model.Replace({}, false);
-      if (which == 2) model.Paste();
-      break;
-    }
-    case 6:
-    case 7: {
-      const size_t here = model.Index(model.caret);
-      const size_t up = model.Index(model.caret, true);
-      const uint32_t key = act == 6 ? ORL_VK_BACK : ORL_VK_DELETE;
-      EXPECT_EQ(1, ORLHeadlessKey(dialog, id, key, 0));
-      if (key == ORL_VK_BACK) model.Erase(up > here ? here : here - (here > 0 ? 1 : 0), up);
-      if (key == ORL_VK_DELETE) model.Erase(here, std::min(here + 1, model.characters.size()));
-      break;
-    }
-    case 8:
-    case 9:
-    case 10: {
-      auto key = static_cast<uint32_t>(ORL_VK_END + any(6));
-      auto held = static_cast<uint32_t>(any(4));
-      if (kOnWidgets && (key == ORL_VK_UP || key == ORL_VK_DOWN)) --key;
-      if (kOnWidgets && (key > ORL_VK_HOME || !model.lines)) held &= ORL_HEADLESS_SHIFT;
-      EXPECT_EQ(1, ORLHeadlessKey(dialog, id, key, held));
-      const size_t to = model.Moved(key, held);
-      if (to != SIZE_MAX) model.caret = model.At(to);
-      if ((held & ORL_HEADLESS_SHIFT) == 0) model.anchor = model.caret;
-      break;
-    }
-    case 11:
-      EXPECT_EQ(1, ORLHeadlessKey(dialog, id, ORL_VK_RETURN, ORL_HEADLESS_CONTROL));
-      if (model.lines) model.Replace({"\n"}, true);
-      break;
-    default: {
-      const std::string &typed = session->alphabet[1 + any(session->alphabet.size() - 1)];
-      EXPECT_EQ(1, ORLHeadlessType(dialog, id, typed.c_str()));
-      model.Replace({typed}, true);
-      break;
+// One random action of the program or the user at a time, on the edit and on its model.
+class RandomActions {
+ public:
+  RandomActions(OrlWindow dialog, std::mt19937 &random)
+      : dialog_(dialog), random_(random), edit_(sys.GetDlgItem(dialog, session->id)) {}
+
+  void Next() {
+    switch (Any(16)) {
+      case 0:
+        return SetText();
+      case 1:
+        return SetLimit();
+      case 2:
+        return SelectByProgram();
+      case 3:
+        return SelectByUser();
+      case 4:
+        return UseClipboard(true);
+      case 5:
+        return UseClipboard(false);
+      case 6:
+        return Erase(ORL_VK_BACK);
+      case 7:
+        return Erase(ORL_VK_DELETE);
+      case 8:
+      case 9:
+      case 10:
+        return MoveCaret();
+      case 11:
+        return BreakLine();
+      default:
+        return Type();
     }
   }
-}
+
+ private:
+  size_t Any(size_t count) { return random_() % count; }
+  int32_t Length() const { return static_cast<int32_t>(Joined(model_.characters).size()); }
+  int32_t Place() { return static_cast<int32_t>(Any(static_cast<size_t>(Length()) + 3)); }
+
+  void SetText() {
+    model_.characters.clear();
+    for (size_t i = Any(20); i > 0; --i) {
+      const size_t pick = Any(session->alphabet.size());
+      const bool breaks = model_.lines || !kOnWidgets;
+      model_.characters.push_back(session->alphabet[breaks ? pick : std::max<size_t>(1, pick)]);
+    }
+    sys.SetWindowText(edit_, Joined(model_.characters).c_str());
+    model_.anchor = model_.caret = 0;
+    model_.modified = false;
+    model_.changes += model_.lines ? 0 : 1;
+  }
+
+  void SetLimit() {
+    model_.limit = Any(3) == 0 ? 0 : Any(30);
+    sys.SendMessage(edit_, ORL_EM_LIMITTEXT, model_.limit, 0);
+  }
+
+  void SelectByProgram() {
+    const int32_t start = Place(), end = Place();
+    sys.SendMessage(edit_, ORL_EM_SETSEL, static_cast<uintptr_t>(start), end);
+    model_.anchor = kOnWidgets ? model_.At(model_.Index(start)) : std::min(start, Length());
+    model_.caret = kOnWidgets ? model_.At(model_.Index(end)) : std::min(end, Length());
+  }
+
+  void SelectByUser() {
+    const int32_t start = Place(), end = Place();
+    if (ORLHeadlessSelect(dialog_, session->id, start, end) == 0) {
+      EXPECT_TRUE(kOnWidgets && !model_.lines) << "a place out of view";
+      return;
+    }
+    model_.Select(model_.Index(start), model_.Index(end));
+  }
+
+  void UseClipboard(bool byProgram) {
+    constexpr uint32_t kMessages[] = {ORL_WM_CUT, ORL_WM_COPY, ORL_WM_PASTE, ORL_WM_CLEAR};
+    constexpr const char *kKeys[] = {"\x18", "\x03", "\x16"};
+    const size_t which = Any(byProgram ? std::size(kMessages) : std::size(kKeys));
+    if (byProgram) {
+      sys.SendMessage(edit_, kMessages[which], 0, 0);
+    } else {
+      ORLHeadlessType(dialog_, session->id, kKeys[which]);
+    }
+    if (which < 2) model_.Copy();
+    if (which == 0 || (which == 3 && model_.From() != model_.To())) model_.Replace({}, false);
+    if (which == 2) model_.Paste();
+  }
+
+  void Erase(uint32_t key) {
+    const size_t here = model_.Index(model_.caret);
+    const size_t up = model_.Index(model_.caret, true);
+    EXPECT_EQ(1, ORLHeadlessKey(dialog_, session->id, key, 0));
+    if (key == ORL_VK_BACK) model_.Erase(up > here ? here : here - (here > 0 ? 1 : 0), up);
+    if (key == ORL_VK_DELETE) model_.Erase(here, std::min(here + 1, model_.characters.size()));
+  }
+
+  void MoveCaret() {
+    auto key = static_cast<uint32_t>(ORL_VK_END + Any(6));
+    auto held = static_cast<uint32_t>(Any(4));
+    if (kOnWidgets && (key == ORL_VK_UP || key == ORL_VK_DOWN)) --key;
+    if (kOnWidgets && (key > ORL_VK_HOME || !model_.lines)) held &= ORL_HEADLESS_SHIFT;
+    EXPECT_EQ(1, ORLHeadlessKey(dialog_, session->id, key, held));
+    const size_t to = model_.Moved(key, held);
+    if (to != SIZE_MAX) model_.caret = model_.At(to);
+    if ((held & ORL_HEADLESS_SHIFT) == 0) model_.anchor = model_.caret;
+  }
+
+  void BreakLine() {
+    EXPECT_EQ(1, ORLHeadlessKey(dialog_, session->id, ORL_VK_RETURN, ORL_HEADLESS_CONTROL));
+    if (model_.lines) model_.Replace({"\n"}, true);
+  }
+
+  void Type() {
+    const std::string &typed = session->alphabet[1 + Any(session->alphabet.size() - 1)];
+    EXPECT_EQ(1, ORLHeadlessType(dialog_, session->id, typed.c_str()));
+    model_.Replace({typed}, true);
+  }
+
+  OrlWindow dialog_;
+  std::mt19937 &random_;
+  OrlWindow edit_;
+  Model &model_ = session->model;
+};
 
 int32_t Play(void *, OrlWindow dialog) {
   std::mt19937 random(session->seed);
-  Model &model = session->model;
+  RandomActions actions(dialog, random);
+  const Model &model = session->model;
   for (int32_t step = 0; step < 1500; ++step) {
-    Work(dialog, model, random);
+    actions.Next();
     OrlHeadlessState state = {};
     char text[1000];
     ORLHeadlessLook(dialog, session->id, &state);
