@@ -1,13 +1,16 @@
 // Generates the parser's tables from the grammar: an LR(0) automaton whose conflicts between
 // operators the precedence table resolves, after D. E. Knuth, "On the translation of languages from
 // left to right" (1965). Where a state has two complete rules, each takes the tokens that can
-// follow it there. The build runs it with the path of the file to write.
+// follow it there:
+//   parser_generator FILE
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
+#include <exception>
+#include <fstream>
 #include <map>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,11 +19,15 @@
 
 namespace {
 
-// The grammar's rules, by their numbers; the start rule follows them.
 struct Rule {
   std::string left;
   std::vector<std::string> right;
   bool passes;
+};
+
+struct Grammar {
+  std::vector<Rule> rules;  // by their numbers; the start rule is the last one
+  std::set<std::string> nonterminals;
 };
 
 // A rule with the dot before the symbol at that index.
@@ -32,11 +39,9 @@ struct State {
   std::map<std::string, size_t> next;
 };
 
-const std::string kEnd = "END";
+using States = std::vector<State>;
 
-std::vector<Rule> rules;
-std::set<std::string> nonterminals;
-std::vector<State> states;
+const std::string kEnd = "END";
 
 std::vector<std::string> Words(const char *text) {
   std::istringstream stream(text);
@@ -68,18 +73,18 @@ int LevelOf(const Rule &rule) {
   return level;
 }
 
-const std::string *SymbolAt(const Item &item) {
-  const std::vector<std::string> &right = rules[item.first].right;
+const std::string *SymbolAt(const Grammar &grammar, const Item &item) {
+  const std::vector<std::string> &right = grammar.rules[item.first].right;
   return item.second < right.size() ? &right[item.second] : nullptr;
 }
 
-ItemSet Closure(ItemSet items) {
+ItemSet Closure(const Grammar &grammar, ItemSet items) {
   std::vector<Item> open(items.begin(), items.end());
   while (!open.empty()) {
-    const std::string *symbol = SymbolAt(open.back());
+    const std::string *symbol = SymbolAt(grammar, open.back());
     open.pop_back();
-    for (size_t i = 0; symbol != nullptr && i < rules.size(); ++i) {
-      if (rules[i].left == *symbol && items.insert({i, 0}).second) {
+    for (size_t i = 0; symbol != nullptr && i < grammar.rules.size(); ++i) {
+      if (grammar.rules[i].left == *symbol && items.insert({i, 0}).second) {
         open.push_back({i, 0});
       }
     }
@@ -87,7 +92,8 @@ ItemSet Closure(ItemSet items) {
   return items;
 }
 
-size_t StateOf(const ItemSet &items) {
+// The index of the state of the items, which is added when it is new.
+size_t StateOf(States &states, const ItemSet &items) {
   for (size_t i = 0; i < states.size(); ++i) {
     if (states[i].items == items) {
       return i;
@@ -97,26 +103,28 @@ size_t StateOf(const ItemSet &items) {
   return states.size() - 1;
 }
 
-void MakeStates() {
-  StateOf(Closure({{rules.size() - 1, 0}}));
+States StatesOf(const Grammar &grammar) {
+  States states;
+  StateOf(states, Closure(grammar, {{grammar.rules.size() - 1, 0}}));
   for (size_t i = 0; i < states.size(); ++i) {
     std::map<std::string, ItemSet> kernels;
     for (const Item &item : states[i].items) {
-      if (const std::string *symbol = SymbolAt(item)) {
+      if (const std::string *symbol = SymbolAt(grammar, item)) {
         kernels[*symbol].insert({item.first, item.second + 1});
       }
     }
     for (const auto &[symbol, kernel] : kernels) {
-      const size_t target = StateOf(Closure(kernel));
+      const size_t target = StateOf(states, Closure(grammar, kernel));
       states[i].next[symbol] = target;
     }
   }
+  return states;
 }
 
-std::vector<size_t> CompleteIn(const State &state) {
+std::vector<size_t> CompleteIn(const Grammar &grammar, const State &state) {
   std::vector<size_t> complete;
   for (const Item &item : state.items) {
-    if (SymbolAt(item) == nullptr) {
+    if (SymbolAt(grammar, item) == nullptr) {
       complete.push_back(item.first);
     }
   }
@@ -125,10 +133,10 @@ std::vector<size_t> CompleteIn(const State &state) {
 
 // All operators bind to the left, so an operator is shifted over a complete operation only when
 // it binds tighter.
-void ResolveOperators() {
+void ResolveOperators(const Grammar &grammar, States &states) {
   for (State &state : states) {
-    for (const size_t complete : CompleteIn(state)) {
-      const int level = LevelOf(rules[complete]);
+    for (const size_t complete : CompleteIn(grammar, state)) {
+      const int level = LevelOf(grammar.rules[complete]);
       for (auto next = state.next.begin(); next != state.next.end();) {
         const int other = LevelOf(next->first);
         next = level != 0 && other != 0 && other <= level ? state.next.erase(next) : ++next;
@@ -138,7 +146,8 @@ void ResolveOperators() {
 }
 
 // The tokens that can follow a one-symbol production once it is reduced in `state`.
-std::set<std::string> FollowIn(size_t state, const Rule &rule) {
+std::set<std::string> FollowIn(const Grammar &grammar, const States &states, size_t state,
+                               const Rule &rule) {
   std::set<std::string> tokens;
   for (const State &below : states) {
     const auto here = below.next.find(rule.right[0]);
@@ -147,7 +156,7 @@ std::set<std::string> FollowIn(size_t state, const Rule &rule) {
       continue;
     }
     for (const auto &[symbol, target] : states[onward->second].next) {
-      if (nonterminals.count(symbol) == 0) {
+      if (grammar.nonterminals.count(symbol) == 0) {
         tokens.insert(symbol);
       }
     }
@@ -159,16 +168,11 @@ std::string TokenCode(const std::string &terminal) {
   return terminal[0] == '\'' ? terminal : "TOK_" + terminal;
 }
 
-[[noreturn]] void GiveUp(const char *why) {
-  std::fprintf(stderr, "grammar: %s\n", why);
-  std::exit(1);
-}
-
-std::vector<std::string> Terminals() {
+std::vector<std::string> TerminalsOf(const Grammar &grammar) {
   std::set<std::string> terminals;
-  for (const Rule &rule : rules) {
+  for (const Rule &rule : grammar.rules) {
     for (const std::string &symbol : rule.right) {
-      if (nonterminals.count(symbol) == 0) {
+      if (grammar.nonterminals.count(symbol) == 0) {
         terminals.insert(symbol);
       }
     }
@@ -176,130 +180,145 @@ std::vector<std::string> Terminals() {
   return {terminals.begin(), terminals.end()};
 }
 
-void ReadGrammar() {
+Grammar ReadGrammar() {
+  Grammar grammar;
   for (const GrammarProduction &row : kGrammar) {
-    if (row.production != static_cast<Production>(rules.size())) {
-      GiveUp("a production is out of order");
+    if (row.production != static_cast<Production>(grammar.rules.size())) {
+      throw std::runtime_error("a production is out of order");
     }
     const bool passes =
         std::find(std::begin(kPassing), std::end(kPassing), row.production) != std::end(kPassing);
-    rules.push_back({row.left, Words(row.right), passes});
+    grammar.rules.push_back({row.left, Words(row.right), passes});
   }
-  rules.push_back({"start", {"formula", kEnd}, false});
-  for (const Rule &rule : rules) {
-    nonterminals.insert(rule.left);
+  grammar.rules.push_back({"start", {"formula", kEnd}, false});
+  for (const Rule &rule : grammar.rules) {
+    grammar.nonterminals.insert(rule.left);
   }
+  return grammar;
 }
 
 // The action of a state on a terminal, as parser_tables.h has it.
-std::string ActionOn(size_t at, const std::string &terminal) {
+std::string ActionOn(const Grammar &grammar, const States &states, size_t at,
+                     const std::string &terminal) {
   const State &state = states[at];
   const auto next = state.next.find(terminal);
   if (next != state.next.end()) {
     return terminal == kEnd ? "kParserAccept" : std::to_string(next->second);
   }
-  const std::vector<size_t> complete = CompleteIn(state);
+  const std::vector<size_t> complete = CompleteIn(grammar, state);
   if (complete.size() < 2) {
     return "kParserRefuse";
   }
   for (const size_t index : complete) {
-    if (rules[index].right.size() != 1) {
-      GiveUp("two complete productions that are longer than one symbol");
+    const Rule &rule = grammar.rules[index];
+    if (rule.right.size() != 1) {
+      throw std::runtime_error("two complete productions that are longer than one symbol");
     }
-    if (FollowIn(at, rules[index]).count(terminal) != 0) {
+    if (FollowIn(grammar, states, at, rule).count(terminal) != 0) {
       return "kReduceFirst - " + std::to_string(index);
     }
   }
   return "kParserRefuse";
 }
 
-bool Decides(const State &state) {
-  return !state.next.empty() || CompleteIn(state).size() != 1;
+bool Decides(const Grammar &grammar, const State &state) {
+  return !state.next.empty() || CompleteIn(grammar, state).size() != 1;
 }
 
 // The successor of a state on a symbol. A production that only passes its one symbol on, in a state
 // that would reduce by it at once, is skipped.
-size_t GotoOf(size_t from, const std::string &symbol) {
+size_t GotoOf(const Grammar &grammar, const States &states, size_t from,
+              const std::string &symbol) {
   const auto next = states[from].next.find(symbol);
   if (next == states[from].next.end()) {
     return 0;
   }
   const State &target = states[next->second];
-  const std::vector<size_t> complete = CompleteIn(target);
-  if (Decides(target) || !rules[complete[0]].passes) {
+  const std::vector<size_t> complete = CompleteIn(grammar, target);
+  if (Decides(grammar, target) || !grammar.rules[complete[0]].passes) {
     return next->second;
   }
-  return GotoOf(from, rules[complete[0]].left);
+  return GotoOf(grammar, states, from, grammar.rules[complete[0]].left);
 }
 
-void PrintActions(const std::vector<std::string> &terminals) {
-  std::printf("constexpr int32_t kParserTokens[] = {");
+void WriteActions(std::ostream &out, const Grammar &grammar, const States &states) {
+  const std::vector<std::string> terminals = TerminalsOf(grammar);
+  out << "constexpr int32_t kParserTokens[] = {";
   for (const std::string &terminal : terminals) {
-    std::printf("%s, ", TokenCode(terminal).c_str());
+    out << TokenCode(terminal) << ", ";
   }
-  std::printf("};\nconstexpr int32_t kParserColumns = %zu;\n\n", terminals.size());
-  std::printf("constexpr int8_t kParserActions[][kParserColumns] = {\n");
+  out << "};\nconstexpr int32_t kParserColumns = " << terminals.size() << ";\n\n"
+      << "constexpr int8_t kParserActions[][kParserColumns] = {\n";
   for (size_t i = 0; i < states.size(); ++i) {
-    std::printf("  {");
+    out << "  {";
     for (const std::string &terminal : terminals) {
-      std::printf("%s, ", ActionOn(i, terminal).c_str());
+      out << ActionOn(grammar, states, i, terminal) << ", ";
     }
-    std::printf("},\n");
+    out << "},\n";
   }
-  std::printf("};\n\n");
+  out << "};\n\n";
 }
 
-void PrintStates() {
-  std::printf("constexpr uint8_t kParserNoProduction = 255;\n\n");
-  std::printf("struct ParserState {\n  bool decides;\n  uint8_t defaultProduction;\n};\n\n");
-  std::printf("constexpr ParserState kParserStates[] = {\n");
+void WriteStates(std::ostream &out, const Grammar &grammar, const States &states) {
+  out << "constexpr uint8_t kParserNoProduction = 255;\n\n"
+      << "struct ParserState {\n  bool decides;\n  uint8_t defaultProduction;\n};\n\n"
+      << "constexpr ParserState kParserStates[] = {\n";
   for (const State &state : states) {
-    const std::vector<size_t> complete = CompleteIn(state);
-    const std::string production =
-        complete.size() == 1 ? std::to_string(complete[0]) : "kParserNoProduction";
-    std::printf("  {%s, %s},\n", Decides(state) ? "true" : "false", production.c_str());
+    const std::vector<size_t> complete = CompleteIn(grammar, state);
+    out << "  {" << (Decides(grammar, state) ? "true" : "false") << ", "
+        << (complete.size() == 1 ? std::to_string(complete[0]) : "kParserNoProduction") << "},\n";
   }
-  std::printf("};\n\n");
+  out << "};\n\n";
 }
 
-void PrintGotos() {
-  const std::vector<std::string> inner(nonterminals.begin(), nonterminals.end());
-  std::printf("struct ParserProduction {\n  uint8_t length;\n  uint8_t left;\n};\n\n");
-  std::printf("constexpr ParserProduction kParserProductions[] = {\n");
-  for (const Rule &rule : rules) {
+void WriteGotos(std::ostream &out, const Grammar &grammar, const States &states) {
+  const std::vector<std::string> inner(grammar.nonterminals.begin(), grammar.nonterminals.end());
+  out << "struct ParserProduction {\n  uint8_t length;\n  uint8_t left;\n};\n\n"
+      << "constexpr ParserProduction kParserProductions[] = {\n";
+  for (const Rule &rule : grammar.rules) {
     const auto left = std::find(inner.begin(), inner.end(), rule.left);
-    std::printf("  {%zu, %td},\n", rule.right.size(), left - inner.begin());
+    out << "  {" << rule.right.size() << ", " << left - inner.begin() << "},\n";
   }
-  std::printf("};\n\nconstexpr uint8_t kParserGoto[][%zu] = {\n", inner.size());
+  out << "};\n\nconstexpr uint8_t kParserGoto[][" << inner.size() << "] = {\n";
   for (size_t i = 0; i < states.size(); ++i) {
-    std::printf("  {");
+    out << "  {";
     for (const std::string &symbol : inner) {
-      std::printf("%zu, ", GotoOf(i, symbol));
+      out << GotoOf(grammar, states, i, symbol) << ", ";
     }
-    std::printf("},\n");
+    out << "},\n";
   }
-  std::printf("};\n");
+  out << "};\n";
 }
 
-void PrintTables() {
-  if (states.size() >= 127) {
-    GiveUp("more states than an entry can hold");
+void MakeTables(const char *path) {
+  const Grammar grammar = ReadGrammar();
+  States states = StatesOf(grammar);
+  ResolveOperators(grammar, states);
+  if (states.size() > INT8_MAX - 1) {
+    throw std::runtime_error("more states than an entry can hold");
   }
-  std::printf("// Generated from grammar_rules.h by parser_generator.cpp.\n\n");
-  PrintActions(Terminals());
-  PrintStates();
-  PrintGotos();
+  std::ofstream out(path);
+  out << "// Generated from grammar_rules.h by parser_generator.cpp.\n\n";
+  WriteActions(out, grammar, states);
+  WriteStates(out, grammar, states);
+  WriteGotos(out, grammar, states);
+  if (!out.flush()) {
+    throw std::runtime_error("cannot write the tables");
+  }
 }
 
 }  // namespace
 
-int main(int argc, char **argv) {
-  if (argc != 2 || std::freopen(argv[1], "w", stdout) == nullptr) {
-    GiveUp("cannot write the tables");
+int main(int count, char **arguments) {
+  if (count != 2) {
+    std::fputs("usage: parser_generator FILE\n", stderr);
+    return 2;
   }
-  ReadGrammar();
-  MakeStates();
-  ResolveOperators();
-  PrintTables();
-  return 0;
+  try {
+    MakeTables(arguments[1]);
+    return 0;
+  } catch (const std::exception &failure) {
+    std::fprintf(stderr, "parser_generator: %s\n", failure.what());
+    return 1;
+  }
 }
