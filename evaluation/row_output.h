@@ -16,7 +16,7 @@ struct RowOutput {
   int64_t rows = 0;
   int64_t rowsWithValue = 0;
   uint32_t elementSize = 0;  // TEXT: of the end offset of a row's string
-  Owned<uint8_t *> chunks;   // owned as well: elements and then bits; null for direct results
+  Owned<uint8_t *> chunks;   // each owned: elements and then bits; null for direct results
   uint32_t chunkCount = 0;
   OwnedText text;  // until it is published
   uint32_t textUsed = 0;

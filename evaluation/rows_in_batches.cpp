@@ -200,6 +200,29 @@ void PushFormula(Runner &runner, const Expression *expression, Batch *top) {
   top->own = own;
 }
 
+// Returns the words up to the code of an argument, or to what follows it: one that the function
+// does not declare is not computed and has no value.
+uint32_t BeginArgument(const Word *code, const ExprItem *function, int32_t place, Batch *&top) {
+  if (place < function->paramCount) {
+    return InstructionLength(code->instruction.operation);
+  }
+  SetNoValues(++top);
+  return static_cast<uint32_t>(code->instruction.operand);
+}
+
+// Pushes the frame of a call and returns the words up to the code to run next. A call without a
+// routine is complete: it has no value.
+uint32_t BeginBatchCall(Word *code, Batch *&top) {
+  const ExprItem *function = code[kCallRow].row;
+  (++top)->call = code;
+  if (function == nullptr) {
+    SetNoValues(top);
+    return code[kCallShape].call.length;
+  }
+  return code[kCallShape].call.arguments == 0 ? uint32_t{kCallEnd}
+                                              : BeginArgument(code, function, 0, top);
+}
+
 // Runs a program; its value becomes the first one on the stack.
 void RunFormula(Runner &runner, const PlannedFormula &formula, Batch *stack) {
   BatchRun &run = runner.run;
@@ -259,21 +282,11 @@ void RunFormula(Runner &runner, const PlannedFormula &formula, Batch *stack) {
         BatchSubtractDates(run, top, top + 1);
         break;
       case Operation::Call:
-        (++top)->call = code;
-        if (code[kCallRow].row == nullptr) {
-          SetNoValues(top);
-          length = code[kCallShape].call.length;
-        } else if (code[kCallShape].call.arguments > 0 && code[kCallRow].row->paramCount <= 0) {
-          SetNoValues(++top);
-          length = static_cast<uint32_t>(instruction.operand);
-        }
+        length = BeginBatchCall(code, top);
         break;
       case Operation::NextArgument: {
-        const Word *call = (top - instruction.detail)->call;
-        if (instruction.detail >= call[kCallRow].row->paramCount) {
-          SetNoValues(++top);
-          length = static_cast<uint32_t>(instruction.operand);
-        }
+        const Batch *frame = top - instruction.detail;
+        length = BeginArgument(code, frame->call[kCallRow].row, instruction.detail, top);
         break;
       }
       case Operation::Invoke:

@@ -1,4 +1,6 @@
 // The built-in functions on dates. Each is an OrlFunctionProc.
+#include <functional>
+
 #include "dates/date_arithmetic.h"
 #include "dates/date_text.h"
 #include "dates/stored_date.h"
@@ -15,9 +17,9 @@ DateTimeParts PartsOf(const NumberValue &date) {
   return parts;
 }
 
-// The Number that `number` computes from the date's parts; null for a null date.
-bool NumberOfDate(int32_t resultSize, void **result, void *const *args,
-                  int32_t (*number)(const DateTimeParts &)) {
+// The part of a date that `number` is, or what it computes from the parts; null for a null date.
+template <auto number>
+bool ReturnNumberOfDate(int32_t resultSize, void **result, void *const *args) {
   NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
     return false;
@@ -26,13 +28,13 @@ bool NumberOfDate(int32_t resultSize, void **result, void *const *args,
   if (date.length == 0) {
     WRENNumSetNull(target);
   } else {
-    WRENNumFromInt(target, number(PartsOf(date)));
+    WRENNumFromInt(target, std::invoke(number, PartsOf(date)));
   }
   return true;
 }
 
 // The month's first or last day at midnight; null for a null date.
-bool DayOfMonth(int32_t resultSize, void **result, void *const *args, MonthDay day) {
+bool ReturnDayOfMonth(int32_t resultSize, void **result, void *const *args, MonthDay day) {
   NumberValue *target = NumberResult(result, resultSize);
   if (target == nullptr) {
     return false;
@@ -50,67 +52,52 @@ bool DayOfMonth(int32_t resultSize, void **result, void *const *args, MonthDay d
 
 int32_t FUNDateYear(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                     const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args, [](const DateTimeParts &date) { return date.year; })
-             ? 1
-             : 0;
+  return ReturnNumberOfDate<&DateTimeParts::year>(resultSize, result, args) ? 1 : 0;
 }
 
 int32_t FUNDateMonth(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                      const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args,
-                      [](const DateTimeParts &date) { return date.month; })
-             ? 1
-             : 0;
+  return ReturnNumberOfDate<&DateTimeParts::month>(resultSize, result, args) ? 1 : 0;
 }
 
 int32_t FUNDateDay(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args, [](const DateTimeParts &date) { return date.day; })
-             ? 1
-             : 0;
+  return ReturnNumberOfDate<&DateTimeParts::day>(resultSize, result, args) ? 1 : 0;
 }
 
 int32_t FUNDateHour(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                     const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args, [](const DateTimeParts &date) { return date.hour; })
-             ? 1
-             : 0;
+  return ReturnNumberOfDate<&DateTimeParts::hour>(resultSize, result, args) ? 1 : 0;
 }
 
 int32_t FUNDateMinute(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                       const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args,
-                      [](const DateTimeParts &date) { return date.minute; })
-             ? 1
-             : 0;
+  return ReturnNumberOfDate<&DateTimeParts::minute>(resultSize, result, args) ? 1 : 0;
 }
 
 int32_t FUNDateSecond(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                       const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args,
-                      [](const DateTimeParts &date) { return date.second; })
-             ? 1
-             : 0;
+  return ReturnNumberOfDate<&DateTimeParts::second>(resultSize, result, args) ? 1 : 0;
 }
 
 int32_t FUNDateQuarter(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                        const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args, QuarterOf) ? 1 : 0;
+  return ReturnNumberOfDate<QuarterOf>(resultSize, result, args) ? 1 : 0;
 }
 
 int32_t FUNWeekDay(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                    const char * /*name*/, void **args) {
-  return NumberOfDate(resultSize, result, args, WeekDayOf) ? 1 : 0;
+  return ReturnNumberOfDate<WeekDayOf>(resultSize, result, args) ? 1 : 0;
 }
 
 int32_t FUNDateMonthBegin(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                           const char * /*name*/, void **args) {
-  return DayOfMonth(resultSize, result, args, MonthDay::First) ? 1 : 0;
+  return ReturnDayOfMonth(resultSize, result, args, MonthDay::First) ? 1 : 0;
 }
 
 int32_t FUNDateMonthEnd(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,
                         const char * /*name*/, void **args) {
-  return DayOfMonth(resultSize, result, args, MonthDay::Last) ? 1 : 0;
+  return ReturnDayOfMonth(resultSize, result, args, MonthDay::Last) ? 1 : 0;
 }
 
 int32_t FUNDateAddDay(EC /*ec*/, HEXP /*exp*/, int32_t resultSize, void **result,

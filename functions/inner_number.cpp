@@ -1,4 +1,6 @@
 // Functions on numbers and dates in unpacked values.
+#include <functional>
+
 #include "functions/arguments.h"
 #include "functions/date_parts.h"
 #include "functions/date_value.h"
@@ -45,15 +47,15 @@ bool DateArgument(InnerCall call, DateTimeParts *parts) {
   return true;
 }
 
-// The number that `number` computes from the parts of a date; null for a null date.
-template <class Number>
-void NumberOfDate(InnerCall call, Number number) {
+// The part of a date that `number` is, or what it computes from the parts; null for a null date.
+template <auto number>
+void NumberOfDate(InnerCall call) {
   DateTimeParts parts;
   if (!DateArgument(call, &parts)) {
     SetNull(call.Result());
     return;
   }
-  SetNarrow(call.Result(), {number(parts), 0});
+  SetNarrow(call.Result(), {std::invoke(number, parts), 0});
 }
 
 // The month's first or last day at midnight; null for a null date.
@@ -109,28 +111,28 @@ void InnerNumberIff(InnerCall call) {
 }
 
 void InnerDateYear(InnerCall call) {
-  NumberOfDate(call, [](const DateTimeParts &date) { return date.year; });
+  NumberOfDate<&DateTimeParts::year>(call);
 }
 void InnerDateMonth(InnerCall call) {
-  NumberOfDate(call, [](const DateTimeParts &date) { return date.month; });
+  NumberOfDate<&DateTimeParts::month>(call);
 }
 void InnerDateDay(InnerCall call) {
-  NumberOfDate(call, [](const DateTimeParts &date) { return date.day; });
+  NumberOfDate<&DateTimeParts::day>(call);
 }
 void InnerDateHour(InnerCall call) {
-  NumberOfDate(call, [](const DateTimeParts &date) { return date.hour; });
+  NumberOfDate<&DateTimeParts::hour>(call);
 }
 void InnerDateMinute(InnerCall call) {
-  NumberOfDate(call, [](const DateTimeParts &date) { return date.minute; });
+  NumberOfDate<&DateTimeParts::minute>(call);
 }
 void InnerDateSecond(InnerCall call) {
-  NumberOfDate(call, [](const DateTimeParts &date) { return date.second; });
+  NumberOfDate<&DateTimeParts::second>(call);
 }
 void InnerDateQuarter(InnerCall call) {
-  NumberOfDate(call, [](const DateTimeParts &date) { return QuarterOf(date); });
+  NumberOfDate<QuarterOf>(call);
 }
 void InnerWeekDay(InnerCall call) {
-  NumberOfDate(call, [](const DateTimeParts &date) { return WeekDayOf(date); });
+  NumberOfDate<WeekDayOf>(call);
 }
 void InnerDateMonthBegin(InnerCall call) {
   DayOfMonth(call, MonthDay::First);

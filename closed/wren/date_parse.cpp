@@ -13,8 +13,8 @@
 // These forms are strict because the scanner tries every run of digits, points and signs as a date:
 // «2-1.5», «1.5-0.5» and «12/31/1999-1» are arithmetic.
 //
-// Each routine reads its part at the cursor, moves past it and returns 1; on 0 the whole attempt
-// has failed. Each attempt scans the text once, and the number of attempts is fixed.
+// Each routine reads its part at the cursor, moves past it and returns true; on false the whole
+// attempt has failed. Each attempt scans the text once, and the number of attempts is fixed.
 #include <algorithm>
 #include <cstring>
 #include <string_view>
