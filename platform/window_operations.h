@@ -3,6 +3,7 @@
 #ifndef ORLI11_PLATFORM_WINDOW_OPERATIONS_H
 #define ORLI11_PLATFORM_WINDOW_OPERATIONS_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -68,6 +69,34 @@ int32_t FindRowByPrefix(int32_t count, intptr_t after, const char *prefix, TextO
   }
   return ORL_LB_ERR;
 }
+
+// ---- Dialogs ------------------------------------------------------------------------------------
+
+// What a window is: a dialog, or a control in one.
+template <class Dialog, class Control>
+struct WindowPlace {
+  Dialog *dialog = nullptr;    // null for an unknown window
+  Control *control = nullptr;  // null for a dialog
+};
+
+// Keeps a dialog's record while its procedures run. The last hold of a dialog that was destroyed
+// meanwhile releases it.
+template <class Dialog, void (*kRelease)(Dialog *)>
+class DialogHold {
+ public:
+  explicit DialogHold(Dialog *dialog) : dialog_(dialog) { ++dialog_->holds; }
+  ~DialogHold() {
+    assert(dialog_->holds > 0);
+    if (--dialog_->holds == 0 && dialog_->gone) {
+      kRelease(dialog_);
+    }
+  }
+  DialogHold(const DialogHold &) = delete;
+  DialogHold &operator=(const DialogHold &) = delete;
+
+ private:
+  Dialog *dialog_;
+};
 
 // ---- Operations ---------------------------------------------------------------------------------
 

@@ -2,9 +2,6 @@
 #include "windows/headless/state.h"
 
 #include <algorithm>
-#include <cassert>
-
-#include "platform/window_operations.h"
 
 namespace headless {
 
@@ -30,20 +27,6 @@ OrlRect PixelRect(int32_t x, int32_t y, int32_t width, int32_t height) {
 
 void Move(OrlRect *rect, int32_t x, int32_t y) {
   *rect = {rect->left + x, rect->top + y, rect->right + x, rect->bottom + y};
-}
-
-void FreeDialog(Dialog *dialog) {
-  const Owned<Dialog> record(dialog);
-  const Owned<Control> controls(dialog->controls);
-  for (int32_t i = 0; i < dialog->controlCount; ++i) {
-    FreeText(&dialog->controls[i].text);
-    FreeRows(&dialog->controls[i].list);
-  }
-  while (dialog->timers != nullptr) {
-    KillTimerOf(dialog, dialog->timers->id);
-  }
-  FreeText(&dialog->name);
-  FreeText(&dialog->title);
 }
 
 bool FillControls(Dialog *dialog, const OrlDialogTemplate *model) {
@@ -148,11 +131,18 @@ void LeaveForParent(const Dialog *dialog) {
 
 }  // namespace
 
-Hold::~Hold() {
-  assert(dialog->holds > 0);
-  if (--dialog->holds == 0 && dialog->gone) {
-    FreeDialog(dialog);
+void FreeDialog(Dialog *dialog) {
+  const Owned<Dialog> record(dialog);
+  const Owned<Control> controls(dialog->controls);
+  for (int32_t i = 0; i < dialog->controlCount; ++i) {
+    FreeText(&dialog->controls[i].text);
+    FreeRows(&dialog->controls[i].list);
   }
+  while (dialog->timers != nullptr) {
+    KillTimerOf(dialog, dialog->timers->id);
+  }
+  FreeText(&dialog->name);
+  FreeText(&dialog->title);
 }
 
 Dialog *NewDialog(const OrlDialogTemplate *model, OrlWindow parent, OrlWindowProc proc,

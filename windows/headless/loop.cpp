@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "engine/host_call.h"
-#include "platform/window_operations.h"
 
 namespace headless {
 

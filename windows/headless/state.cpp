@@ -5,8 +5,6 @@
 #include <cassert>
 #include <cstring>
 
-#include "platform/window_operations.h"
-
 namespace headless {
 
 Session session;

@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "platform/owned.h"
+#include "platform/window_operations.h"
 #include "windows/headless/headless.h"
 
 namespace headless {
@@ -135,13 +136,9 @@ struct Session {
 
 extern Session session;
 
-struct Hold {
-  Dialog *dialog;
-  explicit Hold(Dialog *held) : dialog(held) { ++dialog->holds; }
-  ~Hold();
-  Hold(const Hold &) = delete;
-  Hold &operator=(const Hold &) = delete;
-};
+// Frees the record of a dialog that is not linked.
+void FreeDialog(Dialog *dialog);
+using Hold = DialogHold<Dialog, FreeDialog>;
 
 // The font of all dialogs, and the frame around a client area.
 constexpr OrlTextMetrics kFont = {13, 0, 6};
@@ -168,10 +165,7 @@ int32_t CopyOut(const char *text, char *buffer, int32_t size);
 
 // ---- Windows (state.cpp)
 
-struct Place {
-  Dialog *dialog;    // null for an unknown window
-  Control *control;  // null for a dialog
-};
+using Place = WindowPlace<Dialog, Control>;
 // The handle of a dialog (control 0) or of its control at `control` - 1.
 OrlWindow HandleOf(uint64_t serial, uint64_t control);
 // Lookups: null for an unknown or destroyed window.

@@ -1,7 +1,6 @@
 // The table of operations, and the session.
 #include <algorithm>
 
-#include "platform/window_operations.h"
 #include "windows/headless/state.h"
 
 namespace headless {

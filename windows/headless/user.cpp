@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/window_operations.h"
 #include "windows/headless/state.h"
 
 using headless::Control;

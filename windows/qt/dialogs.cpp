@@ -9,10 +9,8 @@
 #include <QTimerEvent>
 #include <QWindow>
 #include <algorithm>
-#include <cassert>
 #include <unordered_map>
 
-#include "platform/window_operations.h"
 #include "windows/qt/state.h"
 #include "windows/qt/text_map.h"
 
@@ -290,11 +288,8 @@ void KeepAbove(QWidget *widget, OrlWindow parent) {
   }
 }
 
-Hold::~Hold() {
-  assert(dialog->holds > 0);
-  if (--dialog->holds == 0 && dialog->gone) {
-    dialog->widget->deleteLater();
-  }
+void ReleaseDialog(Dialog *dialog) {
+  dialog->widget->deleteLater();
 }
 
 bool CanNest() {

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/window_operations.h"
 #include "windows/qt/state.h"
 #include "windows/qt/text_map.h"
 

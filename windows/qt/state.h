@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "orli11/windows.h"
+#include "platform/window_operations.h"
 
 class QEventLoop;
 class QKeyEvent;
@@ -105,22 +106,13 @@ struct Dialog {
   std::vector<std::unique_ptr<Control>> controls;  // in tab order
 };
 
-// Keeps a dialog's record and widgets while its procedures run. What was destroyed meanwhile is
-// deleted after the last hold ends, by the event loop.
-struct Hold {
-  Dialog *dialog;
-  explicit Hold(Dialog *held) : dialog(held) { ++dialog->holds; }
-  ~Hold();
-  Hold(const Hold &) = delete;
-  Hold &operator=(const Hold &) = delete;
-};
+// Lets the event loop delete the record and the widgets of a dialog.
+void ReleaseDialog(Dialog *dialog);
+using Hold = DialogHold<Dialog, ReleaseDialog>;
 
 // ---- Handles (handles.cpp)
 
-struct Place {
-  Dialog *dialog = nullptr;    // null for an unknown window
-  Control *control = nullptr;  // null for a dialog
-};
+using Place = WindowPlace<Dialog, Control>;
 Place Find(OrlWindow window);
 Dialog *FindDialog(OrlWindow window);
 Control *FindControl(OrlWindow window);

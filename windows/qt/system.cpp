@@ -8,7 +8,6 @@
 #include <cstring>
 
 #include "orli11/qt_windows.h"
-#include "platform/window_operations.h"
 #include "windows/qt/state.h"
 #include "windows/qt/text_map.h"
 
