@@ -112,21 +112,55 @@ std::string Lower(std::string text) {
   return text;
 }
 
-struct PlainRow {
-  std::string text;
-  intptr_t data;
-};
+// A list as its rows and the current one: what each message must return, -1 for a row that does not
+// exist.
+struct PlainList {
+  struct Row {
+    std::string text;
+    intptr_t data;
+  };
+  bool sorted;
+  std::vector<Row> rows = {};
+  intptr_t current = -1;
 
-int32_t PlainFind(const std::vector<PlainRow> &rows, intptr_t previous, const std::string &prefix) {
-  const auto count = static_cast<intptr_t>(rows.size());
-  const intptr_t start = previous < 0 || previous >= count ? 0 : previous + 1;
-  for (intptr_t row = start; row < start + count; ++row) {
-    if (Lower(rows[static_cast<size_t>(row % count)].text).rfind(Lower(prefix), 0) == 0) {
-      return static_cast<int32_t>(row % count);
-    }
+  intptr_t Count() const { return static_cast<intptr_t>(rows.size()); }
+  bool Has(intptr_t row) const { return row >= 0 && row < Count(); }
+  const Row &At(intptr_t row) const { return rows[static_cast<size_t>(row)]; }
+
+  intptr_t Add(const std::string &text) {
+    intptr_t place = Count();
+    while (sorted && place > 0 && Lower(At(place - 1).text) > Lower(text)) --place;
+    return Insert(place, text);
   }
-  return -1;
-}
+  intptr_t Insert(intptr_t row, const std::string &text) {
+    if (row > Count()) return -1;
+    const intptr_t place = row == -1 ? Count() : row;
+    rows.insert(rows.begin() + place, {text, 0});
+    current += current >= place ? 1 : 0;
+    return place;
+  }
+  intptr_t Delete(intptr_t row) {
+    if (!Has(row)) return -1;
+    rows.erase(rows.begin() + row);
+    current = current == row ? -1 : current - (current > row ? 1 : 0);
+    return Count();
+  }
+  intptr_t Select(intptr_t row) {
+    if (Has(row) || row == -1) current = row;
+    return Has(row) ? row : -1;
+  }
+  intptr_t Find(intptr_t previous, const std::string &prefix) const {
+    const intptr_t start = Has(previous) ? previous + 1 : 0;
+    for (intptr_t row = start; row < start + Count(); ++row) {
+      if (Lower(At(row % Count()).text).rfind(Lower(prefix), 0) == 0) return row % Count();
+    }
+    return -1;
+  }
+  intptr_t SetData(intptr_t row, intptr_t data) {
+    if (Has(row)) rows[static_cast<size_t>(row)].data = data;
+    return Has(row) ? 1 : -1;
+  }
+};
 
 TEST_F(QtList, MessagesAgreeWithAModel) {
   std::mt19937 random(20240607);
@@ -134,76 +168,57 @@ TEST_F(QtList, MessagesAgreeWithAModel) {
     return static_cast<intptr_t>(random() % static_cast<uint64_t>(end));
   };
   for (const int32_t id : {kPlain, kSorted}) {
-    std::vector<PlainRow> rows;
-    intptr_t current = -1;
+    PlainList model = {id == kSorted};
     WidgetOf(id)->setFocus();
-    for (int step = 0; step < 4000; ++step) {
-      const auto count = static_cast<intptr_t>(rows.size());
-      const intptr_t row = below(count + 3) - 1;  // may be one that is not there
-      const bool there = row >= 0 && row < count;
+    for (int step = 0; step < 4000 && !HasFailure(); ++step) {
+      const intptr_t row = below(model.Count() + 3) - 1;  // may be one that does not exist
       std::string text;
       for (intptr_t left = below(4); left > 0; --left) text += "abcABC"[below(6)];
       SCOPED_TRACE("list " + std::to_string(id) + " step " + std::to_string(step) + " row " +
-                   std::to_string(row) + " of " + std::to_string(count) + " '" + text + "'");
-      const auto insert = [&](intptr_t place) {
-        rows.insert(rows.begin() + place, {text, 0});
-        current += current >= place ? 1 : 0;
+                   std::to_string(row) + " of " + std::to_string(model.Count()) + " '" + text +
+                   "'");
+      const auto send = [&](uint32_t message, const void *data = nullptr) {
+        return Message(id, message, row, data);
       };
+      const bool exists = model.Has(row);
       switch (below(9)) {
         case 0: {
-          intptr_t place = count;
-          while (id == kSorted && place > 0 &&
-                 Lower(rows[static_cast<size_t>(place) - 1].text) > Lower(text)) {
-            --place;
-          }
-          ASSERT_EQ(place, Message(id, below(2) == 0 ? ORL_LB_ADDSTRING : ORL_CB_ADDSTRING, 0,
-                                   text.c_str()));
-          insert(place);
+          const uint32_t message = below(2) == 0 ? ORL_LB_ADDSTRING : ORL_CB_ADDSTRING;
+          EXPECT_EQ(model.Add(text), Message(id, message, 0, text.c_str()));
           break;
         }
-        case 1:
-          if (id == kPlain) {  // a sorted list stays so
-            const bool can = row <= count;
-            ASSERT_EQ(!can        ? -1
-                      : row == -1 ? count
-                                  : row,
-                      Message(id, ORL_LB_INSERTSTRING, row, text.c_str()));
-            if (can) insert(row == -1 ? count : row);
+        case 1:  // not in a sorted list, which must remain sorted
+          if (id == kPlain) {
+            EXPECT_EQ(model.Insert(row, text), send(ORL_LB_INSERTSTRING, text.c_str()));
           }
           break;
         case 2:
-          ASSERT_EQ(there ? count - 1 : -1, Message(id, ORL_LB_DELETESTRING, row));
-          if (there) {
-            rows.erase(rows.begin() + row);
-            current = current == row ? -1 : current - (current > row ? 1 : 0);
-          }
+          EXPECT_EQ(model.Delete(row), send(ORL_LB_DELETESTRING));
           break;
         case 3:
-          ASSERT_EQ(there ? row : -1, Message(id, ORL_LB_SETCURSEL, row));
-          if (there || row == -1) current = row;
+          EXPECT_EQ(model.Select(row), send(ORL_LB_SETCURSEL));
           break;
         case 4:
-          ASSERT_EQ(PlainFind(rows, row, text), Message(id, ORL_LB_FINDSTRING, row, text.c_str()));
+          EXPECT_EQ(model.Find(row, text), send(ORL_LB_FINDSTRING, text.c_str()));
           break;
         case 5:
-          ASSERT_EQ(there ? 1 : -1,
-                    Message(id, ORL_LB_SETITEMDATA, row, reinterpret_cast<void *>(step)));
-          if (there) rows[static_cast<size_t>(row)].data = step;
+          EXPECT_EQ(model.SetData(row, step),
+                    send(ORL_LB_SETITEMDATA, reinterpret_cast<void *>(step)));
           break;
         case 6:
-          ASSERT_EQ(there ? 0 : -1, Message(id, ORL_LB_SETTOPINDEX, row));
+          EXPECT_EQ(exists ? 0 : -1, send(ORL_LB_SETTOPINDEX));
           break;
         case 7:
-          Message(id, 388, row);  // LB_RESETCONTENT, which no list here knows
+          send(388);  // LB_RESETCONTENT, which no list here knows
           break;
         default:
           QApplication::processEvents();
       }
-      ASSERT_EQ(current, Message(id, ORL_LB_GETCURSEL, 0));
-      ASSERT_EQ(static_cast<intptr_t>(rows.size()), Message(id, ORL_LB_GETCOUNT, 0));
-      if (there && row < static_cast<intptr_t>(rows.size())) {
-        ASSERT_EQ(rows[static_cast<size_t>(row)].text, RowText(id, row));
-        ASSERT_EQ(rows[static_cast<size_t>(row)].data, Message(id, ORL_LB_GETITEMDATA, row));
+      EXPECT_EQ(model.current, Message(id, ORL_LB_GETCURSEL, 0));
+      ASSERT_EQ(model.Count(), Message(id, ORL_LB_GETCOUNT, 0));
+      if (model.Has(row)) {
+        EXPECT_EQ(model.At(row).text, RowText(id, row));
+        EXPECT_EQ(model.At(row).data, send(ORL_LB_GETITEMDATA));
       }
     }
   }
