@@ -182,16 +182,7 @@ void ListValues(EC, const char *, void *list, int32_t, int32_t *more) {
   *more = Below(2);
 }
 
-TEST(QtStorm, RandomEvents) {
-  static int count = 1;
-  static char name[] = "storm_test", *arguments[] = {name, nullptr};
-  static const auto *const application = new QApplication(count, arguments);
-  (void)application;
-  QLoggingCategory::setFilterRules("*.warning=false");  // of a platform without a screen
-  const char *wanted = std::getenv("ORLI_EVENTS");
-  left = wanted == nullptr ? 8000 : std::atoi(wanted);
-  const char *first = std::getenv("ORLI_SEED");
-  ORLSetWindowSystem(ORLQtWindowSystem());
+OrlEditorHost StormHost() {
   OrlEditorHost host = {};
   host.size = sizeof host;
   host.MaySave = [](void *, OrlWindow, HEXP, const char *, const char *) {
@@ -210,6 +201,34 @@ TEST(QtStorm, RandomEvents) {
     ++previews;
     ORLGetWindowSystem()->SendMessage(list, ORL_LB_ADDSTRING, 0, reinterpret_cast<intptr_t>(text));
   };
+  return host;
+}
+
+// Each formula that the editor has stored parses again.
+void CheckStoredFormulas(EC ec, uint32_t seed) {
+  for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
+    HEXP exp = ORLHEXPFromOrdinal(ec, i);
+    uint16_t type = 0;
+    FormulaError error = {};
+    const HEXP parsed =
+        ORLParseFormula(ec, exp, TextOf(ec, exp).c_str(), NameOf(ec, exp).c_str(), &error, &type);
+    // A formula that others call may become a range of its type, and then they cannot call it.
+    EXPECT_TRUE(parsed == exp || (parsed == nullptr && error.id == ORL_ERR_IMBEDDEDRANGE))
+        << "seed " << seed << ", message " << error.id << ": " << TextOf(ec, exp);
+  }
+}
+
+TEST(QtStorm, RandomEvents) {
+  static int count = 1;
+  static char name[] = "storm_test", *arguments[] = {name, nullptr};
+  static const auto *const application = new QApplication(count, arguments);
+  (void)application;
+  QLoggingCategory::setFilterRules("*.warning=false");  // of a platform without a screen
+  const char *wanted = std::getenv("ORLI_EVENTS");
+  left = wanted == nullptr ? 8000 : std::atoi(wanted);
+  const char *first = std::getenv("ORLI_SEED");
+  ORLSetWindowSystem(ORLQtWindowSystem());
+  OrlEditorHost host = StormHost();
   ORLGetWindowSystem()->SetEditorHost(&host);
   for (uint32_t seed = first == nullptr ? 1 : static_cast<uint32_t>(std::atoi(first)); left > 0;
        ++seed) {
@@ -226,16 +245,7 @@ TEST(QtStorm, RandomEvents) {
       ORLBuildExpressionOfType(nullptr, ec, ORLHEXPFromName(ec, "F1"), 0, Below(3), "");
       QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
-    for (int32_t i = 0; i < ORLGetExpressionCount(ec); ++i) {
-      HEXP exp = ORLHEXPFromOrdinal(ec, i);
-      uint16_t type = 0;
-      FormulaError error = {};
-      const HEXP parsed =
-          ORLParseFormula(ec, exp, TextOf(ec, exp).c_str(), NameOf(ec, exp).c_str(), &error, &type);
-      // A formula that others call may become a range of its type, and then they cannot call it.
-      EXPECT_TRUE(parsed == exp || (parsed == nullptr && error.id == ORL_ERR_IMBEDDEDRANGE))
-          << "seed " << seed << ", message " << error.id << ": " << TextOf(ec, exp);
-    }
+    CheckStoredFormulas(ec, seed);
   }
   EXPECT_GT(shownPages, 0);
   EXPECT_GT(changes, 0);
