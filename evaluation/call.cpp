@@ -1,5 +1,6 @@
 // Calls of functions, the host's and the built-in ones.
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "engine/items.h"
@@ -169,6 +170,7 @@ bool BeginCall(Evaluation &run, Word *code, Value *frame) {
 }
 
 bool WantsArgument(Evaluation &run, Value *frame, uint32_t place, const Word *code, Value *value) {
+  assert(frame->form == ValueForm::Frame);
   const Word *call = frame->frame.call;
   CheckRow(run, frame);
   const ExprItem *row = frame->frame.row;
@@ -184,6 +186,7 @@ bool WantsArgument(Evaluation &run, Value *frame, uint32_t place, const Word *co
 }
 
 void InvokeCall(Evaluation &run, Value *frame, uint32_t count) {
+  assert(frame->form == ValueForm::Frame);
   const Word *call = frame->frame.call;
   Value *args = frame + 1;
   const uint32_t textsUsed = frame->textsUsed;

@@ -1,4 +1,5 @@
 // Compiles a tree to a program, without recursion: down to each leaf and up through the parents.
+#include <cassert>
 #include <cstring>
 
 #include "engine/context.h"
@@ -366,6 +367,7 @@ void CompileNodes(Compiler &compiler, ExprNode *node) {
 }  // namespace
 
 Program *CompileTree(const ExprNode *tree) {
+  assert(tree != nullptr && NodeParent(tree) == nullptr);
   Compiler compiler;
   compiler.root = tree;
   compiler.outOfMemory = false;

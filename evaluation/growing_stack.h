@@ -2,6 +2,7 @@
 #ifndef ORLI11_EVALUATION_GROWING_STACK_H
 #define ORLI11_EVALUATION_GROWING_STACK_H
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -22,6 +23,7 @@ struct GrowingStack {
 // Grows to at least `wanted` elements; false when out of memory. The elements may move.
 template <class T, uint32_t N>
 [[gnu::noinline]] bool StackGrow(GrowingStack<T, N> &stack, uint64_t wanted) {
+  assert(wanted > stack.capacity);
   const uint64_t doubled = uint64_t{stack.capacity} * 2;
   const uint64_t capacity = doubled > wanted ? doubled : wanted;
   Owned<T> grown = Allocate<T>(capacity);

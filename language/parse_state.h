@@ -2,6 +2,7 @@
 #ifndef ORLI11_LANGUAGE_PARSE_STATE_H
 #define ORLI11_LANGUAGE_PARSE_STATE_H
 
+#include <cassert>
 #include <cstdint>
 #include <string_view>
 
@@ -88,6 +89,7 @@ inline std::string_view TokenText(const ParseState &state, const DraftNode &leaf
 
 // The name in the token of a call, without the blanks and the parenthesis.
 inline std::string_view CallName(std::string_view token) {
+  assert(!token.empty());
   if (token.back() == '(') {
     token.remove_suffix(1);
     token.remove_suffix(token.size() - 1 - token.find_last_not_of(' '));

@@ -1,5 +1,7 @@
 #include "language/types.h"
 
+#include <cassert>
+
 #include "engine/context.h"
 #include "engine/expressions.h"
 #include "engine/items.h"
@@ -402,6 +404,7 @@ void TypeCall(ParseState &state, DraftNode &node, const CallDraft &call) {
 }
 
 int16_t TypeOfSet(ParseState &state, uint32_t first, uint32_t count) {
+  assert(count > 0);
   if ((state.context->flags & ORL_FLAG_RANGES) == 0) {
     SetError(state, ORL_ERR_SYNTAX, 0, 0);
     return kNoType;

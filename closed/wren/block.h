@@ -2,6 +2,7 @@
 #ifndef ORLI11_CLOSED_WREN_BLOCK_H
 #define ORLI11_CLOSED_WREN_BLOCK_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 
@@ -14,6 +15,7 @@ static_assert(sizeof(Block) == 16 && alignof(std::max_align_t) == 16);
 
 // WRENMemSize of a block that is not null.
 inline uint32_t BlockSize(const void *bytes) {
+  assert(bytes != nullptr);
   return (static_cast<const Block *>(bytes) - 1)->size;
 }
 
