@@ -109,6 +109,9 @@ bool CheckFirstRows(Session &session, Progress &progress, const SessionCheck &ch
   sample.ec = NewContext();
   sample.options = session.options;
   sample.table = session.table;
+  for (const CsvInput &input : session.csv.inputs) {  // messages name the files
+    sample.csv.inputs.emplace_back().source.path = input.source.path;
+  }
   std::string unused;
   return !ColumnsScan(session.csv, session.options, {false, kFewRows, 1}, sample.table, progress,
                       unused) ||

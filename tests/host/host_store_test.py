@@ -72,6 +72,13 @@ class Session(StoreCase):
             self.assertEqual(self.good("show", self.store, name), text + "\n")
         self.assertEqual(self.good("show", self.store, "a=b"), "'ä'\n")
 
+    def test_a_column_that_many_rows_lack_is_named(self):
+        self.define("net=amount - tax")
+        changed = self.folder / "changed.csv"
+        changed.write_text("amount,vat\n" + "10,0.5\n" * 1000)
+        self.refused(f"{self.store}: column tax is not in {changed}; it is needed by net",
+                     "eval", changed, "--store", self.store)
+
     def test_changes_at_once_wait_for_each_other(self):
         names = [f"f{i}" for i in range(12)]
         running = [subprocess.Popen([support.ORLI, "define", self.store, self.data, f"{name}=amount"])
