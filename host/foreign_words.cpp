@@ -19,11 +19,11 @@ constexpr std::string_view kEmpty =
     "the text of an empty value has no length: StrIFF(StrLength(NumberToStr(n, 0)), '', 'empty', "
     "'filled')";
 
-struct ForeignSign {
+struct SignHint {
   std::string_view sign, hint;
 };
 
-constexpr ForeignSign kSigns[] = {
+constexpr SignHint kSigns[] = {
     {"&", kJoin},
     {"|", kJoin},
     {"^", kPower},
@@ -36,7 +36,7 @@ constexpr ForeignSign kSigns[] = {
     {"&&", "there is no AND of conditions: those of NumberIFF, as 1 and 0, are multiplied"},
 };
 
-constexpr ForeignSign kCharacters[] = {
+constexpr SignHint kCharacters[] = {
     {"‘", kPlainQuotes},
     {"’", kPlainQuotes},
     {"‚", kPlainQuotes},
@@ -172,7 +172,7 @@ std::string_view HintForWord(std::string_view word, WordPlace place) {
 }
 
 std::string_view HintForSign(std::string_view sign) {
-  for (const ForeignSign &foreign : kSigns) {
+  for (const SignHint &foreign : kSigns) {
     if (foreign.sign == sign) {
       return foreign.hint;
     }
@@ -181,7 +181,7 @@ std::string_view HintForSign(std::string_view sign) {
 }
 
 std::string_view HintForCharacter(std::string_view text, size_t &length) {
-  for (const ForeignSign &foreign : kCharacters) {
+  for (const SignHint &foreign : kCharacters) {
     if (text.starts_with(foreign.sign)) {
       length = foreign.sign.size();
       return foreign.hint;
