@@ -17,29 +17,24 @@ struct TextToLoad {
   int32_t size;
 };
 
+template <int32_t size>
+TextToLoad InBuffer(char (&buffer)[size], uint32_t id) {
+  return {buffer, id, size};
+}
+
 void LoadModuleTexts() {
   const TextToLoad texts[] = {
-      {moduleTexts.baseNames[kClassFormula], kStringFormulaStem,
-       sizeof moduleTexts.baseNames[kClassFormula]},
-      {moduleTexts.baseNames[kClassRange], kStringRangeWord,
-       sizeof moduleTexts.baseNames[kClassRange]},
-      {moduleTexts.baseNames[kClassSet], kStringSetWord, sizeof moduleTexts.baseNames[kClassSet]},
-      {moduleTexts.editorTitles[kClassFormula], kStringFormulaEditorTitle,
-       sizeof moduleTexts.editorTitles[kClassFormula]},
-      {moduleTexts.editorTitles[kClassRange], kStringRangeEditorTitle,
-       sizeof moduleTexts.editorTitles[kClassRange]},
-      {moduleTexts.editorTitles[kClassSet], kStringSetEditorTitle,
-       sizeof moduleTexts.editorTitles[kClassSet]},
-      {moduleTexts.typeLabels[kLabelNumber], kStringNumberLabel,
-       sizeof moduleTexts.typeLabels[kLabelNumber]},
-      {moduleTexts.typeLabels[kLabelDate], kStringDateLabel,
-       sizeof moduleTexts.typeLabels[kLabelDate]},
-      {moduleTexts.typeLabels[kLabelString], kStringStringLabel,
-       sizeof moduleTexts.typeLabels[kLabelString]},
-      {moduleTexts.typeLabels[kLabelAny], kStringAnyLabel,
-       sizeof moduleTexts.typeLabels[kLabelAny]},
-      {moduleTexts.typeLabels[kLabelKeyword], kStringKeywordLabel,
-       sizeof moduleTexts.typeLabels[kLabelKeyword]},
+      InBuffer(moduleTexts.baseNames[kClassFormula], kStringFormulaStem),
+      InBuffer(moduleTexts.baseNames[kClassRange], kStringRangeWord),
+      InBuffer(moduleTexts.baseNames[kClassSet], kStringSetWord),
+      InBuffer(moduleTexts.editorTitles[kClassFormula], kStringFormulaEditorTitle),
+      InBuffer(moduleTexts.editorTitles[kClassRange], kStringRangeEditorTitle),
+      InBuffer(moduleTexts.editorTitles[kClassSet], kStringSetEditorTitle),
+      InBuffer(moduleTexts.typeLabels[kLabelNumber], kStringNumberLabel),
+      InBuffer(moduleTexts.typeLabels[kLabelDate], kStringDateLabel),
+      InBuffer(moduleTexts.typeLabels[kLabelString], kStringStringLabel),
+      InBuffer(moduleTexts.typeLabels[kLabelAny], kStringAnyLabel),
+      InBuffer(moduleTexts.typeLabels[kLabelKeyword], kStringKeywordLabel),
   };
   for (const TextToLoad &text : texts) {
     LoadStringA(moduleHandle, text.id, text.buffer, text.size);
